@@ -44,7 +44,7 @@ double LargestComponent(const Way& whole, const Way& part, double& partOut) {
 }
 
 /// Whether `middle` adds nothing to the segment from `from` to `to`. Differences and products of
-/// floats are exact in double precision, so the result is free of rounding.
+/// floats are exact in double precision, so the result has no rounding error.
 bool IsBetween(const PathSample& from, const PathSample& middle, const PathSample& to, bool timed) {
     const Way whole = Between(from.position, to.position);
     const Way part = Between(from.position, middle.position);

@@ -11,18 +11,19 @@ namespace trovik {
 
 /// A polyline parametrised by arc length. Its values depend on the shape of the path and not on the
 /// number of samples: a sample is dropped if it lies exactly on the straight segment between its
-/// neighbours and has the pressure, tilt and (if timed) time interpolated there. The length of a
-/// straight segment is measured with the first sample on it, wherever the segment ends, so that an
-/// additional sample changes values by less than rounding to single precision.
+/// neighbours and has the pressure, tilt and (if timed) time interpolated there. Positions along a
+/// straight segment are measured against the first sample on it, wherever the segment ends, so that
+/// an additional sample changes values by less than single-precision rounding.
 ///
-/// A path can grow. Values at lengths below Length() do not change when samples are added; the
-/// values at Length() itself can change. Therefore samples need not be held back.
+/// A path can grow. Adding samples does not change the values at lengths below Length(); only those
+/// at Length() itself can change. Samples therefore need not be held back.
 ///
-/// Lengths are in the units of the samples. Construction takes O(samples), a query O(log samples).
+/// Lengths are in the units of the samples. Construction takes O(samples), a query takes O(log
+/// samples).
 class TROVIK_API ArcPath {
 public:
-    /// Selects a value where pressure, tilt or time change while the position does not: the value
-    /// before or after the change.
+    /// Where pressure, tilt or time changes while the position does not, selects the value before
+    /// or after the change.
     enum class Side { Before, After };
     /// A pause: the pen stays at the length `at` from knot `first` to knot `last` while time
     /// passes. The last pause of a path can grow.
@@ -32,7 +33,7 @@ public:
         std::size_t last;
     };
 
-    /// \param timed  whether to keep times, and therefore pauses.
+    /// \param timed  whether to store times, and therefore pauses.
     explicit ArcPath(const std::vector<PathSample>& samples, bool timed = false);
 
     /// Appends a sample to the path.
@@ -40,10 +41,11 @@ public:
 
     bool IsEmpty() const { return knots.empty(); }
     double Length() const { return reached.empty() ? 0.0 : reached.back(); }
-    /// The sample at a length, which is clamped to the path. The path must not be empty.
+    /// The sample at a length, which is clamped to the range of the path. The path must not be
+    /// empty.
     PathSample At(double at, Side side = Side::After) const;
-    /// Direction of the path, not normalised. Past the end it is the direction of the last segment;
-    /// before the beginning, and for a path of length 0, it is zero.
+    /// Direction of the path, not normalised. Past the end, it is the direction of the last
+    /// segment; before the start, and for a path of length 0, it is zero.
     Vector Along(double at, Side side = Side::After) const;
     /// The sample at a time during a pause.
     PathSample During(const Pause& rest, double time) const;
@@ -57,7 +59,8 @@ public:
     /// Arc length at each knot.
     const std::vector<double>& Reached() const { return reached; }
     /// For each knot, the first sample on the segment that ends at the knot, and the arc length
-    /// there. They measure the segment, because its last knot can still move on.
+    /// there. Positions on the segment are measured against them, because the last knot of a path
+    /// can still move.
     const std::vector<PathSample>& Guides() const { return guides; }
     const std::vector<double>& GuidesReached() const { return guidesReached; }
 

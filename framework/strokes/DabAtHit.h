@@ -10,8 +10,8 @@ namespace trovik {
 /// World position of a hit on the bound level.
 TROVIK_API Vector WorldPositionOf(const LevelGeometry& geometry, const PickHit& hit);
 
-/// A dab centred at a hit on the bound level. The caller sets everything but the positions, such as
-/// radius and strength.
+/// A dab centred at a hit on the bound level. The caller sets all other members, such as radius and
+/// strength.
 TROVIK_API StrokeDab DabAt(LevelGeometry& geometry, const PickHit& hit);
 
 /// Moves a dab to another hit on the same level and changes nothing else.

@@ -7,19 +7,20 @@ namespace trovik {
 
 /// How pressure, pen tilt, time and randomness affect each dab of a stroke.
 struct DabDynamics {
-    /// Applied to the pressure before the brush's own pressure and bias settings.
+    /// Applied to the pressure before the brush applies its own pressure and bias settings.
     PressureCurve strengthCurve;
     PressureCurve sizeCurve;
-    /// 0 to 1: a dab's radius is reduced at random by up to this fraction.
+    /// 0 to 1: the maximum fraction by which a dab's radius is randomly reduced.
     float randomSize = 0.0f;
-    /// The top of the stamp points in the direction of the pen's tilt, whatever its positioning.
+    /// The top of the stamp points in the direction of the pen's tilt, regardless of the stamp
+    /// positioning.
     bool tiltRotatesStamp = false;
     /// At least -1: the fraction by which a dab is larger or stronger when the pen lies flat. For a
-    /// smaller tilt it is multiplied by the length of PathSample::tilt.
+    /// smaller tilt, the fraction is multiplied by the length of PathSample::tilt.
     float tiltToSize = 0.0f;
     float tiltToStrength = 0.0f;
-    /// The brush radius in pixels of the viewport at the depth of each dab; 0 selects the radius in
-    /// world units.
+    /// The brush radius in viewport pixels, at the depth of each dab; 0 selects the radius in world
+    /// units.
     float radiusPixels = 0.0f;
     /// Dabs per second while the pen is paused or moves more slowly than the spacing requires; 0
     /// disables timed dabs.

@@ -14,18 +14,18 @@ enum class DrawMode : int {
     AcrossPoints = 2,
 };
 
-/// A stroke that places one copy of the stamp by press, drag and release, within one stroke of the
-/// loop. Each motion reverts the surface and applies the copy again, so that only the last copy
-/// remains. The copy's up direction points from the press to the pointer unless the stamp's
-/// positioning overrides it. A drag of length 0 applies a copy with the brush radius at the press.
+/// Places one copy of the stamp by press, drag and release, within one stroke of the loop. Each
+/// motion reverts the surface and applies the copy again, so that only the last copy remains. The
+/// copy's up direction points from the press to the pointer unless the stamp's positioning
+/// overrides it. A drag of length 0 applies a copy with the brush radius at the press.
 ///
-/// Positions are on the viewport or, without a view, in world space, where the nearest point of the
-/// surface is used. In a view, distances are measured in the plane through the dab centre
-/// perpendicular to the view direction, so the pointer may leave the mesh. No copy is applied if
-/// the dab centre is off the mesh.
+/// Positions are in viewport coordinates or, without a view, in world space, where the nearest
+/// point on the surface is used. In a view, distances are measured in the plane through the dab
+/// centre perpendicular to the view direction, so the pointer may leave the mesh. No copy is
+/// applied if the dab centre is off the mesh.
 class TROVIK_API ImprintStroke {
 public:
-    /// Borrows all arguments. Use it between Begin and End of the loop. `options.spacing` is
+    /// Borrows all arguments. Use the object between the loop's Begin and End. `options.spacing` is
     /// unused.
     /// \param view  null if positions are in world space.
     ImprintStroke(StrokeLoop& loop,
@@ -40,7 +40,7 @@ public:
     void Start(const Vector& position) { press = position; }
     /// Moves the copy to the sample. The last call is the release.
     void Drag(const PathSample& sample);
-    /// Number of main dabs that were applied, including reverted ones.
+    /// Number of main dabs applied so far, including reverted ones.
     unsigned Count() const { return count; }
 
 private:

@@ -12,12 +12,12 @@
 
 namespace trovik {
 
-/// How the samples of a pen are converted to dabs.
+/// How pen samples are converted to dabs.
 struct LiveStrokeSettings {
     PathSpace space = PathSpace::View;
-    /// The camera, used in both spaces. It does not move during the stroke.
+    /// The camera, used in both spaces. It must not move during the stroke.
     StrokeView view;
-    /// Whether faults of pens and drivers are removed (see PointerFilter).
+    /// Whether pen and driver faults are removed (see PointerFilter).
     bool isFiltered = true;
     PointerLimits limits;
     PathShape shape;
@@ -27,30 +27,30 @@ struct LiveStrokeSettings {
 };
 
 /// A stroke that is applied while it is drawn: samples are added as the pen reports them, and each
-/// dab is applied as soon as no later sample can affect it. Only the times of the samples matter:
-/// the dabs are bit-identical however the samples are divided into calls and whenever the calls are
-/// made. A recorded stroke is a live stroke with all samples added at once.
+/// dab is applied as soon as no later sample can affect it. Only the samples and their timestamps
+/// matter: the dabs are bit-identical regardless of how the samples are divided into calls and of
+/// when the calls are made. A recorded stroke is a live stroke with all samples added at once.
 ///
-/// The delay of a dab is the sum of these delays:
+/// A dab's delay is the sum of these delays:
 ///
-/// - PointerFilter: `limits.lateTime`, 50 ms of sample time, or 4 samples if that is longer; none
-/// if unfiltered
+/// - PointerFilter: the longer of `limits.lateTime` (50 ms of sample time) and 4 samples; none if
+///   unfiltered
 /// - curve: until the next sample at another position
 /// - snapping: none
 /// - smoothing: half the smoothing length along the path
 /// - stabiliser: none
 /// - PathDabs: half a pixel of the path, or a quarter of the spacing
-/// - straight line: until the release, because its direction depends on its end
+/// - straight line: until the release, because its direction depends on the last position
 ///
-/// With DrawMode::FromCenter and AcrossPoints the copy follows the pen without delay: each call
-/// places it again from the unfiltered samples, and the release places it from the filtered ones.
+/// With DrawMode::FromCenter and AcrossPoints, the copy follows the pen without delay: each call
+/// places it again at the unfiltered samples, and the release places it at the filtered ones.
 ///
-/// While the pen pauses, no samples arrive and no further dab becomes certain. Tick informs the
-/// stroke that time passes.
+/// While the pen pauses, no samples arrive and no further dab becomes final. Call Tick to report
+/// that time has passed.
 class TROVIK_API LiveStroke {
 public:
-    /// Borrows loop, geometry and tree. All other members must be called between Begin and End of
-    /// the loop. \throw HostError if radius or spacing is out of range, see PathSteps.
+    /// Borrows loop, geometry and tree. All other members must be called between the loop's Begin
+    /// and End. \throw HostError if radius or spacing is out of range; see PathSteps.
     LiveStroke(StrokeLoop& loop,
                LevelGeometry& geometry,
                const PatchTree& tree,
@@ -58,32 +58,33 @@ public:
     LiveStroke(const LiveStroke&) = delete;
     LiveStroke& operator=(const LiveStroke&) = delete;
 
-    /// Adds the next samples, in the order in which they arrived, and applies the dabs that they
-    /// make certain.
-    /// \throw PathRefused for a sample that PathSteps rejects, HostError if shaping makes the path
-    /// too long; exceptions of the brush pass through. An exception ends the stroke at that point.
+    /// Adds the next samples, in the order in which they arrived, and applies the dabs that become
+    /// final.
+    /// \throw PathRefused for a sample that PathSteps rejects; HostError if shaping makes the path
+    /// too long. Exceptions from the brush pass through. An exception ends the stroke at that
+    /// point.
     void Add(const std::vector<PathSample>& samples);
     void Add(const PathSample& sample) { Add(std::vector<PathSample>{sample}); }
     using Budget = std::chrono::steady_clock::duration;
     /// Adds samples within a time budget, so that a backlog of large dabs does not delay the next
-    /// frame: applies dabs until the budget is spent, at least one. The dabs are bit-identical
-    /// however they are distributed over calls. \return whether dabs remain that could be applied
-    /// now; the next call applies them first. DrawMode::FromCenter and AcrossPoints move one copy
-    /// and ignore the budget.
+    /// frame: applies dabs until the budget is spent, but at least one. The dabs are bit-identical
+    /// regardless of how they are distributed over calls. \return whether there are still dabs that
+    /// could be applied now; the next call applies them first. With DrawMode::FromCenter and
+    /// AcrossPoints, the budget is ignored, because only one copy is moved.
     bool Add(const std::vector<PathSample>& samples, Budget budget);
-    /// Applies dabs that remain from Add. \return whether dabs remain. \throw the exceptions of
-    /// Add.
+    /// Applies dabs left over from Add. \return whether any are still left. \throw the exceptions
+    /// of Add.
     bool Continue(Budget budget);
-    /// Reports that the pen is still at its last position at this time, in the seconds of the
-    /// samples; equivalent to adding the last sample again with this time. Does nothing before the
-    /// first sample, or if `time` is not later than the last sample. Call it about 60 times a
+    /// Reports that the pen is still at its last position at this time, in seconds on the clock of
+    /// the samples; equivalent to adding the last sample again with this time. Does nothing before
+    /// the first sample, or if `time` is not later than the last sample. Call it about 60 times a
     /// second while the pen reports nothing: it applies the dabs of an airbrush and releases
     /// samples that were held back by time.
     void Tick(double time);
     /// Applies the remaining dabs after the last sample.
     void Release();
     /// Restores the surface bit-exactly to its state before the stroke and discards the samples.
-    /// The stroke accepts nothing afterwards.
+    /// The stroke then accepts no further input.
     void Abandon();
 
     /// Adds samples without applying dabs, for strokes that are recorded as a whole: a path that is
@@ -92,9 +93,9 @@ public:
 
     /// The path along which dabs would be applied if the pen were lifted now; used to draw a
     /// straight line, or a path that lags behind the pen, over the view. Samples are in the same
-    /// space as the added ones. Cost: that of recomputing the path of the whole stroke.
+    /// space as the added ones. Cost: recomputes the path of the whole stroke.
     std::vector<PathSample> Preview() const;
-    /// Number of main dabs applied so far; a copy that is placed again counts each time.
+    /// Number of main dabs applied so far; each placement of a copy counts.
     unsigned Count() const;
 
 private:

@@ -13,8 +13,8 @@ namespace {
 
 /// The smallest dab, as a fraction of the brush radius.
 constexpr float smallestDab = 0.01f;
-/// Slightly less than 1. Otherwise rounding would decide whether a path whose length is a multiple
-/// of the spacing has a dab at its end.
+/// Slightly less than 1. Otherwise, rounding would decide whether a path whose length is a multiple
+/// of the spacing ends with a dab.
 constexpr double nearEnough = 1.0 - 1e-4;
 
 bool IsPast(PathDabs::Deadline deadline) {
@@ -86,7 +86,7 @@ std::optional<PickHit> PathDabs::HitAt(const Vector& position) const {
                                     : HitNear(geometry, tree, position);
 }
 
-/// Walks the next step, or up to the first dab in it.
+/// Advances by one step, or to the first dab within it.
 void PathDabs::Walk(double next) {
     steps.Take();
     const double timeNow = path.At(walked, ArcPath::Side::After).time;
@@ -183,7 +183,7 @@ void PathDabs::ApplyDabAt(const PickHit& hit, const PathSample& sample) {
         StrengthAtRadius(loop.Brush(), options.strength(dab.pressure), options.radius, dab.size);
     const float lean = std::min(sample.tilt.Length(), 1.0f);
     dab.strength *= 1.0f + dynamics.tiltToStrength * lean;
-    // During a pause the continuation of the path is not known yet.
+    // During a pause, the continuation of the path is not known yet.
     const bool isPaused = rest < path.Pauses().size() && path.Pauses()[rest].at == walked;
     const Vector along =
         path.Along(walked, isPaused ? ArcPath::Side::Before : ArcPath::Side::After);
@@ -196,7 +196,7 @@ void PathDabs::ApplyDabAt(const PickHit& hit, const PathSample& sample) {
     ++count;
     spacing = std::max(loop.Spacing(size, options.spacing), size * 1e-3f);
     way = 0.0;
-    // The dab has moved the surface under itself.
+    // The dab has moved the surface beneath it.
     if (const auto ground = HitAt(sample.position))
         here = WorldPositionOf(geometry, *ground);
     else

@@ -6,11 +6,10 @@
 namespace trovik {
 
 /// Resamples a path that can still grow: at every multiple of a step, at corners, at both ends of
-/// pauses and at the end of the path. All values except the positions are those of the path.
+/// each pause and at the end of the path. All values except the positions are taken from the path.
 ///
-/// The first 200000 steps have the requested length; after that the step length is multiplied by
-/// four every 50000 steps, so that a path that is accidentally very long does not exhaust the
-/// memory.
+/// The first 200000 steps have the requested length; after that, the step length is multiplied by
+/// four every 50000 steps, so that an accidentally very long path does not exhaust memory.
 class TROVIK_API PathResampler {
 public:
     /// Borrows the path.
@@ -18,18 +17,18 @@ public:
     /// computed.
     PathResampler(const ArcPath& path, double step, double ahead = 0.0);
 
-    /// Appends the samples that have become certain and were not returned before. While the pen
-    /// pauses at the end of the path, samples of the pause are certain at once unless `ahead` is
-    /// positive. \param place  returns the position of the sample at a length; called with
-    /// ascending lengths.
-    /// \param isWhole  the path is complete; all samples are certain.
+    /// Appends the samples that are now final and have not been returned yet. While the pen pauses
+    /// at the end of the path, samples of the pause are final at once unless `ahead` is positive.
+    /// \param position  returns the position of the sample at a length; called with ascending
+    /// lengths.
+    /// \param isWhole  the path is complete; all samples are final.
     void Take(const std::function<Vector(double at)>& position,
               bool isWhole,
               std::vector<PathSample>& out);
 
 private:
     double NextStep() const { return base + count * step; }
-    /// The length of the next sample; infinite if it is not certain yet.
+    /// The path length at the next sample; infinite if the sample is not final yet.
     double NextStop(bool isWhole) const;
     void Pass(double at);
 

@@ -5,7 +5,7 @@
 
 namespace trovik {
 
-/// A sample of a path: a position on the viewport in pixels (z unused), or on the surface in world
+/// A path sample: a viewport position in pixels (z unused), or a position on the surface in world
 /// space.
 struct PathSample {
     PathSample() = default;
@@ -16,10 +16,10 @@ struct PathSample {
     /// 0 to 1.
     float pressure = 1.0f;
     /// Pen tilt: the projection onto the viewport of a unit vector along the pen towards its upper
-    /// end, x to the right and y down. Zero is upright, length 1 flat. z is unused.
+    /// end, x to the right and y down. Zero means upright, length 1 flat. z is unused.
     Vector tilt;
-    /// Timestamp in seconds since an arbitrary moment. Only airbrush dabs and the pointer filter
-    /// read it.
+    /// Timestamp in seconds since an arbitrary moment. Used only by airbrush dabs and the pointer
+    /// filter.
     double time = 0.0;
 };
 

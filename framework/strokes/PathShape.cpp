@@ -66,10 +66,10 @@ private:
     std::vector<Place> sums;
 };
 
-/// A stage that changes the positions on a path and keeps their arc lengths.
+/// A stage that changes the positions on a path but keeps their arc lengths.
 class ResamplingStage : public PathStage {
 public:
-    /// \param stageWork  names the purpose of the steps in messages.
+    /// \param stageWork  the purpose of the steps, for messages.
     ResamplingStage(
         double step, double ahead, bool timed, const char* stageWork, const StepPoll& stagePoll)
         : path({}, timed),
@@ -113,7 +113,7 @@ private:
         poll.Take();
         const double reach = std::min({half, at, path.Length() - at});
         // This close to an end, the mean equals the position, and the difference computed below
-        // would only be rounding error.
+        // would be only rounding error.
         if (reach < 1e-6 * half) return path.At(at).position;
         const Place before = integral.UpTo(at - reach);
         const Place sum = integral.UpTo(at + reach) - before;

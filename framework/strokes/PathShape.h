@@ -8,29 +8,29 @@
 namespace trovik {
 
 /// How a pen path is modified before dabs are applied along it. Lengths are in the units of the
-/// samples: pixels of the viewport, or world units.
+/// samples: viewport pixels or world units.
 struct PathShape {
-    /// Control points of the curve to which the pen snaps when it is near; empty disables snapping.
+    /// Control points of the curve to which the pen snaps when near; empty disables snapping.
     std::vector<Vector> snapTo;
     /// Distance within which the pen snaps.
     float snapDistance = 0.0f;
     /// The snapping curve is smooth instead of piecewise linear.
     bool snapSmoothly = false;
-    /// Length of the path over which positions are averaged.
+    /// Path length over which positions are averaged.
     float smoothing = 0.0f;
-    /// Distance by which the brush lags behind the pen with the stabiliser (lazy brush).
+    /// Distance by which the stabiliser (lazy brush) makes the brush lag behind the pen.
     float steady = 0.0f;
-    /// Replaces the path by the straight line from the first to the last position.
+    /// Replaces the path with the straight line from the first to the last position.
     bool line = false;
-    /// Replaces the path by a smooth curve through the samples.
+    /// Replaces the path with a smooth curve through the samples.
     bool curve = false;
 };
 
 /// Applies a shape to a path: first the curve through the samples or the straight line, then
-/// snapping, smoothing and the stabiliser. If none of them is set, it returns the samples
-/// unchanged. All functions below throw HostError for a path that takes more than maxPathSteps (see
-/// PathSteps.h) steps, each a 16th of their length argument.
-/// \param timed  whether to keep times, see ArcPath.
+/// snapping, smoothing and the stabiliser. If none of them is set, returns the samples unchanged.
+/// Throws HostError if the curve needs more than maxPathSteps (see PathSteps.h) chords, or if
+/// snapping, smoothing or the stabiliser takes more than maxPathSteps steps of 1/16 of its length.
+/// \param timed  whether to store times; see ArcPath.
 TROVIK_API std::vector<PathSample> Shaped(std::vector<PathSample> samples,
                                           const PathShape& shape,
                                           bool timed = false);
@@ -41,8 +41,8 @@ TROVIK_API std::vector<PathSample> Straightened(const std::vector<PathSample>& s
 
 /// The centripetal Catmull-Rom curve through the positions: it interpolates each position, is
 /// smooth, has no loops between neighbours, and is a straight line if the positions are collinear.
-/// Pressure, tilt and time are interpolated linearly from sample to sample. Repeated positions
-/// count once.
+/// Pressure, tilt and time are interpolated linearly from sample to sample. Consecutive equal
+/// positions count once. Throws HostError if the curve needs more than maxPathSteps chords.
 TROVIK_API std::vector<PathSample> CurveThrough(const std::vector<PathSample>& samples);
 
 }  // namespace trovik

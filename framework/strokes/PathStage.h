@@ -11,13 +11,13 @@
 
 namespace trovik {
 
-/// One step of shaping a path while it is drawn: samples are added one at a time, and the stage
-/// returns those that no later sample can change. The total output does not depend on how the calls
-/// are divided.
+/// One stage of shaping a path while it is drawn: samples are added one at a time, and the stage
+/// returns those that no later sample can change. The total output does not depend on how the
+/// samples are divided into calls.
 class TROVIK_API PathStage {
 public:
     virtual ~PathStage() = default;
-    /// Adds a sample and appends the samples that it makes certain to `out`.
+    /// Adds a sample and appends the samples that become final to `out`.
     virtual void Add(const PathSample& sample, std::vector<PathSample>& out) = 0;
     /// Ends the path and appends the remaining samples.
     virtual void Finish(std::vector<PathSample>& out) = 0;
@@ -34,39 +34,38 @@ public:
 /// See Straightened. All samples are held back until the end of the path.
 TROVIK_API std::unique_ptr<PathStage> LineStage();
 /// See CurveThrough. The curve segment to a sample is held back until the next sample at another
-/// position. Adding throws HostError if the curve is divided into more than maxPathSteps chords.
+/// position. Add throws HostError if the curve needs more than maxPathSteps chords.
 TROVIK_API std::unique_ptr<PathStage> CurveStage();
-/// Each position within `distance` (above 0) of the polyline `curve` moves to the nearest point on
+/// Moves each position within `distance` (above 0) of the polyline `curve` to the nearest point on
 /// it, or to the first such point if there are several; other positions are unchanged. Where the
-/// pen approaches or leaves the curve, the path between the two is straight. No sample is held
-/// back.
+/// pen approaches or leaves the curve, a straight segment connects the two. No sample is held back.
 ///
 /// For this stage, SmoothingStage and StabiliserStage: `poll` is called regularly during long work,
-/// and its exceptions pass through; adding throws HostError for a path that takes more than
-/// maxPathSteps steps, each a 16th of the length. \param timed  whether times count, see ArcPath.
+/// and its exceptions pass through. Add throws HostError if the path takes more than maxPathSteps
+/// steps of 1/16 of the stage's length. \param timed  whether times count; see ArcPath.
 TROVIK_API std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve,
                                                 float distance,
                                                 bool timed,
                                                 const StepPoll& poll = StepPoll());
-/// Each position becomes the mean of the path positions within a window of this `length` (above 0)
-/// around it. Towards the ends the mean covers the length that is available on both sides, so the
-/// path begins and ends where it did. A straight path does not change. Pressure, tilt and time stay
-/// at their arc length on the path. A position is held back until the pen has moved half the length
-/// farther along the path, even if the pen pauses.
+/// Replaces each position with the mean of the path positions within a window of this `length`
+/// (above 0) around it. Towards the ends, the window shrinks to the length that is available on
+/// both sides, so the first and last positions do not change. A straight path does not change.
+/// Pressure, tilt and time keep their arc length on the path. A position is held back until the pen
+/// has moved half the length farther along the path, even if the pen pauses.
 TROVIK_API std::unique_ptr<PathStage> SmoothingStage(float length,
                                                      bool timed,
                                                      const StepPoll& poll = StepPoll());
-/// The stabiliser: the path of a weight that the pen drags on a cord of this length (above 0).
-/// The weight does not move while the cord is slack, and then moves straight towards the pen. The
-/// path begins at the pen and ends at the weight when the pen is lifted, at most one cord length
-/// behind the pen. The result is the exact pursuit curve for any number of samples. No sample is
-/// held back.
+/// The stabiliser: the path of a weight that the pen drags on a cord of this length (above 0). The
+/// weight does not move while the cord is slack; once the cord is taut, the weight moves straight
+/// towards the pen. The path begins at the pen and ends at the weight's position when the pen is
+/// lifted, at most one cord length behind the pen. The result is the exact pursuit curve for any
+/// number of samples. No sample is held back.
 TROVIK_API std::unique_ptr<PathStage> StabiliserStage(float length,
                                                       bool timed,
                                                       const StepPoll& poll = StepPoll());
 
-/// Shapes a path while it is drawn: chains the stages of Shaped, each with its delay. Without any
-/// stage, samples pass unchanged.
+/// Shapes a path while it is drawn, by chaining the stages of Shaped. The delays of the stages add
+/// up. Without any stage, samples pass through unchanged.
 class TROVIK_API PathShaper {
 public:
     /// \param poll  called regularly during long work; its exceptions pass through.
@@ -77,7 +76,7 @@ public:
     PathShaper(PathShaper&&) noexcept;
     PathShaper& operator=(PathShaper&&) noexcept;
 
-    /// \return the samples that have become certain and were not returned before.
+    /// \return the samples that are now final and have not been returned yet.
     std::vector<PathSample> Add(const std::vector<PathSample>& samples);
     /// Ends the path after the last sample. \return the remaining samples.
     std::vector<PathSample> Finish();

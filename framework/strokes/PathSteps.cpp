@@ -88,7 +88,7 @@ double PathSteps::StepLength(const Vector& first) {
     if (hit) {
         world = WorldPositionOf(geometry, *hit);
     } else if (const AxisAlignedBoundingBox box = tree.Bounds(); !box.IsEmpty()) {
-        // A path can begin off the mesh; then, the centre of the mesh is near enough for an
+        // A path can begin off the mesh; the centre of the mesh is then close enough for an
         // estimate.
         const Vector middle((box.minX + box.maxX) * 0.5f,
                             (box.minY + box.maxY) * 0.5f,
@@ -100,7 +100,7 @@ double PathSteps::StepLength(const Vector& first) {
     if (space == PathSpace::Surface) {
         step = 0.25 * std::min(spacing, 1.0f) * size;
     } else {
-        // With this argument order a NaN ratio, at the depth of the eye, yields half a pixel.
+        // With this argument order, a NaN ratio (at the depth of the eye) yields half a pixel.
         step = std::min(viewStep, static_cast<double>(spacing) * size / pixel);
     }
     return *step;

@@ -15,13 +15,13 @@
 namespace trovik {
 
 /// The maximum number of steps that one stroke may take along its path, including dabs. At a few
-/// microseconds per step the longest path takes about a minute.
+/// microseconds per step, the longest path takes about a minute.
 inline constexpr double maxPathSteps = 1e7;
-/// Bounds of the dab spacing, as a fraction of the radius.
+/// The range of the dab spacing, as a fraction of the radius.
 inline constexpr float minSpacing = 0.001f;
 inline constexpr float maxSpacing = 10.0f;
 
-/// The coordinate space of a path's samples.
+/// The coordinate space of path samples.
 enum class PathSpace { View, Surface };
 
 /// Thrown for a path that is rejected because of one of its samples.
@@ -33,11 +33,11 @@ public:
     std::size_t sample;
 };
 
-/// \throw HostError naming the spacing unless it lies within minSpacing to maxSpacing.
+/// \throw HostError that states the spacing if it is not within minSpacing to maxSpacing.
 TROVIK_API void CheckSpacing(float spacing);
 
-/// \throw HostError naming both lengths if a path takes more than maxPathSteps.
-/// \param work  names the purpose of the steps in the message.
+/// \throw HostError that states both lengths if a path takes more than maxPathSteps.
+/// \param work  the purpose of the steps, for the message.
 TROVIK_API void CheckStepCount(double pathLength, double step, const std::string& work);
 
 /// Calls a function once every 256 steps, so that an exception from it can stop long work.
@@ -53,12 +53,12 @@ private:
     uint64_t count = 0;
 };
 
-/// Limits the walk along the path of one stroke to maxPathSteps. A walk takes steps of half a pixel
-/// of the view, or of a quarter of the spacing on the surface, and one step for each dab.
+/// Limits the number of steps along the path of one stroke to maxPathSteps. A step is half a pixel
+/// in the view, or a quarter of the spacing on the surface; each dab counts as one step.
 class TROVIK_API PathSteps {
 public:
     /// Borrows geometry and tree.
-    /// \throw HostError unless the radius is finite and above 0 and the spacing is in range.
+    /// \throw HostError if the radius is not finite and above 0, or if the spacing is out of range.
     PathSteps(const LevelGeometry& geometry,
               const PatchTree& tree,
               const StrokeView& view,
@@ -67,17 +67,17 @@ public:
               const DabDynamics& dynamics = {});
 
     /// Appends a sample of the unshaped path. From the second sample on, the number of steps is
-    /// predicted from the radius at the beginning of the path. \throw PathRefused for a sample that
-    /// is non-finite, lies farther from the viewport's corner than the steps can reach, or makes
-    /// the path too long.
+    /// predicted from the radius at the start of the path. \throw PathRefused for a sample that is
+    /// not finite, is farther from the viewport's corner than the steps can reach, or makes the
+    /// path too long.
     void Add(const PathSample& sample);
     /// Checks the bounds of a single sample, for strokes that do not follow their path.
     void CheckPosition(const PathSample& sample);
-    /// \throw HostError if a path that begins at `first` is too long with this length, in the units
-    /// of the samples.
+    /// \throw HostError if a path that starts at `first` and has this length, in the units of the
+    /// samples, is too long.
     void CheckLength(const Vector& first, double length);
     /// Counts one step or one dab and regularly calls PathOptions::poll. \throw HostError after
-    /// more than maxPathSteps: dabs can become smaller than at the beginning of the path.
+    /// more than maxPathSteps, because dabs can become smaller than at the start of the path.
     void Take();
 
 private:

@@ -84,7 +84,7 @@ std::vector<PointerFilter::Pool> PointerFilter::Pools() const {
     return pools;
 }
 
-/// A mean is the time at the centre of its group; between centres, times are interpolated linearly.
+/// A group's mean is the time at its centre; between centres, times are interpolated linearly.
 double PointerFilter::TimeOf(std::size_t sample,
                              const std::vector<Pool>& pools,
                              std::size_t pool) const {
@@ -125,7 +125,7 @@ void PointerFilter::Settle(double newest, bool isWhole) {
         const bool isForced = isWhole || samples.size() - settled > limits.lateSamples;
         if (!isForced) {
             double until = std::max(raw[settled], own.Mean());
-            // In a group with a common mean, the mean of the next group counts as well.
+            // For a group of several samples, the mean of the next group counts as well.
             if (own.count > 1) {
                 if (pool + 1 == pools.size()) break;
                 until = std::max(until, pools[pool + 1].Mean());
@@ -162,7 +162,7 @@ bool PointerFilter::RemoveBlot(bool isWhole) {
     const bool isSeen = i > limits.settleSamples || i < settled;
     if (!isWhole && (!isSeen || (blot > 0 && blot + 1 >= settled))) return false;
     if (blot == 0) return true;
-    // Before the drop, pressure rises as it does after it.
+    // Before the drop, pressure rises at the same rate as after it.
     const float rise = blot + 1 < samples.size()
                            ? std::max(0.0f, samples[blot + 1].pressure - samples[blot].pressure)
                            : 0.0f;
@@ -182,7 +182,7 @@ void PointerFilter::RemoveSpike() {
         float longest = 0.0f;
         for (std::size_t k = i > window ? i - window : 1; k < i; ++k)
             longest = std::max(longest, StepTo(k - 1, k));
-        // A stroke of only two samples is short and straight, not a jump.
+        // With so few samples, a long step is a short, straight stroke, not a jump.
         if (i < 3) continue;
         if (StepTo(i - 1, i) <= std::max(limits.minJumpPixels, limits.positionJump * longest))
             continue;

@@ -30,7 +30,7 @@ std::optional<std::string> PressureCurve::Flaw(const std::vector<Point>& points,
 }
 
 // A slope is the weighted harmonic mean of the slopes of the two adjacent chords, and 0 at a local
-// extremum; at the ends it is the slope of the chord. With these slopes no span overshoots.
+// extremum; at the ends, it is the slope of the chord. With these slopes, no span overshoots.
 PressureCurve::PressureCurve(std::vector<Point> given) : points(std::move(given)) {
     std::size_t index = 0;
     if (const auto flaw = Flaw(points, index)) throw HostError(*flaw);

@@ -9,9 +9,9 @@
 
 namespace trovik {
 
-/// Maps pressure to a value by a smooth, piecewise cubic curve through control points. It rises
-/// only where its points rise and falls only where they fall, so it never leaves the range of its
-/// points. It is constant before the first point and after the last one. Without points it is the
+/// Maps pressure to a value with a smooth, piecewise cubic curve through control points. The curve
+/// rises only where its points rise and falls only where they fall, so it never leaves their range.
+/// It is constant before the first point and after the last one. Without points, it is the
 /// identity.
 class TROVIK_API PressureCurve {
 public:
@@ -26,9 +26,9 @@ public:
     /// \throw HostError with the message of Flaw if the points are invalid.
     explicit PressureCurve(std::vector<Point> points);
 
-    /// Why the points are invalid: their number, a pressure or value outside 0 to 1, or pressures
-    /// that do not ascend. Empty if they are valid. \param index  receives the index of the invalid
-    /// point, or the number of points if that number is invalid.
+    /// Describes why the points are invalid: their number, a pressure or value outside 0 to 1, or
+    /// pressures that are not in ascending order. Empty if they are valid. \param index  receives
+    /// the index of the invalid point, or the number of points if that number is invalid.
     static std::optional<std::string> Flaw(const std::vector<Point>& points, std::size_t& index);
 
     float At(float pressure) const;

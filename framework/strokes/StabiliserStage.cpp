@@ -2,9 +2,9 @@
 
 /// \file The stabiliser. The pen drags a weight on a cord. Between two samples the pen moves
 /// straight, and the weight under a taut cord follows a tractrix: the tangent of half the angle
-/// between cord and path decreases by a factor of e for each cord length that the pen moves.
-/// The weight's position is therefore exact at any moment, and an additional sample on the path
-/// changes nothing.
+/// between cord and path decreases by a factor of e for each cord length that the pen moves. The
+/// weight's position is therefore exact at any time, and an additional sample on the path changes
+/// nothing.
 #include "framework/strokes/PathResampler.h"
 #include "framework/strokes/PathStage.h"
 
@@ -24,7 +24,7 @@ Place Sum(const Place& a, const Place& b, double f) {
     return {a[0] + b[0] * f, a[1] + b[1] * f, a[2] + b[2] * f};
 }
 
-/// Length of a pen step relative to the cord: short enough for chords to approximate the curve.
+/// Length of a pen step relative to the cord: short enough that chords approximate the curve well.
 constexpr double stepFraction = 1.0 / 16.0;
 
 /// Computes e^-x for 0 <= x <= stepFraction from its series, with identical results on every
@@ -89,7 +89,7 @@ private:
         resampler.Take([this](double at) { return PositionAt(at); }, isWhole, out);
     }
 
-    // Lengths ascend, so the pen walks the path once.
+    // Lengths ascend, so the path is traversed only once.
     Vector PositionAt(double at) {
         const auto& knots = path.Knots();
         const auto& reached = path.Reached();

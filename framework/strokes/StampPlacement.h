@@ -12,11 +12,11 @@ namespace trovik {
 /// viewer.
 ///
 /// The longer side of the image measures two radii; pixels are square. Pixel k is centred on
-/// coordinate k, as the brush rounds, so the centre of an image of width W is at (W - 1) / 2 and
-/// its borders are at -0.5 and W - 0.5.
+/// coordinate k, which matches the brush's rounding, so the centre of an image of width W is at (W
+/// - 1) / 2 and its borders are at -0.5 and W - 0.5.
 class TROVIK_API StampPlacement {
 public:
-    /// A stamp flat on the surface.
+    /// A stamp that lies flat on the surface.
     /// \param middle, normal, toward world. `normal` has any length but 0. `toward`, the image's up
     /// direction, is projected onto the surface. If the projection vanishes, `Up` is the camera's
     /// up direction projected onto the surface, and if that vanishes too, the camera's view
@@ -30,9 +30,9 @@ public:
 
     /// A stamp projected from the camera: it lies at `middle`, perpendicular to the view direction,
     /// and has the given radius there. All points on a line of sight read the same pixel. If
-    /// `middle` is nearer to the eye than one radius, the projection is parallel.
-    /// \param toward  as for OnSurface, projected onto the image plane; if the projection vanishes,
-    /// the camera's up direction.
+    /// `middle` is less than one radius from the eye, the projection is parallel.
+    /// \param toward  as for OnSurface, but projected onto the image plane; if the projection
+    /// vanishes, the camera's up direction is used.
     static StampPlacement ByCamera(const Vector& middle,
                                    float radius,
                                    const Vector& toward,
@@ -41,9 +41,9 @@ public:
     /// Rotates the stamp clockwise as seen by the viewer. Quarter turns are exact.
     void Turn(float fullTurns);
 
-    /// Maps a mesh-local position to a stamp pixel, projectively; z is the height above the stamp's
-    /// plane in pixels. Computed in double precision and rounded once.
-    /// \param width, height  of the image, at least 1.
+    /// Returns the projective matrix that maps mesh-local positions to stamp pixels; z is the
+    /// height above the stamp's plane, in pixels. Computed in double precision and rounded once.
+    /// \param width, height  image size in pixels, at least 1.
     Matrix ToPixels(uint32_t width, uint32_t height, const Matrix& localToWorld) const;
 
     const Vector& Middle() const { return middle; }
@@ -52,7 +52,7 @@ public:
     const Vector& Out() const { return out; }
 
     /// The matrix of a mirrored dab: each position reads the pixel of its mirror image on the main
-    /// side. For mirrors in the mesh's own planes, the values differ only in their signs.
+    /// side. For mirrors in the mesh's coordinate planes, the matrices differ only in signs.
     /// \param pointMap  maps main positions to mirrored ones, mesh-local; must be invertible.
     static Matrix Mirrored(const Matrix& toPixels, const Matrix& pointMap);
 
@@ -73,7 +73,7 @@ struct TurnDirection {
     float cosine;
     float sine;
 };
-/// Bit-identical on every machine; exact at quarter turns.
+/// Returns the direction of a rotation; bit-identical on every machine, and exact at quarter turns.
 TROVIK_API TurnDirection DirectionOfTurn(float fullTurns);
 
 }  // namespace trovik

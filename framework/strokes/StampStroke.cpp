@@ -117,8 +117,8 @@ Matrix StampStroke::OverAll(const AxisAlignedBoundingBox& box) const {
     return placement.ToPixels(width, height, toWorld);
 }
 
-// A random point in the brush's disc on the surface, moved to the nearest point of the mesh.
-// Rejection sampling in the square around the disc needs no angles.
+// Moves the dab to a random point in the brush's disc on the surface, then to the nearest point on
+// the mesh. Rejection sampling in the square around the disc needs no angles.
 void StampStroke::Scatter(StrokeDab& dab) {
     float x = 0.0f;
     float y = 0.0f;

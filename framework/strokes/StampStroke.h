@@ -24,12 +24,13 @@ enum class StampPositioning : int {
     Start = 3,
 };
 
-/// The stamp during one stroke: position, rotation, scattering and spacing of each dab's copy.
+/// The stamp during one stroke: determines the position, rotation, scattering and spacing of each
+/// dab's copy.
 ///
-/// Presence, size and pixels of the stamp are those at the beginning of the stroke. Other settings
-/// are read at each dab. If the brush's IsOrientedToSurface is set, the stamp lies flat on the
-/// surface; otherwise it is projected from the scene's active camera. Random numbers depend only on
-/// the seed and the preceding dabs.
+/// Whether there is a stamp, its size and its pixels are determined at the start of the stroke.
+/// Other settings are read for each dab. If the brush's IsOrientedToSurface is set, the stamp lies
+/// flat on the surface; otherwise it is projected from the scene's active camera. Random numbers
+/// depend only on the seed and the preceding dabs.
 class TROVIK_API StampStroke {
 public:
     /// Borrows all arguments until the next Begin.
@@ -40,18 +41,18 @@ public:
     /// Returns to the state after Begin.
     void Restart();
 
-    /// Applies the stamp settings to a dab. A randomised stamp (that of Spray, for example) moves
-    /// the dab within one radius and scales its radius to between one half and all of it, unless
-    /// the dab keeps its position. Sets the dab's stamp matrix.
+    /// Applies the stamp settings to a dab. A randomised stamp (such as that of Spray) moves the
+    /// dab by up to one radius and scales its radius to between half and full size, unless
+    /// StrokeDab::keepPosition is set. Sets the dab's stamp matrix.
     void PlaceStamp(StrokeDab& dab);
 
-    /// Stamp matrix for a tool that is applied to the whole mesh: projected from the camera onto
-    /// the bounding sphere of this box (mesh-local).
+    /// The stamp matrix for a tool that is applied to the whole mesh: the stamp is projected from
+    /// the camera onto the bounding sphere of this box (mesh-local).
     Matrix OverAll(const AxisAlignedBoundingBox& box) const;
 
-    /// Distance to the next dab, world units: `fraction` of the radius. Repeat with a stamp places
-    /// its copies side by side instead: the distance is two radii plus the brush's stamp spacing
-    /// (percent of the radius) plus a random part. Call it once per dab.
+    /// Distance to the next dab in world units: `fraction` times the radius. Repeat with a stamp
+    /// places its copies side by side instead: the distance is two radii plus the brush's stamp
+    /// spacing (in percent of the radius) plus a random part. Call once per dab.
     float Spacing(float radius, float fraction);
 
 private:
@@ -68,7 +69,7 @@ private:
     uint32_t height = 0;
     StrokeRandom random;
     StrokeRandom spacingRandom;
-    /// Centre of the previous dab on the path, world.
+    /// Centre of the previous dab on the path, in world space.
     Vector previous;
     bool hasPrevious = false;
     /// Matrix of the first dab, for StampPositioning::Start.

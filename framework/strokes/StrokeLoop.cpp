@@ -25,7 +25,7 @@ constexpr uint8_t shapeChange = SurfaceChange::Positions | SurfaceChange::Normal
 /// Separates the random numbers for sizes from those of the stamp.
 constexpr uint64_t sizeSalt = 0x94d1f3a76c20e5b3u;
 
-/// Gives a brush the falloff with which its stroke began until the end of the scope.
+/// Restores the falloff with which a brush's stroke began, until the end of the scope.
 class FalloffOfStroke {
 public:
     FalloffOfStroke(FalloffTable& table, FalloffTable::Samples ofStroke)
@@ -173,11 +173,11 @@ bool StrokeLoop::KeepsPlane() const {
     return update != nullptr && (isOn(global) || !isOn(update));
 }
 
-// Two remaining sides form a pair if one is the image of the other under a map, as the mirrored
-// side is of the main side.
+// Two remaining sides form a pair: one is the image of the other under a map, like the mirrored
+// side and the main side.
 void StrokeLoop::ApplyOtherPairs(const std::function<void()>& poll) {
     UndoHistory& history = geometry.History();
-    // For the user this is one stroke: a falloff that was chosen during it applies to the next one.
+    // For the user, this is one stroke: a falloff chosen during it applies to the next one.
     const FalloffOfStroke ofStroke(brush.Settings().falloff, falloff);
     const std::vector<StrokeDab> dabs = std::exchange(mainDabs, {});
     for (std::size_t first = 1; first < mirrors.size(); first += 2) {
@@ -220,7 +220,7 @@ void StrokeLoop::RestoreHidden() {
 }
 
 void StrokeLoop::SettleSides() {
-    // A dab that depends on the camera is meant to differ on the far side.
+    // Dabs that depend on the camera are meant to differ between the sides.
     LevelChange* change = geometry.Bound()->OpenChange();
     if (change == nullptr || CheckableFloatArray::s_bActive) return;
     std::vector<int> axes;
@@ -233,7 +233,7 @@ void StrokeLoop::SettleSides() {
             observer->AfterSettling(brush, mesh, vertices);
         Announce(vertices);
     } catch (Error* error) {
-        // If memory runs out, the sides keep the brush's results, which are equal up to rounding.
+        // If memory runs out, both sides keep the brush's results, which are equal up to rounding.
         Error::Dispose(error);
     }
 }
@@ -316,9 +316,9 @@ void StrokeLoop::ClearLastWalks() {
         geometry.Level(level)->ClearLastWalks();
 }
 
-// The walked level is the one whose patches the dab visited. Normals are written in a visited patch
-// even if no vertex of it was reached. A patch shares its border vertices with the patches around
-// it, so these are reported along with it.
+// The traversed level is the one whose patches the dab visited. A visit to a patch writes normals
+// even if no vertex of the patch was reached. A patch shares its border vertices with the patches
+// around it, so these are reported as well.
 void StrokeLoop::ReportDab() {
     if (geometry.Observers().empty()) return;
     const uint32_t bound = geometry.BoundIndex();

@@ -19,16 +19,17 @@ namespace trovik {
 struct StrokeDab {
     /// Mesh-local; its mirror flag is false.
     SurfacePoint hit;
-    /// Dab centre, world.
+    /// Dab centre, world space.
     Vector position;
     /// Radius, world units.
     float size = 0.0f;
     float pressure = 1.0f;
     float strength = 0.0f;
-    /// Direction of the stroke here, world, any length; zero selects the direction from the
-    /// previous dab.
+    /// Direction of the stroke at the dab, in world space and of any length; zero selects the
+    /// direction from the previous dab.
     Vector heading;
-    /// The stamp's up direction, world, any length; zero selects that of the stamp's positioning.
+    /// The stamp's up direction, in world space and of any length; zero selects that of the stamp
+    /// positioning.
     Vector stampTop;
     /// Whether stamp settings must not move the dab.
     bool keepPosition = false;
@@ -38,7 +39,7 @@ struct StrokeDab {
 
 /// Accumulated statistics of strokes.
 struct StrokeTotals {
-    /// Calls of ApplyDab, mirrored ones included.
+    /// Number of calls to ApplyDab, including mirrored ones.
     uint64_t dabs = 0;
     /// Vertices that a stroke moved, each counted once per stroke.
     uint64_t verticesMoved = 0;
@@ -47,63 +48,64 @@ struct StrokeTotals {
 };
 
 /// Drives a brush over the bound level of one geometry. It pairs begin and end calls, adds the
-/// mirrored dabs of each main dab, tracks the previous hit of each side, and reports changed
+/// mirrored dabs of each main dab, tracks the previous hit on each side, and reports changed
 /// patches, which updates the patch tree.
 ///
-/// Errors: exceptions of the brush pass through after the stroke has been ended.
+/// Errors: exceptions from the brush pass through after the stroke has been ended.
 class TROVIK_API StrokeLoop {
 public:
     /// Borrows brush, geometry and tree.
     StrokeLoop(BrushOperation& brush, LevelGeometry& geometry, PatchTree& tree);
 
-    /// Sets the maps of points (mesh-local) to their mirrored positions, one dab each; empty
-    /// disables mirroring. Each map is a reflection, a rotation or both, about the origin of the
-    /// mesh. With a reflection in a coordinate plane of the mesh, a stroke keeps a symmetric
-    /// surface symmetric bit for bit; see SettleSymmetry.
+    /// Sets the maps from points (mesh-local) to their mirrored positions. Each map adds one
+    /// mirrored dab; an empty list disables mirroring. A map is a reflection, a rotation or both,
+    /// about the mesh's origin. With a reflection in a coordinate plane of the mesh, a stroke
+    /// preserves the symmetry of a symmetric surface bit for bit; see SettleSymmetry.
     ///
     /// A brush stores the plane of a stroke for one mirrored side only. If the tool uses such a
     /// plane and there are more sides, they are applied in pairs, each in an additional stroke
     /// after the first; all of them are undone together.
     /// \param mode  returned by MirrorConfiguration::MirrorMode from now on. With Topological, the
-    /// mirrored dab comes from the mesh's MirrorVertex, whatever the maps; there is no mirrored dab
-    /// where MirrorVertex returns -1. \throw HostError while a stroke is open; the mirrors are then
-    /// unchanged.
+    /// mirrored dab comes from the mesh's MirrorVertex, regardless of the maps; there is no
+    /// mirrored dab where MirrorVertex returns -1. \throw HostError while a stroke is open; the
+    /// mirrors are then unchanged.
     void SetMirrors(int mode, std::vector<Matrix> pointMaps);
 
-    /// Sets the observer of all calls into the brush; null removes it. Borrowed.
+    /// Sets the observer of all calls into the brush, which is borrowed; null removes it.
     void SetObserver(StrokeObserver* newObserver) { observer = newObserver; }
 
-    /// Sets the listener for the operations of this loop; null removes it. Borrowed. Its exceptions
-    /// reach the caller after the stroke has ended.
+    /// Sets the listener for the operations of this loop, which is borrowed; null removes it. Its
+    /// exceptions reach the caller after the stroke has ended.
     void SetInputListener(StrokeInputListener* newListener) { listener = newListener; }
 
-    /// Loads the stamp's file if necessary. \param seed  seed of all random values of the stroke.
-    /// \throw HostError if the file cannot be read (no stroke has then begun), or while a stroke is
-    /// open, which is not affected.
+    /// Begins a stroke. Loads the stamp's file if necessary. \param seed  seed of all random values
+    /// of the stroke.
+    /// \throw HostError if the file cannot be read, in which case no stroke has begun, or if a
+    /// stroke is already open, which is not affected.
     void Begin(BrushOperation::Modifier modifier, uint64_t seed = 0);
-    /// Applies one dab. \throw HostError without an open stroke; so does WholeMesh.
+    /// Applies one dab. Like WholeMesh, throws HostError if no stroke is open.
     void Dab(const StrokeDab& dab);
     /// Applies the tool to the whole bound level at once, within a stroke. \param strength  as in
     /// StrokeDab. \param byFacing  reduces the effect where the surface faces away from the camera.
     void WholeMesh(float strength, bool byFacing);
     /// \param poll  called for each dab of mirrored sides that are applied in additional strokes;
-    /// an exception from it skips the remaining ones. The listener is notified of the end in any
+    /// an exception from it skips the remaining dabs. The listener is notified of the end in any
     /// case.
     void End(const std::function<void()>& poll = {});
     /// Ends a cancelled stroke without the mirrored sides that are applied in additional strokes.
     void Break();
-    /// Restores the bound mesh bit-exactly to its state before the stroke, which continues as if no
-    /// dab had been applied: for tools that reapply a dab at each motion. Cost: proportional to the
-    /// number of vertices that the stroke touched.
+    /// Restores the bound mesh bit-exactly to its state before the stroke. The stroke continues as
+    /// if no dab had been applied. Used by tools that reapply a dab on each motion. Cost:
+    /// proportional to the number of vertices that the stroke touched.
     void RevertStroke();
-    /// Distance from the last dab to the next one along a path, world units.
-    /// \param share  fraction of the radius, for tools without a spacing of their own.
+    /// Distance from the last dab to the next one along a path, in world units.
+    /// \param fraction  fraction of the radius, for tools without a spacing of their own.
     float Spacing(float radius, float fraction) { return stamps.Spacing(radius, fraction); }
     /// The next random number for the size of a dab, in [0, 1).
     float RandomFraction() { return sizeRandom.Share(); }
     const BrushOperation& Brush() const { return brush; }
     bool IsActive() const { return active; }
-    /// Number of the open stroke, unique in the process; 0 while none is open.
+    /// Number of the open stroke, unique in the process; 0 if no stroke is open.
     uint64_t StrokeNumber() const { return number; }
 
     const StrokeTotals& Totals() const { return totals; }
@@ -117,7 +119,7 @@ private:
     void Finish(bool brokenOff, const std::function<void()>& poll);
     void Apply(const StrokeDab& dab, std::size_t side);
     /// The dab transformed by a map. \param asMirror  whether the brush treats it as the mirrored
-    /// dab of a pair. \return nothing on a mesh without faces.
+    /// dab of a pair. \return nothing if the mesh has no faces.
     std::optional<StrokeDab> Mapped(const StrokeDab& dab, const Matrix& map, bool asMirror) const;
     /// Whether the brush's tool uses one plane for the whole stroke.
     bool KeepsPlane() const;
@@ -131,9 +133,9 @@ private:
         StrokeDab dab;
         Matrix pointMap;
     };
-    /// The dab's image in the topological mirror; empty if it has no image, and in other modes.
+    /// The dab's topological mirror image; empty if it has none, and in other modes.
     std::optional<MirroredDab> AcrossTopology(const StrokeDab& dab) const;
-    /// Reports the patches that the region walks of a dab have visited.
+    /// Reports the patches that a dab's traversals have visited.
     void ReportDab();
     uint64_t CountMoved() const;
 

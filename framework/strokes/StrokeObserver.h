@@ -40,22 +40,23 @@ struct BrushCall {
     bool byFacing = false;
 };
 
-/// Is notified immediately before and after every call into a brush. An observer must not change
+/// Notified immediately before and after every call into a brush. An observer must not change
 /// anything that the brush can see, and must not throw.
 class TROVIK_API StrokeObserver {
 public:
     virtual void BeforeCall(const BrushCall& call) = 0;
-    /// \param error  message of the exception that the brush threw, which is rethrown; null if it
-    /// returned.
+    /// \param error  message of the exception that the brush threw, which is then rethrown; null if
+    /// the call returned.
     virtual void AfterCall(const BrushCall& call, const std::string* error) = 0;
     /// Called before the host runs a command that may change meshes without the brush, such as
-    /// "undo". Within a stroke every such change is announced; between strokes it need not be.
+    /// "undo". Within a stroke, every such change is announced; between strokes, announcing it is
+    /// optional.
     virtual void BeforeCommand(BrushOperation& brush, const std::string& name) {
         (void)brush, (void)name;
     }
-    /// Called after the host has made both sides of a mirrored stroke equal, immediately before
-    /// EndStroke.
-    /// \param vertices  those whose position or normal has changed, in ascending order.
+    /// Called after the host has made both sides of a mirrored stroke exactly symmetric,
+    /// immediately before EndStroke.
+    /// \param vertices  the vertices whose position or normal has changed, in ascending order.
     virtual void AfterSettling(BrushOperation& brush,
                                const LevelMesh& mesh,
                                const std::vector<uint32_t>& vertices) {
@@ -66,8 +67,8 @@ protected:
     ~StrokeObserver() = default;
 };
 
-/// Runs `run`, which makes the call described by `call`, and notifies the observer before and after
-/// it. \param observer  may be null.
+/// Calls `run`, which makes the call described by `call`, and notifies the observer before and
+/// after it. \param observer  may be null.
 template <typename Run>
 void Observed(StrokeObserver* observer, const BrushCall& call, Run&& run) {
     if (observer == nullptr) {

@@ -43,7 +43,7 @@ public:
         last = dab.position;
         loop.Dab(dab);
         ++count;
-        // A minimum distance, so that the walk along the path always ends.
+        // A minimum distance, so that following the path always ends.
         distance = std::max(loop.Spacing(options.radius, options.spacing), options.radius * 1e-3f);
         if (options.progress) options.progress();
     }
@@ -70,13 +70,14 @@ PathPosition Between(const PathSample& from, const PathSample& to, float fractio
             from.pressure + (to.pressure - from.pressure) * fraction};
 }
 
-/// Number of times a step is bisected to find the position of a due dab: the result is exact to a
-/// few thousandths of a step.
+/// Number of times a step is bisected to find the position of a due dab; the result is accurate to
+/// about a thousandth of a step.
 constexpr int halvings = 10;
 
-/// Walks from sample to sample in steps of at most `step`. `probe(place)` returns the hit there,
-/// `heading(hit, along)` the direction of the stroke on the surface for the direction of the
-/// segment. If a step overshoots, the position at which the dab is due is searched within it.
+/// Follows the path from sample to sample in steps of at most `step`. `probe(position)` returns the
+/// hit there; `heading(hit, along)` converts the direction of a segment to the direction of the
+/// stroke on the surface. If a step overshoots, the position at which the dab is due is searched
+/// for within it.
 template <typename Probe, typename Heading>
 void ApplyDabsAlong(const std::vector<PathSample>& samples,
                     float step,
@@ -108,7 +109,8 @@ void ApplyDabsAlong(const std::vector<PathSample>& samples,
                 float near = reached;
                 float far = fraction;
                 PickHit due = *hit;
-                // When the path returns to the mesh, there is no earlier hit to measure from.
+                // If the path has just returned to the mesh, there is no earlier hit to measure
+                // from.
                 for (int n = 0; before && n < halvings; ++n) {
                     const float middle = (near + far) * 0.5f;
                     const auto there = probe(Between(from, to, middle).position);
@@ -212,8 +214,8 @@ std::optional<PickHit> HitNear(const LevelGeometry& geometry,
     return tree.Nearest(local);
 }
 
-// Slides the motion in the view plane along the line of sight until it lies in the surface; if the
-// surface is seen nearly edge-on, the motion is returned unchanged.
+// Projects the motion in the view plane along the line of sight onto the surface. If the surface is
+// seen nearly edge-on, returns the motion unchanged.
 Vector HeadingInView(const LevelGeometry& geometry,
                      const StrokeView& view,
                      const PickHit& hit,

@@ -11,7 +11,7 @@
 
 namespace trovik {
 
-/// The camera of a viewport and the viewport's size in pixels.
+/// A viewport's camera and its size in pixels.
 struct TROVIK_API StrokeView {
     Vector eye{0.0f, 0.0f, 5.0f};
     Vector target;
@@ -20,9 +20,9 @@ struct TROVIK_API StrokeView {
     int width = 960;
     int height = 720;
 
-    /// Ray from the eye through a viewport position, (0, 0) at the upper left corner. World.
+    /// World-space ray from the eye through a viewport position; (0, 0) is the upper left corner.
     Ray Through(float x, float y) const;
-    /// Camera to world transform: the camera looks along its local -z axis with +y up.
+    /// Camera-to-world transform: the camera looks along its local -z axis, with +y up.
     Matrix ToWorld() const;
 };
 
@@ -36,13 +36,13 @@ struct PathOptions {
     std::function<float(float pressure)> strength;
     /// Called after each dab.
     std::function<void()> progress;
-    /// Called regularly during the walk, whether or not dabs are applied. An exception from it ends
-    /// the walk.
+    /// Called regularly while the path is followed, whether or not dabs are applied. An exception
+    /// from it stops the stroke at that point.
     std::function<void()> poll;
 };
 
-/// Applies dabs along samples on the viewport, spaced by straight distance in the world. For each
-/// dab, the surface is hit in its current shape; there are no dabs where the path leaves the mesh.
+/// Applies dabs along viewport samples, spaced by straight-line distance in world space. Each dab
+/// hits the current shape of the surface; there are no dabs where the path leaves the mesh.
 /// Pressure is interpolated. \return the number of main dabs.
 /// \throw HostError if radius or spacing is out of range, and PathRefused for a path that is too
 /// long, both before the first dab; see PathSteps.
@@ -53,8 +53,8 @@ TROVIK_API unsigned StrokeAlongView(StrokeLoop& loop,
                                     const std::vector<PathSample>& samples,
                                     const PathOptions& options);
 
-/// Applies dabs along points on the surface (world; the nearest point of the mesh is used). Errors
-/// are those of StrokeAlongView.
+/// Applies dabs along points on the surface, in world space; the nearest point on the mesh is used.
+/// Errors are those of StrokeAlongView.
 TROVIK_API unsigned StrokeAlongSurface(StrokeLoop& loop,
                                        LevelGeometry& geometry,
                                        const PatchTree& tree,
@@ -66,7 +66,7 @@ TROVIK_API std::optional<PickHit> HitThrough(const LevelGeometry& geometry,
                                              const PatchTree& tree,
                                              const StrokeView& view,
                                              const Vector& position);
-/// The point of the surface nearest to a position, world.
+/// The point on the surface nearest to a world position.
 TROVIK_API std::optional<PickHit> HitNear(const LevelGeometry& geometry,
                                           const PatchTree& tree,
                                           const Vector& position);

@@ -11,7 +11,7 @@ class StrokeRandom {
 public:
     explicit StrokeRandom(uint64_t seed = 0) : state(seed) {}
 
-    /// The next 64 bits: an odd constant is added to the state, and the sum is mixed.
+    /// The next 64 random bits: an odd constant is added to the state, and the sum is mixed.
     uint64_t Next() {
         state += 0x9e3779b97f4a7c15u;
         uint64_t z = state;

@@ -17,8 +17,9 @@ Vector Position(const Mesh& mesh, uint32_t vertex) {
     return {v.x, v.y, v.z};
 }
 
-/// Corner weights of the triangle's point nearest to `p`, each 0 to 1, with sum 1. For a point
-/// outside the triangle, weights are clamped at 0, which keeps it on the border.
+/// Corner weights, each 0 to 1 with sum 1, of the projection of `p` onto the triangle's plane. If
+/// the projection is outside the triangle, negative weights are set to 0 and the others rescaled,
+/// which gives a point on the border.
 std::array<float, 3> CornerWeightsAt(const Triangle& t, const Vector& p) {
     const Vector a = t[1] - t[0];
     const Vector b = t[2] - t[0];
@@ -41,7 +42,7 @@ Vector Blend(const Triangle& t, const std::array<float, 3>& weights) {
     return (t[0] * weights[0] + t[1] * weights[1]) + t[2] * weights[2];
 }
 
-/// Three orthogonal directions: along the first side, across it, and out of the surface.
+/// Three orthogonal directions: along the first side, across it, and outwards from the surface.
 struct Frame {
     Vector along;
     Vector across;
@@ -106,7 +107,7 @@ std::optional<TopologicalHit> AcrossTopologicalMirror(const SurfacePoint& hit) {
         main[k] = Position(mesh, mesh.faceVertexIndices[hit.face * corners + k]);
         image[k] = Position(mesh, static_cast<uint32_t>(vertex));
     }
-    // A quad is two triangles; the one nearer to the hit is used.
+    // A quad is split into two triangles; the one nearer to the hit is used.
     Triangle triangle{main[0], main[1], main[2]};
     Triangle triangleAcross{image[0], image[1], image[2]};
     std::array<float, 3> weights = CornerWeightsAt(triangle, hit.position);

@@ -8,7 +8,7 @@
 
 namespace trovik {
 
-/// The counterpart of a surface point across the topological mirror.
+/// The counterpart of a surface point under the topological mirror.
 struct TopologicalHit {
     /// On the same mesh, with its mirror flag set.
     SurfacePoint hit;
