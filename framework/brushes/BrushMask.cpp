@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The brush's masks: -1 is its stamp, 1 the mirrored access to the stamp.
+/// \file The brush's masks: -1 is its stamp, 1 is the mirrored lookup of the stamp.
 #include "framework/brushes/BrushSettings.h"
 
 namespace trovik {
@@ -57,7 +57,8 @@ void BrushOperation::OnMaskChanged(int mask) {
         d->stampImage = known == d->cachedStampImages.end() ? nullptr : known->second.lock();
     }
     d->stampImagePath = d->stamp.path;
-    // The name of a folder elsewhere must not turn a file into a vector stamp.
+    // Of an absolute path, only the file name is used, so that a folder name cannot turn the file
+    // into a vector stamp.
     const QString& path = d->stamp.path;
     d->stampName = path.startsWith(u'/') ? path.mid(path.lastIndexOf(u'/') + 1) : path;
 }
@@ -68,7 +69,8 @@ void BrushOperation::SetStamp(bool enabled, const QString& path) {
     OnMaskChanged(stampMask);
 }
 
-// A configuration contains all stamp settings of a tool; no setting of the previous tool remains.
+// A configuration contains all stamp settings of a tool, so no setting of the previous tool may
+// remain.
 void BrushOperation::SetStampConfig(StampConfiguration& config) {
     d->stamp = config;
     d->stampTiled = false;

@@ -9,7 +9,8 @@ namespace trovik {
 
 namespace {
 
-/// The samples of a user-defined curve; a curve of the table is identified by its index alone.
+/// Transfers the samples of a user-defined curve; a curve in the table is identified by its index
+/// alone.
 void TransferFalloff(BrushOperation::Private& settings, Stream& stream) {
     int32_t index = settings.falloffIndex;
     stream.Transfer(index);
@@ -38,7 +39,7 @@ void TransferFalloff(BrushOperation::Private& settings, Stream& stream) {
     settings.falloffIndex = customFalloffIndex;
 }
 
-/// A file may contain any number: NaN and infinity become `otherwise`.
+/// Replaces NaN and infinity, which a file may contain, with `otherwise`.
 void Finite(float& value, float otherwise) {
     if (!std::isfinite(value)) value = otherwise;
 }

@@ -13,8 +13,8 @@
 
 namespace trovik {
 
-/// The host's state of a brush: everything that a stroke script or a panel can set and that is not
-/// an attribute.
+/// A brush's host-side state: everything that a stroke script or a panel can set and that is not an
+/// attribute.
 struct BrushOperation::Private {
     explicit Private(BrushOperation& brush) : strokeResources(brush) {}
 
@@ -34,7 +34,7 @@ struct BrushOperation::Private {
     QString stampName;       ///< returned by MaskName
     QString stampImagePath;  ///< StampConfiguration::path from which stampImage was loaded
     std::shared_ptr<Image> stampImage;  ///< null if there is none
-    /// Stamp images of other tools by path, as long as they are in use elsewhere.
+    /// Stamp images of other tools, by path, for as long as they are in use elsewhere.
     std::map<QString, std::weak_ptr<Image>> cachedStampImages;
     bool stampTiled = false;
     bool stampInverted = false;
@@ -55,7 +55,7 @@ struct BrushOperation::Private {
 };
 
 /// Reads or writes the settings that are not attributes, except for the size, which all tools
-/// share. Values that were read are clamped to their limits.
+/// share. Values read are clamped to their ranges.
 void TransferPlainSettings(BrushOperation& brush, Stream& stream);
 
 }  // namespace trovik

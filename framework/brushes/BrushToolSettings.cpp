@@ -53,11 +53,12 @@ void BrushOperation::RestoreConfiguration(const BrushConfiguration* configuratio
     TransferToolSettings(stream);
 }
 
-// Everything that a tool sets or its user may change; the brush size is shared by all tools.
+// Transfers everything that a tool sets or that the user may change for it. The brush size is
+// shared by all tools.
 void BrushOperation::TransferToolSettings(Stream& stream) {
     for (Attribute* attribute : Attributes()) {
-        // An attribute that is bound to another one has no value of its own. The binding may no
-        // longer exist when the settings are restored, so it is stored as well.
+        // An attribute that is connected to a source has no value of its own. The connection may no
+        // longer exist when the settings are restored, so whether there was one is stored as well.
         uint8_t own = attribute->Source() == nullptr ? 1 : 0;
         stream.Transfer(own);
         if (own == 0) continue;

@@ -23,18 +23,18 @@ TROVIK_API std::string FalloffName(int index);
 /// Samples per curve.
 inline constexpr unsigned falloffSampleCount = 256;
 
-/// Value of a curve at distance x, 0 at the centre to 1 at the rim. Uses only additions,
+/// Value of a curve at distance x, from 0 at the centre to 1 at the rim. Uses only additions,
 /// multiplications and square roots, so that every machine computes the same table.
 TROVIK_API float FalloffValue(int index, float x);
 
-/// Fills `samples` with the curve, centre first. For an index outside the table the curve is
+/// Fills `samples` with the curve, centre first. An index outside the table selects the curve
 /// "smooth".
 TROVIK_API void FillFalloff(Store<float>& samples, int index);
 /// Fills `samples` with user-defined values.
 TROVIK_API void FillFalloff(Store<float>& samples, const std::vector<float>& values);
 
-/// Sets a user-defined curve for the brush, samples from the centre to the rim. It is stored with
-/// the tool like the other settings.
+/// Sets a user-defined curve for the brush; `samples` run from the centre to the rim. The curve is
+/// stored with the tool like the other settings.
 TROVIK_API void SetFalloffSamples(BrushOperation& brush, const std::vector<float>& samples);
 
 }  // namespace trovik

@@ -11,7 +11,7 @@ namespace trovik {
 /// The samples of a brush's falloff curve, from the centre to the rim.
 ///
 /// A brush borrows the array for the duration of a stroke, while the setting may change at any
-/// time. Therefore samples are immutable: a change installs a new array and applies to strokes that
+/// time. Samples are therefore immutable: a change installs a new array and applies to strokes that
 /// begin later, and a borrowed array stays valid until the next stroke of the brush begins.
 ///
 /// Not thread-safe.
@@ -22,7 +22,7 @@ public:
     explicit FalloffTable(int index) { Set(index); }
 
     /// Installs a curve of the table; see FillFalloff. If an allocation fails, Error::s_cBadAlloc
-    /// is thrown and the current samples remain.
+    /// is thrown and the current samples are kept.
     void Set(int index);
     /// Installs a user-defined curve; empty for no samples.
     void Set(const std::vector<float>& values);

@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The folder with which the tools' own stamp names begin.
+/// The folder at the start of the tools' own stamp names.
 constexpr const char* toolFolder = "Stamps";
 constexpr const char* extensions[] = {".tif", ".tiff", ".png", ".exr", ".jpg", ".jpeg"};
 

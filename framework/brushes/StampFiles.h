@@ -9,20 +9,20 @@
 
 namespace trovik {
 
-/// Folders of the stamps supplied with the program, in search order: the colon-separated folders of
-/// the environment variable TROVIK_STAMP_PATH, or otherwise share/trovik/stamps of the installed
-/// tree and stamps/ of the source tree, if they exist.
+/// Folders of the stamps supplied with the program, in search order: the colon-separated folders in
+/// the environment variable TROVIK_STAMP_PATH, or otherwise share/trovik/stamps in the installed
+/// tree and stamps/ in the source tree, if they exist.
 TROVIK_API std::vector<std::string> StampFolders();
 
 /// Finds the file of a stamp name. An absolute path is used unchanged. Any other name is searched
-/// in the stamp folders and in their subfolder "Stamps", first unchanged and then without its own
-/// folders. A name without an extension may refer to a TIFF, PNG, EXR or JPEG file. \return nothing
-/// if the file does not exist.
+/// for in the stamp folders and their "Stamps" subfolders, first unchanged and then without its
+/// folder part. A name without an extension may refer to a TIFF, PNG, EXR or JPEG file. \return
+/// nothing if the file does not exist.
 TROVIK_API std::optional<std::string> FindStampFile(const std::string& name);
 
 /// Loads the image of the brush's stamp if the stamp is enabled and its file exists, and reloads it
 /// if the file has changed. A stamp without a file keeps its image.
-/// \throw HostError naming the file and the reason if it cannot be read.
+/// \throw HostError with the file name and the reason if the file cannot be read.
 TROVIK_API void RefreshStamp(BrushOperation& brush);
 
 }  // namespace trovik

@@ -21,8 +21,8 @@ constexpr NamedTraits table[] = {
     {"Flatten", percentOnPlane},
     {"Scrape", percentOnPlane},
     {"Fill", percentOnPlane},
-    // Wax uses one tenth of its strength, scaled by one half, as the offset of its plane: at full
-    // strength the plane is a quarter of a radius above the surface.
+    // Wax raises its plane by one tenth of its strength, scaled by one half. At full strength, the
+    // plane is a quarter of a radius above the surface.
     {"Wax",
      {.radiiAtFullStrength = 0.25f / (0.1f * 0.5f),
       .vectorStampTakesPercent = false,

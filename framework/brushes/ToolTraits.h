@@ -5,7 +5,7 @@
 
 namespace trovik {
 
-/// How the host drives a tool. A tool's catalogue row (BrushConfiguration) does not contain these
+/// How the host drives a tool. A tool's catalogue entry (BrushConfiguration) does not contain these
 /// properties, so the host declares them by tool name; a tool that is not listed in ToolTraits.cpp
 /// has the defaults below.
 struct ToolTraits {
@@ -18,20 +18,20 @@ struct ToolTraits {
 
     StrengthUnit strengthUnit = StrengthUnit::Length;
     float radiiAtFullStrength = 1.0f;
-    /// With a vector stamp the strength is a percentage, whatever the unit: the stamp's values are
-    /// fractions of its side.
+    /// With a vector stamp, the strength is a percentage regardless of the unit, because the
+    /// stamp's values are fractions of its side.
     bool vectorStampTakesPercent = true;
     /// With StampPositioning::Tool, the stamp rotates with the stroke.
     bool rotatesStampAlongStroke = false;
-    /// Copies of the stamp are placed side by side: dabs are two radii apart plus the tool's gap
-    /// settings, and the spacing of the stroke is ignored.
+    /// Copies of the stamp are placed side by side: the dab distance is two radii plus the tool's
+    /// gap, and the stroke's spacing is ignored.
     bool placesStampsSideBySide = false;
     /// The tool flattens onto a plane, which can be constant for a stroke ("globalplane",
     /// "updateplane").
     bool worksOnPlane = false;
 };
 
-/// The traits of a catalogue row; the defaults if it is null. Cost: a search in a list of about
+/// The traits of a catalogue entry; the defaults if it is null. Cost: a search in a list of about
 /// twenty names.
 TROVIK_API const ToolTraits& TraitsOf(const BrushConfiguration* tool);
 /// The traits of the brush's active tool.
