@@ -20,7 +20,7 @@ HostKernel::HostKernel() {
 }
 
 HostKernel& HostKernel::Instance() {
-    // Never destroyed: brushes with static lifetime may open guards until the program exits.
+    // Never destroyed: brushes with static lifetime may use scope guards until the program exits.
     static auto* kernel = new HostKernel;
     return *kernel;
 }

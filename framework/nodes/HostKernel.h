@@ -11,10 +11,10 @@
 
 namespace trovik {
 
-/// The kernel of a host without windows: messages are stored and forwarded as text.
+/// The kernel of a host without a window system: messages are stored and forwarded as text.
 class TROVIK_API HostKernel : public Kernel, private Interface {
 public:
-    /// The only instance, created on first use; g_pKernel points to it from then on.
+    /// The only instance, created on first use; from then on, g_pKernel points to it.
     static HostKernel& Instance();
 
     trovik::Interface* Interface() override { return this; }

@@ -21,9 +21,10 @@ Homogeneous Times(const Matrix& m, const Vector& p, float w) {
 
 }  // namespace
 
-// Inverts by cofactors, which preserve the exact zeros of an affine matrix. Each sum of products is
-// accompanied by the sum of their magnitudes. A determinant within the rounding error of its terms
-// counts as zero, so a singular matrix is detected even if its numbers do not cancel exactly.
+// Inverts by cofactors, which preserve the exact zeros of an affine matrix. For each sum of
+// products, the sum of their magnitudes is computed as well. A determinant within the rounding
+// error of its terms counts as zero, so a singular matrix is detected even if its terms do not
+// cancel exactly.
 void Matrix::Invert(bool* ok) {
     constexpr double rounding = 16.0 * std::numeric_limits<double>::epsilon();
     if (ok != nullptr) *ok = false;

@@ -61,7 +61,7 @@ const ClassDesc* Node::RuntimeClass() const { return StaticClass(); }
 
 void Node::ContentChanged() {
     ++version;
-    // A listener may be removed or destroyed while a different one is notified.
+    // A listener may be removed or destroyed while another one is being notified.
     const std::vector<Node*> told = listeners;
     for (Node* listener : told) {
         if (std::find(listeners.begin(), listeners.end(), listener) != listeners.end())

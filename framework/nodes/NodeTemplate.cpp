@@ -10,8 +10,8 @@ namespace trovik {
 
 namespace {
 
-// Keyed by the name of the class, because the descriptor of a library that is unloaded and loaded
-// again is a different object.
+// Keyed by class name, because a library that is unloaded and loaded again has new descriptor
+// objects.
 using TemplateKey = std::pair<QString, QString>;
 using TemplateValues = std::vector<std::pair<QString, QString>>;
 

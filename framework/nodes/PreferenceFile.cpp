@@ -28,7 +28,7 @@ nlohmann::json ReadValues(const std::string& path) {
     return ParseAgainst(schema, ReadDocument(path, maxFileBytes), path);
 }
 
-/// Returns whether the preference accepts the text; nothing is changed.
+/// Returns whether the preference accepts the text, without changing it.
 bool Fits(const Attribute& attribute, const QString& text) {
     if (attribute.attributeType() == AttributeValue<bool>::type) {
         bool value = false;

@@ -27,8 +27,7 @@ TROVIK_API std::vector<std::string> PreferenceKeys();
 /// value from here.
 TROVIK_API std::map<std::string, std::string>& PendingPreferences();
 
-/// Returns the reason, for use in a message, that a value's type differs from the preference's
-/// type.
+/// Returns message text which states that a value's type differs from the preference's type.
 TROVIK_API std::string WrongPreference(const Attribute& attribute, const std::string& given);
 
 /// Returns the path of the user's preferences file: trovik/preferences.json in $XDG_CONFIG_HOME, by
@@ -36,7 +35,7 @@ TROVIK_API std::string WrongPreference(const Attribute& attribute, const std::st
 /// neither folder.
 TROVIK_API std::string UserPreferencesPath();
 
-/// Reads stored values: a JSON object of strings, numbers and booleans by key. Values of
+/// Reads stored values: a JSON object that maps keys to strings, numbers and booleans. Values of
 /// unregistered keys are kept for libraries that register them later, and for the next save. If
 /// there is an error, no value is applied.
 /// \throw HostError with the file, the key and the reason.

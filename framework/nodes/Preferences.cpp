@@ -17,8 +17,8 @@ struct Entry {
     PreferenceInfo info;
 };
 
-/// Owns all preference attributes. If two libraries register different value types for the same
-/// key, each has its own attribute, and the file stores the first one's value.
+/// Owns all preference attributes. If two libraries register the same key with different value
+/// types, each gets its own attribute, and the file stores the value of the first one.
 class PreferenceNode : public Node {
 public:
     PreferenceNode() { SetName(QStringLiteral("Preferences")); }
@@ -39,8 +39,8 @@ const Entry* FindEntry(const std::string& key) {
     return found == TheNode().byKey.end() ? nullptr : &found->second.front();
 }
 
-/// Returns the key's attribute, created with `make` if the key is new. A value that was loaded
-/// before the key was registered is applied now.
+/// Returns the key's attribute and creates it with `make` if the key is new. A value that was
+/// loaded before the key was registered is then applied.
 template <typename A, typename Make>
 A* Register(const QString& key, PreferenceInfo info, Make make) {
     std::vector<Entry>& entries = TheNode().byKey[key.toStdString()];

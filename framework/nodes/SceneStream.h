@@ -21,7 +21,7 @@ public:
     using Stream::Transfer;
     static constexpr uint32_t currentFormat = 334;
 
-    /// Creates a stream for writing. The class versions are the registry's current ones.
+    /// Creates a stream for writing. The class versions are the current ones in the registry.
     explicit SceneStream(uint32_t format = currentFormat);
     /// Creates a stream for reading.
     /// \throw Error* if the bytes are not a scene or end within the header.
@@ -32,11 +32,12 @@ public:
     SceneStream Section() const;
     /// Returns a stream that reads `size` borrowed bytes with this stream's format and class
     /// versions.
-    /// \param place  offset of the first byte in its file, for messages.
+    /// \param offset  offset of the first byte in its file, for messages.
     /// \param what  the name of the section for messages, such as "chunk LEVL".
     SceneStream Section(const uint8_t* bytes, uint64_t size, uint64_t offset, QString what) const;
 
-    /// Writes a class with a version other than its current one, as an older program would.
+    /// Sets the version with which a class is written, so that the stream looks like one from an
+    /// older program.
     void SetClassVersion(const ClassDesc* classDesc, int version);
     /// Returns the header and the data of a written stream.
     std::vector<uint8_t> ToBytes() const;
@@ -60,8 +61,8 @@ public:
     const std::vector<uint8_t>& Data() const { return data; }
     /// The next byte to be read.
     const uint8_t* Next() const { return Bytes() + position; }
-    /// The offset of that byte in the file; in a complete stream, the offset from the end of its
-    /// header.
+    /// The offset of the next byte in the file; in a complete stream, the offset from the end of
+    /// its header.
     uint64_t Place() const { return origin + position; }
     uint32_t Format() const { return format; }
 
