@@ -8,18 +8,18 @@
 
 namespace trovik {
 
-/// The pick trees of a geometry's levels. A tree is built when its level is first needed. It is
-/// then kept and follows the changes of its level, so that switching back and forth between levels
-/// rebuilds nothing.
+/// The pick trees of a geometry's levels. A tree is built when it is first needed. It is then kept
+/// and follows its level's changes, so that switching back and forth between levels does not
+/// rebuild any tree.
 class TROVIK_API LevelTrees {
 public:
     /// Borrows the geometry.
     explicit LevelTrees(LevelGeometry& ofGeometry) : geometry(ofGeometry) {}
 
-    /// The tree of the bound level. The reference is valid until the next call after levels were
-    /// added or removed. Deletes the trees of levels that no longer exist or whose level 0 was
-    /// replaced.
-    /// \throw Cancelled while a tree is built.
+    /// The tree of the bound level. The reference stays valid until the first call after levels
+    /// have been added or removed. Deletes the trees of levels that no longer exist or whose level
+    /// 0 has been replaced.
+    /// \throw Cancelled if the job is cancelled while a tree is built.
     PatchTree& OfBound(JobControl* job = nullptr);
 
 private:

@@ -79,7 +79,7 @@ uint32_t PatchTree::FacesUnder(uint32_t levelIndex) const {
     return faces;
 }
 
-// Hidden faces are sorted into the tree near their region, in case they are shown again.
+// Hidden faces are sorted into the tree near their position, in case they are shown again.
 PatchTree::Box PatchTree::CornerBox(uint32_t baseFace) const {
     const LevelMesh& lowest = *level->Hierarchy().Level(0);
     const uint32_t corner = lowest.faceVertexIndices.array[std::size_t{baseFace} * baseChildren];
@@ -96,8 +96,8 @@ void PatchTree::BuildTop(JobControl* job) {
         const Box box = boxes[face].low[0] <= boxes[face].high[0] ? boxes[face] : CornerBox(face);
         for (std::size_t axis = 0; axis < 3; ++axis) {
             const float centre = 0.5f * box.low[axis] + 0.5f * box.high[axis];
-            // A face without a finite position can be placed anywhere, but the sort requires an
-            // ordering.
+            // A face without a finite position can be anywhere in the tree, but the sort requires
+            // an ordering.
             centres[face][axis] = std::isfinite(centre) ? centre : 0.0f;
         }
     }
@@ -159,7 +159,7 @@ void PatchTree::TouchLeaves(uint32_t patchLevelIndex, uint32_t patch) {
 void PatchTree::NextRefit() {
     touched.clear();
     if (++refit != 0) return;
-    // After 2^32 refits old stamps would be valid again.
+    // After 2^32 refits, old stamps would be valid again.
     for (std::vector<uint32_t>& stamps : patchStamps) std::fill(stamps.begin(), stamps.end(), 0u);
     std::fill(topStamps.begin(), topStamps.end(), 0u);
     refit = 1;
@@ -218,8 +218,9 @@ void PatchTree::RefitLeaf(uint32_t patch) {
     }
     const uint32_t corners = FacesUnder(leafLevel) * level->CornersPerFace();
     const uint32_t* vertex = level->faceVertexIndices.array + std::size_t{patch} * corners;
-    // All three axes at once; the fourth lane contains the data after a position. minps and maxps
-    // return their second operand if one is NaN, so that NaN does not change the box.
+    // Processes all three axes at once; the fourth lane contains the data after a position. minps
+    // and maxps return their second operand if either operand is NaN, so NaN does not change the
+    // box.
     __m128 low = _mm_set1_ps(std::numeric_limits<float>::infinity());
     __m128 high = _mm_set1_ps(-std::numeric_limits<float>::infinity());
     const auto extend = [&](uint32_t corner) {
@@ -229,8 +230,8 @@ void PatchTree::RefitLeaf(uint32_t patch) {
         high = _mm_max_ps(position, high);
     };
     if (corners == 64) {
-        // A grid of 4 x 4 equally oriented quads: one pair of opposite corners of each quad covers
-        // all vertices but two of the grid's own corners.
+        // In a grid of 4 x 4 equally oriented quads, one pair of opposite corners per quad covers
+        // all vertices except two corners of the grid.
         for (uint32_t face = 0; face < 16; ++face) {
             extend(face * 4);
             extend(face * 4 + 2);

@@ -22,14 +22,14 @@ struct PickHit {
     /// Mesh-local, unit length: the interpolated packed vertex normals or, if their sum vanishes,
     /// the normal of the hit triangle.
     Vector normal;
-    /// For a ray, the position is origin + t x direction. For Nearest, t is the distance.
+    /// For a ray, the position is origin + t * direction. For Nearest, t is the distance.
     float t = 0.0f;
 };
 
 /// Finds intersections of rays with the bound level of a geometry. The recursive face order already
-/// forms a tree: this class stores a box per patch, from leaf patches of a few faces up to the
-/// faces of level 0, and a tree of boxes above those. Cost of a pick: logarithmic in the mesh; of a
-/// refit: proportional to the region that changed.
+/// forms a tree: this class stores one box per patch, from leaf patches of a few faces up to the
+/// faces of level 0, and a tree of boxes above those. Cost: a pick is logarithmic in the number of
+/// faces; a refit is proportional to the region that changed.
 ///
 ///        top nodes      median splits of the faces of level 0
 ///        level 0        one box per face
@@ -38,16 +38,16 @@ struct PickHit {
 ///                       fewer levels
 ///
 /// A quad consists of the triangles (0, 1, 2) and (0, 2, 3). No ray passes between two faces that
-/// share an edge. Hidden faces and faces with a non-finite vertex are ignored; a patch that has
-/// only such faces is never visited. Among hits at equal distance, the one with the lowest face
-/// number is returned, so results do not depend on the shape of the tree.
+/// share an edge. Hidden faces and faces with a non-finite vertex are ignored; a patch that
+/// consists only of such faces is never visited. Among hits at equal distance, the one with the
+/// lowest face number is returned, so results do not depend on the shape of the tree.
 ///
-/// Observes the geometry: boxes follow each reported change of the level's positions and hidden
-/// faces, before observers of ObserverOrder::Later receive the report. Changes that are not
-/// reported require a call to a refit function.
+/// Observes the geometry: boxes are updated for each reported change of the level's positions and
+/// hidden faces, before observers with ObserverOrder::Later receive the report. Changes that are
+/// not reported require a call to a refit function.
 ///
 /// Borrows the level and its geometry, which must outlive the tree. Queries may run concurrently;
-/// refits and reports must not run concurrently with anything.
+/// refits and reports must not run concurrently with any other call.
 class TROVIK_API PatchTree final : private GeometryObserver {
 public:
     /// Cost: O(faces), and O(n log n) in the faces of level 0.
@@ -57,22 +57,22 @@ public:
     PatchTree(const PatchTree&) = delete;
     PatchTree& operator=(const PatchTree&) = delete;
 
-    /// The nearest hit of a front or back face. Empty if the ray is non-finite or its direction is
+    /// The nearest hit on a front or back face. Empty if the ray is not finite or its direction is
     /// zero.
     std::optional<PickHit> Pick(const Ray& ray) const;
-    /// The point of the surface nearest to `p` (mesh-local). Empty if `p` is not finite.
+    /// The point on the surface nearest to `p` (mesh-local). Empty if `p` is not finite.
     std::optional<PickHit> Nearest(const Vector& p) const;
 
     /// Recomputes all boxes.
     void RefitAll();
-    /// Recomputes the boxes below and above the faces of level `patchLevelIndex` that a walk
-    /// visited, whatever the visitor returned: a face next to a changed one shares its border,
-    /// which may have moved.
+    /// Recomputes the boxes below and above the faces of level `patchLevelIndex` that a traversal
+    /// visited, regardless of what the visitor returned, because a face next to a changed one
+    /// shares a border that may have moved.
     void Refit(uint32_t patchLevelIndex, const std::vector<FaceVisit>& visited);
 
-    /// Whether the boxes still match the level. False if the level's index or its level 0 has
-    /// changed, or if it is detached from its geometry; permanently false after a change that was
-    /// reported in that state.
+    /// Whether the boxes still match the level. False if the level's index or level 0 has changed,
+    /// or if the level is detached from its geometry. After a change that was reported in such a
+    /// state, permanently false.
     bool IsCurrent() const { return !missedChange && IsAttached(); }
     const LevelMesh* Level() const { return level; }
 
@@ -107,7 +107,7 @@ private:
 
     void SurfaceChanged(const SurfaceChange& change) override;
     bool IsAttached() const;
-    /// Touches the leaves that are descendants or ancestors of a face of a level.
+    /// Marks the leaves that are descendants or ancestors of a patch for refitting.
     void TouchLeaves(uint32_t patchLevelIndex, uint32_t patch);
 
     static Box EmptyBox();
@@ -119,17 +119,17 @@ private:
     uint32_t FacesUnder(uint32_t levelIndex) const;
 
     void BuildTop(JobControl* job);
-    /// The box that contains only a corner of a face of level 0; used for a face without visible
+    /// A box that contains only a corner of a level 0 face; used for faces without visible
     /// descendants.
     Box CornerBox(uint32_t baseFace) const;
     void SplitTop(uint32_t node, const std::vector<std::array<float, 3>>& centres);
     void NextRefit();
-    /// Adds a patch to `touched` unless this refit already has it.
+    /// Adds a patch to `touched` unless this refit already contains it.
     void Touch(uint32_t levelIndex, uint32_t patch);
     /// Recomputes the touched boxes of the leaf level and all their ancestors.
     void RefitTouched();
     void RefitLeaf(uint32_t patch);
-    /// \return the box of the visible faces of a patch that may have hidden ones.
+    /// \return the box of the visible faces of a patch that may also have hidden faces.
     Box VisibleBox(uint32_t patch) const;
     void RefitInner(uint32_t levelIndex, uint32_t patch);
     void RefitTopNode(uint32_t node);

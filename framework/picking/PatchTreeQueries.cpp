@@ -19,8 +19,8 @@ constexpr double boxSlack = 1e-9;
 double Lower(double t) { return t * (t > 0.0 ? 1.0 - boxSlack : 1.0 + boxSlack); }
 double Higher(double t) { return -Lower(-t); }
 
-/// The best triangle so far. Of equal distances the lower face number is kept, whatever the order
-/// of visits.
+/// The best triangle so far. At equal distances, the lower face number wins, regardless of the
+/// order of visits.
 struct Best {
     double t;
     uint32_t face = openBorder;
@@ -185,15 +185,15 @@ void PatchTree::VisitFaces(Query& query, uint32_t leaf) const {
 
 template <class Query>
 void PatchTree::Walk(Query& query) const {
-    // Marks items of the top tree, which is above the patch levels.
+    // Level number that marks items of the top tree, which is above the patch levels.
     constexpr uint32_t top = 0xffffffffu;
     struct Item {
         double nearest;
         uint32_t levelIndex;
         uint32_t index;
     };
-    // Maximum depth: 32 top levels leave one item each, a top leaf four, and each of 16 patch
-    // levels three.
+    // Sufficient for the maximum depth: each of 32 top levels leaves one item on the stack, a top
+    // leaf leaves four, and each of 16 patch levels leaves three.
     std::array<Item, 128> stack;
     std::size_t size = 0;
     std::array<Item, 4> fan;

@@ -25,19 +25,19 @@ inline Vector3d Cross(const Vector3d& a, const Vector3d& b) {
 }
 inline double Square(double a) { return a * a; }
 
-/// A point on a triangle, as barycentric weights with sum 1; `t` is the ray parameter, or the
+/// A point on a triangle, as barycentric weights with sum 1; `t` is the ray parameter or the
 /// squared distance.
 struct TrianglePoint {
     std::array<double, 3> weights;
     double t;
 };
 
-/// A ray in a sheared frame in which it runs through the origin along the third axis.
+/// A ray, with a sheared frame in which the ray starts at the origin and runs along the third axis.
 ///
-/// Whether a triangle is hit then depends on the signs of three 2D edge functions. For an edge
-/// shared by two triangles, both compute the same products. Because rounding is monotone, the sign
-/// of a difference of products is never wrong; at worst the difference becomes zero, and zero
-/// counts as a hit. A ray that meets an edge therefore hits at least one of the adjacent triangles.
+/// In this frame, the signs of three 2D edge functions determine whether a triangle is hit. Two
+/// triangles compute the same products for a shared edge. Because rounding is monotone, the sign of
+/// a difference of products is never wrong; at worst the difference becomes zero, and zero counts
+/// as a hit. A ray that meets an edge therefore hits at least one of the adjacent triangles.
 class RayFrame {
 public:
     RayFrame(const Vector& rayOrigin, const Vector& direction) : origin(ToDouble(rayOrigin)) {
@@ -58,8 +58,8 @@ public:
                 p[alongAxis]};
     }
 
-    /// Tests a triangle whose corners are in the frame (see Place). \return false if it is not hit
-    /// or seen edge-on.
+    /// Tests a triangle whose corners are given in the frame (see Place). \return false if the
+    /// triangle is missed or seen edge-on.
     bool Hit(const Vector3d& a, const Vector3d& b, const Vector3d& c, TrianglePoint& out) const {
         const double u = Edge(b, c);
         const double v = Edge(c, a);
@@ -86,7 +86,7 @@ private:
     double along;
 };
 
-/// The point of a triangle nearest to `p`: on the corner, edge or interior whose Voronoi region
+/// The point on a triangle nearest to `p`: on the corner, edge or interior whose Voronoi region
 /// contains `p`. A degenerate triangle is treated as its edges.
 inline TrianglePoint NearestOfTriangle(const Vector3d& p,
                                        const Vector3d& a,
