@@ -6,7 +6,7 @@
 
 namespace trovik {
 
-/// Bilinear interpolation between four pixels, whose centres have integer coordinates; v runs
+/// Bilinear interpolation between four pixels, whose centres have integer coordinates; v points
 /// downwards.
 /// \param pixel  pixel(column, row) returns the value there, for arbitrary integers.
 template <typename Pixel>

@@ -19,17 +19,17 @@ enum class FreezeMode : int {
     Add,
     /// b - g, at least 0.
     Subtract,
-    /// b x g / 127, rounded to nearest: the intersection of the two masks.
+    /// b * g / 127, rounded to nearest: the intersection of the two masks.
     Multiply,
 };
 
-/// The freeze amount for a mask weight of 0 to 1, rounded to the nearest multiple of 1/127, halves
-/// up. Other weights are clamped; NaN yields 0.
+/// The freeze amount for a mask weight of 0 to 1, rounded to the nearest multiple of 1/127, with
+/// halves rounded up. Other weights are clamped; NaN yields 0.
 TROVIK_API uint8_t FreezeAmountOf(float weight);
 
 TROVIK_API uint8_t Blended(uint8_t before, uint8_t given, FreezeMode mode);
 
-/// Freeze amounts for mask weights of 0 to 1, each multiplied by `amount`, 0 to 1.
+/// Freeze amounts for mask weights of 0 to 1, each multiplied by `amount` (0 to 1).
 TROVIK_API std::vector<uint8_t> FreezeAmountsOf(const std::vector<float>& weights, float amount);
 
 /// Linear interpolation from `from` to `to` by `amount` (0 to 1), rounded to nearest.
@@ -37,8 +37,8 @@ TROVIK_API std::vector<uint8_t> InterpolatedFreeze(const std::vector<uint8_t>& f
                                                    const std::vector<uint8_t>& to,
                                                    float amount);
 
-/// Blends freeze amounts, one for each vertex, into the mask of the level and returns the undo
-/// step, not yet pushed; null if no amount changed. Hidden vertices keep their amounts. Cost:
+/// Blends freeze amounts, one per vertex, into the level's mask and returns the undo step, which is
+/// not pushed yet; null if no amount changed. Hidden vertices keep their amounts. Cost:
 /// O(vertices).
 TROVIK_API std::unique_ptr<UndoStep> BlendFreezeAsStep(LevelMesh& level,
                                                        const std::vector<uint8_t>& given,

@@ -68,7 +68,7 @@ float FreezeBrush::FalloffAt(float distance, float radius) const {
     return samples.array[index];
 }
 
-// As for sculpting: 1 below the start angle, 0 beyond start plus range.
+// As in sculpting: 1 below the start angle, 0 beyond start plus range.
 float FreezeBrush::FacingFactor(uint32_t vertex, const Vector& eye) const {
     const Vector normal = Unpacked(level->vertexNormals.array[vertex]).Normalized();
     const Vector toEye = (eye - level->Position(vertex)).Normalized();
@@ -94,7 +94,7 @@ void FreezeBrush::ApplyDab(const SurfacePoint& hit,
     if (level == nullptr || hit.mesh != level || !(size > 0.0f) || hit.face >= level->faceCount)
         return;
     const auto reached = VerticesUnderDab(*level, hit.face, hit.position, size);
-    // Nothing moved: no box of the pick tree needs to be refitted after this walk.
+    // No vertex moved, so no box of the pick tree needs to be refitted after this traversal.
     level->ClearLastWalks();
     const bool byFacing = UsesFalloffBasedOnFacingAngle();
     const Vector eye = byFacing ? Eye() : Vector();
@@ -128,7 +128,7 @@ void FreezeBrush::Apply(const std::vector<FreezeReach>& reached,
                         const std::vector<float>& weights,
                         AxisAlignedBoundingBox& box) {
     // The whole dab is computed from the previous state, so that the result does not depend on the
-    // order of the walk.
+    // traversal order.
     std::vector<float> maskWeights(reached.size());
     for (std::size_t i = 0; i < reached.size(); ++i) {
         const float maskWeight = records->Share(reached[i].vertex);

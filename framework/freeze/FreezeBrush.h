@@ -22,19 +22,19 @@ namespace trovik {
 ///     ModifierInvert: unfreezing    s - s w
 ///     ModifierSmooth: blurring      s + (m - s) w
 ///
-/// where m is the mean mask weight of its neighbours before the dab. During a stroke mask weights
-/// are stored in single precision; amounts are rounded from them.
+/// where m is the mean mask weight of its neighbours before the dab. During a stroke, mask weights
+/// are stored in single precision; the amounts are rounded from these weights.
 ///
-/// At the end of a stroke one undo step, labelled "Freeze", is added to the history of the
-/// geometry. Nothing else may change the mask during the stroke. Cost of a dab: O(faces under it).
+/// At the end of a stroke, one undo step labelled "Freeze" is added to the geometry's history. No
+/// other code may change the mask during the stroke. Cost of a dab: O(faces under it).
 class TROVIK_API FreezeBrush : public BrushOperation, public StrokeRevert {
 public:
     FreezeBrush();
     ~FreezeBrush() override;
 
     void BeginStroke(Mesh* mesh, Modifier modifier, TriggerType trigger) override;
-    /// \param strength  percent. \param box  is extended to include the world positions of the
-    /// vertices that changed.
+    /// \param strength  in percent. \param box  extended to contain the world positions of the
+    /// vertices whose mask changed.
     void ApplyDab(const SurfacePoint& hit,
                   const Vector& position,
                   float size,
@@ -48,8 +48,8 @@ public:
 
     const ClassDesc* RuntimeClass() const override;
     static const ClassDesc* StaticClass();
-    /// The only tool of the brush, "Freeze". It is not in the catalogue of BrushOperation, which
-    /// lists the tools of plug-ins.
+    /// The brush's only tool, "Freeze". It is not in BrushOperation's catalogue, which lists the
+    /// plug-ins' tools.
     static BrushConfiguration* Tool();
 
 private:

@@ -9,7 +9,7 @@ namespace trovik {
 
 /// The sign of the curvature that an operation selects.
 enum class CurvatureSign : int {
-    /// Concave: the surface rises toward its normal around the vertex.
+    /// Concave: around the vertex, the surface rises towards the normal.
     Cavity,
     /// Convex: the surface falls away around the vertex.
     Ridge,
@@ -25,22 +25,24 @@ struct CurvatureRange {
     /// weight 1.
     float from = 0.25f;
     float to = 3.402823466e+38f;
-    /// Outside that range the weight decreases linearly to 0 over this distance.
+    /// Outside that range, the weight decreases linearly to 0 over this difference in scaled
+    /// curvature.
     float softness = 0.0f;
     /// Number of rings over which the curvature is averaged; each ring is one step of
     /// BlurredFreeze.
     uint32_t rings = 0;
 };
 
-/// The scaled curvature of each vertex p of the bound level, from world positions: the mean over
-/// its neighbours q of the curvature towards them, 2 (q - p) . n / |q - p|^2, times `size`, where n
-/// is the normal. Neighbours are weighted as for BlurredFreeze. 0 for a vertex without faces.
+/// The scaled curvature at each vertex p of the bound level, computed from world positions: the
+/// mean over its neighbours q of the curvature towards q, 2 (q - p) . n / |q - p|^2, times `size`,
+/// where n is the normal at p. Neighbours are weighted as for BlurredFreeze. 0 for a vertex without
+/// faces.
 /// \param size, rings  see CurvatureRange. Cost: O(faces).
 TROVIK_API std::vector<float> ScaledCurvatures(const LevelGeometry& geometry,
                                                float size,
                                                uint32_t rings);
 
-/// Mask weights, 0 to 1, of the bound level's vertices, selected by curvature.
+/// Mask weights, 0 to 1, that select the bound level's vertices by curvature.
 TROVIK_API std::vector<float> WeightsByCurvature(const LevelGeometry& geometry,
                                                  const CurvatureRange& range);
 

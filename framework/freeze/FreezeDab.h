@@ -9,9 +9,9 @@
 
 namespace trovik {
 
-/// A vertex within reach of a dab: it lies within the radius (world units) of the hit, and it is
-/// reached from the hit's face through faces with a corner in that sphere. Parts of the surface
-/// that are near in space but not along the surface are not reached.
+/// A vertex within reach of a dab: it is within the radius (world units) of the hit, and connected
+/// to the hit's face by faces that have a corner in that sphere. Parts of the surface that are near
+/// in space but not along the surface are not reached.
 struct FreezeReach {
     uint32_t vertex;
     /// A face that contains the vertex.
@@ -19,25 +19,27 @@ struct FreezeReach {
     /// Distance from the hit, world units.
     float distance;
 };
-/// Vertices in reach of a dab, each once, in the order of the walk. \param center  mesh-local.
+/// Vertices within reach of a dab, each listed once, in traversal order. \param center  mesh-local.
 /// Cost: O(faces under the dab).
 TROVIK_API std::vector<FreezeReach> VerticesUnderDab(LevelMesh& level,
                                                      uint32_t face,
                                                      const Vector& center,
                                                      float radius);
 
-/// The mask weights of the vertices that a stroke has touched. They are stored in full precision
-/// during a stroke, so that many weak dabs add up to the same result as a few strong ones.
+/// The mask weights of the vertices that a stroke has touched. During a stroke, they are stored
+/// without rounding to freeze amounts, so that many weak dabs add up to the same result as a few
+/// strong ones.
 class TROVIK_API FreezeRecords {
 public:
     explicit FreezeRecords(LevelMesh& strokeLevel) : level(strokeLevel) {}
 
     /// The mask weight of a vertex, 0 to 1.
     float Share(uint32_t vertex) const;
-    /// \return whether the vertex's amount, rounded to the nearest multiple of 1/127, has changed.
+    /// \return whether the vertex's freeze amount, which is rounded to a multiple of 1/127, has
+    /// changed.
     bool SetWeight(uint32_t vertex, float weight);
 
-    /// Touched vertices in order, with their original amounts.
+    /// Touched vertices in the order of first touch, with their original amounts.
     const std::vector<uint32_t>& Vertices() const { return vertices; }
     const std::vector<uint8_t>& AmountsBefore() const { return amountsBefore; }
 

@@ -7,10 +7,10 @@
 
 namespace trovik {
 
-/// \file Filters that compute new freeze amounts from those of the neighbourhood. Neighbours are
-/// the vertices at the other ends of a vertex's edges. Every step reads only amounts of the
-/// previous step, in integers, so that the result does not depend on the order of the faces. A
-/// vertex without faces keeps its amount. Cost of a step: O(faces).
+/// \file Filters that compute new freeze amounts from those of adjacent vertices. A vertex's
+/// neighbours are the vertices at the other ends of its edges. Every step uses integers and reads
+/// only amounts of the previous step, so that the result does not depend on the order of the faces.
+/// A vertex without faces keeps its amount. Cost of a step: O(faces).
 
 /// 127 minus each amount.
 TROVIK_API std::vector<uint8_t> InvertedFreeze(const LevelMesh& level);
@@ -22,14 +22,15 @@ TROVIK_API std::vector<uint8_t> GrownFreeze(const LevelMesh& level, uint32_t rin
 /// In each step, every vertex gets the minimum of its own amount and its neighbours' amounts.
 TROVIK_API std::vector<uint8_t> ShrunkFreeze(const LevelMesh& level, uint32_t rings);
 
-/// In each step, every vertex gets half its amount plus half its neighbours' mean. A neighbour is
-/// counted once for each face at the shared edge: twice, or once on an open border. Amounts have 16
-/// fractional bits between the steps and are rounded to the nearest, halves up, after each step and
-/// at the end.
+/// In each step, every vertex gets half its own amount plus half the mean of its neighbours. A
+/// neighbour is counted once for each face at the shared edge: twice, or once on an open border.
+/// Between steps, amounts have 16 fractional bits. They are rounded to nearest, with halves rounded
+/// up, after each step and at the end.
 TROVIK_API std::vector<uint8_t> BlurredFreeze(const LevelMesh& level, uint32_t steps);
 
-/// In each step, every vertex gets twice its amount minus its neighbours' mean as in BlurredFreeze,
-/// clamped to 0 to 127, with the same precision and rounding. Soft borders become steeper.
+/// In each step, every vertex gets twice its own amount minus the mean of its neighbours, clamped
+/// to 0 to 127. The mean, precision and rounding are those of BlurredFreeze. Soft borders become
+/// steeper.
 TROVIK_API std::vector<uint8_t> SharpenedFreeze(const LevelMesh& level, uint32_t steps);
 
 }  // namespace trovik

@@ -15,12 +15,12 @@ namespace trovik {
 
 namespace {
 
-/// A vertex is visible if its line of sight meets no surface in front of it by more than this
-/// fraction of its distance. Because of rounding, the surface around the vertex itself can be hit
+/// A vertex is visible unless its line of sight hits the surface at least this fraction of its
+/// distance in front of it. Because of rounding, the surface around the vertex itself can be hit
 /// slightly in front of it.
 constexpr float sightTolerance = 1e-4f;
 
-/// The camera of a viewport, prepared for projecting many positions.
+/// A viewport's camera, prepared for projecting many positions.
 class Projection {
 public:
     explicit Projection(const StrokeView& view)
@@ -121,7 +121,7 @@ bool ViewBox::Holds(const ViewPoint& point) const {
            point.y >= std::min(from.y, to.y) && point.y < std::max(from.y, to.y);
 }
 
-// A side includes its upper end but not its lower one, so that a corner at the height of the
+// A side includes its upper end but not its lower end, so that a corner at the same height as the
 // position is counted once.
 bool ViewLasso::Holds(const ViewPoint& point) const {
     bool inside = false;

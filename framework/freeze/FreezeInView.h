@@ -12,7 +12,7 @@
 
 namespace trovik {
 
-/// Selects the vertices that an operation through the camera reaches.
+/// Selects the vertices that an operation in the view reaches.
 enum class ViewReach : int {
     /// Vertices not occluded by the mesh.
     Visible,
@@ -22,39 +22,39 @@ enum class ViewReach : int {
     Through,
 };
 
-/// A position on the viewport in pixels, (0, 0) at the upper left corner.
+/// A viewport position in pixels; (0, 0) is the upper left corner.
 struct ViewPoint {
     float x = 0.0f;
     float y = 0.0f;
 };
 
-/// Projects a world position to the viewport; empty if it is not in front of the eye. The inverse
-/// of StrokeView::Through.
+/// Projects a world position to the viewport; empty if the position is not in front of the eye. The
+/// inverse of StrokeView::Through.
 TROVIK_API std::optional<ViewPoint> ProjectToView(const StrokeView& view, const Vector& world);
 
-/// Mask weights of the bound level's vertices by their position on the viewport; 0 for those not
-/// reached.
+/// Mask weights of the bound level's vertices, determined by their viewport positions; 0 for
+/// vertices that are not reached.
 /// \param weightAt  returns 0 to 1 for a viewport position, which may be outside the viewport.
-/// Called on several threads.
-/// \param tree  of the bound level, up to date. Cost: O(vertices), and with ViewReach::Visible one
-/// pick for each vertex with a positive weight.
+/// Called concurrently on several threads.
+/// \param tree  the up-to-date tree of the bound level. Cost: O(vertices), and with
+/// ViewReach::Visible, one pick for each vertex with a positive weight.
 TROVIK_API std::vector<float> WeightsInView(const LevelGeometry& geometry,
                                             const PatchTree& tree,
                                             const StrokeView& view,
                                             ViewReach reach,
                                             const std::function<float(const ViewPoint&)>& weightAt);
 
-/// A rectangle of the viewport, including its left and upper sides but not the others. Corners may
-/// be in any order.
+/// A viewport rectangle, including its left and upper sides but not the others. The corners may be
+/// in any order.
 struct TROVIK_API ViewBox {
     ViewPoint from;
     ViewPoint to;
     bool Holds(const ViewPoint& position) const;
 };
 
-/// A closed polygon on the viewport; its last corner is joined to the first. A point is inside if a
-/// horizontal line to the right crosses the polygon an odd number of times, so a loop within a loop
-/// is a hole.
+/// A closed polygon in the viewport; the last corner is connected to the first. A point is inside
+/// if a horizontal line to the right crosses the polygon an odd number of times, so a loop within a
+/// loop is a hole.
 class TROVIK_API ViewLasso {
 public:
     explicit ViewLasso(std::vector<ViewPoint> lassoCorners) : corners(std::move(lassoCorners)) {}
@@ -64,7 +64,7 @@ private:
     std::vector<ViewPoint> corners;
 };
 
-/// An image stretched over a rectangle of the viewport.
+/// An image stretched over a viewport rectangle.
 class TROVIK_API ViewImage {
 public:
     enum class Channel : int {
@@ -76,8 +76,8 @@ public:
     };
     /// \param over  the area that the image covers, up to its borders.
     ViewImage(const FloatImage& image, Channel channel, bool inverted, const ViewBox& over);
-    /// Weight at a position; 0 outside. Bilinear between pixel centres, constant beyond the
-    /// outermost ones.
+    /// Weight at a position; 0 outside the area. Interpolated bilinearly between pixel centres,
+    /// constant beyond the outermost ones.
     float WeightAt(const ViewPoint& position) const;
 
 private:

@@ -10,7 +10,7 @@ namespace trovik {
 
 namespace {
 
-/// Union-find over vertices: vertices of one face are in one set.
+/// Union-find over vertices: all vertices of a face are in the same set.
 class VertexSets {
 public:
     explicit VertexSets(uint32_t count) : parent(count) {

@@ -7,25 +7,25 @@
 
 namespace trovik {
 
-/// 1 for each vertex of the level in the connected component of `vertex`, 0 for the others. Cost:
-/// O(faces).
+/// Returns 1 for each of the level's vertices in the connected component of `vertex`, 0 for the
+/// others. Cost: O(faces).
 TROVIK_API std::vector<float> WeightsOfComponent(const LevelMesh& level, uint32_t vertex);
 
-/// 1 for each vertex of a face that descends from a level 0 face of this group, 0 for the others;
-/// vertices on the border of a group belong to it. Cost: O(faces).
+/// Returns 1 for each vertex of a face that descends from a level 0 face in this group, 0 for the
+/// others. Vertices on a group's border belong to the group. Cost: O(faces).
 /// \param group  index into SurfaceAttributes::groupNames, or `none` for the faces without a group.
 TROVIK_API std::vector<float> WeightsOfGroup(const LevelGeometry& geometry,
                                              uint32_t levelIndex,
                                              uint32_t group);
 
-/// 1 near `center`, 0 at `radius` and beyond. Between them the weight falls linearly, over the
-/// outer fraction `soft` (0 to 1) of the radius. World space.
+/// Returns 1 near `center`, 0 at `radius` and beyond. The weight falls linearly over the outer
+/// fraction `soft` (0 to 1) of the radius. World space.
 TROVIK_API std::vector<float> WeightsInSphere(const LevelGeometry& geometry,
                                               const Vector& center,
                                               float radius,
                                               float soft);
 
-/// 1 inside the box and on its sides, 0 outside. World space.
+/// Returns 1 inside the box and on its sides, 0 outside. World space.
 TROVIK_API std::vector<float> WeightsInBox(const LevelGeometry& geometry,
                                            const Vector& low,
                                            const Vector& high);

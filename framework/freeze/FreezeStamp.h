@@ -7,15 +7,15 @@
 
 namespace trovik {
 
-/// The stamp of a brush as weights. A stamp that is disabled or has no pixels has weight 1
+/// A brush's stamp, converted to weights. A stamp that is disabled or has no pixels has weight 1
 /// everywhere.
 class TROVIK_API FreezeStamp {
 public:
-    /// Reads the pixels. With o the brush's stamp offset, a pixel v has the value v - o, or (1 - v)
-    /// + o if the stamp is inverted, as for sculpting. Cost: O(pixels) if the image has changed.
+    /// Reads the pixels. If o is the brush's stamp offset, a pixel v has the value v - o, or (1 -
+    /// v) + o if the stamp is inverted, as for sculpting. Cost: O(pixels) if the image has changed.
     void Read(const BrushOperation& brush);
-    /// Weight from 0 to 1: the pixels times the stamp's factor, with bilinear interpolation; 0
-    /// outside a stamp that is not tiled. \param position, toPixels  see StampPlacement::ToPixels.
+    /// Weight from 0 to 1: the bilinearly interpolated pixel times the stamp's factor; 0 outside a
+    /// stamp that is not tiled. \param position, toPixels  see StampPlacement::ToPixels.
     float WeightAt(const Vector& position, const Matrix& toPixels) const;
 
 private:
