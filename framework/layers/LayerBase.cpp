@@ -108,9 +108,9 @@ void LayerBase::AbsorbMove(LayeredVertex& layeredVertex,
         if (!SameBits(state.seen, present) ||
             !SameBits(state.rest, Sum(layeredVertex.base, layers, first, last, touch)))
             continue;
-        // The last stroke to move the vertex was in this layer, so the base is unchanged. The
-        // stroke may have rounded the sum differently. It may also have deferred the position,
-        // which then has not been computed yet.
+        // The last stroke that moved the vertex was in this layer, so the base is unchanged. The
+        // stroke may have rounded the sum differently, or it may have deferred the position, which
+        // has then not been computed yet.
         if (SameBits(present, layer.Composite(touch->slot)))
             Note(layeredVertex, Sum(layeredVertex.base, layers, first, last), present);
         return;
@@ -285,7 +285,7 @@ LayerBase::Replaced LayerBase::Compose(LevelMesh& level, const Layers& layers) {
     while (first != end || next < layeredVertices.size()) {
         if (next < layeredVertices.size() &&
             (first == end || layeredVertices[next].vertex < first->vertex)) {
-            // None of the remaining layers touches this vertex, so it is at the base position.
+            // No remaining layer touches this vertex, so it is at the base position.
             compose(layeredVertices[next], first);
             composed.push_back(layeredVertices[next++]);
             continue;

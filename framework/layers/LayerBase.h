@@ -15,9 +15,9 @@ namespace trovik {
 /// surface depends only on the base and the layers, so hiding and showing layers in any order
 /// restores bit-identical positions.
 ///
-/// Strokes, however, write differently rounded sums and their own normals. The last such position
-/// and normal of each vertex are stored here together with the result that the layers give, and
-/// replace that result whenever it is computed again.
+/// Strokes, however, write differently rounded sums and their own normals. For each vertex, the
+/// last such position and normal are stored here together with the result computed from the layers,
+/// and replace that result whenever it is computed again.
 class TROVIK_API LayerBase {
 public:
     using Layers = std::vector<std::shared_ptr<SculptLayer>>;
@@ -26,12 +26,12 @@ public:
     struct LayeredVertex {
         uint32_t vertex = 0;
         Vector base;
-        /// If the computed sum equals `sum`, the vertex gets the position `place` instead.
+        /// If the computed sum equals `sum`, the vertex is at `place` instead.
         Vector sum;
         Vector place;
     };
     static bool SameLayeredVertex(const LayeredVertex& a, const LayeredVertex& b);
-    /// The data of a vertex in another state, if it had any.
+    /// A vertex's data in another state, if it had any.
     struct OtherLayeredVertex {
         LayeredVertex layeredVertex;
         bool isKnown = false;
@@ -61,8 +61,8 @@ public:
     /// Updates the level after its layers or their offsets have changed since Settle: positions,
     /// the normals around moved vertices, and the state that each layer stores for a vertex.
     Replaced Compose(LevelMesh& level, const Layers& layers);
-    /// Called after a change of the layers that does not change the surface: records that the
-    /// current positions belong to the new layers.
+    /// Called after a layer change that does not change the surface: records that the current
+    /// positions belong to the new layers.
     void Keep(const LevelMesh& level, const Layers& layers);
 
     /// The layer data of a vertex, and the base below it.
@@ -76,15 +76,15 @@ public:
         LayeredVertex layeredVertex;
         std::vector<Entry> entries;
     };
-    /// Returns the data of one vertex, with the changes since the last call of Settle absorbed.
+    /// Returns the data of one vertex, with the changes since the last call to Settle absorbed.
     /// There are no entries if no layer touches the vertex. Cost: O(layers + log(touched
     /// vertices)).
     VertexLayers VertexLayersOf(const LevelMesh& level,
                                 const Layers& layers,
                                 uint32_t vertex) const;
     /// Returns the data after the underlying surface has moved the vertex to `place`: the base
-    /// moves along, and the offsets rotate. If a result would not be finite, the data is returned
-    /// unchanged.
+    /// moves with the surface, and the offsets rotate with it. If any result is not finite, the
+    /// data is returned unchanged.
     static VertexLayers Carried(const VertexLayers& held,
                                 const Layers& layers,
                                 const Vector& present,
@@ -92,7 +92,7 @@ public:
                                 const SurfaceMove& move);
 
     /// Compares the current data with `before` and returns the older data of each vertex that
-    /// differs, in ascending order.
+    /// differs, in ascending vertex order.
     std::vector<OtherLayeredVertex> DifferencesTo(const std::vector<LayeredVertex>& before) const;
     /// Exchanges the current data of these vertices with older data.
     /// \param others  ordered by vertex, without duplicates.
@@ -102,7 +102,7 @@ public:
     /// dropped, because they depend on the order of the old face numbers.
     void Renumber(const std::vector<uint32_t>& map);
 
-    /// Used to save scenes; in ascending vertex order.
+    /// Used to save scenes. In ascending vertex order.
     const std::vector<LayeredVertex>& LayeredVertices() const { return layeredVertices; }
     const std::vector<StoredNormal>& Normals() const { return normals; }
     void Restore(std::vector<LayeredVertex> newLayeredVertices,
@@ -110,7 +110,7 @@ public:
     uint64_t Bytes() const;
 
 private:
-    /// A vertex that a layer touches, and the first of its slots; the `slots` are consecutive.
+    /// A vertex that a layer touches, and its slot in the layer.
     struct Touched {
         uint32_t vertex;
         uint32_t layer;

@@ -28,8 +28,7 @@ public:
     /// Returns the shared pointer to a layer of this stack; null if the stack does not contain it.
     std::shared_ptr<SculptLayer> Shared(const SculptLayer* layer) const;
 
-    /// Adds a layer on top of the layers of its level. Used while loading the content of a
-    /// geometry.
+    /// Adds a layer on top of its level's layers. Used while loading a geometry.
     void Insert(std::shared_ptr<SculptLayer> layer);
     /// Replaces the layers of a level.
     void SetOfLevel(const LevelMesh& level, const Layers& newLayers);

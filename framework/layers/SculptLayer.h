@@ -11,14 +11,14 @@
 namespace trovik {
 
 /// A sculpt layer of one level: offsets, stored only for touched vertices. The composite position
-/// of a vertex is rest + strength x offset, where rest is the position without this layer. The rest
+/// of a vertex is rest + strength * offset, where rest is the position without this layer. The rest
 /// position is stored along with the offset, so that changing the strength and restoring it gives
 /// bit-identical positions.
 ///
 /// A vertex may also move independently of the layer: by a stroke on another layer or without an
 /// active layer, or by a change propagated from a coarser level. On the next access, the layer
-/// detects that the position differs from the one it wrote, and adds the difference to the rest
-/// position.
+/// detects that the position differs from the one that it wrote, and adds the difference to the
+/// rest position.
 ///
 /// If a level has several layers, they belong to a LayerStack, which composes them all. The
 /// functions of this class treat the other layers as part of the rest position.
@@ -29,8 +29,8 @@ class TROVIK_API SculptLayer : public trovik::Layer {
 public:
     /// Borrows the level. A layer must not be used after its level is destroyed.
     SculptLayer(LevelMesh* level, const std::string& name);
-    /// If this is the active layer of the level, the level has no active layer afterwards.
-    /// Positions do not change.
+    /// If this is the level's active layer, the level then has no active layer. Positions do not
+    /// change.
     ~SculptLayer() override;
     SculptLayer(const SculptLayer&) = delete;
     SculptLayer& operator=(const SculptLayer&) = delete;
@@ -106,8 +106,8 @@ public:
     const std::shared_ptr<SculptLayer*>& Handle() const { return handle; }
     /// Number of bytes allocated for the touched vertices.
     uint64_t Bytes() const;
-    /// The layer's vertices and states, for code that stores an unused layer in compressed form.
-    /// While they are removed, no other function of the layer may be called.
+    /// The layer's vertices and states, for code that compresses an unused layer. While they are
+    /// removed, no other function of the layer may be called.
     StepArray Content() { return StepArray(entries); }
 
 private:
@@ -125,7 +125,8 @@ private:
     LevelMesh* level;
     Properties given;
     std::vector<Entry> entries;
-    /// Maps vertices to slots, in pages that are created when one of their vertices is touched.
+    /// Maps vertices to slots, in pages that are created when one of their vertices is first
+    /// touched.
     std::vector<std::unique_ptr<uint32_t[]>> slotPages;
     std::shared_ptr<SculptLayer*> handle;
 };
