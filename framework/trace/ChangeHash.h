@@ -7,11 +7,11 @@
 
 namespace trovik {
 
-/// 64-bit hash for detecting changes; not cryptographic, and not stored in files, which are
-/// identified by ContentHash (framework/io). It reads eight bytes at a time in four independent
-/// lanes, so that hashing whole meshes is limited by memory bandwidth. Each step is a bijection of
-/// its lane: changing a single word always changes the hash. \param seed  the hash of the preceding
-/// part, to hash content in parts.
+/// 64-bit hash for detecting changes. It is not cryptographic and never stored in files; file
+/// content is identified by ContentHash (framework/io). It reads eight bytes at a time in four
+/// independent lanes, so that hashing whole meshes is limited by memory bandwidth. Each step is a
+/// bijection of its lane, so changing a single word always changes the hash. \param seed  the hash
+/// of the preceding part, if content is hashed in parts.
 inline uint64_t ChangeHash(std::string_view bytes, uint64_t seed = 0) {
     const auto mix = [](uint64_t& lane, uint64_t word) {
         lane = (lane ^ word) * 0x9e3779b97f4a7c15u;

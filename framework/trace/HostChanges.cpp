@@ -7,9 +7,9 @@ namespace trovik {
 
 namespace {
 
-/// Replaces states by later ones. If the later state has no mirror, the stored mirror is kept: the
-/// brush requests the mirror only in one mirror mode, and when that mode returns, it has to be
-/// written again only if it has changed.
+/// Replaces states with later ones. If the later state has no mirror, the stored mirror is kept:
+/// the brush requests the mirror in only one mirror mode, and when that mode is active again, the
+/// mirror must be written again only if it has changed.
 void Replace(HostChanges::States& states, HostChanges::States by) {
     for (std::size_t i = 0; i < std::min(states.size(), by.size()); ++i) {
         const auto mirror = states[i].find(mirrorCornersFile);

@@ -31,9 +31,9 @@ public:
     /// Call this before a command runs. \param now  the current states; changes up to this point
     /// are attributed to the previous command.
     void Command(const std::string& name, States now);
-    /// Ignores changes since the last command, because a separate line of the trace describes them.
+    /// Ignores changes since the last command, because a separate trace line describes them.
     void Absorb(const States& now);
-    /// Makes the next Find report the mesh, whether or not its state has changed.
+    /// Makes the next call to Find report the mesh, whether or not its state has changed.
     void Force(std::size_t mesh, const std::string& reason);
     /// The meshes whose state differs from the one in the trace.
     std::vector<Change> Find(const States& now);
@@ -47,7 +47,7 @@ private:
     /// The states in the trace, and those at the last command.
     States known, seen;
     std::string command;
-    /// Names of commands, by mesh.
+    /// Command names, by mesh.
     std::vector<std::vector<std::string>> reasons;
     std::set<std::size_t> forced;
 };

@@ -9,10 +9,10 @@
 
 namespace trovik {
 
-/// \file JSON text of a trace. General JSON libraries write a float as the nearest double; here the
-/// text identifies the value as a float.
+/// \file JSON text for traces. General JSON libraries write a float as the nearest double; here,
+/// the text identifies the value as a float.
 
-/// Nine significant digits, which convert back to the same float. The text always contains a point
+/// Nine significant digits, so that the float round-trips. The text always contains a decimal point
 /// or an exponent, so that readers do not parse it as an integer and lose the sign of a zero.
 /// Infinities and NaN become the strings "inf", "-inf" and "nan".
 TROVIK_API std::string JsonFloat(float value);
@@ -44,7 +44,7 @@ public:
     const std::string* Find(const std::string& name) const;
     /// The members whose text differs from that in `earlier`.
     JsonFields ChangedSince(const JsonFields& earlier) const;
-    /// The object on one line.
+    /// The object as one line of JSON text.
     std::string Text() const;
     bool IsEmpty() const { return fields.empty(); }
 

@@ -10,22 +10,22 @@
 
 namespace trovik {
 
-/// Name of the file with the topological mirror of every corner.
+/// Name of the file that contains the topological mirror of every corner.
 inline constexpr const char* mirrorCornersFile = "mirror_corners.npy";
 
-/// Writes the state of a mesh into a folder, which is created: meta.json, every level's faces,
-/// positions and flags, and the data of the bound level, including the records of an open change.
-/// docs/trace.md describes every file.
+/// Creates a folder and writes the state of a mesh to it: meta.json, every level's faces, positions
+/// and flags, and the bound level's data, including the records of an open change. docs/trace.md
+/// describes every file.
 ///
 /// \param unlocker  determines the value of "lockable". \param mirrorCorners  whether to write the
 /// topological mirror of every corner too. Cost: proportional to the size of the files.
-/// \throw HostError naming a file and the system's reason.
+/// \throw HostError with the name of a file and the system's error message.
 TROVIK_API void WriteMeshState(const std::string& folder,
                                LevelGeometry& geometry,
                                const MeshUnlocker* unlocker,
                                bool mirrorCorners);
 
-/// The geometries of the scene in their order, which are named "m0", "m1" and so on.
+/// The scene's geometries, in order; the trace names them "m0", "m1" and so on.
 TROVIK_API std::vector<LevelGeometry*> SceneGeometries();
 
 /// Hashes of the files of a state, by file name within its folder.

@@ -15,7 +15,7 @@ static_assert(std::endian::native == std::endian::little,
               "arrays are written as they lie in memory");
 
 constexpr std::size_t alignment = 64;
-// Magic string, two bytes of version, two bytes of length.
+// Magic string, two version bytes, two length bytes.
 constexpr std::size_t preludeBytes = 10;
 
 }  // namespace

@@ -26,7 +26,7 @@ inline constexpr const char* npyRecord =
 TROVIK_API std::string NpyHeader(const char* elementType, const std::vector<uint64_t>& shape);
 
 /// Writes an array: little-endian, C order. `data` may be null if `sizeBytes` is 0.
-/// \throw HostError naming the path and the system's reason.
+/// \throw HostError with the path and the system's error message.
 TROVIK_API void WriteNpyFile(const std::string& path,
                              const char* elementType,
                              const std::vector<uint64_t>& shape,

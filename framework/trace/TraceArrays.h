@@ -9,7 +9,8 @@
 
 namespace trovik {
 
-/// The array files of a trace, to which its lines refer by name. Equal content is written once.
+/// The array files of a trace; the trace's lines refer to them by name. Equal content is written
+/// only once.
 class TROVIK_API TraceArrays {
 public:
     /// \param folder  must exist.
@@ -21,8 +22,8 @@ public:
     /// The pixels are read again only if the image object, its version, its size or `name` differs
     /// from the last call, or after ForgetPixels. \throw HostError if the file cannot be written.
     std::string Pixels(Image& image, const QString& name, uint8_t channels);
-    /// Forces the pixels to be read again. Called at the beginning of each stroke, because a new
-    /// image can have the address of a deleted one.
+    /// Forces the pixels to be read again. Called at the start of each stroke, because a new image
+    /// can have the address of a deleted one.
     void ForgetPixels() { lastRead = {}; }
     /// A number for the image object, assigned in the order of first use, starting at 0.
     unsigned ImageNumber(const Image* image);

@@ -5,7 +5,7 @@
 
 namespace trovik {
 
-/// Name of the file with the lines of a trace.
+/// Name of the file that contains the lines of a trace.
 inline constexpr const char* traceLineFile = "trace.jsonl";
 
 /// Creates the folder of a trace, empty except for `arrays`; an earlier trace in it is removed.
@@ -13,7 +13,7 @@ inline constexpr const char* traceLineFile = "trace.jsonl";
 /// that case, nothing is removed.
 void PrepareTraceFolder(const std::string& folder);
 
-/// Name of a state's folder: the kind, followed by the number with at least six digits.
+/// Name of the folder of a mesh state: the kind, followed by the number with at least six digits.
 std::string NumberedTraceFolder(const char* kind, unsigned number);
 
 }  // namespace trovik

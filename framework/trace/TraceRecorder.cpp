@@ -26,7 +26,7 @@ const MeshUnlocker* UnlockerOf(const BrushOperation& brush) {
     return dynamic_cast<const MeshUnlocker*>(&brush);
 }
 
-/// The mesh that the brush is working on is the one whose lock it holds.
+/// The brush is working on the mesh whose lock it holds.
 LevelMesh* BoundMesh(const BrushOperation& brush) {
     const MeshUnlocker* unlocker = UnlockerOf(brush);
     if (unlocker == nullptr) return nullptr;
@@ -114,8 +114,8 @@ void TraceRecorder::FillInput(const BrushCall& call) {
     switch (call.kind) {
         case BrushCall::SetActiveConfiguration:
             input.Set("tool", ToolText(call.configuration));
-            // Leaving a tool stores its settings, even when the same tool is selected again, before
-            // the brush asks.
+            // Leaving a tool stores its settings before the brush queries this, even if the same
+            // tool is selected again.
             input.Set("inited",
                       JsonBool(brush.IsConfigurationInited(call.configuration) ||
                                brush.ActiveConfiguration() == call.configuration));
@@ -153,7 +153,7 @@ void TraceRecorder::FillInput(const BrushCall& call) {
             input.Set("byFacing", JsonBool(call.byFacing));
             input.Set("hit", HitText(SurfacePoint(call.mesh, call.mesh->faceVertexIndices[0], 0)));
             input.Append(BrushSettingsFields(brush, *arrays));
-            // The dab within this call reads both values, as any other dab does.
+            // The dab within this call reads both values, like any other dab.
             input.Set("previousPatchPosition", JsonVector(brush.PreviousPatchPosition()));
             if (brush.IsMaskEnabled(stampMask))
                 input.Set("stampMatrix", JsonMatrix(brush.MaskMatrix(stampMask)));

@@ -16,27 +16,28 @@
 namespace trovik {
 
 struct TraceOptions {
-    /// Folder of the trace. It is created; an earlier trace in it is replaced.
+    /// Folder of the trace, which is created if necessary. An earlier trace in it is replaced.
     std::string folder;
-    /// Writes the state of every mesh after each dab whose number is a multiple of this; 0 disables
-    /// it.
+    /// Writes the state of every mesh after each dab whose number is a multiple of this value; 0
+    /// disables these states.
     unsigned every = 0;
 };
 
-/// Writes a trace: the inputs of every call into a brush and its effects visible to the host.
-/// docs/trace.md describes the format.
+/// Writes a trace: the inputs of every call into a brush, and its effects that are visible to the
+/// host. docs/trace.md describes the format.
 ///
 /// The state `before` is written when the first stroke begins, so that it includes the setup up to
-/// then. The recorder observes all geometries of the scene, but only during calls. The lines of a
-/// call are on disk when it has returned, so after a crash the trace is complete up to that call.
+/// that point. The recorder observes all geometries in the scene, but only during calls. A call's
+/// lines are on disk by the time the call returns, so after a crash, the trace is complete up to
+/// the last completed call.
 ///
 /// If the host changes a mesh between two calls, its state is written before the second one.
-/// Between strokes any change is detected by comparing hashes of all arrays; within a stroke only
-/// after a BeforeCommand. Cost: two passes over all arrays of all meshes for each stroke, one for
-/// each command.
+/// Between strokes, any change is detected by comparing hashes of all arrays; within a stroke, only
+/// changes after a BeforeCommand are detected. Cost: two passes over all arrays of all meshes for
+/// each stroke, one for each command.
 ///
-/// Errors: calls into the brush never throw because of the trace; after a failure nothing more is
-/// written, and ThrowIfFailed reports it.
+/// Errors: calls into the brush never throw because of the trace. After a failure, nothing more is
+/// written, and ThrowIfFailed reports the failure.
 class TROVIK_API TraceRecorder final : public StrokeObserver, private GeometryObserver {
 public:
     /// Prepares the folder. \throw HostError if it cannot be created, or contains files that are
@@ -114,8 +115,8 @@ private:
     std::vector<FaceVisit> lastWalk;
     std::vector<std::string> finished;
 
-    /// Vertices that SettleSymmetry changed before the call of EndStroke, for the line that follows
-    /// it.
+    /// Vertices that SettleSymmetry changed before the call to EndStroke, for the line that follows
+    /// that call's line.
     struct Settled {
         JsonFields in, out;
         std::size_t mesh = 0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file States of meshes in a trace, and the lines for changes that the host makes between calls.
+/// \file Mesh states in a trace, and the lines for changes that the host makes between calls.
 #include "framework/brushes/BrushSettings.h"
 #include "framework/trace/BrushSettingsText.h"
 #include "framework/trace/MeshState.h"
@@ -90,7 +90,7 @@ void TraceRecorder::WriteHostChanges(BrushOperation& brush) {
     }
 }
 
-// The line contains positions, which determine the normals; offsets of a layer require a complete
+// The line contains only positions, which determine the normals. Layer offsets require a complete
 // state.
 void TraceRecorder::WriteSettled() {
     for (const Settled& line : settled) {
