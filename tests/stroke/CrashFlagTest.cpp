@@ -46,7 +46,8 @@ TEST(CrashFlags, IdentifyWalkAndKernel) {
         bench.Mesh().AddChild(renderer);
         bench.Stroke(bench.HitFace(4), 0.8f);
         ASSERT_FALSE(renderer->flags.empty());
-        // By patch from the walk, by vertex from inside the kernel.
+        // Renderers are notified per patch from the traversal, or per vertex from inside the
+        // kernel.
         const uint32_t expected = 0x400u + 16384u + (factor == 0.0f ? 65536u : 0u);
         for (const uint32_t flags : renderer->flags) EXPECT_EQ(flags, expected);
     }

@@ -21,12 +21,12 @@ protected:
         bench.End();
         HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(Matrix());
     }
-    /// Prepares a dab in the mode, in a stroke with the active tool.
+    /// Prepares a dab with this direction mode, in a stroke with the active tool.
     bool Prepare(int mode, uint32_t pass = 0) {
         if (!brush.strokeActive) bench.Begin();
         brush.directionAttribute.SetValue(mode, true);
         brush.mirrorPass = pass;
-        // The start of a stroke cleared the hits of the previous one.
+        // Set after the start of the stroke, which clears the previous hits.
         brush.SetPreviousPatchPosition(previous);
         brush.Settings().directionVectorSet = false;
         return brush.PrepareDab(hit);
@@ -76,7 +76,7 @@ TEST_F(DabDirection, VertexNormalNeedsNoDirection) {
     EXPECT_FALSE(IsDirectionSet());
     EXPECT_EQ(brush.directions[0], Vector(7.0f, 7.0f, 7.0f));
     EXPECT_EQ(brush.planeDistances[0], 0.0f);
-    // The next dab in another mode clears it.
+    // The next dab in another mode clears the flag.
     EXPECT_TRUE(Prepare(0));
     EXPECT_FALSE(brush.followVertexNormal);
 }
@@ -221,7 +221,7 @@ TEST_F(DabDirection, WholeMeshSmoothOfTheLayerUsesTheHitNormal) {
     brush.wholeMesh = false;
 }
 
-/// Mirrored at the plane x = 0.
+/// Mirrored about the plane x = 0.
 class MirroredDirection : public DabDirection {
 protected:
     MirroredDirection() {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The part of the mesh that a dab treats as one patch, and the message for meshes that are
-/// too coarse.
+/// \file The level whose faces a dab treats as patches, and the message for meshes that are too
+/// coarse.
 #include "brush/Registration.h"
 #include "tests/brush/RecordingKernel.h"
 #include "tests/fixture/StrokeFixture.h"
@@ -20,7 +20,7 @@ public:
     ~LevelFactor() { swiftStrokeLevelFactor.attribute->SetValue(1.0f, true); }
 };
 
-/// The diagonal of a quad or one side of a triangle, which is how the brush measures a face.
+/// The brush's measure of a face: the diagonal of a quad or one side of a triangle.
 float Measure(LevelMesh& mesh, uint32_t face) {
     const uint32_t first = face * mesh.CornersPerFace();
     return (mesh.Position(mesh.faceVertexIndices[first]) -
@@ -34,7 +34,7 @@ struct Split {
     bool operator==(const Split&) const = default;
 };
 
-/// Applies one dab with a radius of `times` the measure of the hit's face.
+/// Applies one dab with a radius of `times` the measure of the hit face.
 Split SplitFor(StrokeFixture& bench, float times) {
     bench.Begin();
     bench.Dab(bench.HitFace(0), times * Measure(bench.Mesh(), 0), 0.0f);
@@ -72,7 +72,7 @@ TEST(DabLevel, PreferenceMultipliesTheWantedDepth) {
         EXPECT_EQ(SplitFor(bench, 8.0f), (Split{1, 3}));
     }
     {
-        // The dab requests 8 levels.
+        // The dab requests a patch depth of 8.
         const LevelFactor four(4.0f);
         EXPECT_EQ(SplitFor(bench, 8.0f), (Split{4, 0}));
         EXPECT_EQ(SplitFor(bench, 2.0f), (Split{0, 4}));

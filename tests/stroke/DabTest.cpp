@@ -188,7 +188,7 @@ TEST(Dab, VisitStampAdvancesOncePerWalk) {
     bench.brush->directionAttribute.SetValue(1, true);
     bench.Begin();
     bench.Dab(bench.HitFace(4), 0.8f);
-    // The dry run that samples the plane is a separate walk.
+    // The dry run that samples the plane is a separate traversal.
     EXPECT_EQ(bench.brush->dabStamp, start + 2);
     EXPECT_EQ(bench.Mesh().visitStamp, start + 3);
     bench.End();
@@ -197,7 +197,7 @@ TEST(Dab, VisitStampAdvancesOncePerWalk) {
     triangles.Begin();
     const uint32_t first = triangles.Mesh().visitStamp;
     triangles.Dab(triangles.HitFace(4), 0.8f);
-    // The mesh itself counts its vertex walks.
+    // The mesh itself counts its vertex traversals.
     EXPECT_EQ(triangles.brush->dabStamp, first);
     EXPECT_EQ(triangles.Mesh().visitStamp, first + 1);
     triangles.End();
@@ -214,7 +214,7 @@ TEST(Dab, FreesItsGrids) {
         EXPECT_EQ(bench.brush->layerGridAllocation, nullptr);
         EXPECT_EQ(reinterpret_cast<uintptr_t>(bench.brush->positionGrid) % 16, 0u);
         EXPECT_EQ(reinterpret_cast<uintptr_t>(bench.brush->layerGrid) % 16, 0u);
-        // The pointer is left dangling on purpose; it shows that there was a grid.
+        // The dangling pointer remains on purpose: it shows that there was a grid.
         EXPECT_EQ(bench.brush->layerGrid != nullptr, !allLayers);
         bench.End();
     }
@@ -270,7 +270,7 @@ TEST(Dab, TessellatingStrokeReportsThatTheMeshCannotBeRefined) {
     EXPECT_EQ(bench.Mesh().faceCount, 9u);
 }
 
-/// Wax on a rough surface, partly above and partly below the plane.
+/// Wax on a rough surface that is partly above and partly below the plane.
 class WaxLimits : public ::testing::Test {
 protected:
     WaxLimits() {
@@ -327,7 +327,7 @@ TEST_F(WaxLimits, BothTogetherMoveNothing) {
     EXPECT_EQ(moves.down, 0);
     EXPECT_EQ(bench.brush->planeClampMin, 0.0f);
     EXPECT_EQ(bench.brush->planeClampMax, 0.0f);
-    // They remain until the next activation.
+    // The clamps remain until the next activation.
     HostKernel::Instance().SetTestMode(false);
     Run();
     EXPECT_EQ(bench.brush->planeClampMin, 0.0f);

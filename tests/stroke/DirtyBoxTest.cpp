@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The dirty box of a dab and its notifications of renderers.
+/// \file A dab's dirty box and its renderer notifications.
 #include "brush/Registration.h"
 #include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
@@ -27,7 +27,7 @@ void ExpectBox(const AxisAlignedBoundingBox& box, const Vector& low, const Vecto
     EXPECT_FLOAT_EQ(box.maxZ, high.z);
 }
 
-/// Raises vertex (2, 2) of a flat grid and its four neighbours by a half.
+/// Raises vertex (2, 2) of a flat grid and its four neighbours by 0.5.
 class DirtyBox : public ::testing::Test {
 protected:
     AxisAlignedBoundingBox Lift(AxisAlignedBoundingBox box = {}) {
@@ -38,7 +38,7 @@ protected:
         return box;
     }
     StrokeFixture bench{FlatGrid(4)};
-    /// Twice the diagonal of the hit's face.
+    /// Twice the diagonal of the hit face.
     const float margin = std::sqrt(2.0f) * 2.0f;
 };
 
@@ -116,8 +116,8 @@ TEST(Notices, ReportEachChangedPatchAndTheBaseFacesAround) {
     const SurfacePoint hit = bench.HitVertex(5);  // the common vertex of faces 0, 1, 3 and 4
     bench.Stroke(hit, 0.5f);
     ASSERT_FALSE(renderer.notices.empty());
-    // The walk starts in face 0; only that patch moves the vertex, and the tester returns false for
-    // the others.
+    // The traversal starts in face 0; only that patch moves the vertex, and Tester returns false
+    // for the others.
     EXPECT_EQ(renderer.notices[0], (RecordingRenderer::Notice{0, 0}));
     for (const auto& notice : renderer.notices)
         EXPECT_EQ(notice.vertex, bench.Mesh().faceVertexIndices[notice.face * 4]);

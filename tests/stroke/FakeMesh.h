@@ -51,8 +51,8 @@ private:
     Store<StoredVertexInfo> store;
 };
 
-/// Implements the queries of a brush with values set by a test, and logs them. It is one triangle
-/// whose walks visit nothing. `Base` is Mesh or SubdivisionLevel.
+/// Answers a brush's queries with values set by a test, and logs them. The mesh is one triangle
+/// whose traversals visit nothing. `Base` is Mesh or SubdivisionLevel.
 template <typename Base>
 class FakeOf : public Base {
 public:
@@ -121,7 +121,7 @@ public:
     int Index() const override { return 0; }
 };
 
-/// A geometry of one fake level.
+/// A geometry with one fake level.
 class FakeGeometry : public Geometry {
 public:
     FakeGeometry(const std::string& levelName, CallLog& log) : level(levelName, log) {

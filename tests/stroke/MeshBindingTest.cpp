@@ -97,7 +97,7 @@ TEST_F(FakeBinding, RefusedLockLeavesTheBrushUnboundWithoutAMessage) {
     EXPECT_TRUE(HostKernel::Instance().HUDMessages().empty());
     EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
 
-    // During a stroke the dabs end without a message.
+    // During a stroke, the dabs return without a message.
     brush.BeginStroke(&geometry.level, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
     EXPECT_TRUE(brush.strokeActive);
     const AxisAlignedBoundingBox box = bench.Dab(geometry.Hit(), 1.0f);

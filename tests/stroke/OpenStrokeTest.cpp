@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Strokes whose brush or mesh is destroyed before they end, and the operations that the host
-/// refuses until then.
+/// \file Strokes whose brush or mesh is destroyed before they end, and operations that the host
+/// rejects until then.
 #include "framework/errors/HostError.h"
 #include "framework/multires/LevelChange.h"
 #include "framework/multires/Steps.h"
@@ -12,10 +12,11 @@
 namespace trovik::test {
 namespace {
 
-/// The strength of the dabs: much less than the radius, so that the next dab is still in reach.
+/// The dab strength: much less than the radius, so that the surface stays within reach of the next
+/// dab.
 constexpr float step = 0.05f;
 
-/// The error message of `action`; empty if it succeeds.
+/// The error message of `action`; empty if the action succeeds.
 template <class Action>
 std::string RefusalOf(Action action) {
     try {
@@ -26,8 +27,8 @@ std::string RefusalOf(Action action) {
     return {};
 }
 
-/// A mesh with two strokes of its own brush. The third stroke ends on another mesh that refuses its
-/// lock, so its change stays open.
+/// A mesh with two strokes by its own brush. The third stroke ends on another mesh that refuses the
+/// lock, so the stroke's change stays open.
 class StrokeOverARefusal : public testing::Test {
 protected:
     StrokeOverARefusal() {
@@ -66,8 +67,8 @@ TEST_F(StrokeOverARefusal, RefusesUndoUntilItsChangeIsClosed) {
     EXPECT_EQ(History().StepCount(), 2u);
     EXPECT_EQ(History().Position(), 2u);
 
-    // The next stroke closes it. Each stroke is undone alone, or together with the stroke that
-    // closed it.
+    // The next stroke closes the change. Each stroke is undone separately, or together with the
+    // stroke that closed it.
     a->Stroke(a->HitFace(2), 0.8f, step);
     const auto last = BitsOf(a->Mesh());
     EXPECT_TRUE(Undo());
@@ -119,7 +120,7 @@ TEST_F(StrokeOverARefusal, MayLoseItsMeshBeforeTheNextStroke) {
     brush->EndStroke();
     EXPECT_EQ(brush->meshChanges.fill, 0u);
     EXPECT_NE(BitsOf(other.Mesh()), between);
-    // Its step is not joined to an earlier stroke, although the destroyed mesh came first.
+    // Its undo step is not joined to an earlier stroke, although the destroyed mesh came first.
     EXPECT_TRUE(other.geometry->History().Undo(*other.geometry));
     EXPECT_EQ(BitsOf(other.Mesh()), between);
     EXPECT_TRUE(other.geometry->History().Undo(*other.geometry));
@@ -137,7 +138,7 @@ TEST_F(StrokeOverARefusal, IsUndoneAfterALaterStrokeOfAnotherBrush) {
     const auto last = BitsOf(a->Mesh());
     ASSERT_NE(last, states[3]);
     EXPECT_NE(RefusalOf([&] { Undo(); }), "");
-    // Only now does the first brush close its change, with a stroke that moves nothing.
+    // Only now does the first brush close its change, with a stroke that moves no vertices.
     a->Begin();
     a->End();
     for (std::size_t i = 4; i-- > 0;) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The module from the view of a host: loaded at run time, accessed only through the
+/// \file The module from a host's point of view: loaded at run time and accessed only through the
 /// registries.
 #include "framework/multires/LevelGeometry.h"
 #include "framework/nodes/HostKernel.h"
@@ -165,7 +165,7 @@ TEST_F(PluginLoad, BrushFromTheModuleSculptsThroughTheContractAlone) {
 }
 
 TEST_F(PluginLoad, ErrorsOfTheModuleReachTheHost) {
-    // Thrown in the module and caught here: the type is the same.
+    // Thrown in the module and caught here, which requires that the type is the same.
     const std::unique_ptr<TreeNode> parent(new TreeNode);
     std::unique_ptr<Node> map(ClassDesc::ByName(QStringLiteral("PatchMap"))->Create());
     auto* child = dynamic_cast<TreeNode*>(map.get());

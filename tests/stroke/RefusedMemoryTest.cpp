@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Memory that is refused during a stroke, and the invariants that still hold between dabs.
+/// \file Failed allocations during a stroke, and the invariants that still hold between dabs.
 #include "framework/multires/LevelChange.h"
 #include "tests/fixture/Triangles.h"
 #include "tests/memory/MemoryLimit.h"
@@ -15,7 +15,7 @@
 
 namespace {
 
-/// The array size that the system refuses; 0 if none.
+/// The array size for which allocations fail; 0 if none.
 std::size_t refusedBytes = 0;
 
 }  // namespace
@@ -31,7 +31,7 @@ void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); 
 namespace trovik::test {
 namespace {
 
-/// Refuses memory for an array of this many pairs of mesh and change, during its lifetime.
+/// Makes the allocation of an array of this many mesh/change pairs fail during its lifetime.
 class NoRoomForPairs {
 public:
     explicit NoRoomForPairs(std::size_t pairs) { refusedBytes = pairs * sizeof(MeshChangePair); }
@@ -40,12 +40,12 @@ public:
     NoRoomForPairs& operator=(const NoRoomForPairs&) = delete;
 };
 
-/// Runs `action`, expecting that memory is refused.
+/// Runs `action` and expects that an allocation fails.
 template <class Action>
 void ExpectRefusal(Action action) {
     try {
         action();
-        ADD_FAILURE() << "nothing was refused";
+        ADD_FAILURE() << "no allocation failed";
     } catch (Error* error) {
         EXPECT_EQ(error, Error::s_cBadAlloc);
     }
@@ -55,8 +55,7 @@ void ExpectRefusal(Action action) {
 class RefusedPair : public testing::Test {
 protected:
     ~RefusedPair() override { brush.EndStroke(); }
-    /// Expects that the pair of `other` was not stored: there is neither its change nor the
-    /// binding.
+    /// Expects that the pair of `other` was not stored: there is neither a change nor a binding.
     void ExpectUnbound(FakeGeometry& other) {
         EXPECT_EQ(brush.mesh, nullptr);
         ASSERT_EQ(log.size(), 3u);
@@ -94,7 +93,7 @@ TEST_F(RefusedPair, OfTheFirstMeshLeavesNoBinding) {
     ExpectUnbound(b);
     EXPECT_TRUE(brush.strokeActive);
     EXPECT_EQ(brush.meshChanges.fill, 0u);
-    // With memory available again, the next dab binds.
+    // Once memory is available again, the next dab binds the mesh.
     a.Dab(b.Hit(), 1.0f);
     EXPECT_EQ(static_cast<Mesh*>(brush.mesh), &b.level);
     EXPECT_EQ(b.level.walks, 1);
@@ -123,8 +122,8 @@ TEST_F(RefusedPair, OfTheSecondMeshKeepsTheChangeOfTheFirst) {
     EXPECT_EQ(*change->recordCount, records);
 }
 
-/// Both meshes are real, and the second is larger: its records would not fit into the first one's
-/// storage.
+/// Both meshes are real. The second one is larger, so its records would not fit into the first
+/// one's storage.
 TEST(RefusedPairOfTwoMeshes, NothingOfTheSecondMeshIsTouched) {
     StrokeFixture a(FlatGrid(2));
     StrokeFixture b(FlatGrid(12));
@@ -160,9 +159,9 @@ void BeginWithoutRecords(StrokeFixture& bench) {
     bench.Begin();
 }
 
-/// Applies a dab that is refused memory for most of its records.
+/// Applies a dab for which memory for most of its records cannot be allocated.
 void RefuseRecords(StrokeFixture& bench, uint32_t face, float radius) {
-    // Memory for seven records: 1 + 3 + 7 of them while the array grows.
+    // Memory for seven records; while the array grows, it holds 1 + 3 + 7 of them.
     const MemoryLimit limit(11 * sizeof(StoredVertexInfo) + 64);
     ExpectRefusal([&] { bench.Dab(bench.HitFace(face), radius, 0.1f); });
 }
@@ -173,13 +172,13 @@ TEST(RefusedRecords, OfAWalkOverTrianglesLeaveNoPendingNormals) {
     SwiftStroke& brush = *large.brush;
     BeginWithoutRecords(large);
     const uint32_t stamp = large.Mesh().visitStamp;
-    // Capacity for the pairs of the walk, which are stored before the records.
+    // Capacity for the traversal's pairs, which are stored before the records.
     brush.deferredNormals.SetCapacity(512);
     RefuseRecords(large, 799, 5.0f);
     EXPECT_EQ(brush.deferredNormals.fill, 0u);
     EXPECT_GT(large.Mesh().changeRecordCount, 0u);
     EXPECT_EQ(large.Mesh().visitStamp, stamp + 1)
-        << "the vertices marked by the walk are not treated as visited";
+        << "vertices marked by the traversal are not treated as visited";
     EXPECT_EQ(brush.positionGridAllocation, nullptr);
     // These normals would be those of vertices that the small mesh does not have.
     large.Dab(small.HitFace(0), 0.8f);
@@ -230,7 +229,7 @@ TEST(Unwinding, FromAPlaneSampleEndsTheSampling) {
     const uint32_t stamp = geometry.level.visitStamp;
     geometry.level.onWalk = [&] {
         EXPECT_TRUE(brush.planeSampling);
-        throw std::runtime_error("the walk broke off");
+        throw std::runtime_error("the traversal was interrupted");
     };
     EXPECT_THROW(bench.Dab(geometry.Hit(), 1.0f), std::runtime_error);
     EXPECT_FALSE(brush.planeSampling);

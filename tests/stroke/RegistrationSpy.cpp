@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Functions with the names of the host's registering constructors. The program's functions
-/// precede those of the host library in symbol resolution, so a loaded module calls them. They
-/// record the arguments and forward to the original functions. The host's registries store neither
-/// the order across registries nor the labels.
+/// \file Replacements for the host's registering constructors, under the same symbol names. In
+/// symbol resolution, the program's functions precede those of the host library, so a loaded module
+/// calls them. They record the arguments and forward to the original functions. They are necessary
+/// because the host's registries store neither the order across registries nor the labels.
 #include "tests/stroke/RegistrationSpy.h"
 
 #include "host/ClassDesc.h"

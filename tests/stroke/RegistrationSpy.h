@@ -6,7 +6,7 @@
 
 namespace trovik::test {
 
-/// An object that a library created while it was loaded.
+/// An object that a library created while it was being loaded.
 struct Registered {
     std::string kind;      ///< "ClassDesc", "Plugin", "Bool" or "Float"
     std::string name;      ///< name or key
@@ -20,7 +20,7 @@ struct Registered {
 };
 
 /// Descriptors, plug-in records and preferences in the order of their construction since the start
-/// of the process. Only objects of libraries other than the host's are guaranteed to be recorded.
+/// of the process. Objects of the host library itself may be missing.
 std::vector<Registered>& RegistrationLog();
 
 }  // namespace trovik::test

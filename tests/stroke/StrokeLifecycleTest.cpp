@@ -29,7 +29,7 @@ TEST(StrokeBegin, CubesTheBuildUpRate) {
         bench.brush->buildUpRate.SetValue(rate, true);
         bench.Begin();
         EXPECT_EQ(bench.brush->buildUpRateCubed, cube);
-        // A change during a stroke takes effect in the next one.
+        // A change during a stroke takes effect in the next stroke.
         bench.brush->buildUpRate.SetValue(0.75f, true);
         bench.Dab(bench.HitFace(0), 0.5f);
         EXPECT_EQ(bench.brush->buildUpRateCubed, cube);
@@ -115,7 +115,7 @@ TEST(StrokeBegin, SmoothModifierWithoutAToolBeginsNothing) {
     bench.brush = std::make_unique<SwiftStroke>();
     SwiftStroke& brush = *bench.brush;
     ASSERT_EQ(brush.ActiveConfiguration(), nullptr);
-    // An earlier stroke has left its falloff.
+    // The falloff of an earlier stroke is still set.
     bench.Begin();
     bench.End();
     ASSERT_NE(brush.falloffTable, nullptr);

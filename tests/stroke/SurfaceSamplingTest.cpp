@@ -44,7 +44,7 @@ protected:
         ADD_FAILURE() << "no face at " << column << ", " << row;
         return 0;
     }
-    /// The hit in a cell, with the brush in the state that a dab there would set.
+    /// The hit in a cell. Also sets the state that a dab there would set in the brush.
     SurfacePoint HitCell(
         uint32_t column, uint32_t row, uint32_t patchLevel, float radius, const Vector& centre) {
         SurfacePoint hit = bench->HitFace(FaceAt(column, row));
@@ -69,7 +69,7 @@ protected:
         }
         return touched;
     }
-    /// The mean position of a cross walk over a flat grid, computed independently.
+    /// The mean position of a cross sampling on a flat grid, computed independently.
     Vector CrossMean(int column, int row, unsigned steps, float radius, const Vector& centre) {
         const int starts[4][2] = {
             {column, row}, {column + 1, row}, {column + 1, row + 1}, {column, row + 1}};
@@ -166,8 +166,8 @@ TEST_F(Sampling, ArmsNeverExceedOnePatchSide) {
 
 TEST_F(Sampling, ArmEndsWhereItLeavesTheBrush) {
     Open(5);
-    // Three steps by the radius, but the centre is off to the left, so the arm to the right ends
-    // early. Its last vertex still has a record.
+    // The radius allows three steps, but the centre is off to the left, so the arm to the right
+    // ends early. Its last vertex still has a record.
     const Vector centre(1.75f, 2.4f, 0.0f);
     const SurfacePoint hit = HitCell(10, 9, 2, 1.1f, centre);
     Brush().SamplePlane(hit);
@@ -221,13 +221,13 @@ TEST_F(Sampling, BrushOfRadiusZeroTakesOneStep) {
     SurfacePoint hit = HitCell(6, 5, 2, 0.0f, {1.5f, 1.25f, 0.0f});
     Brush().SamplePlane(hit);
     EXPECT_EQ(Touched(), (std::set<std::pair<int, int>>{{6, 5}, {7, 5}, {7, 6}, {6, 6}}));
-    // The same over a degenerate patch, where the length of an arm is NaN.
+    // The same on a degenerate patch, where the length of an arm is NaN.
     LevelMesh& patches = *bench->geometry->Level(0);
     const uint32_t* patch = patches.faceVertexIndices.array + (hit.face / 16) * 4;
     patches.SetPosition(patch[2], patches.Position(patch[0]));
     Brush().SamplePlane(hit);
     EXPECT_EQ(Touched().size(), 4u);
-    // With a radius the arms over such a patch are infinite, and end after one patch side.
+    // With a non-zero radius, the arms on such a patch are infinite and end after one patch side.
     Brush().localCenter = Vector(1.6f, 1.4f, 0.0f);
     Brush().setRadius(50.0f);
     Brush().SamplePlane(hit);
@@ -296,7 +296,7 @@ TEST_F(Sampling, AreaIsTheMeanOfAllVerticesInReach) {
         EXPECT_FALSE(Brush().planeSampling);
     }
     EXPECT_EQ(Mesh().visitStamp, stamp + 3);
-    // Reading makes no undo records.
+    // Sampling creates no undo records.
     EXPECT_EQ(*Brush().CurrentChange()->recordCount, 0u);
 }
 
@@ -349,7 +349,8 @@ TEST_F(Sampling, TrianglesAreSampledByTheVertexWalk) {
     }
     EXPECT_GT(count, 2);
     ExpectNear(b.planePoints[0], sum * static_cast<float>(1.0 / count), 1e-5f);
-    // The walk itself counts once, the sampling once more, and then the dab's own walk.
+    // The sampling traversal counts once, the sampling itself once more, and then the dab's own
+    // traversal.
     EXPECT_EQ(bottom.Mesh().visitStamp, stamp + 3);
     bottom.End();
 }
@@ -412,7 +413,7 @@ TEST_F(RunningMean, MirroredPassHasItsOwnSum) {
     EXPECT_EQ(Brush().planePoints[0], Vector(5.0f, 6.0f, 8.0f));
 }
 
-/// Strokes of Flatten over two parts of a surface, at z = 1 and z = 2.
+/// Flatten strokes over two parts of a surface, at z = 1 and z = 2.
 class PlaneOverAStroke : public ::testing::Test {
 protected:
     PlaneOverAStroke() : bench(Terrace()) {
@@ -424,7 +425,7 @@ protected:
         for (auto& p : mesh.positions) p[2] = p[0] < 4.5f ? 1.0f : 2.0f;
         return mesh;
     }
-    /// The distances of the planes of two dabs, on the low and on the high step.
+    /// The plane distances of two dabs: one on the low step, one on the high step.
     std::pair<float, float> Distances(bool update, bool global) {
         bench.brush->updatePlane.SetValue(update, true);
         bench.brush->globalPlane.SetValue(global, true);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The effect of each tool on a bumpy surface, by the sign of its displacements.
+/// \file The effect of each tool on a bumpy surface, tested by the sign of the displacements.
 #include "framework/mesh/LevelPositions.h"
 #include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
@@ -12,7 +12,7 @@
 namespace trovik::test {
 namespace {
 
-/// A bumpy square of 33 x 33 vertices around (4, 4), one dab in its middle.
+/// A bumpy square of 33 x 33 vertices around (4, 4), with one dab at its centre.
 class ToolEffect : public ::testing::Test {
 protected:
     ToolEffect() {
@@ -29,7 +29,7 @@ protected:
     }
 
     std::vector<Vector> Positions() { return PositionsOf(bench.Mesh()); }
-    /// Applies one dab with the tool in the middle; `direction` is the number of the mode.
+    /// Applies one dab with the tool at the centre; `direction` is a direction mode.
     void Dab(Tool tool,
              float strength,
              int direction = 0,
@@ -46,8 +46,8 @@ protected:
         bench.End();
         after = Positions();
     }
-    /// The minimum and maximum move along a direction over the vertices that the brush reached, and
-    /// the number of vertices that moved.
+    /// The minimum and maximum displacement along a direction among the vertices that the brush
+    /// reached, and the number of vertices that moved.
     struct Moves {
         float least = 1e9f, most = -1e9f;
         int reached = 0, moved = 0, movedBeyond = 0;
@@ -69,7 +69,7 @@ protected:
         EXPECT_EQ(moves.movedBeyond, 0);
         return moves;
     }
-    /// The sum of squared distances of the vertices in reach to the dab's plane.
+    /// The sum of squared distances from the vertices in reach to the dab's plane.
     float Deviation(const std::vector<Vector>& positions) const {
         float sum = 0.0f;
         for (std::size_t v = 0; v < before.size(); ++v) {
@@ -141,7 +141,7 @@ TEST_F(ToolEffect, BuildUpRateWeakensThePush) {
     bench.Dab(hit, radius, 0.25f);
     after = Positions();
     EXPECT_NEAR(Along(up).most, 0.25f * 0.125f, 1e-6f);
-    // The build-up of the first dab, 1/8, is subtracted from the second.
+    // The first dab's build-up of 1/8 reduces the second dab.
     bench.Dab(hit, radius, 0.25f);
     after = Positions();
     EXPECT_NEAR(Along(up).most, 0.25f * 0.125f * (1.0f + 0.875f), 1e-6f);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file Whole strokes with each tool on each kind of mesh: vertices move, all values stay finite,
-/// and undo and redo restore every bit.
+/// and undo and redo restore bit-identical states.
 #include "tests/brush/ToolRows.h"
 #include "tests/brush/ToolStrength.h"
 #include "tests/fixture/StrokeFixture.h"
@@ -58,14 +58,14 @@ std::vector<uint32_t> MovedBetween(const std::vector<VertexBits>& a,
     return moved;
 }
 
-/// A strength that moves vertices by a fraction of the brush radius, whatever the unit of the
+/// A strength that moves vertices by a fraction of the brush radius, regardless of the unit of the
 /// tool's strength.
 float StrengthOf(Tool tool, float radius) {
     if (HasStrengthInPercent(tool)) return 60.0f;
     return tool == Tool::Wax ? radius * 4.0f : radius * 0.2f;
 }
 
-/// Four dabs over neighbouring faces with increasing pressure.
+/// Four dabs on adjacent faces with increasing pressure.
 void StrokeOver(StrokeFixture& bench,
                 Tool tool,
                 int direction,
@@ -92,7 +92,7 @@ void StrokeOver(StrokeFixture& bench,
     bench.End();
 }
 
-/// Undoes all steps since the history was at `position`.
+/// Undoes steps until the history is at `position`.
 void UndoTo(StrokeFixture& bench, std::size_t position) {
     UndoHistory& history = bench.geometry->History();
     while (history.Position() > position && history.Undo(*bench.geometry)) {
@@ -103,7 +103,8 @@ void RedoAll(StrokeFixture& bench) {
     }
 }
 
-/// Runs a stroke and checks the invariants of every stroke. \return the vertices that it moved.
+/// Runs a stroke and checks the invariants that hold for every stroke. \return the vertices that
+/// moved.
 std::vector<uint32_t> CheckedStroke(
     StrokeFixture& bench,
     Tool tool,
@@ -129,10 +130,11 @@ class WholeStroke : public ::testing::TestWithParam<std::size_t> {
 protected:
     const Tool tool = allTools[GetParam()];
 
-    /// Runs strokes over a mesh of the zoo at some depth, in the default direction and the hit's.
+    /// Runs strokes on a mesh of the zoo at the given depth, in the first three direction modes.
     void Run(const ZooMesh& zoo, unsigned subdivisions) {
         SCOPED_TRACE(zoo.name + " refined " + std::to_string(subdivisions) + " times");
-        // On a single face a stroke has no motion; on two faces back to back the normals cancel.
+        // On a single face, all dabs are at the same point; on two faces back to back, the normals
+        // cancel.
         const bool degenerate = subdivisions == 0 && zoo.mesh.faceSizes.size() <= 2;
         std::size_t movedByAny = 0;
         for (const int direction : {0, 1, 2}) {
@@ -259,7 +261,7 @@ TEST_P(WholeStroke, WorksThroughALayer) {
             EXPECT_EQ(bench.Mesh().Position(v),
                       Vector(below.x + offset.x, below.y + offset.y, below.z + offset.z));
         }
-        // Without the layer the mesh is unchanged.
+        // Without the layer, the mesh is unchanged.
         layer.SetStrength(0.0f);
         EXPECT_TRUE(MovedBetween(rest, BitsOf(bench.Mesh())).empty());
     }
@@ -397,7 +399,7 @@ TEST(LayerSmoothing, ChangesOnlyTheOffsetsOfTheLayer) {
     StrokeFixture bench(FlatGrid(3), 3);
     Roughen(bench.Mesh(), 0.05f);
     SculptLayer& layer = bench.AddLayer();
-    // One vertex of the layer is raised by itself.
+    // Only one vertex of the layer is raised.
     bench.Activate(Tool::Sculpt);
     const SurfacePoint peak = bench.HitVertex(bench.Mesh().faceVertexIndices[300]);
     bench.Stroke(peak, 0.01f, 1.0f);
