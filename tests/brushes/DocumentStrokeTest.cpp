@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file A stroke that is drawn live from pen samples is bit-identical to the same samples in a
-/// script, with every tool of the plug-in and with the freeze brush.
+/// \file A stroke drawn live from pen samples is bit-identical to a script with the same samples,
+/// for every tool of the plug-in and for the freeze brush.
 #include "framework/document/DocumentStroke.h"
 #include "framework/errors/HostError.h"
 #include "framework/freeze/FreezeBlend.h"
@@ -29,10 +29,10 @@ protected:
         folder.Fill("quad.obj", "v -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nf 1 2 3 4\n");
     }
 
-    /// A square of 32 x 32 quads with these settings, and the runner that owns it.
+    /// Returns a runner that owns a square of 32 x 32 quads with these settings.
     std::unique_ptr<ScriptRunner> Work(const std::string& tool,
                                        const std::string& settings = "{}") {
-        // Stored in a member, since the steps outlive the call.
+        // Stored in a member, because the steps are used after the call.
         script = nlohmann::json::parse(R"({"mesh": "quad.obj", "levels": 5, "seed": 3,
             "camera": {"eye": [0, 0, 10], "target": [0, 0, 0], "fieldOfView": 17.061518,
                        "width": 800, "height": 600}, "steps": []})");
@@ -250,7 +250,7 @@ TEST_F(DocumentStrokeTest, OnlyOneStrokeIsDrawnAtATime) {
     EXPECT_EQ(work->GetDocument().Settings().strokesBegun, 1u);
 }
 
-/// An operation that a document refuses while a stroke is open, and its name in the message.
+/// An operation that a document rejects while a stroke is open, and its name in the error message.
 struct Refused {
     const char* work;
     std::function<void(Document&)> run;
@@ -363,7 +363,7 @@ TEST_F(DocumentStrokeTest, RadiusAndSpacingAreCheckedBeforeAStrokeBegins) {
     EXPECT_EQ(document.Settings().strokesBegun, 0u);
 }
 
-// A stroke borrows the falloff's samples when it begins.
+// A stroke borrows the falloff samples when it begins.
 TEST_F(DocumentStrokeTest, NewFalloffTakesEffectInTheNextStroke) {
     std::string many = "1";
     for (int i = 1; i < 40000; ++i) many += i % 3 == 0 ? ", 0.25" : ", 1";
@@ -397,7 +397,7 @@ TEST_F(DocumentStrokeTest, NewFalloffTakesEffectInTheNextStroke) {
                     SCOPED_TRACE(tool + change.substr(0, 40) + (isMirrored ? " mirrored" : "") +
                                  (isCustom ? " custom" : ""));
                     auto work = begin();
-                    // Twice, so that freed memory would be reused.
+                    // Set twice, so that freed memory would be reused.
                     Step(*work, R"({"set": {"falloff": [0.3, 0.7, 0.1, 0.2]}})");
                     Step(*work, R"({"set": {"falloff": )" + change + "}}");
                     Step(*work, second);

@@ -10,7 +10,8 @@
 namespace trovik::test {
 namespace {
 
-/// A view of the middle of a 16 x 16 grid; 20 pixels are one unit, and (400, 300) is (8, 8).
+/// A view centred on a 16 x 16 grid: 20 pixels are one unit, and pixel (400, 300) shows the centre
+/// (8, 8).
 StrokeView ViewFromAbove() {
     StrokeView view;
     view.width = 800;
@@ -47,9 +48,9 @@ TEST_F(ImprintPlacing, FromItsCentreTheCopyGrowsAroundThePress) {
     EXPECT_EQ(last.position, Vector(4.0f, 4.0f, 0.0f));
     EXPECT_EQ(last.size, 5.0f);
     EXPECT_EQ(last.pressure, 0.5f);
-    // A strength of 5 for the brush's radius of 0.5 is a length and grows with the copy.
+    // The strength of 5 at the brush radius of 0.5 is a length, so it scales with the copy.
     EXPECT_EQ(last.strength, 50.0f);
-    // The image's top points towards the release.
+    // The top of the image points towards the release position.
     const Vector pixel = PixelOf(last.stampMatrix, {7.0f, 8.0f, 0.0f});
     EXPECT_NEAR(pixel.x, 3.5f, 1e-5f);
     EXPECT_NEAR(pixel.y, -0.5f, 1e-5f);
@@ -93,7 +94,7 @@ TEST_F(ImprintPlacing, InAViewDistancesAreMeasuredAtTheDepthOfTheMiddle) {
 
 TEST_F(ImprintPlacing, PointerMayLeaveTheMeshButTheMiddleMayNot) {
     const StrokeView view = ViewFromAbove();
-    // x = 0 is at pixel 240: the press is outside, the middle inside.
+    // x = 0 is at pixel 240, so the press is off the mesh but the centre of the copy is on it.
     Imprint(&view, DrawMode::AcrossPoints, {{{200.0f, 300.0f, 0.0f}}, {{320.0f, 300.0f, 0.0f}}});
     ASSERT_EQ(brush.dabs.size(), 1u);
     EXPECT_NEAR(brush.dabs[0].position.x, 1.0f, 1e-4f);

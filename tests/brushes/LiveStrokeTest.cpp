@@ -55,7 +55,7 @@ protected:
     Dabs Recorded(const std::vector<PathSample>& samples) {
         return Drawn([&](LiveStroke& stroke) { stroke.Take(samples); });
     }
-    /// Adds the samples in pieces of 1 to `most` samples.
+    /// Adds the samples in batches of 1 to `most`.
     Dabs InPieces(const std::vector<PathSample>& samples, std::size_t most, unsigned seed) {
         std::mt19937 random(seed);
         return Drawn([&](LiveStroke& stroke) {
@@ -68,7 +68,7 @@ protected:
             }
         });
     }
-    /// Uses a budget that each dab exceeds, so that each call applies one dab.
+    /// Uses a budget of zero, so that each call applies one dab.
     Dabs WithoutTime(const std::vector<PathSample>& samples) {
         return Drawn([&](LiveStroke& stroke) {
             const std::size_t half = samples.size() / 2;
@@ -184,7 +184,8 @@ TEST_F(LiveStrokeTest, StraightSegmentIsNotDelayedUntilItTurns) {
     Drawn([&](LiveStroke& stroke) {
         for (int i = 0; i <= 100; ++i) {
             stroke.Add(Sample(300.0f + 2.0f * static_cast<float>(i), 300.0f));
-            // 20 pixels are a unit, with a dab every quarter unit; up to half a pixel is delayed.
+            // 20 pixels are one unit, with a dab every quarter unit; dabs are delayed by up to half
+            // a pixel.
             if (i == 0) {
                 EXPECT_TRUE(brush.dabs.empty());
                 continue;
@@ -234,7 +235,7 @@ TEST_F(LiveStrokeTest, SmoothingLagsByHalfItsLength) {
             const double behind =
                 2.0 * i - 20.0 * (static_cast<double>(brush.dabs.back().position.x) - 3.0);
             EXPECT_GE(behind, 19.9);
-            // One step of smoothing plus the spacing.
+            // One smoothing step plus the spacing.
             EXPECT_LE(behind, 20.0 + 2.5 + 5.0 + 2.0);
         }
     });
@@ -251,7 +252,7 @@ TEST_F(LiveStrokeTest, AirbrushContinuesByTheTimesOfTicks) {
         stroke.Tick(2.0);
         resting = brush.dabs.size();
     });
-    // Up to 3.55 s, of which the filter delays 0.05 s until the release.
+    // Up to 3.55 s; the filter delays the last 0.05 s until the release.
     EXPECT_EQ(resting, 5u);
     EXPECT_EQ(live.size(), 6u);
     std::vector<PathSample> samples{Sample(400, 300, 0.5f, 3.0)};
@@ -320,7 +321,7 @@ TEST_F(LiveStrokeTest, ImprintFollowsThePenAndEndsWhereTheRecordedOneDoes) {
             const Dabs live = InPieces(samples, 3, 1);
             EXPECT_GT(live.size(), 50u);
             RecordingBrush::Dab last = live.back();
-            // The brush still holds the data of the reverted copy.
+            // The brush still has the data of the reverted copy.
             last.previous = recorded.back().previous;
             EXPECT_TRUE(SameBits(last, recorded.back())) << name;
         }

@@ -13,7 +13,7 @@
 
 namespace trovik::test {
 
-/// A brush that moves nothing and records the calls of the stroke loop.
+/// A brush that moves no vertices and records the stroke loop's calls.
 class RecordingBrush : public BrushOperation {
 public:
     struct Dab {
@@ -38,9 +38,9 @@ public:
                   AxisAlignedBoundingBox& box) override;
     int StrokeDrawMode() const override { return drawMode; }
 
-    /// Sets the name of the active tool, and changes nothing else.
+    /// Changes only the name of the active tool.
     void SetToolName(const char* tool);
-    /// Enables a stamp of this many pixels.
+    /// Enables a stamp of this size in pixels.
     void EnableStamp(uint32_t width, uint32_t height);
 
     std::vector<Dab> dabs;
@@ -50,14 +50,14 @@ public:
     std::size_t throwAfter = 0;
 };
 
-/// A geometry, its tree, and a loop with a brush that the loop does not own.
+/// A geometry, its tree, and a stroke loop with a borrowed brush.
 class LoopFixture {
 public:
     LoopFixture(BrushOperation& brush, const PolygonMesh& polygons, unsigned subdivisions = 0);
     LoopFixture(BrushOperation& brush, LevelGeometry& geometry);
     ~LoopFixture();
 
-    /// A dab at a point of the surface, in world space.
+    /// A dab at a point on the surface, in world space.
     StrokeDab At(const Vector& place, float radius = 1.0f, float strength = 1.0f) const;
     PathOptions Options(float radius, float spacing) const;
 
@@ -67,14 +67,14 @@ public:
     StrokeLoop loop;
 };
 
-/// A grey image of these values, row by row.
+/// A grey image with these values, row by row.
 FloatImage GreyImage(uint32_t width, uint32_t height, const std::vector<float>& values);
-/// An image whose pixels all differ: (1 + index of the pixel) / 64.
+/// An image whose pixels all differ: (1 + pixel index) / 64.
 FloatImage NumberedImage(uint32_t width, uint32_t height);
 /// Enables a stamp that does not come from a file.
 void SetStampImage(BrushOperation& brush, const FloatImage& image);
 
-/// The pixel at a mesh-local position.
+/// The stamp pixel at a mesh-local position.
 Vector PixelOf(const Matrix& stampMatrix, const Vector& place);
 
 }  // namespace trovik::test

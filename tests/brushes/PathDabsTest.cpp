@@ -19,7 +19,7 @@ protected:
         sample.tilt = {x, y, 0.0f};
         return sample;
     }
-    /// Expects the same dabs, to within `bound` of a unit.
+    /// Expects the same dabs to within `bound` units.
     static void ExpectSame(const Dabs& dabs, const Dabs& expected, float bound) {
         ASSERT_EQ(dabs.size(), expected.size());
         for (std::size_t i = 0; i < dabs.size(); ++i) {
@@ -43,7 +43,7 @@ TEST_F(PathDabsTest, ArcLengthAroundACornerCounts) {
 }
 
 TEST_F(PathDabsTest, RemainderIsCarriedFromSampleToSample) {
-    // Samples closer than the spacing, at distances that are not multiples of it.
+    // Samples that are closer than the spacing, at distances that are not multiples of it.
     std::vector<PathSample> samples;
     for (int i = 0; i <= 100; ++i) {
         const float x = 1.0f + 0.07f * static_cast<float>(i);
@@ -130,7 +130,7 @@ TEST_F(PathDabsTest, PressureCurvesScaleStrengthAndSize) {
         const float p = (dabs[i].position.x - 2.0f) * 0.1f;
         EXPECT_NEAR(dabs[i].pressure, 0.5f * p, 1e-4f);
         EXPECT_NEAR(dabs[i].size, 0.5f * (0.5f + 0.5f * p), 1e-4f);
-        // A length in proportion to the radius, since the strength of this brush is a length.
+        // Proportional to the radius, because this brush's strength is a length.
         EXPECT_NEAR(dabs[i].strength, 10.0f * 0.5f * p * dabs[i].size / 0.5f, 1e-3f);
         if (i == 0) continue;
         const float apart = dabs[i].position.x - dabs[i - 1].position.x;
@@ -164,14 +164,14 @@ TEST_F(PathDabsTest, StampTopPointsInTheDirectionOfTheTilt) {
     brush.EnableStamp(64, 64);
     DabDynamics dynamics;
     dynamics.tiltRotatesStamp = true;
-    // To the right of the viewport, which is the grid's x. The image's top row is row 0, and pixel
-    // centres are at integers.
+    // To the right in the viewport, which is the grid's x direction. Row 0 is the top of the image,
+    // and pixel centres are at integers.
     const Dabs right = InView({Leaning(Sample(400, 300), 0.6f, 0.0f)}, dynamics);
     const Vector position = right[0].hit.position;
     const Vector ahead = PixelOf(right[0].stampMatrix, position + Vector(0.25f, 0.0f, 0.0f));
     EXPECT_NEAR(ahead.x, 31.5f, 1e-2f);
     EXPECT_NEAR(ahead.y, 15.5f, 1e-2f);
-    // To the bottom of the viewport, which is opposite to the grid's y.
+    // Downwards in the viewport, which is opposite to the grid's y direction.
     const Dabs down = InView({Leaning(Sample(400, 300), 0.0f, 0.6f)}, dynamics);
     const Vector below = PixelOf(down[0].stampMatrix, position + Vector(0.0f, -0.25f, 0.0f));
     EXPECT_NEAR(below.y, 15.5f, 1e-2f);
@@ -205,7 +205,7 @@ TEST_F(PathDabsTest, RandomSizesFollowFromTheSeed) {
 TEST_F(PathDabsTest, AirbrushAppliesDabsWhileThePenIsStationary) {
     DabDynamics dynamics;
     dynamics.airbrush = 10.0f;
-    // One dab at the press and one every 0.1 s up to 0.55 s, independent of the samples between.
+    // One dab at the press and one every 0.1 s up to 0.55 s, regardless of the samples in between.
     const Dabs rest = InView({Sample(400, 300, 0.5f, 3.0), Sample(400, 300, 1.0f, 3.55)}, dynamics);
     ASSERT_EQ(rest.size(), 6u);
     for (std::size_t i = 0; i < 6; ++i) {
@@ -222,7 +222,7 @@ TEST_F(PathDabsTest, AirbrushAppliesDabsWhileThePenIsStationary) {
 TEST_F(PathDabsTest, AirbrushAddsDabsToASlowPenButNotToAFastOne) {
     DabDynamics dynamics;
     dynamics.airbrush = 10.0f;
-    // 10 units are 40 spacings. Within a second each takes 0.025 s.
+    // 10 units are 40 spacings. If the stroke takes one second, each spacing takes 0.025 s.
     const auto draw = [&](double seconds) {
         return InView({Sample(300, 300, 1, 0), Sample(500, 300, 1, seconds)}, dynamics);
     };
@@ -241,10 +241,10 @@ TEST_F(PathDabsTest, RadiusInPixelsIsMeasuredAtTheDepthOfTheDab) {
     dynamics.radiusPixels = 30.0f;
     EXPECT_NEAR(InView({Sample(400, 300)}, dynamics)[0].size, 1.5f, 1e-4f);
     EXPECT_NEAR(OnSurface({Sample(3, 3)}, dynamics)[0].size, 1.5f, 1e-4f);
-    // At half the distance each pixel is half as wide.
+    // At half the distance, each pixel is half as wide.
     view.eye.z *= 0.5f;
     EXPECT_NEAR(InView({Sample(400, 300)}, dynamics)[0].size, 0.75f, 1e-4f);
-    // Seen at an angle, the far end has the larger dabs and the wider spacing.
+    // Seen at an angle, the far end has larger dabs and a wider spacing.
     view.eye = {8.0f, -14.0f, 12.0f};
     const Dabs dabs = InView({Sample(400, 500), Sample(400, 150)}, dynamics);
     ASSERT_GT(dabs.size(), 6u);

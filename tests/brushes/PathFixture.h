@@ -8,7 +8,7 @@
 
 namespace trovik::test {
 
-/// A grid of 16 x 16 units seen from above. Paths place dabs on it that move nothing.
+/// A grid of 16 x 16 units, seen from above. Paths place dabs on it that do not move vertices.
 class PathFixture {
 public:
     PathFixture();
@@ -21,8 +21,8 @@ public:
                                                const DabDynamics& dynamics = {},
                                                uint64_t seed = 0);
 
-    /// A view of the middle of the grid; 20 pixels are one unit, and (400, 300) is the middle (8,
-    /// 8).
+    /// A view centred on the grid: 20 pixels are one unit, and pixel (400, 300) shows the centre
+    /// (8, 8).
     static StrokeView FromAbove();
 
     RecordingBrush brush;

@@ -67,8 +67,8 @@ TEST(SmoothedPath, StraightPathAndItsPressureStayUnchanged) {
 }
 
 TEST(SmoothedPath, CornerBecomesAParabola) {
-    // At the corner the mean covers the last ten units before it and the first ten after it, each 5
-    // away on average and of half the weight.
+    // At the corner, the mean covers the last ten units before it and the first ten after it. Each
+    // part is 5 away on average and has half the weight.
     const ArcPath path(Smoothed(Through({{0, 0, 0}, {100, 0, 0}, {100, 100, 0}}), 20.0f));
     float nearest = 100.0f;
     for (const PathSample& sample : path.Knots())
@@ -106,9 +106,9 @@ TEST(SteadyStroke, BrushFollowsAtTheLengthOfTheStabiliser) {
 }
 
 TEST(SteadyStroke, PathAroundACornerIsATractrix) {
-    // The stabiliser's line lies along x when the pen turns off at a right angle. Along a tractrix
-    // the depth is L tanh(d / L) less than the distance d, and the lateral distance is L / cosh(d /
-    // L).
+    // The stabiliser's cord lies along x when the pen turns at a right angle. Along a tractrix, the
+    // weight lags behind the pen's distance d by L tanh(d / L), and its lateral distance is L /
+    // cosh(d / L).
     const float L = 20.0f;
     const auto path = Stabilised(Through({{0, 0, 0}, {100, 0, 0}, {100, 45, 0}}), L);
     const float d = 45.0f / L;
@@ -178,7 +178,7 @@ TEST(CurveThroughPoints, IsStraightThroughCollinearPoints) {
 }
 
 TEST(SnapToCurve, SnapsThePenToANearbyCurve) {
-    // A hand that wavers along y = 50 and then leaves.
+    // A hand that wavers along y = 50 and then moves away from it.
     std::vector<Vector> hand;
     for (int i = 0; i <= 100; ++i)
         hand.emplace_back(

@@ -27,8 +27,8 @@ class PenScript : public testing::Test {
 protected:
     PenScript() { folder.Fill("quad.obj", "v -1 -1 0\nv 1 -1 0\nv 1 1 0\nv -1 1 0\nf 1 2 3 4\n"); }
 
-    /// Runs steps on a square of 32 x 32 quads; 200 pixels are one unit, and (300, 300) is its
-    /// middle. \return a hash of the exported bytes.
+    /// Runs steps on a square of 32 x 32 quads; 200 pixels are one unit, and pixel (300, 300) shows
+    /// its centre. \return a hash of the exported bytes.
     std::size_t Run(const std::string& steps) {
         const std::string script =
             folder.Fill("script.json",
@@ -40,7 +40,7 @@ protected:
         result = ScriptRunner(script, folder.Path("out"), {}).Run();
         return std::hash<std::string>()(TemporaryFolder::Content(folder.Path("out/out.ply")));
     }
-    /// The number of dabs of a brush that leaves the square flat.
+    /// The number of dabs, using a brush that leaves the square flat.
     uint64_t DabsOf(const std::string& steps) {
         Run(Set(R"("strength": 0)") + steps);
         return result.totals.dabs;
@@ -106,15 +106,15 @@ TEST_F(PenScript, FilterIsOnByDefault) {
 }
 
 TEST_F(PenScript, EmptyPathMeasuresArcLengthAroundCorners) {
-    // 282.8 pixels are 1.414 units, with a dab every 0.05.
+    // 282.8 pixels are 1.414 units, with a dab every 0.05 units.
     EXPECT_EQ(DabsOf(Stroke(std::string(pointer) + R"(, "path": {})")), 29u);
     EXPECT_EQ(DabsOf(Stroke(std::string(pointer) + R"(, "path": {"line": true})")), 21u);
     EXPECT_NE(Run(Stroke(std::string(pointer) + R"(, "path": {"curve": true})")),
               Run(Stroke(std::string(pointer) + R"(, "path": {})")));
     const std::string surface = R"("surface": [[-0.5, 0, 0], [0, 0.5, 0], [0.5, 0, 0]], "path": {)";
     EXPECT_EQ(DabsOf(Stroke(surface + "}")), 29u);
-    // The brush moves 0.5 until the stabiliser's line is perpendicular to the new direction, and L
-    // ln cosh(d / L) along the tractrix: 1.064 together.
+    // The brush moves 0.5 until the stabiliser's cord is perpendicular to the new direction, then L
+    // ln cosh(d / L) along the tractrix: 1.064 in total.
     EXPECT_EQ(DabsOf(Stroke(surface + R"("steady": 0.2071068})")), 22u);
     EXPECT_EQ(DabsOf(Stroke(surface + R"("snap": {"curve": [[-1, 0, 0], [1, 0, 0]],
                                                   "distance": 2}})")),
@@ -146,8 +146,8 @@ TEST_F(PenScript, PressureCurvesRandomSizesAndPixelsShapeDabs) {
                   Set(R"("strengthCurve": null)") + Stroke(pen)),
               plain);
     EXPECT_EQ(Run(Set(R"("radiusPixels": 50)") + Set(R"("radius": 0.2)") + Stroke(pen)), plain);
-    // 40 pixels are 0.2 units in the plane through the middle of the view. A brush smaller by a
-    // fifth gives a fifth more dabs.
+    // 40 pixels are 0.2 units in the plane through the centre of the view. A brush that is a fifth
+    // smaller applies a quarter more dabs.
     EXPECT_EQ(DabsOf(Set(R"("radiusPixels": 40)") + Stroke(pointer)), 29u);
     EXPECT_EQ(DabsOf(Set(R"("radiusPixels": 32)") + Stroke(pointer)), 36u);
 }
@@ -229,7 +229,7 @@ TEST_F(PenScript, OverlongPathsAreRefusedNamingTheSample) {
     folder.Fill("far.json", R"({"samples": [[0, 0, 1, 0], [0, 1e30, 1, 8]]})");
     EXPECT_THAT(ErrorOf(Stroke(R"("pen": "far.json")")),
                 HasSubstr("/steps/1/stroke/pen: sample 1: [0, 1e+30] is more than"));
-    // The shape of a path has its own step length.
+    // Path shapes have their own step length.
     for (const char* path : {R"({"steady": 1e-6})",
                              R"({"smoothing": 1e-6})",
                              R"({"snap": {"curve": [[0, 0], [9, 9]], "distance": 1e-6}})"}) {
@@ -269,7 +269,7 @@ TEST_F(PenScript, SpacingsHaveTheSameRangeEverywhere) {
 }
 
 TEST_F(PenScript, WalksWithoutDabsCanBeCancelled) {
-    // All of them are off the mesh; without cancellation they take seconds to minutes.
+    // All strokes are off the mesh; without cancellation, they take seconds to minutes.
     for (
         const char* stroke :
         {R"("pointer": [[-9, 0], [-9, 4e6]])",
@@ -287,7 +287,7 @@ TEST_F(PenScript, WalksWithoutDabsCanBeCancelled) {
         class StrokeJob : public JobControl {
         public:
             explicit StrokeJob(const bool& stroking) : isStroke(stroking) {}
-            // The first report precedes the step.
+            // The first report comes before the step.
             bool Report(uint64_t, uint64_t, const char*) override {
                 return !isStroke || ++asked <= 2;
             }

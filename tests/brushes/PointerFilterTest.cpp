@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Recorded pointer streams with the faults of pens and drivers. A filtered stroke passes if
-/// its dabs match those of the stroke without faults: the same number give or take one, each within
-/// a quarter of the spacing of its position and within 0.06 of its pressure.
+/// \file Recorded pointer streams with pen and driver faults. A filtered stroke passes if its dabs
+/// match those of the stroke without faults: the number of dabs differs by at most one, and each
+/// dab is within a quarter of the spacing of the expected position and within 0.06 of the expected
+/// pressure.
 #include "framework/script/PenStream.h"
 #include "framework/strokes/PointerFilter.h"
 #include "tests/SourceFolder.h"
@@ -77,8 +78,7 @@ TEST_F(PointerFilterTest, BlotAtThePressIsRemoved) {
 
 TEST_F(PointerFilterTest, SpikeAtTheReleaseIsRemoved) {
     const auto raw = Stream("spike");
-    EXPECT_GT(FaultsOf(raw).count, 10u)
-        << "a tail of dabs towards the position of the pen in the air";
+    EXPECT_GT(FaultsOf(raw).count, 10u) << "trailing dabs towards the position of the lifted pen";
     EXPECT_GT(InView(raw).back().pressure, 0.9f);
     EXPECT_LT(expected.back().pressure, 0.5f);
     ExpectClean(Filtered(raw));

@@ -36,7 +36,7 @@ TEST(PressureCurve, CollinearPointsGiveALine) {
 }
 
 TEST(PressureCurve, RisesAndFallsOnlyWhereItsPointsDo) {
-    // Points at which a plain spline overshoots.
+    // Points for which a plain spline overshoots.
     const PressureCurve curve(
         {{0.0f, 0.0f}, {0.4f, 0.02f}, {0.5f, 0.98f}, {0.8f, 1.0f}, {1.0f, 0.3f}});
     float before = 0.0f;
@@ -55,7 +55,8 @@ TEST(PressureCurve, RisesAndFallsOnlyWhereItsPointsDo) {
         before = value;
     }
     EXPECT_LT(widest, 0.02f) << "no jumps";
-    // The curve is smooth: it is steep in the middle of a steep span and does not follow a chord.
+    // The curve is smooth: within a steep span, it is steepest in the middle and does not follow
+    // the chord.
     EXPECT_GT(std::abs(curve.At(0.42f) - (0.02f + 0.96f * 0.2f)), 0.02f);
 }
 

@@ -25,7 +25,7 @@ protected:
     float DistanceBefore(std::size_t i) const {
         return (brush.dabs[i].position - brush.dabs[i - 1].position).Length();
     }
-    /// The direction on the grid to which the image's top points, unit length.
+    /// The unit direction on the grid in which the top of the image points.
     static Vector TopOf(const RecordingBrush::Dab& dab) {
         Matrix back = dab.stampMatrix;
         back.Invert(nullptr);
@@ -38,7 +38,7 @@ protected:
 
 TEST_F(RepeatedDabs, CopiesAreAdjacentWithTheSpacingBetweenThem) {
     Along({{{1.0f, 8.0f, 0.0f}}, {{14.0f, 8.0f, 0.0f}}}, 0.5f);
-    // Two radii and a quarter of one.
+    // Two radii plus a quarter of one.
     ASSERT_EQ(brush.dabs.size(), 12u);
     for (std::size_t i = 1; i < brush.dabs.size(); ++i)
         EXPECT_NEAR(DistanceBefore(i), 1.125f, 2e-3f);
@@ -99,7 +99,7 @@ TEST_F(RepeatedDabs, PositioningOverridesTheOrientationOfTheTool) {
     brush.resetOptionA.SetValue(static_cast<int>(StampPositioning::Upright), true);
     Along(path, 0.5f);
     EXPECT_NEAR(TopOf(brush.dabs[3]).y, 1.0f, 1e-4f);
-    // Rotation is added: a quarter turn clockwise from the direction of the stroke to the right.
+    // The rotation is added: a quarter turn clockwise, from the stroke direction to the right.
     brush.resetOptionA.SetValue(static_cast<int>(StampPositioning::Stroke), true);
     brush.separatorOption.SetValue(90, true);
     Along(path, 0.5f);

@@ -84,7 +84,8 @@ TEST_F(SprayedDabs, CopiesCoverTheDiscInAllSizesAndRotations) {
         EXPECT_NEAR(dab.strength, dab.size * 1.5f, 1e-5f) << "a smaller copy is lower";
         smallest = std::min(smallest, dab.size);
         largest = std::max(largest, dab.size);
-        // The middle of the copy is that of the image, and its rim is the image's border.
+        // The centre of the copy shows the centre of the image, and its rim shows the image's
+        // border.
         const Vector pixel = PixelOf(dab.stampMatrix, dab.position);
         EXPECT_NEAR(pixel.x, 3.5f, 1e-4f);
         EXPECT_NEAR(pixel.y, 3.5f, 1e-4f);
@@ -155,8 +156,7 @@ TEST_F(SprayedDabs, RandomRotationStaysWithinItsRange) {
     float right = 0.0f;
     for (const RecordingBrush::Dab& dab : Spray(1, 200)) {
         EXPECT_EQ(dab.position, Vector(8.0f, 8.0f, 0.0f));
-        // The upward direction in the image: straight up, or at most an eighth of a turn to the
-        // side.
+        // The image's up direction: straight up, or at most an eighth of a turn to either side.
         const Vector up = PixelOf(dab.stampMatrix, {8.0f, 10.0f, 0.0f}) -
                           PixelOf(dab.stampMatrix, {8.0f, 8.0f, 0.0f});
         const float angle = std::atan2(up.x, -up.y);
@@ -178,7 +178,7 @@ TEST(StrokeRandom, NumbersAreUniformAndBelowOne) {
         ++bins[static_cast<int>(share * 10.0f)];
     }
     for (const int bin : bins) EXPECT_NEAR(bin, 1000, 150);
-    // The results of scripts depend on the first numbers of seed 0.
+    // Script results depend on the first numbers of seed 0.
     StrokeRandom zero(0);
     EXPECT_EQ(zero.Next(), 0xe220a8397b1dcdafu);
     EXPECT_EQ(zero.Next(), 0x6e789e6aa1b965f4u);

@@ -13,7 +13,7 @@
 namespace trovik::test {
 namespace {
 
-/// Two stamp folders, specified by the environment.
+/// Two stamp folders, set through the environment variable.
 class StampFiles : public testing::Test {
 protected:
     StampFiles() {
@@ -75,7 +75,7 @@ TEST_F(StampFiles, BrushUsesTheImageOfItsStamp) {
     EXPECT_EQ(brush.MaskImage(-1)->Width(), 2u);
     EXPECT_EQ(FirstPixel(), 0.5f);
     EXPECT_EQ(brush.MaskName(-1), QStringLiteral("Stamps/knife.tif"));
-    // Switching to another stamp and back finds the image already loaded.
+    // After switching to another stamp and back, the image is still loaded.
     const Image* image = brush.MaskImage(-1);
     brush.SetStamp(true, QStringLiteral("Stamps/other.tif"));
     EXPECT_EQ(brush.MaskImage(-1)->Width(), 0u);

@@ -19,7 +19,7 @@ namespace {
 
 using testing::HasSubstr;
 
-// 2 x 2 pixels of the colours 0, 1 / 2, 0: black, white, (51, 102, 0).
+// 2 x 2 pixels with the palette indices 0, 1 / 2, 0; the palette is black, white, (51, 102, 0).
 constexpr unsigned char palettePng[] = {
     0x89, 0x50, 0x4e, 0x47, 0x0d, 0x0a, 0x1a, 0x0a, 0x00, 0x00, 0x00, 0x0d, 0x49, 0x48, 0x44, 0x52,
     0x00, 0x00, 0x00, 0x02, 0x00, 0x00, 0x00, 0x02, 0x08, 0x03, 0x00, 0x00, 0x00, 0x45, 0x68, 0xfd,
@@ -184,7 +184,7 @@ TEST_F(StampImageTest, ChannelsBecomeOneValueOrThree) {
     EXPECT_EQ(TileOf(premultiplied, 3), Values({0.5f, 1.0f, 0.0f}));
     StampImage many = image(6, {3.0f, 6.0f, 9.0f, 50.0f, 50.0f, 50.0f}, true);
     EXPECT_EQ(TileOf(many, 1), Values({6.0f}));
-    // Equal colours give exactly that value.
+    // The mean of equal colours is exactly that value.
     for (const float v : {0.1f, 0.7f, 1.0f / 3.0f, -123.456f}) {
         StampImage even = image(3, {v, v, v}, true);
         EXPECT_EQ(TileOf(even, 1), Values({v}));
@@ -325,7 +325,7 @@ TEST_F(StampImageTest, IdleStampsAreDroppedLeastRecentlyUsedFirst) {
     const auto held = cache.Get(a);
     cache.Get(b);
     cache.Get(c);
-    // 256 bytes each: room for one in addition to those in use.
+    // 256 bytes each, so there is room for one image in addition to those in use.
     cache.DropIdle(300);
     const uint64_t reads = cache.ReadCount();
     cache.Get(a);

@@ -54,7 +54,7 @@ TEST(StampPlacement, HeightOverTheSurfaceIsTheThirdCoordinateInPixels) {
 }
 
 TEST(StampPlacement, TopPointsAlongTheGivenDirectionInTheSurface) {
-    // The component perpendicular to the surface and the length of the direction are ignored.
+    // The direction's component perpendicular to the surface and its length are ignored.
     const auto placement =
         StampPlacement::OnSurface({}, outOfPlane, 1.0f, {20.0f, 0.0f, 7.0f}, CameraAbove(4.0f));
     const Matrix matrix = placement.ToPixels(8, 8, Matrix());
@@ -122,8 +122,8 @@ TEST(StampPlacement, ByCameraEachLineOfSightHasOnePixel) {
     ExpectPixel(matrix, {}, 3.5f, 3.5f, 0.0f);
     ExpectPixel(matrix, {0.5f, 0.0f, 0.0f}, 7.5f, 3.5f, 0.0f);
     ExpectPixel(matrix, {0.0f, 0.5f, 0.0f}, 3.5f, -0.5f, 0.0f);
-    // At half the distance from the eye, the same pixel is half as far from the axis; at twice the
-    // distance, twice as far.
+    // At half the distance from the eye, the same pixel is half as far from the view axis; at twice
+    // the distance, it is twice as far.
     ExpectPixel(matrix, {0.25f, 0.0f, 2.0f}, 7.5f, 3.5f, 0.0f);
     ExpectPixel(matrix, {1.0f, 0.0f, -4.0f}, 7.5f, 3.5f, 0.0f);
     EXPECT_EQ(PixelOf(matrix, {}).z, 0.0f);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The whole path of a stamp: image, placement, loop, kernels. On a flat grid, Sculpt with a
-/// flat falloff reproduces the image: each vertex rises by its pixel.
+/// \file Everything that a stamp passes through: image, placement, loop, kernels. On a flat grid,
+/// Sculpt with a flat falloff reproduces the image: each vertex rises by the value of its pixel.
 #include "framework/strokes/DabStrength.h"
 #include "tests/brushes/LoopFixture.h"
 #include "tests/meshes/MirrorAtX.h"
@@ -27,8 +27,8 @@ protected:
     float HeightAt(uint32_t column, uint32_t row) {
         return bench.Mesh().Position(row * 17 + column).z;
     }
-    /// The value of the numbered image at the pixel nearest to these coordinates, rounded like the
-    /// brush rounds.
+    /// The value of the numbered image at the pixel nearest to these coordinates, with the brush's
+    /// rounding.
     static float Pixel(float u, float v) {
         const long column = std::lrint(u);
         const long row = std::lrint(v);
@@ -41,7 +41,7 @@ protected:
 };
 
 TEST_F(StampedSurface, EachVertexRisesByItsPixel) {
-    // A quarter unit off the vertices, so that no coordinate is a rounding tie.
+    // A quarter unit away from the vertices, so that no coordinate is a rounding tie.
     Dabs({loop.At({8.25f, 8.25f, 0.0f}, 4.0f, 2.0f)});
     int moved = 0;
     for (uint32_t row = 0; row <= 16; ++row) {
@@ -72,8 +72,7 @@ TEST_F(StampedSurface, ByCameraTheSameSurfaceReadsTheSamePixels) {
 TEST_F(StampedSurface, PatternRotatesClockwise) {
     bench.brush->separatorOption.SetValue(90, true);
     Dabs({loop.At({8.25f, 8.25f, 0.0f}, 4.0f, 1.0f)});
-    // The part that was above is now on the right: the image's rows no longer run downwards along
-    // x.
+    // The part that was at the top is now on the right.
     for (uint32_t column = 6; column <= 10; ++column) {
         const float x = static_cast<float>(column) - 8.25f;
         const float y = 9.0f - 8.25f;
@@ -96,20 +95,20 @@ TEST_F(StampedSurface, MirroredDabAppliesTheMirroredPattern) {
 }
 
 TEST_F(StampedSurface, TiledStampAnchoredAtTheStartIsOnePattern) {
-    // Two pixels per unit: an image of 2 x 2 and a dab of radius 1.
+    // One pixel per unit: an image of 2 x 2 pixels and a dab of radius 1.
     SetStampImage(*bench.brush, GreyImage(2, 2, {0.25f, 0.5f, 0.75f, 1.0f}));
     bench.brush->Settings().stampTiled = true;
     bench.brush->resetOptionA.SetValue(static_cast<int>(StampPositioning::Start), true);
     StrokeDab first = loop.At({4.5f, 8.5f, 0.0f}, 1.0f, 1.0f);
     StrokeDab second = loop.At({12.0f, 8.0f, 0.0f}, 3.0f, 1.0f);
     Dabs({first, second});
-    // Around the first dab: pixel (0, 0) is at the upper left of the middle, with one unit per
+    // Around the first dab: pixel (0, 0) is up and to the left of the centre, at one unit per
     // pixel.
     EXPECT_EQ(HeightAt(4, 9), 0.25f);
     EXPECT_EQ(HeightAt(5, 9), 0.5f);
     EXPECT_EQ(HeightAt(4, 8), 0.75f);
     EXPECT_EQ(HeightAt(5, 8), 1.0f);
-    // Under the second dab the pattern is the same, although its middle and radius differ.
+    // Under the second dab, the pattern is the same, although its centre and radius differ.
     for (uint32_t row = 6; row <= 10; ++row) {
         for (uint32_t column = 10; column <= 14; ++column) {
             const float left = column % 2 == 0 ? 0.0f : 0.25f;
@@ -120,7 +119,7 @@ TEST_F(StampedSurface, TiledStampAnchoredAtTheStartIsOnePattern) {
 }
 
 TEST_F(StampedSurface, WithoutTilesNothingMovesOutsideTheImage) {
-    // A narrow image, two pixels wide and eight high, covers a quarter of the dab's width.
+    // A narrow image, two pixels wide and eight pixels high, covers a quarter of the dab's width.
     SetStampImage(*bench.brush, GreyImage(2, 8, std::vector<float>(16, 1.0f)));
     Dabs({loop.At({8.25f, 8.25f, 0.0f}, 4.0f, 1.0f)});
     for (uint32_t column = 0; column <= 16; ++column) {
@@ -153,13 +152,14 @@ TEST_F(StampedSurface, StampOnAScaledMeshHasItsSizeInWorldSpace) {
     Dabs({loop.At({16.5f, 8.25f, 0.0f}, 4.0f, 1.0f)});
     const float beside = HeightAt(9, 8);
     const float next = HeightAt(10, 8);
-    // The next vertex is two units and therefore two pixels away.
+    // The next vertex is two units away, and therefore two pixels.
     EXPECT_NEAR(next / beside, Pixel(7.0f, 4.0f) / Pixel(5.0f, 4.0f), 1e-3f);
     EXPECT_GT(beside, 0.0f);
 }
 
 TEST_F(StampedSurface, VectorStampMovesInUnitsOfItsSide) {
-    // One pixel: half a side to the right, a quarter out of the surface, an eighth to the bottom.
+    // One pixel: half a side to the right, a quarter outwards from the surface, an eighth
+    // downwards.
     FloatImage image;
     image.width = image.height = 1;
     image.channels = 3;
@@ -185,7 +185,7 @@ TEST(StampAcrossTheTopology, EachVertexReadsThePixelOfItsMirrorImage) {
     for (auto& p : grid.positions) p[0] -= 8.0f;
     StrokeFixture bench(grid);
     ASSERT_TRUE(bench.geometry->FindMirror());
-    // The right half is posed differently, so that no reflection maps one half to the other.
+    // The right half has a different pose, so that no reflection maps one half to the other.
     LevelMesh& mesh = bench.Mesh();
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
         const Vector p = mesh.Position(v);

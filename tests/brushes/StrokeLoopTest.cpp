@@ -13,7 +13,7 @@
 namespace trovik::test {
 namespace {
 
-/// A grid of 16 x 16 quads from (0, 0) to (16, 16), mirrored at its middle line x = 8.
+/// A grid of 16 x 16 quads from (0, 0) to (16, 16), mirrored about its centre line x = 8.
 class StrokeLoopTest : public testing::Test {
 protected:
     StrokeLoopTest() : bench((HostKernel::Instance(), brush), FlatGrid(16)) {}

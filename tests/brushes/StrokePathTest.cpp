@@ -32,8 +32,8 @@ protected:
         bench.loop.End();
         return count;
     }
-    /// A view of the middle of the grid; 20 pixels are one unit, and (400, 300) is the middle (8,
-    /// 8).
+    /// A view centred on the grid: 20 pixels are one unit, and pixel (400, 300) shows the centre
+    /// (8, 8).
     static StrokeView ViewFromAbove() {
         StrokeView view;
         view.width = 800;
@@ -77,7 +77,8 @@ TEST_F(StrokePathTest, StraightDistanceCountsAroundACorner) {
         const Vector between = brush.dabs[i].position - brush.dabs[i - 1].position;
         EXPECT_NEAR(between.Length(), 0.5f, 1e-3f);
     }
-    // The last dab before the corner is at 4.0, so the next is not half a unit along the path.
+    // The last dab before the corner is at 4.0, so the next one is not half a unit farther along
+    // the path.
     EXPECT_NEAR(brush.dabs[4].position.x, 4.0f, 1e-2f);
     EXPECT_NEAR(brush.dabs[5].position.y, 3.0f + std::sqrt(0.25f - 0.01f), 1e-2f);
 }
@@ -134,7 +135,7 @@ TEST_F(StrokePathTest, NoDabsWhereThePathLeavesTheMesh) {
         widest = std::max(widest, dab.position.x);
     }
     EXPECT_GT(widest, 15.5f);
-    // The first dab after the gap is at the border again, not a spacing inside.
+    // The first dab after the gap is at the border again, not one spacing inside it.
     std::size_t back = 1;
     while (back < brush.dabs.size() && brush.dabs[back].position.y < 8.5f) ++back;
     ASSERT_LT(back, brush.dabs.size());
@@ -152,8 +153,8 @@ TEST_F(StrokePathTest, MovedMeshIsHitAtItsWorldPosition) {
 }
 
 TEST_F(StrokePathTest, HeadingOfAPointerPathLiesInTheSurface) {
-    // Seen at an angle, a motion to the right of the viewport runs along the grid's x, and an
-    // upward one away from the viewer.
+    // Seen at an angle, a motion to the right in the viewport runs along the grid's x axis, and an
+    // upward motion runs away from the viewer.
     StrokeView view = ViewFromAbove();
     view.eye = {8.0f, -20.0f, 20.0f};
     const auto hit = HitThrough(bench.geometry, bench.tree, view, {400.0f, 300.0f, 0.0f});
