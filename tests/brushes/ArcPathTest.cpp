@@ -49,7 +49,7 @@ TEST(ArcPath, ExtraSampleOnAStraightSegmentChangesNoBit) {
 
 TEST(ArcPath, SignificantSamplesAreKept) {
     EXPECT_EQ(ArcPath({At(0, 0, 0), At(2, 0, 1), At(4, 0, 0)}).Knots().size(), 3u) << "pressure";
-    EXPECT_EQ(ArcPath({At(0, 0), At(4, 0), At(2, 0)}).Length(), 6.0) << "the pen rotated";
+    EXPECT_EQ(ArcPath({At(0, 0), At(4, 0), At(2, 0)}).Length(), 6.0) << "the pen reversed";
     const std::vector<PathSample> uneven{At(0, 0, 1, 0), At(2, 0, 1, 5), At(4, 0, 1, 6)};
     EXPECT_EQ(ArcPath(uneven, false).Knots().size(), 2u);
     EXPECT_EQ(ArcPath(uneven, true).Knots().size(), 3u);
