@@ -32,8 +32,8 @@ void Add(std::vector<uint8_t>& bytes, const T* first, std::size_t count) {
     bytes.insert(bytes.end(), raw, raw + count * sizeof(T));
 }
 
-/// The state of a brush halfway through a dab, with members set directly so that any combination of
-/// switches is legal.
+/// The state of a brush in the middle of a dab, with members set directly so that any combination
+/// of switches is legal.
 struct KernelState {
     KernelState(const KernelSwitches& s,
                 bool vectorStamp,
@@ -145,7 +145,7 @@ struct KernelState {
     std::vector<HWVector> offsets;
 };
 
-/// Two dabs on a patch and its neighbour, to include build-up and seams.
+/// Two dabs on a patch and its neighbour, which covers build-up and seams.
 std::vector<uint8_t> Run(const KernelSwitches& s,
                          bool specialised,
                          bool vectorStamp,
@@ -210,7 +210,7 @@ void MakeAllNaNsEqual(std::vector<uint8_t>& bytes) {
     }
 }
 
-/// Two patches with random positions, of which one in `rarity` is a special value.
+/// Two patches with random positions; one coordinate in `rarity` is a special value.
 std::vector<uint8_t> RunOnRandomPositions(const KernelSwitches& s,
                                           bool specialised,
                                           unsigned seed) {
@@ -220,7 +220,7 @@ std::vector<uint8_t> RunOnRandomPositions(const KernelSwitches& s,
     for (uint32_t v = 0; v < state.mesh.VertexCount(); ++v) {
         Vertex& vertex = state.mesh.vertices.array[v];
         for (float* number : {&vertex.x, &vertex.y, &vertex.z}) {
-            // For every other seed zeros alone, which are then the minima.
+            // For every other seed, only zeros are used; they are then the minima.
             const std::size_t kinds = seed % 2 == 0 ? 2 : std::size(oddNumbers);
             if (seed % 2 == 0) *number = std::abs(*number) + 0.01f;
             if (engine() % rarity == 0) *number = oddNumbers[engine() % kinds];
@@ -236,8 +236,8 @@ std::vector<uint8_t> RunOnRandomPositions(const KernelSwitches& s,
     return bytes;
 }
 
-/// The kernels that reorder vertices, on zeros of both signs, infinities and NaN. The bounds in
-/// particular then depend on the order.
+/// Tests the kernels that reorder vertices with zeros of both signs, infinities and NaN. The bounds
+/// in particular then depend on the order.
 TEST(AllSpecialisations, AgreeOnZerosInfinitiesAndNaN) {
     for (unsigned index = 0; index < KernelSwitches::count; ++index) {
         const KernelSwitches s = KernelSwitches::FromIndex(index);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file A dab allocates only its grids, and does no work that grows with the mesh.
+/// \file A dab allocates only its grids, and its work does not grow with the mesh.
 #include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 
@@ -41,7 +41,7 @@ struct DabWork {
     uint32_t records;
 };
 
-/// The cost of the second of two equal dabs, in the middle of an n x n grid with two subdivisions.
+/// The cost of the second of two equal dabs at the centre of an n x n grid with two subdivisions.
 /// The surroundings of the hit do not depend on n.
 DabWork SecondDab(unsigned n, Tool tool) {
     StrokeFixture bench(GridMesh(n, n), 2);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The displacement of a vertex by its weight: the four families, the vector stamp, the
+/// \file The displacement computed from a vertex's weight: the four families, the vector stamp, the
 /// conversion back from world space.
 #include "tests/kernels/KernelFixture.h"
 #include "tests/meshes/ExpectNear.h"
@@ -127,7 +127,8 @@ TEST(Pulling, MovesATenthOfTheDistanceForAWeightOfOne) {
 
 // --- Averaging ---
 
-/// The middle patch of 3 x 3, which has 2 x 2 faces and is flat except for a spike in its middle.
+/// The centre patch of a 3 x 3 grid. It has 2 x 2 faces and is flat except for a spike at its
+/// centre.
 class Averaging : public ::testing::Test {
 protected:
     Averaging() { renderer = &bench.stroke.AddRenderer(0.0f); }
@@ -154,7 +155,8 @@ TEST_F(Averaging, PositionsAreSmoothedInPlaceInRowOrder) {
     bench.mesh.SetPosition(middle, {1.5f, 1.5f, 1.0f});
     Start(true);
     bench.RunTester(patch);
-    // For each vertex, the vertices before it are already smoothed and those after it are not.
+    // When a vertex is processed, the vertices before it are already smoothed, those after it are
+    // not.
     const float heights[3][3] = {
         {0.0f, 0.2f, 0.04f}, {0.2f, 0.28f, 0.064f}, {0.04f, 0.064f, 0.0256f}};
     for (uint32_t row = 0; row < 3; ++row)
@@ -223,7 +225,7 @@ TEST(AveragingAtABorder, MeanIsShiftedInwardNotAlongTheNormal) {
     KernelFixture bench(SingleQuad(), 2, 2);
     bench.Start(Tool::Smooth);
     bench.brush.affectAllLayers.SetValue(true, true);
-    // In the middle of an edge, the only vertex in reach.
+    // The only vertex in reach, at the midpoint of an edge.
     bench.Aim({0.5f, 0.0f, 0.0f}, 0.1f);
     const uint32_t vertex = bench.VertexNear({0.5f, 0.0f, 0.0f});
     EXPECT_TRUE(bench.RunTester(0));
@@ -263,7 +265,7 @@ TEST(Pushing, AlongVertexNormalsUsesTheNormalAtFirstTouch) {
 
 // --- Vector stamp ---
 
-/// A stamp of one pixel that covers everything: tangent U, height, tangent V.
+/// A one-pixel stamp that covers everything: tangent U, height, tangent V.
 class VectorStamp : public ::testing::Test {
 protected:
     void Start(Tool tool) {
@@ -322,7 +324,7 @@ TEST_F(VectorStamp, AxisAlongTheDirectionGivesNoTangent) {
 
 // --- World space ---
 
-/// The patch is scaled by two along x in world space, and translated.
+/// In world space, the patch is scaled by two along x and translated.
 class InWorldSpace : public ::testing::Test {
 protected:
     InWorldSpace() {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The work of a kernel around its stages: work list, records, the mark, the grid, its return
-/// value.
+/// \file What a kernel does around its stages: work list, records, marks, grid, return value.
 #include "framework/brushes/BrushSettings.h"
 #include "tests/kernels/KernelFixture.h"
 #include "tests/meshes/MeshZoo.h"
@@ -28,7 +27,7 @@ TEST_F(SeamOfTwoPatches, VertexIsMovedOnceByTheFirstPatchThatReachesIt) {
     EXPECT_EQ(bench.Height(seam), 0.25f);
     EXPECT_TRUE(bench.RunKernel(1));
     EXPECT_EQ(bench.Height(seam), 0.25f);
-    // A vertex of the second patch only shows that this patch was processed, too.
+    // A vertex that belongs only to the second patch shows that this patch was processed as well.
     EXPECT_EQ(bench.Height(bench.VertexNear({1.5f, 0.5f, 0.0f})), 0.25f);
 }
 
@@ -62,8 +61,8 @@ TEST_F(SeamOfTwoPatches, MarkedVertexOfATriangleMeshCountsWithinTheRadius) {
     ASSERT_TRUE(bench.RunKernel(0));
     bench.mesh.meshType = 0;
     EXPECT_TRUE(bench.RunKernel(1));
-    // A distance equal to the radius counts as within it. It is measured at first touch, so the
-    // vertex's own displacement has no effect.
+    // A distance equal to the radius counts as within it. The distance is measured from the
+    // position at first touch, so the vertex's own displacement has no effect.
     bench.Aim({1.25f, 0.5f, 0.0f}, 0.25f);
     EXPECT_TRUE(bench.RunKernel(0));
     bench.Aim({1.375f, 0.5f, 0.0f}, 0.25f);
@@ -196,9 +195,8 @@ TEST(WorkList, ListsTheFacesInAFixedOrder) {
     bench.Start(Tool::Sculpt);
     const uint32_t patch = 3;
     ASSERT_EQ(bench.brush.BuildWorkList(patch), 9u);
-    // Row by row of the patch: the cell of each vertex's face. The first vertex of a row has the
-    // same face as the next vertex, and the last row of vertices uses the faces of the last row of
-    // cells.
+    // The cell of each vertex's face, row by row. The first vertex of a row has the same face as
+    // the next vertex, and the last row of vertices uses the faces of the last row of cells.
     const uint32_t faceCells[] = {0, 0, 1, 2, 2, 3, 2, 2, 3};
     const Store<uint32_t>& faces = SubdivisionLevel::QuadIndexTable(1);
     for (uint32_t i = 0; i < 9; ++i)

@@ -7,8 +7,8 @@
 
 namespace trovik::test {
 
-/// The state of a brush halfway through a dab, with members set directly: no walk and no
-/// preparation of a dab is between a test and a kernel.
+/// The state of a brush in the middle of a dab, with members set directly, so that a test calls a
+/// kernel without a traversal or dab preparation.
 ///
 /// Set up the mesh through `stroke` (layer, renderers, mask, transform), then call Start. A dab has
 /// full pressure, strength 1, direction +z and an empty dirty box at its centre, unless a test sets
@@ -19,10 +19,10 @@ public:
     KernelFixture(const PolygonMesh& polygons, unsigned subdivisions, int32_t patchLevelOfDabs);
     ~KernelFixture();
 
-    /// Begins a stroke with the tool and puts the brush into its first dab.
+    /// Begins a stroke with the tool and sets up its first dab.
     void Start(Tool tool, int falloffIndex = 0);
-    /// Sets centre and radius, in the space of the distances, and resets the dirty box to the
-    /// centre.
+    /// Sets the centre and radius, in the space in which distances are measured, and resets the
+    /// dirty box to the centre.
     void Aim(const Vector& center, float radius);
     /// Begins the next dab of the stroke at the same position.
     void NextDab();
@@ -31,7 +31,7 @@ public:
 
     /// Runs the kernel that the brush's members select.
     bool RunKernel(uint32_t patch);
-    /// Runs the whole callback of the walk: ghost cells, kernel, normals, notifications.
+    /// Runs the complete traversal callback: ghost cells, kernel, normals, notifications.
     bool RunTester(uint32_t patch) { return brush.Tester(brush.patchMesh, patch); }
 
     uint32_t Points() const { return (1u << patchLevel) + 1; }
@@ -46,8 +46,8 @@ public:
     Vector BoxMin() const { return static_cast<Vector>(brush.brushSpace->boundsMin); }
     Vector BoxMax() const { return static_cast<Vector>(brush.brushSpace->boundsMax); }
 
-    /// A stamp of the given pixels (one float each, or three for a vector stamp), mapped to the
-    /// mesh by `x` and `y` times `scale`; pixel centres are at integers.
+    /// Sets a stamp with the given pixels (one float each, or three for a vector stamp). Pixel
+    /// coordinates are `x` and `y` times `scale`; pixel centres are at integers.
     void SetStamp(uint32_t width,
                   uint32_t height,
                   const std::vector<float>& pixels,
@@ -65,7 +65,7 @@ private:
     bool running = false;
 };
 
-/// Sets the falloff by facing angle and a camera for it during its lifetime.
+/// Sets the facing falloff and a camera for it during its lifetime.
 class FacingAngle {
 public:
     /// Angles are in degrees; the camera is at `eye`, in world space.

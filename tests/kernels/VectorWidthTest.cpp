@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Every vector width gives the same bits, also for NaN, and in whole dabs.
+/// \file Every vector width gives bit-identical results, even for NaN and for whole dabs.
 #include "kernels/PatchNormals.h"
 #include "kernels/batch/VectorWidth.h"
 #include "kernels/batch/VertexBatch.h"
@@ -41,7 +41,7 @@ private:
 class VectorWidths : public ::testing::Test {
 protected:
     void SetUp() override {
-        if (!IsAvailable(VectorWidth::Eight)) GTEST_SKIP() << "the processor has only one width";
+        if (!IsAvailable(VectorWidth::Eight)) GTEST_SKIP() << "the CPU supports only one width";
     }
 };
 
@@ -126,7 +126,7 @@ TEST_F(VectorWidths, PackedNormalsAreBitIdentical) {
     }
 }
 
-/// The vector class's own operations, one cell at a time.
+/// Compared with the vector class's own operations, one cell at a time.
 TEST(PackedNormals, EqualThoseOfTheVectorOperations) {
     Numbers numbers(5);
     for (uint32_t count = 1; count <= 9; ++count) {
@@ -173,11 +173,11 @@ TEST_F(VectorWidths, WholeDabsAreBitIdentical) {
 
 enum class Heights { Uneven, ZerosOfBothSigns, SomeNaN };
 
-/// With zeros of both signs, and with positions of which some are NaN, the bounds depend on the
-/// order in which positions are added.
+/// With zeros of both signs, or with some NaN positions, the bounds depend on the order in which
+/// positions are added.
 float HeightOf(uint32_t v, Heights heights) {
     const uint32_t drawn = v * 2654435761u >> 16;
-    // Much less than the length of a face's side, which determines the size of patches.
+    // Much less than the side length of a face, which determines the patch size.
     const float height = 1e-8f * static_cast<float>(drawn);
     if (heights == Heights::ZerosOfBothSigns)
         return drawn % 5 == 0 ? 0.0f : drawn % 5 == 1 ? -0.0f : height;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The weight of a vertex: each factor by itself.
+/// \file The weight of a vertex: tests each factor separately.
 #include "framework/brushes/BrushSettings.h"
 #include "tests/kernels/KernelFixture.h"
 #include "tests/meshes/MeshZoo.h"
@@ -12,8 +12,8 @@
 namespace trovik::test {
 namespace {
 
-/// One flat patch of 4 x 4 faces around (0.5, 0.5) with vertices a quarter apart. The brush pushes
-/// along +z with strength 1, so that the height of a vertex is its weight.
+/// One flat patch of 4 x 4 faces around (0.5, 0.5) with vertices 0.25 apart. The brush pushes along
+/// +z with strength 1, so that the height of a vertex is its weight.
 class Weight : public ::testing::Test {
 protected:
     Weight() {
@@ -21,7 +21,7 @@ protected:
         bench.Start(Tool::Sculpt);
         bench.Aim({0.5f, 0.5f, 0.0f}, 0.5f);
     }
-    /// Makes the brush read these falloff samples.
+    /// Makes the brush use these falloff samples.
     void UseFalloff(const std::vector<float>& samples) {
         falloff = samples;
         brush.falloffTable = falloff.data();
@@ -138,7 +138,7 @@ TEST_F(Weight, OtherFamiliesDoNotWriteBuildUp) {
         EXPECT_TRUE(bench.RunTester(0));
         EXPECT_EQ(bench.Record(middle)->buildUp, 0.0f);
     }
-    // They do not read it, either.
+    // These tools do not read it either.
     bench.Restart(Tool::Flatten);
     brush.planeDistance = 1.0f;
     brush.dabStrength = 50.0f;
@@ -161,7 +161,7 @@ TEST_F(Weight, SurfaceBeyondTheFacingAnglesHasWeightZeroAndCountsAsReached) {
 }
 
 TEST_F(Weight, FacingAngleFadesBetweenStartAndEnd) {
-    const Vector eye(0.5f + 100.0f, 0.5f, 100.0f);  // 45 degrees at the middle
+    const Vector eye(0.5f + 100.0f, 0.5f, 100.0f);  // 45 degrees at the centre
     {
         const FacingAngle facing(brush, eye, 30.0f, 60.0f);
         bench.RunKernel(0);

@@ -12,7 +12,7 @@
 namespace trovik::test {
 namespace {
 
-/// One flat patch of 4 x 4 faces with vertices a quarter apart.
+/// One flat patch of 4 x 4 faces with vertices 0.25 apart.
 class WriteBack : public ::testing::Test {
 protected:
     void Start(Tool tool) {
@@ -57,7 +57,7 @@ TEST_F(WriteBack, LayerPathReadsThePositionBackFromTheMesh) {
     Start(Tool::Sculpt);
     bench.Aim({0.5f, 0.5f, 0.25f}, 0.1f);
     EXPECT_TRUE(bench.RunKernel(0));
-    // The offset gets the whole step; the layer, at half strength, shows half of it.
+    // The whole step is added to the offset; at half strength, the layer shows half of it.
     EXPECT_EQ(layer.Offset(middle), Vector(0.0f, 0.0f, 1.5f));
     EXPECT_EQ(bench.mesh.Position(middle), Vector(0.5f, 0.5f, 0.75f));
     EXPECT_EQ(bench.GridAt(2, 2), Vector(0.5f, 0.5f, 0.75f));
@@ -79,7 +79,7 @@ TEST_F(WriteBack, VertexOutOfReachHasItsLayerSlotButNoOffset) {
 
 TEST_F(WriteBack, BoxIncludesTheOldPositionOfAVertexThatMovedInside) {
     Start(Tool::Flatten);
-    bench.Aim({0.5f, 0.5f, 1.0f}, 1.01f);  // only the middle
+    bench.Aim({0.5f, 0.5f, 1.0f}, 1.01f);  // only the centre vertex
     bench.brush.planeDistance = 1.0f;
     bench.brush.dabStrength = 50.0f;
     bench.RunKernel(0);
@@ -161,7 +161,7 @@ TEST_F(WriteBack, RenderersAreNotifiedInWorkListOrderWithTheFaceOfTheList) {
     ASSERT_EQ(wanted.size(), 5u);
     EXPECT_EQ(renderer->notices, wanted);
     EXPECT_EQ(second.notices, wanted)
-        << "one renderer that requests vertices makes all notifications per vertex";
+        << "if one renderer requires it, all renderers are notified per vertex";
 }
 
 TEST_F(WriteBack, KernelsThatNotifyByFaceSendNoVertexNotifications) {
