@@ -69,7 +69,7 @@ TEST_F(FreezeBrushTest, MasksTheVerticesWithinItsRadius) {
 TEST_F(FreezeBrushTest, AmountIsFalloffTimesStrength) {
     SetFalloffSamples(brush, {1.0f, 0.75f, 0.5f, 0.25f});
     Stroke({At(5.0f, 5.0f, 4.0f, 50.0f)});
-    // Distance 1 of 4 is sample 1, and so on: 127 x 0.5 x sample, rounded to nearest.
+    // A distance of 1 out of 4 selects sample 1, and so on: 127 * 0.5 * sample, rounded to nearest.
     const auto row = grid.Row(5);
     EXPECT_EQ(Row(row.begin() + 1, row.begin() + 10), (Row{16, 16, 32, 48, 64, 48, 32, 16, 16}));
 }
@@ -94,7 +94,8 @@ TEST_F(FreezeBrushTest, InvertedBrushUnmasks) {
 TEST_F(FreezeBrushTest, SmoothingBlursTheStateBeforeTheDab) {
     grid.Set(5, 5, 120);
     Stroke({At(5.0f, 5.0f)}, BrushOperation::ModifierSmooth);
-    // Each is the mean of its neighbours before the dab: none uses the other's new amount.
+    // Each amount is the mean of the neighbours before the dab: no vertex uses another's new
+    // amount.
     EXPECT_EQ(grid.Level().Freeze(grid.At(5, 5)), 0);
     EXPECT_EQ(grid.Level().Freeze(grid.At(4, 5)), 30);
     EXPECT_EQ(grid.Level().Freeze(grid.At(5, 6)), 30);
@@ -114,7 +115,7 @@ TEST_F(FreezeBrushTest, StrokeIsOneUndoStep) {
     EXPECT_EQ(grid.Level().FrozenVertexCount(), 1u);
     history.Redo(grid.geometry);
     EXPECT_EQ(FreezeAmounts(grid.Level()), after);
-    // Masking fully masked vertices makes no step.
+    // Masking fully masked vertices does not create an undo step.
     Stroke({At(5.0f, 5.0f)});
     EXPECT_EQ(history.StepCount(), 1u);
 }
@@ -131,8 +132,8 @@ TEST_F(FreezeBrushTest, MovesNothingAndCostFollowsTheDab) {
     }
     EXPECT_EQ(loop.DirtyBox().minX, 3.0f);
     EXPECT_EQ(loop.DirtyBox().maxX, 7.0f);
-    // 4 faces around the hit's vertex, then rings of faces; a face without a corner in the ball is
-    // not expanded.
+    // 4 faces around the hit vertex, then rings of faces; the traversal does not continue from a
+    // face without a corner in the ball.
     const auto reached = VerticesUnderDab(grid.Level(), At(5.0f, 5.0f).hit.face, {5, 5, 0}, 2.0f);
     EXPECT_EQ(reached.size(), 13u);
     EXPECT_LE(grid.Level().LastFaceWalk().size(), 40u);
@@ -163,7 +164,7 @@ TEST_F(FreezeBrushTest, PathsPressureAndSpacingWorkAsInStrokes) {
     EXPECT_EQ(StrokeAlongSurface(loop, grid.geometry, tree, {from, to}, options), 5u);
     loop.End();
     const auto row = grid.Row(5);
-    // A dab on each vertex, each weaker by a quarter.
+    // One dab on each vertex, each dab weaker than the last by a quarter of full strength.
     EXPECT_EQ(Row(row.begin() + 1, row.begin() + 7), (Row{0, 127, 95, 64, 32, 0}));
 }
 
@@ -217,7 +218,7 @@ TEST_F(FreezeBrushTest, FacingReducesTheAmountWhereTheSurfaceTurnsAway) {
     camera.m[3][0] = 15.0f;
     HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(camera);
     Stroke({At(5.0f, 8.0f, 0.5f)});
-    // 10 and 3 to the side, and 10 up: an angle of 46.2 degrees.
+    // 10 and 3 units to the side and 10 units up: an angle of 46.2 degrees.
     const double angle = std::atan(std::sqrt(109.0) / 10.0) * 57.29578;
     EXPECT_EQ(grid.Level().Freeze(grid.At(5, 8)), std::lround(127.0 * (1.0 - angle / 90.0)));
     HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(Matrix());

@@ -32,7 +32,7 @@ TEST_F(FreezeCurvature, IsAlmostEqualOnEveryLevel) {
     const auto curvatures = ScaledCurvatures(geometry, 1.0f, 0);
     std::size_t near = 0;
     for (const float bend : curvatures) near += bend > -1.1f && bend < -0.9f ? 1u : 0u;
-    // Except for the eight vertices of valence 3.
+    // Except at the eight vertices of valence 3.
     EXPECT_GT(near, curvatures.size() * 98 / 100);
 }
 
@@ -51,7 +51,7 @@ TEST_F(FreezeCurvature, SignAndRangeSelectAndSoftnessFades) {
     range.sign = CurvatureSign::Both;
     EXPECT_TRUE(all(1.0f, 1.0f));
     range.to = 0.8f;
-    EXPECT_TRUE(all(0.0f, 0.0f)) << "its curvature is 1";
+    EXPECT_TRUE(all(0.0f, 0.0f)) << "the sphere's curvature is 1";
     range.softness = 0.4f;
     EXPECT_TRUE(all(0.3f, 0.7f));
     range.from = 1.2f;
@@ -61,7 +61,7 @@ TEST_F(FreezeCurvature, SignAndRangeSelectAndSoftnessFades) {
 
 TEST(FreezeCurvatureOfAValley, OnlyItsFloorIsACavity) {
     FreezeGrid grid(6);
-    // An inverted roof whose floor is the line x = 3.
+    // A V-shaped valley along the line x = 3.
     for (uint32_t v = 0; v < grid.Level().VertexCount(); ++v) {
         const Vector p = grid.Level().Position(v);
         grid.Level().SetPosition(v, {p.x, p.y, std::max(p.x - 3.0f, 3.0f - p.x) * 0.75f});
@@ -83,8 +83,8 @@ TEST(FreezeCurvatureOfAValley, OnlyItsFloorIsACavity) {
     const auto shares = WeightsByCurvature(grid.geometry, range);
     for (uint32_t v = 0; v < grid.Level().VertexCount(); ++v)
         EXPECT_EQ(shares[v], grid.Level().Position(v).x == 3.0f ? 1.0f : 0.0f) << v;
-    // Over rings the curvature spreads: half its own value plus half the mean of its neighbours,
-    // two of which have the same value.
+    // Averaging over a ring spreads the curvature: half the vertex's own value plus half the mean
+    // of its neighbours, two of which have the same value.
     const auto spread = ScaledCurvatures(grid.geometry, 1.0f, 1);
     for (uint32_t v = 0; v < grid.Level().VertexCount(); ++v) {
         const Vector p = grid.Level().Position(v);

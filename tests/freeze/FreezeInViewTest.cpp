@@ -7,7 +7,7 @@
 namespace trovik::test {
 namespace {
 
-/// A unit sphere seen from a distance of five units, and a viewport in which one unit of the plane
+/// A unit sphere seen from a distance of five units, in a viewport where one unit in the plane
 /// through the sphere's centre measures 100 pixels.
 class FreezeInView : public testing::Test {
 protected:
@@ -50,7 +50,7 @@ TEST_F(FreezeInView, ReachSelectsTheSideOfTheSurface) {
     const auto visible = Shares(ViewReach::Visible, all);
     for (uint32_t v = 0; v < geometry.Bound()->VertexCount(); ++v) {
         EXPECT_EQ(through[v], 1.0f);
-        // A unit sphere at a distance of five units is visible up to z = 1 / 5.
+        // A unit sphere at a distance of five units is visible down to z = 1 / 5.
         const float z = geometry.Bound()->Position(v).z;
         if (z > 0.25f) {
             EXPECT_EQ(facing[v], 1.0f);
@@ -102,16 +102,16 @@ TEST_F(FreezeInView, BoxIncludesItsUpperAndLeftSides) {
 }
 
 TEST(ViewLasso, ContainsItsInsideWithoutTheHole) {
-    // A square with a square hole, drawn in one line.
+    // A square with a square hole, drawn as one line.
     const ViewLasso lasso(
         {{0, 0}, {9, 0}, {9, 9}, {0, 9}, {0, 0}, {3, 3}, {6, 3}, {6, 6}, {3, 6}, {3, 3}});
     EXPECT_TRUE(lasso.Holds({1, 2}));
     EXPECT_TRUE(lasso.Holds({8, 5}));
     EXPECT_FALSE(lasso.Holds({4, 5}));
     EXPECT_FALSE(lasso.Holds({-1, 5}));
-    EXPECT_FALSE(lasso.Holds({10, 3})) << "at the height of corners";
+    EXPECT_FALSE(lasso.Holds({10, 3})) << "at the same height as corners";
     const ViewLasso triangle({{0, 0}, {4, 4}, {0, 8}});
-    EXPECT_TRUE(triangle.Holds({2, 4})) << "at the height of a corner";
+    EXPECT_TRUE(triangle.Holds({2, 4})) << "at the same height as a corner";
     EXPECT_FALSE(triangle.Holds({-2, 4}));
     EXPECT_FALSE(triangle.Holds({5, 4}));
 }

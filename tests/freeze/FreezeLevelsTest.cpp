@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Mask weights that are carried between levels when another level is bound.
+/// \file Mask weights are propagated between levels when another level is bound.
 #include "tests/freeze/FreezeGrid.h"
 #include "tests/levels/GeometryState.h"
 
@@ -40,7 +40,8 @@ TEST(FreezeLevels, UpwardsNewPointsGetRoundedMeans) {
     for (uint32_t v = 0; v < 4; ++v) geometry.Bound()->SetFreeze(v, static_cast<uint8_t>(given[v]));
     EXPECT_EQ(geometry.Level(1)->FrozenVertexCount(), 0u) << "only when a level is bound";
     geometry.BindLevel(1);
-    // The face is 0, 1, 3, 2: corners, edge points in order, face point: 158 / 4 = 39.5.
+    // The face has the vertices 0, 1, 3, 2. Corners, edge points in order, face point: 158 / 4 =
+    // 39.5.
     EXPECT_EQ(FreezeAmounts(*geometry.Level(1)),
               (std::vector<uint8_t>{0, 10, 21, 127, 5, 69, 74, 11, 40}));
 }
@@ -132,7 +133,7 @@ TEST(FreezeLevels, ChangeOnAMiddleLevelIsCarriedUpAndDown) {
     geometry.BindLevel(3);
     EXPECT_EQ(geometry.Level(3)->Freeze(3), 90);
     EXPECT_EQ(geometry.Level(3)->Freeze(20), 60);
-    EXPECT_EQ(geometry.Level(0)->Freeze(3), 0) << "not carried until the level is bound";
+    EXPECT_EQ(geometry.Level(0)->Freeze(3), 0) << "not propagated until the level is bound";
     Paint(geometry, [&](uint32_t v) { return v == 3 ? 70 : geometry.Bound()->Freeze(v); });
     geometry.BindLevel(0);
     EXPECT_EQ(geometry.Level(0)->Freeze(3), 70);

@@ -49,7 +49,8 @@ TEST(FreezeParts, GroupIsTheVerticesOfItsFacesOnEveryLevel) {
         const auto rest = WeightsOfGroup(geometry, index, none);
         std::size_t found = 0;
         for (uint32_t v = 0; v < level.VertexCount(); ++v) {
-            // Corners of the open grid do not move under refinement; its inner lines keep their x.
+            // The corners of the open grid do not move under refinement, and its inner grid lines
+            // keep their x.
             const float x = level.Position(v).x;
             EXPECT_EQ(middle[v], x >= 0.999f && x <= 3.001f ? 1.0f : 0.0f) << x;
             EXPECT_EQ(rest[v], x >= 2.999f ? 1.0f : 0.0f) << x;
@@ -73,7 +74,7 @@ TEST(FreezeParts, BallFadesTowardsItsRimInWorldSpace) {
     grid.geometry.Place().Set({2.0f, 2.0f, 2.0f}, Vector(), Vector());
     const auto shares = WeightsInSphere(grid.geometry, {0.0f, 0.0f, 0.0f}, 4.0f, 0.5f);
     EXPECT_EQ(shares[grid.At(0, 0)], 1.0f);
-    EXPECT_EQ(shares[grid.At(1, 0)], 1.0f) << "half way to the rim";
+    EXPECT_EQ(shares[grid.At(1, 0)], 1.0f) << "halfway to the rim";
     EXPECT_EQ(shares[grid.At(2, 0)], 0.0f) << "on the rim";
     EXPECT_EQ(shares[grid.At(3, 0)], 0.0f);
     const auto hard = WeightsInSphere(grid.geometry, {0.0f, 0.0f, 0.0f}, 4.0f, 0.0f);

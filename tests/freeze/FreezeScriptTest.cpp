@@ -17,8 +17,8 @@ namespace {
 
 using testing::HasSubstr;
 
-/// A square from (-1, -1) to (1, 1) with two groups of faces, seen from (0, 0, 5) in a viewport of
-/// 400 pixels; 100 pixels are a unit.
+/// A square from (-1, -1) to (1, 1) with two face groups, seen from (0, 0, 5) in a viewport of 400
+/// pixels; 100 pixels are one unit.
 class FreezeScript : public testing::Test {
 protected:
     FreezeScript() {
@@ -27,7 +27,7 @@ protected:
                     "g left\nf 1 2 5 4\ng right\nf 2 3 6 5\n");
     }
 
-    /// Runs the steps on 8 x 16 quads. \return the saved document.
+    /// Runs the steps on 8 x 16 quads. \return the document, saved and reopened.
     std::unique_ptr<Document> Run(const std::string& steps) {
         const std::string script = folder.Fill(
             "script.json",
@@ -105,7 +105,8 @@ TEST_F(FreezeScript, BoxLassoAndImageAreProjectedByTheCamera) {
     image.channels = 2;
     image.pixels = {0.25f, 1.0f, 1.0f, 0.5f};
     WriteFloatImageFile(folder.Path("mask.tif"), image);
-    // A pixel is as wide as the mesh, measured between pixel centres: linear between -1 and 1.
+    // The distance between the pixel centres is the width of the mesh, so the mask is linear
+    // between -1 and 1.
     ExpectAmounts(R"({"freeze": {"image": {"file": "mask.tif", "over": [0, 0, 400, 400]}}})",
                   [](float x, float) {
                       const float share = std::clamp((x + 1.0f) * 0.5f, 0.0f, 1.0f);
@@ -172,8 +173,8 @@ TEST_F(FreezeScript, FiltersChangeTheExistingMask) {
         return x >= -1e-6f ? 127 : x >= -0.1251f ? 64 : 0;
     });
     ExpectAmounts(right + R"({"freeze": {"blur": 1}})", [](float x, float) {
-        // Each inner neighbour contributes an eighth. The two neighbours along y have the same
-        // amount as the vertex, so the edge of the group gets 1/2 + 1/4 + 1/8 = 7/8.
+        // Each inner neighbour contributes 1/8. The two neighbours along y have the same amount as
+        // the vertex, so the border of the group gets 1/2 + 1/4 + 1/8 = 7/8.
         if (x >= 0.1249f) return 127;
         if (x >= -1e-6f) return 111;
         return x >= -0.1251f ? 16 : 0;
@@ -244,7 +245,7 @@ TEST_F(FreezeScript, MasksAreCarriedBetweenLevelsAndPendingOnesAreSaved) {
     document->BindLevel(0);
     EXPECT_EQ(FreezeAmounts(*document->Geometry().Bound()),
               std::vector<uint8_t>(carried.begin(), carried.begin() + 6));
-    // One undo step also reverts the carried amounts.
+    // One undo step also reverts the propagated amounts.
     const auto undone = Run(paint + R"({"level": 3}, {"undo": 1})");
     EXPECT_EQ(undone->Geometry().Level(3)->FrozenVertexCount(), 0u);
     EXPECT_EQ(undone->Geometry().Level(2)->FrozenVertexCount(), 0u);
