@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Patches out of reach are culled with less work than a visit. Two bit-identical benches
-/// make the same random strokes, one of them with a full visit of every patch. After each dab, all
-/// data that a dab may write is the same in both.
+/// \file Culling patches out of reach must have the same effects as visiting them. Two identical
+/// fixtures make the same random strokes, one of them with a full visit to every patch. After each
+/// dab, all data that a dab may write is bit-identical in both.
 #include "framework/multires/LevelChange.h"
 #include "tests/brush/ToolRows.h"
 #include "tests/brush/ToolStrength.h"
@@ -24,7 +24,7 @@ bool SameBytes(const T* a, const T* b, std::size_t count) {
     return std::memcmp(a, b, count * sizeof(T)) == 0;
 }
 
-/// Two benches, and operations on both.
+/// Two fixtures, and operations on both.
 class Twins {
 public:
     Twins(const PolygonMesh& polygons, unsigned levels)
@@ -38,7 +38,7 @@ public:
         action(visiting);
     }
 
-    /// \param away  offset of the dab from the face where its walk starts.
+    /// \param away  offset of the dab from the face where its traversal starts.
     void Dab(
         uint32_t face, float radius, float strength, bool mirror = false, const Vector& away = {}) {
         Both([&](StrokeFixture& bench) {
@@ -83,7 +83,7 @@ float ExtentOf(const LevelMesh& mesh) {
            0.5f;
 }
 
-/// The length of the diagonal of the face with the middle index.
+/// The diagonal of the face with the middle index.
 float DiagonalOf(const LevelMesh& mesh) {
     const uint32_t* corners = mesh.faceVertexIndices.array + (mesh.faceCount / 2) * 4;
     return (mesh.Position(corners[2]) - mesh.Position(corners[0])).Length();
@@ -117,7 +117,7 @@ void ChooseSettings(Twins& twins, RandomNumbers& random, Tool tool) {
     });
 }
 
-/// Makes one stroke along neighbouring faces, with other operations during it.
+/// Makes one stroke along adjacent faces, with other operations in between.
 void MakeRandomStroke(Twins& twins, RandomNumbers& random, float extent) {
     const Tool tool = allTools[random.Below(allTools.size())];
     ChooseSettings(twins, random, tool);
@@ -173,7 +173,7 @@ void MakeRandomStroke(Twins& twins, RandomNumbers& random, float extent) {
 
 /// Surfaces of several thousand faces. Their bases have irregular vertices, borders and faces with
 /// rotated corners. Some surfaces have dents that fold patches over, some have a layer or masked
-/// vertices, some are stretched.
+/// vertices, and some are stretched.
 class RandomTwins {
 public:
     RandomTwins(const ZooMesh& zoo, RandomNumbers& random)
@@ -218,14 +218,14 @@ TEST(CulledPatches, GiveTheSameBitsAsPatchesVisitedInFull) {
             ASSERT_EQ(drawn.twins.visiting.brush->patchCache.CulledPatches(), 0u);
         }
     }
-    // Otherwise the comparison above is void.
+    // Otherwise, the comparison above proves nothing.
     EXPECT_GT(passed, 1000u);
 }
 
 /// Six patches around an irregular vertex, the tip, which is nearer to the brush than all other
-/// vertices. A dab that starts in one of the six moves the tip and visits the two patches next to
-/// that one. None of the other three is visited, and the normals next to the tip along their sides
-/// are updated at their next visit.
+/// vertices. A dab that starts in one of the six patches moves the tip and visits the two adjacent
+/// patches. The other three are not visited; the normals next to the tip along their sides are
+/// updated on their next visit.
 TEST(CulledPatches, UpdateTheNormalsNextToACornerMovedByOtherPatches) {
     PolygonMesh hexagon;
     for (int i = 0; i < 6; ++i) {
@@ -240,8 +240,8 @@ TEST(CulledPatches, UpdateTheNormalsNextToACornerMovedByOtherPatches) {
     uint32_t pole = 0;
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v)
         if (mesh.Position(v).Length() < mesh.Position(pole).Length()) pole = v;
-    // Of the faces at the tip, those farthest to the right and to the left; then other faces of the
-    // same patches, without the tip as a corner.
+    // The faces at the tip that are farthest to the right and to the left; then other faces of the
+    // same patches that do not contain the tip.
     uint32_t right = mesh.LowestFaceOf(pole);
     uint32_t left = right;
     for (uint32_t face = 0; face < mesh.faceCount; ++face) {
@@ -281,7 +281,7 @@ TEST(CulledPatches, UpdateTheNormalsNextToACornerMovedByOtherPatches) {
     twins.Both([](StrokeFixture& bench) { bench.End(); });
 }
 
-/// After a switch to Smooth on a layer, a visit also makes records around the patch, unlike the
+/// After a switch to Smooth on a layer, a visit also creates records around the patch, unlike
 /// earlier visits.
 TEST(CulledPatches, HaveTheRecordsOfSmoothOnALayer) {
     Twins twins(FlatGrid(8), 5);
@@ -301,7 +301,7 @@ TEST(CulledPatches, HaveTheRecordsOfSmoothOnALayer) {
     twins.Dab(face, 1.0f, 50.0f);
     twins.ExpectAlike();
     EXPECT_GT(twins.visiting.Mesh().changeRecordCount, recordsBefore);
-    // From then on patches are culled again.
+    // From then on, patches are culled again.
     const uint64_t passed = twins.passing.brush->patchCache.CulledPatches();
     twins.Dab(face, 1.0f, 50.0f);
     twins.ExpectAlike();
@@ -310,7 +310,7 @@ TEST(CulledPatches, HaveTheRecordsOfSmoothOnALayer) {
     twins.ExpectAlike();
 }
 
-/// A host that edits the storage between dabs without counting its edits.
+/// The host edits the storage between dabs without counting its edits.
 TEST(CulledPatches, OfAHostThatDoesNotCountEditsAreVisitedInFull) {
     for (const bool declared : {false, true}) {
         Twins twins(FlatGrid(8), 5);
@@ -323,7 +323,7 @@ TEST(CulledPatches, OfAHostThatDoesNotCountEditsAreVisitedInFull) {
         const uint32_t face = twins.passing.HitVertex(4 * 9 + 4).face;
         const Vector middle = twins.passing.HitFace(face).position;
         for (int dab = 0; dab < 3; ++dab) twins.Dab(face, 1.0f, 0.001f);
-        // Waves out of the brush's reach, in patches that its dabs visit.
+        // Adds waves outside the brush's reach, in patches that its dabs visit.
         twins.Both([&](StrokeFixture& bench) {
             for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
                 Vertex& vertex = bench.Mesh().vertices.array[v];
@@ -339,7 +339,7 @@ TEST(CulledPatches, OfAHostThatDoesNotCountEditsAreVisitedInFull) {
                     mesh.vertexNormals.array + v, twins.visiting.Mesh().vertexNormals.array + v, 1))
                 ++stale;
         if (declared) {
-            // The host violated its declaration, which is what the count is needed for.
+            // The host violated its declaration: the result shows that the count is necessary.
             EXPECT_GT(stale, 0u);
         } else {
             EXPECT_EQ(passed, 0u);
@@ -351,7 +351,7 @@ TEST(CulledPatches, OfAHostThatDoesNotCountEditsAreVisitedInFull) {
     }
 }
 
-/// A bench over a flat grid, and a repeated dab in its middle.
+/// A fixture with a flat grid, and a repeated dab at its centre.
 class CulledPatchesOfAGrid : public testing::Test {
 protected:
     CulledPatchesOfAGrid() : bench(FlatGrid(8), 5) { bench.Activate(Tool::Sculpt, 2); }
@@ -420,7 +420,7 @@ TEST_F(CulledPatchesOfAGrid, AreInvalidatedWhenTheHostMovesAVertex) {
     EXPECT_EQ(PassedBy(), 0u);
     EXPECT_GT(PassedBy(), 0u);
     bench.End();
-    // Outside a stroke nothing is counted.
+    // Outside a stroke, edits are not counted.
     bench.Mesh().SetPosition(0, bench.Mesh().Position(0));
 }
 

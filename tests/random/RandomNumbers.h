@@ -16,9 +16,9 @@ class RandomNumbers {
 public:
     explicit RandomNumbers(uint32_t seed) : words(seed) {}
 
-    /// 0 to count - 1.
+    /// A number from 0 to count - 1.
     uint32_t Below(uint32_t count) { return Word() % count; }
-    /// From `low` up to but not including `high`.
+    /// A number from `low` up to, but not including, `high`.
     float Between(float low, float high) {
         return low + (high - low) * (static_cast<float>(Word() >> 8) / 16777216.0f);
     }
@@ -38,7 +38,8 @@ private:
     std::mt19937 words;
 };
 
-/// The value of the environment variable, above 0; `otherwise` if it is not set.
+/// The value of the environment variable, which must be above 0; `otherwise` if the variable is not
+/// set.
 inline uint32_t CountFromEnvironment(const char* variable, uint32_t otherwise) {
     const char* wanted = std::getenv(variable);
     const long count = wanted == nullptr ? 0 : std::strtol(wanted, nullptr, 10);

@@ -22,7 +22,7 @@ const std::vector<ZooMesh>& Meshes() {
     static const std::vector<ZooMesh> meshes = [] {
         std::vector<ZooMesh> all = AllMeshes();
         all.push_back({"sphere", SphereQuads(1)});
-        // Often enough that the vertex path runs as often as the patch path.
+        // Listed several times, so that the vertex path runs as often as the patch path.
         for (int i = 0; i < 4; ++i)
             for (ZooMesh& mesh : TriangleMeshes()) all.push_back(std::move(mesh));
         return all;
@@ -111,7 +111,7 @@ RandomStrokeFixture::RandomStrokeFixture(RandomNumbers& numbers) : random(number
         mesh.ComputeNormals();
     }
     if (random.Chance(0.15f)) {
-        // Faces without area: some vertices have the same position.
+        // Degenerate faces: some vertices have the same position.
         for (uint32_t i = 0; i < 4; ++i) {
             const Vector place = mesh.Position(random.Below(mesh.VertexCount()));
             mesh.SetPosition(random.Below(mesh.VertexCount()), place);
@@ -135,8 +135,8 @@ RandomStrokeFixture::RandomStrokeFixture(RandomNumbers& numbers) : random(number
     story = text.str();
 }
 
-// Tools whose steps grow with the measured distance move the vertices of a mesh ever further apart
-// if they are inverted or multiplied. This is the expected behaviour and does not indicate a fault.
+// Tools whose displacement grows with the measured distance move vertices farther and farther apart
+// if they are inverted or amplified. This is expected and does not indicate a fault.
 bool RandomStrokeFixture::MovesByDistance() const {
     return bench->brush->isSmooth || bench->brush->isPinch || bench->brush->isPlaneTool;
 }
@@ -175,7 +175,7 @@ Matrix RandomStrokeFixture::ChooseStampMatrix() {
         case 0:
             return m;
         case 1:
-            // The whole mesh is mapped to one pixel: there is no inverse.
+            // The whole mesh is mapped to one pixel, so the matrix has no inverse.
             for (int k = 0; k < 3; ++k) m.m[k][k] = 0.0f;
             return m;
         default:
@@ -252,7 +252,7 @@ SurfacePoint RandomStrokeFixture::ChooseHit() {
         case 0:
             return bench->HitVertex(random.Below(mesh.VertexCount()));
         case 1: {
-            // A hit from which the surface has moved away.
+            // A hit that is no longer on the surface.
             SurfacePoint hit = bench->HitFace(random.Below(mesh.faceCount));
             hit.position += random.In(-0.1f, 0.1f) * extent;
             return hit;

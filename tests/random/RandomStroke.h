@@ -9,7 +9,7 @@
 
 namespace trovik::test {
 
-/// A bench with a random mesh, transform, mask, layer and bound level.
+/// A fixture with a random mesh, transform, mask, layer and bound level.
 class RandomStrokeFixture {
 public:
     explicit RandomStrokeFixture(RandomNumbers& numbers);

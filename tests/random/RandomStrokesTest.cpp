@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file Strokes with random mesh, level, transform, mask, layer, tool, settings, stamp, mirror and
-/// dabs. In every case numbers stay finite, and undo and redo restore every bit. The default run is
-/// short; TROVIK_RANDOM_STROKES sets the number of strokes.
+/// dabs. In every case, all numbers stay finite, and undo and redo restore bit-identical states.
+/// The default run is short; TROVIK_RANDOM_STROKES sets the number of strokes.
 #include "tests/random/RandomStroke.h"
 
 #include <gtest/gtest.h>
@@ -59,7 +59,7 @@ TEST(RandomStrokes, StayFiniteAndAreUndoneAndRedoneBitExactly) {
     const uint32_t wanted = CountFromEnvironment("TROVIK_RANDOM_STROKES", 150);
     uint32_t changed = 0;
     for (uint32_t stroke = 0; stroke < wanted; stroke += strokesPerMesh) {
-        // Each mesh has its own seed, so that one case can be examined alone.
+        // Each mesh has its own seed, so that a single case can be examined.
         RandomNumbers random(20260 + stroke);
         switches.Draw(random);
         RandomStrokeFixture drawn(random);
@@ -83,7 +83,7 @@ TEST(RandomStrokes, StayFiniteAndAreUndoneAndRedoneBitExactly) {
         }
         ASSERT_TRUE(StateOf(bench) == end);
     }
-    // The test is void if the strokes do nothing.
+    // The test proves nothing if the strokes do nothing.
     EXPECT_GT(changed, wanted / 2);
 }
 
