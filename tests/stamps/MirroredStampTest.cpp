@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The mirrored side of a topological mirror reads the stamp at the position of the vertex's
-/// mirror image.
+/// \file With a topological mirror, the mirrored side reads the stamp at the position of the
+/// vertex's mirror image.
 #include "tests/stamps/StampFixture.h"
 #include "tests/stroke/FakeMesh.h"
 
@@ -11,7 +11,7 @@ namespace trovik::test {
 namespace {
 
 /// Three vertices of one triangle at (0, 0), (1, 1) and (2, 4); the mirror swaps the first and the
-/// last. Its walk visits all three.
+/// last. A traversal visits all three.
 class MirrorLevel : public FakeLevel {
 public:
     using FakeLevel::FakeLevel;
@@ -157,7 +157,7 @@ TEST_F(MirroredStamp, UntouchedMirrorImageGetsARecord) {
     EXPECT_EQ(level.changeRecords[0].visitStampWord, brush.dabStamp);
     EXPECT_EQ(level.changeRecords[1].vertexIndex, 2u);
     EXPECT_EQ(level.changeRecords[1].originalPosition[0], 2.0f);
-    // It was only read; it has not been processed itself yet.
+    // The mirror vertex was only read; it has not been processed yet.
     EXPECT_NE(level.changeRecords[1].visitStampWord, brush.dabStamp);
     EXPECT_TRUE(steps.Tester(&level, 2, 0));
     EXPECT_EQ(Heights(), (std::vector<float>{4.0f, 0.0f, 1.0f}));

@@ -10,8 +10,8 @@
 
 namespace trovik::test {
 
-/// An image of the test's own pixels that records how it is read. A plain read of a pixel with
-/// three channels returns the first.
+/// An image with pixels chosen by the test, which records how it is read. A single-channel read of
+/// a pixel with three channels returns the first channel.
 class TestImage : public Image {
 public:
     TestImage(uint32_t imageWidth, uint32_t imageHeight, std::vector<float> values)
@@ -42,8 +42,8 @@ public:
     std::vector<Read> reads;
 };
 
-/// Gives the brush a stamp of the pixels with the identity as its matrix: pixel centres are at
-/// integers of x and y.
+/// Gives the brush a stamp with these pixels and the identity as its matrix: pixel centres are at
+/// integer x and y.
 inline TestImage& SetTestStamp(SwiftStroke& brush,
                                const QString& name,
                                uint32_t width,

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The stamp at the start of a stroke: its switches, and the cache of its pixels.
+/// \file The stamp at the start of a stroke: its switches and the pixel cache.
 #include "tests/brush/ToolRows.h"
 #include "tests/stamps/StampFixture.h"
 
@@ -18,7 +18,7 @@ class StampPreparation : public ::testing::Test {
 protected:
     void Begin() { bench.Begin(); }
     void End() { bench.End(); }
-    /// Makes a stroke without dabs. \return the number of reads of the image so far.
+    /// Makes a stroke without dabs. \return how often the image has been read so far.
     std::size_t StrokeAndCountReads() {
         Begin();
         End();
@@ -26,7 +26,8 @@ protected:
     }
     TestImage& Give(const char* name, uint32_t w, uint32_t h, std::vector<float> pixels) {
         image = &SetTestStamp(brush, QString::fromLatin1(name), w, h, std::move(pixels));
-        // Otherwise a new image could have the address of a deleted one and be mistaken for it.
+        // Keeps the images alive. Otherwise, a new image could have the address of a deleted one
+        // and be mistaken for it.
         given.push_back(settings.stampImage);
         return *image;
     }
@@ -347,7 +348,7 @@ TEST_F(StampPreparation, ImageWithoutRowsIsReadWithoutAMessage) {
 TEST(StampOfATool, IsSetOnlyForSprayRepeatKnifeAndImprint) {
     for (std::size_t i = 0; i < allTools.size(); ++i) {
         SCOPED_TRACE(toolNames[i]);
-        // The bench disables the stamp; a new brush has the tool's default settings.
+        // The fixture disables the stamp; a new brush has the tool's default settings.
         StrokeFixture bench(FlatGrid(2));
         SwiftStroke brush;
         brush.SetActiveConfiguration(RowOf(allTools[i]));

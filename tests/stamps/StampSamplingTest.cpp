@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file From a vertex position to a pixel, and from the pixel to the displacement of the vertex. A
-/// pushing tool of strength 1 with a constant falloff raises a flat mesh by exactly the stamp's
-/// value. All tests run over patches of one face, over larger patches, and over a mesh of
-/// triangles.
+/// \file From a vertex position to a pixel, and from the pixel to the vertex's displacement. A
+/// pushing tool with strength 1 and a constant falloff raises a flat mesh by exactly the stamp's
+/// value. All tests run on patches of one face, on larger patches, and on a triangle mesh.
 #include "framework/mesh/LevelPositions.h"
 #include "tests/fixture/Triangles.h"
 #include "tests/stamps/StampFixture.h"
@@ -91,7 +90,7 @@ protected:
         return 0;
     }
     LevelMesh& Mesh() { return bench.Mesh(); }
-    /// Applies one dab over everything around (x, y). \return the height at (x, y).
+    /// Applies one dab around (x, y) that reaches everything. \return the height at (x, y).
     float HeightAt(float x, float y) {
         const uint32_t v = VertexAt(x, y);
         bench.Stroke(bench.HitVertex(v), 100.0f, 1.0f);
@@ -100,7 +99,8 @@ protected:
                     bench.geometry->History().Undo(*bench.geometry));
         return height;
     }
-    /// Applies a dab over everything and expects each vertex to move by the reference's value.
+    /// Applies a dab that reaches everything, and expects each vertex to move by the reference
+    /// value.
     void ExpectReference(const SurfacePoint& hit) {
         const std::vector<Vector> before = PositionsOf(Mesh());
         const Matrix& m = brush.Settings().stampMatrix;
@@ -188,7 +188,8 @@ TEST_P(Stamped, EndsHalfAPixelAfterTheLastCentre) {
     const std::vector<float>& p = reference.pixels;
     PlaceStamp(0.0f, 3.4f, 0.0f, 0.0f);
     EXPECT_EQ(HeightAt(4, 4), p[3]);
-    // A tie: 3.5 rounds to 4, which is outside; 4.5 also rounds to 4, the last of five.
+    // A rounding tie: 3.5 rounds to 4, which is outside; 4.5 also rounds to 4, the last of five
+    // pixels.
     PlaceStamp(0.0f, 3.5f, 0.0f, 0.0f);
     EXPECT_EQ(HeightAt(4, 4), 0.0f);
     PlaceStamp(0.0f, 0.0f, 0.0f, 4.5f);
@@ -249,7 +250,7 @@ TEST_P(Stamped, ReadsAtTheFirstTouchPositionInEveryDab) {
     brush.Settings().stampMatrix.m[2][0] = 1.0f;
     const SurfacePoint hit = bench.HitVertex(VertexAt(4, 4));
     brush.buildUpRate.SetValue(1.0f, true);
-    // Without pressure there is no build-up to weaken the second dab.
+    // Without pressure, there is no build-up that would weaken the second dab.
     bench.Begin();
     bench.Dab(hit, 100.0f, 1.0f, 0.0f);
     bench.Dab(hit, 100.0f, 1.0f, 0.0f);
@@ -278,7 +279,8 @@ TEST_P(Stamped, BilinearReadInterpolatesTheRoundedPixelAndTheNext) {
     Give(12, 4, Numbers(48));
     Interpolate();
     const std::vector<float>& p = reference.pixels;
-    // At a centre the fraction is one half; a quarter of a pixel before it, one quarter.
+    // At a pixel centre, the fraction is one half; a quarter of a pixel before it, the fraction is
+    // one quarter.
     PlaceStamp(0.0f, 5.0f, 0.0f, -0.5f);
     EXPECT_EQ(HeightAt(4, 4), p[5] * 0.5f + p[6] * 0.5f);
     PlaceStamp(0.0f, 4.75f, 0.0f, -0.5f);
@@ -353,7 +355,7 @@ TEST_P(Stamped, PixelsOfAnyMagnitudeAndSignAreUsed) {
     EXPECT_EQ(HeightAt(4, 4), -999.0f);
 }
 
-/// A vector stamp of four by two pixels over the mesh, one unit per pixel.
+/// A vector stamp of four by two pixels on the mesh, at one unit per pixel.
 class VectorStamped : public Stamped {
 protected:
     VectorStamped() {
@@ -366,8 +368,9 @@ protected:
         }
         brush.Settings().stampFactor = 100.0f;
     }
-    /// The sides are four and two units. The first channel moves along u by a hundredth of the one
-    /// side, the third along v by a hundredth of the other, the second up by their geometric mean.
+    /// The sides are four and two units long. The first channel moves the vertex along u by 1/100
+    /// of the first side, the third along v by 1/100 of the second side, and the second upwards by
+    /// 1/100 of their geometric mean.
     void ExpectChannels(double u, double v) {
         PlaceStamp(1.0f, static_cast<float>(u) - 4.0f, 1.0f, static_cast<float>(v) - 4.0f);
         const uint32_t vertex = VertexAt(4, 4);
