@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Changes by the host between calls, as a reader of a trace follows them.
+/// \file Changes by the host between calls, as reconstructed by a trace reader.
 #include "framework/document/DocumentStroke.h"
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
@@ -19,7 +19,7 @@
 namespace trovik::test {
 namespace {
 
-/// The files of a mesh's state by name, as bytes.
+/// The files of a mesh state, by name, as bytes.
 using State = std::map<std::string, std::string>;
 
 State ReadState(const std::string& folder) {
@@ -34,7 +34,7 @@ State ReadState(const std::string& folder) {
 
 template <typename T>
 struct ArrayIn {
-    /// \param file  of a state; the values are those after the header.
+    /// \param file  a file of a state; the values are those after the header.
     explicit ArrayIn(std::string& file) : bytes(file) {
         header = 10u + static_cast<uint8_t>(file.at(8)) + 256u * static_cast<uint8_t>(file.at(9));
         values.resize((file.size() - header) / sizeof(T));
@@ -55,11 +55,11 @@ Point Cross(const Point& a, const Point& b) {
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
-/// A reader of a trace without a mesh: only files, and the rules of docs/trace.md.
+/// A trace reader without a mesh: it uses only the files and the rules in docs/trace.md.
 class Reader {
 public:
     void Replace(State newState) { state = std::move(newState); }
-    /// Applies the state after a call of the brush; the mirror belongs to the host.
+    /// Applies the state after a call into the brush. The mirror belongs to the host.
     void AfterCall(State result) {
         const auto mirror = state.find(mirrorCornersFile);
         if (mirror != state.end()) result.insert(*mirror);
@@ -67,7 +67,7 @@ public:
     }
     const State& Present() const { return state; }
 
-    /// MeshChange::Finish: the words of the records are restored.
+    /// Like MeshChange::Finish: restores the link words from the records.
     void EndStroke() {
         const auto open = state.find("records.npy");
         if (open == state.end()) return;
@@ -170,7 +170,7 @@ private:
     std::string folder;
 };
 
-/// The brush queries the mirror in one mode only; a reader may have an earlier one.
+/// The brush queries the mirror in only one mode; a reader may have an earlier version.
 void ExpectSame(State reader, State truth, const std::string& what) {
     if (truth.count(mirrorCornersFile) == 0) reader.erase(mirrorCornersFile);
     for (const auto& [name, content] : truth)
@@ -180,7 +180,7 @@ void ExpectSame(State reader, State truth, const std::string& what) {
 
 class HostChange : public TraceFixture {
 protected:
-    /// Runs steps one by one, skipping those that the mesh does not allow, and then follows the
+    /// Runs steps one by one, skipping those that the mesh does not allow, and then replays the
     /// trace.
     void Follow(const std::vector<nlohmann::json>& steps,
                 const nlohmann::json& setUp,
@@ -373,7 +373,8 @@ TEST_F(HostChange, FreezeBrushStrokesAreHostChanges) {
            {{"levels", 3}});
     EXPECT_EQ(Reasons(), std::vector<std::string>{"stroke"});
     EXPECT_EQ(LinesOf(trace, "BeginStroke").size(), 2u);
-    // The trace ends with one, too, so that the state after the trace follows from its lines.
+    // The trace also ends with such a line, so that the state after the trace follows from its
+    // lines.
     Follow({stroke, R"({"tool": "Freeze"})"_json, stroke}, {{"levels", 3}});
     EXPECT_EQ(Calls().back(), "HostChange");
 }
@@ -556,7 +557,7 @@ nlohmann::json RandomStep(RandomNumbers& random) {
 TEST_F(HostChange, RandomScriptsAreFollowed) {
     std::set<std::string> reasons;
     std::size_t settled = 0;
-    // Run more scripts after a change of the traced data, by setting the variable.
+    // After changing the traced data, set the variable to run more scripts.
     const uint32_t scripts = CountFromEnvironment("TROVIK_RANDOM_TRACES", 12);
     for (uint32_t seed = 1; seed <= scripts; ++seed) {
         SCOPED_TRACE("script " + std::to_string(seed));

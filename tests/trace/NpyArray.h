@@ -11,7 +11,7 @@
 
 namespace trovik::test {
 
-/// An .npy file as its bytes, the text of its header and its values.
+/// An .npy file: its bytes, its header text and its values.
 struct NpyArray {
     explicit NpyArray(const std::string& path) {
         std::ifstream file(path, std::ios::binary);

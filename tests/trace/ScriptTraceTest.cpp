@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Traces of small scripts with the brush itself.
+/// \file Traces of small scripts with the actual brush.
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
 #include "framework/math/SameBits.h"
@@ -279,7 +279,8 @@ TEST_F(ScriptTrace, StateBeforeIncludesTheSetUpOfTheFirstStroke) {
     EXPECT_EQ(Meta("before")["hasLayer"], true);
     EXPECT_TRUE(Has("before/m0/layer_rest.npy"));
     EXPECT_EQ(Line("BeginStroke")["in"]["freezeQuery"], 1);
-    EXPECT_EQ(Meta("after")["freezeQuery"], 1) << "after the last call, not after the last step";
+    EXPECT_EQ(Meta("after")["freezeQuery"], 1)
+        << "taken after the last call, not after the last step";
 }
 
 TEST_F(ScriptTrace, ScriptWithoutAStrokeHasTwoEqualStates) {

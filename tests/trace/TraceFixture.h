@@ -44,8 +44,7 @@ protected:
                     "v 1 1 1\nf 1 3 4 2\nf 5 6 8 7\nf 1 2 6 5\nf 3 7 8 4\nf 1 5 7 3\nf 2 4 8 6\n");
     }
 
-    /// Runs steps on the cube. \param setUp  further fields of the script, each followed by a
-    /// comma.
+    /// Runs steps on the cube. \param setUp  additional script fields, each followed by a comma.
     void Run(const std::string& steps, const std::string& setUp = "", unsigned every = 0) {
         const std::string script = folder.Fill(
             "s.json", "{\"mesh\": \"cube.obj\", " + setUp + "\"steps\": [" + steps + "]}");

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The recorder in front of a brush that a test controls, on two meshes, for cases that no
-/// script produces.
+/// \file The recorder with a brush that the tests control, on two meshes, for cases that no script
+/// produces.
 #include "framework/brushes/BrushSettings.h"
 #include "framework/errors/HostError.h"
 #include "framework/mesh/NotificationRecorder.h"
@@ -17,7 +17,7 @@
 namespace trovik::test {
 namespace {
 
-/// The fields that the line of a dab has even if nothing has changed.
+/// The fields that a dab's line contains even if nothing has changed.
 const std::vector<std::string> alwaysTold = {"box",
                                              "camera",
                                              "direction",
@@ -68,7 +68,7 @@ public:
     Image* image = nullptr;
 };
 
-/// Two by three pixels; channel c of pixel (x, y) is 100 y + 10 x + c.
+/// 2 x 3 pixels; channel c of pixel (x, y) is 100 y + 10 x + c.
 class SmallImage : public Image {
 public:
     uint32_t Width() const override { return 2; }
@@ -201,7 +201,7 @@ TEST_F(TraceRecorderTest, WalkEndedByAnErrorReportsItsResultsSoFar) {
     const nlohmann::json out = Dab(first)["out"];
     EXPECT_EQ(out["error"], "walk");
     EXPECT_EQ(out["facesTested"], R"([[0, 1], [1, 1]])"_json);
-    // The next walk on the level is not affected.
+    // The next traversal on the level is not affected.
     brush.work = [](const SurfacePoint& hit, AxisAlignedBoundingBox&) {
         Faces faces(9);
         hit.mesh->EnumerateFaces(0, &faces, 0);
@@ -347,7 +347,7 @@ TEST_F(TraceRecorderTest, StampHasItsPixelsAndMatrix) {
     Begin(first.Bound());
     EXPECT_EQ(image.reads, 2) << "or in another stroke";
 
-    // A vector stamp by its name; then another image object with the same pixels.
+    // A vector stamp, because of its name; then another image object with the same pixels.
     brush.SetStamp(true, QStringLiteral("horn_VDM.exr"));
     brush.Settings().stampFactor = 2.0f;
     stamp = Dab(first)["in"]["stamp"];
