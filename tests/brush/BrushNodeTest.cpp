@@ -111,7 +111,8 @@ TEST(BrushNode, VectorBlockIsAlignedAndStartsWithUnitScale) {
         const auto raw = reinterpret_cast<uintptr_t>(brush.brushSpaceAllocation);
         const auto used = reinterpret_cast<uintptr_t>(brush.brushSpace);
         EXPECT_EQ(used % 16, 0u);
-        // An aligned allocation is used directly, otherwise the next boundary in it.
+        // An aligned allocation is used directly; otherwise, the block starts at its next aligned
+        // address.
         EXPECT_EQ(used, raw % 16 == 0 ? raw : raw + 16 - raw % 16);
         EXPECT_LE(used + sizeof(BrushSpace), raw + 255);
         EXPECT_EQ(static_cast<Vector>(brush.brushSpace->inverseScale), Vector(1.0f, 1.0f, 1.0f));

@@ -29,7 +29,7 @@ TEST_F(CommandWord, SwitchesRenderingOffWhateverCodeWritesIt) {
     EXPECT_EQ(brush.falloffName.Value(), word);
     EXPECT_FALSE(renderSwiftStroke);
     EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
-    // The brush never switches it on again.
+    // The brush never switches rendering on again.
     HostKernel::Instance().kernelCommandAttribute.SetValue(QString(), false);
     EXPECT_FALSE(renderSwiftStroke);
 }
@@ -46,7 +46,7 @@ TEST_F(CommandWord, AnotherWordChangesNothing) {
 TEST_F(CommandWord, OnlyAChangeOfThatAttributeCounts) {
     SwiftStroke brush;
     AttributeInstance<QString>& held = brush.falloffName;
-    // Set silently, so that the word is present but has not been processed.
+    // Set silently, so that the command word is present but has not been processed.
     held.SetValue(word, true);
     EXPECT_TRUE(renderSwiftStroke);
     brush.OnNodeEvent(held, NodeEventTargetConnected);

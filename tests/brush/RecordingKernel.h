@@ -7,7 +7,7 @@
 
 namespace trovik::test {
 
-/// Replaces the host's kernel during its lifetime and records the calls of a brush.
+/// Replaces the host's kernel during its lifetime and records a brush's calls.
 class RecordingKernel : public Kernel, private Interface {
 public:
     RecordingKernel() : before(&HostKernel::Instance()) { g_pKernel = this; }
@@ -23,7 +23,7 @@ public:
     };
     struct LayerPanelSwitch {
         LayerUIType type;
-        /// The crash flags at the call.
+        /// The crash flags during the call.
         uint32_t flags;
     };
     std::vector<Message> messages;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file A brush needs a kernel from its construction on, even in a test that runs alone.
+/// \file Creates the kernel, which a brush needs from its construction on, even if a single test
+/// runs.
 #include "framework/nodes/HostKernel.h"
 
 namespace trovik::test {

@@ -9,7 +9,7 @@
 
 namespace trovik::test {
 
-/// A scene in memory that has the same version number for all classes.
+/// An in-memory scene that has the same version number for all classes.
 class TestStream : public Stream {
 public:
     explicit TestStream(int version) : classVersion(version) {}
@@ -30,7 +30,7 @@ public:
     void ReadStore(Store<uint32_t>&) override {}
     void WriteStore(const Store<uint32_t>&) override {}
 
-    /// Switches the stream to reading what was written.
+    /// Switches the stream to reading the data that was written.
     void Rewind() {
         storing = false;
         position = 0;

@@ -19,7 +19,7 @@ struct Expected {
     float strength;
     CheckableFloat smoothing;
     float rate;
-    /// The cube of the build-up rate that is set together with the rate; -1 if the cube stays
+    /// The cube of the build-up rate that is set together with the rate; -1 if the cube is
     /// unchanged.
     float cube;
     const char* stamp;

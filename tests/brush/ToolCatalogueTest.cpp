@@ -8,7 +8,7 @@
 namespace trovik::test {
 namespace {
 
-// Evaluated before any code of the host runs.
+// Evaluated before any host code runs.
 const bool smoothRowIsNullAtLoad = smoothConfiguration == nullptr;
 const uint32_t rowsAtLoad = BrushOperation::ConfigurationCount();
 
@@ -63,7 +63,7 @@ constexpr Row expectedRows[] = {
      "of the stamp at a specific location, size, and orientation."},
 };
 
-/// Translates every text of the brush to a mark and the text, and counts the comments.
+/// Prefixes every text of the brush with a mark, and counts the comments.
 class MarkingTranslator : public QTranslator {
 public:
     bool isEmpty() const override { return false; }

@@ -32,7 +32,7 @@ inline void NeedTools() {
     if (smoothConfiguration == nullptr) RegisterTools();
 }
 
-/// The catalogue's row of the tool.
+/// The tool's catalogue entry.
 inline BrushConfiguration* RowOf(Tool tool) {
     NeedTools();
     for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {

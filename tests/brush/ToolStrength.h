@@ -6,7 +6,7 @@
 namespace trovik::test {
 
 /// Returns whether the tool's strength is a percentage of a distance that the tool measures on the
-/// surface. The strength of all other tools is a length.
+/// surface. For all other tools, it is a length.
 inline bool HasStrengthInPercent(Tool tool) {
     switch (tool) {
         case Tool::Pinch:
