@@ -99,7 +99,7 @@ TEST_F(BrushOperationTest, UserDefinedFalloffIsNamedCustom) {
     EXPECT_EQ(brush.FalloffData().fill, 0u);
 }
 
-// A brush reads the borrowed array for the length of a stroke.
+// A brush reads the borrowed array for the duration of a stroke.
 TEST_F(BrushOperationTest, BorrowedArrayStaysValidWhenTheFalloffChanges) {
     using Samples = std::vector<float>;
     const auto content = [](const Store<float>& store) {
@@ -128,7 +128,7 @@ TEST_F(BrushOperationTest, BorrowedArrayStaysValidWhenTheFalloffChanges) {
             const float* const array = lent.array;
             const Samples before = content(lent);
             change();
-            // Read during the stroke, as a panel does, and changed again.
+            // Reads the falloff during the stroke, as a panel does, and changes it again.
             const Samples chosen = content(brush.FalloffData());
             EXPECT_NE(chosen, before);
             brush.SetFalloffIndex(3);

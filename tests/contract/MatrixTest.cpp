@@ -40,7 +40,7 @@ TEST(Matrix, ProductAppliesItsLeftFactorFirst) {
 TEST(Matrix, ProjectionDividesByTheFourthComponent) {
     const Matrix projection = Of({{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 2}, {0, 0, 0, 0}});
     EXPECT_EQ(projection.ProjectedTransform({4, 8, 2}, 1.0f), Vector(1, 2, 0.5f));
-    // Division by a zero fourth component is not guarded.
+    // Division by a zero fourth component is not checked.
     EXPECT_TRUE(std::isinf(projection.ProjectedTransform({4, 8, 0}, 1.0f).x));
 }
 

@@ -11,7 +11,8 @@
 namespace trovik {
 namespace {
 
-/// A brush with two tools, the second of which starts with a higher strength; it counts its events.
+/// A brush that has two tools, of which the second starts with a higher strength, and that counts
+/// its events.
 class TwoToolBrush : public BrushOperation {
 public:
     using BrushOperation::SetActiveConfiguration;

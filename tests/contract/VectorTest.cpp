@@ -6,8 +6,8 @@
 namespace trovik {
 namespace {
 
-// 2^24 + 1 is not a float. Added one by one to 2^24, each 1 is lost; added together first, they
-// count.
+// 2^24 + 1 is not a float. If each 1 is added to 2^24 separately, it is lost; if the ones are added
+// together first, they count.
 constexpr float big = 16777216.0f;
 
 TEST(Vector, DotSumsFromTheLeft) {
