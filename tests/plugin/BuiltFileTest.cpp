@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Checks the linked plug-in for rules that do not show in source files.
+// Checks the linked plug-in for rules that cannot be checked in source files.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -49,7 +49,7 @@ std::vector<std::string> LinesOf(const std::string& command) {
 
 std::string Quoted(const char* path) { return "'" + std::string(path) + "'"; }
 
-/// Returns whether the tool chain adds this name to the dynamic symbol table of any module.
+/// Returns whether the toolchain adds this name to the dynamic symbol table of every module.
 bool IsOfToolchain(const std::string& name) {
     static const std::array<const char*, 8> names = {
         "_init", "_fini", "__bss_start", "_edata", "_end", "__end__", "edata", "end"};
@@ -59,7 +59,7 @@ bool IsOfToolchain(const std::string& name) {
 /// For each symbol, `nm` prints an address, a type letter and a name.
 std::string SymbolName(const std::string& line) { return line.substr(line.find_last_of(' ') + 1); }
 
-/// The libraries that the module needs, by the names in its dynamic section.
+/// The names of the libraries that the module needs, from its dynamic section.
 std::vector<std::string> NeededLibraries(const char* path) {
     std::vector<std::string> needed;
     for (const std::string& line : LinesOf("LC_ALL=C " TROVIK_READELF " -dW " + Quoted(path))) {
@@ -88,7 +88,7 @@ TEST(BuiltFile, ModuleExportsNothingByName) {
     EXPECT_THAT(exported, IsEmpty());
 }
 
-// Validates the test above: the same check of a library with exports finds its symbols.
+// Validates the test above: the same check on a library with exports finds its symbols.
 TEST(BuiltFile, HostLibraryExportsItsErrorType) {
     std::vector<std::string> exported;
     for (const std::string& line :
@@ -98,15 +98,15 @@ TEST(BuiltFile, HostLibraryExportsItsErrorType) {
     EXPECT_THAT(exported, Contains("_ZTIN6trovik9HostErrorE"));
 }
 
-/// Whether a mangled name is of namespace trovik: a function or variable in it, or the virtual
+/// Whether a mangled name belongs to namespace trovik: a function or variable in it, or the virtual
 /// table or type information of one of its classes.
 bool IsOfTrovik(const std::string& name) {
     static const std::regex pattern("_Z(T[VITSCWH]|GV|T[hv][n0-9_]*_|)Z*N?[KVRO]*6trovik.*");
     return std::regex_match(name, pattern);
 }
 
-/// Lines of `nm` for what the host library exports with external linkage; templates and inline
-/// functions, which every module may have a copy of, are weak.
+/// The lines of `nm` for the strong symbols that the host library exports. Templates and inline
+/// functions, which every module may have its own copy of, are weak.
 std::vector<std::string> StrongExports() {
     std::vector<std::string> strong;
     for (const std::string& line :
@@ -128,7 +128,8 @@ TEST(BuiltFile, HostLibraryExportsNamesOfTrovikOnly) {
     EXPECT_THAT(others, IsEmpty());
 }
 
-// None of these is marked; one of them in the list shows that everything is exported again.
+// None of these declarations is marked for export. If the list contains one of them, everything is
+// exported again.
 TEST(BuiltFile, HostLibraryKeepsWhatIsNotMarked) {
     for (const std::string& line : StrongExports())
         for (const char* unmarked : {"12LevelRefiner", "11GltfBuffers", "8UsdNames"})
@@ -153,7 +154,7 @@ TEST(BuiltFile, DetailBrushNeedsHostLibrary) {
                 Contains(StartsWith("libTrovikFramework.so")));
 }
 
-// The opposite dependency would be circular: the host finds plug-ins at run time.
+// The opposite dependency would be circular; the host finds plug-ins at run time.
 TEST(BuiltFile, HostLibraryNeedsNoBrush) {
     for (const std::string& library : NeededLibraries(TROVIK_FRAMEWORK_FILE)) {
         EXPECT_FALSE(library.starts_with("libDetailBrush") || library.starts_with("SwiftStroke"))
