@@ -11,8 +11,8 @@
 
 namespace trovik::test {
 
-/// Direct computation over all triangles in double precision, by a different method than the
-/// tree's.
+/// Brute-force computation over all triangles in double precision, with a method that differs from
+/// the tree's.
 class BruteForce {
 public:
     using Point = std::array<double, 3>;
@@ -29,7 +29,8 @@ public:
         }
     }
 
-    /// The smallest t of the ray, found by solving o + t d = a + u e + v f; none without a hit.
+    /// The smallest t along the ray, found by solving o + t d = a + u e + v f; infinity if there is
+    /// no hit.
     double Pick(const Ray& ray) const {
         const Point o = {ray.origin.x, ray.origin.y, ray.origin.z};
         const Point d = {ray.direction.x, ray.direction.y, ray.direction.z};
@@ -48,8 +49,8 @@ public:
         return best;
     }
 
-    /// The distance to the surface: the minimum over the projections that fall inside triangles,
-    /// and the edges.
+    /// The distance to the surface: the minimum over the projections that are inside triangles, and
+    /// over the edges.
     double Nearest(const Vector& point) const {
         const Point p = {point.x, point.y, point.z};
         double best = none;

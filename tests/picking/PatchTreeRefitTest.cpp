@@ -10,8 +10,8 @@
 namespace trovik::test {
 namespace {
 
-/// Moves all vertices of a face of `patchLevel` with its descendants, and returns the patches that
-/// contain one.
+/// Moves all vertices of a patch (a face of `patchLevel` and its descendants), and returns the
+/// patches that contain any of them.
 std::vector<FaceVisit> MovePatch(LevelMesh& mesh,
                                  uint32_t patchLevel,
                                  uint32_t patch,
@@ -61,7 +61,8 @@ TEST(PatchTreeRefit, QueriesStayCorrectAfterEditsAtEachPatchLevel) {
                     MovePatch(mesh, patchLevel, patch, {step(random), step(random), step(random)}));
             }
             ExpectTrue(tree, mesh, 30 + patchLevel);
-            // Queries would also be correct with boxes that are too large.
+            // Queries would also be correct with boxes that are too large, so the bounds are
+            // checked.
             const AxisAlignedBoundingBox bounds = tree.Bounds();
             const AxisAlignedBoundingBox fresh = PatchTree(&mesh).Bounds();
             EXPECT_EQ(bounds.minX, fresh.minX);
@@ -101,7 +102,7 @@ TEST(PatchTreeRefit, CostDoesNotGrowWithTheMesh) {
         costs.push_back(tree.BoxesRefitted() - before);
     }
     EXPECT_LE(costs[0], 3u + 3u * 8u);
-    // 64 times the faces, and six more levels of bisection for each of the three.
+    // 64 times as many faces, and six more levels of bisection for each of the three.
     EXPECT_LE(costs[1], costs[0] + 3u * 6u);
 }
 

@@ -74,7 +74,7 @@ TEST(PatchTree, NoRayPassesThroughVerticesOrEdges) {
         geometry.Subdivide();
         LevelMesh& mesh = *geometry.Bound();
         const PatchTree tree(&mesh);
-        // From inside a closed surface around the origin every ray must hit.
+        // From inside a closed surface around the origin, every ray must hit.
         const uint32_t corners = mesh.CornersPerFace();
         std::mt19937 random(9);
         std::uniform_real_distribution<float> share(0.0f, 1.0f);
