@@ -39,7 +39,7 @@ SwiftStroke::SwiftStroke()
     inverseRadius = 1.0f;
     falloffLastFloat = 1.0f;
 
-    // The kernels load the block as whole aligned vectors.
+    // The block must be aligned, because the kernels load it as vectors.
     brushSpaceAllocation = std::malloc(brushSpaceBytes);
     if (brushSpaceAllocation == nullptr) throw std::bad_alloc();
     std::memset(brushSpaceAllocation, 0, brushSpaceBytes);

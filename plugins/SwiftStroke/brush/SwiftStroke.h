@@ -105,9 +105,10 @@ public:
     void ApplyToWholeMesh(Mesh* wholeMeshTarget, float strength, bool byFacing) override;
     /// Binds a mesh: locks it, reads its properties, opens its undo record and collects its
     /// renderers. If the lock is refused or the undo record cannot be stored, `mesh` is null
-    /// afterwards. Errors: "Invalid mesh specified" if the mesh is not a SubdivisionLevel; the mesh
-    /// then stays locked. Exceptions from the host propagate; the mesh is then unbound if its undo
-    /// record has not been opened yet.
+    /// afterwards.
+    /// Errors: "Invalid mesh specified" if the mesh is not a SubdivisionLevel; the mesh then stays
+    /// locked. Exceptions from the host propagate; the mesh is then unbound if its undo record has
+    /// not been opened yet.
     void SetMesh(Mesh* newMesh);
     /// Unlocks the bound mesh, if any, and reports that the mesh has changed.
     void FinishMesh();

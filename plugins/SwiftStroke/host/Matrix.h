@@ -21,10 +21,11 @@ struct TROVIK_API Matrix {
     void Invert(bool* ok);
 
     /// Returns (p, w) times this matrix, divided by the fourth component (without a check for 0).
-    /// Adds ((x row0 + y row1) + z row2) + w row3.
+    /// The sum is ((x row0 + y row1) + z row2) + w row3.
     Vector ProjectedTransform(const Vector& p, float w) const;
 
-    /// Returns (p, w) times this matrix without the division; adds in the same order.
+    /// Returns (p, w) times this matrix without the division; the order of the additions is the
+    /// same.
     Vector AffineTransform(const Vector& p, float w) const;
 
     /// Returns the product this * right, which applies this matrix first, then `right`.

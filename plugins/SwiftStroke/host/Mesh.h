@@ -89,7 +89,7 @@ public:
     /// Writes the offset in the given slot to `out` (mesh-local) and returns `out`.
     virtual Vector* get(Vector* out, uint32_t layerSlot) const = 0;
     /// Stores the offset. With `updateComposite`, the position of the vertex in the mesh becomes
-    /// rest + strength x offset, where rest is the position without this layer. `out`, if not null,
+    /// rest + strength * offset, where rest is the position without this layer. `out`, if not null,
     /// receives that position.
     virtual void set(Vector* out,
                      uint32_t layerSlot,

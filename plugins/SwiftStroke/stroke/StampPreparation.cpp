@@ -71,8 +71,8 @@ void SwiftStroke::RebuildStamp() {
                         stampPixels,
                         &descriptor);
 
-    // The offset is added to the values of an inverted stamp and subtracted from those of a normal
-    // one.
+    // The offset is added to the values of an inverted stamp and subtracted from those of a regular
+    // stamp.
     const float offset = MaskOffset(stampMask);
     for (uint32_t i = 0; i < count; ++i) {
         stampPixels[i] = stampInverted ? (1.0f - stampPixels[i]) + offset : stampPixels[i] - offset;

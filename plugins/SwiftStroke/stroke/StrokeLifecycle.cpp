@@ -25,8 +25,8 @@ uint32_t RefineIntervalFor(float distance) {
 void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType trigger) {
     const TVCrashReporterFlag flag(4, 0x20);
     if (modifier == ModifierSmooth && ActiveConfiguration() == nullptr) {
-        // There is no tool to return to, so the stroke does not start. Without a falloff, its dabs
-        // have no effect; see also ApplyToWholeMesh.
+        // There is no tool to return to, so the stroke does not start. Without a falloff, dabs have
+        // no effect; see also ApplyToWholeMesh.
         falloffTable = nullptr;
         strokeActive = false;
         return;

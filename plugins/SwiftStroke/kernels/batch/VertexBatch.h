@@ -20,7 +20,7 @@ struct VertexBatch {
     /// Position at first touch; the fourth component is the mark that the record had before this
     /// dab.
     alignas(32) float start[capacity][4];
-    /// The falloff weight, including build-up if the family uses it.
+    /// The falloff weight, damped by build-up if the family uses it.
     alignas(32) float weight[capacity];
     /// In: the build-up of the record. Out: the build-up plus the weight of this dab.
     alignas(32) float buildUp[capacity];
@@ -115,8 +115,7 @@ WideRowMover WideRowMoverFor();
 /// Looks up the records of `count` entries, creates the missing ones, and marks them all with
 /// `dabStamp`.
 /// \return the number of processed entries; less than `count` if memory for a record could not be
-/// allocated.
-/// Errors: those of MeshChange::Add_uncached, if not even the first entry could be processed.
+/// allocated. Errors: those of MeshChange::Add_uncached, if the first entry already fails.
 uint32_t TouchBatch(const PatchVertexEntry* entries,
                     uint32_t count,
                     Vertex* vertices,

@@ -23,7 +23,7 @@ TROVIK_AVX2_INLINE __m256 Duplicated(const HWVector& v) { return CombineHalves(v
 TROVIK_AVX2_INLINE __m128 FirstOf(__m256 pair) { return _mm256_castps256_ps128(pair); }
 TROVIK_AVX2_INLINE __m128 SecondOf(__m256 pair) { return _mm256_extractf128_ps(pair, 1); }
 
-/// Converts x, y, z in memory order to vectors with w 0, like ReversedXyz.
+/// Converts two sets of x, y, z in memory order to vectors with w 0, like ReversedXyz.
 TROVIK_AVX2_INLINE __m256 ReversedPair(__m256 plain) {
     const __m256 reversed = _mm256_permute_ps(plain, _MM_SHUFFLE(0, 1, 2, 3));
     const __m256i xyz = _mm256_setr_epi32(0, -1, -1, -1, 0, -1, -1, -1);

@@ -67,8 +67,9 @@ TROVIK_FORCE_INLINE HWVector TangentAcross(const HWVector& axis, const HWVector&
     return tangent;
 }
 
-/// Converts the channels of a vector stamp (tangent U, height, tangent V) to a displacement. Their
-/// unit is 1/100 of the stamp's side; for the height, 1/100 of the geometric mean of both sides.
+/// Converts the channels of a vector stamp (tangent U, height, tangent V) to a displacement. The
+/// tangent channels are in units of 1/100 of the stamp's sides, the height in units of 1/100 of the
+/// geometric mean of both sides.
 TROVIK_FORCE_INLINE HWVector FrameByStamp(const DabConstants& dab,
                                           const VertexState& v,
                                           const HWVector& dir,
