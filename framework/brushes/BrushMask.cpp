@@ -57,7 +57,7 @@ void BrushOperation::OnMaskChanged(int mask) {
         d->stampImage = known == d->cachedStampImages.end() ? nullptr : known->second.lock();
     }
     d->stampImagePath = d->stamp.path;
-    // Of an absolute path, only the file name is used, so that a folder name cannot turn the file
+    // For an absolute path, only the file name is used, so that a folder name cannot turn the file
     // into a vector stamp.
     const QString& path = d->stamp.path;
     d->stampName = path.startsWith(u'/') ? path.mid(path.lastIndexOf(u'/') + 1) : path;

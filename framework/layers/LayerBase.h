@@ -10,10 +10,10 @@
 namespace trovik {
 
 /// The layer base of one level: for each vertex that a layer touches, the position without layers.
-/// The surface is the base plus strength x offset of each layer, in the order of the stack. Layers
-/// that are hidden, have strength 0, or have no offset at the vertex contribute nothing. The
-/// surface depends only on the base and the layers, so hiding and showing layers in any order
-/// restores bit-identical positions.
+/// The surface is the base plus strength * offset of each layer, in stack order. Layers that are
+/// hidden, have strength 0, or have no offset at the vertex contribute nothing. The surface depends
+/// only on the base and the layers, so hiding and showing layers in any order restores
+/// bit-identical positions.
 ///
 /// Strokes, however, write differently rounded sums and their own normals. For each vertex, the
 /// last such position and normal are stored here together with the result computed from the layers,

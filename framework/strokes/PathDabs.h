@@ -27,8 +27,8 @@ namespace trovik {
 /// unmodified radius. Its pressure is the pen's pressure mapped by the strength curve, and its
 /// strength is options.strength at that pressure, scaled with the radius if the tool's strength is
 /// a length. Its heading is the direction in which the path continues; for a paused airbrush, it is
-/// the direction from which the path arrived, or zero at the press. Random values are derived from
-/// the loop's seed and the dab number.
+/// the path's direction on arrival, or zero at the press. Random values are derived from the loop's
+/// seed and the dab number.
 ///
 /// Delay: the dab at the press waits until the pen moves or, with an airbrush, for the next sample.
 /// Every other dab waits until the path extends one step (half a pixel, or a quarter of the

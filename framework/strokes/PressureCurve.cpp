@@ -22,9 +22,9 @@ std::optional<std::string> PressureCurve::Flaw(const std::vector<Point>& points,
                std::to_string(maxCurvePoints) + " points";
     for (index = 0; index < points.size(); ++index) {
         if (!IsFraction(points[index].pressure) || !IsFraction(points[index].value))
-            return "pressures and their values must be between 0 and 1";
+            return "pressures and values must be between 0 and 1";
         if (index > 0 && !(points[index].pressure > points[index - 1].pressure))
-            return "the pressures of a curve's points must ascend";
+            return "the pressures of curve points must be in ascending order";
     }
     return std::nullopt;
 }

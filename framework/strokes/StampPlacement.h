@@ -12,8 +12,8 @@ namespace trovik {
 /// viewer.
 ///
 /// The longer side of the image measures two radii; pixels are square. Pixel k is centred on
-/// coordinate k, which matches the brush's rounding, so the centre of an image of width W is at (W
-/// - 1) / 2 and its borders are at -0.5 and W - 0.5.
+/// coordinate k, which matches the brush's rounding. An image of width W therefore extends from
+/// -0.5 to W - 0.5, and its centre is at (W - 1) / 2.
 class TROVIK_API StampPlacement {
 public:
     /// A stamp that lies flat on the surface.

@@ -25,7 +25,7 @@ constexpr uint8_t shapeChange = SurfaceChange::Positions | SurfaceChange::Normal
 /// Separates the random numbers for sizes from those of the stamp.
 constexpr uint64_t sizeSalt = 0x94d1f3a76c20e5b3u;
 
-/// Restores the falloff with which a brush's stroke began, until the end of the scope.
+/// Reinstates, until the end of the scope, the falloff with which a brush's stroke began.
 class FalloffOfStroke {
 public:
     FalloffOfStroke(FalloffTable& table, FalloffTable::Samples ofStroke)

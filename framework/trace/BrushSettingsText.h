@@ -9,8 +9,8 @@
 
 namespace trovik {
 
-/// The brush's attributes as a JSON object. \param buildUpRate JSON text that replaces the value of
-/// the build-up rate attribute; empty to use that value.
+/// The brush's attributes as a JSON object. \param buildUpRate  JSON text that replaces the value
+/// of the build-up rate attribute; empty to use that value.
 TROVIK_API std::string BrushAttributesText(const BrushOperation& brush,
                                            const std::string& buildUpRate = {});
 /// "builduprate" as JSON text.

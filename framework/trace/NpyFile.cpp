@@ -11,8 +11,7 @@ namespace trovik {
 
 namespace {
 
-static_assert(std::endian::native == std::endian::little,
-              "arrays are written as they lie in memory");
+static_assert(std::endian::native == std::endian::little, "arrays are written in memory order");
 
 constexpr std::size_t alignment = 64;
 // Magic string, two version bytes, two length bytes.

@@ -194,7 +194,8 @@ TEST_F(PenScript, ErrorsNameTheLocation) {
                 HasSubstr("/stroke/pen: file not found: none.json"));
     EXPECT_THAT(
         ErrorOf(Set(R"("sizeCurve": [[0, 0], [0.5, 0.5], [0.4, 1]])") + Stroke(pen)),
-        HasSubstr("/steps/1/set/sizeCurve/2: the pressures of a curve's points must ascend"));
+        HasSubstr(
+            "/steps/1/set/sizeCurve/2: the pressures of curve points must be in ascending order"));
     EXPECT_THAT(ErrorOf(Set(R"("sizeCurve": [[0, 0]])") + Stroke(pen)),
                 HasSubstr("/steps/1/set/sizeCurve: a pressure curve must have 2 to 32 points"));
     EXPECT_THAT(

@@ -67,13 +67,13 @@ TEST(PressureCurve, RefusesPointsThatDefineNoCurve) {
     EXPECT_EQ(FlawOf(std::vector<PressureCurve::Point>(33, {0.0f, 0.0f}), index),
               "a pressure curve must have 2 to 32 points");
     EXPECT_EQ(FlawOf({{0.0f, 0.0f}, {0.5f, 1.5f}}, index),
-              "pressures and their values must be between 0 and 1");
+              "pressures and values must be between 0 and 1");
     EXPECT_EQ(index, 1u);
     EXPECT_EQ(FlawOf({{0.0f, 0.0f}, {0.5f, 0.5f}, {0.5f, 1.0f}}, index),
-              "the pressures of a curve's points must ascend");
+              "the pressures of curve points must be in ascending order");
     EXPECT_EQ(index, 2u);
     EXPECT_EQ(FlawOf({{std::numeric_limits<float>::quiet_NaN(), 0.0f}, {1.0f, 1.0f}}, index),
-              "pressures and their values must be between 0 and 1");
+              "pressures and values must be between 0 and 1");
     EXPECT_EQ(FlawOf({{0.0f, 0.0f}, {1.0f, 1.0f}}, index), "");
     EXPECT_THROW(PressureCurve({{0.0f, 0.0f}}), HostError);
 }
