@@ -34,9 +34,9 @@ struct PointerLimits {
 /// 1. Duplicate samples (equal position and time): the filter keeps the one whose pressure is
 ///    closest to that of the preceding sample; at the press, it keeps the one with the lowest
 ///    pressure.
-/// 2. Late samples: a sample that is older than samples that arrived before it is moved to its
-///    place in time order if that shortens the path. Otherwise, only its time is wrong, and it is
-///    not moved; nor is a sample that is later than the limits.
+/// 2. Late samples: a sample that is older than samples that arrived before it is moved into time
+///    order if that shortens the path. Otherwise, only its time is wrong, and it is not moved; nor
+///    is a sample that is later than the limits.
 /// 3. Times that still decrease: consecutive samples get the mean of their times until no time
 ///    decreases, which gives the ascending times nearest by least squares. Times between the
 ///    centres of such groups are interpolated linearly. A time earlier than that of finalised

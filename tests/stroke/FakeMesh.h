@@ -51,8 +51,8 @@ private:
     Store<StoredVertexInfo> store;
 };
 
-/// Answers a brush's queries with values set by a test, and logs them. The mesh is one triangle
-/// whose traversals visit nothing. `Base` is Mesh or SubdivisionLevel.
+/// Returns values set by a test to a brush's queries, and logs the queries. The mesh is one
+/// triangle whose traversals visit nothing. `Base` is Mesh or SubdivisionLevel.
 template <typename Base>
 class FakeOf : public Base {
 public:
