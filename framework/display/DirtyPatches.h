@@ -21,8 +21,9 @@ public:
     explicit DirtyPatches(const PatchLayout& layout);
 
     /// Adds a change. Changes of other levels are ignored, because those levels are not displayed;
-    /// SurfaceChange::Topology of any level sets LayoutChanged. Cost: O(patches in the change), or
-    /// O(patches in the layout) if either is finer.
+    /// SurfaceChange::Topology of any level sets LayoutChanged. Cost for grids: linear in the
+    /// patches of the change and the patches of the layout that they overlap. Cost for buckets:
+    /// linear in the faces of the changed patches.
     void Add(const SurfaceChange& change);
 
     /// Whether the layout no longer describes the displayed level. The caller must create a new

@@ -34,9 +34,9 @@ TROVIK_API std::unique_ptr<UndoStep> SelectLayerAsStep(LevelGeometry& geometry, 
 TROVIK_API std::unique_ptr<UndoStep> DuplicateLayerAsStep(LevelGeometry& geometry,
                                                           SculptLayer& layer,
                                                           const std::string& name);
-/// Adds the layer to the one below, whose strength becomes 1, and removes it; the surface stays
-/// bit-identical. If the layer was active, the layer below becomes active. \throw HostError if
-/// there is no layer below, or one of the two is hidden or locked.
+/// Merges the layer into the one below, whose strength becomes 1; the surface stays bit-identical.
+/// If the layer was active, the layer below becomes active. \throw HostError if there is no layer
+/// below, or one of the two is hidden or locked.
 TROVIK_API std::unique_ptr<UndoStep> MergeLayerDownAsStep(LevelGeometry& geometry,
                                                           SculptLayer& layer);
 /// Removes the layer's offsets where the level is frozen: completely at full mask weight, and

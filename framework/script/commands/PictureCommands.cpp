@@ -186,7 +186,7 @@ std::vector<const RenderImage*> KeptPicturesNamed(CommandContext& context,
         const RenderImage& picture = found->second;
         if (!pictures.empty() && (pictures.front()->width != picture.width ||
                                   pictures.front()->height != picture.height))
-            throw FieldFault(pointer, "the pictures of a sheet must have one size");
+            throw FieldFault(pointer, "all pictures of a sheet must have the same size");
         pictures.push_back(&picture);
     }
     return pictures;

@@ -11,13 +11,14 @@
 #include <variant>
 #include <vector>
 
-/// \file Parameters, common to several commands, that make a selection by viewport area or by name.
+/// \file Parameters, shared by several commands, for selecting by viewport area or by name.
 namespace trovik {
 
 /// The name of a group or material; null selects faces without one.
 using NameOrNone = std::variant<std::string, std::nullptr_t>;
 
-/// The index of a name in a list of the mesh, or SurfaceAttributes::none for null.
+/// Returns the index of a group or material name in the mesh's list, or SurfaceAttributes::none for
+/// null.
 /// \param kind  "group" or "material": the name of the parameter, also used in messages.
 /// \throw FieldFault that lists the existing names if there is no such name.
 uint32_t NumberOf(const NameOrNone& wanted,
