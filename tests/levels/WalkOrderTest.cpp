@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The orders that make a replay repeatable, compared with walks that implement their rules
-/// directly from the corners of the faces.
+/// \file The visiting orders that make a replay repeatable, compared with walks that implement the
+/// rules directly on the corners of the faces.
 #include "framework/math/SameBits.h"
 #include "framework/multires/LevelGeometry.h"
 #include "tests/meshes/MeshZoo.h"
@@ -117,7 +117,7 @@ private:
     std::map<Visit, uint32_t> faceOfEdge;
 };
 
-/// True for three of four numbers, deterministically.
+/// A deterministic choice of about three in four numbers.
 bool Wanted(uint32_t number, uint32_t salt) { return (number * 2654435761u + salt) >> 30 != 0; }
 
 class FaceTester final : public FaceEnumerator {

@@ -29,7 +29,7 @@ TEST(ValueSlider, DragsWithinItsSoftRangeAndTypesBeyondIt) {
     auto* entry = slider.findChild<QWidget*>();
     QTest::keyClicks(entry, "5000");
     QTest::keyClick(entry, Qt::Key_Return);
-    EXPECT_EQ(slider.Value(), 1000) << "the limit of typed values";
+    EXPECT_EQ(slider.Value(), 1000) << "the limit for typed values";
     EXPECT_EQ(edited.count(), 2);
 }
 
