@@ -14,7 +14,7 @@ namespace trovik {
 /// changes of several dabs in one region are merged, so that each patch is packed only once for all
 /// of them.
 ///
-/// Not synchronised; the changes arrive on the thread of the document.
+/// Not thread-safe; the changes arrive on the document's thread.
 class TROVIK_API DirtyPatches {
 public:
     /// Starts without dirty patches. Borrows the layout. Allocates one byte per patch.

@@ -11,7 +11,7 @@ namespace trovik {
 /// smooth. Doubling the stride draws a quarter of the triangles. All patches use the same stride,
 /// because different strides in neighbouring patches leave cracks.
 ///
-/// Not synchronised; used by the thread that draws.
+/// Not thread-safe; used by the drawing thread.
 class TROVIK_API LodChoice {
 public:
     struct Options {

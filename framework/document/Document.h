@@ -85,7 +85,7 @@ public:
     void RequireNoStroke(const char* work) const;
     /// Whether the tool "Freeze" is active.
     bool IsFreezing() const { return freezing; }
-    /// The brush of the plug-in, whichever brush is active.
+    /// The plug-in's brush, even while the freeze brush is active.
     BrushOperation& SculptBrush() {
         Activate();
         return *brush;
@@ -125,7 +125,8 @@ public:
                uint64_t byteBudget = LevelGeometry::unlimitedBytes,
                JobControl* job = nullptr);
     /// See LevelGeometry::Subdivide. Subdivide, DeleteLevels, Unsubdivide, ApplyToBase and
-    /// BindLevel throw Cancelled if the job cancels; nothing has then changed or been reported.
+    /// BindLevel throw Cancelled if the job is cancelled; nothing has then changed or been
+    /// reported.
     /// \param times  number of levels to add, each as its own undo step; either all of them are
     /// added or none. If `times` is greater than 1 and an exception is thrown, observers may have
     /// received the addition and the removal of some levels.
@@ -141,7 +142,7 @@ public:
     /// Propagates the shape of the current level to the levels below. \return false if nothing
     /// moved.
     bool ApplyToBase(JobControl* job = nullptr);
-    /// Makes another level the current one.
+    /// Makes a different level current.
     /// \return false for a level that does not exist.
     bool BindLevel(uint32_t level, JobControl* job = nullptr);
 
@@ -184,7 +185,7 @@ public:
     /// mirrors are unchanged.
     void SetTopologicalMirror(JobControl* job = nullptr);
     /// Makes the current level symmetric; see trovik::MakeSymmetric. Creates one undo step. \return
-    /// the number of vertices that moved. \throw Cancelled, with nothing changed.
+    /// the number of vertices that moved. \throw Cancelled; nothing has then changed.
     uint32_t MakeSymmetric(int axis, SymmetrySide model, JobControl* job = nullptr);
 
     /// Adds a layer on the current level and activates it. AddLayer, SelectLayer and
@@ -206,7 +207,7 @@ public:
     bool ChangeVisibility(VisibilityChange change, const FaceChoice& chosen = {});
     /// Sets the mesh's transform to world space. Creates one undo step.
     void SetTransform(const MatrixTransform& transform);
-    /// See DisplaceByMap. Creates one undo step. \throw Cancelled, with nothing changed.
+    /// See DisplaceByMap. Creates one undo step. \throw Cancelled; nothing has then changed.
     void Displace(const DisplacementOptions& options, JobControl* job = nullptr);
 
     /// Makes the document's view the camera of the kernel.
@@ -279,8 +280,8 @@ private:
     template <typename MakeStep>
     void PushAllOrNone(uint32_t times, const MakeStep& makeStep);
     void PlaceRenderers();
-    /// Activates this document's values of the process globals. Costs one comparison if they are
-    /// already active.
+    /// Sets the process globals to this document's values. Costs one comparison if they are already
+    /// active.
     void Activate() {
         if (active != this) BecomeActive();
     }

@@ -70,7 +70,8 @@ struct DocumentState {
     Symmetry symmetry;
     StrokeView view;
 
-    /// Oldest entry first. The first `historyPosition` entries are done, the others can be redone.
+    /// Oldest entry first. The first `historyPosition` entries are applied; the others can be
+    /// redone.
     std::vector<HistoryEntry> history;
     std::size_t historyPosition = 0;
     /// Size of the history in bytes, in memory and in its temporary file.

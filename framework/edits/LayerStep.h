@@ -26,7 +26,7 @@ private:
         std::shared_ptr<SculptLayer> layer;
         SculptLayer::Properties given;
     };
-    /// Entries of a layer that changed, with their other states.
+    /// Changed entries of a layer, with the states to switch to.
     struct Entries {
         std::shared_ptr<SculptLayer> layer;
         std::vector<uint32_t> slots;

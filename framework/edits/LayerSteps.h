@@ -18,7 +18,7 @@ TROVIK_API std::unique_ptr<UndoStep> AddLayerAsStep(LevelGeometry& geometry,
 /// Removes a layer and its contribution to the surface. If it was active, no layer is active
 /// afterwards.
 TROVIK_API std::unique_ptr<UndoStep> RemoveLayerAsStep(LevelGeometry& geometry, SculptLayer& layer);
-/// Changes name, strength (any finite number), visibility and write lock at once.
+/// Changes name, strength (any finite number), visibility and write lock in one step.
 TROVIK_API std::unique_ptr<UndoStep> SetLayerPropertiesAsStep(
     LevelGeometry& geometry, SculptLayer& layer, const SculptLayer::Properties& properties);
 /// Moves the layer to index `index` within its level; 0 is the lowest, and an index that is too

@@ -36,9 +36,9 @@ public:
 
 namespace {
 
-/// After packing, the allocator still holds the freed memory. It is returned to the system if at
-/// least this many bytes were freed. Less memory is kept for reuse when a step is unpacked, which
-/// avoids page faults.
+/// After packing, the allocator still holds the freed memory. If at least this many bytes were
+/// freed, the memory is returned to the system. Otherwise it is kept for reuse when a step is
+/// unpacked, which avoids page faults.
 constexpr uint64_t minReleasedBytes = uint64_t{16} << 20;
 
 uint64_t ArrayBytes(const std::vector<StepArray>& arrays) {

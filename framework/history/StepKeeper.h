@@ -40,7 +40,7 @@ public:
     /// Requests that the arrays be packed. Has no effect on a step with fewer than `minBytes` in
     /// arrays.
     void Pack(const Handle& record, uint64_t minBytes);
-    /// Packs tightly on the calling thread, immediately.
+    /// Packs the arrays tightly and immediately, on the calling thread.
     void PackNow(const Handle& record, uint64_t minBytes);
     /// Requests that a packed step be repacked tightly.
     void Tighten(const Handle& record);

@@ -17,9 +17,10 @@ class StrokeStep;
 /// The MeshChange of a LevelMesh. It holds the records of a stroke, and Finish turns them into one
 /// undo step.
 ///
-/// A stroke that leaves a mesh and returns to it makes two changes of that mesh. Only the later one
-/// is linked. The effect of the earlier one is recorded when it is unlinked, so that the two steps
-/// can be undone one after the other, bit-exactly, even if the second one moved a vertex back.
+/// A stroke that leaves a mesh and returns to it creates two changes for that mesh. Only the later
+/// one is linked. The effect of the earlier one is recorded when it is unlinked, so that the two
+/// steps can be undone one after the other, bit-exactly, even if the second one moved a vertex
+/// back.
 ///
 /// A change is *open* until it is finished or deleted. While a level has an open change, its
 /// geometry refuses undo, redo and the removal of levels (LevelGeometry::RefuseInStroke). If a

@@ -49,8 +49,8 @@ LevelGeometry::LevelGeometry(const PolygonMesh& polygons, JobControl* job)
 }
 
 LevelGeometry::~LevelGeometry() {
-    // Ends open strokes now. Otherwise a brush bound to a level would unlock the level, then
-    // destroyed, when its stroke ends.
+    // Ends open strokes now. Otherwise a brush that is bound to a level would unlock the destroyed
+    // level when its stroke ends.
     for (const auto& level : levels) {
         StrokeResources* holder = level->LockResources();
         if (holder != nullptr && !level->Changes().empty()) holder->EndStroke();

@@ -44,10 +44,11 @@ public:
     MatrixTransform& Place() { return transform; }
     const MatrixTransform& Place() const { return transform; }
 
-    /// Adds a level on top by one Catmull-Clark step (boundary interpolation: edges and corners)
-    /// and binds it. Freeze amounts are propagated, and children of hidden faces are hidden.
+    /// Adds a level on top by one Catmull-Clark step (boundary interpolation: edge and corner) and
+    /// binds it. Freeze amounts are propagated, and children of hidden faces are hidden.
     /// \param byteBudget  maximum size of the new level.
-    /// \return the switch to the previously highest level, as for SwitchLevel.
+    /// \return the state before switching to the previously highest level, for Exchange; see
+    /// SwitchLevel.
     /// \throw HostError if the level would exceed 2^32 - 2 vertices or faces or the byte budget, or
     /// if memory accounting rejects the allocation; Cancelled. In each case, nothing has been
     /// changed or reported.

@@ -22,7 +22,7 @@ namespace trovik {
 class TROVIK_API LevelSource : public MeshSource {
 public:
     struct Options {
-        /// Apply the transform of the geometry; otherwise coordinates are mesh-local.
+        /// Whether to apply the geometry's transform; otherwise, coordinates are mesh-local.
         bool world = false;
         /// The space of the returned coordinates, if the space of the mesh is known.
         MeshSpace space;

@@ -18,8 +18,9 @@ namespace trovik {
 ///
 /// A rotated offset keeps its length, up to single-precision rounding.
 ///
-/// Only the offsets of the level itself are rotated, by changes of coarser levels. Changes by
-/// strokes or from a finer level affect the layer base; the offsets above it keep their direction.
+/// Only the offsets of the level itself are rotated, and only by changes of coarser levels. Changes
+/// by strokes or from a finer level affect the layer base; the offsets above it keep their
+/// direction.
 ///
 /// Cost and memory: 44 bytes for each moved vertex that a layer touches, and 40 more for each such
 /// layer.

@@ -29,10 +29,10 @@ struct CommandOptions {
 };
 
 /// Runs steps of stroke scripts on a document. Each step consists of one or more commands of the
-/// command table (framework/script/Command.h). The runner checks that a step can run while a stroke
-/// is open, records it in the journal, runs it, and adds its position to error messages. Scripts,
-/// recovery, applications and bindings change documents through this class. Between steps, live
-/// strokes are applied with DocumentStroke.
+/// command table (framework/script/Command.h). The runner checks whether a step can run while a
+/// stroke is open, records it in the journal, runs it, and adds its position to error messages.
+/// Scripts, recovery, applications and bindings change documents through this class. Between steps,
+/// live strokes are applied with DocumentStroke.
 ///
 /// Use it only on the document's thread; the document must outlive it.
 class TROVIK_API CommandRunner {
@@ -49,7 +49,7 @@ public:
     /// Checks a step such as {"subdivide": 1} against the schema of stroke scripts and runs it.
     /// \throw HostError "NAME: POINTER: reason", with the pointer within the step. A step that
     /// throws may already have changed something; the undo steps show which changes were made.
-    /// \throw Cancelled if `progress.job` cancels.
+    /// \throw Cancelled if `progress.job` is cancelled.
     void Do(const nlohmann::json& step);
     /// Runs a step of a script that has been checked as a whole.
     void Do(const FieldReader& step);

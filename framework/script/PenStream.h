@@ -16,7 +16,7 @@ namespace trovik {
 TROVIK_API std::vector<PathSample> PenSamples(const FieldReader& list);
 
 /// Parses a recorded pen stream, described by docs/pen-stream.schema.json.
-/// \param name  for messages. \throw HostError with this name.
+/// \param name  used in messages. \throw HostError with this name.
 TROVIK_API std::vector<PathSample> ParsePenStream(const std::string& text, const std::string& name);
 
 /// \throw HostError if the file cannot be read, is larger than 16 MiB, or is not a pen stream.

@@ -247,8 +247,8 @@ TEST(Multires, CostFollowsTheTouchedVertices) {
 }
 
 TEST(Multires, LargeChangesAreCarriedInPiecesToTheSameBits) {
-    // One mesh changes in more faces than are processed at a time; the other changes only in part
-    // and is compared there.
+    // In one mesh, more faces change than are processed at a time. In the other, only part of the
+    // mesh changes; that part is compared.
     const unsigned n = 200;
     LevelGeometry whole(GridMesh(n, n));
     LevelGeometry part(GridMesh(n, n));

@@ -152,9 +152,9 @@ public:
     std::vector<Visit> met;
 };
 
-/// Calls check(mesh, rules) for levels 0 and 1 of every mesh of the zoo. Two faces may have more
-/// than one common edge there, but no two faces have the same directed edge, so a directed edge
-/// identifies its face.
+/// Calls check(mesh, rules) for levels 0 and 1 of every test mesh. Two faces may have more than one
+/// common edge there, but no two faces have the same directed edge, so a directed edge identifies
+/// its face.
 template <typename Check>
 void ForEveryLevel(Check check) {
     for (const ZooMesh& entry : AllMeshes()) {

@@ -89,7 +89,7 @@ void Render(CommandContext& context,
     std::optional<RenderedLevel> before;
     std::optional<RenderScene> sceneAfter;
     std::optional<RenderScene> sceneBefore;
-    // Rendering errors are errors of this command.
+    // Rendering errors are reported as errors of this command.
     AtField("", [&] {
         after.emplace(geometry, options.shading);
         sceneAfter.emplace(std::vector<RenderMesh>{after->Mesh()}, context.Job());

@@ -30,8 +30,8 @@ inline ViewBox BoxOf(const std::array<float, 4>& numbers) {
     return {{numbers[0], numbers[1]}, {numbers[2], numbers[3]}};
 }
 
-/// Returns a test of whether a viewport point, in pixels, lies in the box or, without a box, in the
-/// lasso. One of the two must be given.
+/// Returns a predicate for viewport points in pixels: it is true inside the box or, without a box,
+/// inside the lasso. One of the two must be given.
 std::function<bool(const ViewPoint&)> InsideOf(
     const std::optional<std::array<float, 4>>& box,
     const std::optional<std::vector<std::array<float, 2>>>& lasso);

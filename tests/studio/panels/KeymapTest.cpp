@@ -184,7 +184,7 @@ TEST_F(KeymapTest, TheEditorBindsTheNextKeyAndReportsConflicts) {
     editor.Capture("edit.undo");
     QTest::keyClick(list, Qt::Key_Y, Qt::ControlModifier);
     EXPECT_EQ(actions.Keys("edit.undo"), Keys{QKeySequence("Ctrl+U")})
-        << "already used at the first press";
+        << "reassigned at the first press";
     EXPECT_TRUE(editor.Message().contains("Ctrl+Y belongs to Redo"));
     QTest::keyClick(list, Qt::Key_Y, Qt::ControlModifier);
     EXPECT_EQ(actions.Keys("edit.undo"), Keys{QKeySequence("Ctrl+Y")});
