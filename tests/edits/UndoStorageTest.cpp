@@ -204,7 +204,7 @@ TEST_F(UndoStorageTest, FullDiskIsReportedOnceAndStepsStayInMemory) {
               "undo file in " + folder.Path("") +
                   ": cannot be written: File too large; undo steps stay in memory");
     EXPECT_EQ(history.TakeProblem(), "");
-    EXPECT_LE(history.Bytes(), 200000u) << "the budget counts again";
+    EXPECT_LE(history.Bytes(), 200000u) << "the budget applies again";
     EXPECT_GT(history.StepCount(), 200000u / 40100);
     EXPECT_LT(history.StepCount(), 60u);
     ExpectAllStates();

@@ -47,7 +47,7 @@ public:
     uint32_t CornerOf(uint32_t face, uint32_t vertex) const {
         for (uint32_t k = 0; k < corners; ++k)
             if (At(face, k) == vertex) return k;
-        ADD_FAILURE() << " does not contain vertex " << face << " does not hold vertex " << vertex;
+        ADD_FAILURE() << "face " << face << " does not contain vertex " << vertex;
         return 0;
     }
     uint32_t Next(uint32_t face, uint32_t v) const { return At(face, CornerOf(face, v) + 1); }
