@@ -280,8 +280,8 @@ private:
     template <typename MakeStep>
     void PushAllOrNone(uint32_t times, const MakeStep& makeStep);
     void PlaceRenderers();
-    /// Sets the process globals to this document's values. Costs one comparison if they are already
-    /// active.
+    /// Sets the process globals to this document's values. Costs one comparison if the document is
+    /// already active.
     void Activate() {
         if (active != this) BecomeActive();
     }
