@@ -158,9 +158,10 @@ public:
     void ClearHistory();
     std::size_t HistoryPosition() const { return geometry->History().Position(); }
     /// Adds an undo step whose change has already been made to the geometry, and updates everything
-    /// that depends on the surface. Does nothing if the step is null. \param join undo the step
-    /// together with the previous one. \throw HostError if a stroke is open; the change has then
-    /// been reverted by applying the step.
+    /// that depends on the surface. Does nothing if the step is null.
+    /// \param join  undo the step together with the previous one.
+    /// \throw HostError if a stroke is open; the change has then been reverted by applying the
+    /// step.
     void Push(std::unique_ptr<UndoStep> step, bool join = false);
     /// Sets the memory budget of the undo history in bytes; without a value, the preference
     /// applies. Reset keeps the budget.
@@ -184,8 +185,9 @@ public:
     /// \throw HostError if the mesh has no topological mirror; Cancelled. In both cases, the
     /// mirrors are unchanged.
     void SetTopologicalMirror(JobControl* job = nullptr);
-    /// Makes the current level symmetric; see trovik::MakeSymmetric. Creates one undo step. \return
-    /// the number of vertices that moved. \throw Cancelled; nothing has then changed.
+    /// Makes the current level symmetric; see trovik::MakeSymmetric. Creates one undo step.
+    /// \return the number of vertices that moved.
+    /// \throw Cancelled; nothing has then changed.
     uint32_t MakeSymmetric(int axis, SymmetrySide model, JobControl* job = nullptr);
 
     /// Adds a layer on the current level and activates it. AddLayer, SelectLayer and
@@ -213,8 +215,8 @@ public:
     /// Makes the document's view the camera of the kernel.
     void UpdateCamera();
     /// Adds renderers as child nodes of the current level. They move along when another level
-    /// becomes current. They display nothing and only receive change notifications. \param
-    /// updateFactors one factor per renderer; see MeshRenderer.
+    /// becomes current. They display nothing and only receive change notifications.
+    /// \param updateFactors  one factor per renderer; see MeshRenderer.
     void SetRenderers(const std::vector<float>& updateFactors);
     /// Returns the visible faces of the current level for a render. The result borrows the level's
     /// arrays.

@@ -42,15 +42,15 @@ public:
     /// Returns the function to call after each dab.
     std::function<void()> DabProgress() const;
     void Warn(const std::string& reason) { warnings.push_back(reason); }
-    /// Adds a warning for world points that should lie on the surface but do not. \param name the
-    /// list's field name in its step. \param reach distance within which a point counts as on the
-    /// surface.
+    /// Adds a warning for world points that should lie on the surface but do not.
+    /// \param name  the list's field name in its step.
+    /// \param reach  distance within which a point counts as on the surface.
     void WarnOfFarPoints(const std::string& name, const std::vector<Vector>& points, float reach);
     /// Passes notes about a file to `progress.message`.
     void ReportNotes(const std::string& file, const std::vector<std::string>& notes) const;
 
-    /// Resolves a parameter that names a file to read. \param pointer JSON pointer of the
-    /// parameter.
+    /// Resolves a parameter that names a file to read.
+    /// \param pointer  JSON pointer of the parameter.
     /// \throw FieldFault if the file does not exist.
     std::string InputPath(const std::string& name, const std::string& pointer) const;
     /// Resolves a parameter that names a file to write, and creates the file's folder unless

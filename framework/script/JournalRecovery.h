@@ -33,8 +33,8 @@ struct RecoveredWork {
 /// last complete dab. During recovery, steps that would write files skip the write. The result is
 /// bit-identical to the original work.
 /// \throw HostError that contains the journal's path and the reason: damage; a mesh, scene or stamp
-/// that is missing or has changed; a step whose result differs when it is replayed. \throw
-/// Cancelled.
+/// that is missing or has changed; a step whose result differs when it is replayed.
+/// \throw Cancelled.
 TROVIK_API RecoveredWork RedoJournal(const std::string& journalPath,
                                      const RecoveryOptions& options = {});
 

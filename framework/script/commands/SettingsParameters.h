@@ -135,7 +135,8 @@ struct SettingsParameters {
     }
 };
 
-/// Returns an attribute of the active brush. \param pointer JSON pointer of the setting.
+/// Returns an attribute of the active brush.
+/// \param pointer  JSON pointer of the setting.
 /// \throw FieldFault if the brush has no such attribute.
 template <typename T>
 AttributeInstance<T>& BrushAttribute(BrushOperation& brush,
