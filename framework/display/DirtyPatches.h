@@ -14,15 +14,16 @@ namespace trovik {
 /// changes of several dabs in one region are merged, so that each patch is packed only once for all
 /// of them.
 ///
-/// Not synchronised; the changes arrive on the thread of the document.
+/// Not thread-safe; the changes arrive on the document's thread.
 class TROVIK_API DirtyPatches {
 public:
     /// Starts without dirty patches. Borrows the layout. Allocates one byte per patch.
     explicit DirtyPatches(const PatchLayout& layout);
 
     /// Adds a change. Changes of other levels are ignored, because those levels are not displayed;
-    /// SurfaceChange::Topology of any level sets LayoutChanged. Cost: O(patches in the change), or
-    /// O(patches in the layout) if either is finer.
+    /// SurfaceChange::Topology of any level sets LayoutChanged. Cost for grids: linear in the
+    /// patches of the change and the patches of the layout that they overlap. Cost for buckets:
+    /// linear in the faces of the changed patches.
     void Add(const SurfaceChange& change);
 
     /// Whether the layout no longer describes the displayed level. The caller must create a new

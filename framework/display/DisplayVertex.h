@@ -20,8 +20,8 @@ struct DisplayVertex {
     int16_t normalX, normalY, normalZ;
     /// Freeze amount, 0 to 127.
     uint8_t freeze;
-    /// Bit 0: the face is hidden. Bits 1 to 7: DisplayGroup of the face. 0 in a vertex with which
-    /// no triangle begins.
+    /// Bit 0: the face is hidden. Bits 1 to 7: DisplayGroup of the face. 0 in a vertex at which no
+    /// triangle starts.
     uint8_t flags;
 
     bool operator==(const DisplayVertex&) const = default;

@@ -24,10 +24,10 @@ namespace trovik {
 class TROVIK_API FaceBuckets {
 public:
     static constexpr uint32_t maxFaces = 4096;
-    /// Value in FlagFaces of a vertex with which no triangle begins.
+    /// The entry in FlagFaces of a vertex at which no triangle starts.
     static constexpr uint32_t noFace = 0xffffffffu;
 
-    /// Cost: O(n log n) in the faces of the level. Memory: about 30 bytes per face.
+    /// Cost: O(n log n) for n faces. Memory: about 30 bytes per face.
     explicit FaceBuckets(const LevelMesh& level);
 
     uint32_t Count() const { return static_cast<uint32_t>(firstVertex.size()) - 1; }

@@ -11,7 +11,7 @@ namespace trovik {
 /// smooth. Doubling the stride draws a quarter of the triangles. All patches use the same stride,
 /// because different strides in neighbouring patches leave cracks.
 ///
-/// Not synchronised; used by the thread that draws.
+/// Not thread-safe; used by the drawing thread.
 class TROVIK_API LodChoice {
 public:
     struct Options {
@@ -35,10 +35,10 @@ public:
 
     /// Adapts the stride to the measured time of a frame. The stride grows as soon as a frame takes
     /// longer than the target, by as many steps as are needed if each step quarters the time. It
-    /// shrinks by one step if four times the measured time would be below four fifths of the
-    /// target, so that it does not alternate.
-    /// \param strideLog2  the stride with which the frame was drawn. Frames with another stride
-    /// than the current choice can only raise it.
+    /// shrinks by one step only if the predicted time, which is four times the measured one, is
+    /// below 80% of the target; the margin prevents oscillation.
+    /// \param strideLog2  the stride with which the frame was drawn. A frame that was drawn with a
+    /// different stride than the current choice can only increase it.
     void FrameMeasured(uint32_t strideLog2, double seconds);
 
 private:

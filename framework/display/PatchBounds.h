@@ -15,13 +15,13 @@ namespace trovik {
 /// Cost: O(vertices).
 TROVIK_API AxisAlignedBoundingBox BoxOf(std::span<const DisplayVertex> vertices);
 
-/// The box along the axes around a box that is transformed by a matrix (row-vector convention).
-/// Empty for an empty box.
+/// Returns the axis-aligned bounding box of a box that is transformed by a matrix (row-vector
+/// convention); empty for an empty box.
 TROVIK_API AxisAlignedBoundingBox TransformBox(const AxisAlignedBoundingBox& box,
                                                const Matrix& matrix);
 
-/// A cone that contains the normals of triangles, mesh-local. The front of a triangle is the side
-/// from which its corners run counterclockwise.
+/// A mesh-local cone that contains the normals of a set of triangles. The front of a triangle is
+/// the side from which its corners run counterclockwise.
 struct TROVIK_API NormalCone {
     /// Unit length, or zero if the triangles face too many directions to be culled.
     Vector axis;
@@ -29,7 +29,8 @@ struct TROVIK_API NormalCone {
     float sinAngle = 1.0f;
 
     /// Whether a viewer at `eye` (mesh-local) can see only the backs of the triangles, which must
-    /// lie in `box`. Returns false in doubt. For renderers that do not draw back faces. Cost: O(1).
+    /// lie in `box`. Returns false if this is uncertain. For renderers that do not draw back faces.
+    /// Cost: O(1).
     bool FacesAway(const AxisAlignedBoundingBox& box, const Vector& eye) const;
     /// Like FacesAway, for a parallel projection. \param direction  view direction, mesh-local, any
     /// length.
@@ -38,9 +39,9 @@ struct TROVIK_API NormalCone {
 
 /// Computes the normal cone of some triangles. To cull a patch, pass the triangles at the stride
 /// that is drawn, because the normals of coarser triangles may lie outside the cone of the finer
-/// ones. Degenerate triangles are ignored, as they are not drawn; with non-finite positions the
-/// cone is never culled. Cost: O(triangles), about five times that of packing, so use it for
-/// patches that have not changed recently.
+/// ones. Degenerate triangles are ignored, because they are not drawn. If a position is non-finite,
+/// the cone never allows culling. Cost: O(triangles), about five times that of packing, so use it
+/// for patches that have not changed recently.
 TROVIK_API NormalCone ConeOf(std::span<const DisplayVertex> vertices,
                              std::span<const uint16_t> triangles);
 

@@ -32,8 +32,8 @@ public:
     static constexpr uint32_t maxDepth = GridIndices::maxDepth;
     static constexpr uint32_t minDepth = 2;
 
-    /// Call on the thread of the level's document. Borrows nothing.
-    /// Cost: O(level index) for grids, O(n log n) in the faces for buckets.
+    /// Call on the thread of the level's document. Borrows nothing. Cost: O(level index) for grids,
+    /// O(n log n) for buckets with n faces in total.
     explicit PatchLayout(const LevelMesh& level);
 
     /// Index of the level that is divided.
@@ -46,7 +46,7 @@ public:
     /// Number of vertices in all patches before this one, which is the patch's position in an array
     /// of all patches. If `patch` is PatchCount(), the number of vertices of all patches.
     uint64_t FirstVertex(uint32_t patch) const;
-    /// Number of vertices of several patches.
+    /// Total number of vertices of these patches.
     uint64_t VertexCount(std::span<const uint32_t> patches) const;
     /// Number of vertices of all patches.
     uint64_t TotalVertexCount() const { return FirstVertex(patchCount); }
@@ -67,9 +67,9 @@ public:
     std::span<const uint16_t> Triangles(uint32_t patch) const;
 
     /// Calls visit(patch) for the patches that contain descendants of `face` of level `levelIndex`,
-    /// which must be at most Level(). A bucket may be visited more than once. Cost: O(1) for grids
-    /// if `levelIndex` is at least PatchLevel(); otherwise O(patches) for grids and O(faces) for
-    /// buckets below the face.
+    /// which must be at most Level(). A bucket may be visited more than once. Cost for grids: O(1)
+    /// if `levelIndex` is at least PatchLevel(), otherwise linear in the patches below the face.
+    /// Cost for buckets: linear in the faces below the face.
     template <class Visit>
     void VisitPatchesUnder(uint32_t levelIndex, uint32_t face, Visit visit) const {
         const uint64_t under = FacesUnder(levelIndex);

@@ -118,8 +118,8 @@ Document::~Document() {
         // There is no caller left to receive an error.
         try {
             Activate();
-            // Applying the remaining mirrored sides could take long, and the result would not be
-            // seen.
+            // Applying the remaining mirrored sides could take a long time, and nobody would see
+            // the result.
             one->Break();
         } catch (const std::exception&) {
         } catch (Error* error) {

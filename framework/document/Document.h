@@ -36,9 +36,9 @@ struct DisplacementOptions;
 /// ApplyToBase, BindLevel, Undo, Redo, JumpTo, Push, SelectTool, SetMirrors, SetTopologicalMirror,
 /// MakeSymmetric, SetRenderers, AddLayer, SelectLayer, SetLayerStrength, ChangeVisibility,
 /// SetTransform, Displace, RefreshSurface, and Freeze during a stroke of the freeze brush. The
-/// following may change during a stroke: settings of brush and strokes (a falloff applies from the
-/// next stroke), view and camera, observers and listeners, the undo budget, and the mask by Freeze
-/// during a sculpting stroke.
+/// following may change during a stroke: brush and stroke settings (a new falloff takes effect with
+/// the next stroke), view and camera, observers and listeners, and the undo budget. During a
+/// sculpting stroke, Freeze may change the mask.
 ///
 /// Threads: a document has one owner thread, initially the one that constructs it; only State may
 /// be called on other threads. Several documents can be used in turn on one thread, with the same
@@ -53,13 +53,14 @@ public:
     /// Opens a mesh file, splits the mesh where it is not an oriented manifold, and loads the
     /// plug-ins.
     /// \param given  units and up axis; they take precedence over those of the file.
-    /// \throw Cancelled; so do the constructor from polygons and OpenScene.
+    /// \throw Cancelled. The constructor from polygons and OpenScene throw it, too.
     explicit Document(const std::string& meshPath,
                       const MeshSpace& given = {},
                       JobControl* job = nullptr);
     /// Creates a document from polygons in memory. \param name  replaces the file in messages.
     Document(const std::string& name, PolygonMesh polygons, JobControl* job = nullptr);
-    /// Opens a scene file and continues where it was saved; see SaveScene for its content.
+    /// Opens a scene file, which restores the state in which it was saved. SaveScene describes the
+    /// content of the file.
     static std::unique_ptr<Document> OpenScene(const std::string& scenePath,
                                                JobControl* job = nullptr);
     /// Ends an open stroke.
@@ -84,13 +85,13 @@ public:
     void RequireNoStroke(const char* work) const;
     /// Whether the tool "Freeze" is active.
     bool IsFreezing() const { return freezing; }
-    /// The brush of the plug-in, whichever brush is active.
+    /// The plug-in's brush, even while the freeze brush is active.
     BrushOperation& SculptBrush() {
         Activate();
         return *brush;
     }
-    /// The pick tree of the current level. It follows reported changes of the surface; each level
-    /// has its own tree.
+    /// The pick tree of the current level. It is updated with every reported change of the surface.
+    /// Each level has its own tree.
     PatchTree& Tree() { return *tree; }
     /// Call UpdateCamera after changing it.
     StrokeView& View() { return settings.view; }
@@ -98,11 +99,11 @@ public:
     /// NoteToolChanged after changing them.
     SceneSettings& Settings() { return settings; }
 
-    /// Saves everything except the undo history in a scene file, which becomes the document's file;
-    /// an attached journal restarts from it.
+    /// Saves everything except the undo history to a scene file, which becomes the document's file.
+    /// An attached journal restarts from that file.
     /// \throw HostError; Cancelled. In both cases, the old file and the journal remain unchanged.
     void Save(const std::string& scenePath, JobControl* job = nullptr);
-    /// Writes a scene file without making it the file of the document.
+    /// Writes a scene file without making it the document's file.
     /// \param header, beforeReplacing  see SaveScene. \throw HostError and Cancelled like Save.
     void WriteScene(
         const std::string& scenePath,
@@ -115,7 +116,7 @@ public:
     /// Parts of the mesh file or scene that were not loaded, one line each.
     const std::vector<std::string>& Notes() const { return notes; }
 
-    /// Restores the mesh as it was imported, without layers, mask, hidden faces and undo steps, and
+    /// Restores the mesh as it was imported, without layers, mask, hidden faces or undo steps, and
     /// adds `levels` levels. Until the new mesh is complete, both meshes are in memory.
     /// \param byteBudget  bytes that the added levels may take.
     /// \throw HostError if the levels exceed the budget or the free memory; Cancelled. In both
@@ -124,7 +125,8 @@ public:
                uint64_t byteBudget = LevelGeometry::unlimitedBytes,
                JobControl* job = nullptr);
     /// See LevelGeometry::Subdivide. Subdivide, DeleteLevels, Unsubdivide, ApplyToBase and
-    /// BindLevel throw Cancelled if the job cancels; nothing has then changed or been reported.
+    /// BindLevel throw Cancelled if the job is cancelled; nothing has then changed or been
+    /// reported.
     /// \param times  number of levels to add, each as its own undo step; either all of them are
     /// added or none. If `times` is greater than 1 and an exception is thrown, observers may have
     /// received the addition and the removal of some levels.
@@ -140,7 +142,7 @@ public:
     /// Propagates the shape of the current level to the levels below. \return false if nothing
     /// moved.
     bool ApplyToBase(JobControl* job = nullptr);
-    /// Makes another level the current one.
+    /// Makes a different level current.
     /// \return false for a level that does not exist.
     bool BindLevel(uint32_t level, JobControl* job = nullptr);
 
@@ -156,17 +158,18 @@ public:
     void ClearHistory();
     std::size_t HistoryPosition() const { return geometry->History().Position(); }
     /// Adds an undo step whose change has already been made to the geometry, and updates everything
-    /// that depends on the surface. Does nothing if the step is null. \param join  undo the step
-    /// together with the previous one. \throw HostError while a stroke is open, after reverting the
-    /// change by applying the step.
+    /// that depends on the surface. Does nothing if the step is null.
+    /// \param join  undo the step together with the previous one.
+    /// \throw HostError if a stroke is open; the change has then been reverted by applying the
+    /// step.
     void Push(std::unique_ptr<UndoStep> step, bool join = false);
-    /// Sets the memory budget of the undo history in bytes, which a reset keeps; without a value
-    /// the preference applies.
+    /// Sets the memory budget of the undo history in bytes; without a value, the preference
+    /// applies. Reset keeps the budget.
     void SetUndoBudget(std::optional<uint64_t> bytes);
     /// Call this after changing preferences of the undo history.
     void ApplyUndoSettings();
 
-    /// Selects a tool of the plug-in's brush, or "Freeze". Reads the stamp of the tool if its file
+    /// Selects a tool of the plug-in's brush, or "Freeze". Loads the tool's stamp if its file
     /// exists.
     /// \return false for an unknown name.
     bool SelectTool(const std::string& name);
@@ -174,20 +177,21 @@ public:
     /// Call this after changing settings through Brush, SculptBrush or Settings.
     void NoteToolChanged();
 
-    /// Mirrors the following strokes in planes across the mesh's own axes, and with rotated copies
-    /// about one of the axes.
+    /// Mirrors the following strokes across planes perpendicular to the mesh's own axes, and adds
+    /// copies that are rotated about one of the axes.
     /// \throw HostError for more copies than maxMirrorMaps; the mirrors are then unchanged.
     void SetMirrors(const MirrorSetting& setting);
     /// Mirrors the following strokes by the mesh's connectivity, independent of its pose.
     /// \throw HostError if the mesh has no topological mirror; Cancelled. In both cases, the
     /// mirrors are unchanged.
     void SetTopologicalMirror(JobControl* job = nullptr);
-    /// Makes the current level symmetric; see trovik::MakeSymmetric. One undo step. \return the
-    /// number of vertices that moved. \throw Cancelled, with nothing changed.
+    /// Makes the current level symmetric; see trovik::MakeSymmetric. Creates one undo step.
+    /// \return the number of vertices that moved.
+    /// \throw Cancelled; nothing has then changed.
     uint32_t MakeSymmetric(int axis, SymmetrySide model, JobControl* job = nullptr);
 
     /// Adds a layer on the current level and activates it. AddLayer, SelectLayer and
-    /// SetLayerStrength make one undo step each.
+    /// SetLayerStrength create one undo step each.
     void AddLayer(const std::string& name);
     /// Activates a layer of the current level by name; an empty name deactivates all layers.
     /// \return false for an unknown name.
@@ -196,25 +200,26 @@ public:
     /// Sets the strength of the active layer.
     void SetLayerStrength(float strength);
 
-    /// Blends freeze amounts, one for each vertex of the current level, into the mask. One undo
-    /// step.
-    void Freeze(const std::vector<uint8_t>& given, FreezeMode mode);
-    /// Hides or shows faces of the current level and their counterparts on all other levels. One
+    /// Blends freeze amounts, one for each vertex of the current level, into the mask. Creates one
     /// undo step.
+    void Freeze(const std::vector<uint8_t>& given, FreezeMode mode);
+    /// Hides or shows faces of the current level and their counterparts on all other levels.
+    /// Creates one undo step.
     /// \param chosen  see ChangeVisibilityAsStep. \return false if nothing changes.
     bool ChangeVisibility(VisibilityChange change, const FaceChoice& chosen = {});
-    /// Sets the mesh's transform to world space. One undo step.
+    /// Sets the mesh's transform to world space. Creates one undo step.
     void SetTransform(const MatrixTransform& transform);
-    /// See DisplaceByMap. One undo step. \throw Cancelled, with nothing changed.
+    /// See DisplaceByMap. Creates one undo step. \throw Cancelled; nothing has then changed.
     void Displace(const DisplacementOptions& options, JobControl* job = nullptr);
 
     /// Makes the document's view the camera of the kernel.
     void UpdateCamera();
-    /// Adds renderers below the current level; they move to the new level when the level changes.
-    /// They display nothing and only receive change notices. \param updateFactors  one factor per
-    /// renderer; see MeshRenderer.
+    /// Adds renderers as child nodes of the current level. They move along when another level
+    /// becomes current. They display nothing and only receive change notifications.
+    /// \param updateFactors  one factor per renderer; see MeshRenderer.
     void SetRenderers(const std::vector<float>& updateFactors);
-    /// The visible faces of the current level for a render; borrows its arrays.
+    /// Returns the visible faces of the current level for a render. The result borrows the level's
+    /// arrays.
     RenderMesh ShownMesh() const;
     /// Call this after changing the surface without a stroke and without Push.
     void RefreshSurface();
@@ -235,8 +240,8 @@ public:
     /// Returns and clears the last problem of the undo history; empty if there is none.
     std::string TakeHistoryProblem();
 
-    /// The values that panels show. On the owner thread they are up to date; other threads get the
-    /// values of the owner thread's last call, or those of the constructor. Cost: after a change
+    /// Returns the values shown in panels. On the owner thread they are up to date. Other threads
+    /// get the values of the owner thread's last call, or the initial ones. Cost: after a change
     /// O(levels + layers + undo steps), otherwise one atomic load.
     std::shared_ptr<const DocumentState> State() const;
     /// Transfers the document to the calling thread. No other thread may be using it.
@@ -246,7 +251,7 @@ public:
     void SetJournal(DocumentJournal* newJournal) { journal = newJournal; }
     /// Sets the observer of all calls into the brush; null removes it. Borrowed.
     void SetObserver(StrokeObserver* newObserver);
-    /// Announces a command that may change the mesh to the stroke observer.
+    /// Notifies the stroke observer of a command that may change the mesh.
     void AnnounceCommand(const std::string& name) {
         if (strokeObserver != nullptr) strokeObserver->BeforeCommand(SculptBrush(), name);
     }
@@ -257,8 +262,8 @@ public:
 private:
     class StrokeEvents;
     class SurfaceEvents;
-    /// Removes the document from the process globals when it is destroyed, even if a constructor
-    /// throws.
+    /// Its destructor removes the document from the process globals, even if a constructor of
+    /// Document throws.
     struct Activation {
         Document& document;
         ~Activation();
@@ -277,7 +282,7 @@ private:
     template <typename MakeStep>
     void PushAllOrNone(uint32_t times, const MakeStep& makeStep);
     void PlaceRenderers();
-    /// Activates this document's values of the process globals. Costs one comparison if they are
+    /// Sets the process globals to this document's values. Costs one comparison if the document is
     /// already active.
     void Activate() {
         if (active != this) BecomeActive();

@@ -11,8 +11,8 @@
 
 namespace trovik {
 
-/// A snapshot of the values of a Document that panels show. Immutable once published, so any thread
-/// may read it; see Document::State.
+/// A snapshot of the Document values shown in panels. Immutable once published, so any thread may
+/// read it; see Document::State.
 struct DocumentState {
     struct Level {
         uint32_t vertices = 0;
@@ -42,7 +42,7 @@ struct DocumentState {
         float radiusPixels = 0.0f;
         /// Fraction of the radius.
         float spacing = 0.0f;
-        /// Percent.
+        /// In percent.
         float strength = 0.0f;
         /// Name of the built-in curve; empty for a user-defined curve.
         std::string falloff;
@@ -64,19 +64,20 @@ struct DocumentState {
         /// Number of mirrored dabs applied in addition to each dab.
         uint32_t copies = 0;
         bool topological = false;
-        /// From the position of a dab to those of its copies, mesh-local; see MirrorMaps.
+        /// Map the mesh-local position of a dab to the positions of its copies; see MirrorMaps.
         std::vector<Matrix> maps;
     };
     Symmetry symmetry;
     StrokeView view;
 
-    /// Oldest entry first. The first `historyPosition` entries are done, the others can be redone.
+    /// Oldest entry first. The first `historyPosition` entries are applied; the others can be
+    /// redone.
     std::vector<HistoryEntry> history;
     std::size_t historyPosition = 0;
-    /// Bytes of the history in memory, and in its temporary file.
+    /// Size of the history in bytes, in memory and in its temporary file.
     uint64_t historyBytes = 0;
     uint64_t historyBytesOnDisk = 0;
-    /// Bytes of all accounted arrays of the process, and their limit; 0 if there is no limit.
+    /// Bytes of all accounted arrays of the process, and the limit (0 if there is none).
     int64_t memoryBytes = 0;
     int64_t memoryLimit = 0;
 
@@ -84,7 +85,7 @@ struct DocumentState {
     bool isStrokeOpen = false;
     /// The mesh or scene file that was opened.
     std::string sourcePath;
-    /// The scene that was opened or saved last; empty if there is none.
+    /// The scene that was last opened or saved; empty if there is none.
     std::string scenePath;
 };
 

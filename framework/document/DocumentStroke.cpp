@@ -65,7 +65,7 @@ DocumentStroke::DocumentStroke(Document& edited, const PenStrokeOptions& options
                      document.Tree(),
                      PenStrokeSettings(document, options));
     };
-    // Out-of-range settings are refused before the stroke is open.
+    // Out-of-range settings are rejected before the stroke is opened.
     begin();
     BeginStroke(document, options.modifier, options.seed);
     // With a modifier, the stroke uses the settings of another tool.

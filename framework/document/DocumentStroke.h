@@ -17,46 +17,48 @@ struct TROVIK_API PenStrokeOptions {
     /// Seed of the stroke's random choices; without a value it is derived from the document's seed
     /// and the number of the stroke.
     std::optional<uint64_t> seed;
-    /// Whether to remove the faults of pens and drivers; see PointerFilter.
+    /// Whether to filter out artefacts of pens and drivers; see PointerFilter.
     bool isFiltered = true;
     PointerLimits limits;
-    /// The two lengths in it are unused: they come from the tool unless they are given below.
+    /// Its two lengths are ignored: they come from the tool unless they are set below.
     PathShape shape;
     /// Smoothing length in pixels; overrides the tool's length, which is a fraction of the
     /// viewport's height.
     std::optional<float> smoothing;
-    /// Multiplies the tool's own smoothing length. The path trails the pen by half that length.
+    /// Multiplies the tool's own smoothing length. The path trails the pen by half of the resulting
+    /// length.
     float smoothingScale = 1.0f;
     std::optional<float> steady;
     /// Called after each dab.
     std::function<void()> progress;
-    /// Called regularly while the path is walked, whether or not dabs are applied. An exception,
+    /// Called regularly while the path is traversed, whether or not dabs are applied. An exception,
     /// such as Cancelled, ends the stroke at that point.
     std::function<void()> poll;
 
-    /// Options for a pen in live use, where dabs have to follow the pen closely: `limits.lateTime`
-    /// is 0, because window systems deliver samples in order, which leaves a delay of 4 samples (30
-    /// ms at 133 Hz, 4 ms at 1 kHz) instead of 50 to 88 ms; and `smoothingScale` is 1/4, so that
-    /// the path with the usual tool setting trails the pen by 8 pixels at a viewport height of 1080
+    /// Options for live pen input, where dabs have to follow the pen closely. `limits.lateTime` is
+    /// 0, because window systems deliver samples in order; the delay is then 4 samples (30 ms at
+    /// 133 Hz, 4 ms at 1 kHz) instead of 50 to 88 ms. `smoothingScale` is 1/4; with the usual tool
+    /// setting and a viewport height of 1080 pixels, the path then trails the pen by 8 pixels
     /// instead of 34.
     static PenStrokeOptions Interactive();
 };
 
-/// Combines the settings of the document and its tool with the options into those of a live stroke.
+/// Returns the settings of a live stroke, combined from the settings of the document, its tool and
+/// the options.
 /// \throw HostError if the document's spacing is out of range; see CheckSpacing.
 TROVIK_API LiveStrokeSettings PenStrokeSettings(Document& document,
                                                 const PenStrokeOptions& options);
 
-/// Begins a stroke of the document's loop as scripts do: the undo step is labelled with the tool's
-/// name, and without a seed the next one of the document is used.
-/// \throw HostError while a stroke is open, which stays open.
+/// Begins a stroke with the document's loop, as scripts do. The undo step is labelled with the
+/// tool's name. Without a seed, the document's next seed is used.
+/// \throw HostError if a stroke is already open; that stroke stays open.
 TROVIK_API void BeginStroke(Document& document,
                             BrushOperation::Modifier modifier,
                             std::optional<uint64_t> seed);
 
 /// A stroke that a user draws with pen or mouse in a document's view, from press to release. A
-/// script's stroke "pen" with the same samples gives a bit-identical result. The stroke is one undo
-/// step, and a journal records it.
+/// "pen" stroke in a script with the same samples gives a bit-identical result. The stroke is one
+/// undo step, and a journal records it.
 ///
 /// While it is open, Document rejects every operation that would change the mesh, the tool or the
 /// mirrors. If the stroke is ended through the document's loop, this object ignores further
@@ -81,7 +83,7 @@ public:
     void Add(const std::vector<PathSample>& samples);
     void Add(const PathSample& sample) { Add(std::vector<PathSample>{sample}); }
     /// See LiveStroke::Add and Continue: applies dabs until the budget is spent and returns whether
-    /// some remain.
+    /// any remain.
     bool Add(const std::vector<PathSample>& samples, LiveStroke::Budget budget);
     bool Continue(LiveStroke::Budget budget);
     /// See LiveStroke::Tick.

@@ -13,7 +13,7 @@ namespace trovik {
 class UndoHistory;
 class UndoStep;
 
-/// One undo step as a history panel shows it.
+/// One undo step, as shown in a history panel.
 struct HistoryEntry {
     std::string label;
     /// The tool that was active when the step was made.

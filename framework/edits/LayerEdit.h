@@ -9,8 +9,8 @@
 
 namespace trovik {
 
-/// Records the state of a level and its layers, gives access for changes, and creates an undo step
-/// from the difference.
+/// Records the state of a level and its layers, provides write access to them, and creates an undo
+/// step from the difference.
 class LayerEdit {
 public:
     /// The parts that a change may affect.
@@ -43,7 +43,7 @@ private:
     LayerBase::Layers layers;
     std::vector<LayerStep::Row> rowsBefore;
     std::shared_ptr<SculptLayer*> activeBefore;
-    /// For each row the states of all slots.
+    /// For each row, the states of all slots.
     std::vector<std::vector<SculptLayer::State>> statesBefore;
     std::vector<LayerBase::LayeredVertex> knotsBefore;
 };

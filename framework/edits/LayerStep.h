@@ -26,7 +26,7 @@ private:
         std::shared_ptr<SculptLayer> layer;
         SculptLayer::Properties given;
     };
-    /// Entries of a layer that changed, with their other states.
+    /// Changed entries of a layer, with the states to switch to.
     struct Entries {
         std::shared_ptr<SculptLayer> layer;
         std::vector<uint32_t> slots;
@@ -44,7 +44,7 @@ private:
     std::vector<uint32_t> vertices;
     std::vector<Vector> positions;
     std::vector<NormalWords> normals;
-    /// The layer base of the other state. It is stored because it includes rounding from earlier
+    /// The layer base in the other state. It is stored because it includes rounding from earlier
     /// strokes and cannot be recomputed exactly.
     std::vector<LayerBase::OtherLayeredVertex> layeredVertices;
     std::vector<std::shared_ptr<SculptLayer>> kept;

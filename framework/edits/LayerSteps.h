@@ -18,7 +18,7 @@ TROVIK_API std::unique_ptr<UndoStep> AddLayerAsStep(LevelGeometry& geometry,
 /// Removes a layer and its contribution to the surface. If it was active, no layer is active
 /// afterwards.
 TROVIK_API std::unique_ptr<UndoStep> RemoveLayerAsStep(LevelGeometry& geometry, SculptLayer& layer);
-/// Changes name, strength (any finite number), visibility and write lock at once.
+/// Changes name, strength (any finite number), visibility and write lock in one step.
 TROVIK_API std::unique_ptr<UndoStep> SetLayerPropertiesAsStep(
     LevelGeometry& geometry, SculptLayer& layer, const SculptLayer::Properties& properties);
 /// Moves the layer to index `index` within its level; 0 is the lowest, and an index that is too
@@ -34,9 +34,9 @@ TROVIK_API std::unique_ptr<UndoStep> SelectLayerAsStep(LevelGeometry& geometry, 
 TROVIK_API std::unique_ptr<UndoStep> DuplicateLayerAsStep(LevelGeometry& geometry,
                                                           SculptLayer& layer,
                                                           const std::string& name);
-/// Adds the layer to the one below, whose strength becomes 1, and removes it; the surface stays
-/// bit-identical. If the layer was active, the layer below becomes active. \throw HostError if
-/// there is no layer below, or one of the two is hidden or locked.
+/// Merges the layer into the one below, whose strength becomes 1; the surface stays bit-identical.
+/// If the layer was active, the layer below becomes active. \throw HostError if there is no layer
+/// below, or one of the two is hidden or locked.
 TROVIK_API std::unique_ptr<UndoStep> MergeLayerDownAsStep(LevelGeometry& geometry,
                                                           SculptLayer& layer);
 /// Removes the layer's offsets where the level is frozen: completely at full mask weight, and

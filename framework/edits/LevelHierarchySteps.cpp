@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Undo steps that add levels to the level hierarchy of a geometry or remove them.
+/// \file Undo steps that add levels to a geometry's hierarchy or remove levels from it.
 #include "framework/multires/Steps.h"
 
 #include <utility>

@@ -7,7 +7,7 @@ namespace trovik {
 
 namespace {
 
-/// A change to the contents of levels and to which level is bound; the hierarchy stays the same.
+/// A change of level contents and of the bound level; the hierarchy stays the same.
 class LevelStep : public UndoStep {
 public:
     LevelStep(LevelSwitch done, const LevelGeometry& geometry)

@@ -29,7 +29,7 @@ std::vector<uint32_t> SurfaceMoves::Apply(LevelChange& change) {
     vertices.reserve(moves.size());
     for (const auto& [vertex, position] : moves) vertices.push_back(vertex);
     std::vector<uint32_t> around = WithNeighbours(level, vertices);
-    // All records are created first, because this can fail.
+    // All records are created first, because creating one can fail.
     for (const uint32_t vertex : vertices) RecordOf(level, change, vertex, layer != nullptr);
     for (const uint32_t vertex : around) RecordOf(level, change, vertex, false);
 

@@ -91,8 +91,9 @@ std::vector<uint32_t> SettleSymmetry(LevelMesh& level,
     std::vector<Vector> positions(count);
     for (uint32_t i = 0; i < count; ++i)
         positions[i] = level.Position(records.array[i].vertexIndex);
-    // The planes are processed one after the other. Symmetry in earlier planes is preserved: their
-    // twins have twins in this plane, which receive the mirrored mean.
+    // The planes are processed one after the other. Symmetry about earlier planes is preserved: a
+    // vertex's twin across an earlier plane has a twin across this plane, too, and receives the
+    // mirrored mean.
     for (const int axis : axes) {
         for (uint32_t i = 0; i < count; ++i) {
             const uint32_t twin = byPosition.TwinOf(i, axis);

@@ -10,8 +10,8 @@ namespace trovik {
 /// Makes both sides of a mirrored stroke equal. If a vertex and its image in a coordinate plane of
 /// the mesh were exactly symmetric before the stroke, both move to the mean of one position and the
 /// mirror image of the other; a vertex in the plane returns to the plane. Pairs that agree stay
-/// bit-identical. Near the plane, a dab and its image overlap and are applied one after the other;
-/// only there would the two sides differ by more than rounding.
+/// bit-identical. Without this, the two sides could differ by more than rounding near the plane,
+/// where a dab and its image overlap and are applied one after the other.
 ///
 /// Pairs with different freeze amounts are not changed.
 ///
@@ -26,16 +26,16 @@ TROVIK_API std::vector<uint32_t> SettleSymmetry(LevelMesh& level,
 /// The half of a mesh that is copied to the other half.
 enum class SymmetrySide { Positive, Negative };
 
-/// Makes the bound level symmetric in the plane through the mesh's origin perpendicular to an axis,
-/// 0 x, 1 y, 2 z: each vertex of the model half keeps its position, its image moves to the mirrored
-/// position, and vertices of the plane are projected into it. Mirror images are found by the
-/// connectivity of level 0 (TopologicalMirror), so the halves may have any shape. Of each pair, the
-/// vertex that lies farther on the side `model` is the model.
+/// Makes the bound level symmetric about the plane through the mesh's origin perpendicular to an
+/// axis (0 x, 1 y, 2 z). Vertices on the model side keep their positions, their counterparts move
+/// to the mirrored positions, and vertices on the plane are projected onto it. Mirror images are
+/// found by the connectivity of level 0 (TopologicalMirror), so the halves may have any shape. In
+/// each pair, the vertex that lies farther towards the side `model` is the model.
 ///
 /// Frozen vertices do not move; partly frozen ones move part of the way. If a layer is active, the
 /// moves are recorded in it. Pushes one undo step. \return the number of vertices that moved.
-/// \throw HostError if the mesh has no such mirror; Cancelled, with nothing changed; once the first
-/// vertex moves, it cannot be cancelled. Cost: O(vertices).
+/// \throw HostError if the mesh has no such mirror; Cancelled, with the mesh unchanged. The
+/// operation cannot be cancelled once it has moved the first vertex. Cost: O(vertices).
 TROVIK_API uint32_t MakeSymmetric(LevelGeometry& geometry,
                                   int axis,
                                   SymmetrySide model,

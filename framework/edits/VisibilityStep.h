@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-/// The undo step of hiding and showing faces. Undo and redo cost the same as the original
+/// The undo step for hiding or showing faces. Undo and redo cost the same as the original
 /// operation.
 ///
 /// Memory: 8 bytes for each run of consecutive faces of the highest level.
@@ -32,7 +32,7 @@ private:
 };
 
 /// Hides or shows faces of the bound level and all their descendants, and returns the undo step,
-/// not yet pushed. It is permitted to hide all faces of the geometry.
+/// not yet pushed. All faces of the geometry may be hidden.
 /// \param wanted  one value for each face of the bound level. \return null if nothing changes.
 /// \throw HostError while a stroke is open. Cost: see FacesToToggle and ToggleHidden.
 TROVIK_API std::unique_ptr<VisibilityStep> SetVisibilityAsStep(

@@ -10,16 +10,16 @@
 namespace trovik {
 
 /// The compression method: Quick (LZ4) for recent data, Tight (Zstandard) for data that is likely
-/// to be kept for long.
+/// to be kept for a long time.
 enum class PackMethod : uint8_t { Quick, Tight };
 
 /// Packs arrays of plain values into one sequence of compressed bytes.
 ///
 /// Each array is split into pieces of at most 256 KiB. Within a piece, the first bytes of all
 /// elements come first, then all second bytes and so on, because bytes of the same rank are
-/// similar: signs and exponents of neighbouring positions, high bytes of indices. Pieces that do
-/// not shrink are stored uncompressed. Compression therefore needs memory for two pieces and the
-/// result, regardless of the size of the arrays.
+/// similar, for example the signs and exponents of neighbouring positions or the high bytes of
+/// indices. Pieces that do not shrink are stored uncompressed. Compression therefore needs memory
+/// for two pieces and the result, regardless of the size of the arrays.
 ///
 /// Layout: for each array its element size and count (u32, u64), then for each piece its packed
 /// length (u32) and its bytes. A packed length equal to the length of the piece means uncompressed.

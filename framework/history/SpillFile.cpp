@@ -72,7 +72,8 @@ std::vector<uint8_t> SpillFile::Read(const Extent& extent) const {
                                     static_cast<off_t>(extent.start + done));
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) throw HostError(where + "cannot be read: " + std::strerror(errno));
-        if (count == 0) throw HostError(where + "the file ends within the step stored here");
+        if (count == 0)
+            throw HostError(where + "the file ends in the middle of the step stored here");
         done += static_cast<uint64_t>(count);
     }
     if (Crc32(bytes.data(), bytes.size()) != extent.checksum)

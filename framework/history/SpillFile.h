@@ -10,9 +10,9 @@
 
 namespace trovik {
 
-/// A temporary file of byte sequences. Its name is removed from the folder as soon as it is open,
-/// so that it disappears when the program ends, even by a crash. Fill and Read are thread-safe; all
-/// other functions must be called by one thread at a time.
+/// A temporary file that stores byte sequences. It is unlinked as soon as it is open, so it
+/// disappears when the program ends, even after a crash. Fill and Read are thread-safe; all other
+/// functions must be called by one thread at a time.
 class TROVIK_API SpillFile {
 public:
     /// The location of a sequence, and the checksum that verifies its bytes.
@@ -42,7 +42,7 @@ public:
 
     /// Total size of the stored sequences in bytes.
     uint64_t Bytes() const { return used; }
-    /// A path by which this process can open the file, for inspection.
+    /// A path through which this process can open the file, for inspection.
     std::string OpenPath() const;
 
 private:

@@ -29,16 +29,16 @@ public:
     SpillFile::Extent extent;
     /// The bytes in memory that are counted for this record.
     uint64_t bytes = 0;
-    /// Number of withdrawals; jobs with a different number are void.
+    /// Counts withdrawn requests; a job created with a different count is void.
     uint64_t asking = 0;
     bool busy = false;
 };
 
 namespace {
 
-/// After packing, the allocator still holds the freed memory. Amounts of at least this size are
-/// returned to the system. Smaller amounts are reused when a step is unpacked, which avoids page
-/// faults.
+/// After packing, the allocator still holds the freed memory. If at least this many bytes were
+/// freed, the memory is returned to the system. Otherwise it is kept for reuse when a step is
+/// unpacked, which avoids page faults.
 constexpr uint64_t minReleasedBytes = uint64_t{16} << 20;
 
 uint64_t ArrayBytes(const std::vector<StepArray>& arrays) {

@@ -17,8 +17,8 @@ namespace trovik {
 class StepRecord;
 
 /// Stores the steps of one history. A step is either open, as it was created, or has its arrays
-/// packed in memory or in a file. A thread of the keeper packs, repacks and writes, in the order of
-/// the requests; it starts with the first request. If the system cannot start a thread, the work is
+/// packed in memory or in a file. The keeper's worker thread packs, repacks and writes in the order
+/// of the requests; the first request starts it. If the system cannot start a thread, the work is
 /// done immediately on the caller's thread. The keeper itself must be used by one thread only.
 ///
 /// A step whose arrays are packed still has all its other members, so its type, label and small
@@ -40,7 +40,7 @@ public:
     /// Requests that the arrays be packed. Has no effect on a step with fewer than `minBytes` in
     /// arrays.
     void Pack(const Handle& record, uint64_t minBytes);
-    /// Packs tightly on the calling thread, immediately.
+    /// Packs the arrays tightly and immediately, on the calling thread.
     void PackNow(const Handle& record, uint64_t minBytes);
     /// Requests that a packed step be repacked tightly.
     void Tighten(const Handle& record);
@@ -60,7 +60,7 @@ public:
     /// Must be called when the content of an open step has changed.
     void Remeasure(const Handle& record);
 
-    /// Memory of all steps in bytes, including those that wait to be packed.
+    /// Memory of all steps in bytes, including those that are waiting to be packed.
     uint64_t Bytes() const;
     /// The maximum of Bytes() so far; it includes packed bytes while they are being created.
     uint64_t PeakBytes() const;
@@ -78,7 +78,7 @@ public:
     /// Whether steps can be moved into a file, that is, a folder was set and no error has occurred
     /// since.
     bool CanSpill() const;
-    /// Returns the file's error once; afterwards returns an empty text.
+    /// Returns the file error once; afterwards returns an empty string.
     std::string TakeProblem();
     std::string SpillPath() const;
 
@@ -87,8 +87,8 @@ private:
     struct Job {
         Handle record;
         Task task;
-        /// The request number of the record when the job was created. If the record's number has
-        /// changed since, the job was withdrawn.
+        /// The record's withdrawal count when the job was created. If the count has changed since,
+        /// the job was withdrawn.
         uint64_t asked;
     };
     void Ask(const Handle& record, Task task);

@@ -29,7 +29,7 @@ public:
     virtual std::vector<StepArray> Arrays() { return {}; }
 
     std::string label;
-    /// Undone and redone together with the previous step.
+    /// Whether the step is undone and redone together with the previous one.
     bool joinPrevious = false;
 };
 
@@ -48,11 +48,11 @@ class StepRecord;
 /// newest always remains. Pushing a step drops the undone steps. Joined steps form a group, which
 /// is undone, redone and dropped as a whole.
 ///
-/// A thread of the history compresses a finished step, quickly at first, and tightly when enough
-/// newer steps follow it. The selection of steps to drop does not depend on the progress of that
-/// thread: if the budget is exceeded, the history first waits for the thread. Undo and redo wait
-/// only for the step that they apply; while many steps are read back from the file, they
-/// occasionally wait for pending writes to the file.
+/// A background thread compresses finished steps: quickly at first, and tightly once enough newer
+/// steps follow. The selection of steps to drop does not depend on the progress of that thread: if
+/// the budget is exceeded, the history first waits for the thread. Undo and redo wait only for the
+/// step that they apply; while many steps are read back from the file, they occasionally wait for
+/// pending writes to the file.
 ///
 /// Memory: at most the budget, unless the newest step alone is larger. A step that is being
 /// unpacked, applied or converted to another form is not counted against the budget.
@@ -68,9 +68,9 @@ public:
     /// Adds a step that has already been applied. A step with joinPrevious is not joined if no
     /// applied step precedes it.
     void Push(std::unique_ptr<UndoStep> step);
-    /// Adds the step of one mesh of a stroke. It is joined to the newest step if that belongs to
-    /// the same stroke and the history has not changed in between, regardless of the step's
-    /// `joinPrevious`.
+    /// Adds the step that a stroke creates for one mesh. The step is joined to the newest one if
+    /// that belongs to the same stroke and the history has not changed in between, regardless of
+    /// the step's `joinPrevious`.
     /// \param strokeNumber  identifies the stroke; not 0.
     void PushOfStroke(std::unique_ptr<UndoStep> step, uint64_t strokeNumber);
     /// If `on` is true, the next step to be pushed joins the newest one, regardless of the step's
@@ -97,8 +97,8 @@ public:
 
     /// Sets the folder of a temporary file. From then on, steps that exceed the budget are moved
     /// into that file instead of being dropped, starting with those farthest from the position. The
-    /// file grows to at most eight times the budget; beyond that, the oldest steps are dropped. It
-    /// is not listed in the folder and disappears when the program ends. An empty name stops
+    /// file grows to at most eight times the budget; beyond that, the oldest steps are dropped. The
+    /// file is not listed in the folder and disappears when the program ends. An empty name stops
     /// further writing.
     ///
     /// If the file cannot be written (for example because the disk is full), the step stays in
@@ -109,7 +109,7 @@ public:
     std::string TakeProblem();
     /// Total size of the steps in the file, in bytes.
     uint64_t SpilledBytes() const;
-    /// A path by which this process can open the file; empty if there is no file.
+    /// A path through which this process can open the file; empty if there is no file.
     std::string SpillPath() const;
 
     /// Memory of all steps in bytes: compressed, being compressed, and waiting for compression.

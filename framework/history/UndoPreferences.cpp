@@ -31,7 +31,7 @@ const Preferences::Float& Budget() {
 const Preferences::Bool& File() {
     static const Preferences::Bool file(Ascii("Undo File"),
                                         Ascii("General"),
-                                        Ascii("Undo Beyond the Budget in a File"),
+                                        Ascii("Store Undo Steps Beyond the Budget in a File"),
                                         Ascii("General"),
                                         false,
                                         true);

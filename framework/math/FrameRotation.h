@@ -9,11 +9,11 @@ namespace trovik {
 
 /// The rotation of the surface around one vertex between two states. It maps the frame of the
 /// vertex in the first state to its frame in the second. The third axis of the frame is the normal.
-/// The other two axes need not be chosen, because only the rotation matters. It consists of the
-/// shortest rotation from normal to normal, followed by a rotation about the normal by the angle
-/// that best aligns the old edges with the new ones. The alignment is by least squares over all
-/// edges of the vertex, so that no edge is preferred, and that poles of any valence and borders are
-/// handled alike.
+/// The other two axes need not be chosen, because only the rotation matters. The rotation consists
+/// of the shortest rotation from normal to normal, followed by a rotation about the normal by the
+/// angle that best aligns the old edges with the new ones. The alignment is by least squares over
+/// all edges of the vertex, so that no edge is preferred, and that poles of any valence and borders
+/// are handled alike.
 ///
 /// The rotation preserves lengths under any deformation of the surface. If the normals of the faces
 /// cancel, for example where two coincident sheets face each other, the face that is largest in

@@ -17,11 +17,11 @@ public:
     const Matrix& ToLocal() const { return toLocal; }
 
     /// Sets scale * rotation (Euler angles in degrees about x, then y, then z) * translation, in
-    /// the row-vector convention. A zero scale axis has no inverse: ToLocal then maps that axis to
-    /// 0.
+    /// the row-vector convention. A scale of zero along an axis has no inverse; ToLocal then maps
+    /// that axis to 0.
     void Set(const Vector& scale, const Vector& rotationDegrees, const Vector& translation);
-    /// Sets any affine matrix. The scale is the length of rows 0 to 2, negative for row 0 if the
-    /// determinant is negative.
+    /// Sets any affine matrix. The scales are the lengths of rows 0 to 2; the first one is negative
+    /// if the determinant is negative.
     void SetMatrix(const Matrix& matrix);
     /// Copies the three stored parts of another transform, bit-exactly.
     void Restore(const Matrix& localToWorld, const Matrix& worldToLocal, const Vector& factors);

@@ -20,13 +20,13 @@ struct FreeMemory {
 };
 
 /// Returns the minimum of:
-/// - the memory that the machine has available without swapping (MemAvailable of /proc/meminfo),
+/// - the memory available on the machine without swapping (MemAvailable in /proc/meminfo),
 /// - the remainder of the memory limits of the process's control group and its ancestors, cgroup
 ///   version 1 or 2; file pages that the kernel can drop count as free,
 /// - the remainder of RLIMIT_AS and RLIMIT_DATA.
 ///
 /// The result is a snapshot: other processes change it. Sources that cannot be read impose no
-/// limit. Cost: reads about ten small files of /proc and /sys, about 100 microseconds.
+/// limit. Cost: about 100 microseconds, to read about ten small files in /proc and /sys.
 /// \param systemRoot  folder that contains `proc` and `sys`.
 TROVIK_API FreeMemory QueryFreeMemory(const std::string& systemRoot = "/");
 

@@ -7,9 +7,9 @@
 /// Requests to the operating system about memory that is already allocated.
 namespace trovik {
 
-/// Asks the system to back memory with large pages. A first access then costs one page fault per
+/// Asks the system to back memory with large pages. First accesses then cause one page fault per
 /// two megabytes instead of one per four kilobytes, and scattered accesses cause fewer TLB misses.
-/// Call it for arrays of the size of a mesh or a stroke, before they are written; small arrays are
+/// Call it for mesh-sized or stroke-sized arrays, before they are written; small arrays are
 /// skipped. The system may ignore this hint. Contents and addresses do not change.
 TROVIK_API void PreferLargePages(void* memory, uint64_t bytes);
 

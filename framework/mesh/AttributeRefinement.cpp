@@ -33,7 +33,7 @@ std::vector<std::uint32_t> Repeated(const std::vector<std::uint32_t>& perFace,
     return list;
 }
 
-/// Appends the UVs of the quads that one face becomes.
+/// Appends the UVs of the quads into which one face is split.
 void SplitUvs(const SurfaceAttributes& before,
               std::size_t first,
               std::uint32_t n,

@@ -14,8 +14,8 @@ namespace trovik {
 /// \throw Cancelled.
 PolygonMesh ToUniformFaces(const PolygonMesh& polygons, JobControl* job = nullptr);
 
-/// Returns one sentence of advice for a user who is about to refine the mesh, or an empty string.
-/// The advice is given if at least half of the faces are triangles.
+/// If at least half of the faces are triangles, returns one sentence of advice for a user who is
+/// about to refine the mesh; otherwise returns an empty string.
 TROVIK_API std::string RefinementNote(const PolygonMesh& polygons);
 
 /// Computes the neighbour across each side of each face, as face * 4 + side, or openBorder. An edge

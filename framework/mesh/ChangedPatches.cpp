@@ -47,8 +47,8 @@ public:
     }
 
 private:
-    /// Returns the entry of the level in which the vertex is new; null if that level is at most the
-    /// patch level.
+    /// Returns the entry of the level in which the vertex is new; null if that level is not above
+    /// the patch level.
     NewVertices* NewVerticesOf(uint32_t vertex) {
         for (std::size_t i = born.size(); i-- > 0;)
             if (vertex >= firstNew[i]) return &born[i];
@@ -98,8 +98,8 @@ private:
         const uint32_t firstSide = corners == 4 ? side : 0;
         const uint32_t secondSide = corners == 4 ? side : 3;
         uint32_t finest = firstChild;
-        // The end of the first half: the child at that corner keeps the same corner on every finer
-        // level.
+        // The corner at the end of the first half. It has the same index in the child that contains
+        // it, on every finer level.
         const uint32_t middle = (firstSide + 1) & 3u;
         for (uint32_t i = 1; i < below; ++i) finest = finest * 4 + middle;
         inside.push_back(level.faceVertexIndices.array[finest * 4 + middle]);

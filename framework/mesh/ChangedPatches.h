@@ -10,7 +10,7 @@ namespace trovik {
 
 class LevelMesh;
 
-/// Returns the level whose faces are the patches when changed vertices are reported. A patch has up
+/// Returns the level whose faces define the patches in reports of changed vertices. A patch has up
 /// to 32 x 32 faces.
 inline uint32_t ReportedPatchLevel(uint32_t level) { return level > 5 ? level - 5 : 0; }
 

@@ -10,8 +10,8 @@
 
 namespace trovik {
 
-/// A face with more corners is rejected as file corruption: modelling programs do not write such
-/// faces.
+/// Maximum number of corners per face. Modelling programs do not write larger faces, so a file that
+/// contains one is rejected as corrupt.
 inline constexpr std::size_t maxFaceCorners = 1'000'000;
 
 /// Returns a vertex that the face uses more than once, if there is one.

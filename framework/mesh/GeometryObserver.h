@@ -16,13 +16,12 @@ struct FaceVisit;
 /// returns. An observer must not change the geometry or its list of observers, and must not throw.
 class TROVIK_API GeometryObserver {
 public:
-    /// Called when a walk over the faces or vertices of the level has ended, including by an
-    /// exception of its visitor.
-    /// \param visits  the results of the calls of the visitor's Tester, in order; valid until the
-    /// next walk on the level.
+    /// Called when a walk over the level's faces or vertices has ended, even if its visitor threw
+    /// an exception.
+    /// \param visits  the results of the visitor's Tester calls, in order; valid until the next
+    /// walk on the level.
     virtual void WalkEnded(const LevelMesh& /*level*/, const std::vector<FaceVisit>& /*visits*/) {}
-    /// Called after a MeshChange of the level was finished with these arguments
-    /// (MeshChange::Finish).
+    /// Called after MeshChange::Finish was called with these arguments for a change of the level.
     virtual void ChangeFinished(const LevelMesh& /*level*/,
                                 bool /*keepTopology*/,
                                 bool /*joinPrevious*/) {}

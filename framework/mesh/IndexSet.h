@@ -13,15 +13,15 @@ namespace trovik {
 /// A set of vertex or face numbers. Each member has a rank: its index in ascending order, from 0.
 ///
 /// Ranks are stored in pages of 512 numbers; pages without members are not stored. Cost and memory:
-/// linear in the members if their numbers are close together, as in a region of a mesh, plus 8
-/// bytes per 512 numbers between the lowest and the highest member.
+/// linear in the number of members if their numbers are close together, as in a region of a mesh,
+/// plus 8 bytes per 512 numbers between the lowest and the highest member.
 class TROVIK_API IndexSet {
 public:
     /// \param members  in any order; duplicates are allowed.
     explicit IndexSet(std::span<const uint32_t> members);
 
     static constexpr uint32_t noRank = 0xffffffffu;
-    /// Returns the number of lower members, or noRank if the number is not a member.
+    /// Returns how many members are below `number`, or noRank if `number` is not a member.
     uint32_t RankOf(uint32_t number) const {
         const std::size_t page = number / pageNumbers - firstPage;
         if (page >= pages.size() || pages[page] == noPage) return noRank;

@@ -12,14 +12,14 @@ struct LevelForecast {
     /// Faces and vertices of the highest additional level.
     uint64_t faces = 0;
     uint64_t vertices = 0;
-    /// Memory of all additional levels in total: the face and vertex arrays, and the position
-    /// copies that are needed to detect changes since the level was bound.
+    /// Total memory of all additional levels: the face and vertex arrays, and the position copies
+    /// that are needed to detect changes since the level was bound.
     uint64_t bytes = 0;
     /// Number of additional levels. Less than requested if the element count of a level does not
     /// fit the index type.
     uint32_t levels = 0;
 
-    /// Four indices, the flags, and the stamp that walks write.
+    /// Four indices, the flags, and the visit stamp for walks.
     static constexpr uint64_t bytesPerFace = 4 * sizeof(uint32_t) + 1 + sizeof(uint32_t);
     static constexpr uint64_t bytesPerVertex = sizeof(Vertex) + sizeof(PackedNormal);
 };

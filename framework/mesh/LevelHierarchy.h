@@ -12,15 +12,15 @@
 
 namespace trovik {
 
-/// The position of an observer in the call order of its geometry.
+/// When an observer is called, relative to the other observers of the geometry.
 enum class ObserverOrder {
-    /// Called before the others. For structures that are derived from the surface, such as pick
-    /// trees, which other observers may query.
+    /// Called before the others. For data structures, such as pick trees, that are derived from the
+    /// surface and that other observers may query.
     First,
     Later
 };
 
-/// The levels of one mesh, reduced to the interface that a level needs: the topology of a level
+/// The levels of one mesh, reduced to the interface that a single level needs, because its topology
 /// depends on the levels below it. LevelGeometry, the only implementation, adds the propagation of
 /// edits between levels.
 class TROVIK_API LevelHierarchy : public Geometry {

@@ -23,14 +23,14 @@ struct FaceVisit {
     bool answer;
 };
 
-/// One level of a LevelGeometry: the storage of a mesh and its walks.
+/// One level of a LevelGeometry: the stored mesh and the walks over it.
 ///
 /// Level 0 stores the adjacency of its faces. Every other level is the Catmull-Clark refinement of
 /// the level below. Face f of the level below becomes the faces 4f to 4f + 3; child k is at corner
 /// k and has the same corner order as f. A triangle becomes the faces 3f to 3f + 2; the corners of
 /// child k are corner k, the point on edge k, the face point and the point on edge k - 1. The
-/// topology is implicit: the neighbour across a side follows from the base by arithmetic on the
-/// digits of the face number.
+/// topology is implicit: the neighbour across a side is computed from the base mesh and the digits
+/// of the face number.
 ///
 /// Vertex numbers: the vertices of the level below keep their numbers. They are followed, for each
 /// face of the level below, by the edge points that no earlier face uses, in the order of the
@@ -38,7 +38,7 @@ struct FaceVisit {
 /// memory.
 ///
 /// Walks mark visited elements with stamps that are stored in the mesh. A walk does not allocate
-/// once its queue has grown to its largest size.
+/// once its queue is large enough.
 class TROVIK_API LevelMesh : public SubdivisionLevel {
 public:
     ~LevelMesh() override;
@@ -49,8 +49,8 @@ public:
                                        uint32_t face) override;
     void EnumerateFaces(uint32_t face, FaceEnumerator* enumerator, int reserved) override;
     void EnumerateVertices(uint32_t face, VertexEnumerator* enumerator) override;
-    /// Uses the mirror of the geometry, if one was computed (LevelGeometry::FindMirror). Returns -1
-    /// and writes nothing if the corner has no mirror image. Cost: O(level).
+    /// Uses the geometry's mirror, if one was computed (LevelGeometry::FindMirror). Returns -1 and
+    /// writes nothing if the corner has no mirror image. Cost: O(level).
     int32_t MirrorVertex(uint32_t face,
                          uint32_t corner,
                          uint32_t* outFace,
@@ -65,8 +65,8 @@ public:
     void Unlock() override;
     int Index() const override;
 
-    /// Returns the levels that this level belongs to, even while it is removed from the list.
-    /// GeometryOf (LevelGeometry.h) returns its geometry.
+    /// Returns the hierarchy of this level, even while the level is removed from it. GeometryOf
+    /// (LevelGeometry.h) returns the level's geometry.
     LevelHierarchy& Hierarchy() const { return *hierarchy; }
     uint32_t VertexCount() const { return vertexCount; }
     /// Number of vertices of the level below, which are the first vertices of this level; 0 for
@@ -83,9 +83,8 @@ public:
         if (older.MissesPosition(vertex)) NoteOlderPosition(vertex);
         StorePosition(vertex, p);
     }
-    /// Counts an edit of positions or normals in the open change, if there is one. Code that writes
-    /// to the storage directly must call this once per edit, unless it writes on behalf of the
-    /// brush.
+    /// If a change is open, counts one edit of positions or normals in it. Code that writes to the
+    /// storage directly must call this once per edit, unless it writes on behalf of the brush.
     void CountOutsideEdit() {
         if (outsideEditCount != nullptr) ++*outsideEditCount;
     }
@@ -109,9 +108,8 @@ public:
     /// \throw Cancelled; in that case, some normals may have changed.
     void ComputeNormals(JobControl* job = nullptr);
 
-    /// Sets the freeze amount, 0 to 127: the mask that the user painted. Updates the count that
-    /// FreezeQuery reads. A hidden vertex keeps its own amount, which takes effect again when the
-    /// vertex is shown.
+    /// Sets the freeze amount (the painted mask), 0 to 127. Updates the count used by FreezeQuery.
+    /// A hidden vertex keeps its own amount, which takes effect again when the vertex is shown.
     void SetFreeze(uint32_t vertex, uint8_t amount);
     uint8_t Freeze(uint32_t vertex) const {
         const Vertex& v = vertices.array[vertex];
@@ -146,7 +144,8 @@ public:
     /// \param faces  without duplicates.
     /// Cost: linear in the number of these faces, at most O(faces of the level).
     void ToggleHidden(std::span<const FaceRun> faces);
-    /// Updates the counts and the vertices after code has written to faceFlags. Cost: O(faces).
+    /// Updates the counts and the hidden vertices after faceFlags was written directly. Cost:
+    /// O(faces).
     void RefreshHidden();
 
     void SetLockable(bool on) { lockable = on; }
@@ -214,8 +213,8 @@ private:
     void MakeBaseTables(JobControl* job = nullptr);
     void DropBaseTables();
     void NoteOlderPosition(uint32_t vertex);
-    /// Marks a walk as running. When the walk ends, normally or by an exception, the observers are
-    /// notified.
+    /// Marks a walk as running, and notifies the observers when it ends, normally or by an
+    /// exception.
     class WalkScope;
     /// Calls report(adjacent vertex, face) in the order of EnumerateAdjacentVertices.
     template <typename Report>
@@ -243,7 +242,7 @@ private:
     Store<uint32_t> baseNeighbours;
     /// Level 0 only: the lowest-numbered face of each vertex.
     Store<uint32_t> baseVertexFace;
-    /// Stamps that walks write; see WalkStamps in the source file.
+    /// Stamps of the last walk that visited each face or vertex; see LevelWalks.cpp.
     Store<uint32_t> faceWalkStamps;
     Store<uint32_t> vertexWalkStamps;
     uint32_t faceWalk = 0;

@@ -6,8 +6,8 @@
 
 namespace trovik {
 
-/// Applies one Catmull-Clark step to a whole level: to its topology, and to its positions by the
-/// rules of CatmullClarkRules.h.
+/// Applies one Catmull-Clark step to the topology and the positions of a whole level. The position
+/// rules are in CatmullClarkRules.h.
 class LevelRefiner {
 public:
     /// \param jobControl  checked by RefineTopology and RefinePositions, which throw Cancelled and

@@ -17,7 +17,7 @@ void LevelRefiner::RefinePositions(const LevelMesh& fine, Place place, const Vec
         phase.Add();
         facePoints[face] = points.FacePoint(face);
     }
-    // Sums of face points and next corners around each vertex. Border vertices depend only on their
+    // Sums of face points and next corners around each vertex. Border vertices depend only on the
     // border.
     std::vector<RunningSum> around(coarse.VertexCount());
     std::unordered_map<uint32_t, RunningSum> borderEnds;

@@ -15,8 +15,8 @@ namespace {
 /// means visible.
 constexpr uint8_t vertexIsHidden = 0x80;
 
-/// Per vertex, visiting the surrounding faces costs about this many times as much as one pass over
-/// all faces.
+/// Visiting the faces around one vertex costs about this many times as much as visiting one face in
+/// a pass over all faces.
 constexpr uint64_t aroundVertexCost = 16;
 
 }  // namespace

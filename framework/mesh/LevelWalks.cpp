@@ -91,7 +91,7 @@ uint32_t LevelMesh::ForEachAdjacent(uint32_t vertex, uint32_t face, Report repor
             ++reports;
             break;
         }
-        // The neighbour has the opposite direction along the edge, so its side starts at the
+        // The neighbour traverses the edge in the opposite direction, so its side starts at the
         // vertex.
         at = neighbour >> 2;
         corner = neighbour & 3u;

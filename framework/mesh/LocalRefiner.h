@@ -22,7 +22,7 @@ public:
     LocalRefiner(LevelMesh& coarseLevel, const OlderValues<Vector>& positions)
         : coarse(coarseLevel), older(&positions), corners(coarseLevel.CornersPerFace()) {}
 
-    /// Returns the position of a coarse vertex that the refinement uses as input.
+    /// Returns the position that the refinement uses for a coarse vertex.
     Vector At(uint32_t vertex) const {
         if (inputPositions != nullptr) return inputPositions[vertex];
         const Vector* position = older == nullptr ? nullptr : older->Find(vertex);

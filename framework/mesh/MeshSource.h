@@ -53,7 +53,7 @@ struct MorphTarget {
 };
 
 /// A mesh in the form that file writers consume: block by block, in order, so that a large mesh is
-/// not copied in memory. Positions, offsets and normals are in the space of the file.
+/// not copied in memory. Positions, offsets and normals are in the file's coordinate space.
 ///
 /// A source borrows its data; the data must not change during the lifetime of the source.
 class TROVIK_API MeshSource {

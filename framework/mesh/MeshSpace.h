@@ -35,8 +35,8 @@ TROVIK_API std::string UpAxisName(UpAxis axis);
 TROVIK_API MeshSpace Overlaid(const MeshSpace& under, const MeshSpace& over);
 
 /// Converts coordinates from one space to another: scales them, then rotates them about x, so that
-/// left and right are preserved. If a property is unknown on either side, coordinates are not
-/// converted for it and stay bit-identical.
+/// left and right are preserved. A property that is unknown in either space is ignored; if both are
+/// ignored, coordinates stay bit-identical.
 class TROVIK_API SpaceConversion {
 public:
     SpaceConversion() = default;

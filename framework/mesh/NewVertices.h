@@ -13,7 +13,7 @@ namespace trovik {
 class NewVertices {
 public:
     /// \param newLevel  at least level 1.
-    /// \param facesOfPatch  number of faces of the level below per patch.
+    /// \param facesOfPatch  number of faces per patch on the level below.
     NewVertices(const LevelMesh& newLevel, uint32_t facesOfPatch) : level(newLevel) {
         const LevelMesh& below = *level.Hierarchy().Level(static_cast<uint32_t>(level.Index()) - 1);
         slotsPerPatch = facesOfPatch * below.CornersPerFace() * 4;

@@ -7,12 +7,12 @@
 
 namespace trovik {
 
-/// A renderer that draws nothing and records the notifications it receives while it is listening. A
+/// A renderer that draws nothing and, once started, records the notifications that it receives. A
 /// host without a display attaches it to a mesh to check which notifications a brush sends.
 class TROVIK_API NotificationRecorder : public MeshRenderer {
 public:
-    /// \param updateFactor  0 if brushes must notify of every vertex; otherwise a brush may send
-    /// one notification per patch.
+    /// \param updateFactor  0 if brushes must send a notification for every vertex; otherwise a
+    /// brush may send one per patch.
     explicit NotificationRecorder(float updateFactor) : factor(updateFactor) {}
 
     struct Notice {

@@ -163,7 +163,7 @@ void WalkFan(const CornerRing& ring,
     }
 }
 
-/// Returns the fans that do not keep their vertex, ordered by vertex and then by lowest-numbered
+/// Returns the fans that need a copy of their vertex, ordered by vertex and then by lowest-numbered
 /// face.
 std::vector<Fan> FindFurtherFans(const CornerRing& ring,
                                  const std::vector<std::uint32_t>& twins,
@@ -173,7 +173,7 @@ std::vector<Fan> FindFurtherFans(const CornerRing& ring,
     std::vector<Fan> further;
     std::vector<bool> cornerSeen(ring.Count(), false);
     std::vector<bool> vertexSeen(vertexCount, false);
-    // Corners are stored in face order, so the first corner found of a fan is in the fan's
+    // Corners are stored in face order, so the first corner found in a fan belongs to the fan's
     // lowest-numbered face.
     for (std::uint32_t corner = 0; corner < ring.Count(); ++corner) {
         phase.Add();

@@ -87,8 +87,9 @@ void CheckIndices(const std::vector<std::uint32_t>& indices,
     for (const std::uint32_t index : indices) {
         phase.Add();
         if (index != SurfaceAttributes::none && index >= listLength) {
-            throw HostError(source + ": the list of " + what + " refers to number " +
-                            std::to_string(index) + " of " + std::to_string(listLength));
+            throw HostError(source + ": the list of " + what + " refers to index " +
+                            std::to_string(index) + ", but valid indices are below " +
+                            std::to_string(listLength));
         }
     }
     phase.Finish();
@@ -104,23 +105,23 @@ void CheckSurfaceAttributes(const SurfaceAttributes& attributes,
     CheckIndices(attributes.cornerUvs,
                  counts.corners,
                  attributes.uvs.size(),
-                 "texture coordinates of corners",
+                 "corner texture coordinates",
                  source,
                  job);
     CheckIndices(attributes.faceGroups,
                  counts.faces,
                  attributes.groupNames.size(),
-                 "groups of faces",
+                 "face groups",
                  source,
                  job);
     CheckIndices(attributes.faceMaterials,
                  counts.faces,
                  attributes.materialNames.size(),
-                 "materials of faces",
+                 "face materials",
                  source,
                  job);
     if (!attributes.faceSmoothing.empty() && attributes.faceSmoothing.size() != counts.faces) {
-        throw HostError(source + ": the list of smoothing groups of faces has " +
+        throw HostError(source + ": the list of face smoothing groups has " +
                         std::to_string(attributes.faceSmoothing.size()) + " entries, but " +
                         std::to_string(counts.faces) + " are needed");
     }

@@ -26,7 +26,7 @@ struct PolygonMesh {
     std::string name;
     /// UVs, colours, groups, and the space of the coordinates.
     SurfaceAttributes attributes;
-    /// Data in the file that the reader skipped, one sentence each.
+    /// Describes the data in the file that the reader skipped, one sentence per item.
     std::vector<std::string> notes;
 };
 
@@ -77,12 +77,12 @@ TROVIK_API ManifoldReport MakeOrientedManifold(PolygonMesh& mesh, JobControl* jo
 /// attributes, whose lengths do not match; more than 2^32 - 2 vertices, faces or corners. Messages
 /// count faces and vertices from 0.
 /// \param source  the prefix of each message, such as the file's path.
-/// \throw HostError for the first fault; Cancelled.
+/// \throw HostError for the first error found; Cancelled.
 TROVIK_API void CheckPolygonMesh(const PolygonMesh& mesh,
                                  const std::string& source,
                                  JobControl* job = nullptr);
 
-/// The sizes of a surface.
+/// The element counts of a surface.
 struct SurfaceCounts {
     std::size_t vertices;
     std::size_t faces;
@@ -91,7 +91,7 @@ struct SurfaceCounts {
 
 /// Checks that the attribute lists of a surface have the right lengths, valid indices and finite
 /// values.
-/// \throw HostError for the first fault.
+/// \throw HostError for the first error found.
 TROVIK_API void CheckSurfaceAttributes(const SurfaceAttributes& attributes,
                                        const SurfaceCounts& counts,
                                        const std::string& source,

@@ -18,14 +18,14 @@ public:
 };
 
 /// The meshes that a brush has locked and the changes that it has not deleted yet. It is a member
-/// of the brush base class, so that destroying a brush in mid-stroke ends its locks and changes.
-/// Both lists are empty after a brush ends its stroke.
+/// of the brush base class, so that destroying a brush in mid-stroke releases its locks and ends
+/// its changes. Both lists are empty after a brush ends its stroke.
 ///
 /// Meshes and changes add and remove themselves. Not thread-safe.
 class TROVIK_API StrokeResources {
 public:
-    /// Returns the resources of a brush, or null for any other lock holder. Defined together with
-    /// the base class of the brushes, which owns them.
+    /// Returns the resources of a brush, or null for any other lock holder. Defined alongside the
+    /// brush base class, which owns the resources.
     static StrokeResources* Of(MeshUnlocker* holder);
 
     explicit StrokeResources(BrushOperation& ofBrush) : brush(ofBrush) {}
@@ -36,7 +36,7 @@ public:
     StrokeResources(const StrokeResources&) = delete;
     StrokeResources& operator=(const StrokeResources&) = delete;
 
-    /// Calls EndStroke of the brush because its mesh is about to be destroyed. Exceptions of
+    /// Calls the brush's EndStroke because its mesh is about to be destroyed. Exceptions from
     /// EndStroke are ignored.
     void EndStroke();
 

@@ -13,8 +13,8 @@ inline Vector Unpacked(const PackedNormal& normal) {
 }
 
 /// Transforms a mesh-local normal of any length to world space; returns unit length or zero. Uses
-/// the transpose of the inverse, so that the normal stays perpendicular to a surface with
-/// non-uniform scale.
+/// the transpose of the inverse, so that the normal stays perpendicular to the surface under
+/// non-uniform scaling.
 TROVIK_API Vector WorldNormal(const MatrixTransform& transform, const Vector& local);
 
 }  // namespace trovik

@@ -24,7 +24,7 @@ class TROVIK_API TopologicalMirror {
 public:
     /// Finds the mirror of a mesh. `base` is level 0. If several mirrors are possible, the current
     /// positions of `base` select the one closest to a reflection in the plane through the origin
-    /// perpendicular to `axis` (0 x, 1 y, 2 z). The rest of this description is for x; the other
+    /// perpendicular to `axis` (0 x, 1 y, 2 z). The rest of this description assumes x; the other
     /// axes work the same way.
     ///
     /// A map that exchanges front and back, or top and bottom, instead of left and right is not

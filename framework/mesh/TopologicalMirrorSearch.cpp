@@ -22,8 +22,8 @@ constexpr std::size_t seedLimit = 1024;
 constexpr std::size_t mirrorLimit = 8;
 /// Maximum number of other components to try as the mirror image of a component.
 constexpr std::size_t partnerLimit = 4;
-/// Maximum number of steps of all walks from one list of seeds, as a multiple of the component's
-/// face count.
+/// Maximum total number of steps of the walks from one list of seeds, as a multiple of the
+/// component's face count.
 constexpr uint64_t walkLimit = 200;
 /// A seed or map whose error is at most this fraction of its size is a reflection up to rounding.
 constexpr double exactRatio = 1e-10;
@@ -107,7 +107,8 @@ private:
     bool PairVertices(uint32_t vertex, uint32_t across);
     Map EndWalk();
 
-    /// Counts the faces of finished components; walks poll it.
+    /// Counts the faces of finished components; also polled during walks, so that they can be
+    /// cancelled.
     JobPhase phase;
     LevelMesh& base;
     int axis;
@@ -295,7 +296,7 @@ TopologicalMirrorSearch::Map TopologicalMirrorSearch::BestMap(std::size_t number
     return best;
 }
 
-/// Adds the maps that are extended from the seeds.
+/// Extends the seeds to maps and adds these to `maps`.
 /// \return whether the last one is a reflection.
 bool TopologicalMirrorSearch::TrySeeds(std::vector<Seed>& seeds, std::vector<Map>& maps) {
     if (seeds.empty()) return false;
@@ -330,9 +331,9 @@ bool TopologicalMirrorSearch::TrySeeds(std::vector<Seed>& seeds, std::vector<Map
     return false;
 }
 
-/// Returns whether the map exchanges left and right, not front and back. Summed over all edges, x
-/// must tend to change sign, and y and z must tend to keep it. A pose may bend and move limbs
-/// arbitrarily but must not reverse the model.
+/// Returns whether the map exchanges left and right, not front and back. In the sums over all
+/// edges, x must predominantly change sign, and y and z must predominantly keep it. A pose may bend
+/// and move limbs arbitrarily but must not reverse the model.
 bool TopologicalMirrorSearch::IsReflection(const Map& map) {
     double sums[3] = {0.0, 0.0, 0.0};
     for (const auto& [face, image] : map.faces) {
@@ -362,7 +363,7 @@ bool TopologicalMirrorSearch::Walk(const Seed& seed) {
         for (uint32_t k = 0; k < corners; ++k) {
             if (steps == 0) return false;
             --steps;
-            // Side k runs from corner k to the next corner; its mirror image has the opposite
+            // Side k runs from corner k to the next corner; its mirror image runs in the opposite
             // direction.
             const uint32_t neighbour = base.QuadEdgeNeighbour(face, k);
             const uint32_t other =

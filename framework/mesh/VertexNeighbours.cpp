@@ -12,7 +12,7 @@ namespace trovik {
 
 namespace {
 
-/// Contains a vertex once for each of its faces.
+/// Returns the corners of all faces. A vertex is repeated for each of its faces.
 std::vector<uint32_t> AllCornersOf(const LevelMesh& level, const std::vector<uint32_t>& faces) {
     const std::size_t corners = level.CornersPerFace();
     std::vector<uint32_t> vertices;

@@ -42,7 +42,7 @@ struct CoarseFaces {
     }
 };
 
-/// Recognises a refined mesh by its connectivity. Of each face's corners, one must be a coarse
+/// Recognises a refined mesh by its connectivity. Among each face's corners, one must be a coarse
 /// vertex, the opposite one a face point, and the other two edge points. An edge point has four
 /// faces, or two on a border. A face point has as many faces as its coarse face has corners. If
 /// several coarse meshes are possible, as on a torus, the function returns the one that keeps the

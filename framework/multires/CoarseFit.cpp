@@ -154,7 +154,7 @@ std::vector<Vector> FitCoarsePositions(LevelMesh& coarse,
     // One element per iteration.
     JobPhase phase(job, "Fitting the coarse level", maxIterations);
     const RefineMap map(coarse, fine, phase);
-    // Starts from the positions of the fine vertices; the fit then reduces the residual.
+    // The fit starts from the positions of the fine vertices and reduces the residual.
     Points x(coarse.VertexCount());
     for (uint32_t v = 0; v < coarse.VertexCount(); ++v) {
         const Vector p = finePositions[v];

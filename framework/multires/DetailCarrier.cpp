@@ -40,7 +40,7 @@ Vector SeenPosition(const LevelMesh& level, const OlderValues<Vector>& seen, uin
 /// Number of coarse faces that are processed at a time, which bounds the memory for large changes.
 constexpr std::size_t batchFaces = std::size_t{1} << 15;
 
-/// Properties of a region's point; may be combined.
+/// Flags of a point in the region; may be combined.
 enum PointFlag : uint32_t {
     isMoved = 1,
     /// The point is a corner of a face with a moved corner.
@@ -79,13 +79,13 @@ public:
             for (uint32_t k = 0; k < 4; ++k) slots[ends[quads[quad][k]]++] = quad * 4 + k;
     }
 
-    /// \param turn  newly constructed.
+    /// \param turn  must be newly constructed.
     void Find(uint32_t point, FrameRotation& turn) {
         const uint32_t* const first = slots.data() + (point == 0 ? 0 : ends[point - 1]);
         const uint32_t* const end = slots.data() + ends[point];
         for (const uint32_t* slot = first; slot != end; ++slot) turn.AddNormal(normals[*slot / 4]);
         turn.CloseNormals();
-        // Both faces contribute an inner edge; only one contributes a border edge.
+        // An inner edge is contributed by both of its faces, a border edge by only one.
         edges.clear();
         for (const uint32_t* slot = first; slot != end; ++slot) {
             const RefinedRegion::Quad& quad = quads[*slot / 4];

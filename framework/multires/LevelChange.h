@@ -14,17 +14,19 @@ namespace trovik {
 
 class StrokeStep;
 
-/// The change of a LevelMesh: the records of a stroke, and on Finish one step of the undo history.
+/// The MeshChange of a LevelMesh. It holds the records of a stroke, and Finish turns them into one
+/// undo step.
 ///
-/// A stroke that leaves a mesh and returns to it makes two changes of that mesh. Only the later one
-/// is linked. The effect of the earlier one is recorded when it is unlinked, so that the two steps
-/// can be undone one after the other, bit-exactly, even if the second one moved a vertex back.
+/// A stroke that leaves a mesh and returns to it creates two changes for that mesh. Only the later
+/// one is linked. The effect of the earlier one is recorded when it is unlinked, so that the two
+/// steps can be undone one after the other, bit-exactly, even if the second one moved a vertex
+/// back.
 ///
 /// A change is *open* until it is finished or deleted. While a level has an open change, its
-/// geometry refuses undo, redo and the removal of levels (LevelGeometry::RefuseInStroke). If the
-/// brush that held the lock of the level when the change was started is destroyed, destroying it
-/// also ends the change. A level that is destroyed detaches its open changes: a detached change has
-/// no mesh, and its Finish creates no undo step.
+/// geometry refuses undo, redo and the removal of levels (LevelGeometry::RefuseInStroke). If a
+/// brush held the level's lock when the change was started, destroying that brush also ends the
+/// change. A level that is destroyed detaches its open changes: a detached change has no mesh, and
+/// its Finish creates no undo step.
 class TROVIK_API LevelChange : public EndableChange {
 public:
     /// Opens and links the change. If another change of the level is open, it is unlinked first.
@@ -37,13 +39,13 @@ public:
     /// touched vertex. Vertices whose values are bit-identical to before are omitted; if no vertex
     /// changed, nothing is pushed. Hidden vertices are exactly at their pre-stroke positions.
     ///
-    /// Finish without `joinPrevious` starts a new stroke for the histories. Later steps of other
+    /// Finish without `joinPrevious` starts a new stroke in all histories. Later steps of other
     /// meshes join only steps of that stroke, each in its own geometry's history.
     void Finish(bool keepTopology, bool joinPrevious) override;
     bool IsFinished() const override { return finished; }
 
-    /// Finishes a change that is not a stroke, as one step with this label. The label of later
-    /// strokes does not change.
+    /// Finishes a change that is not a stroke, as one undo step with this label. The labels of
+    /// later strokes do not change.
     void FinishAs(const std::string& label);
 
     /// Restores the stamps; the records are kept for undo. The change is then no longer the open

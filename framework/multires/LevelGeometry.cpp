@@ -49,7 +49,8 @@ LevelGeometry::LevelGeometry(const PolygonMesh& polygons, JobControl* job)
 }
 
 LevelGeometry::~LevelGeometry() {
-    // A brush that is bound to a level would unlock the level at the end of its stroke.
+    // Ends open strokes now. Otherwise a brush that is bound to a level would unlock the destroyed
+    // level when its stroke ends.
     for (const auto& level : levels) {
         StrokeResources* holder = level->LockResources();
         if (holder != nullptr && !level->Changes().empty()) holder->EndStroke();

@@ -25,7 +25,7 @@ public:
     /// Level 0 is the imported mesh if it has only quads or only triangles, and otherwise the
     /// result of one Catmull-Clark step. The faces must form oriented manifolds, possibly with
     /// borders (MakeOrientedManifold).
-    /// \throw HostError with the fault; Cancelled.
+    /// \throw HostError that describes the fault; Cancelled.
     explicit LevelGeometry(const PolygonMesh& polygons, JobControl* job = nullptr);
     ~LevelGeometry() override;
 
@@ -44,10 +44,11 @@ public:
     MatrixTransform& Place() { return transform; }
     const MatrixTransform& Place() const { return transform; }
 
-    /// Adds a level on top by one Catmull-Clark step (boundary: edges and corners kept) and binds
-    /// it. Freeze amounts are propagated, and children of hidden faces are hidden.
+    /// Adds a level on top by one Catmull-Clark step (boundary interpolation: edge and corner) and
+    /// binds it. Freeze amounts are propagated, and children of hidden faces are hidden.
     /// \param byteBudget  maximum size of the new level.
-    /// \return the switch to the previously highest level, as for SwitchLevel.
+    /// \return the state before switching to the previously highest level, for Exchange; see
+    /// SwitchLevel.
     /// \throw HostError if the level would exceed 2^32 - 2 vertices or faces or the byte budget, or
     /// if memory accounting rejects the allocation; Cancelled. In each case, nothing has been
     /// changed or reported.
@@ -84,8 +85,8 @@ public:
     /// must be in the state immediately after, or immediately before, the switch that `other`
     /// describes.
     void Exchange(LevelSwitch& other);
-    /// Returns the synchronisation state of the levels and the bound level, for Exchange. Cost:
-    /// linear in the number of vertices that were written since the last synchronisation.
+    /// Returns the bound level's index and the synchronisation state of all levels, for Exchange.
+    /// Cost: linear in the number of vertices that were written since the last synchronisation.
     /// \throw Cancelled.
     LevelSwitch StateOfSwitch(JobControl* job = nullptr);
     const CarryCounts& CarryWork() const { return carryWork; }
@@ -97,17 +98,17 @@ public:
         std::unique_ptr<TopologicalMirror> mirror;
         SurfaceAttributes attributes;
     };
-    /// Removes the levels above level `kept`, or, if `lower` is set, the levels below it, so that
-    /// it becomes level 0. In the second case, an existing mirror is converted to the faces of the
-    /// new level 0, and the attributes of the old level 0 are refined to it. The bound level must
-    /// not be among the removed ones.
+    /// Removes the levels above level `kept`, or, if `lower` is set, the levels below `kept`, which
+    /// then becomes level 0. In the second case, an existing mirror is converted to the faces of
+    /// the new level 0, and the attributes of the old level 0 are refined to it. The bound level
+    /// must not be among the removed ones.
     /// \throw HostError during a stroke; Cancelled. In both cases, nothing has changed.
     RemovedLevels RemoveLevels(bool lower, uint32_t kept, JobControl* job = nullptr);
     /// Reinserts the levels that RemoveLevels removed. All other data must be as it was immediately
     /// after the removal.
     void RestoreLevels(RemovedLevels taken);
 
-    /// Data of a level 0 that is no longer level 0.
+    /// The mesh-wide data of a replaced level 0.
     struct OldBaseData {
         std::unique_ptr<TopologicalMirror> mirror;
         SurfaceAttributes attributes;
@@ -117,7 +118,8 @@ public:
     /// Positions, normals, freeze amounts, face flags and layers move with their vertices and
     /// faces, bit-exactly. An existing mirror and the surface attributes are converted to the new
     /// faces (AttributesOfCoarse).
-    /// \param coarse  the result of FindCoarseFaces for the current level 0; it is completed.
+    /// \param coarse  the result of FindCoarseFaces for the current level 0; the function fills in
+    ///     `fineVertexMap`.
     /// \param known  the level that RemoveCoarserBase returned; null to fit a new level to the
     /// current one.
     /// \return the replaced data.

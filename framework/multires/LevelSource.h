@@ -22,7 +22,7 @@ namespace trovik {
 class TROVIK_API LevelSource : public MeshSource {
 public:
     struct Options {
-        /// Apply the transform of the geometry; otherwise coordinates are mesh-local.
+        /// Whether to apply the geometry's transform; otherwise, coordinates are mesh-local.
         bool world = false;
         /// The space of the returned coordinates, if the space of the mesh is known.
         MeshSpace space;
@@ -30,8 +30,8 @@ public:
         std::optional<std::uint32_t> level = {};
     };
 
-    /// The layers of the level become morph targets. Their weights are their strengths, or 0 for
-    /// hidden layers.
+    /// Each layer of the level becomes a morph target. Its weight is the layer's strength, or 0 for
+    /// a hidden layer.
     LevelSource(const LevelGeometry& geometry, const Options& options);
 
     std::array<float, 3> Position(std::uint32_t vertex) const override;
@@ -44,7 +44,7 @@ public:
         const std::function<void(const std::vector<std::array<float, 2>>&)>& take) const override;
 
 private:
-    /// u, v, red, green, blue, alpha.
+    /// The values are u, v, red, green, blue and alpha.
     static constexpr std::size_t valueCount = 6;
     using Values = std::array<float, valueCount>;
 

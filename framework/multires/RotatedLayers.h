@@ -12,14 +12,15 @@ namespace trovik {
 
 /// Layer data of the vertices that move because the level below changed. The layer base moves with
 /// the surface as a vertex without layers would. Every offset rotates with the detail of its
-/// vertex, regardless of the layer's strength and visibility. Hiding a layer after the change
-/// therefore gives the same bits as propagating the change without the layer, and showing it again
+/// vertex, regardless of the layer's strength and visibility. Hiding a layer after the change is
+/// therefore bit-identical to propagating the change without the layer, and showing it again
 /// restores the previous positions exactly.
 ///
 /// A rotated offset keeps its length, up to single-precision rounding.
 ///
-/// Only the offsets of the level itself are rotated, by changes of coarser levels. Changes by
-/// strokes or from a finer level affect the layer base; the offsets above it keep their direction.
+/// Only the offsets of the level itself are rotated, and only by changes of coarser levels. Changes
+/// by strokes or from a finer level affect the layer base; the offsets above it keep their
+/// direction.
 ///
 /// Cost and memory: 44 bytes for each moved vertex that a layer touches, and 40 more for each such
 /// layer.
@@ -41,7 +42,7 @@ public:
     uint64_t Bytes() const;
 
 private:
-    /// The other states of one layer's entries.
+    /// The stored states of one layer's entries.
     struct Entries {
         std::shared_ptr<SculptLayer*> layer;
         std::vector<uint32_t> slots;

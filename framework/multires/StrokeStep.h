@@ -53,7 +53,7 @@ private:
     std::vector<NormalWords> normals;
     std::vector<LayerEntry> layerEntries;
     std::shared_ptr<SculptLayer*> layer;
-    /// Strength of the layer at which `positions` was composed.
+    /// Layer strength with which `positions` was composed.
     float layerStrength = 0.0f;
 };
 

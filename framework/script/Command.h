@@ -34,7 +34,7 @@ struct CommandInput {
     Recorded recorded = BeforeCommand;
 };
 
-/// Properties of a command that scripts, the journal and interactive clients need.
+/// Command properties that scripts, the journal and interactive clients need.
 struct CommandTraits {
     /// The field of a step that contains the parameters.
     const char* name;
@@ -56,14 +56,14 @@ struct CommandEntry {
     /// Runs the command. \throw HostError.
     std::function<void(CommandContext&, const FieldReader& parameters)> run;
     /// Checks parameters and files without changing the sculpture. Calls `report` once for each
-    /// part of the check that can fail; each failure describes one error.
+    /// part of the check that can fail; each exception reports one error.
     using Report = std::function<void(const std::function<void()>& check)>;
     std::function<void(CommandContext&, const FieldReader& parameters, const Report& report)> check;
     /// Called for every step of a script before the first one runs; may be empty.
     std::function<void(CommandContext&, const FieldReader& parameters)> prepare;
     /// Reads the parameters and returns them in canonical form.
     std::function<nlohmann::json(const FieldReader& parameters)> rewrite;
-    /// The alternatives that the parameters accept; see FieldValue.
+    /// Returns the alternatives that the parameters accept; see FieldValue.
     std::function<nlohmann::json()> describe;
 };
 
@@ -72,7 +72,7 @@ TROVIK_API const std::vector<CommandEntry>& Commands();
 /// \return null for an unknown name.
 TROVIK_API const CommandEntry* FindCommand(const std::string& name);
 
-/// Registers a command. Define it as a constant in the command's source file:
+/// Registers a command. Define a constant of this type in the command's source file:
 ///
 ///     const CommandRegistration<int> undo({.name = "undo", .history = HistoryUse::Undo}, Undo);
 ///
@@ -100,7 +100,7 @@ public:
                                       const CommandEntry::Report& report));
 };
 
-/// Adds a row to the table. Called while the library is being loaded.
+/// Adds a row to the command table. Called while the library is being loaded.
 void RegisterCommand(CommandEntry entry);
 
 namespace commands {

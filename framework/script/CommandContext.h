@@ -14,8 +14,8 @@
 
 namespace trovik {
 
-/// The environment of commands: the document, the files of the script, and progress reporting. Each
-/// CommandRunner owns one.
+/// The environment in which commands run: the document, the script's files, and progress reporting.
+/// Each CommandRunner owns one.
 class TROVIK_API CommandContext {
 public:
     CommandContext(Document& ofDocument, ScriptFiles& scriptFiles, ScriptProgress listener);
@@ -23,9 +23,9 @@ public:
     Document& document;
     ScriptFiles& files;
     ScriptProgress progress;
-    /// Parameters are checked without sculpting or writing files.
+    /// Whether parameters are only checked, without sculpting or writing files.
     bool isChecking = false;
-    /// While checking: whether the strokes checked so far leave one open.
+    /// While checking: whether a stroke is open after the steps checked so far.
     bool leavesStrokeOpen = false;
     /// Memory limit, in bytes, for all levels that one command creates.
     uint64_t subdivideBudget = std::numeric_limits<uint64_t>::max();
@@ -39,21 +39,22 @@ public:
     JobControl* Job() const { return progress.job; }
     /// \throw Cancelled if the job has been cancelled.
     void ThrowIfCancelled() const;
-    /// A function to be called after each dab.
+    /// Returns the function to call after each dab.
     std::function<void()> DabProgress() const;
     void Warn(const std::string& reason) { warnings.push_back(reason); }
-    /// Adds a warning for world points that should lie on the surface but do not. \param name
-    /// field name of the list in its step. \param reach  distance within which a point counts as on
-    /// the surface.
+    /// Adds a warning for world points that should lie on the surface but do not.
+    /// \param name  the list's field name in its step.
+    /// \param reach  distance within which a point counts as on the surface.
     void WarnOfFarPoints(const std::string& name, const std::vector<Vector>& points, float reach);
     /// Passes notes about a file to `progress.message`.
     void ReportNotes(const std::string& file, const std::vector<std::string>& notes) const;
 
-    /// Resolves a parameter that names a file to read. \param pointer  of the parameter.
+    /// Resolves a parameter that names a file to read.
+    /// \param pointer  JSON pointer of the parameter.
     /// \throw FieldFault if the file does not exist.
     std::string InputPath(const std::string& name, const std::string& pointer) const;
-    /// Resolves a parameter that names a file to write, and creates its folder unless only
-    /// checking.
+    /// Resolves a parameter that names a file to write, and creates the file's folder unless
+    /// `isChecking` is set.
     /// \throw FieldFault if the file must not be written.
     std::string OutputPath(const std::string& name, const std::string& pointer) const;
     /// Records that a file has been written or, when checking, would be written.

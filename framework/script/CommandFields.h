@@ -56,7 +56,7 @@ inline nlohmann::json Alternative(const char* kind, nlohmann::json content) {
     return all;
 }
 
-/// Reads a value; errors name its position. \throw HostError for out-of-range numbers.
+/// Reads a value; error messages include its position. \throw HostError for out-of-range numbers.
 template <typename T>
 T ReadField(const FieldReader& from) {
     T value{};
@@ -69,7 +69,7 @@ struct IsOptional : std::false_type {};
 template <typename T>
 struct IsOptional<std::optional<T>> : std::true_type {};
 
-/// Visitors of Fields.
+/// Visitors for Fields.
 class FieldsIn {
 public:
     explicit FieldsIn(const FieldReader& object) : from(object) {}
@@ -251,7 +251,7 @@ struct FieldValue<std::array<T, N>> {
     static nlohmann::json Describe() { return Alternative("array", FieldValue<T>::Describe()); }
 };
 
-/// Reads the first alternative that accepts the kind of the JSON value.
+/// Reads the value as the first alternative that accepts its JSON type.
 template <typename... T>
 struct FieldValue<std::variant<T...>> {
     static bool Accepts(const nlohmann::json& json) {

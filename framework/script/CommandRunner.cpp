@@ -25,7 +25,7 @@ bool IsJournaled(const FieldReader& step) {
     return journaled;
 }
 
-/// Converts an exception of the brush to the line that users see.
+/// Converts a brush exception to the line that is shown to users.
 std::string TextOf(Error* error) {
     std::string text = error->Message().toStdString();
     Error::Dispose(error);
@@ -129,7 +129,7 @@ void CommandRunner::CheckOpenStroke(const FieldReader& step) const {
 }
 
 void CommandRunner::ReportProblems() {
-    // Steps that cannot be moved to disk stay in memory: undo is complete, so this is not a
+    // Undo steps that cannot be moved to disk stay in memory. No data is lost, so this is not a
     // warning.
     const ScriptProgress& progress = context.progress;
     const std::string ofHistory = context.document.TakeHistoryProblem();

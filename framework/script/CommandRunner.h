@@ -12,10 +12,11 @@
 
 namespace trovik {
 
-/// Folders for the files of steps, and the receiver of their progress.
+/// Settings for running steps: the folders of their files, their permissions, and the receiver of
+/// their progress.
 struct CommandOptions {
-    /// Name of the steps in messages. It is also a file path whose folder is searched for the files
-    /// that steps read; the file itself need not exist.
+    /// The name of the steps in messages. It is also a file path: the files that steps read are
+    /// searched for in its folder. The file itself need not exist.
     std::string name = "step";
     /// Folder for the files that steps write; the working folder if empty.
     std::string outputFolder;
@@ -28,10 +29,10 @@ struct CommandOptions {
 };
 
 /// Runs steps of stroke scripts on a document. Each step consists of one or more commands of the
-/// command table (framework/script/Command.h). The runner checks that a step can run while a stroke
-/// is open, records it in the journal, runs it, and adds its position to errors. Scripts, recovery,
-/// applications and bindings change documents through this class. Between steps, live strokes are
-/// applied with DocumentStroke.
+/// command table (framework/script/Command.h). The runner checks whether a step can run while a
+/// stroke is open, records it in the journal, runs it, and adds its position to error messages.
+/// Scripts, recovery, applications and bindings change documents through this class. Between steps,
+/// live strokes are applied with DocumentStroke.
 ///
 /// Use it only on the document's thread; the document must outlive it.
 class TROVIK_API CommandRunner {
@@ -40,7 +41,7 @@ public:
     CommandRunner(const CommandRunner&) = delete;
     CommandRunner& operator=(const CommandRunner&) = delete;
 
-    /// Records all work from now on. The history of the document must be empty.
+    /// Starts a journal that records all work from now on. The document's history must be empty.
     /// \param setup  a stroke script without steps that opens and sets up the document in its
     /// current state.
     void StartJournal(const JournalOptions& options, const nlohmann::json& setup);
@@ -48,7 +49,7 @@ public:
     /// Checks a step such as {"subdivide": 1} against the schema of stroke scripts and runs it.
     /// \throw HostError "NAME: POINTER: reason", with the pointer within the step. A step that
     /// throws may already have changed something; the undo steps show which changes were made.
-    /// \throw Cancelled if `progress.job` cancels.
+    /// \throw Cancelled if `progress.job` is cancelled.
     void Do(const nlohmann::json& step);
     /// Runs a step of a script that has been checked as a whole.
     void Do(const FieldReader& step);
@@ -61,8 +62,7 @@ public:
     /// transforms, mirrors and cameras are applied. \param report  see CommandEntry.
     void Check(const FieldReader& step,
                const std::function<void(const std::function<void()>&)>& report);
-    /// Passes errors of the history and the journal to the progress receiver and to the document's
-    /// observers.
+    /// Passes history and journal errors to the progress receiver and to the document's observers.
     void ReportProblems();
     /// Finishes the work: ends an open stroke and the journal.
     void Close();

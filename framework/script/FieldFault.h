@@ -36,8 +36,8 @@ auto AtField(const std::string& pointer, const Work& work) {
     }
 }
 
-/// Runs a function on parameters that were read from `parameters`, and adds their position to its
-/// errors.
+/// Runs a function on values that were read from `parameters`, and adds the position of the
+/// parameters to its errors.
 template <typename Work>
 void AtParameters(const FieldReader& parameters, const Work& work) {
     try {

@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-/// A value of a script, with its position for messages. The schema has already checked names and
+/// A value in a script, with its position for messages. The schema has already checked names and
 /// types; this class checks the rest.
 class TROVIK_API FieldReader {
 public:
@@ -18,7 +18,7 @@ public:
     bool Has(const char* key) const { return value.contains(key); }
     FieldReader At(const char* key) const;
     FieldReader At(std::size_t index) const;
-    /// A reader of another value with the same position; the value must outlive the reader.
+    /// Returns a reader of another value with the same position; the value must outlive the reader.
     FieldReader With(const nlohmann::json& other) const { return {other, file, pointer}; }
     std::size_t Size() const { return value.size(); }
     const nlohmann::json& Json() const { return value; }

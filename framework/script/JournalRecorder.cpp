@@ -27,7 +27,7 @@ std::string Absolute(const std::string& path) {
     return failed ? path : absolute.lexically_normal().string();
 }
 
-/// All current preferences, because they may differ when the work is repeated.
+/// All current preferences, because they may differ when the journal is replayed.
 nlohmann::json PresentPreferences() {
     nlohmann::json values = nlohmann::json::object();
     for (const std::string& key : PreferenceKeys()) {
@@ -102,8 +102,8 @@ void JournalRecorder::BeginStep(const nlohmann::json& step) {
     journal.BeginStep(whole.is_null() ? step : whole);
 }
 
-// Absolute paths, because a name alone can refer to another file when the work is repeated: files
-// written by this run may no longer exist by then.
+// Absolute paths, because a name alone can refer to another file when the journal is replayed:
+// files written by this run may no longer exist by then.
 void JournalRecorder::NoteInput(const nlohmann::json& step,
                                 const std::string& command,
                                 const CommandInput& input,
@@ -184,8 +184,8 @@ void JournalRecorder::OnSceneWritten(const std::string& scenePath,
     journal.Saved(saved);
 }
 
-// Whenever the process ends, the old scene with the old journal, or the new scene with either
-// journal, restores everything.
+// No matter when the process ends, everything can be restored, either from the old scene with the
+// old journal or from the new scene with either journal.
 void JournalRecorder::OnSaved(const std::string&) {
     if (!journal.IsAlive()) return;
     journal.RestartFrom(BaseFrom(saved));
@@ -217,7 +217,7 @@ void JournalRecorder::EndStepBySnapshot(const StepEnd& end, const std::string& l
 
 void JournalRecorder::Close() { journal.Close(); }
 
-// If the stamp file has changed by the time the work is repeated, the result would differ.
+// If the stamp file changes before the journal is replayed, the result would differ.
 void JournalRecorder::NoteStamp() {
     const BrushOperation::Private& settings = document.Brush().Settings();
     if (!settings.stamp.enabled || settings.stamp.path.isEmpty()) return;

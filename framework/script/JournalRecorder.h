@@ -11,8 +11,8 @@ namespace trovik {
 
 struct CommandInput;
 
-/// Records the work on a document in a journal: strokes, saves, and the steps of a script with
-/// their begin and end. If the recorded steps could not be repeated from the journal's base, it
+/// Records the work on a document in a journal: strokes, saves, and the start and end of each
+/// script step. If the recorded steps can no longer be replayed from the journal's base, it
 /// restarts the journal from a scene.
 class TROVIK_API JournalRecorder final : private DocumentJournal {
 public:
@@ -33,9 +33,9 @@ public:
     JournalRecorder& operator=(const JournalRecorder&) = delete;
 
     void BeginStep(const nlohmann::json& step);
-    /// Undo and redo that go back beyond the recorded steps, for example beyond a save, cannot be
-    /// repeated from the journal's base. In that case the scene is written next to the journal, and
-    /// the journal restarts from that scene.
+    /// Undo or redo of steps from before the recorded ones, for example from before a save, cannot
+    /// be replayed from the journal's base. In that case the scene is written next to the journal,
+    /// and the journal restarts from that scene.
     void EndStep(bool failed);
     void Close();
     std::string TakeProblem() { return journal.TakeProblem(); }
@@ -79,7 +79,7 @@ private:
     Journal journal;
     StrokeTotals totalsBefore;
     std::size_t historyBefore = 0;
-    /// Whether the current step undoes, and whether it redoes.
+    /// Whether the current step contains an undo command, and whether it contains a redo command.
     bool undoes = false;
     bool redoes = false;
     std::vector<std::string> recordedFiles;

@@ -44,13 +44,13 @@ bool HasExpectedContent(const JournalFile& file, JobControl* job) {
     return HashFile(file.path, job) == file.content;
 }
 
-/// Repeats the steps of a journal.
+/// Replays the steps of a journal.
 class Redo {
 public:
     Redo(const std::string& journalPath, RecoveredWork& recovered, const RecoveryOptions& given)
         : path(journalPath), work(recovered), content(recovered.content), options(given) {}
-    /// The document may outlive this object while a stroke is still open; its end is then not
-    /// counted.
+    /// The document may outlive this object while a stroke is still open; the end of that stroke is
+    /// then not counted.
     ~Redo() {
         if (isListening) work.runner->GetDocument().SetInputListener(nullptr);
     }
@@ -106,7 +106,7 @@ private:
         }
     }
 
-    /// Determines where the work can start. \return the index of the first step to repeat.
+    /// Determines where the replay can start. \return the index of the first step to replay.
     std::size_t ChooseStart() {
         // If nothing followed a save, the scene already contains all the work.
         const auto& saves = content.saves;
@@ -258,7 +258,7 @@ private:
             Error::Dispose(error);
             return;
         }
-        Fail("a dab that failed when it was recorded succeeded now");
+        Fail("a dab that failed when it was recorded has now succeeded");
     }
 
     const std::string& path;

@@ -18,22 +18,23 @@ struct RecoveryOptions {
 
 /// The recovered work of a journal.
 struct RecoveredWork {
-    /// In the state of the process that wrote the journal; a stroke that was open has been ended
-    /// after its last complete dab.
+    /// Has the state of the process that wrote the journal, except that an open stroke has been
+    /// ended after its last complete dab.
     std::unique_ptr<ScriptRunner> runner;
     JournalContent content;
-    /// Number of steps and dabs of the journal that were repeated.
+    /// Number of steps and dabs of the journal that were replayed.
     std::size_t steps = 0;
     uint64_t dabs = 0;
-    /// Parts that were skipped and why, one line each.
+    /// The skipped parts and the reasons, one line each.
     std::vector<std::string> notes;
 };
 
-/// Repeats the work of a journal step by step and dab by dab, from its base or the last saved scene
-/// up to the last complete dab. During recovery, steps that would write files skip the write. The
-/// result is bit-identical to the original work.
-/// \throw HostError naming journal and reason: damage; a mesh, scene or stamp that is missing or
-/// has changed; a step whose result differs when it is repeated. \throw Cancelled.
+/// Replays a journal step by step and dab by dab, from its base or the last saved scene up to the
+/// last complete dab. During recovery, steps that would write files skip the write. The result is
+/// bit-identical to the original work.
+/// \throw HostError that contains the journal's path and the reason: damage; a mesh, scene or stamp
+/// that is missing or has changed; a step whose result differs when it is replayed.
+/// \throw Cancelled.
 TROVIK_API RecoveredWork RedoJournal(const std::string& journalPath,
                                      const RecoveryOptions& options = {});
 

@@ -10,7 +10,7 @@ namespace trovik {
 
 /// Finds the files that a script reads, and determines the paths of the files that it writes.
 ///
-/// A file to read is searched in this order; an absolute path is used unchanged:
+/// A file to read is searched for in this order; an absolute path is used unchanged:
 /// 1. in the output folder, if this run has written the file;
 /// 2. in the folder of the script, or the working folder for a script from standard input;
 /// 3. in the output folder.
@@ -34,9 +34,10 @@ public:
     /// Whether this run has written, or is about to write, the file that the name refers to.
     bool IsWritten(const std::string& name) const;
 
-    /// The path of a file to write with this name; creates nothing. Symbolic links are followed:
-    /// unless it is allowed, neither the folder nor the file, nor a file next to it whose name
-    /// begins with its stem, may be a link that leads out of the output folder.
+    /// Returns the path of a file to write with this name; creates nothing. Symbolic links are
+    /// followed. Unless writing outside is allowed, none of the following may be a link that leads
+    /// out of the output folder: the folder, the file, and any file next to it whose name begins
+    /// with its stem.
     /// \throw HostError with only the reason.
     std::string Target(const std::string& name) const;
     /// Returns Target and creates its folder. \throw HostError for the reasons given at Target.

@@ -17,7 +17,7 @@ struct ScriptProgress {
     std::function<void(std::size_t done, std::size_t count, const std::string& what)> step;
     /// Called after each dab; for progress within a long stroke.
     std::function<void()> dab;
-    /// Receives plain text: a message of the brush to the user; a note about a file; or a failure
+    /// Receives plain text: a message from the brush to the user, a note about a file, or a failure
     /// that wastes memory but loses no data, such as undo steps that cannot be moved to disk.
     std::function<void(const std::string&)> message;
     /// Receives a warning when a step had no effect, or probably not the intended one (file, JSON

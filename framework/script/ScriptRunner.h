@@ -38,14 +38,14 @@ struct ScriptResult {
 /// document and passes the steps to a CommandRunner. ScriptFiles describes which folders are
 /// searched and written.
 /// \throw HostError with one line: file, JSON pointer, reason.
-/// \throw Cancelled if its job cancels. Files written before an exception remain.
+/// \throw Cancelled if its job is cancelled. Files written before an exception are kept.
 class TROVIK_API ScriptRunner {
 public:
     /// \param scriptPath  "-" for standard input.
     ScriptRunner(const std::string& scriptPath, std::string outputFolder, ScriptProgress progress);
     /// Allows the script to write outside of the output folder. Off by default.
     void AllowOutside(bool allowed) { options.outsideAllowed = allowed; }
-    /// A preferences file to load before the work starts; the preferences of the script take
+    /// Sets a preferences file to load before the work starts; the script's own preferences take
     /// precedence. Without a file, preferences keep their defaults, or the values that the process
     /// has set.
     void SetPreferencesFile(const std::string& file) { preferencesFile = file; }
@@ -57,8 +57,8 @@ public:
     void SetStrict(bool on) { strict = on; }
     ScriptResult Run();
     /// Checks the script, the files that it reads and its settings, instead of running it. Opens
-    /// the mesh or scene, makes no strokes and writes nothing. Does not find errors that depend on
-    /// the results of earlier steps, such as face and level numbers and layer names.
+    /// the mesh or scene, applies no strokes and writes nothing. Does not find errors that depend
+    /// on the results of earlier steps, such as invalid face numbers, level numbers or layer names.
     /// \return all errors found, one line each; empty if there are none.
     std::vector<std::string> Check();
 
@@ -74,7 +74,7 @@ public:
     /// Finishes the work: ends an open stroke and the journal.
     void Close() { commands->Close(); }
     /// The opened document. Between steps, strokes may be applied with its loop; they are
-    /// journaled. All other changes must be steps.
+    /// journaled. All other changes must be made by steps.
     Document& GetDocument() { return *document; }
 
 private:

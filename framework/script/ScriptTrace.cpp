@@ -15,7 +15,7 @@ void ScriptRunner::FinishTrace() {
     trace.reset();
 }
 
-// The user must see the error that stopped the script, whatever else fails now.
+// The user must see the error that stopped the script, so errors in the trace are ignored here.
 void ScriptRunner::FinishTraceAfterError() {
     try {
         FinishTrace();

@@ -20,8 +20,8 @@ struct ToolSetting {
     bool applies = true;
     /// The value in the form that scripts use; null if nothing is set, such as a curve or a path.
     nlohmann::json value;
-    /// Limits as in a JSON schema: "minimum", "exclusiveMinimum", "maximum", "exclusiveMaximum",
-    /// "choices", and "type". Empty for a setting without limits.
+    /// The accepted range, with the keywords of a JSON schema: "minimum", "exclusiveMinimum",
+    /// "maximum", "exclusiveMaximum", "choices", and "type". Empty for a setting without limits.
     nlohmann::json range;
 };
 
@@ -32,8 +32,8 @@ inline constexpr const char* positioningNames[] = {"tool", "upright", "stroke", 
 TROVIK_API const std::vector<std::string>& DirectionNames();
 
 /// All settings, which are the same for every brush, with their current values for the brush's
-/// active tool. Values come from the brush and from `settings`, limits from the schema of stroke
-/// scripts.
+/// active tool. Values come from the brush and from `settings`, ranges from the stroke script
+/// schema.
 TROVIK_API std::vector<ToolSetting> ReadToolSettings(const BrushOperation& brush,
                                                      const SceneSettings& settings);
 

@@ -12,7 +12,7 @@
 
 namespace trovik {
 
-/// \file Selections of faces of a geometry's bound level, for hiding and showing them.
+/// \file Face selections on a geometry's bound level, for hiding and showing faces.
 
 /// One byte for each face: 1 if it is selected, 0 otherwise.
 using FaceChoice = std::vector<uint8_t>;

@@ -8,8 +8,8 @@
 
 namespace trovik {
 
-/// An operation on the visibility of the faces of a geometry, selected on the bound level and
-/// applied to all levels.
+/// An operation that hides or shows faces of a geometry. Faces are selected on the bound level; the
+/// operation applies to all levels.
 enum class VisibilityChange : int {
     /// Hides the selected faces.
     Hide,

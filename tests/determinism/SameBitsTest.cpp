@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The same script gives the same bits: when repeated in one process, in another process, in
-/// every build, and in locales with decimal commas.
+/// \file The same script gives bit-identical results: when repeated in one process, in another
+/// process, in every build, and in locales with decimal commas.
 #include "framework/script/ScriptRunner.h"
 #include "tests/SourceFolder.h"
 #include "tests/brush/ToolNames.h"
@@ -40,8 +40,8 @@ uint64_t HashOf(const std::string& bytes) {
     return hash;
 }
 
-/// A stroke of every tool, with everything that affects the values: mirrors, a transform with three
-/// different scales, a layer, masks, facing, pressure, coarser levels, undo.
+/// A stroke of every tool, with everything that affects the results: mirrors, a transform with
+/// three different scales, a layer, masks, facing, pressure, coarser levels, undo.
 std::string ScriptText() {
     std::ostringstream script;
     script << R"({"mesh": ")" << SourceFolder() << R"(/examples/meshes/spot.obj", "levels": 2,
@@ -106,7 +106,7 @@ TEST_F(SameBits, RepeatInOneProcessAndInAnother) {
 }
 
 TEST_F(SameBits, AreEqualInEveryBuild) {
-    // The value of all builds so far, optimised or not, with sanitizers or without. A different
+    // All builds so far have this value, optimised or not, with or without sanitizers. A different
     // value means that strokes give different results, which the change log must mention.
     EXPECT_EQ(HashOf(RunHere()), 10946052926034741426ull);
 }

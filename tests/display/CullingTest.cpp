@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Boxes, normal cones and frustum culling against every vertex and triangle.
+/// \file Boxes, normal cones and frustum culling, checked against every vertex and triangle.
 #include "framework/display/FrustumCuller.h"
 #include "framework/display/PatchBounds.h"
 #include "framework/picking/PatchTree.h"

@@ -146,7 +146,7 @@ TEST(DisplayedEdits, PackingDirtyPatchesEqualsPackingEverything) {
             ASSERT_TRUE(display.EqualsFullPacking());
         }
     }
-    // The test is void if the edits change nothing visible.
+    // The test is meaningless if the edits change nothing visible.
     EXPECT_GT(updates, wanted / 4);
     EXPECT_GT(packed, updates);
 }

@@ -44,7 +44,7 @@ TEST(GridIndices, EachStrideCoversTheGridOnce) {
                 const Point diagonal(a.first + stride, a.second + stride);
                 ASSERT_TRUE(b == diagonal || c == diagonal);
                 auto& halves = c == diagonal ? firstHalves : secondHalves;
-                ASSERT_TRUE(halves.insert(a).second) << "a triangle twice";
+                ASSERT_TRUE(halves.insert(a).second) << "the same triangle twice";
             }
             EXPECT_EQ(firstHalves.size(), indices.size() / 6);
             EXPECT_EQ(firstHalves, secondHalves);

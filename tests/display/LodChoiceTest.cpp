@@ -10,7 +10,7 @@ namespace {
 
 constexpr double target = LodChoice::Options{}.targetSeconds;
 
-/// Seconds per frame: a part that does not depend on the stride, and the triangles.
+/// Frame time in seconds: a fixed part, and the time for the triangles at full detail.
 struct Load {
     double fixed;
     double full;
@@ -37,7 +37,7 @@ TEST(LodChoice, SettlesOnTheStrideThatMeetsTheTarget) {
             Move(choice, load, 6);
             const uint32_t stride = choice.StrideLog2(0.0);
             EXPECT_TRUE(load.At(stride) <= target || stride == 4) << load.At(stride);
-            EXPECT_EQ(Move(choice, load, 100), 0) << "the stride does not alternate";
+            EXPECT_EQ(Move(choice, load, 100), 0) << "the stride does not oscillate";
         }
     }
 }
@@ -63,8 +63,8 @@ TEST(LodChoice, HasFullDetailWhileTheCameraIsStill) {
     ASSERT_GT(moving, 0u);
     EXPECT_EQ(choice.StrideLog2(0.149), moving);
     EXPECT_EQ(choice.StrideLog2(0.150), 0u);
-    // A frame with a still camera gives the cost of full detail, and cannot lower the stride of
-    // movement.
+    // A frame drawn while the camera is still measures the cost of full detail and cannot reduce
+    // the stride for movement.
     choice.FrameMeasured(0, 0.4);
     EXPECT_EQ(choice.StrideLog2(0.0), moving);
     choice.FrameMeasured(0, 0.001);

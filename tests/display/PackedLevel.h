@@ -58,7 +58,7 @@ inline std::multimap<Triangle, uint32_t> TrianglesOf(const LevelMesh& level) {
     return triangles;
 }
 
-/// Calls visit(level, name) for the zoo and larger meshes, each at its levels 0 to `levels`.
+/// Calls visit(level, name) for the test meshes and larger ones, each at its levels 0 to `levels`.
 template <class Visit>
 void ForEachLevel(unsigned levels, Visit visit) {
     std::vector<ZooMesh> meshes = AllMeshes();

@@ -62,7 +62,7 @@ void ExpectLevel(const LevelMesh& level, const PatchLayout& layout) {
         for (std::size_t i = 0; i < indices.size(); i += 3) {
             const auto [face, end] = faces.equal_range(Canonical(
                 {vertices[indices[i]], vertices[indices[i + 1]], vertices[indices[i + 2]]}));
-            ASSERT_EQ(std::distance(face, end), 1) << "the mesh identifies faces by triangles";
+            ASSERT_EQ(std::distance(face, end), 1) << "each triangle identifies its face";
             ASSERT_EQ(first[indices[i]].flags, ExpectedFlags(level, face->second))
                 << "face " << face->second;
             beginsTriangle[indices[i]] = true;

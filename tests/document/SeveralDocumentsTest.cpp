@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Documents that are used in turn in one process give the same bits as each alone.
+/// \file Documents that are used in turn in one process give results bit-identical to those of each
+/// alone.
 #include "tests/document/SculptedDocument.h"
 #include "tests/files/TemporaryFolder.h"
 
@@ -50,7 +51,7 @@ std::vector<Step> Work(float side) {
             [=](Document& d) { Stroke(d, at(0.1f, 0.1f)); }};
 }
 
-/// The state after each step, for a document that runs alone.
+/// The state after each step, for a document that is used alone.
 std::vector<std::string> Alone(const std::vector<Step>& work) {
     const auto document = SphereDocument();
     std::vector<std::string> states;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Updates of a document's pick trees when the surface changes by other means than dabs.
+/// \file Updates of a document's pick trees when the surface is changed by other means than dabs.
 #include "framework/document/Document.h"
 #include "framework/strokes/DabAtHit.h"
 #include "tests/edits/ReportedCopy.h"
@@ -122,7 +122,7 @@ TEST_F(DocumentTrees, SwitchingToANeighbouringLevelAndBackKeepsBothTrees) {
     Stroke({1.0f, 1.0f, 0.0f}, 0.5f);
     document.BindLevel(4);
     EXPECT_EQ(&document.Tree(), high);
-    EXPECT_GT(high->BoxesRefitted(), before) << "the carried change";
+    EXPECT_GT(high->BoxesRefitted(), before) << "the propagated change";
     EXPECT_LT(high->BoxesRefitted() - before, allBoxes / 4);
     document.BindLevel(3);
     EXPECT_EQ(&document.Tree(), low);
@@ -164,7 +164,8 @@ TEST_F(DocumentTrees, EveryObserverReceivesTheReportsUntilItIsRemoved) {
     EXPECT_EQ(first.Difference(), "");
 }
 
-/// Compares the box of the pick tree with the vertices, whenever the level of the tree is reported.
+/// Compares the pick tree's box with the vertices whenever a change of the tree's level is
+/// reported.
 class BoxChecker final : public DocumentObserver {
 public:
     explicit BoxChecker(Document& observed) : document(observed) {}

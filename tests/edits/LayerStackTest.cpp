@@ -133,7 +133,7 @@ TEST_F(LayerStackTest, LayersTurnedOffAndOnAgainGiveTheSameBits) {
     Stroke(200);
     for (int round = 0; round < 30; ++round) {
         const auto before = StateOf(mesh);
-        // Off in one order, on in another, with other strengths in between.
+        // Turns the layers off in one order and on in another, with other strengths in between.
         std::vector<std::size_t> order = {0, 1, 2, 3};
         std::shuffle(order.begin(), order.end(), random);
         std::vector<SculptLayer::Properties> given;

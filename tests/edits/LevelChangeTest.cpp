@@ -66,7 +66,7 @@ TEST_F(LevelChangeTest, RecordsReuseTheMemoryOfThePreviousChange) {
     EXPECT_EQ(change->records->array, array);
 }
 
-/// The number of bytes of the block that have pages.
+/// The number of resident bytes in the block.
 std::size_t PresentBytes(void* memory, std::size_t bytes) {
     constexpr uintptr_t page = 4096;
     const uintptr_t first = reinterpret_cast<uintptr_t>(memory) / page * page;
@@ -217,7 +217,7 @@ TEST_F(LevelChangeTest, SecondChangeUnlinksTheFirst) {
     EXPECT_EQ(mesh.vertices.array[3].changeLink, 500u);
     EXPECT_EQ(mesh.OpenChange(), second.get());
     EXPECT_EQ(mesh.changeRecordCount, 0u);
-    EXPECT_EQ(first->records->fill, 1u) << "records stay";
+    EXPECT_EQ(first->records->fill, 1u) << "records are kept";
     MoveVertex(*second, 3, {0, 0, 1});
     first->Finish(true, false);
     EXPECT_EQ(mesh.OpenChange(), second.get())

@@ -91,7 +91,7 @@ TEST(PackedArrays, DamagedBytesAreRefusedAndLeaveTheArraysEmpty) {
         std::vector<uint8_t> longer = packed;
         longer.push_back(0);
         EXPECT_THROW(UnpackArrays(longer, method, other.Arrays()), HostError);
-        // Other arrays: a count of 2^56, an element of another size.
+        // Mismatched arrays: a count of 2^56, and a different element size.
         std::vector<uint8_t> wrong = packed;
         wrong[11] = 1;
         EXPECT_THROW(UnpackArrays(wrong, method, other.Arrays()), HostError);

@@ -60,8 +60,8 @@ float RandomEdits::Reach() const {
 }
 
 bool RandomEdits::MayStroke() const {
-    // A layer that refuses changes keeps every vertex in place, but the brush recomputes the
-    // normals under it, for which it makes no records.
+    // Under a locked layer, no vertex moves, but the brush recomputes the normals without recording
+    // them.
     const SculptLayer* layer = geometry.Bound()->ActiveLayer();
     if (layer != nullptr && !layer->Writable()) return false;
     // Extreme positions keep growing with further strokes, up to NaN.

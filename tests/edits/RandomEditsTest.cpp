@@ -2,7 +2,7 @@
 
 /// \file Random edits on random meshes: strokes of the brush, masks, hidden faces, layers, levels,
 /// transforms. Undoing to the start and redoing to the end restores every bit at both ends and at
-/// each step between. The default run is short; TROVIK_RANDOM_EDITS sets the number of edits.
+/// each step in between. The default run is short; TROVIK_RANDOM_EDITS sets the number of edits.
 #include "framework/layers/LayerStack.h"
 #include "tests/edits/RandomEdits.h"
 #include "tests/files/TemporaryFolder.h"
@@ -115,17 +115,17 @@ TEST(RandomEdits, AreUndoneAndRedoneBitExactly) {
         steps += states.size() - 1;
         std::size_t now = states.size() - 1;
         while (history.Undo(geometry)) {
-            ASSERT_TRUE(State(geometry) == states[--now]) << "back at " << now;
+            ASSERT_TRUE(State(geometry) == states[--now]) << "after undoing to " << now;
         }
-        // The file may have been full, so that the oldest steps are gone.
+        // The file may have reached its limit, in which case the oldest steps were dropped.
         ASSERT_TRUE(inFile || now == 0u) << now;
         while (history.Redo(geometry)) {
-            ASSERT_TRUE(State(geometry) == states[++now]) << "forth at " << now;
+            ASSERT_TRUE(State(geometry) == states[++now]) << "after redoing to " << now;
         }
         ASSERT_EQ(now, states.size() - 1);
         ASSERT_EQ(history.TakeProblem(), "");
     }
-    // The test is void if the edits do nothing.
+    // The test is meaningless if the edits do nothing.
     EXPECT_GT(steps, wanted / 2);
 }
 

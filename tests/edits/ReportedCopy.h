@@ -58,7 +58,7 @@ public:
         const LevelMesh& level = *geometryNow().Bound();
         if (vertices.size() != std::size_t{level.faceCount} * level.CornersPerFace() ||
             faceFlags.size() != level.faceCount)
-            return "another number of vertices or faces";
+            return "a different number of vertices or faces";
         const uint32_t corners = level.CornersPerFace();
         for (uint32_t face = 0; face < level.faceCount; ++face) {
             if (faceFlags[face] != level.faceFlags[face])

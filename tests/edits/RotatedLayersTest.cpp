@@ -37,15 +37,15 @@ struct LayerVisibility {
 const std::vector<LayerVisibility>& LayerVisibilities() {
     static const std::vector<LayerVisibility> showings = {
         {"both at 1", {"a", 1.0f, true, true}, {"b", 1.0f, true, true}},
-        {"others than 1", {"a", 0.37f, true, true}, {"b", -1.3f, true, true}},
+        {"neither at 1", {"a", 0.37f, true, true}, {"b", -1.3f, true, true}},
         {"one at 0", {"a", 0.0f, true, true}, {"b", 1.0f, true, true}},
         {"one hidden, one locked", {"a", 0.7f, false, true}, {"b", 0.9f, true, false}},
         {"both hidden", {"a", 1.0f, false, true}, {"b", 1.0f, false, false}}};
     return showings;
 }
 
-/// A mesh of three levels with a rough finest level. It has two layers there; a vertex was touched
-/// by both, one or neither of them.
+/// A mesh with three levels. The finest level is rough and has two layers; each vertex was touched
+/// by both of them, by one or by neither.
 class LayeredMesh {
 public:
     explicit LayeredMesh(const PolygonMesh& polygons) : geometry(polygons) {
@@ -107,8 +107,8 @@ TEST(RotatedLayers, TurnedOffAfterADeformationGiveTheBitsOfAMeshWithoutLayers) {
             layered.Give(showing);
             const std::vector<Vector> on = layered.Positions();
 
-            // The coarser levels see the same surface. The finest level is then the one without
-            // layers, as if that had always been its detail.
+            // Both geometries propagate the same surface to the coarser levels. The finest level of
+            // `plain` then gets the surface without layers, as if that had always been its detail.
             LevelGeometry plain(zoo.mesh);
             plain.Subdivide();
             plain.Subdivide();
@@ -132,7 +132,7 @@ TEST(RotatedLayers, TurnedOffAfterADeformationGiveTheBitsOfAMeshWithoutLayers) {
     }
 }
 
-// A surface that rotates as a whole carries both shown and hidden offsets along, within 1e-5 at
+// When the whole surface rotates, both shown and hidden offsets rotate with it, to within 1e-5 for
 // sizes of about 1.
 TEST(RotatedLayers, LayersRotateRigidlyWithTheSurface) {
     for (const ZooMesh& zoo : AllMeshes()) {
@@ -262,7 +262,7 @@ TEST(RotatedLayers, CostOfRotatedOffsetsFollowsTheChange) {
     EXPECT_NEAR(static_cast<double>(small.bytes), static_cast<double>(large.bytes), 600.0);
 }
 
-// A single layer of a flat grid that is rotated to stand on its edge, so the expected values are
+// A flat grid with a single layer is rotated to stand on its edge, so the expected values are
 // known.
 TEST(RotatedLayers, UpwardOffsetPointsSidewaysAfterTheGridIsRotatedUpright) {
     for (const bool visible : {true, false}) {
@@ -378,7 +378,7 @@ TEST_F(TurnedLayersUndoTest, EveryBitIsRestoredAcrossAddedAndRemovedLevels) {
     Push(BindLevelAsStep(geometry, 1));
     Push(DeleteLevelsAsStep(geometry, true));
     Stroke(30);
-    // Carries the deformation to the highest level, and adds one above.
+    // Propagates the deformation to the highest level, and adds a level above it.
     Push(SubdivideAsStep(geometry));
     Push(UnsubdivideAsStep(geometry));
     Push(BindLevelAsStep(geometry, 0));
@@ -430,7 +430,8 @@ TEST_F(TurnedLayersUndoTest, UndoOfADeformationRestoresTheLayerBaseRecords) {
     Push(SubdivideAsStep(geometry));
     Push(AddLayerAsStep(geometry, "a"));
     Stroke(150);
-    // Includes the stroke; the vertices that the next stroke touches have no record yet.
+    // The layer base then includes the first stroke; the vertices that only the next stroke touches
+    // have no record yet.
     Push(SetLayerPropertiesAsStep(geometry, Layer("a"), {"a", 0.37f, true, true}));
     Stroke(150);
     const auto known = [this] {

@@ -80,7 +80,7 @@ TEST_F(SpillFileTest, DamageIsReportedWithItsOffset) {
     std::filesystem::resize_file(file.OpenPath(), 400);
     EXPECT_EQ(MessageOf<HostError>([&] { file.Read(extent); }),
               "undo file in " + folder.Path("") +
-                  ": byte 300: the file ends within the step stored here");
+                  ": byte 300: the file ends in the middle of the step stored here");
 }
 
 TEST_F(SpillFileTest, FullDiskIsReportedAndWrittenDataIsKept) {

@@ -117,7 +117,7 @@ TEST_F(UndoStorageTest, BudgetIsRespectedByDroppingTheOldestSteps) {
     EXPECT_GT(history.StepCount(), budget / 40100) << "more than would fit uncompressed";
     EXPECT_LT(history.StepCount(), 100u);
     EXPECT_EQ(history.Label(history.StepCount() - 1), "edit 100");
-    // The new step, and one that exists in two forms.
+    // The new step, and one step that exists both packed and unpacked.
     EXPECT_LE(history.PeakBytes(), budget + 2 * 40100);
     ExpectAllStates();
     EXPECT_LE(history.PeakBytes(), budget + 2 * 40100);
@@ -204,7 +204,7 @@ TEST_F(UndoStorageTest, FullDiskIsReportedOnceAndStepsStayInMemory) {
               "undo file in " + folder.Path("") +
                   ": cannot be written: File too large; undo steps stay in memory");
     EXPECT_EQ(history.TakeProblem(), "");
-    EXPECT_LE(history.Bytes(), 200000u) << "the budget counts again";
+    EXPECT_LE(history.Bytes(), 200000u) << "the budget applies again";
     EXPECT_GT(history.StepCount(), 200000u / 40100);
     EXPECT_LT(history.StepCount(), 60u);
     ExpectAllStates();

@@ -186,13 +186,14 @@ TEST(AttributeFile, MismatchedListsAreRefused) {
         return MessageOf<HostError>([&mesh] { CheckPolygonMesh(mesh, "here"); });
     };
     EXPECT_EQ(refusal([](SurfaceAttributes& a) { a.cornerUvs.pop_back(); }),
-              "here: the list of texture coordinates of corners has 15 entries instead of 16");
+              "here: the list of corner texture coordinates has 15 entries instead of 16");
     EXPECT_EQ(refusal([](SurfaceAttributes& a) { a.cornerUvs[4] = 10; }),
-              "here: the list of texture coordinates of corners refers to number 10 of 10");
+              "here: the list of corner texture coordinates refers to index 10, but valid indices "
+              "are below 10");
     EXPECT_EQ(refusal([](SurfaceAttributes& a) { a.faceGroups[1] = 2; }),
-              "here: the list of groups of faces refers to number 2 of 2");
+              "here: the list of face groups refers to index 2, but valid indices are below 2");
     EXPECT_EQ(refusal([](SurfaceAttributes& a) { a.faceMaterials.resize(5); }),
-              "here: the list of materials of faces has 5 entries instead of 4");
+              "here: the list of face materials has 5 entries instead of 4");
     EXPECT_EQ(refusal([](SurfaceAttributes& a) { a.colors.resize(3); }),
               "here: 3 colours for 10 vertices");
     EXPECT_EQ(refusal([](SurfaceAttributes& a) { a.uvs[1][1] = 1.0f / 0.0f; }),

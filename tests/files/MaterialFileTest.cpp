@@ -193,7 +193,7 @@ TEST(SmoothingGroups, CountDifferentFromTheFacesIsRefused) {
     PolygonMesh mesh = AttributedMesh();
     mesh.attributes.faceSmoothing = {1, 2};
     EXPECT_EQ(MessageOf<HostError>([&] { CheckPolygonMesh(mesh, "here"); }),
-              "here: the list of smoothing groups of faces has 2 entries, but 4 are needed");
+              "here: the list of face smoothing groups has 2 entries, but 4 are needed");
 }
 
 }  // namespace

@@ -97,8 +97,8 @@ TEST(LevelHierarchy, LowerLevelsGetTheShapeVertexByVertex) {
         for (uint32_t v = 0; v < mesh.VertexCount(); ++v)
             EXPECT_TRUE(SameBits(mesh.Position(v), shape[v])) << level << ' ' << v;
     }
-    // All levels agree now: going down carries nothing, while level 3 still has the roughening to
-    // carry.
+    // The lower levels now agree with level 2, so switching down propagates nothing. Level 3 has
+    // not received the roughening yet.
     EXPECT_TRUE(geometry.BindLevel(0).empty());
     EXPECT_EQ(geometry.BindLevel(3).size(), 1u);
     geometry.BindLevel(2);
@@ -156,7 +156,7 @@ TEST(LevelHierarchy, MirrorUsesTheRemainingFaces) {
     }
 }
 
-/// One random operation of a session.
+/// Runs one random operation.
 void DoSomething(LevelGeometry& geometry, std::mt19937& random) {
     UndoHistory& history = geometry.History();
     const auto push = [&history](std::unique_ptr<UndoStep> step) {

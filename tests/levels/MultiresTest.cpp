@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Detail that rotates with the surface, and fine changes that are carried to the coarser
+/// \file Detail that rotates with the surface, and fine changes that are propagated to the coarser
 /// levels.
 #include "tests/levels/GeometryState.h"
 #include "tests/levels/RotatedPoints.h"
@@ -90,8 +90,8 @@ TEST(Multires, DetailRotatesRigidlyWithTheSurface) {
     }
 }
 
-// The length of the detail is within 1e-5 of the mesh's size, its part along the normal within
-// 1e-4.
+// The length of the detail is preserved to within 1e-5 of the mesh's size, its component along the
+// normal to within 1e-4.
 TEST(Multires, DetailKeepsLengthAndHeightOnFoldedOrCrumpledSurfaces) {
     for (const ZooMesh& zoo : AllMeshes()) {
         for (const bool fold : {true, false}) {
@@ -188,7 +188,7 @@ TEST(Multires, InnerVertexMovesByItsWeightOfASingleFineMove) {
         << "the copy of the moved vertex";
     EXPECT_EQ(geometry.Bound()->Position(13), Vector(3, 2, 0));
     geometry.BindLevel(1);
-    // A border corner moves with its fine vertex, another border vertex by half.
+    // A border corner moves with its fine vertex; any other border vertex moves by half.
     fine.SetPosition(0, {0, 0, 1});
     fine.SetPosition(2, fine.Position(2) + Vector(0, 0, 1));
     geometry.BindLevel(0);
@@ -247,7 +247,8 @@ TEST(Multires, CostFollowsTheTouchedVertices) {
 }
 
 TEST(Multires, LargeChangesAreCarriedInPiecesToTheSameBits) {
-    // More faces than are processed at a time, compared with the same change of a part alone.
+    // In one mesh, more faces change than are processed at a time. In the other, only part of the
+    // mesh changes; that part is compared.
     const unsigned n = 200;
     LevelGeometry whole(GridMesh(n, n));
     LevelGeometry part(GridMesh(n, n));

@@ -92,7 +92,7 @@ void ExpectSameRefinement(const PolygonMesh& mesh, int levels) {
         points.push_back({p[0], p[1], p[2]});
         for (const float c : p) size = std::max(size, std::fabs(c));
     }
-    // A mesh of mixed faces starts one refinement later.
+    // For a mesh with mixed faces, level 0 is already refined once.
     const bool stepped = geometry.Level(0)->faceCount != mesh.faceSizes.size();
     std::vector<int> theirs(mesh.faceSizes.size());
     for (std::size_t i = 0; i < theirs.size(); ++i) theirs[i] = static_cast<int>(i);

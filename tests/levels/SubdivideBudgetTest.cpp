@@ -81,7 +81,7 @@ TEST(SubdivideBudget, CancellationChangesNothing) {
     LevelGeometry geometry(GridMesh(200, 200));
     geometry.Subdivide();
     geometry.BindLevel(0);
-    // A change to be carried to the highest level.
+    // A change that has to be propagated to the highest level.
     geometry.Bound()->SetPosition(7, {7, 0, 1});
     const std::string before = StateOfAll(geometry);
     uint64_t cancelled = 0;
@@ -99,7 +99,7 @@ TEST(SubdivideBudget, CancellationChangesNothing) {
         ASSERT_EQ(job.reports, at) << "cancelled at once";
         ASSERT_TRUE(StateOfAll(geometry) == before) << at;
     }
-    EXPECT_GT(cancelled, 30u) << "while carrying upwards, in topology, positions and normals";
+    EXPECT_GT(cancelled, 30u) << "while propagating upwards, in topology, positions and normals";
     EXPECT_EQ(geometry.LevelCount(), 3u);
     EXPECT_EQ(geometry.Bound()->faceCount, 640000u);
 }

@@ -72,7 +72,7 @@ std::vector<std::array<int64_t, 3>> AllMirrorVertices(LevelMesh& mesh) {
     return answers;
 }
 
-/// For each vertex the one across by position: the vertex nearest to its reflection.
+/// For each vertex, its mirror image by position: the vertex nearest to its reflection.
 std::vector<uint32_t> SpatialMirror(const LevelMesh& mesh, float tolerance) {
     const auto key = [tolerance](const Vector& p) {
         return std::array<long, 3>{std::lround(p.x / tolerance),
@@ -172,7 +172,8 @@ TEST(TopologicalMirror, MapsCornersInReversedOrderAndBack) {
 TEST(TopologicalMirror, PairsTheSameVerticesInAPose) {
     for (const ZooMesh& entry : SymmetricMeshes()) {
         SCOPED_TRACE(entry.name);
-        // A torus has a mirror through each spoke, and a pose may be closer to another one.
+        // A torus has a mirror plane through each spoke, and the posed torus may be closer to a
+        // different one.
         if (entry.name == "torus") continue;
         LevelGeometry atRest(entry.mesh);
         LevelGeometry posed(Posed(entry.mesh));
@@ -235,7 +236,7 @@ TEST(TopologicalMirror, IsNotFoundOnAMeshWithoutSymmetry) {
         SCOPED_TRACE(face);
         const std::array<float, 3>& a = sphere.positions[sphere.faceVertices[face * 4]];
         const std::array<float, 3>& b = sphere.positions[sphere.faceVertices[face * 4 + 2]];
-        // A hole off the middle; from front to back the mesh may still be symmetric.
+        // The hole is away from the middle, but the mesh may still be symmetric from front to back.
         if (std::fabs(a[0] + b[0]) < 0.2f) continue;
         LevelGeometry geometry(WithoutFace(sphere, face));
         EXPECT_FALSE(geometry.FindMirror());

@@ -78,7 +78,8 @@ TEST(Unsubdivide, FindsTheCoarseMeshOfAShuffledRefinement) {
         EXPECT_EQ(base.CornersPerFace(), oldBase.CornersPerFace());
         // The fine faces have the same positions, bit-exactly, and the same connectivity.
         EXPECT_EQ(FacesInSpace(geometry.ToPolygons(false)), FacesInSpace(shuffled.mesh));
-        // On a torus the faces of the refinement do not distinguish vertices from face points.
+        // On a torus, the connectivity of the refinement does not distinguish original vertices
+        // from face points.
         if (IsTorusLike(zoo)) continue;
         for (uint32_t v = 0; v < base.VertexCount(); ++v) {
             const Vector fine = geometry.Level(1)->Position(v);

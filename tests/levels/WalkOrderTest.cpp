@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The orders that make a replay repeatable, compared with walks that implement their rules
-/// directly from the corners of the faces.
+/// \file The visiting orders that make a replay repeatable, compared with walks that implement the
+/// rules directly on the corners of the faces.
 #include "framework/math/SameBits.h"
 #include "framework/multires/LevelGeometry.h"
 #include "tests/meshes/MeshZoo.h"
@@ -47,7 +47,7 @@ public:
     uint32_t CornerOf(uint32_t face, uint32_t vertex) const {
         for (uint32_t k = 0; k < corners; ++k)
             if (At(face, k) == vertex) return k;
-        ADD_FAILURE() << " does not contain vertex " << face << " does not hold vertex " << vertex;
+        ADD_FAILURE() << "face " << face << " does not contain vertex " << vertex;
         return 0;
     }
     uint32_t Next(uint32_t face, uint32_t v) const { return At(face, CornerOf(face, v) + 1); }
@@ -117,7 +117,7 @@ private:
     std::map<Visit, uint32_t> faceOfEdge;
 };
 
-/// True for three of four numbers, deterministically.
+/// A deterministic choice of about three in four numbers.
 bool Wanted(uint32_t number, uint32_t salt) { return (number * 2654435761u + salt) >> 30 != 0; }
 
 class FaceTester final : public FaceEnumerator {
@@ -152,9 +152,9 @@ public:
     std::vector<Visit> met;
 };
 
-/// Calls check(mesh, rules) for levels 0 and 1 of every mesh of the zoo. Two faces may have more
-/// than one common edge there, but no two faces have the same directed edge, so a directed edge
-/// identifies its face.
+/// Calls check(mesh, rules) for levels 0 and 1 of every test mesh. Two faces may have more than one
+/// common edge there, but no two faces have the same directed edge, so a directed edge identifies
+/// its face.
 template <typename Check>
 void ForEveryLevel(Check check) {
     for (const ZooMesh& entry : AllMeshes()) {

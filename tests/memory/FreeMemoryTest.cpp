@@ -16,7 +16,7 @@ namespace {
 
 constexpr uint64_t mebibyte = uint64_t{1} << 20;
 
-/// A folder with files like those of the system below `/proc` and `/sys`.
+/// A folder with files like those that the system has below `/proc` and `/sys`.
 class FreeMemoryOfSystem : public ::testing::Test {
 protected:
     FreeMemoryOfSystem() {
@@ -59,7 +59,7 @@ TEST_F(FreeMemoryOfSystem, IsLimitedByTheControlGroupAndItsParents) {
 
 TEST_F(FreeMemoryOfSystem, ReadsVersionOneControlGroups) {
     Fill("proc/self/cgroup", "5:cpu,cpuacct:/x\n4:memory:/docker/0123\n0::/\n");
-    // In a container, its own group appears as the top folder.
+    // In a container, the container's own group appears as the top folder.
     Fill("sys/fs/cgroup/memory/memory.limit_in_bytes", std::to_string(500 * mebibyte) + "\n");
     Fill("sys/fs/cgroup/memory/memory.usage_in_bytes", std::to_string(100 * mebibyte) + "\n");
     EXPECT_EQ(Query().bytes, 400 * mebibyte);

@@ -14,7 +14,7 @@
 
 namespace trovik::test {
 
-/// A cube of n x n quads per side, projected onto the unit sphere; exactly symmetric in the
+/// A cube of n x n quads per side, projected onto the unit sphere; exactly symmetric about the
 /// coordinate planes.
 inline PolygonMesh Ball(int n) {
     PolygonMesh mesh;
@@ -65,7 +65,7 @@ public:
         document->SelectTool(name);
         document->Brush().directionAttribute.SetValue(direction, true);
     }
-    /// Makes one stroke with a dab at the surface point nearest to each position.
+    /// Applies one stroke with a dab at the surface point nearest to each position.
     void Stroke(const std::vector<Vector>& places, float radius, float strength = 0.03f) {
         document->Loop().Begin(BrushOperation::ModifierNone);
         for (const Vector& place : places) {
@@ -84,7 +84,7 @@ public:
         document->Freeze(amounts, FreezeMode::Replace);
     }
     std::vector<Vector> Positions() { return PositionsOf(Mesh()); }
-    /// For each vertex the one across the plane, by the positions at the first call.
+    /// For each vertex, its twin across the plane, determined from the positions at the first call.
     const std::vector<uint32_t>& Across(int axis) {
         std::vector<uint32_t>& across = twins[axis];
         if (!across.empty()) return across;

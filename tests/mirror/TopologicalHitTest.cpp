@@ -76,7 +76,7 @@ TEST(TopologicalHit, FollowsAFaceMovedAndRotatedByAPose) {
     // The face across is at x = 1 and points to the left; 0.75 out is 0.75 up.
     ExpectNear({1.0f - 0.125f, 0.5f, 0.75f}, across->hit.position, 1e-6f);
     ExpectNear({-1.0f, 0.0f, 0.0f}, across->hit.normal, 1e-6f);
-    // Farther out on the one side is farther up on the other.
+    // Farther out on one side is farther up on the other.
     ExpectNear(
         {1.0f, 0.5f, 1.0f}, across->pointMap.AffineTransform({-2.0f, 0.5f, 0.0f}, 1.0f), 1e-6f);
 }

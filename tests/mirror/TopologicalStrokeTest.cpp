@@ -113,8 +113,8 @@ TEST(TopologicalStroke, AppliesAHeightStampToBothHalvesOfAPose) {
     document.SetTopologicalMirror();
     const std::vector<Vector> moves = StampedMoves(document, "Stamps/rubble.tif");
     LevelMesh& mesh = *document.Geometry().Bound();
-    // The right half has another shape, so the falloff differs. The parts outside the image are the
-    // same on both sides.
+    // The right half has a different shape, so the falloff differs. The parts outside the image are
+    // the same on both sides.
     std::size_t moved = 0;
     std::size_t both = 0;
     for (uint32_t face = 0; face < mesh.faceCount; ++face) {

@@ -123,7 +123,7 @@ TEST_F(PreferenceTest, KeyRegisteredLaterGetsItsStoredValue) {
     LoadPreferences(folder.Fill("p", R"({"late flag": "true", "late factor": "x"})"));
     EXPECT_TRUE(Switch("late flag", false));
     EXPECT_EQ(static_cast<float>(Factor("late factor", 3.0f)), 3.0f)
-        << "an invalid text leaves the default";
+        << "an invalid value leaves the default";
     EXPECT_TRUE(PendingPreferences().empty());
 }
 

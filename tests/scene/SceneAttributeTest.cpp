@@ -91,10 +91,9 @@ TEST(SceneAttributes, ListsThatDoNotMatchLevel0AreRefused) {
     attributes.cornerUvs.pop_back();
     document.Geometry().RestoreAttributes(attributes);
     document.Save(folder.Path("a.trovik"));
-    EXPECT_THAT(
-        MessageOf<HostError>([&] { Document::OpenScene(folder.Path("a.trovik")); }),
-        testing::AllOf(testing::HasSubstr("a.trovik: byte "),
-                       testing::HasSubstr("texture coordinates of corners has 63 entries")));
+    EXPECT_THAT(MessageOf<HostError>([&] { Document::OpenScene(folder.Path("a.trovik")); }),
+                testing::AllOf(testing::HasSubstr("a.trovik: byte "),
+                               testing::HasSubstr("corner texture coordinates has 63 entries")));
 }
 
 }  // namespace

@@ -154,7 +154,7 @@ TEST_F(CommandRunnerTest, WorkIsRecoveredFromTheJournal) {
     Do(R"({"stroke": {"surface": [[1, 0, 0]]}})");
     const std::string expected = BitsOf(*document);
     const std::size_t position = document->HistoryPosition();
-    // The state after a crash.
+    // Destroys the runner without closing the journal, as in a crash.
     runner.reset();
     const RecoveredWork work = RedoJournal(journal.path);
     EXPECT_TRUE(BitsOf(work.runner->GetDocument()) == expected);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The table of commands and the schema of stroke scripts agree in both directions.
+/// \file The command table and the stroke script schema agree in both directions.
 #include "framework/brushes/Falloff.h"
 #include "framework/script/Command.h"
 #include "framework/script/ScriptDocument.h"
@@ -76,7 +76,7 @@ void AddAlternatives(const json& part, json& all) {
 
 bool Same(const json& described, const json& inSchema);
 
-/// If the schema lists words, the text is compared with them.
+/// A described "string" also matches an enumeration in the schema.
 bool SameAlternative(const json& described, const json& inSchema) {
     if (described == inSchema) return true;
     if (described == "string") return inSchema.is_object() && inSchema.contains("enum");
@@ -320,7 +320,7 @@ void CollectDescribed(const json& all, const std::string& prefix, std::set<std::
     }
 }
 
-// Without an example, the writing of a new field would not be tested.
+// Without an example, writing a new field would not be tested.
 TEST(CommandTable, ExamplesHaveEveryField) {
     std::set<std::string> inExamples, described;
     for (const json& step : json::parse(examples)) CollectFields(step, "", inExamples);

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 int main(int argc, char** argv) {
-    // Nothing of the user's own settings reaches a test, and nothing of a test the user.
+    // Tests neither read nor change the user's own settings.
     QTemporaryDir home;
     for (const char* variable :
          {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME"})

@@ -7,7 +7,7 @@
 
 namespace trovik::studio {
 
-/// Runs the event loop until the condition holds. \return false if it does not within the time.
+/// Runs the event loop until the condition holds. \return false if the time runs out first.
 template <typename Condition>
 bool WaitFor(Condition condition, int milliseconds = 30'000) {
     QElapsedTimer since;

@@ -7,7 +7,7 @@
 
 namespace trovik::test {
 
-/// A position in double precision, for independent calculations of tests.
+/// A position in double precision, for independent calculations in tests.
 using Triple = std::array<double, 3>;
 
 inline Triple PlaceOf(const LevelMesh& mesh, uint32_t vertex) {

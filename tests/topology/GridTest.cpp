@@ -48,7 +48,7 @@ TEST_F(FlatPatches, CornerZeroOfTheFourRotationsIsAnotherCornerOfTheCell) {
 }
 
 TEST_F(FlatPatches, FourDirectionsWalkStraightAcrossTheSeam) {
-    // From a cell of the middle patch eleven steps up cross into the patch above and stop there.
+    // Four steps from a cell of the middle patch cross the seam and end in a neighbouring patch.
     for (uint32_t rotation = 0; rotation < 4; ++rotation) {
         GridFace cursor(mesh, middle, 0, 1, 2, rotation);
         const Vector start = mesh->Position(cursor.Corner(0));

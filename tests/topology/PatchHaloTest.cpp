@@ -19,7 +19,7 @@ void Roughen(LevelMesh& mesh, unsigned seed) {
     mesh.ComputeNormals();
 }
 
-/// Puts a bench's brush into the state of a dab on patches of level `patchMeshLevel`, with grids.
+/// Prepares a bench's brush as for a dab on patches of level `patchMeshLevel`, with grids.
 class HaloState {
 public:
     HaloState(StrokeFixture& bench, uint32_t patchMeshLevel, bool smooth, bool allLayers)
@@ -196,7 +196,7 @@ TEST(PatchHalo, FiveCellMeanAtCornersIsTheTrueRingMeanForAnyValence) {
             }
         }
     }
-    // The set of meshes contains irregular, regular and open corners.
+    // The meshes contain irregular, regular and open corners.
     for (const std::size_t valence : {2u, 3u, 4u, 5u, 6u}) EXPECT_TRUE(valences.count(valence));
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The table of the faces around each face, its lifetime as a node, and the notifications of
-/// renderers.
+/// \file The table of the faces around each face, its lifetime as a node, and renderer
+/// notifications.
 #include "framework/nodes/SceneStream.h"
 #include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
@@ -284,7 +284,7 @@ TEST(PatchMapInAScene, LevelWithoutFacesKeepsAnEmptyTable) {
     brush.EndStroke();
 }
 
-/// The notifications of renderers for one patch.
+/// The renderer notifications for one patch.
 std::vector<RecordingRenderer::Notice> NoticesOf(StrokeFixture& bench,
                                                  uint32_t patchLevelNumber,
                                                  uint32_t patch) {
@@ -299,7 +299,7 @@ std::vector<RecordingRenderer::Notice> NoticesOf(StrokeFixture& bench,
     return renderer.notices;
 }
 
-/// The patch's first face, followed by the first faces under the row of the map.
+/// The patch's first face, followed by the first descendant of each face in the map's row.
 std::vector<RecordingRenderer::Notice> Expected(const StrokeFixture& bench,
                                                 uint32_t firstFace,
                                                 uint32_t row,
@@ -313,7 +313,7 @@ std::vector<RecordingRenderer::Notice> Expected(const StrokeFixture& bench,
 }
 
 TEST(PatchMapNotices, ReportTheFirstFaceUnderEachFaceOfTheRow) {
-    // Patch 22 of level 1 is in face 5 of the base; a base face has 64 faces of level 3.
+    // Patch 22 of level 1 is in base face 5; a base face contains 64 faces of level 3.
     StrokeFixture bench(FlatGrid(3), 3);
     const auto notices = NoticesOf(bench, 1, 22);
     EXPECT_EQ(notices, Expected(bench, 22 * 16, 5, 64));

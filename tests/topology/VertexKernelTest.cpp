@@ -181,7 +181,7 @@ TEST_F(VertexKernel, StampThatDoesNotReachTheVertexReturnsFalse) {
     EXPECT_EQ(Height(0), 0.5f);
     EXPECT_FALSE(Step(4));
     EXPECT_EQ(Height(4), 0.0f);
-    // The whole-mesh pass has no separate path here.
+    // The whole-mesh pass has no separate code path here.
     b.wholeMesh = true;
     EXPECT_FALSE(Step(5));
     b.wholeMesh = false;
@@ -201,7 +201,8 @@ TEST_F(VertexKernel, MaskIsReadAtTheBinding) {
     EXPECT_TRUE(Step(1));
     EXPECT_NEAR(Height(1), 63.0f / 127.0f, 1e-6f);
 
-    // Masked during a stroke: a mesh without a mask when it was bound is not queried again.
+    // The mesh is masked during a stroke. A mesh that had no mask when it was bound is not queried
+    // again.
     Open(FlatTriangles(2));
     Begin();
     Mesh().SetFreeze(0, 127);
@@ -283,7 +284,7 @@ TEST_F(VertexKernel, SmoothOfALayerUsesTheMeanOfOffsets) {
     EXPECT_NEAR(layer.Offset(4).y, 0.1f, 1e-6f);
     EXPECT_EQ(layer.Rest(4), Vector(1.0f, 1.0f, 3.0f));
     EXPECT_EQ(Height(4), 3.0f);
-    // Reading the ring made records of all its vertices, but only this vertex was processed.
+    // Reading the one-ring created records of all its vertices, but only this vertex was processed.
     EXPECT_EQ(Mesh().changeRecordCount, 7u);
     EXPECT_TRUE(Step(1));
     EXPECT_NEAR(layer.Offset(1).y, 0.1f / 5.0f, 1e-6f);
@@ -350,7 +351,8 @@ TEST_F(OriginalRecords, HavePositionItemNumberAndMaskOfEachVertexAtFirstTouch) {
     EXPECT_EQ(data.recordCount, 3u);
     EXPECT_EQ(data.pages.fill, 2u);
     EXPECT_EQ(records, (std::vector<int32_t>{1, -1, -1, -1, -1, 0, -1, 2, -1}));
-    // Independent of reach and movement: vertex 0 was moved after its record was made.
+    // The records do not depend on reach and movement: vertex 0 was moved after its record was
+    // created.
     EXPECT_EQ(Height(0), 1.0f);
     const uint32_t order[3] = {5, 0, 7};
     for (uint32_t i = 0; i < 3; ++i) {

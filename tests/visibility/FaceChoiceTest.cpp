@@ -98,11 +98,11 @@ TEST(FaceChoiceTest, RingsOfFacesAreAddedAndRemoved) {
             ASSERT_EQ(grown[face] != 0, away <= static_cast<float>(rings)) << face;
         }
         EXPECT_EQ(ShrunkChoice(level, grown, rings), rings < 3 ? one : FaceChoice(49, 1))
-            << "an open border is not a ring";
+            << "an open border does not shrink the set";
     }
 }
 
-/// The plane of a grid, seen from above: 100 pixels are a unit.
+/// The plane of a grid, seen from above; one unit is 100 pixels.
 StrokeView ViewOnGrid() {
     StrokeView view;
     view.eye = {2.0f, 2.0f, 5.0f};

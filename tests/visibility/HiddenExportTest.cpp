@@ -104,7 +104,7 @@ TEST(HiddenExport, HasOnlyVisibleFacesAndTheirData) {
                 }
             }
             ASSERT_TRUE(Contents(part) == expected);
-            // No vertex of the zoo is without faces.
+            // Every vertex of the test meshes has faces.
             EXPECT_EQ(part.positions.size(), vertices.size());
             EXPECT_EQ(part.attributes.uvs.size(), uvs.size());
             for (uint32_t v = 0; v < part.positions.size(); ++v)

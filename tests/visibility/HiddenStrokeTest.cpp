@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Strokes over hidden faces: hidden vertices stay bit-identical, and visible ones get the
-/// same bits as when the hidden ones are masked.
+/// \file Strokes over hidden faces: hidden vertices stay bit-identical, and the results at visible
+/// vertices are bit-identical to those with the hidden vertices masked.
 #include "framework/brushes/Falloff.h"
 #include "framework/edits/Symmetry.h"
 #include "framework/freeze/FreezeBrush.h"
@@ -31,7 +31,7 @@ bool SamePosition(const VertexBits& a, const VertexBits& b) {
     return std::memcmp(a.position, b.position, sizeof a.position) == 0;
 }
 
-/// Two benches make the same strokes; in one, faces are hidden, in the other, their vertices are
+/// Two benches apply the same strokes. In one, faces are hidden; in the other, their vertices are
 /// masked explicitly.
 TEST(HiddenStroke, HiddenVerticesStayAndOthersMoveAsIfTheyWereMasked) {
     HostSwitches switches;
@@ -120,7 +120,7 @@ TEST(HiddenStroke, NegativeZerosOfHiddenVerticesKeepTheirSign) {
 
 TEST(HiddenStroke, NormalsAtTheBorderFollowTheSurface) {
     StrokeFixture bench(SphereQuads(3), 1);
-    // With little strength, since brush and host weight the faces around a vertex differently.
+    // The strength is low, because brush and host weight the faces around a vertex differently.
     bench.Activate(Tool::Sculpt, FalloffIndexOf("smooth"));
     LevelMesh& level = bench.Mesh();
     FaceChoice chosen(level.faceCount);

@@ -29,8 +29,8 @@ std::string ReadAll(const std::string& path) {
     return text.str();
 }
 
-/// A square from (-1, -1) to (1, 1) and a small one off to the side, with two groups and two
-/// materials of faces, seen from (0, 0, 5) in a viewport of 400 pixels; 100 pixels are a unit.
+/// A square from (-1, -1) to (1, 1) and a small one off to the side, with two face groups and two
+/// materials, seen from (0, 0, 5) in a viewport of 400 pixels; one unit is 100 pixels.
 class VisibilityScript : public testing::Test {
 protected:
     VisibilityScript() {
@@ -196,7 +196,7 @@ TEST_F(VisibilityScript, ScenesStoreHiddenFacesAndTheirMasks) {
         const bool isInside = geometry.Level(3)->Position(v).x <= 0.2f;
         ASSERT_EQ(geometry.Level(3)->Freeze(v), isInside ? amount : 0) << v;
     }
-    // An opened document continues like one that was never closed.
+    // A reopened document continues like one that was never closed.
     document->Save(folder.Path("again.trovik"));
     const auto again = Document::OpenScene(folder.Path("again.trovik"));
     EXPECT_EQ(ReadAll(folder.Path("again.trovik")), ReadAll(folder.Path("out/out.trovik")));

@@ -38,8 +38,8 @@ inline std::vector<bool> ExpectedHiddenVertices(const LevelMesh& level) {
     return expected;
 }
 
-/// Expects that the counts, vertices and brush amounts of every level follow from its face flags,
-/// and that the levels are consistent.
+/// Expects that the counts, vertices and brush amounts of every level match its face flags, and
+/// that the levels are consistent.
 inline void ExpectConsistent(const LevelGeometry& geometry) {
     for (uint32_t index = 0; index < geometry.LevelCount(); ++index) {
         const LevelMesh& level = *geometry.Level(index);

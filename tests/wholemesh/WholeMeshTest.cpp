@@ -103,7 +103,7 @@ TEST(WholeMesh, EndsWhenTheCallReturns) {
     EXPECT_FALSE(bench.brush->wholeMeshFacing);
     EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
     bench.End();
-    // A later dab has its radius again.
+    // A later dab uses its radius again.
     const auto before = bench.Positions();
     bench.Stroke(bench.HitVertex(0), 0.01f, 1.0f);
     int moved = 0;
@@ -136,7 +136,7 @@ TEST(WholeMesh, NeedsNoFalloff) {
     bench.brush->falloffTable = nullptr;
     bench.brush->ApplyToWholeMesh(&bench.Mesh(), 0.5f, false);
     for (const Vector& p : bench.Positions()) EXPECT_NEAR(p.z, 0.5f, 1e-6f);
-    // An ordinary dab needs one.
+    // An ordinary dab needs a falloff and changes nothing.
     bench.Dab(bench.HitFace(0), 5.0f, 1.0f);
     for (const Vector& p : bench.Positions()) EXPECT_NEAR(p.z, 0.5f, 1e-6f);
     bench.End();
@@ -277,7 +277,7 @@ TEST(WholeMesh, ByFacingTheWeightIsTheCosineToACommonView) {
     EXPECT_NEAR((ahead - Vector(0.0f, 2.0f, 0.0f)).Length(), 0.0f, 1e-5f);
     int still = 0;
     ExpectMovedAlongNormals(bench, before, normals, [&](uint32_t v) {
-        // The mesh's scale of two halves its steps.
+        // The mesh is scaled by 2, which halves the steps in local space.
         const float weight = std::max(normals[v] | view, 0.0f) * 0.5f;
         still += weight == 0.0f;
         return weight;
@@ -307,7 +307,7 @@ TEST(WholeMesh, CameraAtTheMeshOriginMovesNothing) {
 }
 
 TEST(WholeMesh, PlaneToolsUseThePlaneOfTheirPassAlongEachNormal) {
-    // No plane is sampled: that of a new stroke passes through the origin.
+    // No plane is sampled; the initial plane of a new stroke passes through the origin.
     PolygonMesh raised = FlatGrid(2);
     for (auto& p : raised.positions) p[2] = 2.0f;
     Bench bench(raised);

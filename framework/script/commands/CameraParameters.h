@@ -14,7 +14,8 @@ struct CameraParameters {
     std::optional<Vector> eye;
     std::optional<Vector> target;
     std::optional<Vector> up;
-    /// Direction from the mesh to the eye, used without `eye`; the camera frames the whole mesh.
+    /// Direction from the mesh to the eye, used if `eye` is missing; the camera frames the whole
+    /// mesh.
     std::optional<Vector> from;
 
     template <typename Visitor>
@@ -31,7 +32,7 @@ struct CameraParameters {
 
 /// \param frames  number of frames of the turntable that starts with this view; 1 for a single
 /// render.
-/// \param pointer  of the parameters, for errors.
+/// \param pointer  JSON pointer of the parameters, for errors.
 StrokeView ViewOf(const CommandContext& context,
                   const CameraParameters& camera,
                   StrokeView view,

@@ -140,8 +140,8 @@ struct FreezeChoice {
 
 using FreezeParameters = std::variant<FreezeWhat, FreezeChoice>;
 
-/// Mask weights from 0 to 1, one for each vertex of the current level, for a selection that is not
-/// a filter.
+/// Returns mask weights from 0 to 1, one for each vertex of the current level, for a selection that
+/// is not a filter.
 std::vector<float> FreezeWeights(CommandContext& context, const FreezeChoice& choice);
 
 /// \throw FieldFault if the image cannot be read.

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Commands that add, delete and choose levels, and "reset", which rebuilds them.
+/// \file Commands that add, delete and select levels, and "reset", which rebuilds them.
 #include "framework/memory/MemoryAccount.h"
 #include "framework/mesh/BaseLevel.h"
 #include "framework/script/Command.h"
@@ -24,7 +23,7 @@ struct TriangleNote {
     bool isGiven = false;
 };
 
-/// The memory that is left within the limit of the memory account.
+/// Returns the bytes that the memory account's limit leaves.
 uint64_t AccountedRoom() {
     const int64_t limit = MemoryAccount::Limit();
     if (limit <= 0) return std::numeric_limits<uint64_t>::max();

@@ -89,7 +89,7 @@ void Render(CommandContext& context,
     std::optional<RenderedLevel> before;
     std::optional<RenderScene> sceneAfter;
     std::optional<RenderScene> sceneBefore;
-    // Rendering errors are errors of this command.
+    // Rendering errors are reported as errors of this command.
     AtField("", [&] {
         after.emplace(geometry, options.shading);
         sceneAfter.emplace(std::vector<RenderMesh>{after->Mesh()}, context.Job());
@@ -186,7 +186,7 @@ std::vector<const RenderImage*> KeptPicturesNamed(CommandContext& context,
         const RenderImage& picture = found->second;
         if (!pictures.empty() && (pictures.front()->width != picture.width ||
                                   pictures.front()->height != picture.height))
-            throw FieldFault(pointer, "the pictures of a sheet must have one size");
+            throw FieldFault(pointer, "all pictures of a sheet must have the same size");
         pictures.push_back(&picture);
     }
     return pictures;

@@ -42,7 +42,7 @@ struct StampParameters {
     }
 };
 
-/// On or off, a file, or the individual fields.
+/// On or off, a file name, or the individual fields.
 using StampSetting = std::variant<bool, std::string, StampParameters>;
 
 struct TiltParameters {
@@ -135,7 +135,8 @@ struct SettingsParameters {
     }
 };
 
-/// Returns an attribute of the active brush. \param pointer  of the setting.
+/// Returns an attribute of the active brush.
+/// \param pointer  JSON pointer of the setting.
 /// \throw FieldFault if the brush has no such attribute.
 template <typename T>
 AttributeInstance<T>& BrushAttribute(BrushOperation& brush,
@@ -150,7 +151,7 @@ AttributeInstance<T>& BrushAttribute(BrushOperation& brush,
 /// Configures the stamp of the active brush and reads its file.
 void SetStamp(CommandContext& context, const StampSetting& setting);
 
-/// Applies the settings of the path and of the pen.
+/// Applies the path and pen settings.
 void SetPen(CommandContext& context, const SettingsParameters& settings);
 
 }  // namespace trovik

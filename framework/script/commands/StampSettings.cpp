@@ -14,8 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// An absolute path, so that the stamp does not depend on the folder in which the program is
-// started.
+// Returns an absolute path, so that the stamp does not depend on the folder in which the program
+// was started.
 std::string StampPath(const ScriptFiles& files,
                       const std::string& name,
                       const std::string& pointer) {

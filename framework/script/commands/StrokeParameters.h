@@ -61,7 +61,7 @@ struct DabParameters {
     /// Mesh-local; the centre of the face if missing.
     std::optional<Vector> point;
     std::optional<Vector> normal;
-    /// World.
+    /// In world space.
     std::optional<Vector> position;
     std::optional<float> radius;
     std::optional<float> pressure;
@@ -91,7 +91,7 @@ struct WholeMeshParameters {
 };
 
 struct SnapParameters {
-    /// Control points with as many coordinates as the samples of the stroke.
+    /// Control points; each has as many coordinates as the samples of the stroke.
     std::vector<std::vector<float>> curve;
     float distance = 0.0f;
     std::optional<bool> smooth;
@@ -129,9 +129,9 @@ struct StrokeParameters {
     std::optional<BrushOperation::Modifier> modifier;
     std::optional<uint64_t> seed;
     std::optional<std::vector<DabParameters>> dabs;
-    /// World.
+    /// In world space.
     std::optional<PathSamples<3>> surface;
-    /// Pixels.
+    /// In viewport pixels.
     std::optional<PathSamples<2>> pointer;
     /// A file name, or the samples.
     std::optional<std::variant<std::string, PenSampleList>> pen;
@@ -159,7 +159,7 @@ struct StrokeParameters {
 
 /// Applies the dabs along the stroke's path, or nothing if it has none.
 void ApplyPath(CommandContext& context, const StrokeParameters& stroke);
-/// Checks the path and reads the file of its samples.
+/// Checks the path and reads its sample file.
 void CheckPath(const CommandContext& context, const StrokeParameters& stroke);
 
 }  // namespace trovik

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Paths of strokes: samples of a pointer, of a pen or on the surface, and their shaping.
+/// \file Stroke paths: pointer, pen and surface samples, and the shaping of paths.
 #include "framework/brushes/BrushSettings.h"
 #include "framework/script/commands/StrokeParameters.h"
 #include "framework/strokes/LiveStroke.h"

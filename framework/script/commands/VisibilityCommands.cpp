@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Commands on hidden faces: "hide", "show", "isolate" and "invertVisibility".
+/// \file Commands that hide and show faces: "hide", "show", "isolate" and "invertVisibility".
 #include "framework/freeze/FreezeParts.h"
 #include "framework/script/Command.h"
 #include "framework/script/commands/FreezeParameters.h"

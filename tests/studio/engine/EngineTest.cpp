@@ -37,7 +37,7 @@ protected:
 
     std::string Path(const char* name) { return folder.filePath(name).toStdString(); }
 
-    /// Waits until all requests so far are carried out.
+    /// Waits until all requests so far have been carried out.
     void Finish() {
         bool isDone = false;
         engine->Run(
@@ -145,7 +145,7 @@ TEST_F(StudioEngine, ACopyThatFollowsTheUpdatesEqualsTheSurfaceAfterAllOfThem) {
     Finish();
     engine->Save(Path("work.trovik"));
     Finish();
-    // The last change may still be on its way.
+    // The last change may not have arrived yet.
     QEventLoop loop;
     QTimer::singleShot(100, &loop, &QEventLoop::quit);
     loop.exec();
@@ -253,7 +253,7 @@ TEST_F(StudioEngine, RecoversTheWorkOfAJournalThatWasNotClosed) {
     engine->Run({{"mirror", {"x"}}});
     Draw({}, 0.5f);
     Finish();
-    // As a crash leaves it: the process cannot close its journal.
+    // The journal as a crash would leave it: the process has no chance to close it.
     std::filesystem::copy(Path("journals"), Path("crashed"));
     engine->Save(Path("work.trovik"));
     Finish();

@@ -29,7 +29,7 @@ TEST(ValueSlider, DragsWithinItsSoftRangeAndTypesBeyondIt) {
     auto* entry = slider.findChild<QWidget*>();
     QTest::keyClicks(entry, "5000");
     QTest::keyClick(entry, Qt::Key_Return);
-    EXPECT_EQ(slider.Value(), 1000) << "the limit of typed values";
+    EXPECT_EQ(slider.Value(), 1000) << "the limit for typed values";
     EXPECT_EQ(edited.count(), 2);
 }
 
@@ -133,7 +133,7 @@ TEST_F(Curve, PointsKeepTheirOrderAndTheEndsStay) {
     EXPECT_EQ(editor.Value()[0].pressure, 0.0f);
     EXPECT_NEAR(editor.Value()[0].value, 0.6f, 0.01f);
     QTest::mouseClick(&editor, Qt::RightButton, {}, At(0, editor.Value()[0].value));
-    EXPECT_EQ(editor.Value().size(), 4u) << "an end was removed";
+    EXPECT_EQ(editor.Value().size(), 4u) << "an endpoint was removed";
     std::size_t index = 0;
     EXPECT_FALSE(PressureCurve::Flaw(editor.Value(), index));
 }

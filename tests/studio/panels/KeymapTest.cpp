@@ -107,7 +107,7 @@ TEST_F(KeymapTest, FilesRoundTrip) {
         EXPECT_EQ(fresh.Keys(info.id), actions.Keys(info.id)) << info.id.toStdString();
     EXPECT_EQ(fresh.HeldKey("stroke.smooth"), QKeySequence(Qt::Key_Alt));
     EXPECT_TRUE(fresh.Keys("view.frame").isEmpty());
-    // The import was stored as the user's own.
+    // The imported keys were stored as the user's own keymap.
     QWidget third;
     ActionRegistry again(&third);
     Fill(again);
@@ -184,7 +184,7 @@ TEST_F(KeymapTest, TheEditorBindsTheNextKeyAndReportsConflicts) {
     editor.Capture("edit.undo");
     QTest::keyClick(list, Qt::Key_Y, Qt::ControlModifier);
     EXPECT_EQ(actions.Keys("edit.undo"), Keys{QKeySequence("Ctrl+U")})
-        << "taken at the first press";
+        << "reassigned at the first press";
     EXPECT_TRUE(editor.Message().contains("Ctrl+Y belongs to Redo"));
     QTest::keyClick(list, Qt::Key_Y, Qt::ControlModifier);
     EXPECT_EQ(actions.Keys("edit.undo"), Keys{QKeySequence("Ctrl+Y")});
@@ -196,7 +196,7 @@ TEST_F(KeymapTest, TheEditorBindsTheNextKeyAndReportsConflicts) {
     editor.Capture("edit.undo");
     QTest::keyClick(list, Qt::Key_Backspace);
     EXPECT_TRUE(actions.Keys("edit.undo").isEmpty());
-    EXPECT_TRUE(editor.isVisible()) << "Escape closed the dialog while a key was waited for";
+    EXPECT_TRUE(editor.isVisible()) << "Escape closed the dialog while it was waiting for a key";
 }
 
 TEST_F(KeymapTest, TheEditorTakesModifiersAloneForHeldKeysOnly) {

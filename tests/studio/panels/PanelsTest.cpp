@@ -33,7 +33,7 @@ TEST_F(StudioWindow, BrushPanelShowsTheSettingsThatApplyForEveryTool) {
         engine.Run({{"tool", tool}});
         Finish();
         for (const ToolSetting& setting : *engine.Settings()) {
-            // The stamp tray shows the image.
+            // The stamp tray shows this setting.
             if (setting.name == "stamp.path") continue;
             const SettingControl* control = window->Brush().Control(setting.name);
             if (setting.applies) {
@@ -216,7 +216,7 @@ TEST_F(StudioWindow, LayersAreAddedRenamedMovedAndRemoved) {
     EXPECT_EQ(panel->Rows()[0]->Layer().name, "Layer 4") << "two layers have the same name";
     EXPECT_EQ(QApplication::focusWidget(), viewport);
 
-    // The highest is dragged to the end.
+    // Drags the highest layer to the end.
     Q_EMIT panel->Rows()[0]->GripMoved(panel->Rows()[2]->geometry().bottom() + 4);
     Q_EMIT panel->Rows()[0]->GripReleased();
     Finish();
@@ -267,7 +267,7 @@ TEST_F(StudioWindow, HistoryJumpsToAStep) {
     Finish();
     ASSERT_EQ(State().layers.size(), 4u);
     auto* panel = window->findChild<HistoryPanel*>();
-    // Positions count stored steps, of which several may be undone as one.
+    // Positions count stored steps; several of them may be undone together.
     std::vector<std::size_t> ends;
     for (std::size_t i = 0; i < State().history.size(); ++i)
         if (i + 1 == State().history.size() || !State().history[i + 1].joinsPrevious)

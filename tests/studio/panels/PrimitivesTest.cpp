@@ -30,7 +30,7 @@ std::map<std::pair<std::uint32_t, std::uint32_t>, int> DirectedEdges(const Polyg
     return edges;
 }
 
-/// Scalar product of a face's normal with the direction from the origin to its middle.
+/// Dot product of a face's normal and the direction from the origin to the face's centre.
 double Outwardness(const PolygonMesh& mesh, std::size_t face) {
     Point normal{}, middle{};
     for (std::size_t i = 0; i < 4; ++i) {
@@ -109,7 +109,7 @@ TEST(Primitives, CylinderIsRound) {
     for (const auto& position : mesh.positions) {
         const double around = std::hypot(position[0], position[2]);
         EXPECT_LT(around, 1.0 + 1e-6);
-        // Between the ends only the mantle has points.
+        // Between the caps, only the lateral surface has vertices.
         if (std::abs(position[1]) < 0.99f) {
             EXPECT_NEAR(around, 1.0, 1e-6);
         }

@@ -49,7 +49,7 @@ nlohmann::json StudioWindow::Steps() {
     if (!file.open(QIODevice::ReadOnly)) return {};
     const nlohmann::json script = nlohmann::json::parse(file.readAll().toStdString());
     nlohmann::json steps = nlohmann::json::array();
-    // Without the steps by which Finish waits.
+    // Omits the steps that Finish uses for waiting.
     for (const nlohmann::json& step : script.at("steps"))
         if (step != nlohmann::json{{"set", nlohmann::json::object()}}) steps.push_back(step);
     return steps;

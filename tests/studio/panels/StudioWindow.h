@@ -26,11 +26,11 @@ protected:
 
     /// Opens a sphere of 6 x 8 x 8 faces with levels above it.
     void OpenSphere(int levels = 1);
-    /// Waits until all requests so far are carried out and shown.
+    /// Waits until the results of all requests so far are shown.
     void Finish();
     /// The steps since the document was opened, as SaveActions writes them.
     nlohmann::json Steps();
-    /// The last of them; null if there is none.
+    /// The last of these steps; null if there is none.
     nlohmann::json LastStep();
     const DocumentState& State() const { return *engine.State(); }
     QAction* Action(const char* id) const { return actions.Find(QString::fromLatin1(id)); }

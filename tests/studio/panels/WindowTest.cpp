@@ -91,7 +91,7 @@ TEST_F(StudioWindow, MenusHoldActionsOfTheRegistry) {
         QAction* action = actions.Find(info.id);
         if (action != nullptr && inMenus.count(action) == 0) missing << info.id;
     }
-    // Opens the default sphere, as the first start does.
+    // The only action without a menu item. It opens the default sphere, as the first start does.
     EXPECT_EQ(missing, QStringList{"file.new.sphere"}) << missing.join(", ").toStdString();
 }
 
@@ -101,7 +101,7 @@ TEST_F(StudioWindow, LetterKeysReachActionsAfterPanelsWereUsed) {
     SettingControl* strength = window->Brush().Control("strength");
     ASSERT_NE(strength, nullptr);
     auto* slider = strength->findChild<ValueSlider*>();
-    // A click opens the number entry, which takes the letters until Return.
+    // A click opens the number entry, which receives all keys until Return is pressed.
     QTest::mouseClick(slider, Qt::LeftButton);
     auto* entry = slider->findChild<QLineEdit*>();
     ASSERT_NE(entry, nullptr);
@@ -118,7 +118,7 @@ TEST_F(StudioWindow, LetterKeysReachActionsAfterPanelsWereUsed) {
     EXPECT_EQ(steps[steps.size() - 2], (nlohmann::json{{"set", {{"strength", 42.0}}}}));
     EXPECT_EQ(steps.back(), (nlohmann::json{{"tool", "Wax"}}));
 
-    // A drag, a button and a list leave the focus where it was.
+    // Dragging a slider and clicking a button do not move the focus.
     QTest::mousePress(slider, Qt::LeftButton, {}, {20, 5});
     QTest::mouseMove(slider, {60, 5});
     QTest::mouseRelease(slider, Qt::LeftButton, {}, {60, 5});

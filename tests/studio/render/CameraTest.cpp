@@ -37,7 +37,8 @@ float Distance(const Vector& a, const Vector& b) { return (a - b).Length(); }
 
 float PixelDistance(const Vector& a, const Vector& b) { return std::hypot(a.x - b.x, a.y - b.y); }
 
-/// By the matrix that the GPU uses, in double precision. \return pixels, and clip z / w.
+/// Projects a point with the GPU's matrix, in double precision. \return the position in pixels, and
+/// z / w in clip space.
 std::array<double, 3> ThroughMatrix(const RenderView& view, const Vector& p) {
     double clip[4];
     for (int column = 0; column < 4; ++column)
@@ -80,7 +81,7 @@ TEST_P(CameraTest, OrbitTurnsTheSurfaceWithThePointer) {
     camera.SetSize(width, height);
     camera.Orbit({}, 0.0f, 30.0f);
     EXPECT_GT(camera.ToPixel(nearPoint).y, before.y + 5.0f);
-    // Across the viewport's height: half a turn.
+    // A drag across the viewport's height rotates by half a turn.
     camera = {};
     camera.SetSize(width, height);
     camera.Orbit({}, static_cast<float>(height), 0.0f);
@@ -132,7 +133,8 @@ TEST_P(CameraTest, RollTurnsThePictureTheOtherWay) {
     camera.SetSize(width, height);
     camera.SetOrthographic(GetParam());
     camera.Roll(std::acos(0.0f));
-    // A quarter turn counterclockwise: what was on the right is at the bottom.
+    // The camera rolls a quarter turn counterclockwise, so a point on the right moves to the
+    // bottom.
     const Vector pixel = camera.ToPixel({1.0f, 0.0f, 0.0f});
     EXPECT_NEAR(pixel.x, width * 0.5f, 0.01f);
     EXPECT_GT(pixel.y, height * 0.6f);
@@ -185,7 +187,7 @@ TEST_P(CameraTest, LooksAlongTheAxes) {
         EXPECT_LT(Distance(view.forward, look.direction), 1e-5f);
         EXPECT_LT(Distance(view.up, look.up), 1e-5f);
         EXPECT_LT(Distance(view.right, look.direction & look.up), 1e-5f);
-        // An up direction that says nothing gives a view nevertheless.
+        // An up direction parallel to the view direction still gives a valid view.
         camera.LookAlong(look.direction, look.direction);
         const Vector pixel = camera.ToPixel(target);
         EXPECT_NEAR(pixel.x, width * 0.5f, 0.01f);

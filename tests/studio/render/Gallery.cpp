@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Draws meshes in every style into image files, to be looked at:
-/// studio-gallery MESH LEVELS FOLDER [PIXELRATIO].
+/// \file Renders meshes in every style to image files for visual inspection: studio-gallery MESH
+/// LEVELS FOLDER [PIXELRATIO].
 #include "tests/studio/render/OffscreenViewport.h"
 
 #include <QGuiApplication>

@@ -15,28 +15,28 @@
 
 namespace trovik::studio::test {
 
-/// A context with a multisampled framebuffer in which a ViewportRenderer draws, without a window.
-/// Needs a QGuiApplication.
+/// An OpenGL context with a multisampled framebuffer into which a ViewportRenderer draws, without a
+/// window. Needs a QGuiApplication.
 class OffscreenViewport {
 public:
     OffscreenViewport(int width, int height);
     ~OffscreenViewport();
 
-    /// Adds what the feed has, in updates of at most `maxBytes`.
+    /// Adds the pending updates of the feed, each of at most `maxBytes`.
     void Add(SurfaceFeed& feed, std::size_t maxBytes = std::size_t{1} << 30);
-    /// Draws a frame with the camera, which has the size of the viewport.
+    /// Draws a frame with `camera`, which has the size of the viewport.
     QImage Draw();
-    /// `frame` as Draw uses it; tests change what they look at.
+    /// The settings that Draw uses; tests change those that they examine.
     ViewportRenderer::Frame frame;
     Camera camera;
-    /// Its context is current then.
+    /// Makes the context current and returns the renderer.
     ViewportRenderer& Renderer() {
         MakeCurrent();
         return *renderer;
     }
 
 private:
-    /// Another viewport may have been used.
+    /// Necessary because another viewport may have been used.
     void MakeCurrent() { context.makeCurrent(&surface); }
 
     QOffscreenSurface surface;
@@ -45,7 +45,7 @@ private:
     std::unique_ptr<ViewportRenderer> renderer;
 };
 
-/// A document that is changed by steps of scripts, with the feed of its surface.
+/// A document that is changed by script steps, with its surface feed.
 struct ShownDocument {
     explicit ShownDocument(std::unique_ptr<Document> opened)
         : document(std::move(opened)), feed(*document), runner(*document) {}

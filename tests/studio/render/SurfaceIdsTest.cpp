@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// Compares the geometry that is drawn with the rays of picking.
+/// \file Compares the drawn geometry with picking rays.
 #include "tests/meshes/MeshZoo.h"
 #include "tests/studio/render/OffscreenViewport.h"
 
@@ -16,7 +15,7 @@ using test::ShownDocument;
 constexpr int width = 240;
 constexpr int height = 180;
 
-/// A sculpted sphere, turned and scaled, with hidden faces.
+/// A sculpted sphere, rotated and scaled, with hidden faces.
 struct Scene {
     explicit Scene(int levels)
         : shown(std::make_unique<Document>("sphere", trovik::test::SphereQuads(2))) {
@@ -94,7 +93,7 @@ TEST(SurfaceIds, FacesAndDepthsAreThoseOfPicking) {
     }
 }
 
-// Through a crack one sees the far side of the sphere, or the background.
+// Through a crack, the far side of the sphere or the background would be visible.
 TEST(SurfaceIds, StridesHaveNoCracks) {
     Scene scene(5);
     const Vector centre = scene.viewport.camera.ToPixel({0.0f, 0.0f, 0.0f});

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// A viewport that was given only the changed patches shows the same picture, bit for bit, as one
-/// that was given the whole surface; its buffers hold the same bytes.
+/// \file A viewport that received only the changed patches draws an image bit-identical to that of
+/// a viewport that received the whole surface, and its buffers are byte-identical, too.
 #include "tests/display/PackedLevel.h"
 #include "tests/studio/render/OffscreenViewport.h"
 
@@ -16,7 +15,7 @@ using test::ShownDocument;
 
 constexpr int width = 200;
 constexpr int height = 150;
-/// Of a patch of 33 x 33 vertices.
+/// The size of a patch of 33 x 33 vertices.
 constexpr uint64_t patchBytes = 21780;
 
 /// A document shown by a viewport that follows its changes.
@@ -34,13 +33,13 @@ protected:
         picture = Follow();
     }
 
-    /// Gives the viewport what has changed, in small updates, and draws.
+    /// Passes the changes to the viewport in small updates, and draws.
     QImage Follow() {
         viewport.Add(shown.feed, 3 * patchBytes);
         return viewport.Draw();
     }
 
-    /// The picture of a viewport that is given the whole surface.
+    /// The image drawn by a viewport that receives the whole surface.
     QImage Fresh() {
         other.Renderer().Clear();
         SurfaceFeed feed(*shown.document);
@@ -50,12 +49,12 @@ protected:
         return other.Draw();
     }
 
-    /// Runs a step and compares. \return whether the picture changed by it.
+    /// Runs a step and compares. \return whether the step changed the image.
     bool StepIsShown(const std::string& step) {
         SCOPED_TRACE(step);
         shown.Do(step.c_str());
         const QImage now = Follow();
-        EXPECT_EQ(now, Fresh()) << "the picture differs from that of the whole surface";
+        EXPECT_EQ(now, Fresh()) << "the image differs from that of the whole surface";
         const LevelMesh& level = *shown.document->Geometry().Bound();
         const std::vector<DisplayVertex> uploaded = viewport.Renderer().Buffers().Read();
         const PatchLayout& layout = *viewport.Renderer().Buffers().Layout();
@@ -193,7 +192,7 @@ TEST_F(SurfacePictureTest, CountsItsWork) {
     viewport.frame.overlays.ring = BrushRing{{0.0f, 0.0f, 1.0f}, {}, 0.2f, Qt::white, {}};
     expectNoUpload("hover");
 
-    // One dab: the patches that the document reports, each once.
+    // A dab uploads the patches that the document reports, each once.
     struct Reported final : DocumentObserver {
         explicit Reported(const PatchLayout& of) : dirty(of) {}
         void SurfaceChanged(const SurfaceChange& change) override { dirty.Add(change); }

@@ -8,7 +8,7 @@ namespace trovik::studio {
 namespace {
 
 constexpr uint64_t everything = ~uint64_t{0};
-/// Of a patch of the layout below.
+/// The size of a patch of the layout below.
 constexpr uint64_t patchBytes = 81 * sizeof(DisplayVertex);
 
 class UploadQueueTest : public testing::Test {

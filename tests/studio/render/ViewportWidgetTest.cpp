@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file
-/// The viewport as the window has it, with an engine. TROVIK_SHOTS names a folder that receives
-/// the pictures, to be looked at.
+/// \file The viewport widget with an engine, as in the main window. If TROVIK_SHOTS is set to a
+/// folder, images for visual inspection are saved there.
 #include "engine/Engine.h"
 #include "tests/studio/WaitFor.h"
 #include "viewport/ViewportWidget.h"
@@ -16,7 +15,7 @@
 namespace trovik::studio {
 namespace {
 
-/// Software rendering takes long on a busy machine.
+/// Software rendering takes a long time on a busy machine.
 constexpr int maxWaitMilliseconds = 60'000;
 
 void SavePicture(const QImage& image, const char* name) {
@@ -38,9 +37,11 @@ protected:
     }
     /// The surface is small enough for one update.
     bool WaitForSurface() {
-        return WaitFor([this] {
-            return viewport.Stats().bufferBytes > 0 && viewport.Stats().bytesPending == 0;
-        }, maxWaitMilliseconds);
+        return WaitFor(
+            [this] {
+                return viewport.Stats().bufferBytes > 0 && viewport.Stats().bytesPending == 0;
+            },
+            maxWaitMilliseconds);
     }
 
     Engine engine{""};
@@ -84,7 +85,7 @@ TEST(ViewCube, PartsStandForDirections) {
               Vector(-1, 0, -1).Normalized());
     EXPECT_EQ(ViewCube::HitTest(centre + QPointF(-26, -26), camera, size),
               Vector(1, -1, -1).Normalized());
-    // The direction of a part shows that part in the middle.
+    // In a view along a part's direction, that part is in the middle.
     for (const Vector& direction : {Vector(1, 0, 0), Vector(0, -1, 0), Vector(0, 1, 0)}) {
         camera.LookAlong(direction, ViewCube::UpFor(direction));
         EXPECT_EQ(ViewCube::HitTest(centre, camera, size), direction);

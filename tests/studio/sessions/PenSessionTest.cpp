@@ -14,7 +14,7 @@ namespace {
 
 const char* const brush = R"({"tool": "Wax", "set": {"radius": 0.25, "strength": 60}})";
 
-/// The samples of a pen stream, with times since the press, as a script has them.
+/// The samples of a pen stream in script form, with times relative to the press.
 nlohmann::json StreamSamples(const std::string& name) {
     std::ifstream file(trovik::test::SourceFolder() + "/tests/data/pointer/" + name + ".json");
     nlohmann::json samples = nlohmann::json::parse(file).at("samples");
@@ -51,7 +51,8 @@ nlohmann::json CameraOf(const CameraInput& camera) {
             {"height", viewportSize.height()}};
 }
 
-/// The scene after a script that draws a stroke on the bust, seen as in the sessions.
+/// The hash of the scene after a script has drawn a stroke on the bust, with the view of the
+/// sessions.
 ContentHash HashOfScript(StudioSession& session, nlohmann::json stroke) {
     stroke["path"]["interactive"] = true;
     stroke["seed"] = 1;
@@ -88,7 +89,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values("clean", "blot", "spike", "jitter", "doubled", "late", "everything"),
     [](const auto& stream) { return std::string(stream.param); });
 
-/// The scene after events on a bust that was just opened.
+/// The hash of the scene after events on a newly opened bust.
 ContentHash HashAfter(const std::vector<TimedInput>& events,
                       EventPlayer::Pace pace = EventPlayer::Pace::Settled) {
     StudioSession session;
@@ -119,7 +120,7 @@ TEST(PenSession, TiltAndRestReachTheStroke) {
                       static_cast<float>(x / length),
                       static_cast<float>(y / length)};
         } else {
-            // A resting pen: the last sample at a later time.
+            // A pen that is held still: the last sample with a later time.
             sample = samples.back();
             sample[3] = event.time - 5000;
         }
@@ -147,7 +148,7 @@ TEST(PenSession, MouseEventsThatAreMadeOfAPensDrawNothing) {
         for (const TimedInput& duplicate : mouse)
             if (duplicate.time == event.time) both.push_back(duplicate);
     }
-    // Some window systems send the first ones before the pen's.
+    // Some window systems send the first mouse event before the first pen event.
     std::vector<TimedInput> early = both;
     std::swap(early[0], early[1]);
     const ContentHash once = HashAfter(pen);
@@ -206,7 +207,7 @@ TEST(PenSession, EscapeAbandonsTheStroke) {
     std::vector<TimedInput> events = PenStroke(300.0, 0);
     events.insert(events.begin() + 25, Key(KeyInput::Kind::Tap, escape));
     const ContentHash drawn = HashAfter(PenStroke(260.0, 2000));
-    // What follows in the drag draws nothing, and the next stroke is as if there had been none.
+    // The rest of the drag draws nothing, and the next stroke is not affected by it.
     EXPECT_EQ(HashAfter(Joined({events, PenStroke(260.0, 2000)})), drawn);
 }
 
@@ -230,7 +231,8 @@ TEST(PenSession, KeysUndoAndRedoStrokes) {
 }
 
 TEST(PenSession, APenOfOneKilohertzLosesNoSample) {
-    // Two seconds across the bust and back; dabs so close together that frames hold several.
+    // A two-second stroke across the bust and back, with dabs so close together that each frame
+    // contains several.
     const auto samples = [](auto put) {
         for (int i = 0; i <= 2000; ++i) {
             const double t = std::sin(i * 0.003141592653589793);
@@ -268,7 +270,7 @@ TEST(PenSession, APressThatDependsOnThePickOrbitsNextToTheSurfaceAndSculptsOnIt)
     EXPECT_EQ(session.Play(Joined({{Step(brush)}, beside})), "");
     EXPECT_FALSE(session.viewport->View() == before);
     EXPECT_TRUE(session.engine.State()->history.empty());
-    // Play returns to the camera that the stroke is meant for.
+    // Play restores the camera that the stroke was made for.
     EXPECT_EQ(session.Play(PenStroke(300.0, 2000)), "");
     EXPECT_EQ(session.engine.State()->history.size(), 1u);
     EXPECT_EQ(session.SceneHash(), HashAfter(PenStroke(300.0, 2000)));

@@ -66,7 +66,8 @@ TEST(Recorder, WhatWasRecordedGivesTheSameScene) {
     EXPECT_EQ(CountOf<WheelInput>(file), 1u);
     EXPECT_EQ(CountOf<KeyInput>(file), 2u);
     EXPECT_GE(CountOf<CameraInput>(file), 3u);
-    // The steps of the tool and of undo; the action is recorded by what it did.
+    // One step selects the tool, the other one is the undo: an action that runs a step is recorded
+    // as that step.
     EXPECT_EQ(CountOf<StepInput>(file), 2u);
     ASSERT_EQ(CountOf<ActionInput>(file), 1u);
     EXPECT_EQ(SceneOf(file), recorded.scene);
@@ -94,7 +95,7 @@ TEST(Recorder, SamplesKeepTheirTimesPositionsAndPressures) {
 }
 
 TEST(Recorder, ARestingPenIsRecordedAsTicks) {
-    // Without the player the timer measures the rest.
+    // The events are sent without the player, so the timer measures how long the pen is held still.
     StudioSession session;
     session.OpenBust();
     EXPECT_EQ(session.Play({Step(brush)}), "");
@@ -114,7 +115,7 @@ TEST(Recorder, ARestingPenIsRecordedAsTicks) {
     QElapsedTimer rest;
     rest.start();
     session.WaitFor([&] { return rest.elapsed() > 250; });
-    // The pen's clock has gone on meanwhile.
+    // The pen's clock has advanced in the meantime.
     send(PenInput::Kind::Release, 410.0, 180 + 400);
     const EventFile file = recorder.Stop();
     EXPECT_GE(CountOf<TickInput>(file), 3u);

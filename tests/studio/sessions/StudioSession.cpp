@@ -93,7 +93,7 @@ std::vector<TimedInput> PenStroke(double y, uint32_t time, int samples, bool isE
         pen.isEraser = isEraser;
         events.push_back({time + static_cast<uint32_t>(i) * 8, pen});
     }
-    // The pen rests before it is lifted.
+    // The pen is held still before it is lifted.
     const uint32_t last = events.back().time;
     auto lifted = std::get<PenInput>(events.back().input);
     lifted.kind = PenInput::Kind::Release;

@@ -25,7 +25,7 @@ namespace trovik::studio::test {
 /// A viewport with input and actions, in a window without panels, on which events are played.
 class StudioSession {
 public:
-    /// \param keepsJournal  in the folder "journals" of `folder`.
+    /// \param keepsJournal  whether a journal is kept, in the folder "journals" within `folder`.
     explicit StudioSession(bool keepsJournal = false);
 
     QTemporaryDir folder;
@@ -39,9 +39,10 @@ public:
         return WaitFor([this] { return engine.IsIdle(); });
     }
 
-    /// Opens the bust with two further levels, seen as by BustCamera. Fails the test on errors.
+    /// Opens the bust with two additional levels, seen through BustCamera. Fails the test on
+    /// errors.
     void OpenBust();
-    /// \return the error of the playback; empty for none.
+    /// \return the playback error, or an empty string.
     QString Play(std::vector<TimedInput> events,
                  EventPlayer::Pace pace = EventPlayer::Pace::Settled);
     /// Saves the scene and returns its hash.
@@ -71,7 +72,7 @@ std::vector<TimedInput> PenStroke(double y, uint32_t time, int samples = 40, boo
 std::vector<TimedInput> MouseStroke(double y, uint32_t time, bool isFromPen = false);
 TimedInput Key(KeyInput::Kind kind, QKeyCombination key, uint32_t time = 0);
 TimedInput Step(const char* json);
-/// Lists one after the other.
+/// Concatenates lists of events.
 std::vector<TimedInput> Joined(std::initializer_list<std::vector<TimedInput>> lists);
 
 }  // namespace trovik::studio::test
