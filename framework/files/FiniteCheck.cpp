@@ -56,8 +56,7 @@ void CheckMorphTargets(const std::string& path, const MeshSource& source, JobCon
         for (const std::uint32_t vertex : target.vertices) {
             phase.Add();
             Check(path, target.offset(vertex), "the offset of a layer at vertex", vertex);
-            Check(
-                path, source.BasePosition(vertex), "the position without layers of vertex", vertex);
+            Check(path, source.BasePosition(vertex), "the layer-free position of vertex", vertex);
         }
         phase.Finish();
     }

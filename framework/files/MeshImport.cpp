@@ -16,7 +16,7 @@ namespace trovik {
 
 namespace {
 
-/// Moves a range of a list towards its front. Empty lists stay empty.
+/// Moves a range of a list towards the front. Empty lists are left empty.
 void MoveRun(std::vector<std::uint32_t>& list,
              std::size_t from,
              std::size_t to,
@@ -34,8 +34,8 @@ void Shorten(std::vector<std::uint32_t>& list, std::size_t length) {
     list.resize(std::min(list.size(), length));
 }
 
-/// Returns whether each list of faces and corners is empty or complete. Other meshes are rejected
-/// by CheckPolygonMesh.
+/// Returns whether each per-face and per-corner list is either empty or complete. CheckPolygonMesh
+/// rejects all other meshes.
 bool ListsFit(const PolygonMesh& mesh) {
     const SurfaceAttributes& more = mesh.attributes;
     const auto fits = [](const std::vector<std::uint32_t>& list, std::size_t length) {

@@ -221,7 +221,7 @@ TEST(PlyFile, BadHeadersNameLineAndReason) {
     };
     EXPECT_THAT(Refusal(""), HasSubstr("line 1: not a PLY file"));
     EXPECT_THAT(Refusal("v 0 0 0\n"), HasSubstr("line 1: not a PLY file"));
-    EXPECT_THAT(Refusal("ply\n"), HasSubstr("the file ends within its header"));
+    EXPECT_THAT(Refusal("ply\n"), HasSubstr("the file ends inside its header"));
     EXPECT_THAT(Refusal(changed("ascii", "ebcdic")), HasSubstr("line 2: the format 'ebcdic'"));
     EXPECT_THAT(Refusal(changed("1.0", "2.0")), HasSubstr("line 2: the format version '2.0'"));
     EXPECT_THAT(Refusal(changed("format ascii 1.0\n", "")), HasSubstr("does not specify a format"));
@@ -233,7 +233,7 @@ TEST(PlyFile, BadHeadersNameLineAndReason) {
     EXPECT_THAT(Refusal(changed("vertex_indices", "loop")), HasSubstr("has no list"));
     EXPECT_THAT(Refusal(changed("uchar int", "uchar float")), HasSubstr("not a list of whole"));
     EXPECT_THAT(Refusal(changed("uchar int", "float int")),
-                HasSubstr("line 8: the type of the length of a list must be an integer type"));
+                HasSubstr("line 8: the length of a list must have an integer type"));
     EXPECT_THAT(Refusal(changed("element face", "element strips")), HasSubstr("no element 'face'"));
     EXPECT_THAT(Refusal(changed("element vertex 4\n", "")),
                 HasSubstr("line 3: a property comes before any element"));

@@ -132,13 +132,13 @@ TEST(StlFile, BadTextsNameLineAndReason) {
     const std::string good = Facet("0 0 0", "1 0 0", "0 1 0");
     EXPECT_THAT(Refusal("solid\n" + good), HasSubstr("line 8: the file ends without 'endsolid'"));
     EXPECT_THAT(Refusal("solid\n" + Facet("0 0 0", "1 x 0", "0 1 0") + "endsolid\n"),
-                HasSubstr("line 5: a finite number is expected, but there is 'x'"));
+                HasSubstr("line 5: expected a finite number, but found 'x'"));
     EXPECT_THAT(Refusal("solid\n" + Facet("0 0 0", "1 inf 0", "0 1 0") + "endsolid\n"),
                 HasSubstr("line 5: a finite number"));
     EXPECT_THAT(Refusal("solid\n" + Facet("0 0 0", "1 0", "0 1 0") + "endsolid\n"),
-                HasSubstr("line 6: a finite number is expected, but there is 'vertex'"));
+                HasSubstr("line 6: expected a finite number, but found 'vertex'"));
     EXPECT_THAT(Refusal("solid\nfacets\nendsolid"),
-                HasSubstr("line 2: 'facet' or 'endsolid' is expected, but there is 'facets'"));
+                HasSubstr("line 2: expected 'facet' or 'endsolid', but found 'facets'"));
     EXPECT_THAT(Refusal("solid\nfacet normal 0 0"), HasSubstr("but the file ends"));
     EXPECT_THAT(Refusal("solid\nendsolid\n"), HasSubstr("no faces"));
 }
@@ -147,8 +147,8 @@ TEST(StlFile, BadBinariesNameByteAndReason) {
     const TemporaryFolder folder;
     WriteStl(folder.Path("b.stl"), AttributedMesh(), StlEncoding::Binary);
     const std::string whole = TemporaryFolder::Content(folder.Path("b.stl"));
-    EXPECT_THAT(Refusal(""), HasSubstr("byte 0: the file ends within its header"));
-    EXPECT_THAT(Refusal(whole.substr(0, 83)), HasSubstr("byte 83: the file ends within"));
+    EXPECT_THAT(Refusal(""), HasSubstr("byte 0: the file ends inside its header"));
+    EXPECT_THAT(Refusal(whole.substr(0, 83)), HasSubstr("byte 83: the file ends inside"));
     for (std::size_t length = 84; length < whole.size(); length += 7) {
         EXPECT_THAT(Refusal(whole.substr(0, length)),
                     HasSubstr("byte 80: 8 triangles are declared, but the file is too short"));
