@@ -16,8 +16,8 @@ public:
     /// Reads no file yet.
     explicit DisplacementMap(const DisplacementOptions& options);
 
-    /// The value of the map at a position: a scalar in x, or a vector.
-    /// \throw HostError for a position outside the map, and for files that cannot be read.
+    /// Returns the value of the map at a position: a scalar in x, or a vector.
+    /// \throw HostError for a position outside the map or a file that cannot be read.
     Vector At(const std::array<float, 2>& uv);
     /// Valid after a tile has been read.
     MapKind Kind() const { return text.kind; }

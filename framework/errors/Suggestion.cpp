@@ -7,7 +7,7 @@ namespace trovik {
 
 namespace {
 
-/// Longer words are unlikely to be misspelt names, and the cost is quadratic.
+/// Longer words are unlikely to be misspelt names, and the cost grows quadratically.
 constexpr std::size_t maxWordLength = 64;
 
 char Lower(char letter) {

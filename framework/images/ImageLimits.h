@@ -16,8 +16,8 @@ namespace trovik {
                                              std::string reason);
 
 /// Checks the size of an image before its pixels are allocated.
-/// \param maxBytes  maximum memory of the pixels as floats.
-/// \throw HostError with the path and the size, if a number is not positive or the limit is
+/// \param maxBytes  maximum size of the pixels as floats, in bytes.
+/// \throw HostError with the path and the size, if a dimension is not positive or the limit is
 /// exceeded.
 TROVIK_API void CheckImageSize(const std::string& path,
                                std::int64_t width,

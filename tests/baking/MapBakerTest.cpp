@@ -189,7 +189,8 @@ TEST(MapBakerTest, OverlappingUvsAreReported) {
                                         Options(MapKind::Displacement, MapSpace::Tangent, 16, 16),
                                         {folder.Path("d.exr")});
     EXPECT_EQ(report.warning,
-              "on 16 texels the UVs of faces overlap, such as those of face 2 of level 0; the map "
+              "on 16 texels the UVs of several faces overlap, for example those of face 2 of level "
+              "0; the map "
               "contains the face with the lowest number there");
 }
 
@@ -212,7 +213,7 @@ TEST(MapBakerTest, InputThatCannotBeBakedIsAOneLineError) {
               "d.jpg: the file name of a map must end in .exr, .png, .tif or .tiff");
     options.width = 0;
     EXPECT_EQ(message(options, "d.exr"),
-              "a map of 0 x 16 texels is not possible; width and height must be 1 to 16384");
+              "cannot bake a map of 0 x 16 texels; width and height must be 1 to 16384");
 
     const auto bare = Refined(GridMesh(2, 1), 1);
     options = Options(MapKind::Normal, MapSpace::Tangent, 16, 16);

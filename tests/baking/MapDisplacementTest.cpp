@@ -214,7 +214,7 @@ TEST_F(MapDisplacementTest, UnsuitableMapIsRefusedAndNothingChanges) {
     EXPECT_EQ(message(options), options.path + ": a normal map contains no displacement");
     options.path = Map("huge.exr", {3e38f, 3e38f, 3e38f, 3e38f});
     options.strength = 100.0f;
-    EXPECT_NE(message(options).find("would get a position that is not finite"), std::string::npos);
+    EXPECT_NE(message(options).find("would get a non-finite position"), std::string::npos);
     EXPECT_EQ(Bits(), before);
     EXPECT_EQ(geometry->History().Position(), 0u);
 
