@@ -16,7 +16,8 @@ TROVIK_API std::string ClosestWord(const std::string& word,
                                    const std::vector<std::string>& candidates);
 
 /// Returns the suffix for a message about an unknown word: `; did you mean "X"?` if there is a near
-/// candidate, otherwise `; known are A, B, C`. Empty if there are no candidates.
+/// candidate, otherwise `; known names: A, B, C`. Returns an empty string if there are no
+/// candidates.
 TROVIK_API std::string Suggestion(const std::string& word,
                                   const std::vector<std::string>& candidates);
 

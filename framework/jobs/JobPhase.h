@@ -17,8 +17,8 @@ public:
     /// \param job  receives the reports; may be null. Borrowed.
     /// \param phaseName  a string literal.
     /// \param totalWork  total number of elements.
-    /// \param elementsPerCheck  replaces JobPace::elements if it is smaller, for elements that take
-    /// long.
+    /// \param elementsPerCheck  replaces JobPace::elements if it is smaller; for elements that take
+    /// a long time.
     JobPhase(JobControl* job,
              const char* phaseName,
              uint64_t totalWork,
@@ -38,7 +38,7 @@ public:
         else
             Poll();
     }
-    /// For the substeps of an element: counts towards the next clock check, but not as progress.
+    /// Counts a substep of an element towards the next clock check, but not as progress.
     void Poll() {
         if (++sinceCheck >= checkAfter) Check();
     }
@@ -46,7 +46,7 @@ public:
     void Finish();
 
     /// Calls `work(first, end)` for consecutive ranges of the elements 0 to total - 1, and adds
-    /// each range. For loops in which counting single elements would be too slow.
+    /// each range. Use it for loops in which counting individual elements would be too slow.
     template <typename Work>
     void ForEachRun(Work work) {
         for (uint64_t first = 0; first < total; first += runLength) {

@@ -167,7 +167,7 @@ bool SceneReader::Next() {
     content =
         contentBytes == 0 ? nullptr : file.Take(static_cast<std::size_t>(contentBytes), &phase);
     if (contentBytes != 0 && content == nullptr)
-        Fail(contentOffset, "the file became shorter while it was read");
+        Fail(contentOffset, "the file was truncated while it was being read");
     uint32_t checksum = Crc32(name.data(), name.size());
     checksum = Crc32(&contentBytes, sizeof contentBytes, checksum);
     phase.Reach(contentBytes);

@@ -215,7 +215,7 @@ TEST_F(JournalOnDisk, FileThatIsNotAJournalIsNotReplaced) {
     for (const char* content : {"notes of mine", "T", "TROVIK"}) {
         std::ofstream(path, std::ios::binary) << content;
         const std::string message = MessageOf<HostError>([this] { Journal({path, false}, base); });
-        EXPECT_EQ(message == path + ": exists and is not a journal; name another file",
+        EXPECT_EQ(message == path + ": exists and is not a journal; choose another file",
                   std::string(content) == "notes of mine")
             << message;
         EXPECT_FALSE(message.empty());

@@ -102,7 +102,7 @@ TEST(JsonSchema, MinLengthIsChecked) {
     ExpectGood(R"({"type": "string", "minLength": 1})", {R"("a")"});
     ExpectFault(R"({"type": "string", "minLength": 1})",
                 R"("")",
-                R"(: expected a string that is not empty, got "")");
+                R"(: expected a non-empty string, got "")");
 }
 
 TEST(JsonSchema, ItemsAndTheirNumberAreChecked) {
@@ -135,14 +135,14 @@ TEST(JsonSchema, FieldsOfObjectsAreChecked) {
                 R"(/raduis: unknown setting; did you mean "radius"?)");
     ExpectFault(settings,
                 R"({"strength": 1, "a/b~c\n": 1})",
-                "/a~1b~0c : unknown setting; known are radius, strength");
+                "/a~1b~0c : unknown setting; known names: radius, strength");
     ExpectFault(settings, R"({"radius": 1})", R"(: the field "strength" is missing)");
     // The missing field is the misspelt one.
     ExpectFault(
         settings, R"({"strenght": 1})", R"(/strenght: unknown setting; did you mean "strength"?)");
     EXPECT_THAT(Faults(settings, R"({"radius": "a", "x": 1})"),
                 testing::ElementsAre(R"(/radius: expected a number, got "a")",
-                                     "/x: unknown setting; known are radius, strength",
+                                     "/x: unknown setting; known names: radius, strength",
                                      R"(: the field "strength" is missing)"));
     ExpectFault(R"({"type": "object", "additionalProperties": {"type": "boolean"}})",
                 R"({"a": true, "b": 3})",

@@ -46,7 +46,7 @@ TEST(ScriptSchema, ErrorsNameTheAcceptedValues) {
               "/freeze/lasso: expected an array of 3 or more arrays, got an array of 2 items");
     EXPECT_EQ(StepError(R"({"symmetrize": {}})"), R"(/symmetrize: the field "axis" is missing)");
     EXPECT_EQ(StepError(R"({"export": {"file": ""}})"),
-              R"(/export/file: expected a string that is not empty, got "")");
+              R"(/export/file: expected a non-empty string, got "")");
     EXPECT_EQ(StepError(R"({"stroke": {}, "undo": 1})"),
               R"(: expected only one of "stroke" and "undo")");
     EXPECT_EQ(StepError(R"({"stroke": {}, "tool": "Wax", "set": {}})"),

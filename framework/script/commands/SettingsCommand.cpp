@@ -24,7 +24,7 @@ void SetFalloff(BrushOperation& brush, const FalloffSetting& falloff) {
     const auto* name = std::get_if<std::string>(&falloff);
     const int index = name != nullptr ? FalloffIndexOf(*name) : std::get<int>(falloff);
     if (index < 0 || index >= static_cast<int>(FalloffNames().size()))
-        throw FieldFault("/falloff", "unknown falloff; known are " + Listed(FalloffNames()));
+        throw FieldFault("/falloff", "unknown falloff; known names: " + Listed(FalloffNames()));
     brush.SetFalloffIndex(index);
 }
 
@@ -38,7 +38,7 @@ void SetDirection(BrushOperation& brush, const DirectionSetting& direction) {
         mode = std::get<int>(direction);
     }
     if (mode < 0 || mode >= static_cast<int>(names.size()))
-        throw FieldFault("/direction", "unknown direction; known are " + Listed(names));
+        throw FieldFault("/direction", "unknown direction; known names: " + Listed(names));
     brush.directionAttribute.SetValue(mode, true);
 }
 
