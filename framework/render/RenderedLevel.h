@@ -8,11 +8,11 @@
 
 namespace trovik {
 
-/// Returns the visible faces of the bound level of a geometry in world space; borrows its arrays.
-/// The arrays that only some shading modes need are not set: see RenderedLevel.
+/// Returns the bound level of a geometry for rendering; borrows its arrays. Arrays that only some
+/// shading modes need are not set; see RenderedLevel.
 TROVIK_API RenderMesh VisibleLevel(const LevelGeometry& geometry);
 
-/// The bound level of a geometry with all data that a shading mode needs. Borrows the geometry.
+/// The bound level of a geometry with all the data that a shading mode needs. Borrows the geometry.
 ///
 /// Cost of construction: O(faces) for ShadingMode::Cavity (4 bytes per vertex) and Uv (8 bytes per
 /// corner), constant for the other modes.

@@ -171,8 +171,8 @@ TEST_F(DamagedScene, RadiusAndSpacingHaveTheRangeOfScripts) {
 TEST_F(DamagedScene, OtherFilesAreRefused) {
     EXPECT_EQ(Read("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n"),
               path + ": byte 0: not a scene: the first eight bytes are not TROVIKSC");
-    EXPECT_EQ(Read(""), path + ": byte 0: the file ends within the header of a scene");
-    EXPECT_EQ(Read("TROVIKSC"), path + ": byte 8: the file ends within the header of a scene");
+    EXPECT_EQ(Read(""), path + ": byte 0: the file ends inside the scene header");
+    EXPECT_EQ(Read("TROVIKSC"), path + ": byte 8: the file ends inside the scene header");
     EXPECT_THAT(Read(whole + "x"), HasSubstr("bytes follow the end of the scene"));
     EXPECT_THAT(MessageOf<HostError>([&] { LoadScene(folder.Path("none.trovik"), nullptr); }),
                 HasSubstr(folder.Path("none.trovik")));
@@ -209,7 +209,7 @@ TEST_F(DamagedScene, InvalidPenSettingsAreRefused) {
     EXPECT_THAT(error("PENS", 8, BytesOf(nan)),
                 HasSubstr("chunk PENS: the pressure curve for strength: "));
     EXPECT_THAT(error("PENS", 32, BytesOf(nan)),
-                HasSubstr("chunk PENS: the random fraction of sizes is not within 0 to 1"));
+                HasSubstr("chunk PENS: the random variation of the size is not within 0 to 1"));
     EXPECT_THAT(error("PENS", 37, BytesOf(-1.5f)),
                 HasSubstr("the effect of tilt on size is not within -1 to 4"));
     EXPECT_THAT(error("PENS", 41, BytesOf(infinite)),
@@ -217,7 +217,7 @@ TEST_F(DamagedScene, InvalidPenSettingsAreRefused) {
     EXPECT_THAT(error("PENS", 45, BytesOf(-1.0f)),
                 HasSubstr("the radius in pixels is not within 0 to 16384"));
     EXPECT_THAT(error("PENS", 49, BytesOf(1e9f)),
-                HasSubstr("the rate of the airbrush is not within 0 to 1000"));
+                HasSubstr("the airbrush rate is not within 0 to 1000"));
     const std::size_t end = scene.Chunk("FRZB").content.size();
     EXPECT_THAT(error("FRZB", end - 4, BytesOf(nan)),
                 HasSubstr("chunk FRZB: an angle of the facing falloff is not finite"));

@@ -210,7 +210,7 @@ TEST_F(OldScene, NodesOfKnownClassesAreReadAndOthersSkipped) {
     auto read = Document::OpenScene(path);
     EXPECT_EQ(read->Geometry().Level(1)->FirstChild(), nullptr);
     EXPECT_TRUE(HasPatchMap(*read->Geometry().Level(0)));
-    const std::string note = "a node of class Numbered, which no plug-in provides, is skipped";
+    const std::string note = "skipped a node of class Numbered, which no plug-in provides";
     EXPECT_THAT(read->Notes(), ElementsAre(note, note));
 }
 
@@ -232,9 +232,10 @@ TEST_F(OldScene, UnknownBrushClassSkipsItsSettingsAndReadsTheMesh) {
     auto read = Document::OpenScene(path);
     EXPECT_EQ(read->Brush().ActiveConfiguration(), nullptr);
     EXPECT_EQ(read->Geometry().LevelCount(), 3u);
-    EXPECT_THAT(read->Notes(),
-                ElementsAre("settings of the brush QuickStroke, which is not the current one, "
-                            "are skipped"));
+    EXPECT_THAT(
+        read->Notes(),
+        ElementsAre(
+            "skipped the settings of the brush QuickStroke, which is not the current brush"));
 }
 
 TEST_F(OldScene, UnknownToolIsSkipped) {
@@ -244,7 +245,7 @@ TEST_F(OldScene, UnknownToolIsSkipped) {
     EXPECT_EQ(read->Brush().ActiveConfiguration()->Name(), QStringLiteral("Bulge"));
     EXPECT_THAT(
         read->Notes(),
-        ElementsAre("settings of the tool Flattem, which the brush does not have, are skipped"));
+        ElementsAre("skipped the settings of the tool Flattem, which the brush does not have"));
 }
 
 TEST_F(OldScene, UnknownChunkIsSkipped) {
@@ -254,7 +255,7 @@ TEST_F(OldScene, UnknownChunkIsSkipped) {
     scene.chunks.insert(scene.chunks.begin() + 1, RawChunk{"ANIM", 0, 0, "whatever"});
     folder.Fill("scene.trovik", JoinScene(bytes.substr(0, scene.headerBytes), scene.chunks));
     auto read = Document::OpenScene(path);
-    EXPECT_THAT(read->Notes(), ElementsAre("chunk ANIM, which is unknown, is skipped"));
+    EXPECT_THAT(read->Notes(), ElementsAre("skipped the unknown chunk ANIM"));
     EXPECT_TRUE(StateOf(*read, folder) == StateOf(*document, folder));
 }
 
