@@ -45,14 +45,15 @@ TEST(StlFile, FacesBecomeTrianglesAlongTheFirstDiagonal) {
         SCOPED_TRACE(static_cast<int>(encoding));
         WriteStl(folder.Path("mesh.stl"), mesh, encoding);
         const PolygonMesh read = ReadStl(folder.Path("mesh.stl"));
-        // Quads 0 1 4 3 and 1 2 5 4, triangle 0 6 1, pentagon 4 5 9 8 7, by their positions.
+        // The quads 0 1 4 3 and 1 2 5 4, the triangle 0 6 1 and the pentagon 4 5 9 8 7, by
+        // position.
         const Indices written = {0, 1, 4, 0, 4, 3, 1, 2, 5, 1, 5, 4,
                                  0, 6, 1, 4, 5, 9, 4, 9, 8, 4, 8, 7};
         ASSERT_EQ(read.faceVertices.size(), written.size());
         for (std::size_t corner = 0; corner < written.size(); ++corner) {
             EXPECT_EQ(read.positions[read.faceVertices[corner]], mesh.positions[written[corner]]);
         }
-        // Vertices are numbered in order of appearance, and merged.
+        // Vertices are welded and numbered in order of first use.
         EXPECT_EQ(Indices(read.faceVertices.begin(), read.faceVertices.begin() + 9),
                   (Indices{0, 1, 2, 0, 2, 3, 1, 4, 5}));
         EXPECT_EQ(read.positions.size(), 10u);
