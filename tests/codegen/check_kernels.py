@@ -11,7 +11,7 @@ import subprocess
 import sys
 
 SWITCHES = 10
-# Bits of the kernel index.
+# Bits in the kernel index.
 STAMP, LAYER, NOTIFY = 1, 16, 256
 
 
@@ -54,7 +54,7 @@ def main():
         wrong.append("the vertex step is not inlined")
     indirect = r"call.*\*"
     plain = kernels[0]
-    # A stamp's projective divide, its rounding to pixels and its mirrored read.
+    # A stamp needs a projective division, rounding to pixels, and mirrored reads.
     for what, pattern in (("divides by a stamp matrix", r"\bv?divps\b"),
                           ("rounds to pixels", r"\bv?cvtss2si\b"),
                           ("reads a mirrored stamp", "MirroredStartPosition")):
@@ -66,7 +66,7 @@ def main():
     for index, what in ((LAYER, "layer"), (NOTIFY, "renderer")):
         if count(kernels[index], indirect) <= count(plain, indirect):
             wrong.append(f"kernel {index} does not make more virtual calls than kernel 0, which has no {what}")
-    # Only the mask, the tool and its bias, queried once per patch.
+    # Indirect calls are allowed only for the mask, the tool and its bias, each once per patch.
     if count(plain, indirect) > 4:
         wrong.append(f"kernel 0 makes {count(plain, indirect)} virtual calls")
     for reason in wrong:

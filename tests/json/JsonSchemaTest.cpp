@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Each keyword of schemas by itself: accepted values, and the messages for other values.
+/// \file Each schema keyword on its own: accepted values, and the messages for all others.
 #include "framework/errors/HostError.h"
 #include "framework/json/JsonSchema.h"
 #include "tests/files/TemporaryFolder.h"
@@ -12,7 +12,7 @@
 namespace trovik::test {
 namespace {
 
-/// The faults of a document, "POINTER: reason" each.
+/// Returns the faults in a document, each as "POINTER: reason".
 std::vector<std::string> Faults(const std::string& schema, const std::string& document) {
     std::vector<std::string> lines;
     for (const JsonFault& fault : JsonSchema(schema).Check(nlohmann::json::parse(document)))
@@ -137,7 +137,7 @@ TEST(JsonSchema, FieldsOfObjectsAreChecked) {
                 R"({"strength": 1, "a/b~c\n": 1})",
                 "/a~1b~0c : unknown setting; known names: radius, strength");
     ExpectFault(settings, R"({"radius": 1})", R"(: the field "strength" is missing)");
-    // The missing field is the misspelt one.
+    // The missing field is the one that is misspelt, so only one fault is reported.
     ExpectFault(
         settings, R"({"strenght": 1})", R"(/strenght: unknown setting; did you mean "strength"?)");
     EXPECT_THAT(Faults(settings, R"({"radius": "a", "x": 1})"),

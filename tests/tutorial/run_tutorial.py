@@ -73,7 +73,7 @@ def main():
         path = os.path.join(folder, name)
         if not os.path.isfile(path):
             fail("the page shows or promises " + name + ", which was not written")
-        # A render that shows only the background is much smaller.
+        # A render that shows only the background is a much smaller file.
         if os.path.getsize(path) < (1500 if name.endswith(".jpg") else 10000):
             fail(name + " is almost empty")
     info = subprocess.run(
