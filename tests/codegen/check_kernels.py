@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Checks the machine code of the patch kernels: a specialisation contains only the code of its path.
+"""Checks the machine code of the patch kernels: each specialisation contains only the code of its own path.
 
 Usage: check_kernels.py SwiftStroke.so
 
-For optimised builds only. The exit status is 0 if all checks pass, or 1 with the reasons printed.
+For optimised builds only. The exit status is 0 if all checks pass; otherwise it is 1, and the reasons are printed.
 """
 import re
 import subprocess
@@ -16,7 +16,7 @@ STAMP, LAYER, NOTIFY = 1, 16, 256
 
 
 def kernel_index(name):
-    """The index of a demangled kernel or of its loop; its name omits trailing false members."""
+    """Returns the index of a demangled kernel or of its loop. The name omits trailing false members."""
     found = re.search(r"(?:PatchKernel|MoveBatch)<trovik::KernelSwitches\{([^}]*)\}>", name)
     if not found:
         return None
@@ -25,7 +25,7 @@ def kernel_index(name):
 
 
 def functions(path):
-    """The instructions of the kernels, by index, and the names of all functions."""
+    """Returns the instructions of the kernels by index, and the names of all functions."""
     listing = subprocess.run(["objdump", "-dC", "--no-show-raw-insn", path], check=True,
                              capture_output=True, text=True).stdout
     kernels, names, body = {}, [], None
