@@ -18,8 +18,8 @@ struct Between {
     float weight;
 };
 
-/// \param place  in texels from the outer edge of the first texel. \param repeat  whether the first
-/// texel follows the last.
+/// \param position  in texels from the outer edge of the first texel. \param repeat  whether the
+/// first texel follows the last.
 Between BetweenTexels(double position, std::uint32_t size, bool repeat) {
     const double centred = position - 0.5;
     const double below = std::floor(centred);

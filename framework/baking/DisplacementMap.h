@@ -25,7 +25,7 @@ public:
 
 private:
     const FloatImage& Tile(std::uint32_t number);
-    /// \param said  the description stored in the file; its values are overridden by the options.
+    /// \param description  the description stored in the file; the options override its values.
     void Settle(const std::optional<MapText>& description,
                 const std::string& path,
                 const FloatImage& image);

@@ -46,7 +46,7 @@ std::uint32_t RepeatedTile(const std::array<float, 2>& low,
     for (std::size_t i = 0; i < 2; ++i)
         if (high[i] - low[i] > 1.0f || low[i] < -farthest || high[i] > farthest)
             throw HostError("the UVs of " + what + ", " + Range(low, high) +
-                            ", extend over more than one texture, or are too far from it");
+                            ", span more than one texture or are too far away from it");
     return MapTile().Number();
 }
 

@@ -9,7 +9,7 @@
 namespace trovik {
 
 /// Texture tiles are numbered 1001 + column + 10 * row (UDIM), with columns 0 to 9 and rows from 0;
-/// tile 1001 covers u and v from 0 to 1. A file name that contains `<UDIM>` stands for one file per
+/// tile 1001 covers u and v from 0 to 1. A file name that contains `<UDIM>` refers to one file per
 /// tile.
 struct MapTile {
     std::uint32_t column = 0;
@@ -21,7 +21,7 @@ struct MapTile {
     }
 };
 
-/// The number that means "no tile".
+/// The value for "no tile".
 inline constexpr std::uint32_t noMapTile = 0;
 
 bool HasTileMark(const std::string& path);

@@ -37,7 +37,7 @@ public:
         std::size_t firstCorner;
         std::uint64_t number;
     };
-    /// Appends the 32-bit words that describe a face to a list.
+    /// Appends the 32-bit words of a face to a list.
     using Describe = std::function<void(
         const FaceBlock& block, const Face& face, std::vector<std::uint32_t>& words)>;
     /// Receives the next words of a part. Parts arrive in order, and the words of one part are

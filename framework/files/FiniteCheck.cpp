@@ -68,7 +68,7 @@ void CheckFinite(const std::string& path, const MeshSource& source, JobControl* 
     constexpr unsigned Everything =
         MeshSource::Positions | MeshSource::Normals | MeshSource::Colors;
     std::uint64_t vertex = 0;
-    constexpr const char* phase = "Checking numbers";
+    constexpr const char* phase = "Checking for non-finite numbers";
     ReadVertices(source, Everything, job, phase, [&](const VertexBlock& block) {
         CheckList(path, block.positions, "the position of vertex", vertex);
         CheckList(path, block.normals, "the normal of vertex", vertex);

@@ -32,7 +32,7 @@ public:
     bool Empty() const { return contents.empty(); }
     /// The document for tinygltf.
     const std::string& Json() const { return changed; }
-    /// Replaces the single-byte buffers in the model by the actual contents. Call it once.
+    /// Replaces the single-byte buffers in the model with the actual contents. Call it once.
     void MoveInto(tinygltf::Model& model);
 
 private:

@@ -42,8 +42,8 @@ std::vector<std::uint32_t> TriangleCorners(const GltfAccessors& accessors,
     }
     if (!isStrip && !isFan) {
         if (order.size() % 3 != 0) {
-            location.Refuse("its " + std::to_string(order.size()) +
-                            " corners are not a multiple of three");
+            location.Refuse("its number of corners, " + std::to_string(order.size()) +
+                            ", is not a multiple of three");
         }
         return order;
     }
@@ -266,7 +266,7 @@ private:
                                            const GltfLocation& location) {
         std::vector<std::uint32_t> numbers;
         numbers.reserve(positions.size());
-        JobPhase phase(job, "Joining vertices", positions.size());
+        JobPhase phase(job, "Welding vertices", positions.size());
         for (const std::array<float, 3>& position : positions) {
             phase.Add();
             const std::array<float, 3> moved = Moved(transform, position);
@@ -284,7 +284,7 @@ private:
         return numbers;
     }
 
-    /// Normals are kept only if all vertices have one and welded vertices have equal ones.
+    /// Normals are kept only if all vertices have normals and those of welded vertices are equal.
     void AddNormals(const std::vector<std::uint32_t>& numbers,
                     const std::vector<std::array<float, 3>>& normals,
                     const GltfTransform& transform,

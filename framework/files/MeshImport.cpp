@@ -52,7 +52,7 @@ bool ListsFit(const PolygonMesh& mesh) {
 }
 
 void DropRepeatingFaces(PolygonMesh& mesh, DroppedFaces& dropped, JobControl* job) {
-    JobPhase phase(job, "Looking for degenerate faces", mesh.faceSizes.size());
+    JobPhase phase(job, "Finding degenerate faces", mesh.faceSizes.size());
     SurfaceAttributes& more = mesh.attributes;
     std::vector<std::uint32_t>* const faceLists[] = {
         &mesh.faceSizes, &more.faceGroups, &more.faceMaterials, &more.faceSmoothing};
@@ -121,7 +121,7 @@ void WeldUvs(PolygonMesh& mesh, JobControl* job) {
     using Key = std::array<std::uint32_t, 3>;
     std::unordered_map<Key, std::uint32_t, WordsHash> numbers;
     std::vector<std::array<float, 2>> welded;
-    JobPhase phase(job, "Joining UVs", more.cornerUvs.size());
+    JobPhase phase(job, "Welding UVs", more.cornerUvs.size());
     for (std::size_t corner = 0; corner < more.cornerUvs.size(); ++corner) {
         phase.Add();
         std::uint32_t& uv = more.cornerUvs[corner];

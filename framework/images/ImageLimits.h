@@ -9,8 +9,8 @@
 
 namespace trovik {
 
-/// \throw HostError always: "cannot <doing> image <path>: <reason>", with the reason reduced to one
-/// line. If the reason is empty, the file is reported as damaged.
+/// Always throws. \throw HostError "cannot <doing> image <path>: <reason>", with the reason reduced
+/// to one line. If the reason is empty, the file is reported as damaged.
 [[noreturn]] TROVIK_API void ThrowImageError(const char* doing,
                                              const std::string& path,
                                              std::string reason);

@@ -81,7 +81,7 @@ private:
     bool mayReplace = true;
 };
 
-/// \throw HostError always: "cannot <doing> <path>: <text of the system error>".
+/// Always throws. \throw HostError "cannot <doing> <path>: <text of the system error>".
 [[noreturn]] TROVIK_API void ThrowFileError(const char* doing,
                                             const std::string& path,
                                             int systemError);

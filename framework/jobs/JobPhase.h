@@ -13,7 +13,8 @@ namespace trovik {
 /// A phase without work (total 0) reports nothing. Not thread-safe.
 class TROVIK_API JobPhase {
 public:
-    /// Reports the beginning. \throw Cancelled if the job cancels; so do all other members.
+    /// Reports the beginning of the phase. \throw Cancelled if the job cancels; so do all other
+    /// members.
     /// \param job  receives the reports; may be null. Borrowed.
     /// \param phaseName  a string literal.
     /// \param totalWork  total number of elements.
@@ -42,7 +43,7 @@ public:
     void Poll() {
         if (++sinceCheck >= checkAfter) Check();
     }
-    /// Reports the end. Call it once, after the last element.
+    /// Reports the end of the phase. Call it once, after the last element.
     void Finish();
 
     /// Calls `work(first, end)` for consecutive ranges of the elements 0 to total - 1, and adds

@@ -35,14 +35,14 @@ void RejectUnclosed(const std::string& path) {
     }
     if (!isClosed) {
         throw HostError(path +
-                        ": the work of this journal has not been closed; save it with "
+                        ": this journal has not been closed; save its work with "
                         "trovik recover, or remove the file");
     }
 }
 
 [[noreturn]] void RejectSecondRun(const std::string& path) {
     throw HostError(path +
-                    ": another run is writing this journal; wait until it ends, or name "
+                    ": another run is writing this journal; wait until it ends, or choose "
                     "another file");
 }
 

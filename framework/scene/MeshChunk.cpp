@@ -146,7 +146,7 @@ GeometryChunk ReadGeometryChunk(SceneStream& stream) {
     if (corners != 3 && corners != 4)
         SceneStream::Refuse(QStringLiteral("level 0 has faces with %1 corners").arg(corners));
     if (chunk.levelCount == 0 || chunk.bound >= chunk.levelCount) {
-        SceneStream::Refuse(QStringLiteral("level %2 of %1 levels is bound")
+        SceneStream::Refuse(QStringLiteral("the bound level is %2, but the scene has %1 levels")
                                 .arg(chunk.levelCount)
                                 .arg(chunk.bound));
     }
@@ -170,7 +170,7 @@ void WriteLevelChunk(SceneStream& stream,
     LevelMesh& level = *geometry.Level(index);
     const uint32_t vertices = level.VertexCount();
     const std::vector<Vector> positions = PositionsOf(level);
-    JobPhase phase(job, "Gathering the level", vertices);
+    JobPhase phase(job, "Collecting the level data", vertices);
     for (uint32_t v = 0; v < vertices; ++v) {
         phase.Add();
         if (IsFinite(positions[v])) continue;
@@ -236,8 +236,9 @@ void LevelChunkReader::Read(SceneStream& stream) {
     stream.Transfer(vertices);
     stream.Transfer(parts);
     if (index != next || index >= head.levelCount) {
-        SceneStream::Refuse(LevelText(index) +
-                            QStringLiteral(" is not the next of %1 levels").arg(head.levelCount));
+        SceneStream::Refuse(
+            LevelText(index) +
+            QStringLiteral(" is out of order; the scene has %1 levels").arg(head.levelCount));
     }
     // Checked before memory is allocated for the level: the vertex count must follow from the level
     // below, and the file must contain the data of all vertices.

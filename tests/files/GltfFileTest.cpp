@@ -252,7 +252,8 @@ TEST(GltfFile, BadDocumentsNamePartAndReason) {
                 HasSubstr("mesh 0, primitive 0: accessor 0: its 4 elements reach beyond"));
     EXPECT_THAT(changed("/accessors/0/count", 4000000000u), HasSubstr("reach beyond"));
     EXPECT_THAT(changed("/accessors/0/byteOffset", 4000000000u), HasSubstr("reach beyond"));
-    EXPECT_THAT(changed("/accessors/0/type", "VEC2"), HasSubstr("no vectors of 3 numbers"));
+    EXPECT_THAT(changed("/accessors/0/type", "VEC2"),
+                HasSubstr("does not contain 3-component vectors"));
     EXPECT_THAT(changed("/accessors/0/bufferView", 9), HasSubstr("refers to buffer view 9"));
     EXPECT_THAT(changed("/accessors/1/componentType", 5126),
                 HasSubstr("not a list of whole numbers"));

@@ -145,7 +145,8 @@ TEST(ObjFile, BadCoordinatesNameTheirLineAndReason) {
 TEST(ObjFile, FilesWithoutPolygonsAreRefused) {
     EXPECT_THAT(Refusal(""), HasSubstr("no faces"));
     EXPECT_THAT(Refusal(FourVertices), HasSubstr("no faces"));
-    EXPECT_THAT(Refusal(std::string_view("\x7f\x45LF\0\0", 6)), HasSubstr("line 1: a zero byte"));
+    EXPECT_THAT(Refusal(std::string_view("\x7f\x45LF\0\0", 6)),
+                HasSubstr("line 1: the line contains a zero byte"));
 }
 
 TEST(ObjFile, EveryTruncationIsReadOrRefused) {

@@ -135,7 +135,7 @@ TEST(StlFile, BadTextsNameLineAndReason) {
     EXPECT_THAT(Refusal("solid\n" + Facet("0 0 0", "1 x 0", "0 1 0") + "endsolid\n"),
                 HasSubstr("line 5: expected a finite number, but found 'x'"));
     EXPECT_THAT(Refusal("solid\n" + Facet("0 0 0", "1 inf 0", "0 1 0") + "endsolid\n"),
-                HasSubstr("line 5: a finite number"));
+                HasSubstr("line 5: expected a finite number"));
     EXPECT_THAT(Refusal("solid\n" + Facet("0 0 0", "1 0", "0 1 0") + "endsolid\n"),
                 HasSubstr("line 6: expected a finite number, but found 'vertex'"));
     EXPECT_THAT(Refusal("solid\nfacets\nendsolid"),

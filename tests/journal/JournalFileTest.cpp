@@ -197,7 +197,7 @@ TEST_F(JournalOnDisk, UnfinishedJournalIsNotOverwritten) {
 
 TEST_F(JournalOnDisk, RefusesASecondRunDuringTheFirst) {
     const std::string reason =
-        path + ": another run is writing this journal; wait until it ends, or name another file";
+        path + ": another run is writing this journal; wait until it ends, or choose another file";
     const auto start = [this] { Journal({path, false}, base); };
     {
         Journal first({path, false}, base);
