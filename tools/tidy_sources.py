@@ -97,7 +97,7 @@ def main():
         beyond = len(chosen) - arguments.limit
         chosen = chosen[:arguments.limit]
         print(f"tidy: {len(chosen)} sources changed since {start[:12]}"
-              + (f" are checked; run make tidy for the other {beyond}" if beyond > 0 else ""), file=sys.stderr)
+              + (f" are checked; run make tidy to check {beyond} more" if beyond > 0 else ""), file=sys.stderr)
     for name in chosen:
         sys.stdout.write(os.path.join(checkout, name) + "\0")
 

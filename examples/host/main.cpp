@@ -34,7 +34,7 @@ public:
     SurfaceCopy& operator=(const SurfaceCopy&) = delete;
 
     void SurfaceChanged(const trovik::SurfaceChange& change) override {
-        // Changes to other levels than the displayed one are not visible.
+        // Changes to levels other than the displayed one are not visible.
         if (change.level == layout->Level() || change.all) dirty->Add(change);
     }
     void Problem(const std::string& message) override {

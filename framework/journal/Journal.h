@@ -52,8 +52,8 @@ public:
     /// and the old base.
     void EndStepAndRestart(const StepEnd& end, const std::string& label, const JournalBase& base);
 
-    /// These record strokes that are not part of a step. Call them in the order of the calls to the
-    /// stroke, each after that call has returned or thrown. Steps may run in between.
+    /// These record strokes that are not part of a step. Call each one after the corresponding call
+    /// to the stroke has returned or thrown, in the same order. Steps may run in between.
     void BeginStroke(const StrokeStart& start, const std::string& label);
     void StrokeDab(const StrokeInput& dab);
     void WholeMesh(const WholeMeshInput& input);

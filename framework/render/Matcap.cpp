@@ -21,7 +21,7 @@ struct Lobe {
 
 struct Recipe {
     const char* name;
-    /// Surface colours facing away from all lights, and facing them.
+    /// Surface colours: where the surface faces away from all lights, and where it faces them.
     Vector shade;
     Vector body;
     /// Direction from the surface to the main light, and how far the light wraps around the shape

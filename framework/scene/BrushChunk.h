@@ -18,7 +18,7 @@ namespace trovik {
 void WriteBrushChunk(SceneStream& stream, BrushOperation& brush);
 
 /// Loads the tools in the chunk into a new brush. Each tool is activated, which applies its
-/// defaults, and then reads its data, so that values missing from an older file keep their
+/// defaults, before its data is read, so that values missing from an older file keep their
 /// defaults.
 /// \param brush  null to read only the tool names into `tools`. If the brush is of another class
 /// than the brush in the file, its settings are skipped; so are tools that the class does not have.

@@ -30,7 +30,7 @@ struct SceneSettings {
     /// These determine the random values of later strokes.
     uint64_t seed = 0;
     uint64_t strokesBegun = 0;
-    /// Mode and point maps, the arguments of StrokeLoop::SetMirrors.
+    /// Mirror mode and point maps: the arguments of StrokeLoop::SetMirrors.
     int mirrorMode = 0;
     std::vector<Matrix> mirrorMaps;
     /// Entries of all applications, including unknown ones.

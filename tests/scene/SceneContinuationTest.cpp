@@ -27,10 +27,10 @@ protected:
         ScriptRunner(script, folder.Path("."), {}).Run();
     }
 
-    /// Runs all steps without interruption, and again with a save and reopen between two steps, for
-    /// each pair of steps. The final scenes must be identical byte for byte. They contain the
-    /// positions, normals and masks of all levels, pending changes to coarser levels, layers with
-    /// their bases and offsets, nodes, tools, mirrors and the view.
+    /// Runs all steps without interruption, and then, for each position between the steps, with a
+    /// save and a reopen at that position. The final scenes must be identical byte for byte. They
+    /// contain the positions, normals and masks of all levels, pending changes to coarser levels,
+    /// layers with their bases and offsets, nodes, tools, mirrors and the view.
     void ExpectNoDifference(const PolygonMesh& mesh,
                             const std::string& head,
                             const std::vector<std::string>& steps) {

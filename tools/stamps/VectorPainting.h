@@ -22,8 +22,8 @@ inline Point3 operator+(Point3 a, Point3 b) {
 }
 inline Point3 operator*(Point3 a, double f) { return {a.right * f, a.up * f, a.down * f}; }
 
-/// The position to which points of the disc at a certain distance from its centre move: distance
-/// from the centre axis, and height.
+/// The displaced position of the points at a certain distance from the disc's centre: distance from
+/// the axis, and height.
 struct ProfilePoint {
     double out;
     double up;
