@@ -29,7 +29,7 @@ public:
     MemoryFile& operator=(const MemoryFile&) = delete;
 
     /// Runs a reader on the file. The reader must succeed, or throw a HostError with one line that
-    /// names the file; otherwise the process is aborted.
+    /// names the file; otherwise, the process is aborted.
     template <class Reader>
     void Read(const Reader& read) const {
         try {

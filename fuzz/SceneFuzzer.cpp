@@ -7,7 +7,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     const trovik::MemoryFile file(bytes, size);
     file.Read([](const std::string& path) {
         const trovik::LoadedScene scene = trovik::LoadScene(path, nullptr);
-        // The scene must be usable.
+        // A scene that was read must be usable.
         for (std::uint32_t level = 0; level < scene.geometry->LevelCount(); ++level)
             scene.geometry->Level(level)->ComputeNormals();
     });

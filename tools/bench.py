@@ -6,8 +6,8 @@
     bench.py check BUILD RECORDED     measures and compares the ratios with the recorded ones
     bench.py record BUILD RECORDED    measures and records the ratios
 
-BUILD is the folder of an optimised build. Times are processor times, the minimum of several runs.
-Compare ratios of times of one run rather than times, because the machine may be busy.
+BUILD is the folder of an optimised build. Times are CPU times, the minimum of several runs.
+Compare ratios of times from one run instead of times, because the machine may be busy.
 """
 import json
 import os
@@ -20,7 +20,7 @@ import tempfile
 
 REPETITIONS = 12
 WORSE = 1.15
-# Side of the coarse grid of the stroke through the command, refined twice.
+# Side of the coarse grid, refined twice, for the stroke through the command.
 GRID_SIDE, GRID_LEVELS, DABS = 375, 2, 100
 
 
@@ -30,7 +30,7 @@ def environment(build):
 
 
 def run_program(build, name, wanted, options=()):
-    """Rows of a benchmark program, each of one run of one benchmark."""
+    """Returns the rows of a benchmark program, one per run of each benchmark."""
     done = subprocess.run(
         [build / "bin" / name, "--benchmark_format=json", f"--benchmark_filter={wanted}", *options],
         env=environment(build), check=True, stdout=subprocess.PIPE, text=True)
@@ -43,7 +43,7 @@ def run_program(build, name, wanted, options=()):
 
 
 def run_repeated(build, program, wanted=".", repetitions=REPETITIONS):
-    """Nanoseconds and covered vertices of each benchmark, by name."""
+    """Returns the nanoseconds and covered vertices of each benchmark, by name."""
     unit = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
     found = {}
     options = [f"--benchmark_repetitions={repetitions}", "--benchmark_min_time=0.05",
@@ -58,8 +58,8 @@ def run_repeated(build, program, wanted=".", repetitions=REPETITIONS):
 
 
 def run_document_bench(build, wanted="."):
-    """The same of document-bench, which takes the fastest of several runs itself: a document of its
-    largest size takes longer to build than all that is measured on it."""
+    """Returns the same for document-bench, which itself takes the fastest of several runs: building a
+    document of the largest size takes longer than all measurements on it."""
     found = {}
     for row in run_program(build, "document-bench", wanted):
         name = re.sub("/iterations:.*", "", row["run_name"])
@@ -84,7 +84,7 @@ def write_grid(path, side):
 
 
 def run_command(build, folder, dabs):
-    """Processor seconds and peak memory of a script with this many dabs across the diagonal."""
+    """Returns the CPU seconds and peak memory of a script with this many dabs along the diagonal."""
     radius = GRID_SIDE / 20.0
     cells = [int(GRID_SIDE * (k + 0.5) / DABS) for k in range(dabs)]
     steps = [{"tool": "Sculpt", "set": {"radius": radius, "strength": 5}}]
@@ -105,7 +105,7 @@ def run_whole_stroke(build):
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         write_grid(folder / "grid.obj", GRID_SIDE)
-        # Interleaved, because both spend most of their time in the same start-up.
+        # The runs are interleaved, because both spend most of their time on the same start-up work.
         pairs = [(run_command(build, folder, 0), run_command(build, folder, DABS)) for _ in range(7)]
     seconds = min(dabs[0] for _, dabs in pairs) - min(none[0] for none, _ in pairs)
     return {"dabs per second": DABS / max(seconds, 1e-9), "peak bytes": min(dabs[1] for _, dabs in pairs)}
@@ -126,7 +126,7 @@ def table(found):
 
 
 def ratios(found):
-    """The ratios that `check` compares, by name; each grows if performance gets worse."""
+    """Returns the ratios that `check` compares, by name. Each grows when performance gets worse."""
     out = {}
 
     def put(name, above, below):

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Checks that each folder of the framework includes only folders below it.
+"""Checks that the files in each folder of the framework include only folders below it.
 
-The order is that of trovik_add_subdirectories() in framework/CMakeLists.txt, from the bottom up.
+The order, from the bottom up, is that of trovik_add_subdirectories() in framework/CMakeLists.txt.
 Also checks that every test folder listed in tests/CMakeLists.txt exists, because the build skips
 missing folders silently.
 

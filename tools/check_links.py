@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Checks that the links of the documents lead somewhere.
+"""Checks that the links in the documents have valid targets.
 
-Checked are, in all tracked Markdown files: relative links, anchors of headings, pictures, and files and
+In all tracked Markdown files, it checks relative links, heading anchors, images, and files and
 folders that are named in code spans, such as `framework/mesh`. A name with a folder must be a path from
 the root of the checkout or from the document; a bare name of a source or document, such as `Command.h`,
-must be that of a tracked file. Names with wildcards and paths in build folders are not checked.
+must be the name of a tracked file. Names with wildcards and paths in build folders are not checked.
 
 usage: check_links.py [CHECKOUT]
 """
@@ -24,7 +24,7 @@ PATH = re.compile(r"[\w.-]+(?:/[\w.-]+)+/?|[\w.-]+/|[\w-]+\.(?:h|cpp|inl|py|sh|c
 
 
 def heading_anchors(text):
-    """The anchors of a document's headings, as code hosts make them."""
+    """Returns the anchors of a document's headings, as code hosts generate them."""
     anchors = set()
     for title in re.findall(r"(?m)^#{1,6}\s+(.*?)\s*#*$", FENCE.sub("", text)):
         title = re.sub(r"!?\[([^\]]*)\]\([^)]*\)", r"\1", title)
@@ -61,7 +61,7 @@ class Checkout:
         return path in self.files or path in self.folders
 
     def resolved(self, document, path):
-        """The path from the root, or None if it leaves the checkout."""
+        """Returns the path from the root, or None if it leads out of the checkout."""
         parts = []
         start = () if path.startswith("/") else PurePosixPath(document).parent.parts
         for part in (*start, *path.split("/")):
@@ -86,7 +86,7 @@ def link_faults(checkout, document, text):
             target = checkout.resolved(document, path) if path else document
             where = f"{document}:{line_of(text, match.start())}"
             if target is None or not checkout.has(target):
-                yield f"{where}: the link \"{link}\" leads to no tracked file"
+                yield f"{where}: the link \"{link}\" does not lead to a tracked file"
             elif anchor and target.endswith(".md") and anchor not in heading_anchors(checkout.text(target)):
                 yield f"{where}: {target} has no heading for the anchor \"#{anchor}\""
 

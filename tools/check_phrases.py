@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Lists phrases that the project's prose avoids, and the usual term for each.
+"""Lists phrases that the project's prose avoids, with the usual term for each.
 
-Documents, comments and strings of tracked files are searched. Names in backticks and quotations are
-not prose, so a phrase that has to be quoted is written as a quotation.
+Documents, comments and strings in tracked files are searched. Names in backticks and quotations are
+not prose, so write a phrase in quotation marks if it has to be mentioned.
 
 usage: check_phrases.py [--summary] [FILE...]
 """
@@ -23,7 +23,7 @@ NOUN = (
     r"|another|first|last|next|new|old|right|wrong|[a-z]+'s?) "
 )
 
-# A pattern, without regard to case, and the term to write instead. A blank also stands for a line break.
+# A case-insensitive pattern, and the term to write instead. A blank also matches a line break.
 PHRASES = (
     # Positions.
     (NOUN + r"places?\b(?! (?:in|of) the code)|\b(?:which|what|that) place\b"
@@ -86,14 +86,14 @@ PHRASES = (
     (r"\basks?(?:ed|ing)? (?:ahead|before)\b", "prefetches"),
     (r"\bas (?:it|they) comes?\b", "default"),
     (r"\bkeep(?:s|ing)? (?:its|their|the|his) bits\b|\bto the bit\b", "is bit-identical, bit-exact"),
-    # Words that read as foreign or archaic.
+    # Words that sound foreign or archaic.
     (r"\bbeside\b", "next to, along with"),
     (r"\bwhoever\b|\bfor who\b", "the caller, code that"),
     (r"\bin place of\b", "instead of"),
     (r"\bWorkStopped\b", "Cancelled"),
 )
 
-# Idiomatic uses: a phrase is accepted if this pattern matches it with its surroundings.
+# Idiomatic uses: a phrase is accepted if this pattern matches it together with its context.
 IDIOMATIC = re.compile(
     r"in(?:to)? place\b|(?:take|takes|took|taking)(?: \w+)? places?\b|decimal places|in the first place"
     r"|(?:in|at) (?:one|two|several|many|a single) places?\b"
@@ -108,7 +108,7 @@ OTHER_MEANING = (
     ("curvature", re.compile(r"^(stamps|tools/stamps)/")),
 )
 
-# Files whose texts are not the project's prose: third-party texts, data, this list and its tests.
+# Files whose text is not the project's prose: third-party text, data, this list and its tests.
 EXCLUDED = re.compile(r"^(LICENSE|NOTICE|fuzz/corpus/|tests/data/.*\.json|tools/check_phrases\.py|tests/checks/)")
 
 
@@ -117,7 +117,7 @@ def compiled():
 
 
 def on_one_line(prose):
-    """The prose with single blanks between words, the offset of each word in it, and each word's line."""
+    """Returns the prose with single blanks between words, the offset of each word in it, and each word's line."""
     words, offsets, lines, offset = [], [], [], 0
     for number, line in enumerate(prose.split("\n"), 1):
         for word in re.sub("\0[\0 \t]*", "\0", line).split():
@@ -148,8 +148,8 @@ def tracked(root):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--summary", action="store_true", help="print the number of findings for each term alone")
-    parser.add_argument("files", nargs="*", help="relative to the checkout; all tracked files by default")
+    parser.add_argument("--summary", action="store_true", help="print only the number of findings for each term")
+    parser.add_argument("files", nargs="*", help="paths relative to the checkout (default: all tracked files)")
     arguments = parser.parse_args()
     root = Path(__file__).resolve().parent.parent
     phrases = compiled()

@@ -4,17 +4,17 @@
 
     tools/mutation_run.py TROVIK [--count N] [--seed S] [--readers obj,ply] [--keep DIR] [--jobs J]
 
-For each reader, the script creates N files by damaging files of fuzz/corpus/READER. Each file is
+For each reader, the script creates N files by damaging files from fuzz/corpus/READER. Each file is
 passed to the verb that reads it, with a time limit and a limit on the address space. The run fails
 if the process
 
   - is terminated by a signal;
-  - exceeds the time limit and then does not end within seconds of an interrupt (a damaged script may
-    request much work, which is reported as slow and is not a failure);
+  - exceeds the time limit and then does not exit within seconds of an interrupt (a damaged script may
+    request a lot of work, which is reported as slow but is not a failure);
   - exits with a status other than 0, 1 or 2;
-  - fails without a line of error, or prints output that is not printable UTF-8.
+  - fails without an error line, or prints output that is not printable UTF-8.
 
-The same seed gives the same files. Failing files are kept with the command's output.
+The same seed produces the same files. With --keep, failing files are saved along with the command's output.
 """
 import argparse
 import concurrent.futures
@@ -34,7 +34,7 @@ INTERRUPT_LIMIT_S = 5
 ADDRESS_SPACE = 2 << 30
 LONGEST_LINE = 2000
 SLOW = "slow"
-# A mesh that the scripts of the corpus use in addition to those of examples/meshes.
+# A mesh that the scripts in the corpus use in addition to those in examples/meshes.
 CUBE = """v -1 -1 -1\nv 1 -1 -1\nv -1 1 -1\nv 1 1 -1\nv -1 -1 1\nv 1 -1 1\nv -1 1 1\nv 1 1 1
 f 1 3 4 2\nf 5 6 8 7\nf 1 2 6 5\nf 3 7 8 4\nf 1 5 7 3\nf 2 4 8 6\n"""
 
@@ -48,13 +48,13 @@ VERBS = {
     "script": ["sculpt", "FILE", "--quiet", "--output", "OUT"],
     "journal": ["recover", "FILE", "--quiet", "--output", "OUT/recovered.trovik"],
 }
-# Bytes with a meaning in file formats.
+# Bytes that have a meaning in file formats.
 SIGNIFICANT = b'\x00\x01\x7f\x80\xff"{}[],:-+.eE019/ \n\t'
 NUMBERS = [b"1e38", b"-1e39", b"nan", b"inf", b"4294967295", b"-1", b"0", b"1e-30", b"18446744073709551616"]
 
 
 def damaged(files, rng):
-    """One to four edits of a file drawn from the corpus."""
+    """Applies one to four edits to a file drawn from the corpus."""
     data = bytearray(rng.choice(files))
     for _ in range(rng.randint(1, 4)):
         if not data:
@@ -89,7 +89,7 @@ def limit_address_space():
 
 
 def complaint(status, error):
-    """The fault in the exit status or output of the process, or an empty string."""
+    """Returns the fault in the exit status or output of the process, or an empty string."""
     if status < 0:
         return f"ended by signal {-status}"
     if status not in (0, 1, 2):

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Draws the roofline of the dabs from the figures of `make bench`.
+"""Draws the roofline plot of the dabs from the results of `make bench`.
 
     roofline.py build/release/bench-results/bench.json docs/pictures/roofline.svg
 
-The horizontal axis is floating-point operations per byte of memory traffic, the vertical axis is
-operations per second. The bytes and operations per touched vertex of a dab are counted by hand.
+The horizontal axis is floating-point operations per byte of memory traffic; the vertical axis is
+operations per second. The bytes and operations per vertex of a dab are counted by hand.
 """
 import json
 import math
@@ -20,7 +20,7 @@ DISTANCE = 8 + 2
 INSIDE = {"pushing": DISTANCE + 5 + 1 + 6, "planing": DISTANCE + 2 + 3 + 5 + 3 + 6,
           "pulling": DISTANCE + 1 + 3 + 3 + 6, "averaging": DISTANCE + 1 + 12 + 3 + 3 + 6}
 COLOURS = {"pushing": "#c0392b", "planing": "#2471a3", "pulling": "#1e8449", "averaging": "#b7950b"}
-# Four additions or multiplications of eight numbers per cycle.
+# Four instructions per cycle, each an addition or multiplication of eight numbers.
 PEAK_PER_CYCLE = 32
 WIDTH, HEIGHT, LEFT, BOTTOM, TOP, RIGHT = 760, 460, 78, 56, 30, 24
 X_RANGE, Y_RANGE = (0.1, 10.0), (1.0, 200.0)
@@ -39,7 +39,7 @@ def text(x, y, words, anchor="start", size=12, turn=0, colour="#333"):
 
 
 def roof(rate, peak, label, away):
-    """A slanted roof of `rate` bytes per second up to `peak` operations per second (both in 10^9)."""
+    """Draws a slanted roof of `rate` bytes per second up to `peak` operations per second (both in 10^9)."""
     low = max(X_RANGE[0], Y_RANGE[0] / rate)
     high = min(X_RANGE[1], peak / rate)
     (x0, y0), (x1, y1) = place(low, low * rate), place(high, high * rate)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Extracts the prose of a source file: comments, texts of strings, paragraphs of documents.
+"""Extracts the prose of a source file: comments, strings, and paragraphs of documents.
 
 prose_of(path, text) returns a string of the same length and with the same line breaks, in which every
 character that is not prose is NUL. A sentence that runs over several lines of a comment, or over several
@@ -21,7 +21,7 @@ CPP_TOKEN = re.compile(
       | (?P<comment>//[^\n]*|/\*.*?\*/)""",
     re.S | re.X,
 )
-# The directives of linters in comments, and the licence line.
+# Linter directives in comments, and the licence line.
 DIRECTIVE = re.compile(r"SPDX|NOLINT|clang-format|IWYU")
 NAME = re.compile(r'`[^`\n]*`|"[^"\n]{1,80}"|\\"[^"\n]{1,80}?\\"|“[^”\n]*”|(?<!\S)/[\w/.-]+')
 SHELL_PROSE = re.compile(r'(?<![^\s;])(?P<comment>#+ [^\n]*)|"(?P<string>(?:\\.|[^"\\\n])*)"')
@@ -42,7 +42,7 @@ def comment_text(comment):
 
 
 def string_text(string):
-    """The text of a literal, its quotes and escapes blank; all NUL if it is a name."""
+    """Returns the text of a literal with its quotes and escapes blanked; all NUL if it is a name."""
     body = re.sub(r'\\[ntr]', "  ", string)
     if not re.search(r"[A-Za-z,.:;]\s+[A-Za-z]", body) and not re.search(r"^\s|\s$", body):
         return blank(string)
@@ -90,7 +90,7 @@ def python(text):
 
 
 def shell(text):
-    """Shell scripts, CMake and make: comments, and double-quoted strings that are sentences."""
+    """Handles shell scripts, CMake and make: comments, and double-quoted strings that are sentences."""
     out = list(re.sub(r"[^\s]", "\0", text))
     for match in SHELL_PROSE.finditer(text):
         if match.group("comment"):
@@ -111,7 +111,7 @@ def json(text):
 
 
 def man(text):
-    """A manual page: bold and italic words are names, and so are the lines of examples."""
+    """Handles a man page: bold and italic words are names, and so are example lines."""
     text = re.sub(r"(?ms)^\.(nf|EX)$.*?^\.(fi|EE)$", lambda m: blank(m.group(0)), text)
     text = re.sub(r'(?m)^(\.\\".*|\.(B|I|BR|IR|RB|RI|TH)\b.*|\.[A-Za-z]+)', lambda m: blank(m.group(0)), text)
     text = re.sub(r"\\f[BI].*?\\f[RP]", lambda m: blank(m.group(0)), text)
@@ -120,7 +120,7 @@ def man(text):
 
 def markdown(text):
     def code(block):
-        """Of a block of code only the comments."""
+        """Keeps only the comments of a code block."""
         return re.sub(
             r"(?m)^(.*?)(?:((?:^|\s)(?:#|//) )(.*))?$",
             lambda m: blank(m.group(1)) + blank(m.group(2) or "", " ") + (m.group(3) or ""),
@@ -129,7 +129,7 @@ def markdown(text):
 
     text = re.sub(r"(?ms)^\s*(```|~~~).*?^\s*\1", code, text)
     text = re.sub(r"<!--.*?-->|</?[a-z][^>\n]*>", lambda m: blank(m.group(0)), text, flags=re.S)
-    # A code span may run over the end of a line.
+    # A code span may continue on the next line.
     text = re.sub(r"`[^`]{1,200}`", lambda m: blank(m.group(0)), text)
     text = re.sub(r"\]\([^)\n]*\)", lambda m: blank(m.group(0)), text)
     text = re.sub(r"(?m)^(\s*)>", r"\1 ", text)
@@ -147,7 +147,7 @@ READERS = (
 
 
 def prose_of(path, text):
-    """The prose of the file, or None if files of this kind have none."""
+    """Returns the prose of the file, or None if this kind of file has no prose."""
     for pattern, reader in READERS:
         if re.search(pattern, path):
             return reader(text)

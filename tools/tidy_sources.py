@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """Selects the sources for clang-tidy and prints their paths, each followed by a NUL character.
 
-The compilation database of the build folder also lists generated sources; they are left out.
+The compilation database in the build folder also lists generated sources, which are excluded.
 
 usage: tidy_sources.py CHECKOUT BUILD_DIR --matching PATTERN
        tidy_sources.py CHECKOUT BUILD_DIR --changed BASE --limit NUMBER
@@ -17,7 +17,7 @@ import sys
 
 
 def compiled_sources(checkout, build):
-    """Paths relative to the checkout."""
+    """Returns paths relative to the checkout."""
     with open(os.path.join(build, "compile_commands.json")) as database:
         files = {os.path.realpath(os.path.join(e["directory"], e["file"])) for e in json.load(database)}
     inside = (f for f in files if os.path.commonpath([f, checkout]) == checkout)
@@ -30,7 +30,7 @@ def git(checkout, *arguments):
 
 
 def start_of_change(checkout, base):
-    """The merge base with `base`, or the commit before HEAD if HEAD has nothing beyond it."""
+    """Returns the merge base with `base`, or the commit before HEAD if HEAD itself is the merge base."""
     head = git(checkout, "rev-parse", "HEAD")
     for branch in (base, f"origin/{base}"):
         start = git(checkout, "merge-base", "HEAD", branch)
@@ -41,7 +41,7 @@ def start_of_change(checkout, base):
 
 
 def changed_lines(checkout, start):
-    """The number of changed lines of each file that was changed since `start` and still exists."""
+    """Returns the number of changed lines in each file that has changed since `start` and still exists."""
     counts = {}
     for line in git(checkout, "diff", "--numstat", "--no-renames", "--diff-filter=d", start).splitlines():
         added, removed, name = line.split("\t")
@@ -54,11 +54,11 @@ def changed_lines(checkout, start):
 
 
 def source_of_header(checkout, header, sources):
-    """The source of the same name, or else the first one that includes the header; None if none does."""
+    """Returns the source with the same name, or else the first one that includes the header, or None."""
     stem = os.path.splitext(header)[0]
     if stem + ".cpp" in sources:
         return stem + ".cpp"
-    # Includes are relative to the root, or to the root of the plug-in.
+    # Includes are relative to the root of the checkout or of the plug-in.
     names = {header, header.removeprefix("plugins/SwiftStroke/")}
     pattern = re.compile("|".join(f'#include "{re.escape(name)}"' for name in names))
     for source in sources:
@@ -69,7 +69,7 @@ def source_of_header(checkout, header, sources):
 
 
 def sources_of_change(checkout, sources, counts):
-    """The sources to check: first those of the products, then tests; those with the most changed lines first."""
+    """Returns the sources to check, product sources before tests, and those with the most changed lines first."""
     weights = {}
     for name, count in counts.items():
         source = name if name in sources else None
@@ -97,7 +97,7 @@ def main():
         beyond = len(chosen) - arguments.limit
         chosen = chosen[:arguments.limit]
         print(f"tidy: {len(chosen)} sources changed since {start[:12]}"
-              + (f" are checked, {beyond} more are left to make tidy" if beyond > 0 else ""), file=sys.stderr)
+              + (f" are checked; run make tidy to check {beyond} more" if beyond > 0 else ""), file=sys.stderr)
     for name in chosen:
         sys.stdout.write(os.path.join(checkout, name) + "\0")
 

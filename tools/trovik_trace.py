@@ -14,12 +14,12 @@ except ImportError:
 
 SAME, DIFFERENT, TROUBLE = 0, 1, 2
 DABS = ("ApplyDab", "ApplyToWholeMesh")
-# Lines for changes of a mesh by the host, outside the brush.
+# Calls for changes that the host makes to a mesh without the brush.
 HOST = ("SettleSymmetry", "HostChange")
 
 
 class TraceError(Exception):
-    """A one-line message about a file of a trace that cannot be read."""
+    """A one-line message about a file in a trace that cannot be read."""
 
 
 # --- Reading -------------------------------------------------------------------------------------
@@ -43,14 +43,14 @@ def read_text(path):
 
 
 def read_lines(folder):
-    """The lines of a trace as (text, object)."""
+    """Returns the lines of a trace as (text, object)."""
     path = os.path.join(folder, "trace.jsonl")
     text = read_text(path)
     lines = []
     for number, line in enumerate(text.splitlines(), 1):
         parsed = read_json(path, line, f"line {number}: ")
         if not isinstance(parsed, dict) or not isinstance(parsed.get("call"), str):
-            raise TraceError(f"{path}: line {number}: not a call of a trace")
+            raise TraceError(f"{path}: line {number}: not a call in a trace")
         for part in ("in", "out"):
             if not isinstance(parsed.get(part), dict):
                 raise TraceError(f'{path}: line {number}: the call has no "{part}"')
@@ -61,7 +61,7 @@ def read_lines(folder):
 
 
 def read_array(path):
-    """Reads an .npy file of version 1.0; checks its length against its header before allocating."""
+    """Reads a .npy file of version 1.0 and checks its length against its header before allocating memory."""
     try:
         with open(path, "rb") as file:
             size = os.fstat(file.fileno()).st_size
@@ -85,7 +85,7 @@ def read_array(path):
 
 
 def files_below(folder, ending):
-    """Paths below the folder, relative, sorted."""
+    """Returns the relative paths of all files below the folder, sorted."""
     found = []
     for place, _, names in os.walk(folder):
         for name in names:
@@ -109,7 +109,7 @@ def is_number(value):
 
 
 def same_number(a, b):
-    """Compares integers as such; if one is a float, compares both as single-precision bits."""
+    """Compares integers as integers; if either value is a float, compares both as single-precision bits."""
     if isinstance(a, int) and isinstance(b, int):
         return a == b
     with np.errstate(over="ignore"):
@@ -117,7 +117,7 @@ def same_number(a, b):
 
 
 def differences(a, b, place):
-    """The paths at which two JSON values differ, as (path, value of a, value of b)."""
+    """Yields the paths at which two JSON values differ, as (path, value of a, value of b)."""
     if isinstance(a, dict) and isinstance(b, dict):
         for key in list(a) + [key for key in b if key not in a]:
             where = f"{place}.{key}" if place else key
@@ -191,7 +191,7 @@ def common_files(a, b, ending, report):
 
 
 def differing_elements(one, other):
-    """Indices of the elements of two arrays of one type and shape that are not bit-identical."""
+    """Returns the indices at which two arrays of the same type and shape are not bit-identical."""
     width = one.dtype.itemsize
     bytes_a = np.frombuffer(one.tobytes(), np.uint8).reshape(-1, width)
     bytes_b = np.frombuffer(other.tobytes(), np.uint8).reshape(-1, width)
@@ -230,7 +230,7 @@ def compare(options):
 
 
 def dab_numbers(lines):
-    """For each line its 1-based count among the ApplyDab lines, or None."""
+    """Returns, for each line, its 1-based number among the ApplyDab lines, or None."""
     numbers, count = [], 0
     for _, line in lines:
         if line["call"] == "ApplyDab":
@@ -263,7 +263,7 @@ def bound_positions(folder, state, mesh):
 
 
 def settle(positions, line):
-    """A copy of the positions after a SettleSymmetry."""
+    """Returns a copy of the positions after a SettleSymmetry."""
     vertices = np.array(line["out"]["vertices"], dtype=np.int64)
     settled = np.array(line["out"]["positions"], dtype=np.float32).reshape(-1, 3)
     if len(vertices) != len(settled) or (vertices < 0).any() or (vertices >= len(positions)).any():
@@ -278,7 +278,7 @@ def dab_state(dab):
 
 
 def positions_before(folder, lines, index, mesh):
-    """The positions of a mesh's bound level before a line: the last state plus later SettleSymmetry lines."""
+    """Returns the positions of a mesh's bound level before a line: the last state plus later SettleSymmetry lines."""
     state, settled = "before", []
     dabs = dab_numbers(lines)
     for number in range(index - 1, -1, -1):
@@ -300,7 +300,7 @@ def positions_before(folder, lines, index, mesh):
 
 
 def movement(folder, lines, index, mesh, after):
-    """The moved vertices as text; after: computes the later positions from the earlier ones."""
+    """Describes the moved vertices; `after` computes the later positions from the earlier ones."""
     try:
         before = positions_before(folder, lines, index, mesh)
         later = after(before)
@@ -444,8 +444,8 @@ def parse_arguments():
     commands = parser.add_subparsers(title="commands", required=True, metavar="COMMAND")
 
     showing = commands.add_parser(
-        "show", help="lists the calls of a trace, or shows the effects of one",
-        description="Lists the calls into the brush and the changes by the host, one per line. With --call N, shows line N in "
+        "show", help="lists the calls in a trace, or shows the effects of one call",
+        description="Lists the calls to the brush and the changes by the host, one per line. With --call N, shows line N in "
         "full. For a dab: the tested faces, records, box, notices, and, in a trace recorded with --trace-every 1, the "
         "number of moved vertices and the largest displacement. For a change by the host: the command, the state of "
         "the mesh and the number of moved vertices.")
@@ -474,7 +474,7 @@ def main():
         print(f"trovik_trace: {error}", file=sys.stderr)
         return TROUBLE
     except BrokenPipeError:
-        # The reader of the output has closed it.
+        # The process that reads the output has closed it.
         os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
         return SAME
 

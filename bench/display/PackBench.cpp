@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Packs patches for display: the patches of a dab, and whole levels. `copy` copies as many
-/// bytes as packing the same patches writes; it is the lower bound. Compare ratios within one run,
-/// not times. The benchmarks of whole levels measure wall-clock time because they use several
-/// threads.
+/// \file Packs patches for display: the patches of a dab, and whole levels. `copy` is the lower
+/// bound: it copies as many bytes as packing the same patches writes. Compare ratios within one run
+/// instead of times. The benchmarks of whole levels measure wall-clock time because they use
+/// several threads.
 #include "framework/display/DirtyPatches.h"
 #include "framework/display/PatchBounds.h"
 #include "framework/display/PatchPacker.h"
@@ -20,7 +20,7 @@
 namespace trovik::bench {
 namespace {
 
-/// A torus of 64 x 4^levels quads, deformed so that positions and normals differ.
+/// Returns a torus with 64 quads.
 PolygonMesh Ring() {
     constexpr unsigned around = 16;
     constexpr unsigned tube = 4;
@@ -41,7 +41,7 @@ PolygonMesh Ring() {
     return mesh;
 }
 
-/// A level of 64 x 4^levels quads, created once.
+/// Returns a level with 64 x 4^levels quads, which is created once.
 LevelMesh& Level(int64_t levels) {
     static std::map<int64_t, std::unique_ptr<LevelGeometry>> geometries;
     std::unique_ptr<LevelGeometry>& geometry = geometries[levels];
@@ -52,11 +52,11 @@ LevelMesh& Level(int64_t levels) {
     return *geometry->Bound();
 }
 
-/// Patches of 33 x 33 vertices that a dab with 100 thousand covered vertices visits: 160 thousand
-/// quads.
+/// The number of patches of 33 x 33 vertices that a dab on 100 thousand vertices visits: 160
+/// thousand quads.
 constexpr uint32_t patchesOfADab = 157;
 
-/// The patches around a point, nearest first.
+/// Returns the patches around a point, nearest first.
 std::vector<uint32_t> PatchesAround(const LevelMesh& level,
                                     const PatchLayout& layout,
                                     uint32_t centre) {
@@ -81,8 +81,8 @@ void Report(benchmark::State& state, uint64_t vertices) {
     state.SetBytesProcessed(items * static_cast<int64_t>(sizeof(DisplayVertex)));
 }
 
-/// Successive dabs of a stroke, whose patches are nearly all in the caches. With `scattered`, each
-/// dab is at another position, so that no patch is cached.
+/// Packs the patches of successive dabs in a stroke, nearly all of which are in the CPU caches.
+/// With `scattered`, each dab is at a different position, so that no patch is cached.
 void PackDab(benchmark::State& state, bool scattered) {
     LevelMesh& level = Level(state.range(0));
     const PatchLayout layout(level);

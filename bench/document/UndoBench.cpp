@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Work that follows a stroke, through a document, on planes of 1, 4 and 16 million quads: undo and
-/// redo of the stroke, and the switch to the level below and, if the finer level has detail that
-/// rotates with the surface, to the level above. The cost should depend on the stroke, not on the
-/// mesh. The first argument of each benchmark is the number of subdivisions of a plane of 16 x 16
-/// quads, the second is the number of vertices under the dab. `copy` is the floor of the switch up:
-/// it copies the positions and normals of the fine vertices that the coarse vertices move.
+/// Operations after a stroke, through a document, on planes of 1, 4 and 16 million quads: undo and
+/// redo of the stroke, the switch to the level below, and the switch to the level above when the
+/// finer level has detail that rotates with the surface. The cost should depend on the stroke, not
+/// on the mesh. The first argument of each benchmark is the number of subdivisions of a plane of 16
+/// x 16 quads; the second is the number of vertices under the dab. `copy` is the lower bound of the
+/// switch up: it copies the positions and normals of the fine vertices that move with the coarse
+/// ones.
 #include "framework/document/Document.h"
 #include "framework/strokes/DabAtHit.h"
 
@@ -45,8 +46,8 @@ PolygonMesh Plane() {
 
 using Clock = std::chrono::steady_clock;
 
-/// One document for all benchmarks of a size, since building the levels takes longer than the
-/// benchmarks.
+/// One document is shared by all benchmarks of a size, because building the levels takes longer
+/// than the benchmarks.
 class Scene {
 public:
     static Scene& Of(benchmark::State& state) {
@@ -64,7 +65,8 @@ public:
         document.SelectTool("Wax");
     }
 
-    /// A stroke of one dab over this many vertices of the bound level, at another point each time.
+    /// Applies a stroke with one dab on this many vertices of the bound level, at a different point
+    /// each time.
     void Stroke(int64_t vertices) {
         const double faces = document.Geometry().Bound()->faceCount;
         const double area = static_cast<double>(vertices) * baseSide * baseSide / faces;
@@ -80,7 +82,7 @@ public:
         moved = document.Totals().verticesMoved - before;
     }
 
-    /// Gives the top level, which must be bound, detail where the strokes are.
+    /// Adds detail to the top level, which must be bound, in the area of the strokes.
     void Roughen() {
         if (std::exchange(isRough, true)) return;
         LevelMesh& level = *document.Geometry().Bound();
@@ -110,9 +112,9 @@ double ThreadSeconds() {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-/// Times work within the iterations of a benchmark, and records the fastest, in wall-clock time and
-/// in the processor time of its thread, and the median of the latter. On a busy machine the mean is
-/// not meaningful.
+/// Times the measured part of each benchmark iteration. Records the minimum in wall-clock time and
+/// in CPU time of the thread, and the median of the latter. On a busy machine, the mean is not
+/// meaningful.
 class Stopwatch {
 public:
     explicit Stopwatch(benchmark::State& ofState) : state(ofState) {}
@@ -150,7 +152,7 @@ void Undo(benchmark::State& state) {
     scene.Stroke(state.range(1));
     Stopwatch watch(state);
     for (auto _ : state) {
-        // The step is compressed when the user undoes it.
+        // When a user undoes a stroke, its undo step is usually already compressed.
         scene.document.Geometry().History().Settle();
         watch.Time([&] { scene.document.Undo(); });
         scene.document.Redo();
@@ -172,7 +174,7 @@ void Redo(benchmark::State& state) {
     scene.document.Undo();
 }
 
-/// Switches to the neighbouring level after a stroke on this one.
+/// Switches to the adjacent level after a stroke on this one.
 void Switch(benchmark::State& state, bool down) {
     Scene& scene = Scene::Of(state);
     if (!down) scene.Roughen();

@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Measures how long a request to cancel can remain unnoticed: the longest time between two reports
-/// to a JobControl, and from the last report to the return, for each long operation on a mesh of
-/// about a million quads. The target is 200 ms; docs/performance.md has results.
+/// Measures the latency of cancellation: the longest time between two reports to a JobControl, and
+/// between the last report and the return, for each long operation on a mesh of about a million
+/// quads. The target is 200 ms; docs/performance.md has the results.
 ///
 ///   report-gaps [LEVELS] [FILTER]
 ///
-/// LEVELS subdivisions of a plane of 16 x 16 quads, 6 by default. FILTER: measures the operations
-/// whose names contain it. Each runs three times; the line is that of the run with the shortest
-/// longest gap, since other processes only lengthen gaps. `cpu ms` is the longest gap in processor
-/// time of the calling thread, which other processes lengthen less.
+/// LEVELS is the number of subdivisions of a plane of 16 x 16 quads, 6 by default. With FILTER,
+/// only the operations whose names contain it are measured. Each operation runs three times. The
+/// output line is that of the run whose longest gap is shortest, because other processes can only
+/// lengthen gaps. `cpu ms` is the longest gap in CPU time of the calling thread, on which other
+/// processes have less effect.
 #include "framework/baking/MapDisplacement.h"
 #include "framework/baking/MapFile.h"
 #include "framework/document/Document.h"
@@ -45,14 +46,14 @@ double MillisecondsSince(Clock::time_point start) {
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 
-/// Milliseconds of processor time that the calling thread has taken.
+/// Returns the CPU time of the calling thread in milliseconds.
 double ProcessorTime() {
     timespec now = {};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
     return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) * 1e-6;
 }
 
-/// Records the longest time without a report.
+/// Records the longest gap between reports.
 class GapRecorder final : public JobControl {
 public:
     bool Report(uint64_t done, uint64_t total, const char* phase) override {
@@ -94,7 +95,7 @@ private:
 
 constexpr unsigned baseSide = 16;
 
-/// A plane with UVs over the unit square, symmetric in x.
+/// Returns a plane that is symmetric in x and has UVs over the unit square.
 PolygonMesh Plane() {
     PolygonMesh mesh;
     constexpr float side = baseSide;
@@ -152,7 +153,7 @@ private:
 
     std::string Path(const char* name) const { return (folder / name).string(); }
 
-    /// \param prepare  runs before each run, unmeasured.
+    /// \param prepare  called before each run; not measured.
     void Measure(
         const std::string& name, const Work& work, const std::function<void()>& prepare = [] {}) {
         if (name.find(filter) == std::string::npos) return;

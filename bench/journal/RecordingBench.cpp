@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file The cost of recording a stroke in the journal, in an undo step and in a layer. Each
-/// benchmark makes the same stroke of about forty dabs. Compare ratios within one run, not times,
-/// or count instructions: valgrind --tool=callgrind journal-bench --benchmark_filter=... .
+/// benchmark applies the same stroke of about forty dabs. Compare ratios within one run instead of
+/// times, or count instructions: valgrind --tool=callgrind journal-bench --benchmark_filter=... .
 #include "framework/script/ScriptDocument.h"
 #include "framework/script/ScriptRunner.h"
 
@@ -19,7 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 using nlohmann::json;
 
-/// A cube with this many subdivisions, and a tool whose dab covers a thirtieth of a side.
+/// A cube with this many subdivisions, and a tool whose dabs cover a thirtieth of a side.
 class Work {
 public:
     Work(int levels, bool withJournal, bool withLayer)
@@ -36,7 +36,7 @@ public:
         runner->Open(setup);
         Do({{"tool", "Sculpt"}, {"set", {{"radius", 0.2}, {"strength", 1}, {"spacing", 15}}}});
         if (withLayer) Do({{"layer", {{"add", "layer"}}}});
-        // Allocate the buffers that grow only once.
+        // Allocates the buffers that grow only once.
         Do(Stroke(false));
     }
     ~Work() {
@@ -66,8 +66,8 @@ struct Kept {
     bool layer;
 };
 
-// A stroke always records its changes. At its end the undo step is made from these records and
-// passed on for compression. Without undo, the measured time excludes that end.
+// A stroke always records its changes. At its end, the undo step is created from these records and
+// queued for compression. Without undo, the end of the stroke is not measured.
 void KeptStroke(benchmark::State& state, Kept kept) {
     Work work(static_cast<int>(state.range(0)), kept.journal, kept.layer);
     const json whole = Work::Stroke(false);

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The same dab on ever larger meshes. The cost of a dab, a pick and a refit must not grow
-/// with the mesh. The cost of refining, saving and loading may grow in proportion to the mesh, but
-/// no faster.
+/// \file The same dab on increasingly large meshes. The cost of a dab, a pick and a refit must not
+/// grow with the mesh. The cost of refining, saving and loading may grow in proportion to the mesh,
+/// but no faster.
 ///
 ///    trovik-ladder OUT.json [MILLIONS...]     e.g. 1 4 16 64; the default is 1 4 16
 ///
-/// Each step runs in a process of its own (`--step`), so that its memory is measured separately.
+/// Each step runs in its own process (`--step`), so that its memory is measured separately.
 #include "framework/picking/PatchTree.h"
 #include "framework/scene/SceneFile.h"
 #include "tests/fixture/StrokeFixture.h"
@@ -31,7 +31,7 @@ using Json = nlohmann::ordered_json;
 constexpr unsigned baseSide = 125;
 constexpr double coveredVertices = 100000.0;
 
-/// Processor time of this process over all threads, in seconds.
+/// Returns the CPU time of this process, summed over all threads, in seconds.
 double Now() {
     timespec time;
     clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
@@ -52,7 +52,7 @@ double LeastOf(int repetitions, Work work) {
     return least;
 }
 
-/// The value of a line in /proc/self/status, in bytes.
+/// Returns the value of a line in /proc/self/status, in bytes.
 double StatusBytes(const std::string& key) {
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);)
@@ -106,7 +106,7 @@ void MeasureDabs(test::StrokeFixture& bench, unsigned levels, Json& out) {
     out["endStrokeSeconds"] = Seconds([&] { bench.End(); });
 }
 
-/// Measures one mesh from import to loading.
+/// Measures one mesh, from import to loading.
 Json Step(unsigned levels) {
     Json out;
     const double memoryBefore = StatusBytes("VmRSS");
@@ -118,7 +118,7 @@ Json Step(unsigned levels) {
     out["vertices"] = vertices;
     out["bytesPerVertex"] = (StatusBytes("VmRSS") - memoryBefore) / vertices;
     MeasureDabs(*bench, levels, out);
-    // Undo compresses its steps in the background; wait for the final size.
+    // Undo steps are compressed in the background; this waits for the final size.
     bench->geometry->History().Settle();
     out["bytesPerVertexAfterStroke"] = (StatusBytes("VmRSS") - memoryBefore) / vertices;
     LevelGeometry& geometry = *bench->geometry;
@@ -136,12 +136,12 @@ Json Step(unsigned levels) {
     out["loadSeconds"] = Seconds([&] { loaded = LoadScene(path, nullptr); });
     std::filesystem::remove(path);
     if (loaded.geometry->Level(levels)->VertexCount() != vertices)
-        throw std::runtime_error("the loaded mesh has another number of vertices");
+        throw std::runtime_error("the loaded mesh has a different number of vertices");
     return out;
 }
 
-/// Subdivisions of the base grid that give about this many million vertices; 0 if there is no such
-/// step.
+/// Returns the number of subdivisions of the base grid that give about this many million vertices;
+/// 0 if this size is not supported.
 unsigned LevelsFor(const std::string& millions) {
     if (millions == "1") return 3;
     if (millions == "4") return 4;
@@ -164,7 +164,8 @@ int Run(int count, char** arguments) {
     Json all;
     for (const std::string& step : steps) {
         if (LevelsFor(step) == 0) {
-            std::cerr << "trovik-ladder: no size of " << step << " million vertices is defined\n";
+            std::cerr << "trovik-ladder: a size of " << step
+                      << " million vertices is not supported\n";
             return 2;
         }
         const std::string part = path + ".step";

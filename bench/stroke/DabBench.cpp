@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Whole dabs: walk, choice of level, kernels, ghost cells, normals, dirty box.
+/// \file Complete dabs: walk, choice of the patch level, kernels, ghost cells, normals, dirty box.
 #include "bench/stroke/DabScene.h"
 
 #include <string>
@@ -19,7 +19,7 @@ void LaterDab(benchmark::State& state, Tool tool, Variation variation) {
     scene.Report(state);
 }
 
-/// A later dab that visits every patch in full, including the patches out of reach.
+/// A later dab that fully processes every patch, including patches out of reach.
 void VisitingDab(benchmark::State& state, Tool tool) {
     DabScene scene(tool, Variation::Plain, state.range(0));
     scene.brush.usesPatchCache = false;

@@ -18,12 +18,12 @@ test::StrokeFixture& SharedBench() {
     return bench;
 }
 
-/// The radius of a disc that covers this many grid cells.
+/// Returns the radius of a disc that covers this many grid cells.
 float RadiusFor(int64_t vertices) {
     return static_cast<float>(std::sqrt(static_cast<double>(vertices) / 3.14159265) / cellsPerUnit);
 }
 
-/// The number of grid points within the radius of a grid point.
+/// Returns the number of grid points within the radius of a grid point.
 int64_t PointsWithin(float radius) {
     const double reach = static_cast<double>(radius) * cellsPerUnit;
     const auto whole = static_cast<int64_t>(reach);
@@ -153,7 +153,7 @@ PatchScene::PatchScene(Tool tool, Variation variation, int64_t vertices)
     layerValues.assign(cells, HWVector::Zero());
     brush.positionGrid = positions.data();
     brush.layerGrid = layerValues.data();
-    // Read a whole grid of real positions, so that the normals are valid.
+    // Reads a complete grid of actual positions, so that the normals are valid.
     brush.ReadPatchPositions(brush.PatchSlice(patches.front()));
     brush.FillPatchHalo(brush.patchMesh, patches.front());
 }

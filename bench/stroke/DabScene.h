@@ -10,12 +10,12 @@
 
 namespace trovik::bench {
 
-/// What a dab does in addition to the plain path of its family. With InactiveLayer the mesh has a
-/// layer with offsets that does not record.
+/// The features that a dab uses in addition to the plain path of its family. With InactiveLayer,
+/// the mesh has a layer with offsets that does not record the dab.
 enum class Variation { Plain, Stamp, Freeze, Layer, InactiveLayer, WorldSpace };
 const char* NameOf(Variation variation);
 
-/// The tool that represents a displacement family.
+/// A displacement family and the tool that represents it.
 struct FamilyTool {
     const char* name;
     Tool tool;
@@ -25,9 +25,9 @@ inline constexpr FamilyTool families[] = {{"pushing", Tool::Sculpt},
                                           {"pulling", Tool::Pinch},
                                           {"averaging", Tool::Smooth}};
 
-/// A flat grid of 2.4 million vertices, a tool on it, and a dab at the centre that covers about
-/// `vertices` of them. The mesh is created once and shared; a scene reverts its own changes. Dabs
-/// are so weak that the surface stays almost flat, so every dab finds the same work.
+/// A flat grid of 2.4 million vertices, a tool, and a dab at the centre that covers about
+/// `vertices` of them. The mesh is created once and shared; each scene reverts its own changes.
+/// Dabs are so weak that the surface stays almost flat, so the work is the same for every dab.
 class DabScene {
 public:
     DabScene(Tool tool, Variation variation, int64_t vertices);
@@ -38,16 +38,16 @@ public:
     void Begin() { bench.Begin(); }
     void Dab() { box = bench.Dab(hit, radius, strength); }
     void End() { bench.End(); }
-    /// Flattens the mesh again by undoing the strokes, and clears the history.
+    /// Undoes the strokes, so that the mesh is flat again, and clears the history.
     void RevertStroke();
 
-    /// The number of vertices within the radius.
+    /// Returns the number of vertices within the radius.
     int64_t Covered() const { return covered; }
-    /// The patches that the last dab passed to the brush, in order.
+    /// Returns the patches that were passed to the brush in the last dab, in order.
     std::vector<uint32_t> Patches() const;
-    /// The reason why the last dab is invalid, or null if it is valid.
+    /// Returns the reason why the last dab is invalid, or null if it is valid.
     const char* FaultReason() const;
-    /// Reports rate and size for the table; items are covered vertices.
+    /// Reports the rate and the size for the results table; items are covered vertices.
     void Report(benchmark::State& state) const;
 
     test::StrokeFixture& bench;
@@ -64,8 +64,9 @@ private:
     AxisAlignedBoundingBox box;
 };
 
-/// The state of the brush halfway through a dab, after the dab has ended: grids of the dab's size
-/// and every patch that was passed to the brush. Single parts of a dab can be run over them.
+/// The state of the brush in the middle of a dab, kept after the dab has ended: grids of the dab's
+/// size, and every patch that was passed to the brush. Individual parts of a dab can be run on
+/// them.
 class PatchScene {
 public:
     PatchScene(Tool tool, Variation variation, int64_t vertices);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file The lower bound of a dab: loops that read and write the bytes that a pushing dab must
-/// access, in its order and through its tables, without computing anything.
+/// access, in the same order and through the same tables, without computing anything.
 #include "bench/stroke/DabScene.h"
 
 #include <cstring>
@@ -9,11 +9,11 @@
 namespace trovik::bench {
 namespace {
 
-/// Makes the compiler assume that the value is used.
+/// Forces the compiler to assume that the value is used.
 void Use(__m128i value) { asm volatile("" : : "x"(value)); }
 __m128i Load(const void* from) { return _mm_loadu_si128(static_cast<const __m128i*>(from)); }
 
-/// Accesses one patch: list, vertices, records, grid, normals.
+/// Accesses one patch: the work list, vertices, records, grid and normals.
 void TouchPatch(
     SwiftStroke& brush, uint32_t patch, HWVector* grid, StoredVertexInfo* records, uint32_t mark) {
     LevelMesh& mesh = dynamic_cast<LevelMesh&>(*brush.mesh);
@@ -69,7 +69,7 @@ void Floor(benchmark::State& state) {
     parts.scene.Report(state);
 }
 
-/// A first touch: writes the record instead of reading it, and also the vertex's link word.
+/// First touch: writes the record instead of reading it, and also writes the vertex's link word.
 void FirstTouchFloor(benchmark::State& state) {
     PatchScene parts(Tool::Sculpt, Variation::Plain, state.range(0));
     SwiftStroke& brush = parts.scene.brush;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Picking on the benchmark's mesh, and refitting the boxes after a dab.
+/// \file Picking on the benchmark mesh, and refitting the boxes after a dab.
 #include "bench/stroke/DabScene.h"
 #include "framework/picking/PatchTree.h"
 

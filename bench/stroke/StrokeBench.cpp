@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The work around the dabs of a stroke: its start, its end including the creation of the
+/// \file The cost of a stroke apart from its dabs: its start, its end including the creation of the
 /// undo step, and undo.
 #include "bench/stroke/DabScene.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file Meshes without quads. They have no patches, so the step runs vertex by vertex with
-/// run-time switches, and a walk around each vertex computes the normals.
+/// run-time switches, and the normals are computed by a walk around each vertex.
 #include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 
@@ -12,7 +12,7 @@
 namespace trovik::bench {
 namespace {
 
-/// A flat grid whose quads are split along a diagonal.
+/// Returns a flat grid whose quads are split along a diagonal.
 PolygonMesh Triangles(unsigned side) {
     const PolygonMesh quads = test::GridMesh(side, side);
     PolygonMesh mesh;
@@ -26,7 +26,7 @@ PolygonMesh Triangles(unsigned side) {
 }
 
 void TriangleDab(benchmark::State& state) {
-    // The disc and a margin around it.
+    // The grid contains the disc and a margin around it.
     const unsigned side = state.range(0) > 100000 ? 1280 : 400;
     test::StrokeFixture bench(Triangles(side));
     bench.Activate(Tool::Sculpt, 2);

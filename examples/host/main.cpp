@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// A small host: opens a mesh, subdivides it, draws a stroke like a pen, tracks the changes of the
-/// surface, undoes and redoes, and saves.
+/// A small host: opens a mesh, subdivides it, draws a stroke as a pen would, tracks the changes to
+/// the surface, undoes and redoes the stroke, and saves the scene.
 #include "framework/display/DirtyPatches.h"
 #include "framework/display/PatchPacker.h"
 #include "framework/document/Document.h"
@@ -21,7 +21,7 @@
 
 namespace {
 
-/// A copy of the surface, such as a viewport stores on the graphics card, that is updated patch by
+/// A copy of the surface, like the one that a viewport stores on the GPU. It is updated patch by
 /// patch when the document changes.
 class SurfaceCopy final : public trovik::DocumentObserver {
 public:
@@ -34,15 +34,15 @@ public:
     SurfaceCopy& operator=(const SurfaceCopy&) = delete;
 
     void SurfaceChanged(const trovik::SurfaceChange& change) override {
-        // Changes of levels other than the displayed one are not visible.
+        // Changes to levels other than the displayed one are not visible.
         if (change.level == layout->Level() || change.all) dirty->Add(change);
     }
     void Problem(const std::string& message) override {
         std::fprintf(stderr, "%s\n", message.c_str());
     }
 
-    /// Called once per frame: packs the patches that have changed since the last call. \return
-    /// their number.
+    /// Packs the patches that have changed since the last call; called once per frame. \return the
+    /// number of patches.
     std::size_t Update() {
         if (dirty->LayoutChanged()) {
             PackAll();
@@ -59,7 +59,7 @@ public:
         return count;
     }
 
-    /// Whether the copy is identical to packing the whole surface.
+    /// Returns whether the copy is identical to a newly packed copy of the whole surface.
     bool IsCurrent() const {
         std::vector<trovik::DisplayVertex> expected(vertices.size());
         trovik::PatchPacker packer(*document.Geometry().Bound(), *layout);
@@ -85,8 +85,8 @@ private:
     std::vector<trovik::DisplayVertex> vertices;
 };
 
-/// Draws a stroke from press to release, with 133 samples per second, like an application does
-/// while its user moves the pen. \return the number of dabs.
+/// Draws a stroke from press to release, with 133 samples per second, as an application does while
+/// the user moves the pen. \return the number of dabs.
 unsigned DrawStroke(trovik::Document& document, SurfaceCopy& copy) {
     trovik::DocumentStroke stroke(document);
     const trovik::StrokeView& view = document.View();
@@ -129,15 +129,15 @@ bool Sculpt(const std::string& meshPath, const std::string& scenePath) {
                 dabs,
                 copy.PatchCount(),
                 patches);
-    bool isRight = Check(dabs > 0, "the stroke meets the surface");
-    isRight &= Check(copy.IsCurrent(), "the copy follows the stroke");
+    bool isRight = Check(dabs > 0, "the stroke hits the surface");
+    isRight &= Check(copy.IsCurrent(), "the copy is current after the stroke");
 
     isRight &= Check(document.Undo(), "the stroke can be undone");
     std::printf("undo packed %zu patches\n", copy.Update());
-    isRight &= Check(copy.IsCurrent(), "the copy follows the undo");
+    isRight &= Check(copy.IsCurrent(), "the copy is current after undo");
     isRight &= Check(document.Redo(), "the stroke can be redone");
     copy.Update();
-    isRight &= Check(copy.IsCurrent(), "the copy follows the redo");
+    isRight &= Check(copy.IsCurrent(), "the copy is current after redo");
 
     const auto state = document.State();
     for (const trovik::HistoryEntry& entry : state->history)
@@ -149,7 +149,7 @@ bool Sculpt(const std::string& meshPath, const std::string& scenePath) {
     trovik::WriteMeshFile(scenePath + ".ply", trovik::LevelSource(document.Geometry(), {}));
     const auto again = trovik::Document::OpenScene(scenePath);
     isRight &= Check(again->State()->levels.back().vertices == state->levels.back().vertices,
-                     "the scene can be opened again");
+                     "the scene can be reopened");
     return isRight;
 }
 

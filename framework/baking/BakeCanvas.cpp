@@ -17,7 +17,7 @@ namespace {
 constexpr unsigned fixedBits = 16;
 constexpr double fixedOne = 65536.0;
 
-/// Round a value down, or up, to a multiple of 2^bits.
+/// Divide a value by 2^bits and round the quotient down or up.
 std::int64_t Down(std::int64_t value, unsigned bits) { return value >> bits; }
 std::int64_t Up(std::int64_t value, unsigned bits) {
     return (value + (std::int64_t{1} << bits) - 1) >> bits;
@@ -47,7 +47,8 @@ BakeCanvas::BakeCanvas(const Options& given)
 }
 
 // Rows are counted from the top, but v is rounded from the bottom, so that surfaces mirrored in v
-// cover mirrored samples. Positions that differ by a whole tile are rounded alike.
+// cover mirrored samples. Positions that differ by a whole number of tiles are rounded in the same
+// way.
 BakeCanvas::FixedPoint BakeCanvas::Fixed(const TilePoint& point) const {
     const auto rounded = [](double part, std::uint32_t size) {
         return static_cast<std::int64_t>(std::floor(part * size * fixedOne + 0.5));
@@ -135,7 +136,7 @@ void BakeCanvas::AddTriangle(std::array<FixedPoint, 3> p, std::array<const MapVa
 
 void BakeCanvas::TakeSample(std::int64_t x, std::int64_t y, const MapValue& value) {
     const std::uint64_t n = options.samplesPerSide;
-    // Samples lie at most two tiles before the first tile, so the sum is not negative.
+    // Samples lie at most two tiles before the first tile, so the sum is non-negative.
     const std::uint64_t columns = options.width * n;
     const std::uint64_t rows = options.height * n;
     const std::uint64_t column = (static_cast<std::uint64_t>(x) + 2 * columns) % columns;

@@ -12,22 +12,22 @@ namespace trovik {
 
 class JobControl;
 
-/// A position on a texture tile, u to the right and v upwards, 0 to 1.
+/// A position in a texture tile: u to the right, v upwards, both from 0 to 1.
 using TilePoint = std::array<double, 2>;
-/// The value of a map at one position; a map with one channel uses the first number.
+/// The value of a map at one position; a map with one channel uses only the first number.
 using MapValue = std::array<float, 3>;
 
-/// One tile of a map while surfaces are rasterised into it.
+/// One tile of a map, into which surfaces are rasterised.
 ///
 /// Texel (x, y), rows from the top, covers u from x / width to (x + 1) / width and v from 1 - (y +
-/// 1) / height to 1 - y / height. Its samples form a regular grid inside it. If any sample of a
-/// texel is covered by a surface, the texel gets the mean of its covered samples.
+/// 1) / height to 1 - y / height. Each texel has a regular grid of samples. If a surface covers any
+/// of them, the value of the texel is the mean of its covered samples.
 ///
-/// Positions are rounded to 1/65536 of a texel, and all decisions are made in integers. A sample on
+/// Positions are rounded to 1/65536 of a texel, and coverage is computed with integers. A sample on
 /// the edge between two triangles therefore belongs to exactly one of them, and seams have no
 /// holes. Where surfaces overlap, the first one is kept.
 ///
-/// Memory per texel: 4 bytes, 4 for each channel, and 4 with padding.
+/// Memory per texel: 4 bytes, plus 4 per channel, plus 4 if there is padding.
 class TROVIK_API BakeCanvas {
 public:
     /// The maximum width and height.
@@ -39,25 +39,25 @@ public:
         std::uint32_t height = 1024;
         /// 1 or 3.
         std::uint32_t channels = 3;
-        /// Samples of a texel in each direction: 1, 2 or 4.
+        /// Samples per texel in each direction: 1, 2 or 4.
         std::uint32_t samplesPerSide = 2;
         /// Whether values are directions; if so, the value of each texel is normalised.
         bool directions = false;
         /// Distance from an island's edge, in texels, up to which uncovered texels are filled.
         std::uint32_t padding = 0;
-        /// Surfaces that cross an edge of the tile continue at the opposite edge; otherwise they
-        /// are clipped. With this option, quads must lie within -1 to 2 and be at most as large as
+        /// Whether surfaces that cross an edge of the tile continue at the opposite edge; otherwise
+        /// they are clipped. With this option, quads must lie within -1 to 2 and be no larger than
         /// the tile.
         bool repeat = false;
     };
     explicit BakeCanvas(const Options& options);
 
-    /// Rasterises a quad as four triangles around its centre. Values are linear over each triangle;
-    /// the value at the centre is the mean of the corners.
+    /// Rasterises a quad as four triangles around its centre. Values are interpolated linearly over
+    /// each triangle; the value at the centre is the mean of the corner values.
     void AddQuad(const std::array<TilePoint, 4>& corners, const std::array<MapValue, 4>& values);
-    /// Fills texels near an edge of a surface: a texel not covered by any surface gets the value of
-    /// the nearest point on such an edge if its centre is within the padding distance. If several
-    /// points are equally near, the first is used. Call this after all quads have been added.
+    /// Fills texels near an edge of a surface. An uncovered texel whose centre is within the
+    /// padding distance gets the value of the nearest point on such an edge; if several points are
+    /// equally near, the first one is used. Call this after all quads have been added.
     void PadEdge(const TilePoint& from,
                  const TilePoint& to,
                  const MapValue& fromValue,
@@ -66,7 +66,7 @@ public:
     struct Counts {
         std::uint64_t covered = 0;
         std::uint64_t padded = 0;
-        /// Number of texels with a sample that is covered by more than one surface.
+        /// Number of texels that have a sample covered by more than one surface.
         std::uint64_t overlapping = 0;
     };
     /// Finishes the tile. \param neutral  the value of empty texels.

@@ -11,15 +11,15 @@ namespace trovik {
 
 namespace {
 
-/// The two texels on both sides of a position along one axis, and the weight of the second one.
+/// The texels on either side of a position along one axis, and the weight of the second one.
 struct Between {
     std::uint32_t first;
     std::uint32_t second;
     float weight;
 };
 
-/// \param place  in texels from the outer edge of the first texel. \param repeat  the texel after
-/// the last is the first.
+/// \param position  in texels from the outer edge of the first texel. \param repeat  whether the
+/// first texel follows the last.
 Between BetweenTexels(double position, std::uint32_t size, bool repeat) {
     const double centred = position - 0.5;
     const double below = std::floor(centred);

@@ -16,8 +16,8 @@ public:
     /// Reads no file yet.
     explicit DisplacementMap(const DisplacementOptions& options);
 
-    /// The value of the map at a position: a scalar in x, or a vector.
-    /// \throw HostError for a position outside the map, and for files that cannot be read.
+    /// Returns the value of the map at a position: a scalar in x, or a vector.
+    /// \throw HostError for a position outside the map or a file that cannot be read.
     Vector At(const std::array<float, 2>& uv);
     /// Valid after a tile has been read.
     MapKind Kind() const { return text.kind; }
@@ -25,7 +25,7 @@ public:
 
 private:
     const FloatImage& Tile(std::uint32_t number);
-    /// \param said  the description stored in the file; its values are overridden by the options.
+    /// \param description  the description stored in the file; the options override its values.
     void Settle(const std::optional<MapText>& description,
                 const std::string& path,
                 const FloatImage& image);

@@ -13,7 +13,8 @@ public:
     /// \throw HostError "the mesh has no texture coordinates ..." if level 0 has none.
     LevelUvs(const LevelGeometry& geometry, std::uint32_t level);
 
-    /// UVs at the corners of a face of the level; for a triangle the fourth value is undefined.
+    /// Computes the UVs at the corners of a face of the level. For a triangle, the fourth value is
+    /// undefined.
     /// \return false if a corner of the face's level-0 ancestor has no UVs.
     bool Of(std::uint32_t face, CornerValues<2>& uvs) const {
         if (!OfBase(BaseOf(face), uvs)) return false;
@@ -22,7 +23,7 @@ public:
     }
     /// Like Of, for a face of level 0.
     bool OfBase(std::uint32_t baseFace, CornerValues<2>& uvs) const;
-    /// The level-0 ancestor of a face of the level.
+    /// Returns the level-0 ancestor of a face of the level.
     std::uint32_t BaseOf(std::uint32_t face) const { return BaseFace(baseCorners, level, face); }
     std::uint32_t BaseFaceCount() const { return baseFaces; }
     std::uint32_t BaseCorners() const { return baseCorners; }

@@ -63,9 +63,9 @@ BakeCanvas::Options CanvasOptions(const BakeOptions& options) {
 void CheckSizes(const BakeOptions& options) {
     for (const std::uint32_t side : {options.width, options.height})
         if (side < 1 || side > BakeCanvas::largestSide)
-            throw HostError("a map of " + std::to_string(options.width) + " x " +
+            throw HostError("cannot bake a map of " + std::to_string(options.width) + " x " +
                             std::to_string(options.height) +
-                            " texels is not possible; width and height must be 1 to " +
+                            " texels; width and height must be 1 to " +
                             std::to_string(BakeCanvas::largestSide));
     if (options.samples != 1 && options.samples != 4 && options.samples != 16)
         throw HostError("the samples per texel must be 1, 4 or 16, not " +
@@ -75,7 +75,7 @@ void CheckSizes(const BakeOptions& options) {
                         " texels is too large; the maximum is " + std::to_string(maxPadding));
 }
 
-/// The value of the map at each frame of the smooth surface.
+/// Returns the value of the map at each frame of the smooth surface.
 std::vector<MapValue> FrameValues(const BakeOptions& options,
                                   const LevelMesh& fine,
                                   const std::vector<Vector>& smooth,
@@ -177,7 +177,7 @@ private:
         return corners;
     }
 
-    /// Whether the side is a UV seam: the neighbour across it is not adjacent on the texture.
+    /// Whether the side is a UV seam: the neighbour across it is not adjacent in the texture.
     bool IsIslandEdge(std::uint32_t face, std::uint32_t side) const {
         const std::uint32_t across = level.QuadEdgeNeighbour(face, side);
         if (across == openBorder) return true;
@@ -219,7 +219,7 @@ BakedMap BakeMap(LevelGeometry& geometry,
     if (numbers.empty())
         throw HostError("no face of the mesh has texture coordinates (UVs) at all its corners");
 
-    // The levels in the state after switching to `from` and then to `to`.
+    // Evaluates the levels in the state after switching to `from` and then to `to`.
     const BoundLevel atFrom(geometry, map.from, job);
     const BoundLevel atTo(geometry, map.to, job);
     LevelMesh& fine = *geometry.Level(map.from);

@@ -14,7 +14,7 @@ namespace trovik {
 /// Options of BakeMap.
 struct BakeOptions {
     MapKind kind = MapKind::Displacement;
-    /// The space of vectors and normals; not used for scalar displacement.
+    /// The space of vectors and normals; unused for scalar displacement.
     MapSpace space = MapSpace::Tangent;
     /// The level whose shape is baked into the map; by default the highest level.
     std::optional<std::uint32_t> from = {};
@@ -25,12 +25,11 @@ struct BakeOptions {
     std::uint32_t height = 1024;
     /// Samples per texel: 1, 4 or 16.
     std::uint32_t samples = 4;
-    /// Distance in texels up to which uncovered texels next to an island's edge are filled from it;
-    /// at most 256.
+    /// Distance from an island's edge, in texels, up to which uncovered texels are filled from that
+    /// edge; at most 256.
     std::uint32_t padding = 8;
-    /// Whether the texture repeats: faces outside 0 to 1 are wrapped into it, and surfaces that
-    /// cross an edge of the map continue at the opposite edge. Without this option such faces are
-    /// rejected.
+    /// Whether the texture repeats: faces outside 0 to 1 are wrapped, and surfaces that cross an
+    /// edge of the map continue at the opposite edge. Without this option, such faces are rejected.
     bool repeat = false;
 };
 
@@ -38,7 +37,7 @@ struct BakeOptions {
 struct BakedTile {
     /// 1001 for the tile from 0 to 1; see MapTiles.h.
     std::uint32_t number = 1001;
-    /// Displacements in the units of the mesh; normals from -1 to 1, not yet encoded.
+    /// Displacements in mesh units; normals from -1 to 1, not yet encoded.
     FloatImage image;
 };
 
@@ -51,35 +50,35 @@ struct BakedMap {
     std::uint64_t coveredTexels = 0;
     std::uint64_t paddedTexels = 0;
     std::uint64_t overlappingTexels = 0;
-    /// A face of level 0 that overlaps another one on the texture; empty if there is none.
+    /// A face of level 0 that overlaps another face in the texture; empty if there is none.
     std::optional<std::uint32_t> overlappingFace = {};
 };
 
 /// Bakes the difference between level `from` and level `to` into a map over the UVs of the mesh.
 ///
-/// The map refers to the smooth refinement of level `to`: Catmull-Clark steps up to the vertices of
-/// level `from`, without the detail of the levels between. Every vertex of `from` has its
-/// counterpart there, so no search is needed. With S and F the positions of a vertex on the smooth
-/// surface and on level `from`, in mesh-local units, and its frame given by SurfaceFrames of the
-/// smooth surface, a map contains
+/// The reference surface S is level `to`, refined by Catmull-Clark steps to the resolution of level
+/// `from` without the detail of the levels in between. Every vertex of `from` has a counterpart on
+/// S, so no search is needed. Let S and F also denote the positions of a vertex on the reference
+/// surface and on level `from`, in mesh-local units. With the frame that SurfaceFrames computes on
+/// the reference surface, a map contains
 ///
 ///     Displacement   (F - S) . normal of S
 ///     Vector         F - S, in the frame (tangent, bitangent, normal), or mesh-local
 ///     Normal         the normal of F, in the frame or mesh-local
 ///
 /// at the vertices, interpolated linearly between the vertices and the centres of faces, and
-/// averaged over the samples of a texel. Texels that no face covers get the value of the nearest
-/// point on the edge of a UV island within the padding distance. All others contain no displacement
-/// or, in a normal map, the normal of the frame (mesh-local: the zero vector). Where faces overlap
-/// on the texture, the one with the lowest number is used.
+/// averaged over the samples of a texel. Uncovered texels within the padding distance of a UV
+/// island get the value of the nearest point on the island's edge. All others contain zero
+/// displacement or, in a normal map, the frame's normal (mesh-local: the zero vector). Where faces
+/// overlap in the texture, the one with the lowest number is used.
 ///
-/// The levels are evaluated in the state in which switching to `from` and then to `to` leaves them;
-/// afterwards, all of them are restored bit-exactly. No stroke may be open. Cost: O(faces of `from`
+/// The levels are evaluated in the state that results from switching to `from` and then to `to`;
+/// afterwards, all levels are restored bit-exactly. No stroke may be open. Cost: O(faces of `from`
 /// + samples). Memory: about 150 bytes per vertex of `from`, 4 bytes per texel and channel of each
-/// tile, and 8 bytes more per texel of the tile in progress.
-/// \param path  of the output file; if it contains `<UDIM>`, there may be several tiles.
+/// tile, and 8 more bytes per texel of the current tile.
+/// \param path  the path of the output file; if it contains `<UDIM>`, there may be several tiles.
 /// \throw HostError for levels that do not exist or are in the wrong order, sizes out of range, a
-/// mesh without UVs, and UVs outside of tiles; Cancelled. In both cases, nothing has changed.
+/// mesh without UVs, and UVs outside the tiles; Cancelled. In both cases, nothing is changed.
 TROVIK_API BakedMap BakeMap(LevelGeometry& geometry,
                             const BakeOptions& options,
                             const std::string& path,

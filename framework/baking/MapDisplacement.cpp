@@ -17,7 +17,7 @@ namespace trovik {
 
 namespace {
 
-/// The displacement of a vertex by the map, before the mask is applied.
+/// Returns the displacement of a vertex by the map, before the mask is applied.
 Vector MoveOf(std::uint32_t vertex, const SurfaceFrames& frames, DisplacementMap& map) {
     Vector sum;
     float count = 0.0f;
@@ -35,10 +35,11 @@ Vector MoveOf(std::uint32_t vertex, const SurfaceFrames& frames, DisplacementMap
     return count > 1.0f ? sum * (1.0f / count) : sum;
 }
 
-/// Recomputes the normals of these vertices from the current shape; the others are not changed.
+/// Recomputes the normals of these vertices from the current positions; all other normals are
+/// unchanged.
 void RefreshNormals(LevelMesh& level, const std::vector<std::uint32_t>& vertices) {
-    // Gathering from the surrounding faces of every vertex would cost more than a single pass over
-    // all faces.
+    // For more vertices than this, gathering the normals of the surrounding faces of each vertex
+    // costs more than a single pass over all faces.
     if (vertices.size() < level.VertexCount() / 8) {
         level.ComputeNormalsOf(vertices);
         return;
@@ -74,7 +75,7 @@ std::uint64_t DisplaceByMap(LevelGeometry& geometry,
         moves[v] = frozen == 0.0f ? move : move * (1.0f - frozen / 127.0f);
         if (!IsFinite(moves[v]))
             throw HostError(options.path + ": vertex " + std::to_string(v) +
-                            " would get a position that is not finite");
+                            " would get a non-finite position");
         if (!(moves[v] == Vector())) moved.push_back(v);
     }
     phase.Finish();

@@ -20,28 +20,29 @@ struct DisplacementOptions {
     /// Displacement (reads the first channel) or Vector (reads the first three).
     std::optional<MapKind> kind = {};
     std::optional<MapSpace> space = {};
-    /// A value v means (v - mid) * scale, in the units of the mesh.
+    /// A pixel value v represents the displacement (v - mid) * scale, in mesh units.
     std::optional<float> mid = {};
     std::optional<float> scale = {};
     /// Multiplies every displacement.
     float strength = 1.0f;
     /// Whether the image repeats outside 0 to 1, with interpolation across its edges; otherwise,
-    /// UVs outside are rejected.
+    /// UVs outside this range are rejected.
     bool repeat = false;
 };
 
-/// Moves the vertices of the bound level by a map, as one undo step.
+/// Displaces the vertices of the bound level by a map, as one undo step.
 ///
-/// The map is read at the UVs of each vertex, with bilinear interpolation between texel centres,
-/// and constant values beyond the outermost ones. A scalar moves the vertex along its normal; a
-/// vector moves it in the frame at the vertex (SurfaceFrames of the current surface) or in
-/// mesh-local directions. A vertex on a UV seam is moved by the mean of the values at its UVs, so
-/// that the surface does not tear. The mask reduces the displacement by its weight. If a layer is
-/// active, the displacement is recorded in the layer, whose strength scales it.
+/// The map is read at the UVs of each vertex, with bilinear interpolation between texel centres and
+/// constant values beyond the outermost centres. A scalar moves the vertex along its normal. A
+/// vector is given either in the frame at the vertex (SurfaceFrames of the current surface) or in
+/// mesh-local coordinates. A vertex on a UV seam is moved by the mean of the values at its UVs, so
+/// that the surface does not tear. The mask weight reduces the displacement. If a layer is active,
+/// the displacement is recorded in the layer, so the layer's strength scales it.
 /// \return the number of vertices moved; if it is 0, there is no undo step.
-/// \throw HostError, with nothing changed: no UVs, UVs outside, image not found, an image with too
-/// few channels or of normals, an active layer that is hidden or locked. Error if an allocation
-/// fails. Cancelled, with nothing changed; once the first vertex moves, it cannot be cancelled.
+/// \throw HostError, with nothing changed: missing UVs, UVs outside the map, a missing image, an
+/// image with too few channels, a normal map, or an active layer that is hidden or locked. Error if
+/// an allocation fails. Cancelled, with nothing changed; the operation cannot be cancelled once the
+/// first vertex has moved.
 TROVIK_API std::uint64_t DisplaceByMap(LevelGeometry& geometry,
                                        const DisplacementOptions& options,
                                        JobControl* job = nullptr);

@@ -47,7 +47,7 @@ void Write(
 std::string WarningOf(const BakedMap& map) {
     if (map.overlappingTexels == 0) return {};
     return "on " + std::to_string(map.overlappingTexels) +
-           " texels the UVs of faces overlap, such as those of face " +
+           " texels the UVs of several faces overlap, for example those of face " +
            std::to_string(map.overlappingFace.value_or(0)) +
            " of level 0; the map contains the face with the lowest number there";
 }

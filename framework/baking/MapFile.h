@@ -11,19 +11,19 @@ namespace trovik {
 
 /// How the values of a map are stored.
 ///
-/// Floats contain displacements in the units of the mesh, with mid 0 and scale 1, and normals as
-/// 0.5 + 0.5 n. 16-bit integers contain 0.5 + d / scale for displacements, where scale is twice the
-/// range, and 0.5 + 0.5 n for normals: a value v from 0 to 1 is stored as the integer nearest to
-/// 65535 v.
+/// In both formats, a normal n is stored as 0.5 + 0.5 n. Floats store displacements in mesh units,
+/// with mid 0 and scale 1. 16-bit integers store a displacement d as 0.5 + d / scale, where scale
+/// is twice the range; a value v from 0 to 1 becomes the integer nearest to 65535 v.
 enum class MapBits { Sixteen, Float };
 
 struct MapFileOptions {
-    /// `.exr` (floats), `.png` (16 bits), `.tif` or `.tiff` (both); with `<UDIM>` in the name, one
-    /// file per tile.
+    /// `.exr` (floats), `.png` (16 bits), `.tif` or `.tiff` (either); with `<UDIM>` in the name,
+    /// one file per tile.
     std::string path;
-    /// By default floats in .exr files, 16 bits in the others.
+    /// By default, floats in .exr files and 16 bits in all others.
     std::optional<MapBits> bits = {};
-    /// For 16 bits: displacements of this size map to 0 and 1; by default the largest displacement.
+    /// For 16 bits: displacements of plus and minus this size map to 1 and 0. By default, the
+    /// largest displacement.
     std::optional<float> range = {};
 };
 
@@ -46,13 +46,14 @@ struct MapReport {
 /// it.
 TROVIK_API MapBits BitsFor(const MapFileOptions& file);
 
-/// Bakes a map (BakeMap) and writes it, with a line that describes the meaning of its values
-/// (MapText). Rows run from the top, v = 1, to the bottom. Channels of vectors and normals: red
-/// along u (tangent), green along v (bitangent: +Y), blue along the normal; mesh-local: x, y, z.
-/// Each file is either complete or absent. Equal levels give equal bytes.
-/// \throw HostError like BakeMap; before baking, for a file name that cannot be written; and if the
-/// displacement exceeds the requested range. Cancelled; files of tiles that were complete before a
-/// cancellation remain.
+/// Bakes a map (BakeMap) and writes it to a file, with a line of text that describes its values
+/// (MapText). Rows run from the top, v = 1, to the bottom. Channels of vectors and normals: in
+/// tangent space, red is along u (tangent), green along v (bitangent, +Y) and blue along the
+/// normal; mesh-local, they are x, y, z. Each file is either complete or absent. Identical levels
+/// produce identical files.
+/// \throw HostError for the same reasons as BakeMap, for a file name that cannot be written (before
+/// baking starts), and if the displacement exceeds the requested range. Cancelled; tiles whose
+/// files are already complete are kept.
 TROVIK_API MapReport BakeToFile(LevelGeometry& geometry,
                                 const BakeOptions& options,
                                 const MapFileOptions& file,

@@ -26,7 +26,7 @@ struct TROVIK_API MapText {
     MapSpace space = MapSpace::Tangent;
     unsigned from = 0;
     unsigned to = 0;
-    /// A value v in the file means (v - mid) * scale.
+    /// A value v in the file represents (v - mid) * scale.
     float mid = 0.0f;
     float scale = 1.0f;
 

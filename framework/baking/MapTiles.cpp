@@ -28,11 +28,11 @@ std::string Range(const std::array<float, 2>& low, const std::array<float, 2>& h
     return text;
 }
 
-/// The integer cell that contains a range, which may touch its neighbours; -1 if the range extends
-/// beyond a cell.
+/// Returns the integer cell that contains a range; -1 if the range extends over more than one cell.
+/// The range may touch the neighbouring cells.
 double CellOf(double low, double high) {
     double cell = std::floor((low + high) * 0.5);
-    // An empty range on a border belongs to the cell before it.
+    // An empty range on a border belongs to the cell before the border.
     if (cell > 0.0 && low == cell && high == cell) cell -= 1.0;
     return low < cell - slack || high > cell + 1.0 + slack ? -1.0 : cell;
 }
@@ -46,7 +46,7 @@ std::uint32_t RepeatedTile(const std::array<float, 2>& low,
     for (std::size_t i = 0; i < 2; ++i)
         if (high[i] - low[i] > 1.0f || low[i] < -farthest || high[i] > farthest)
             throw HostError("the UVs of " + what + ", " + Range(low, high) +
-                            ", extend over more than one texture, or are too far from it");
+                            ", span more than one texture or are too far away from it");
     return MapTile().Number();
 }
 

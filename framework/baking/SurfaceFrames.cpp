@@ -12,7 +12,7 @@ namespace trovik {
 
 namespace {
 
-/// An arbitrary unit vector perpendicular to a unit vector.
+/// Returns an arbitrary unit vector perpendicular to a unit vector.
 Vector AnyPerpendicular(const Vector& normal) {
     const float x = std::fabs(normal.x);
     const float y = std::fabs(normal.y);
@@ -101,7 +101,7 @@ SurfaceFrames::SurfaceFrames(const LevelMesh& level,
     phase.Finish();
     for (Entry& entry : frames) {
         const Vector& normal = normals[entry.vertex];
-        // Removes the component along the normal that rounding has left.
+        // Removes the remaining component along the normal, which is due to rounding.
         entry.tangent -= normal * (entry.tangent | normal);
         entry.tangent.Normalize();
         if (entry.tangent == Vector()) entry.tangent = AnyPerpendicular(normal);

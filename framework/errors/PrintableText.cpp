@@ -17,7 +17,7 @@ struct Character {
 };
 
 /// Returns the character at the start of the text, which must not be empty. Overlong forms,
-/// surrogates and codes beyond Unicode are not UTF-8 (RFC 3629).
+/// surrogates and code points beyond U+10FFFF are not valid UTF-8 (RFC 3629).
 Character FirstCharacter(std::string_view text) {
     const auto byte = [text](std::size_t i) { return static_cast<uint8_t>(text[i]); };
     const uint8_t lead = byte(0);
@@ -38,7 +38,8 @@ bool IsPrintable(uint32_t code) {
     struct Range {
         uint32_t first, last;
     };
-    // Control characters, line and paragraph separators, and marks that reorder or hide text.
+    // Control characters, line and paragraph separators, and formatting characters that reorder or
+    // hide text.
     constexpr Range unprintable[] = {{0x00, 0x1f},
                                      {0x7f, 0x9f},
                                      {0x200b, 0x200f},

@@ -7,7 +7,7 @@ namespace trovik {
 
 namespace {
 
-/// Longer words are unlikely to be misspelt names, and the cost is quadratic.
+/// Longer words are unlikely to be misspelt names, and the cost grows quadratically.
 constexpr std::size_t maxWordLength = 64;
 
 char Lower(char letter) {
@@ -56,7 +56,7 @@ std::string Suggestion(const std::string& word, const std::vector<std::string>& 
     if (!closest.empty()) return "; did you mean \"" + closest + "\"?";
     std::string list;
     for (const std::string& name : candidates)
-        list += (list.empty() ? "; known are " : ", ") + name;
+        list += (list.empty() ? "; known names: " : ", ") + name;
     return list;
 }
 

@@ -8,15 +8,16 @@
 
 namespace trovik {
 
-/// Returns the candidate nearest to a misspelt word. A candidate is accepted up to one edit per
-/// three letters of the longer word, but at least one edit is allowed. An edit inserts, deletes or
-/// replaces a byte, or swaps two adjacent bytes; ASCII case is ignored.
-/// \return the first of the nearest candidates, or an empty text if none is near enough.
+/// Returns the candidate nearest to a misspelt word. A candidate is accepted if it differs by at
+/// most one edit per three letters of the longer word; one edit is always allowed. An edit inserts,
+/// deletes or replaces a byte, or swaps two adjacent bytes. ASCII case is ignored.
+/// \return the first of the nearest candidates, or an empty string if none is near enough.
 TROVIK_API std::string ClosestWord(const std::string& word,
                                    const std::vector<std::string>& candidates);
 
 /// Returns the suffix for a message about an unknown word: `; did you mean "X"?` if there is a near
-/// candidate, otherwise `; known are A, B, C`. Empty if there are no candidates.
+/// candidate, otherwise `; known names: A, B, C`. Returns an empty string if there are no
+/// candidates.
 TROVIK_API std::string Suggestion(const std::string& word,
                                   const std::vector<std::string>& candidates);
 

@@ -19,29 +19,29 @@ public:
     enum Keys : unsigned { ByGroup = 1, ByMaterial = 2 };
 
     struct Part {
-        /// Indices into the names of the source; SurfaceAttributes::none if the attribute is not a
-        /// key or if the faces have no value.
+        /// Indices into the source's lists of names; SurfaceAttributes::none if the attribute is
+        /// not a key or the faces have no value for it.
         std::uint32_t group = SurfaceAttributes::none;
         std::uint32_t material = SurfaceAttributes::none;
         std::uint64_t faces = 0;
         std::uint64_t corners = 0;
 
-        /// Number of triangles if each face is split into a fan around its first corner.
+        /// Number of triangles when each face is split into a fan around its first corner.
         std::uint64_t Triangles() const { return corners - 2 * faces; }
     };
 
-    /// A face of a block: its index in the block, its first corner in the block, and its number in
-    /// the source.
+    /// A face: its index in the block, the index of its first corner in the block, and its number
+    /// in the source.
     struct Face {
         std::size_t inBlock;
         std::size_t firstCorner;
         std::uint64_t number;
     };
-    /// Appends the words of a face to a list.
+    /// Appends the 32-bit words of a face to a list.
     using Describe = std::function<void(
         const FaceBlock& block, const Face& face, std::vector<std::uint32_t>& words)>;
-    /// Receives words of a part. The words of one part arrive consecutively, and the parts arrive
-    /// in order.
+    /// Receives the next words of a part. Parts arrive in order, and the words of one part are
+    /// consecutive.
     using Take = std::function<void(std::size_t part, const std::vector<std::uint32_t>& words)>;
 
     /// \param keys  a combination of Keys. Cost: one pass over the faces. Borrows the source.
@@ -54,9 +54,9 @@ public:
     /// Passes the words of all faces to `take`, part by part.
     ///
     /// A source can only be read from front to back, so each pass over the faces collects as many
-    /// parts as fit into `maxWords` words. A larger part gets a separate pass and is passed on
-    /// without being collected. There are at most 2 * words / maxWords + 1 passes.
-    /// \param wordsOf  returns the total number of words of a part's faces.
+    /// parts as fit into `maxWords` words. A larger part gets a pass of its own and is forwarded
+    /// without being collected. At most 2 * words / maxWords + 1 passes are made.
+    /// \param wordsOf  returns the total number of words for the faces of a part.
     /// \param blockParts  the lists that ReadFaces must fill for `describe`.
     void ForEachWord(const std::function<std::uint64_t(const Part&)>& wordsOf,
                      unsigned blockParts,

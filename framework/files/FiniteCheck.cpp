@@ -56,8 +56,7 @@ void CheckMorphTargets(const std::string& path, const MeshSource& source, JobCon
         for (const std::uint32_t vertex : target.vertices) {
             phase.Add();
             Check(path, target.offset(vertex), "the offset of a layer at vertex", vertex);
-            Check(
-                path, source.BasePosition(vertex), "the position without layers of vertex", vertex);
+            Check(path, source.BasePosition(vertex), "the layer-free position of vertex", vertex);
         }
         phase.Finish();
     }
@@ -69,7 +68,7 @@ void CheckFinite(const std::string& path, const MeshSource& source, JobControl* 
     constexpr unsigned Everything =
         MeshSource::Positions | MeshSource::Normals | MeshSource::Colors;
     std::uint64_t vertex = 0;
-    constexpr const char* phase = "Checking numbers";
+    constexpr const char* phase = "Checking for non-finite numbers";
     ReadVertices(source, Everything, job, phase, [&](const VertexBlock& block) {
         CheckList(path, block.positions, "the position of vertex", vertex);
         CheckList(path, block.normals, "the normal of vertex", vertex);

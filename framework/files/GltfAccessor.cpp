@@ -37,7 +37,7 @@ float Share(const unsigned char* bytes, bool isNormalized) {
     return std::max(number / static_cast<float>(std::numeric_limits<Whole>::max()), -1.0f);
 }
 
-/// Returns 0 for an invalid type.
+/// Returns the size of a component; 0 for an invalid type.
 std::size_t BytesOf(int type) {
     switch (type) {
         case TINYGLTF_COMPONENT_TYPE_BYTE:
@@ -146,7 +146,8 @@ void GltfAccessors::ReadNumbers(int number,
     const std::string what = Named(number);
     const std::size_t componentBytes = BytesOf(accessor.componentType);
     if (componentBytes == 0 || ComponentsOf(accessor.type) != components) {
-        location.Refuse(what + " has no vectors of " + std::to_string(components) + " numbers");
+        location.Refuse(what + " does not contain " + std::to_string(components) +
+                        "-component vectors");
     }
     if (length && accessor.count != *length) {
         location.Refuse(what + " has " + std::to_string(accessor.count) + " elements instead of " +
@@ -162,7 +163,7 @@ void GltfAccessors::ReadNumbers(int number,
             values[i] =
                 LoadFloat(accessor.componentType, accessor.normalized, bytes + i * componentBytes);
             if (!std::isfinite(values[i])) {
-                location.Refuse(what + " has a number that is not finite");
+                location.Refuse(what + " contains a non-finite number");
             }
         }
     };
@@ -187,7 +188,7 @@ void GltfAccessors::ReadNumbers(int number,
     }
     if (accessor.sparse.count < 0 || !IsIndexType(accessor.sparse.indices.componentType) ||
         accessor.sparse.indices.byteOffset < 0 || accessor.sparse.values.byteOffset < 0) {
-        location.Refuse(what + ": its sparse part is damaged");
+        location.Refuse(what + ": its sparse data is damaged");
     }
     const auto count = static_cast<std::size_t>(accessor.sparse.count);
     const int indexType = accessor.sparse.indices.componentType;
@@ -208,7 +209,7 @@ void GltfAccessors::ReadNumbers(int number,
     for (std::size_t i = 0; i < count; ++i) {
         const std::uint32_t entry = LoadIndex(indexType, indices.first + i * indices.stride);
         if (entry >= accessor.count) {
-            location.Refuse(what + ": its sparse part refers to element " + std::to_string(entry) +
+            location.Refuse(what + ": its sparse data refers to element " + std::to_string(entry) +
                             " of " + std::to_string(accessor.count));
         }
         load(changes.first + i * changes.stride);

@@ -12,18 +12,19 @@
 
 namespace trovik {
 
-/// Reads the number lists of a glTF file. All number types, strided, normalised and sparse lists
-/// are supported.
+/// Reads the accessors of a glTF file. All component types and strided, normalised and sparse
+/// accessors are supported.
 ///
-/// Memory is allocated only for data that is present in the file: a list without its own bytes must
-/// have the same length as the list to which it belongs. Errors: HostError with the file, the
-/// current part, the accessor and the reason.
+/// Memory is allocated only for data that is present in the file: an accessor without a buffer view
+/// must have as many elements as the list to which it belongs. Errors: HostError with the file, the
+/// part of the document, the accessor and the reason.
 class GltfAccessors {
 public:
     explicit GltfAccessors(const GltfDocument& opened) : document(opened) {}
 
     /// Reads vectors of `count` finite numbers.
-    /// \param length  the required length; if it is not set, the list must have its own bytes.
+    /// \param length  the required number of elements; if it is not set, the accessor must have a
+    /// buffer view.
     template <std::size_t count>
     std::vector<std::array<float, count>> Read(int accessor,
                                                std::optional<std::size_t> length,
@@ -44,7 +45,7 @@ public:
         return list;
     }
 
-    /// Reads vectors of three or four numbers; a missing alpha is 1.
+    /// Reads vectors of three or four numbers; a missing alpha becomes 1.
     /// \param hasAlpha  set to true if there are four numbers.
     std::vector<std::array<float, 4>> ReadColors(int accessor,
                                                  std::size_t length,

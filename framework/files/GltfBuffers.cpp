@@ -37,7 +37,7 @@ std::string Decoded(const std::string& uri) {
     return name;
 }
 
-/// Returns the name in a form that fits into a one-line message.
+/// Returns the name in quotes, shortened if necessary, for a one-line message.
 std::string Shown(const std::string& name) {
     std::string shown;
     for (const char letter : name.substr(0, 100)) {

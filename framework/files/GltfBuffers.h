@@ -15,16 +15,16 @@ namespace trovik {
 
 class JobControl;
 
-/// The buffers of a glTF document that have a URI: data URIs, and files that, with symbolic links
-/// resolved, are in the document's folder or a subfolder.
+/// The buffers of a glTF document that have a URI. A URI may contain the data itself or name a file
+/// in the document's folder or a subfolder, after symbolic links are resolved.
 ///
 /// tinygltf rejects buffers that are longer than their `byteLength`, although the format allows
-/// them, and it follows links to any file. These buffers are therefore read here, and tinygltf
-/// receives a document in which each of them is a single byte.
+/// them, and it follows symbolic links to any file. These buffers are therefore read here, and
+/// tinygltf receives a document in which each of them is replaced by a single byte.
 class GltfBuffers {
 public:
     /// Reads the buffers. If the text is not JSON or has no such buffers, the list is empty;
-    /// tinygltf reports any errors of the text.
+    /// tinygltf reports any errors in the text.
     /// \throw HostError with the file, the buffer and the reason.
     /// \throw Cancelled.
     GltfBuffers(const std::string& path, std::string_view json, JobControl* job);
@@ -32,7 +32,7 @@ public:
     bool Empty() const { return contents.empty(); }
     /// The document for tinygltf.
     const std::string& Json() const { return changed; }
-    /// Replaces the single bytes in the model by the contents. Called once.
+    /// Replaces the single-byte buffers in the model with the actual contents. Call it once.
     void MoveInto(tinygltf::Model& model);
 
 private:

@@ -14,7 +14,7 @@ namespace trovik {
 
 namespace {
 
-/// Deeper than in any real file. A limit is needed because the loader recurses into nested values.
+/// More than in any real file. A limit is needed because the loader recurses into nested values.
 constexpr int MaxDepth = 64;
 
 void CheckNesting(std::string_view json, const std::string& path) {
@@ -42,7 +42,7 @@ void CheckNesting(std::string_view json, const std::string& path) {
     }
 }
 
-/// Offset of the JSON in a binary file; the loader reports faulty chunks.
+/// Offset of the JSON in a binary file. The loader reports faulty chunks.
 constexpr std::size_t JsonStart = 20;
 
 std::string_view JsonChunk(std::string_view content) {
@@ -54,7 +54,7 @@ std::string_view JsonChunk(std::string_view content) {
     return content.substr(JsonStart, length);
 }
 
-/// Returns the binary file with its JSON replaced.
+/// Returns the content of a binary file with its JSON replaced.
 std::string WithJson(std::string_view content, std::string json) {
     const std::string_view after = content.substr(JsonStart + JsonChunk(content).size());
     json.resize((json.size() + 3) / 4 * 4, ' ');

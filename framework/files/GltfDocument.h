@@ -9,10 +9,11 @@
 
 namespace trovik {
 
-/// A parsed glTF file, text (.gltf) or binary (.glb). The first bytes determine the form.
+/// A parsed glTF file, text (.gltf) or binary (.glb). The format is detected from the first bytes.
 ///
 /// Referenced buffers are read if GltfBuffers permits it; images are not read.
-/// \throw HostError with the file and the reason; Cancelled while the file is read.
+/// \throw HostError with the file and the reason; Cancelled, if the job is cancelled while the file
+/// is being read.
 class GltfDocument {
 public:
     explicit GltfDocument(const std::string& path, JobControl* job = nullptr);
@@ -25,7 +26,7 @@ private:
     tinygltf::Model model;
 };
 
-/// A part of the file, for messages.
+/// A location in the document, for error messages.
 class GltfLocation {
 public:
     GltfLocation(const GltfDocument& document, const char* what, std::size_t number)

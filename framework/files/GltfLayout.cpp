@@ -109,7 +109,7 @@ void GltfLayout::WriteUvs(GltfSink& sink, JobControl* job) const {
 }
 
 GltfBox GltfLayout::PositionBox(JobControl* job) const {
-    JobPhase phase(job, "Measuring the mesh", source.VertexCount());
+    JobPhase phase(job, "Computing the bounding box", source.VertexCount());
     GltfBox box;
     for (std::uint32_t vertex = 0; vertex < source.VertexCount(); ++vertex) {
         phase.Add();
@@ -119,7 +119,7 @@ GltfBox GltfLayout::PositionBox(JobControl* job) const {
     return box;
 }
 
-// Vertices that the target does not move have offset zero.
+// Vertices that the target does not move have a zero offset.
 GltfBox GltfLayout::MorphBox(std::size_t target) const {
     GltfBox box;
     const MorphTarget& morph = source.MorphTargets()[target];

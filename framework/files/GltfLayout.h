@@ -23,11 +23,11 @@ struct GltfBox {
     std::array<float, 3> high = {};
 };
 
-/// The vertices of a glTF file: those of the mesh, in order, followed by one copy for each
+/// The vertices of a glTF file: the mesh vertices in order, followed by one copy for each
 /// additional texture coordinate of a vertex, in the order in which faces use them.
 class GltfLayout {
 public:
-    /// \throw HostError with the path if there are too many vertices for the index type.
+    /// \throw HostError with the path if the index type cannot address all vertices.
     /// \throw Cancelled.
     GltfLayout(const MeshSource& source, const std::string& path, JobControl* job = nullptr);
 
@@ -49,9 +49,9 @@ public:
             take(std::size_t{copy});
         }
     }
-    /// Returns the vertex of a corner of a block that has UVs, taking copies into account.
+    /// Returns the file vertex (original or copy) of a corner in a block that has UVs.
     std::uint32_t VertexOf(const FaceBlock& block, std::size_t corner) const;
-    /// Writes the UVs of all vertices; in glTF files v points down.
+    /// Writes the UVs of all vertices. In glTF files, v points down.
     void WriteUvs(GltfSink& sink, JobControl* job) const;
 
     GltfBox PositionBox(JobControl* job) const;

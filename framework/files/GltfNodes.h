@@ -21,8 +21,8 @@ struct GltfShownMesh {
 
 /// Returns the meshes that the scene contains, in depth-first order of its nodes. If there is no
 /// scene, the nodes without a parent are the roots; if there are no nodes, all meshes are returned.
-/// \throw HostError with the file and the node, for indices of scenes, nodes or meshes that do not
-/// exist, and for nodes that have several parents or are their own ancestors.
+/// \throw HostError with the file and the node, if a scene, node or mesh index is out of range, or
+/// if a node has several parents or is its own ancestor.
 std::vector<GltfShownMesh> FindShownMeshes(const GltfDocument& document);
 
 }  // namespace trovik

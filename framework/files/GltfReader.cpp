@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// tinygltf parses the JSON, the chunks and the buffers. It does not check the indices by which one
-// part refers to another, so every index is checked here before use.
+// tinygltf parses the JSON, the chunks and the buffers. It does not check the indices with which
+// objects refer to each other, so every index is checked here before use.
 #include "framework/errors/HostError.h"
 #include "framework/files/GltfAccessor.h"
 #include "framework/files/GltfDocument.h"
@@ -42,8 +42,8 @@ std::vector<std::uint32_t> TriangleCorners(const GltfAccessors& accessors,
     }
     if (!isStrip && !isFan) {
         if (order.size() % 3 != 0) {
-            location.Refuse("its " + std::to_string(order.size()) +
-                            " corners are not a multiple of three");
+            location.Refuse("its number of corners, " + std::to_string(order.size()) +
+                            ", is not a multiple of three");
         }
         return order;
     }
@@ -63,7 +63,7 @@ std::vector<std::uint32_t> TriangleCorners(const GltfAccessors& accessors,
     return corners;
 }
 
-/// Faces of one primitive.
+/// The faces of one primitive.
 struct Part {
     std::string name;
     std::optional<std::string> group;
@@ -122,8 +122,8 @@ private:
 
     void AddMesh(std::size_t number, const GltfTransform& transform, const tinygltf::Node* node) {
         const tinygltf::Mesh& part = model.meshes[number];
-        // The primitives of one mesh form one surface. Vertices of different meshes are never
-        // welded.
+        // The primitives of one mesh form one surface. Vertices of different mesh instances are
+        // never welded.
         weld = VertexWeld();
         vertices = Vertices();
         const std::string name = node != nullptr && !node->name.empty() ? node->name : part.name;
@@ -139,7 +139,7 @@ private:
         shownMeshes += std::size_t{mesh.faceSizes.size() > before};
     }
 
-    /// Assigns the faces that were added since the last call to a part.
+    /// Creates a part from the faces that were added since the previous call.
     void EndPart(const std::string& name, const tinygltf::Primitive& primitive) {
         if (mesh.faceSizes.size() == (parts.empty() ? std::size_t{0} : parts.back().facesSoFar)) {
             return;
@@ -186,7 +186,7 @@ private:
     struct Vertices {
         /// Null if no primitive has been read.
         const tinygltf::Primitive* primitive = nullptr;
-        /// The vertices' numbers in the mesh.
+        /// The numbers of these vertices in the mesh.
         std::vector<std::uint32_t> numbers;
         /// UV index of the first vertex; SurfaceAttributes::none if there are no UVs.
         std::uint32_t firstUv = SurfaceAttributes::none;
@@ -266,7 +266,7 @@ private:
                                            const GltfLocation& location) {
         std::vector<std::uint32_t> numbers;
         numbers.reserve(positions.size());
-        JobPhase phase(job, "Joining vertices", positions.size());
+        JobPhase phase(job, "Welding vertices", positions.size());
         for (const std::array<float, 3>& position : positions) {
             phase.Add();
             const std::array<float, 3> moved = Moved(transform, position);
@@ -284,7 +284,7 @@ private:
         return numbers;
     }
 
-    /// Normals are kept only if all vertices have one and welded vertices have equal ones.
+    /// Normals are kept only if all vertices have normals and those of welded vertices are equal.
     void AddNormals(const std::vector<std::uint32_t>& numbers,
                     const std::vector<std::array<float, 3>>& normals,
                     const GltfTransform& transform,
@@ -317,7 +317,7 @@ private:
         }
         hasColors = true;
         for (std::size_t vertex = numbers.size(); vertex-- > 0;) {
-            // Iterates backwards, so that the first of several colours is kept.
+            // Iterates backwards, so that the first colour of a welded vertex is kept.
             if (numbers[vertex] >= before) {
                 all[numbers[vertex]] = colors[vertex];
             }

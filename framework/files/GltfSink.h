@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-/// Writes numbers to the buffer of a glTF file, little-endian, as bytes or in base 64.
+/// Writes numbers to the buffer of a glTF file, little-endian, as raw bytes or base64.
 class GltfSink {
 public:
     GltfSink(OutputFile& target, bool asLetters) : file(target), isText(asLetters) {}
@@ -25,7 +25,7 @@ public:
             Word(std::bit_cast<std::uint32_t>(number));
         }
     }
-    /// Called after the last number; pads the last base-64 group.
+    /// Call it after the last number; pads the last base64 group.
     void End() {
         if (held > 0) {
             const std::size_t letters = held + 1;

@@ -112,7 +112,7 @@ GltfTransform LocalTransform(const tinygltf::Node& node, const GltfLocation& loc
         }
     }
     if (!std::all_of(m.begin(), m.end(), [](double number) { return std::isfinite(number); })) {
-        location.Refuse("its transformation is not finite");
+        location.Refuse("its transform is not finite");
     }
     return m;
 }

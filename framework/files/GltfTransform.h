@@ -7,8 +7,8 @@
 
 namespace trovik {
 
-/// A column-major matrix, as in glTF files: the columns are the images of the axes, and the
-/// translation.
+/// A column-major matrix, as in glTF files: the columns are the images of the three axes, followed
+/// by the translation.
 using GltfTransform = std::array<double, 16>;
 
 inline constexpr GltfTransform gltfIdentity = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
@@ -22,7 +22,7 @@ std::array<float, 3> Moved(const GltfTransform& m, const std::array<float, 3>& p
 std::array<float, 3> Turned(const GltfTransform& m, double sign, const std::array<float, 3>& n);
 
 /// Returns the transform of a node relative to its parent.
-/// \throw HostError if it is not finite.
+/// \throw HostError if the transform is not finite.
 GltfTransform LocalTransform(const tinygltf::Node& node, const GltfLocation& location);
 
 }  // namespace trovik

@@ -27,10 +27,10 @@ constexpr int IndexType = 5125;
 constexpr int VertexView = 34962;
 constexpr int IndexView = 34963;
 
-/// Describes the parts of the buffer in the order in which they are written.
+/// Builds the JSON that describes the buffer's contents, in the order in which they are written.
 class GltfDescription {
 public:
-    /// \param name  name of the mesh and its node.
+    /// \param name  name of the mesh and of its node.
     GltfDescription(const MeshSource& source,
                     const GltfLayout& layout,
                     const FaceParts& parts,
@@ -80,8 +80,8 @@ public:
 
     std::uint64_t BufferBytes() const { return bytes; }
 
-    /// Returns the text up to the buffers. The closing brace is missing, because the buffers
-    /// follow.
+    /// Returns the JSON text without the buffers and the closing brace, which are written
+    /// afterwards.
     std::string OpenText() const {
         std::string text = document.dump(-1, ' ', false, json::error_handler_t::replace);
         text.pop_back();
@@ -89,7 +89,8 @@ public:
     }
 
 private:
-    /// \param target  the GPU use of the view; 0 for sparse parts, which must not specify it.
+    /// \param target  the GPU buffer target of the view; 0 for sparse data, which must not have
+    /// one.
     std::size_t AddView(std::uint64_t length, int target = 0) {
         views.push_back({{"buffer", 0}, {"byteOffset", bytes}, {"byteLength", length}});
         if (target != 0) {
@@ -118,8 +119,9 @@ private:
         return accessors.size() - 1;
     }
 
-    /// Adds one primitive per group and material, all with the same vertices. The format has no
-    /// groups within a mesh, so group names are stored as extras, which the reader supports.
+    /// Adds one primitive per combination of group and material; all of them share the same
+    /// vertices. The format has no groups within a mesh, so group names are stored as extras, which
+    /// ReadGltf reads.
     json AddPrimitives(const MeshSource& source, const GltfLayout& layout, const FaceParts& parts) {
         const std::size_t view = AddView(layout.TriangleCount() * 12, IndexView);
         std::unordered_map<std::uint32_t, std::size_t> materialOf;
@@ -133,7 +135,7 @@ private:
             if (part.material != SurfaceAttributes::none) {
                 const auto [entry, isNew] = materialOf.try_emplace(part.material, materials.size());
                 if (isNew) {
-                    // The format's default would make the material metallic.
+                    // The default of the format would make the material fully metallic.
                     materials.push_back({{"name", source.MaterialNames()[part.material]},
                                          {"pbrMetallicRoughness", {{"metallicFactor", 0}}}});
                 }
@@ -147,7 +149,7 @@ private:
         return primitives;
     }
 
-    /// Layers touch only some of the vertices, so their offsets are sparse.
+    /// Layers move only some of the vertices, so their offsets are stored as sparse accessors.
     void AddMorphTargets(const MeshSource& source,
                          const GltfLayout& layout,
                          json& primitives,
@@ -192,7 +194,7 @@ private:
     std::uint64_t bytes = 0;
 };
 
-/// Writes the vertices, then the copies that texture seams require.
+/// Writes the mesh vertices, followed by the copies that texture seams require.
 void WriteVertices(GltfSink& sink,
                    const MeshSource& source,
                    const GltfLayout& layout,
@@ -207,7 +209,7 @@ void WriteVertices(GltfSink& sink,
         sink.Floats(source.BasePosition(copy.vertex));
     }
     phase.Finish();
-    // The values that copies repeat are saved when their vertex is visited.
+    // The values for the copies are saved when their original vertex is visited.
     const auto repeated = [&](unsigned part, auto list, auto& kept) {
         const auto take = [&, first = std::uint32_t{0}](const VertexBlock& block) mutable {
             for (const auto& entry : block.*list) {

@@ -23,7 +23,7 @@ constexpr std::string_view CopyMark = "# Copied by trovik from ";
 constexpr std::uint64_t MaxBytes = std::uint64_t{16} << 20;
 constexpr std::string_view Digits = "0123456789";
 
-/// Resolves symbolic links as far as the path exists, so that relative paths are correct.
+/// Resolves symbolic links in the existing part of the path, so that relative paths are correct.
 fs::path Resolved(const fs::path& path) {
     std::error_code failed;
     fs::path resolved = fs::weakly_canonical(fs::absolute(path, failed), failed);
@@ -61,8 +61,8 @@ bool IsNumber(std::string_view word) {
            word.find_first_of(Digits) != std::string_view::npos;
 }
 
-/// Removes the options at the start of a texture statement: words that begin with a dash, each with
-/// its values. The rest is the name of the file, which may contain blanks.
+/// Removes the options at the start of a texture statement: words that begin with a dash, each
+/// followed by its values. The rest is the file name, which may contain blanks.
 void SkipTextureOptions(std::string_view& text) {
     for (;;) {
         std::string_view rest = text;
@@ -76,7 +76,7 @@ void SkipTextureOptions(std::string_view& text) {
         if (!takesNumbers) {
             TakeWord(rest);
         }
-        // There are up to three numbers; trailing ones may be missing.
+        // An option has up to three numbers; trailing ones may be omitted.
         for (int value = 0; takesNumbers && value < 3; ++value) {
             std::string_view after = rest;
             if (!IsNumber(TakeWord(after))) {
@@ -138,8 +138,8 @@ std::string CopyOf(std::string_view text, const fs::path& source, const fs::path
     return copy;
 }
 
-/// Returns the path of a copy in the folder: an unused one, or that of an earlier copy of this
-/// source.
+/// Returns a path for the copy in the folder: that of an earlier copy of this source, or an unused
+/// one.
 fs::path NameForCopy(const fs::path& source,
                      const fs::path& folder,
                      const std::vector<std::string>& taken) {

@@ -8,25 +8,26 @@ namespace trovik {
 
 /// The references of an OBJ file to its material files.
 struct PlacedMaterialFiles {
-    /// For `mtllib` statements: paths relative to the folder of the OBJ file, with slashes.
+    /// For `mtllib` statements: paths relative to the OBJ file's folder, with forward slashes.
     std::vector<std::string> references;
     /// The copies that were written.
     std::vector<std::string> written;
 };
 
-/// Makes material files (.mtl) accessible from an OBJ file.
+/// Copies material files (.mtl) where necessary so that an OBJ file can refer to them by relative
+/// paths.
 ///
-/// A file in the folder of the OBJ file or a subfolder is referenced directly. Any other file is
-/// copied into that folder, and the texture paths in the copy are adjusted so that they refer to
-/// the same images. A copy starts with a comment that contains the path of the original relative to
-/// the folder. It replaces an earlier copy of the same original. If its name is taken by any other
-/// file or by a symbolic link, "-2", "-3" and so on is appended to the name. An identical copy is
-/// not rewritten. A file that is missing, unreadable, longer than 16 MiB, not named *.mtl or not
-/// text is not copied, and is referenced by its relative path.
+/// A file in the OBJ file's folder or a subfolder is referenced directly. Any other file is copied
+/// into that folder, and the texture paths in the copy are adjusted so that they refer to the same
+/// images. A copy starts with a comment that contains the path of the original, relative to the OBJ
+/// file's folder. A copy replaces an earlier copy of the same original. If the name is taken by any
+/// other file or by a symbolic link, "-2", "-3" and so on is appended to the name. An identical
+/// copy is not rewritten. A file that is missing, unreadable, longer than 16 MiB, not named *.mtl
+/// or not text is not copied; it is referenced by its relative path.
 ///
 /// \param objPath  the OBJ file; it need not exist yet, but its folder must.
 /// \param files  paths, absolute or relative to the working directory.
-/// \throw HostError with the copy that cannot be written and the reason given by the system.
+/// \throw HostError with the path of the copy that cannot be written and the system's reason.
 PlacedMaterialFiles PlaceMaterialFiles(const std::string& objPath,
                                        const std::vector<std::string>& files);
 

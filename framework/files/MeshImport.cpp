@@ -16,7 +16,7 @@ namespace trovik {
 
 namespace {
 
-/// Moves a range of a list towards its front. Empty lists stay empty.
+/// Moves a range of a list towards the front. Empty lists are left empty.
 void MoveRun(std::vector<std::uint32_t>& list,
              std::size_t from,
              std::size_t to,
@@ -34,8 +34,8 @@ void Shorten(std::vector<std::uint32_t>& list, std::size_t length) {
     list.resize(std::min(list.size(), length));
 }
 
-/// Returns whether each list of faces and corners is empty or complete. Other meshes are rejected
-/// by CheckPolygonMesh.
+/// Returns whether each per-face and per-corner list is either empty or complete. CheckPolygonMesh
+/// rejects all other meshes.
 bool ListsFit(const PolygonMesh& mesh) {
     const SurfaceAttributes& more = mesh.attributes;
     const auto fits = [](const std::vector<std::uint32_t>& list, std::size_t length) {
@@ -52,7 +52,7 @@ bool ListsFit(const PolygonMesh& mesh) {
 }
 
 void DropRepeatingFaces(PolygonMesh& mesh, DroppedFaces& dropped, JobControl* job) {
-    JobPhase phase(job, "Looking for degenerate faces", mesh.faceSizes.size());
+    JobPhase phase(job, "Finding degenerate faces", mesh.faceSizes.size());
     SurfaceAttributes& more = mesh.attributes;
     std::vector<std::uint32_t>* const faceLists[] = {
         &mesh.faceSizes, &more.faceGroups, &more.faceMaterials, &more.faceSmoothing};
@@ -121,7 +121,7 @@ void WeldUvs(PolygonMesh& mesh, JobControl* job) {
     using Key = std::array<std::uint32_t, 3>;
     std::unordered_map<Key, std::uint32_t, WordsHash> numbers;
     std::vector<std::array<float, 2>> welded;
-    JobPhase phase(job, "Joining UVs", more.cornerUvs.size());
+    JobPhase phase(job, "Welding UVs", more.cornerUvs.size());
     for (std::size_t corner = 0; corner < more.cornerUvs.size(); ++corner) {
         phase.Add();
         std::uint32_t& uv = more.cornerUvs[corner];

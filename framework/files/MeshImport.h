@@ -25,9 +25,9 @@ struct DroppedFaces {
     }
 };
 
-/// Removes faces that use a vertex twice and their attributes, adds a note with the number of these
-/// faces, and checks the mesh (CheckPolygonMesh).
-/// \param dropped  faces that the reader itself skipped for this reason.
+/// Removes the faces that use a vertex twice, with their attributes, adds a note with their number,
+/// and checks the mesh (CheckPolygonMesh).
+/// \param dropped  faces that the reader has already skipped for this reason.
 /// \throw HostError whose message begins with `path`; Cancelled.
 /// Cost: linear in the corner count.
 void FinishImport(PolygonMesh& mesh,

@@ -46,7 +46,7 @@ bool ObjLines::NextLine() {
     pending.remove_prefix(lineEnd == std::string_view::npos ? pending.size() : lineEnd + 1);
     if (current.find('\0') != std::string_view::npos) {
         throw HostError(Path() + ", line " + std::to_string(line) +
-                        ": a zero byte, so this is not a text file");
+                        ": the line contains a zero byte, so this is not a text file");
     }
     return true;
 }

@@ -14,7 +14,7 @@ namespace trovik {
 /// systems, CR alone; a backslash at the end of a line continues the statement on the next line.
 class ObjLines {
 public:
-    /// \param job  reading the file is one phase of it. Borrowed.
+    /// \param job  receives the progress of reading the file as one phase. Borrowed.
     /// \throw HostError with the file; Cancelled.
     explicit ObjLines(const std::string& path, JobControl* job) : file(path, job) {}
 
@@ -32,7 +32,7 @@ private:
 
     InputFile file;
     std::uint64_t line = 0;
-    /// Lines that end in CR alone arrive as a single line.
+    /// If lines end in CR alone, the whole file arrives as a single line, which is split here.
     std::string_view pending;
     std::string_view current;
     std::string joined;

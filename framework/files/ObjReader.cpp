@@ -102,7 +102,7 @@ private:
     }
 
     /// Three numbers after a position are its colour; four are its colour and alpha. If any vertex
-    /// has no colour, the mesh has none.
+    /// has no colour, the mesh has no colours.
     void AddColor(std::string_view text) {
         if (!allColored) {
             return;
@@ -159,8 +159,8 @@ private:
         }
     }
 
-    /// Removes attributes that carry no information: UVs that no corner uses, and a single group of
-    /// all faces with the name of the mesh.
+    /// Removes attributes without information: UVs that no corner uses, and a single group that
+    /// contains all faces and has the name of the mesh.
     void FinishAttributes() {
         SurfaceAttributes& attributes = mesh.attributes;
         attributes.hasAlpha = attributes.hasAlpha && allColored;
@@ -240,7 +240,8 @@ private:
         cornerUvs.push_back(index);
     }
 
-    /// Adds one entry per face, starting with the first face that has such a name.
+    /// Adds an entry for the current face. The list starts at the first face that has a name of
+    /// this kind.
     void AddFaceName(std::uint32_t number, std::vector<std::uint32_t>& numbers) const {
         if (number != SurfaceAttributes::none || !numbers.empty()) {
             numbers.resize(mesh.faceSizes.size(), SurfaceAttributes::none);
@@ -272,7 +273,7 @@ private:
         mesh.faceSizes.push_back(static_cast<std::uint32_t>(corners.size()));
     }
 
-    /// Converts an index in the file to one counted from 0; the result is negative if there is no
+    /// Converts an index in the file to a zero-based index; the result is negative if there is no
     /// such element.
     static std::int64_t FromStart(std::int64_t written, std::size_t definedSoFar) {
         return written > 0   ? written - 1
@@ -289,7 +290,7 @@ private:
 
     ObjLines lines;
     JobControl* job;
-    /// The line that error messages contain.
+    /// The current line, for error messages.
     std::uint64_t line = 0;
 
     PolygonMesh mesh;

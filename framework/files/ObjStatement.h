@@ -12,38 +12,38 @@
 #include <vector>
 
 /// \file
-/// Parsing of parts of OBJ statements.
+/// Parsers for parts of OBJ statements.
 namespace trovik {
 
 /// Removes and returns the first word of `text`; returns an empty word at the end.
 std::string_view TakeWord(std::string_view& text);
 
-/// Returns the text without surrounding blanks.
+/// Returns the text without leading and trailing blanks.
 std::string Trimmed(std::string_view text);
 
 /// A face corner as written in the file: indices count from 1; negative indices count back from the
-/// last element defined so far; a missing index is 0.
+/// last element defined so far; 0 means that the index is missing.
 struct ObjCorner {
     std::int32_t vertex = 0;
     std::int32_t uv = 0;
     std::int32_t normal = 0;
 };
 
-/// Parses `v`, `v/t`, `v//n` or `v/t/n` with 32-bit integers, where v is not 0. An index after a
+/// Parses `v`, `v/t`, `v//n` or `v/t/n` with 32-bit integers, where v is not 0. The index after a
 /// slash may be missing, because some exporters omit it.
 /// \return nothing for any other text.
 std::optional<ObjCorner> CornerOf(std::string_view word);
 
 /// Returns the names in an `mtllib` statement. Names may contain blanks, so each name ends with a
 /// word that ends in ".mtl", in upper or lower case; any text after the last such word is one more
-/// name. Backslashes become slashes.
+/// name. Backslashes are converted to forward slashes.
 TROVIK_API std::vector<std::string> MaterialFileNames(std::string_view text);
 
 /// Returns the group number of an `s` statement: an integer, 0 for `off`, 1 for `on`.
 /// \param otherwise  the result for any other text.
 TROVIK_API std::uint32_t SmoothingGroupOf(std::string_view text, std::uint32_t otherwise);
 
-/// Names of groups or materials, numbered in the order in which faces first use them.
+/// Group or material names, numbered in the order in which faces first use them.
 struct ObjNames {
     std::vector<std::string> names;
     std::unordered_map<std::string, std::uint32_t> numbers;

@@ -13,7 +13,7 @@ namespace trovik {
 
 namespace {
 
-/// A name must not start a new line or continue the statement on the next line.
+/// The name must neither start a new line nor continue the statement on the next line.
 void WriteNameLine(OutputFile& file, std::string_view keyword, const std::string& name) {
     file.Write(keyword);
     for (const char letter : name) {
@@ -72,8 +72,8 @@ void WriteVertices(OutputFile& file, const MeshSource& source, JobControl* job) 
     });
 }
 
-/// Writes a line when the smoothing group changes between faces. The format cannot unset a group,
-/// so faces without one are marked as not smoothed if an earlier face had one.
+/// Writes an `s` line when the smoothing group changes between faces. The format cannot unset a
+/// group, so faces without a group are written as `s off` if an earlier face had one.
 class SmoothingChange {
 public:
     void Write(OutputFile& file, const std::vector<std::uint32_t>& groups, std::size_t face) {

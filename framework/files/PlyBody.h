@@ -16,12 +16,12 @@
 #include <string_view>
 #include <system_error>
 
-/// \file Readers for the numbers after the header of a PLY file, one class per encoding. The
-/// classes have the same members. Each number is read as the type that its property has in the
-/// file.
+/// \file Readers for the data after the header of a PLY file, one class per encoding. The classes
+/// have the same members. Each number is read as the type that the header declares for its
+/// property.
 namespace trovik {
 
-/// The index of the current row, for messages.
+/// The element and index of the current row, for error messages.
 struct PlyRow {
     const PlyElement* element = nullptr;
     std::uint64_t number = 0;
@@ -69,10 +69,10 @@ public:
         }
     }
 
-    /// Checks that the rest of the file can contain a list of this many numbers.
+    /// Checks that the rest of the file is long enough for a list of this many numbers.
     /// \throw HostError if it cannot.
     void CheckLength(PlyType, std::uint64_t count, const PlyRow& row) {
-        // One digit and one blank each, except for the last number of the file.
+        // One digit and one blank per number, but no blank after the last number of the file.
         if (count > (rest.size() + file.Remaining() + 1) / 2) {
             RefuseEnd(row);
         }
@@ -82,7 +82,7 @@ public:
 
 private:
     static constexpr std::string_view Blanks = " \t\r\v\f";
-    /// A line has room for the longest accepted face, with ten digits per number.
+    /// Enough for the longest accepted face, with ten digits per number.
     static constexpr std::size_t MaxLineBytes = std::size_t{64} << 20;
 
     std::string_view Word(const PlyRow& row) {
@@ -187,7 +187,7 @@ private:
                 return static_cast<Result>(Load<std::int32_t>(bytes));
             case PlyType::UInt32:
                 return static_cast<Result>(Load<std::uint32_t>(bytes));
-            // Only numbers that are requested as floats are read from these types.
+            // These types occur only where a float is requested.
             case PlyType::Float32:
                 return static_cast<Result>(Load<float>(bytes));
             case PlyType::Float64:

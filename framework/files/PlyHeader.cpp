@@ -53,7 +53,7 @@ std::string_view TakeWord(std::string_view& text) {
     return word;
 }
 
-/// Quotes text of the file in a message: printable, and shortened if the line is damaged.
+/// Quotes text from the file for a message: printable, and shortened in case the file is damaged.
 std::string Quoted(std::string_view text) {
     std::string quoted = "'";
     for (const char letter : text.substr(0, 40)) {
@@ -74,7 +74,7 @@ public:
         bool hasFormat = false;
         for (;;) {
             if (!NextLine()) {
-                Refuse("the file ends within its header");
+                Refuse("the file ends inside its header");
             }
             std::string_view rest = line;
             const std::string_view keyword = TakeWord(rest);
@@ -151,7 +151,7 @@ private:
         const char* const end = count.data() + count.size();
         const auto [used, error] = std::from_chars(count.data(), end, element.count);
         if (used != end || error != std::errc()) {
-            Refuse("the element count " + Quoted(count) + " is not a whole number from 0");
+            Refuse("the element count " + Quoted(count) + " is not a non-negative whole number");
         }
         for (const PlyElement& other : header.elements) {
             if (other.name == element.name) {
@@ -185,7 +185,7 @@ private:
             property.isList = true;
             property.countType = ReadType(rest);
             if (!IsWhole(property.countType)) {
-                Refuse("the type of the length of a list must be an integer type");
+                Refuse("the length of a list must have an integer type");
             }
         }
         property.type = ReadType(rest);
@@ -209,7 +209,7 @@ private:
     /// excessive allocations.
     void CheckCounts() const {
         const bool isText = header.encoding == PlyEncoding::Text;
-        // The last number of a text does not need white space after it.
+        // The last number of a text file does not need white space after it.
         std::uint64_t remaining = file.Remaining() + (isText ? 1 : 0);
         for (const PlyElement& element : header.elements) {
             std::uint64_t shortestRow = 0;

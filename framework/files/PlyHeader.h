@@ -13,7 +13,7 @@
 namespace trovik {
 
 /// The number types of a PLY file. The old names (`char`, `short`, `int`, `float`, ...) and the
-/// names with sizes (`int8`, `float32`, ...) are equivalent.
+/// sized names (`int8`, `float32`, ...) are equivalent.
 enum class PlyType { Int8, UInt8, Int16, UInt16, Int32, UInt32, Float32, Float64 };
 
 inline bool IsWhole(PlyType type) { return type < PlyType::Float32; }
@@ -28,7 +28,7 @@ struct PlyProperty {
     std::string name;
     PlyType type = PlyType::Float32;
     bool isList = false;
-    /// Lists only: the type of the entry count, an integer type.
+    /// For lists only: the integer type of the entry count.
     PlyType countType = PlyType::UInt8;
 };
 
@@ -45,15 +45,15 @@ struct PlyHeader {
     std::string name;
     /// The values of `obj_info units` and `obj_info up`.
     MeshSpace space;
-    /// Number of lines of the header; the body starts in the next line.
+    /// Number of lines in the header; the body starts on the next line.
     std::uint64_t lineCount = 0;
 };
 
 /// Reads the header of a file.
 ///
-/// The result is guaranteed to have no element with more rows than the rest of the file can contain
-/// in their shortest form (empty lists; one digit per number), that names are unique, and that
-/// lists have integer counts.
+/// In the result, names are unique, the entry counts of lists have integer types, and no element
+/// has more rows than fit into the rest of the file in their shortest form (empty lists; one digit
+/// per number).
 /// \throw HostError with the file, the line and the reason.
 PlyHeader ReadPlyHeader(InputFile& file);
 

@@ -21,7 +21,7 @@ namespace trovik {
 
 namespace {
 
-/// Integer colours are fractions of the largest value of their type.
+/// Integer colours are divided by the largest value of their type.
 float ColorScale(PlyType type) {
     return !IsWhole(type) ? 1.0f : type == PlyType::UInt16 ? 65535.0f : 255.0f;
 }
@@ -90,12 +90,12 @@ private:
         uvsOfVertices = targets.hasUvs;
     }
 
-    /// Converts the UVs of vertices to UVs of their corners.
+    /// Converts per-vertex UVs to per-corner UVs.
     void FinishUvs() {
         SurfaceAttributes& attributes = mesh.attributes;
         if (uvsOfVertices) {
             attributes.cornerUvs = mesh.faceVertices;
-            // A corner with a missing vertex is reported by the check of the mesh.
+            // CheckPolygonMesh reports corners whose vertex does not exist.
             return;
         }
         attributes.uvs = std::move(faceUvs);
@@ -197,7 +197,7 @@ private:
         }
     }
 
-    /// There must be two numbers per corner; with any other count the face has no UVs.
+    /// A face has UVs only if its list has two numbers per corner.
     void TakeRowUvs() {
         const std::size_t corners = mesh.faceSizes.back();
         const bool fits = rowUvs.size() == corners * 2;
@@ -216,7 +216,7 @@ private:
     }
 
     void SkipElement(const PlyElement& element) {
-        // Rows without properties do not take any space, so their count is not limited by the file.
+        // Rows without properties take no space, so the file size does not limit their count.
         if (element.properties.empty()) {
             return;
         }

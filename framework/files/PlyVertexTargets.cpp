@@ -35,7 +35,7 @@ PlyVertexTargets FindPlyVertexTargets(const std::string& path, const PlyElement&
                 return entry.first == property.name;
             });
         int place = name == std::end(Names) || property.isList ? -1 : name->second;
-        // If several properties name the same number, the first one is used.
+        // If several properties are names of the same number, the first one is used.
         if (place >= 0 && found[static_cast<std::size_t>(place)]) {
             place = -1;
         }

@@ -9,7 +9,8 @@
 
 namespace trovik {
 
-/// The numbers that are read from a vertex row, in this order.
+/// The numbers that are read from a vertex row: position, normal, UV, colour, alpha. Each constant
+/// is the index of the first number of its kind.
 inline constexpr std::size_t plyFirstNormal = 3;
 inline constexpr std::size_t plyFirstUv = 6;
 inline constexpr std::size_t plyFirstColor = 8;
@@ -25,7 +26,7 @@ struct PlyVertexTargets {
     bool hasAlpha = false;
 };
 
-/// Finds the numbers by their property names.
+/// Assigns the properties of a vertex element to these numbers by name.
 /// \throw HostError with the file if a coordinate is missing.
 PlyVertexTargets FindPlyVertexTargets(const std::string& path, const PlyElement& element);
 

@@ -51,7 +51,7 @@ void WriteHeader(OutputFile& file,
     if (!source.Name().empty()) {
         file.Write("obj_info name ");
         for (const char letter : source.Name()) {
-            // A name must not start a new header line.
+            // The name must not start a new header line.
             file.Put(letter == '\n' || letter == '\r' ? '_' : letter);
         }
         file.Put('\n');

@@ -13,7 +13,7 @@ namespace trovik::StlFile {
 
 inline constexpr std::size_t headerBytes = 80;
 inline constexpr std::size_t triangleBytes = 50;
-/// Start of a header that contains the name of the mesh.
+/// Start of a header that contains the mesh name.
 inline constexpr std::string_view nameMark = "binary STL of ";
 
 inline std::uint32_t LoadWord(const unsigned char* bytes) {

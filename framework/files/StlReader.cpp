@@ -20,12 +20,13 @@ constexpr std::size_t MaxLineBytes = 64 * 1024;
 
 using Triangle = std::array<std::array<float, 3>, 3>;
 
-/// Collects triangles that share vertices.
+/// Builds an indexed triangle list: equal positions share a vertex.
 class TriangleList {
 public:
     void Add(const Triangle& triangle) {
         const std::size_t number = count++;
-        // Skipped here instead of in FinishImport, so that their corners do not become vertices.
+        // Degenerate triangles are skipped here instead of in FinishImport, so that their corners
+        // do not become vertices.
         if (VertexWeld::AreSame(triangle[0], triangle[1]) ||
             VertexWeld::AreSame(triangle[1], triangle[2]) ||
             VertexWeld::AreSame(triangle[2], triangle[0])) {
@@ -85,7 +86,7 @@ PolygonMesh ReadBinary(InputFile& file, std::uint32_t count, JobControl* job) {
         const unsigned char* row = file.Take(StlFile::triangleBytes);
         if (row == nullptr) {
             throw HostError(file.Path() + ", byte " + std::to_string(file.Position()) +
-                            ": the file ends within triangle " + std::to_string(number) + " of " +
+                            ": the file ends inside triangle " + std::to_string(number) + " of " +
                             std::to_string(count) + " (counted from 0)");
         }
         Triangle triangle;
@@ -116,7 +117,7 @@ bool IsWord(std::string_view word, std::string_view keyword) {
            });
 }
 
-/// Words of a text, each with its line number.
+/// Reads the words of a text file and tracks the line number.
 class StlText {
 public:
     StlText(InputFile& input, JobControl* jobControl) : file(input), job(jobControl) {}
@@ -174,8 +175,8 @@ private:
         for (const char letter : word.substr(0, 40)) {
             quoted += letter >= ' ' && letter <= '~' ? letter : '?';
         }
-        throw HostError(Place() + ": " + expected + " is expected, but " +
-                        (word.empty() ? "the file ends" : "there is '" + quoted + "'"));
+        throw HostError(Place() + ": expected " + expected + ", but " +
+                        (word.empty() ? "the file ends" : "found '" + quoted + "'"));
     }
 
     void Expect(std::string_view keyword) {
@@ -187,8 +188,8 @@ private:
 
     void ReadFacet() {
         Expect("normal");
-        // Stored normals are skipped: normals are computed from the corners, and some programs
-        // write invalid ones.
+        // Stored normals are ignored, because some programs write invalid ones; normals are
+        // computed from the corners instead.
         for (int axis = 0; axis < 3; ++axis) {
             if (Word().empty()) {
                 Refuse("a normal", {});
@@ -238,13 +239,13 @@ PolygonMesh ReadStl(const std::string& path, JobControl* job) {
         }
     }
     InputFile file(path, job);
-    // Some programs start binary files like text files; the length distinguishes them.
+    // Some programs write binary files that begin with `solid`; the file size identifies them.
     if (beginsAsText && size != wanted) {
         return StlText(file, job).Read();
     }
     if (size < Lead) {
         throw HostError(path + ", byte " + std::to_string(size) +
-                        ": the file ends within its header, and it does not begin with 'solid'");
+                        ": the file ends inside its header, and it does not begin with 'solid'");
     }
     if (size < wanted) {
         throw HostError(path + ", byte " + std::to_string(StlFile::headerBytes) + ": " +

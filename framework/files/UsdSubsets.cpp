@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* MaterialScope = "Materials";
 
-/// Returns the metadata of a prim in parentheses, or an empty text if there is none.
+/// Returns the metadata of a prim in parentheses, or an empty string if it has none.
 std::string Metadata(const std::string& name, const std::string& prim, bool isBound) {
     std::string lines;
     if (isBound) {
@@ -24,7 +24,7 @@ std::string Metadata(const std::string& name, const std::string& prim, bool isBo
     return lines.empty() ? lines : " (\n" + lines + "    )";
 }
 
-/// The parts of one family, written one after the other.
+/// Writes the subsets of one family, one after the other.
 class SubsetFamily {
 public:
     SubsetFamily(OutputFile& target,

@@ -14,7 +14,7 @@ class JobControl;
 /// each group (family "group") and each material (family "materialBind"), and for each material a
 /// `Material` prim with the same name, bound to the subset. Names that are not valid in USD are
 /// stored as `displayName`.
-/// \param prim  name of the mesh prim, which is at the root.
+/// \param prim  name of the mesh prim, which is a root prim.
 void WriteUsdSubsets(OutputFile& file,
                      const MeshSource& source,
                      const std::string& prim,

@@ -14,8 +14,8 @@
 /// Names and arrays in USD text.
 namespace trovik {
 
-/// Returns a valid prim name: ASCII letters, digits and underscores, not starting with a digit;
-/// "mesh" for an empty name.
+/// Converts a name to a valid prim name: ASCII letters, digits and underscores, not starting with a
+/// digit. An empty name becomes "mesh".
 std::string UsdPrimName(const std::string& name);
 
 /// Returns the text in quotation marks.

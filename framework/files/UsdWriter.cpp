@@ -96,7 +96,7 @@ void WriteUvs(OutputFile& file, const MeshSource& source, JobControl* job) {
     if (source.UvCount() == 0) {
         return;
     }
-    // Every corner needs a texture coordinate. Corners without one share an additional value.
+    // Every corner needs a texture coordinate. All corners without one share an additional value.
     UsdList values(file, "texCoord2f[] primvars:st");
     ReadUvs(source, job, phase, [&](const std::vector<std::array<float, 2>>& uvs) {
         for (const std::array<float, 2>& uv : uvs) {

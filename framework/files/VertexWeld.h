@@ -14,7 +14,7 @@ namespace trovik {
 /// number. 0 and -0 are equal.
 class VertexWeld {
 public:
-    /// \param next  the number for a position that has not occurred before.
+    /// \param next  the number to assign to a position that has not occurred before.
     /// \return the number of the position, and whether it is new.
     std::pair<std::uint32_t, bool> Number(const std::array<float, 3>& position,
                                           std::uint32_t next) {

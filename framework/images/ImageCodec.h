@@ -18,17 +18,17 @@ struct EncodedImage {
     std::string description;
 };
 
-/// Decodes and encodes image formats. The implementation is the module `trovik-openimageio`,
-/// because OpenImageIO and its hundreds of dependencies take most of a second to load. All
-/// functions are thread-safe.
+/// Decodes and encodes image formats. It is implemented in the module `trovik-openimageio`, because
+/// OpenImageIO and its hundreds of dependencies take most of a second to load. All functions are
+/// thread-safe.
 class ImageCodec {
 public:
     /// See ReadImageFile. The file must exist.
     virtual FloatImage Read(const std::string& path, std::size_t maxBytes) const = 0;
     /// See ReadImageDescription. The file must exist.
     virtual std::string ReadDescription(const std::string& path) const = 0;
-    /// Returns the bytes of an image file in the format that the extension of `path` selects.
-    /// Nothing is written.
+    /// Returns the bytes of an image file in the format that the extension of `path` selects. No
+    /// file is written.
     /// \throw HostError with the path and the reason; Cancelled.
     virtual std::vector<unsigned char> Encode(const std::string& path,
                                               const EncodedImage& image,

@@ -23,7 +23,7 @@ void EncodeAndWrite(const std::string& path, const EncodedImage& image, JobContr
     constexpr std::uint32_t maxSide = std::numeric_limits<int>::max();
     if (image.width > maxSide || image.height > maxSide || image.channels > maxSide)
         ThrowImageError("write", path, "it has more pixels than any image format can store");
-    // Encodes into memory first, because the library does not report a full disk for some formats.
+    // Encodes to memory first, because for some formats the library does not report a full disk.
     const std::vector<unsigned char> bytes = LoadedImageCodec().Encode(path, image, job);
     OutputFile file(path);
     file.Write(bytes.data(), bytes.size());
@@ -43,7 +43,7 @@ const ImageCodec& LoadedImageCodec() {
 }
 
 FloatImage ReadImageFile(const std::string& path, std::size_t maxBytes) {
-    // Called first, because the system's reason is more precise than the library's.
+    // Checked first, because the system's reason is more precise than the library's.
     RegularFileSize(path);
     if (IsPngFile(path)) return ReadPngFile(path, maxBytes);
     return LoadedImageCodec().Read(path, maxBytes);

@@ -19,9 +19,9 @@ struct FloatImage {
     std::uint32_t channels = 0;
     /// width * height * channels values.
     std::vector<float> pixels;
-    /// True if the file contains floats: the values are those in the file, of any magnitude and
-    /// sign. False if it contains integers: unsigned values are mapped to 0 .. 1, and signed values
-    /// are divided by their type's largest value.
+    /// True if the file contains floats: the values are those in the file, with any magnitude and
+    /// sign. False if it contains integers: values are divided by the largest value of their type,
+    /// so unsigned values range from 0 to 1.
     bool isFloat = false;
 };
 
@@ -31,19 +31,20 @@ inline constexpr std::size_t DefaultMaxImageBytes = std::size_t{1} << 30;
 /// Reads an image file, such as TIFF, PNG, EXR or JPEG; its content determines the format.
 ///
 /// An 8-bit value v becomes the float nearest to v / 255; 16-bit and 32-bit values are scaled
-/// correspondingly. There is no other conversion: colour spaces are not converted, and colours are
-/// not multiplied by alpha. If a file contains several images, the first one is read; from an EXR
+/// accordingly. There is no other conversion: colour spaces are not converted, and colours are not
+/// premultiplied by alpha. If a file contains several images, the first one is read; from an EXR
 /// file, the data window is read.
-/// \param maxBytes  maximum memory of the pixels as floats.
-/// \throw HostError with the file and the reason: missing; damaged; too large (with size and limit,
-/// before memory is allocated); non-finite values (with their location).
+/// \param maxBytes  maximum size of the pixels as floats, in bytes.
+/// \throw HostError with the file and the reason: the file is missing, damaged or too large (with
+/// the size and the limit, before memory is allocated), or has a non-finite value (with its
+/// location).
 TROVIK_API FloatImage ReadImageFile(const std::string& path,
                                     std::size_t maxBytes = DefaultMaxImageBytes);
 
 /// Writes 8-bit values unchanged; the extension selects the format (`.png`, `.tif`, `.jpg`, ...).
 ///
-/// The file is written completely or not at all: see FileReplacement. The same values give the same
-/// bytes.
+/// The file is written completely or not at all; see FileReplacement. Identical values produce
+/// identical files.
 /// \param pixels  width * height * channels values, rows from top to bottom; not null.
 /// \param channels  1 grey, 2 grey and alpha, 3 colour, 4 colour and alpha.
 /// \throw HostError with the file and the reason.
@@ -72,19 +73,19 @@ TROVIK_API void WriteImageFile(const std::string& path,
                                std::uint32_t height,
                                std::uint32_t channels);
 
-/// Writes floats bit-exactly; the extension must be `.exr`, `.tif` or `.tiff`. The same values give
-/// the same bytes.
+/// Writes floats bit-exactly; the extension must be `.exr`, `.tif` or `.tiff`. Identical values
+/// produce identical files.
 ///
-/// The file is written completely or not at all: see FileReplacement.
+/// The file is written completely or not at all; see FileReplacement.
 /// \param image  isFloat is ignored.
 /// \param description  one line of text to store with the pixels; may be empty.
-/// \throw HostError with the file and the reason; also for a non-finite value; Cancelled.
+/// \throw HostError with the file and the reason; also if a value is non-finite; Cancelled.
 TROVIK_API void WriteFloatImageFile(const std::string& path,
                                     const FloatImage& image,
                                     const std::string& description = std::string(),
                                     JobControl* job = nullptr);
 
-/// Returns the text that was stored with the pixels, or an empty text if the file has none.
+/// Returns the text that was stored with the pixels, or an empty string if the file has none.
 /// \throw HostError with the file and the reason.
 TROVIK_API std::string ReadImageDescription(const std::string& path);
 

@@ -10,12 +10,12 @@
 namespace trovik {
 
 void ThrowImageError(const char* doing, const std::string& path, std::string reason) {
-    // Messages of libraries may contain several lines and end in line breaks; the messages of this
-    // system are one sentence.
+    // Messages from libraries may have several lines and end with a line break; a HostError is one
+    // line.
     std::replace(reason.begin(), reason.end(), '\n', ' ');
     reason.erase(reason.find_last_not_of(' ') + 1);
     if (reason.empty()) {
-        reason = "the file is damaged or of an unknown format";
+        reason = "the file is damaged or has an unknown format";
     }
     throw HostError(std::string("cannot ") + doing + " image " + path + ": " + reason);
 }

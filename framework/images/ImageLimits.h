@@ -9,15 +9,15 @@
 
 namespace trovik {
 
-/// \throw HostError always: "cannot <doing> image <path>: <reason>", with the reason reduced to one
-/// line. If the reason is empty, the file is reported as damaged.
+/// Always throws. \throw HostError "cannot <doing> image <path>: <reason>", with the reason reduced
+/// to one line. If the reason is empty, the file is reported as damaged.
 [[noreturn]] TROVIK_API void ThrowImageError(const char* doing,
                                              const std::string& path,
                                              std::string reason);
 
 /// Checks the size of an image before its pixels are allocated.
-/// \param maxBytes  maximum memory of the pixels as floats.
-/// \throw HostError with the path and the size, if a number is not positive or the limit is
+/// \param maxBytes  maximum size of the pixels as floats, in bytes.
+/// \throw HostError with the path and the size, if a dimension is not positive or the limit is
 /// exceeded.
 TROVIK_API void CheckImageSize(const std::string& path,
                                std::int64_t width,

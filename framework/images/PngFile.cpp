@@ -19,8 +19,8 @@ namespace {
 
 constexpr std::size_t SignatureBytes = 8;
 
-/// libpng reports errors by a long jump. Each call into it is guarded by Run. There must not be an
-/// object with a destructor between the jump and its target.
+/// libpng reports errors with longjmp. Each call into it is guarded by Run. No object with a
+/// destructor may be alive in the frames that the jump skips.
 class PngReader {
 public:
     explicit PngReader(const std::string& filePath) : path(filePath) {
@@ -98,7 +98,8 @@ private:
         png_longjmp(png, 1);
     }
 
-    /// Conditions that libpng warns of, such as an unusual colour profile, do not change samples.
+    /// Conditions that cause warnings, such as an unusual colour profile, do not affect the
+    /// samples.
     static void OnWarning(png_structp, png_const_charp) {}
 
     static void OnRead(png_structp png, png_bytep bytes, std::size_t count) {
@@ -126,7 +127,7 @@ private:
 
     static constexpr std::size_t MaxReasonBytes = 200;
 
-    /// A separate member, so that it is also released if the constructor of the reader throws.
+    /// A separate member, so that the handles are also released if the reader's constructor throws.
     struct Handles {
         Handles() = default;
         ~Handles() { png_destroy_read_struct(&png, &info, nullptr); }

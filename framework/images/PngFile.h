@@ -8,16 +8,16 @@
 #include <string>
 
 /// \file
-/// PNG files, read directly with libpng. The reader of OpenImageIO lets libpng print messages to
-/// standard error, and leaks memory if a file is damaged.
+/// PNG files, read directly with libpng. OpenImageIO's reader lets libpng print messages to
+/// standard error, and it leaks memory if a file is damaged.
 namespace trovik {
 
-/// Returns whether the file has the signature of a PNG file, regardless of its name.
+/// Returns whether the file starts with the PNG signature, regardless of its name.
 /// \throw HostError if it cannot be read.
 TROVIK_API bool IsPngFile(const std::string& path);
 
-/// See ReadImageFile. Palette indices are converted to colours, transparent colours to alpha, and
-/// samples of fewer than eight bits are scaled to eight.
+/// See ReadImageFile. Palette indices are converted to colours, transparent colours are converted
+/// to alpha, and samples with fewer than eight bits are scaled to eight.
 FloatImage ReadPngFile(const std::string& path, std::size_t maxBytes);
 
 /// See ReadImageDescription: returns the text "Description".

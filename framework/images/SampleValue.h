@@ -12,7 +12,8 @@ float SampleValue(Sample sample) {
     if constexpr (std::is_floating_point_v<Sample>) {
         return static_cast<float>(sample);
     } else if constexpr (sizeof(Sample) < 4) {
-        // Both numbers are exact as floats, so this is the float nearest to the quotient.
+        // Dividend and divisor are exactly representable as floats, so the result is the float
+        // nearest to the quotient.
         constexpr auto Largest = static_cast<float>(std::numeric_limits<Sample>::max());
         return static_cast<float>(sample) / Largest;
     } else {

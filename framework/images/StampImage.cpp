@@ -23,7 +23,7 @@ struct Colour {
     float c[3];
 };
 
-/// Returns the three colours of a pixel, multiplied by alpha if the alpha applies.
+/// Returns the three colour values of a pixel, multiplied by alpha for integer images with alpha.
 Colour ColourOf(const float* pixel, uint32_t channels, bool isFloat) {
     const bool grey = channels <= 2;
     const bool hasAlpha = !isFloat && (channels == 2 || channels == 4);
@@ -98,8 +98,8 @@ StampCache::FileState StampCache::StateOf(const std::string& path) {
 namespace {
 
 /// Reads a stamp within the size limit. The limit also applies to the brush's copy: if the name
-/// marks a vector displacement map, the brush requests three values per pixel, regardless of the
-/// file.
+/// identifies a vector displacement map, the brush requests three values per pixel, regardless of
+/// the file's channels.
 FloatImage ReadStamp(const std::string& path, std::size_t maxBytes) {
     FloatImage image = ReadImageFile(path, maxBytes);
     const std::size_t values = std::size_t{image.width} * image.height * 3;
@@ -140,7 +140,7 @@ std::shared_ptr<StampImage> StampCache::Get(const std::string& path, std::size_t
     auto image = std::make_shared<StampImage>(
         std::move(pixels), IsVectorStampName(file) ? imageOfDirections : imageOfValues);
     // A brush identifies an image by its address and version. The version is advanced so that no
-    // two images have the same pair, even if one reuses the memory of another.
+    // two images share an address and a version, even if one reuses the memory of another.
     for (uint64_t i = 0; i < reads; ++i) image->ContentChanged();
     entries.push_front({name, state, image});
     DropIdle(maxIdleStampBytes);

@@ -10,16 +10,16 @@
 
 namespace trovik {
 
-/// A stamp: the pixels of a file in the form in which brushes read them.
+/// A stamp: the pixels of an image file, converted on demand to the format that brushes read.
 ///
 /// If one value per pixel is requested, it is the mean of the colour channels; if three are
-/// requested, they are the colours. The number of channels of the file determines their meaning:
-/// - 1: grey. If three values are requested, the grey is the second one, which a vector stamp uses
-///   as the height.
+/// requested, they are the colours. The number of channels in the file determines their meaning:
+/// - 1: grey. If three values are requested, the grey value is the second one, which a vector stamp
+///   uses as the height.
 /// - 2: grey and alpha.
 /// - 3: colour.
 /// - 4: colour and alpha.
-/// - more: the first three are the colours, the others are unused.
+/// - more: the first three are the colours; the others are unused.
 ///
 /// Integer alpha multiplies the colours, so that transparent pixels displace nothing. Float files
 /// contain premultiplied colours, and their alpha is unused.
@@ -49,37 +49,38 @@ private:
     int kind;
 };
 
-/// Maximum memory of one stamp as floats, 512 MiB: a grey stamp of 11585 x 11585 pixels. The brush
-/// stores a second copy of its pixels.
+/// Maximum size of one stamp as floats: 512 MiB, which is a grey stamp of 11585 x 11585 pixels. The
+/// brush stores a second copy of the pixels.
 inline constexpr std::size_t maxStampBytes = std::size_t{1} << 29;
 /// Memory limit for stamps that no brush uses; beyond it, the oldest are evicted.
 inline constexpr std::size_t maxIdleStampBytes = std::size_t{1} << 29;
 
-/// Returns whether the name marks a vector displacement map, that is, contains ".vdm" or "_vdm" in
-/// upper or lower case.
+/// Returns whether the name identifies a vector displacement map, that is, contains ".vdm" or
+/// "_vdm" in upper or lower case.
 TROVIK_API bool IsVectorStampName(const std::string& fileName);
 
 /// A cache of stamps by file. A file is read again only if its size, modification time or identity
-/// has changed. The new pixels then replace those of the cached image, so that its owners detect
-/// the new version. Used only on the host's main thread.
+/// has changed. The new pixels then replace those of the cached image, whose owners detect the new
+/// version. Use it only on the host's main thread.
 class TROVIK_API StampCache {
 public:
     static StampCache& Instance();
 
-    /// Returns the stamp of a file; never null. ImageKind is 1 if the file name marks a vector
+    /// Returns the stamp of a file; never null. ImageKind is 1 if the file name identifies a vector
     /// displacement map, otherwise 0.
     /// \throw HostError with the file and the reason, like ReadImageFile; the cached image of the
     /// file is kept.
     std::shared_ptr<StampImage> Get(const std::string& path, std::size_t maxBytes = maxStampBytes);
 
-    /// Number of files read since the program started.
+    /// Number of files read since the cache was created.
     uint64_t ReadCount() const { return reads; }
     /// Evicts stamps that only the cache uses, least recently used first, until the remaining ones
-    /// are within the limit.
+    /// fit within the limit.
     void DropIdle(std::size_t keepBytes);
 
 private:
-    /// Identifies a file, so that a different file with the same name is detected.
+    /// Identifies the state of a file, so that a change or a different file with the same name is
+    /// detected.
     struct FileState {
         uint64_t device = 0;
         uint64_t inode = 0;

@@ -19,8 +19,8 @@ struct ContentHash {
     bool operator==(const ContentHash&) const = default;
 };
 
-/// Reads a regular file from start to end, in blocks of one mebibyte.
-/// \throw HostError with the path and the reason given by the system; Cancelled.
+/// Computes the hash of a regular file, which is read in blocks of 1 MiB.
+/// \throw HostError with the path and the system's reason; Cancelled.
 TROVIK_API ContentHash HashFile(const std::string& path, JobControl* job = nullptr);
 
 }  // namespace trovik

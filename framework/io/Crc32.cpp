@@ -11,8 +11,8 @@ namespace {
 constexpr uint32_t polynomial = 0xedb88320u;
 constexpr std::size_t step = 8;
 
-/// Table k contains the effect of a byte that is followed by k more bytes, so that eight bytes can
-/// be processed at once.
+/// Table k contains the effect of a byte that is followed by k more bytes (slicing-by-8), so that
+/// eight bytes are processed at a time.
 using Tables = std::array<std::array<uint32_t, 256>, step>;
 
 constexpr Tables MakeTables() {

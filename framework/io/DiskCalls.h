@@ -9,8 +9,9 @@
 namespace trovik {
 
 /// The system calls for files that must be written reliably. OutputFile, FileReplacement and
-/// JournalWriter use no others. Each function works like the system call of the same name and
-/// reports errors by errno. Another implementation can simulate a failing disk.
+/// JournalWriter use no others for this purpose. Each function behaves like the system call of the
+/// same name and reports errors through errno. Tests can substitute an implementation that
+/// simulates a failing disk.
 class TROVIK_API DiskCalls {
 public:
     virtual ~DiskCalls();
@@ -22,7 +23,7 @@ public:
     /// Rename that fails with EEXIST if `to` exists; atomic if the file system supports it.
     virtual int RenameNew(const char* from, const char* to);
 
-    /// The current implementation; initially the system's.
+    /// Returns the current implementation; initially, that of the system.
     static DiskCalls& Current();
     /// Sets the implementation for all files that are written from now on; null selects the
     /// system's. Borrowed. Must not be called while files are being written.

@@ -23,8 +23,8 @@ bool IsFileAt(const std::string& path, int file) {
 }  // namespace
 
 FileLock::FileLock(const std::string& path) {
-    // Tries again if the file is replaced in the meantime. The limit ends the loop on a file system
-    // whose inode numbers change.
+    // Tries again if the file is replaced in the meantime. The limit ends the loop on file systems
+    // whose inode numbers are not stable.
     constexpr int maxAttempts = 100;
     for (int attempt = 0; attempt < maxAttempts; ++attempt) {
         if (file >= 0) close(std::exchange(file, -1));
@@ -35,8 +35,8 @@ FileLock::FileLock(const std::string& path) {
 }
 
 FileLock::Result FileLock::Try(const std::string& path) {
-    // Network file systems require a file that is open for writing. Opened non-blocking, because a
-    // pipe with this name could block the call forever.
+    // On network file systems, only a file that is open for writing can be locked. O_NONBLOCK is
+    // needed because opening a pipe with this name could block forever.
     file = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
     if (file < 0 && errno != ENOENT) file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (file < 0) return errno == ENOENT ? Result::Absent : Result::Unavailable;

@@ -7,9 +7,9 @@
 
 namespace trovik {
 
-/// Tries to get an exclusive lock on a file (flock) without waiting. The system releases the lock
-/// when the object is destroyed or the process ends, even by a crash, so a held lock means that its
-/// holder still exists.
+/// Tries to acquire an exclusive lock on a file (flock) without waiting. The lock is released when
+/// the object is destroyed or the process ends, even if it crashes. A held lock therefore means
+/// that its holder still exists.
 class TROVIK_API FileLock {
 public:
     enum class Result {
@@ -22,8 +22,8 @@ public:
         Unavailable
     };
 
-    /// Locks the file that has this path when the constructor returns, even if the file is being
-    /// replaced.
+    /// Locks the file at this path. If the file is replaced in the meantime, the new file is
+    /// locked.
     explicit FileLock(const std::string& path);
     ~FileLock();
     FileLock(const FileLock&) = delete;

@@ -37,8 +37,8 @@ constexpr std::string_view partMark = ".part";
 /// Returns the start of the names of new files, up to the first dot, leaving room for a mark of
 /// `markBytes` bytes.
 std::string StemOfNewName(const fs::path& target, std::size_t markBytes) {
-    // Most file systems limit names to 255 bytes; the new file of a target with such a name must
-    // also fit.
+    // Most file systems limit names to 255 bytes. The limit also applies to the name of the new
+    // file, which is longer than that of the target.
     constexpr std::size_t maxNameBytes = 255;
     std::string stem = target.stem().string();
     const std::size_t rest = markBytes + target.extension().string().size();
@@ -47,7 +47,7 @@ std::string StemOfNewName(const fs::path& target, std::size_t markBytes) {
     return stem;
 }
 
-/// Returns a unique name for each new file of this process, in the folder of `target`.
+/// Returns a path in the folder of `target` that is unique among the new files of this process.
 std::string NewNameNextTo(const fs::path& target) {
     static std::atomic<unsigned> counter{0};
     const std::string mark =
@@ -90,7 +90,7 @@ std::string FollowLinks(const std::string& path) {
     return path;
 }
 
-/// Some file systems report that they cannot sync a folder, or any file. This does not count as a
+/// Some file systems report that they cannot sync a folder, or any file. This is not treated as a
 /// failed write.
 bool SyncFailed(int file) {
     return DiskCalls::Current().Sync(file) != 0 && errno != EINVAL && errno != EROFS;
@@ -118,7 +118,7 @@ void ThrowFileError(const char* doing, const std::string& path, int systemError)
 std::string LowerExtension(const std::string& path) {
     std::string extension = std::filesystem::path(path).extension().string();
     for (char& letter : extension) {
-        // tolower would depend on the locale.
+        // std::tolower would depend on the locale.
         if (letter >= 'A' && letter <= 'Z') {
             letter = static_cast<char>(letter - 'A' + 'a');
         }
@@ -153,15 +153,15 @@ FileReplacement::FileReplacement(const std::string& filePath)
         }
         presentMode = status.st_mode & 07777;
     } else if (errno != ENOENT) {
-        // For example, the target's name may be too long, which the shorter name of the new file
-        // would hide.
+        // For example, the target's name may be too long; creating the new file, whose name is
+        // shorter, would not reveal this.
         ThrowFileError("write", path, errno);
     }
 
     RemoveAbandoned();
     while (!Create()) {
     }
-    // Best effort: a file with different access rights is better than no file.
+    // Best effort: a file with different permissions is better than no file.
     if (presentMode && fchmod(lock, *presentMode | S_IRUSR | S_IWUSR) != 0) {
         errno = 0;
     }
@@ -180,8 +180,8 @@ bool FileReplacement::Create() {
         temporaryPath.clear();
         ThrowFileError("write", path, systemError);
     }
-    // Between the two calls another process may find the file unlocked and remove it. If the file
-    // system has no locks, that process cannot lock the file either.
+    // Between the two calls, another process may find the file unlocked and remove it. If the file
+    // system does not support locks, that process cannot lock the file either and leaves it alone.
     const bool isLocked = flock(file, LOCK_EX | LOCK_NB) == 0;
     const bool isTaken = !isLocked && errno == EWOULDBLOCK;
     if (isTaken || (access(temporaryPath.c_str(), F_OK) != 0 && errno == ENOENT)) {
@@ -247,10 +247,11 @@ void FileReplacement::Commit(const std::function<void(const std::string&)>& befo
         ThrowFileError("write", path, errno);
     }
     temporaryPath.clear();
-    // The directory entry must also be synced. A folder that is not readable cannot be synced.
+    // The directory entry must also be synced. An unreadable folder cannot be synced.
     const int systemError = SyncFile(folder);
     if (systemError != 0 && systemError != EACCES && systemError != EPERM) {
-        throw HostError(path + " is written and in place, but its folder could not be synced: " +
+        throw HostError(path +
+                        " was written and is in place, but its folder could not be synced: " +
                         std::generic_category().message(systemError));
     }
 }

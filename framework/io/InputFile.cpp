@@ -21,7 +21,7 @@ constexpr std::size_t ReadBytes = std::size_t{1} << 20;
 InputFile::InputFile(const std::string& filePath, JobControl* job)
     : path(filePath),
       size(RegularFileSize(filePath)),
-      // Each element is a byte, and each read covers many of them.
+      // The elements are bytes, and each read covers many of them.
       phase(job, "Reading the file", size, 1) {
     file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0) {
@@ -44,7 +44,7 @@ bool InputFile::Fill(std::size_t wanted, JobPhase* bytes) {
         if (end == buffer.size()) {
             buffer.resize(std::max(std::max(wanted, ReadBytes), buffer.size() * 2));
         }
-        // Reads in pieces, so that reading a large block can be cancelled.
+        // Reads in pieces, so that a large read can be cancelled.
         const std::size_t room = std::min(buffer.size() - end, ReadBytes);
         const ssize_t got = read(file, buffer.data() + end, room);
         if (got < 0) {

@@ -14,12 +14,13 @@ namespace trovik {
 
 /// A regular file that is read from start to end, by lines or by bytes.
 ///
-/// Requested data is returned contiguously in a buffer, which grows to the requested size, but
-/// never beyond the file size. Errors: HostError with the path and the reason given by the system;
-/// Cancelled. Not thread-safe.
+/// Requested data is returned contiguously in a buffer that grows to the requested size, but never
+/// beyond the file size. Errors: HostError with the path and the system's reason; Cancelled. Not
+/// thread-safe.
 class TROVIK_API InputFile {
 public:
-    /// \param job  reading the whole file is one phase of it, in bytes; may be null. Borrowed.
+    /// \param job  receives the progress of reading the whole file as one phase, in bytes; may be
+    /// null. Borrowed.
     /// \throw HostError also for a folder, a device or a pipe.
     explicit InputFile(const std::string& path, JobControl* job = nullptr);
     ~InputFile();
@@ -32,15 +33,16 @@ public:
     /// Number of bytes not returned yet, based on the file size at the time of opening.
     std::uint64_t Remaining() const { return size > position ? size - position : 0; }
 
-    /// Reads the next line, without its end (LF or CR LF); the last line may have no end.
+    /// Reads the next line without its terminator (LF or CR LF), which may be missing at the end of
+    /// the file.
     /// \param line  valid until the next call.
     /// \return false at the end of the file.
     /// \throw HostError for a line longer than `maxBytes`.
     bool NextLine(std::string_view& line, std::size_t maxBytes);
 
     /// Reads the next `sizeBytes` bytes.
-    /// \param bytes  a phase whose progress is advanced by the bytes that are read from the system;
-    /// may be null.
+    /// \param bytes  a phase that is advanced by the number of bytes read from the system; may be
+    /// null.
     /// \return a pointer that is valid until the next call; null if the file has fewer bytes left.
     const unsigned char* Take(std::size_t sizeBytes, JobPhase* bytes = nullptr);
 

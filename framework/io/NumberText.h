@@ -10,9 +10,9 @@
 namespace trovik {
 
 /// Parses a decimal text to the nearest float, independently of the locale. Values that are too
-/// small become a signed zero, values that are too large become an infinity; `nan` and `inf` are
-/// accepted.
-/// \return false if the whole text is not a number.
+/// small become a signed zero, and values that are too large become an infinity; `nan` and `inf`
+/// are accepted.
+/// \return false unless the whole text is a number.
 inline bool ParseFloat(std::string_view text, float& value) {
     // A plus sign is common in files, but std::from_chars rejects it.
     if (text.size() > 1 && text.front() == '+' && text[1] != '-') {
@@ -24,8 +24,9 @@ inline bool ParseFloat(std::string_view text, float& value) {
         return false;
     }
     if (error == std::errc::result_out_of_range) {
-        // `value` is not set in this case. Double precision shows whether the number is too small
-        // or too large; if it is also outside the range of double, the sign of the exponent does.
+        // `value` is not set in this case. Parsing in double precision shows whether the number is
+        // too small or too large; if it is also out of range for a double, the sign of the exponent
+        // decides.
         double wide = 0.0;
         bool tooSmall = false;
         if (std::from_chars(text.data(), end, wide).ec == std::errc()) {

@@ -14,13 +14,12 @@
 
 namespace trovik {
 
-/// A file that is written from start to end through a buffer of one mebibyte, and replaces its
-/// target as a whole.
+/// A file that is written sequentially through a 1 MiB buffer and replaces its target as a whole.
 ///
-/// Until Commit the target is unchanged. If the object is destroyed without Commit, for example
-/// after an error, no file is left. See FileReplacement. Numbers are written independently of the
-/// locale. Errors: HostError with the path and the reason given by the system (missing folder, full
-/// disk). Cost: one system call per mebibyte.
+/// The target is unchanged until Commit. If the object is destroyed without Commit, for example
+/// after an error, the new file is removed. See FileReplacement. Numbers are written independently
+/// of the locale. Errors: HostError with the path and the system's reason, such as a missing folder
+/// or a full disk. Cost: one system call per MiB.
 class TROVIK_API OutputFile {
 public:
     explicit OutputFile(const std::string& path);
@@ -36,9 +35,10 @@ public:
         *next++ = letter;
     }
 
-    /// Writes the shortest text that restores the float exactly, at most nine digits.
+    /// Writes the shortest text that round-trips to the same float, with at most nine digits.
     void Number(float value) {
-        // Sign, nine digits, point, and an exponent of four characters, with a margin.
+        // Enough for a sign, nine digits, a point and an exponent of four characters, with a
+        // margin.
         Room(LongestNumber);
         next = std::to_chars(next, next + LongestNumber, value).ptr;
     }
@@ -48,7 +48,7 @@ public:
         next = std::to_chars(next, next + LongestNumber, value).ptr;
     }
 
-    /// Syncs the content to disk and replaces the target. Called once, after the last write.
+    /// Syncs the content to disk and replaces the target. Call it once, after the last write.
     /// \param beforeReplacing  see FileReplacement::Commit.
     void Commit(const std::function<void(const std::string& temporaryPath)>& beforeReplacing = {});
 

@@ -9,9 +9,9 @@
 
 namespace trovik {
 
-/// Returns the folders to search for files that are installed with the program, in order: the
-/// folders in an environment variable, separated by colons, or, if it is not set, those of
-/// `nextToProgram` that exist.
+/// Returns the folders in which files that are installed with the program are searched, in order.
+/// These are the folders in an environment variable, separated by colons. If it is not set, they
+/// are those folders of `nextToProgram` that exist.
 /// \param nextToProgram  relative to the folder of the running program.
 TROVIK_API std::vector<std::string> ResourceFolders(
     const char* variable, std::initializer_list<const char*> nextToProgram);

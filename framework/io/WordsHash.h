@@ -7,7 +7,7 @@
 
 namespace trovik {
 
-/// Hashes several 32-bit words.
+/// Hash function for a fixed number of 32-bit words.
 struct WordsHash {
     template <std::size_t count>
     std::size_t operator()(const std::array<std::uint32_t, count>& words) const {

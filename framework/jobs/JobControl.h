@@ -19,10 +19,10 @@ struct JobPace {
 /// Receives the progress of a long operation and can cancel it.
 ///
 /// Every operation that can take longer than 200 ms accepts a pointer to a JobControl. If it is
-/// null, progress is not reported, and the operation cannot be cancelled. The pointer is borrowed
-/// for the call.
+/// null, progress is not reported and the operation cannot be cancelled. The pointer is borrowed
+/// for the duration of the call.
 ///
-/// An operation runs through phases, one after the other. Each reports its beginning with `done` 0,
+/// An operation runs through phases, one after the other. Each phase first reports a `done` of 0,
 /// then increasing numbers, and finally `total`. If Report returns false, the operation reverts its
 /// changes and throws Cancelled: the document and all files are then in their previous state, byte
 /// for byte. A cancelled operation can be started again.
@@ -34,8 +34,8 @@ public:
     JobControl(const JobControl&) = delete;
     JobControl& operator=(const JobControl&) = delete;
 
-    /// \param done, total  completed and total work, in a unit of the phase, such as vertices;
-    /// `total` is 0 if it is not known.
+    /// \param done, total  completed and total work, in a unit that depends on the phase, such as
+    /// vertices; `total` is 0 if it is unknown.
     /// \param phase  name of the phase, such as "Reading faces"; a string literal.
     /// \return false to cancel. Must not throw.
     virtual bool Report(uint64_t done, uint64_t total, const char* phase) = 0;
@@ -50,8 +50,7 @@ private:
     JobPace pace;
 };
 
-/// Makes one report. \throw Cancelled if `job` cancels. \param job  if null, the function does
-/// nothing.
+/// Reports once. \throw Cancelled if `job` cancels. \param job  if null, the function does nothing.
 TROVIK_API void ReportOrThrow(JobControl* job, uint64_t done, uint64_t total, const char* phase);
 
 }  // namespace trovik

@@ -19,7 +19,7 @@ void JobPhase::Check() {
     const auto now = std::chrono::steady_clock::now();
     if (now - lastReport < job->Pace().interval) return;
     lastReport = now;
-    // Work beyond the announced total is reported as the total.
+    // Work beyond the expected total is reported as the total.
     ReportOrThrow(job, std::min(done, total), total, name);
 }
 

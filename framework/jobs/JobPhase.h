@@ -13,12 +13,13 @@ namespace trovik {
 /// A phase without work (total 0) reports nothing. Not thread-safe.
 class TROVIK_API JobPhase {
 public:
-    /// Reports the beginning. \throw Cancelled if the job cancels; so do all other members.
+    /// Reports the beginning of the phase. \throw Cancelled if the job cancels; so do all other
+    /// members.
     /// \param job  receives the reports; may be null. Borrowed.
     /// \param phaseName  a string literal.
     /// \param totalWork  total number of elements.
-    /// \param elementsPerCheck  replaces JobPace::elements if it is smaller, for elements that take
-    /// long.
+    /// \param elementsPerCheck  replaces JobPace::elements if it is smaller; for elements that take
+    /// a long time.
     JobPhase(JobControl* job,
              const char* phaseName,
              uint64_t totalWork,
@@ -38,15 +39,15 @@ public:
         else
             Poll();
     }
-    /// For the substeps of an element: counts towards the next clock check, but not as progress.
+    /// Counts a substep of an element towards the next clock check, but not as progress.
     void Poll() {
         if (++sinceCheck >= checkAfter) Check();
     }
-    /// Reports the end. Call it once, after the last element.
+    /// Reports the end of the phase. Call it once, after the last element.
     void Finish();
 
     /// Calls `work(first, end)` for consecutive ranges of the elements 0 to total - 1, and adds
-    /// each range. For loops in which counting single elements would be too slow.
+    /// each range. Use it for loops in which counting individual elements would be too slow.
     template <typename Work>
     void ForEachRun(Work work) {
         for (uint64_t first = 0; first < total; first += runLength) {

@@ -13,7 +13,8 @@ namespace trovik {
 
 namespace {
 
-/// Maximum number of summary lines that are copied to a new journal; the newest ones are kept.
+/// Maximum number of summary lines that are copied to a new journal. The most recent lines are
+/// retained.
 constexpr std::size_t maxPastLines = 4096;
 
 void RejectUnclosed(const std::string& path) {
@@ -22,10 +23,10 @@ void RejectUnclosed(const std::string& path) {
     char start[journalMagic.size()] = {};
     std::ifstream(path, std::ios::binary).read(start, sizeof start);
     const std::string_view begins(start, sizeof start);
-    // A new journal that was truncated, even to zero bytes, still belongs to a run.
+    // A truncated journal, even an empty file, counts as a journal and must not be overwritten.
     const auto end = begins.find('\0');
     if (begins.substr(0, end) != journalMagic.substr(0, end))
-        throw HostError(path + ": exists and is not a journal; name another file");
+        throw HostError(path + ": exists and is not a journal; choose another file");
     bool isClosed = false;
     try {
         isClosed = ReadJournal(path).isClosed;
@@ -34,14 +35,14 @@ void RejectUnclosed(const std::string& path) {
     }
     if (!isClosed) {
         throw HostError(path +
-                        ": the work of this journal has not been closed; save it with "
+                        ": this journal has not been closed; save its work with "
                         "trovik recover, or remove the file");
     }
 }
 
 [[noreturn]] void RejectSecondRun(const std::string& path) {
     throw HostError(path +
-                    ": another run is writing this journal; wait until it ends, or name "
+                    ": another run is writing this journal; wait until it ends, or choose "
                     "another file");
 }
 
@@ -49,8 +50,8 @@ void RejectUnclosed(const std::string& path) {
 
 Journal::Journal(const JournalOptions& journalOptions, const JournalBase& base)
     : options(journalOptions) {
-    // Held until the new journal, which is locked too, has replaced the old one, so that other runs
-    // never find the path unlocked.
+    // Held until the new journal, which is also locked, has replaced the old one, so that other
+    // runs never find the path unlocked.
     const FileLock old(options.path);
     if (old.State() == FileLock::Result::Busy) RejectSecondRun(options.path);
     const bool isNew = old.State() == FileLock::Result::Absent;
@@ -91,7 +92,7 @@ void Journal::GiveUp(const std::string& reason) {
 void Journal::BeginStep(const nlohmann::json& json) {
     inStep = true;
     step = JournalStep();
-    // Strokes can have many samples, so a summary line of a stroke contains only the label.
+    // Strokes can have many samples, so the summary line of a stroke contains only the label.
     step.step = json.contains("stroke") ? nlohmann::json{{"stroke", nullptr}} : json;
     Guarded([&] {
         writer->Append(RecordKind::Step, json.dump());
@@ -170,7 +171,7 @@ void Journal::WholeMesh(const WholeMeshInput& input) {
 }
 
 void Journal::RevertStroke() {
-    // Written together with the next dab: until that dab the result of the stroke is unaffected.
+    // Written together with the next dab, because the revert does not affect the result until then.
     Guarded([&] { writer->Append(RecordKind::StrokeRevert, nullptr, 0); });
 }
 

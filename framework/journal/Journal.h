@@ -14,54 +14,59 @@ namespace trovik {
 struct JournalOptions {
     /// Path of the journal file; empty disables the journal.
     std::string path;
-    /// Waits for the disk at the end of each step, so that a crash of the machine loses no
-    /// completed step. Without this option the journal survives only the end of the process.
+    /// Whether to sync to disk at the end of each step, so that no completed step is lost even if
+    /// the machine crashes. Without this option, the journal survives a crash of the process but
+    /// not of the machine.
     bool syncSteps = false;
 };
 
-/// Records the inputs of the work on a document as they occur, so that RecoverJournal can repeat
-/// them. JournalRecorder drives it for a Document; this class depends on neither mesh nor brush.
+/// Records the inputs of all steps and strokes as they occur, so that RecoverJournal can replay
+/// them. JournalRecorder writes the journal of a Document; this class itself depends on neither
+/// mesh nor brush.
 ///
-/// Each call writes its record to the operating system before it returns, so the end of the
-/// process, for whatever reason, loses nothing. A call costs one system call and does not wait for
-/// the disk unless documented.
+/// Each call passes its record to the operating system before it returns, so nothing is lost when
+/// the process ends, for whatever reason. A call costs one system call and does not wait for the
+/// disk unless documented.
 ///
-/// Errors: only the constructor throws. If the journal can no longer be written (a full disk), the
-/// work continues without it: nothing more is recorded, and TakeProblem returns the reason.
+/// Errors: only the constructor throws. If the journal can no longer be written, for example
+/// because the disk is full, nothing more is recorded; the other calls still succeed, and
+/// TakeProblem returns the reason.
 class TROVIK_API Journal {
 public:
     /// Starts a new journal, which is on disk when the constructor returns.
-    /// \throw HostError if the path has a journal that was not closed, because it may be the only
-    /// record of the work; and if another run has locked the journal to write it.
+    /// \throw HostError if there is a journal at this path that was not closed, because it may be
+    /// the only record of the work; also if another process is writing the journal and has locked
+    /// it.
     Journal(const JournalOptions& options, const JournalBase& base);
 
     /// Records a step of a stroke script, right before it runs.
     void BeginStep(const nlohmann::json& json);
-    /// Records that the current step has completed one more dab.
+    /// Records that one more dab of the current step is complete.
     void DabDone();
     /// Records the end of the current step. \param end  its `dabs` is set by this call. \param
-    /// label  of the undo step.
+    /// label  the label of the undo step.
     void EndStep(const StepEnd& end, const std::string& label);
 
-    /// Ends the current step, whose result the new base contains: EndStep and RestartFrom in one
-    /// operation, so that no journal on disk has both the step and the old base.
+    /// Ends the current step and starts again from a base that contains its result. This combines
+    /// EndStep and RestartFrom, so that no journal on disk ever contains both the completed step
+    /// and the old base.
     void EndStepAndRestart(const StepEnd& end, const std::string& label, const JournalBase& base);
 
-    /// Record strokes that are not part of a step: call these in the order of the stroke's calls,
-    /// each after the call has returned or thrown. Steps may run in between.
+    /// These record strokes that are not part of a step. Call each one after the corresponding call
+    /// to the stroke has returned or thrown, in the same order. Steps may run in between.
     void BeginStroke(const StrokeStart& start, const std::string& label);
     void StrokeDab(const StrokeInput& dab);
     void WholeMesh(const WholeMeshInput& input);
     void RevertStroke();
     void EndStroke(const StepEnd& end, const std::string& label);
 
-    /// Records a stamp file on which the following records depend.
+    /// Records a stamp file that the following records need.
     void Stamp(const JournalFile& stamp);
     /// Records a scene that is complete and about to be renamed to this path. Waits for the disk.
     /// \param carried  see JournalBase.
     void Saved(const JournalFile& scene, const nlohmann::json& carried = nullptr);
-    /// Replaces the recorded work, which the new base contains. The steps so far are kept as
-    /// summary lines. Waits for the disk.
+    /// Replaces all recorded steps by a new base that contains their result. Summary lines of these
+    /// steps are retained. Waits for the disk.
     void RestartFrom(const JournalBase& base);
     /// Records that the work ended normally. Must be the last call.
     void Close();
@@ -73,7 +78,8 @@ public:
     /// Whether the journal is still being written.
     bool IsAlive() const { return writer != nullptr; }
     const std::string& Path() const { return options.path; }
-    /// Returns once, in one line, why the journal ended early; empty if there is nothing to report.
+    /// Returns the reason why the journal ended early, as one line, and clears it; empty if there
+    /// is nothing to report.
     std::string TakeProblem();
 
 private:

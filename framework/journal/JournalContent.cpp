@@ -12,7 +12,7 @@ namespace {
 
 using nlohmann::json;
 
-/// Builds the content record by record, and rejects records that are not allowed at their position.
+/// Builds the content record by record, and rejects records that are not allowed where they occur.
 class ContentBuilder {
 public:
     ContentBuilder(const JournalReader& journal, JournalContent& built)
@@ -81,14 +81,14 @@ private:
 
     std::string Text(const json& fields, const char* name) const {
         if (!fields.is_object() || !fields.contains(name) || !fields.at(name).is_string())
-            Refuse(std::string("a record lacks \"") + name + "\"");
+            Refuse(std::string("a record has no field \"") + name + "\"");
         return fields.at(name).get<std::string>();
     }
 
     JournalFile FileIn(const json& fields) const {
         JournalFile file{Text(fields, "path"), {Text(fields, "sha256"), 0}};
         if (!fields.contains("bytes") || !fields.at("bytes").is_number_unsigned())
-            Refuse("a record lacks \"bytes\"");
+            Refuse("a record has no field \"bytes\"");
         file.content.bytes = fields.at("bytes").get<uint64_t>();
         return file;
     }
@@ -100,8 +100,8 @@ private:
         return *found;
     }
 
-    /// The record's content as a value. \param rest  receives the bytes after it; if null, there
-    /// must be none.
+    /// Returns the content of the record as a value. \param rest  receives the bytes that follow
+    /// the value; if null, no bytes may follow it.
     template <typename Value>
     Value ReadValue(std::string* rest = nullptr) const {
         const std::string_view bytes = record->content;
@@ -123,7 +123,7 @@ private:
         base.source = source.path;
         base.content = source.content;
         if (!fields.contains("setup") || !fields.at("setup").is_object())
-            Refuse("a record lacks \"setup\"");
+            Refuse("a record has no field \"setup\"");
         base.setup = fields.at("setup");
         base.carried = CarriedIn(fields);
         if (fields.contains("output")) base.output = Text(fields, "output");
@@ -132,13 +132,13 @@ private:
     }
 
     JournalStep& OpenStep() {
-        if (!inStep) Refuse("a record of a step is outside of a step");
+        if (!inStep) Refuse("step record outside a step");
         return content.steps.back();
     }
 
-    /// The stroke that is not part of a step, or its current part.
+    /// Returns the open stroke that is not part of a step, or its current part.
     JournalStep& OpenStroke() {
-        if (inStep) Refuse("a record of a stroke is within a step");
+        if (inStep) Refuse("stroke record inside a step");
         if (!inStrokePart) Start(JournalStep());
         inStrokePart = true;
         return content.steps.back();
@@ -146,7 +146,7 @@ private:
 
     void Start(JournalStep step) {
         step.byte = record->byte;
-        // The part of a stroke before a step is complete.
+        // A step completes the current part of the stroke.
         if (inStrokePart) content.steps.back().isOver = true;
         inStrokePart = false;
         content.steps.push_back(std::move(step));
@@ -164,7 +164,7 @@ private:
     void TakeDab() {
         JournalStep& step = OpenStep();
         if (ReadValue<DabMark>().count != step.dabs + 1)
-            Refuse("the number of dabs of a step is wrong");
+            Refuse("a step has the wrong number of dabs");
         ++step.dabs;
     }
 
@@ -172,7 +172,7 @@ private:
         JournalStep& step = ofStroke ? OpenStroke() : OpenStep();
         const StepEnd end = ReadValue<StepEnd>(&step.label);
         if (end.dabs != (ofStroke ? strokeDabs : step.dabs))
-            Refuse("the number of dabs of a step is wrong");
+            Refuse("a step has the wrong number of dabs");
         step.isOver = true;
         step.endsStroke = ofStroke;
         step.failed = end.failed != 0;
@@ -199,10 +199,10 @@ private:
         for (const auto* place :
              {&dab.hitPosition, &dab.hitNormal, &dab.position, &dab.heading, &dab.stampTop})
             for (const float number : *place)
-                if (!std::isfinite(number)) Refuse("a dab has a number that is not finite");
+                if (!std::isfinite(number)) Refuse("a dab has a non-finite number");
         if (!std::isfinite(dab.size) || !std::isfinite(dab.pressure) ||
             !std::isfinite(dab.strength))
-            Refuse("a dab has a number that is not finite");
+            Refuse("a dab has a non-finite number");
         stroke.calls.push_back(call);
         ++stroke.dabs;
         ++strokeDabs;
@@ -220,7 +220,7 @@ private:
     void TakeRevert() { OpenStroke().calls.push_back({RecordKind::StrokeRevert, {}, {}}); }
 
     void TakeSaved() {
-        if (inStep || inStrokePart) Refuse("a scene is saved within a step");
+        if (inStep || inStrokePart) Refuse("a scene is saved inside a step");
         const json fields = ReadJson();
         content.saves.push_back({FileIn(fields), CarriedIn(fields), content.steps.size()});
     }
@@ -234,7 +234,7 @@ private:
     }
 
     void TakeClose() {
-        if (inStep) Refuse("the work ends within a step");
+        if (inStep) Refuse("the work ends inside a step");
         content.isClosed = true;
     }
 
@@ -242,15 +242,15 @@ private:
     JournalContent& content;
     const JournalRecord* record = nullptr;
     bool inStep = false;
-    /// The newest step is a stroke, or a part of one, that has not ended.
+    /// Whether the most recent step is a stroke, or a part of one, that has not ended.
     bool inStrokePart = false;
-    /// Number of dabs in all parts of the stroke that is not part of a step.
+    /// Number of dabs in all parts of the open stroke.
     uint32_t strokeDabs = 0;
 };
 
 constexpr std::size_t maxLabelBytes = 60;
 
-/// A short label of the step: its command and main parameters.
+/// Returns a short label for the step: its command and main parameters.
 std::string LabelOf(const JournalStep& step) {
     std::string text;
     if (step.step.is_null() || step.step.contains("stroke")) {
@@ -266,7 +266,7 @@ std::string LabelOf(const JournalStep& step) {
         if (letter >= 0 && letter < ' ') letter = ' ';
     if (text.size() <= maxLabelBytes) return text;
     std::size_t end = maxLabelBytes;
-    // A multi-byte character must not be split.
+    // The text must not be cut inside a multi-byte character.
     while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0u) == 0x80u) --end;
     return text.substr(0, end) + "...";
 }

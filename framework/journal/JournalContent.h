@@ -13,23 +13,24 @@
 
 namespace trovik {
 
-/// The starting point of a journal's work.
+/// The state from which the steps of a journal start.
 struct JournalBase {
     /// Absolute path of the script; paths in steps are relative to its folder.
     std::string script;
-    /// A stroke script without its steps: the complete setup of the work.
+    /// A stroke script without steps: the complete setup.
     nlohmann::json setup;
     /// Absolute path and content hash of the mesh or scene file that the setup opens.
     std::string source;
     ContentHash content;
     /// Name and version of the program.
     std::string program;
-    /// Steps that restore earlier settings not contained in the source; null if there are none.
+    /// Steps that restore earlier settings that the source does not contain; null if there are
+    /// none.
     nlohmann::json carried;
-    /// Absolute path of the folder for files that the script writes; empty in journals of versions
-    /// that did not record it.
+    /// Absolute path of the folder for files that the script writes; empty in journals of old
+    /// versions, which did not record it.
     std::string output;
-    /// Whether the script may write outside of that folder.
+    /// Whether the script may write outside that folder.
     bool outsideAllowed = false;
 };
 
@@ -43,16 +44,16 @@ struct JournalFile {
 
 TROVIK_API nlohmann::json ToJson(const JournalFile& file);
 
-/// One call into a stroke that is not part of a step.
+/// A recorded call on a stroke that is not part of a step.
 struct StrokeCall {
     RecordKind kind;
     StrokeInput dab;
     WholeMeshInput whole;
 };
 
-/// The part of a step, or of a stroke that is not part of a step, that the journal contains. If
-/// steps run during a stroke, the part of the stroke up to the first step is one JournalStep, the
-/// part up to the next step another, and so on.
+/// The recorded part of a step, or of a stroke that is not part of a step. If steps run during a
+/// stroke, the part of the stroke up to the first step is one JournalStep, the part up to the next
+/// step another, and so on.
 struct JournalStep {
     uint64_t byte = 0;
     /// Null for a stroke that is not part of a step.
@@ -67,12 +68,12 @@ struct JournalStep {
     uint32_t dabs = 0;
     uint64_t vertices = 0;
     uint64_t undoBytes = 0;
-    /// Whether the step ended before the journal did, and whether it ended with an error.
+    /// Whether the step is complete, and whether it ended with an error.
     bool isOver = false;
     bool failed = false;
 };
 
-/// A scene that was saved before one of the steps.
+/// A scene that was saved, and the step before which it was saved.
 struct JournalSave {
     JournalFile scene;
     /// See JournalBase.
@@ -86,20 +87,22 @@ struct JournalContent {
     std::vector<JournalStep> steps;
     std::vector<JournalSave> saves;
     std::vector<JournalFile> stamps;
-    /// Summary lines of the work before the journal started; see SummaryOf.
+    /// Summary lines of the steps before the journal started; see SummaryOf.
     nlohmann::json past = nlohmann::json::array();
     bool isClosed = false;
     /// Parts that were skipped, one line each.
     std::vector<std::string> notes;
 };
 
-/// Reads a journal. A truncated end is skipped and noted. All checks are made that need no other
-/// file.
-/// \param untilDamage  reads the part before the first damage, which is noted, instead of throwing.
+/// Reads a journal. A truncated end is skipped and noted. Everything that can be checked without
+/// other files is checked.
+/// \param untilDamage  if the journal is damaged, reads the part before the damage and adds a note
+/// instead of throwing.
 /// \throw HostError "FILE: byte N: reason".
 TROVIK_API JournalContent ReadJournal(const std::string& path, bool untilDamage = false);
 
-/// A step as shown in lists: "step", "dabs", "vertices", "undoBytes", "finished".
+/// Returns a summary of a step for lists, with the fields "step", "dabs", "vertices", "undoBytes"
+/// and "finished".
 TROVIK_API nlohmann::json SummaryOf(const JournalStep& step);
 
 }  // namespace trovik

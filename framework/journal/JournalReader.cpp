@@ -22,12 +22,14 @@ uint32_t NumberAt(const std::string& bytes, std::size_t offset) {
 
 JournalReader::JournalReader(const std::string& journalPath) : path(journalPath) {
     InputFile file(path);
-    // Read in pieces, so that memory depends on the actual content and not on the file's size.
+    // Read in pieces, so that memory depends on the actual content and not on the reported file
+    // size.
     constexpr uint64_t pieceBytes = uint64_t{1} << 20;
     while (file.Remaining() > 0) {
         const auto size = static_cast<std::size_t>(std::min(pieceBytes, file.Remaining()));
         const unsigned char* piece = file.Take(size);
-        if (piece == nullptr) Fail(file.Position(), "the file became shorter while it was read");
+        if (piece == nullptr)
+            Fail(file.Position(), "the file was truncated while it was being read");
         bytes.append(reinterpret_cast<const char*>(piece), size);
     }
     ReadHeader();
@@ -40,7 +42,7 @@ void JournalReader::Fail(uint64_t byte, const std::string& reason) const {
 
 void JournalReader::ReadHeader() {
     if (bytes.size() < journalHeaderBytes)
-        Fail(bytes.size(), "the file ends within the header of a journal");
+        Fail(bytes.size(), "the file ends inside the journal header");
     if (std::memcmp(bytes.data(), journalMagic.data(), journalMagic.size()) != 0)
         Fail(0, "not a journal: the first eight bytes are not TROVIKJN");
     const uint32_t version = NumberAt(bytes, 8);
@@ -65,8 +67,9 @@ std::optional<JournalReader::Frame> JournalReader::WholeFrameAt(std::size_t offs
     return frame;
 }
 
-// A checksum is computed only for bytes that look like a record, and only up to a limit: otherwise
-// the time for a file crafted to look like records everywhere would be quadratic in its size.
+// A checksum is computed only for bytes that look like a record, and only up to a limit. Otherwise,
+// the time would be quadratic in the size of a file that is crafted to look like a record at every
+// byte.
 bool JournalReader::RecordFollows(std::size_t offset, uint32_t number) const {
     uint64_t effort = uint64_t{16} * bytes.size();
     for (; offset + recordHeaderBytes <= bytes.size(); ++offset) {

@@ -24,7 +24,7 @@ struct JournalRecord {
 /// Parses the bytes of a journal into complete records, and determines whether the remaining bytes
 /// are a truncated end or damage.
 ///
-/// A truncated end, as a killed process leaves it, is not an error: no complete record follows it,
+/// A truncated end, as left by a killed process, is not an error: no complete record follows it,
 /// and it is reported as a note. Anything else is damage.
 class TROVIK_API JournalReader {
 public:
@@ -35,7 +35,7 @@ public:
     const std::string& Path() const { return path; }
     /// The complete records up to the end or the damage.
     const std::vector<JournalRecord>& Records() const { return records; }
-    /// Why the records end before the file does, as "FILE: byte N: reason"; empty if they do not or
+    /// If the records end at damage, describes it as "FILE: byte N: reason"; otherwise empty, also
     /// if only the end is truncated.
     const std::string& Damage() const { return damage; }
     /// Describes the skipped end in one line; empty if nothing was skipped.
@@ -48,9 +48,10 @@ private:
         uint32_t kind;
         uint32_t number;
     };
-    /// The record at this offset, if it is complete.
+    /// Returns the record at this offset, if it is complete.
     std::optional<Frame> WholeFrameAt(std::size_t offset) const;
-    /// Whether a complete record with at least this number exists at or after this offset.
+    /// Returns whether a complete record with this number or a higher one exists at or after this
+    /// offset.
     bool RecordFollows(std::size_t offset, uint32_t number) const;
     void ReadHeader();
     void ReadRecords();

@@ -7,22 +7,23 @@
 #include <string_view>
 #include <type_traits>
 
-/// \file The byte format of a journal, described in full in docs/journal.md. A header of 16 bytes:
-/// "TROVIKJN", the version (uint32) and the CRC-32 of both. Then records: length of the content
-/// (uint32), kind (uint32), number of the record from 0 on (uint32), CRC-32 of these three and the
-/// content (uint32), the content. Little-endian throughout. The number distinguishes a missing
-/// record from one that was never written.
+/// \file The byte format of a journal; docs/journal.md is the complete description. A 16-byte
+/// header contains "TROVIKJN", the version (uint32) and the CRC-32 of both. It is followed by
+/// records. Each contains the length of its content (uint32), its kind (uint32), its number counted
+/// from 0 (uint32), the CRC-32 of these three fields and the content (uint32), and the content.
+/// Everything is little-endian. The number distinguishes a missing record from one that was never
+/// written.
 namespace trovik {
 
 inline constexpr std::string_view journalMagic = "TROVIKJN";
 inline constexpr uint32_t journalVersion = 1;
 inline constexpr std::size_t journalHeaderBytes = 16;
 inline constexpr std::size_t recordHeaderBytes = 16;
-/// Longer than any step of a script; a greater length is damage.
+/// More than any step of a script needs; a greater length is treated as damage.
 inline constexpr uint32_t maxRecordBytes = uint32_t{1} << 30;
 
 enum class RecordKind : uint32_t {
-    /// JSON: the starting point of the work.
+    /// JSON: the state from which the steps start.
     Base = 1,
     /// JSON: a step of a stroke script, before it runs.
     Step = 2,
@@ -32,7 +33,7 @@ enum class RecordKind : uint32_t {
     StepDone = 4,
     /// StrokeStart and the label of the undo step: a stroke that is not part of a step begins.
     StrokeBegin = 5,
-    /// StrokeInput: a completed dab of such a stroke, with its original arguments.
+    /// StrokeInput: a completed dab of such a stroke, with the arguments that were passed.
     StrokeDab = 6,
     /// WholeMeshInput: the tool was applied to the whole mesh.
     StrokeWhole = 7,
@@ -44,9 +45,9 @@ enum class RecordKind : uint32_t {
     Stamp = 10,
     /// JSON: a scene file that is complete and about to replace the old one.
     Saved = 11,
-    /// JSON: the steps before this journal started, for lists of steps.
+    /// JSON: summaries of the steps before this journal started.
     Past = 12,
-    /// No content: the work ended properly.
+    /// No content: the work ended normally.
     Close = 13
 };
 inline constexpr uint32_t highestRecordKind = 13;
@@ -58,8 +59,8 @@ struct DabMark {
 
 struct StepEnd {
     uint32_t dabs;
-    /// 1 if the step ended with an error, having done a part of its work. For a stroke, 1 if it was
-    /// broken off; see StrokeInputListener::OnStrokeEnded.
+    /// 1 if the step ended with an error after some of its work was done. For a stroke, 1 if it was
+    /// cancelled or failed; see StrokeInputListener::OnStrokeEnded.
     uint32_t failed;
     uint64_t vertices;
     /// Size of the undo step; 0 if there is none.
@@ -77,7 +78,7 @@ struct StrokeStart {
 /// The arguments of StrokeLoop::Dab.
 struct StrokeInput {
     uint32_t face;
-    /// Bit 0: stamp settings do not move the dab; bit 1: it ended with an error.
+    /// Bit 0: stamp settings do not move the dab; bit 1: the dab ended with an error.
     uint32_t flags;
     std::array<float, 3> hitPosition;
     std::array<float, 3> hitNormal;
@@ -97,7 +98,7 @@ struct WholeMeshInput {
     uint32_t byFacing;
 };
 
-// These are written with their memory layout, so they must not contain padding.
+// These structures are written as they are laid out in memory, so they must not contain padding.
 static_assert(sizeof(DabMark) == 4 && sizeof(StepEnd) == 24 && sizeof(StrokeStart) == 24 &&
               sizeof(StrokeInput) == 80 && sizeof(WholeMeshInput) == 8);
 static_assert(std::is_trivially_copyable_v<StrokeInput>);

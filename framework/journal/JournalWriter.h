@@ -14,11 +14,11 @@ class FileReplacement;
 
 /// Writes the records of a journal, each with at most one system call.
 ///
-/// A new journal is written next to the one that it replaces; PutInPlace renames it, so that the
-/// path refers to a complete journal at any time. The journal is locked (FileLock) from its
-/// creation until the writer is destroyed. Errors: HostError naming the path and the system's
-/// reason. A record that could not be written completely is a truncated one, which readers skip;
-/// nothing may be appended after it.
+/// A new journal is written next to the one that it replaces; PutInPlace renames it, so that there
+/// is always a complete journal at the path. The journal is locked (FileLock) from its creation
+/// until the writer is destroyed. Errors: HostError naming the path and the system's reason. If a
+/// record could not be written completely, readers skip it as a truncated end, and nothing may be
+/// appended after it.
 class TROVIK_API JournalWriter {
 public:
     explicit JournalWriter(const std::string& path);
@@ -36,13 +36,13 @@ public:
         static_assert(std::is_trivially_copyable_v<Content>);
         Append(kind, &content, sizeof content);
     }
-    /// Writes the buffer to the operating system: after that, nothing is lost when this process
-    /// ends.
+    /// Passes the buffer to the operating system. After that, its records survive the end of this
+    /// process.
     void Flush();
-    /// Calls Flush and waits for the disk: after that, nothing is lost when the machine crashes.
+    /// Calls Flush and waits for the disk. After that, the records survive a crash of the machine.
     void Sync();
     /// Calls Sync and renames the journal to its path. Call it once. \param mayReplace  whether an
-    /// existing file may be replaced; otherwise the call fails if there is one.
+    /// existing file may be replaced; otherwise, the call fails if there is one.
     void PutInPlace(bool mayReplace);
 
     const std::string& Path() const { return path; }
@@ -51,7 +51,7 @@ private:
     std::string path;
     std::unique_ptr<FileReplacement> replacement;
     int file = -1;
-    /// File descriptor that holds the lock after the journal is in place.
+    /// File descriptor that holds the lock once the journal is in place.
     int lock = -1;
     uint32_t count = 0;
     std::vector<unsigned char> waiting;

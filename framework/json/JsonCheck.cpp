@@ -21,7 +21,7 @@ bool IsOfType(const std::string& type, const json& value) {
     return value.is_null();
 }
 
-/// Returns whether an alternative restricts only the set of fields.
+/// Returns whether an alternative restricts only which fields are present.
 bool IsChoiceOfFields(const JsonRule& rule) {
     const auto all = [](const std::vector<const JsonRule*>& rules) {
         return std::all_of(
@@ -58,7 +58,7 @@ public:
         if (value.is_array() && rule.items != nullptr)
             for (std::size_t i = 0; i < value.size() && !IsFull(); ++i)
                 Check(*rule.items, value[i], ItemPointer(pointer, i));
-        // Misspelt or missing fields would also cause errors in these checks.
+        // Misspelt or missing fields would also cause faults in the following checks.
         if (faults.size() != before) return;
         if (!rule.anyOf.empty()) CheckAlternatives(rule, rule.anyOf, false, value, pointer);
         if (!rule.oneOf.empty()) CheckAlternatives(rule, rule.oneOf, true, value, pointer);
@@ -148,7 +148,7 @@ private:
             ExpectedFields(passing.empty() ? alternatives : passing, value, pointer);
             return;
         }
-        // The alternatives whose type matches the value.
+        // The alternatives whose types match the value.
         std::vector<const JsonRule*> meant;
         for (const JsonRule* alternative : alternatives)
             if (FitsType(*alternative, value)) meant.push_back(alternative);
@@ -158,8 +158,8 @@ private:
             Expected(rule, value, pointer);
     }
 
-    /// \param alternatives  if the object matches too many alternatives, the matching ones; if it
-    /// matches none, all.
+    /// \param alternatives  the matching alternatives if there are several, or all alternatives if
+    /// none matches.
     void ExpectedFields(const std::vector<const JsonRule*>& alternatives,
                         const json& object,
                         const std::string& pointer) {

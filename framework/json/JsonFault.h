@@ -8,7 +8,7 @@
 
 namespace trovik {
 
-/// A fault of a JSON document.
+/// A fault in a JSON document.
 struct JsonFault {
     /// JSON Pointer (RFC 6901) to the faulty value; empty for the document itself.
     std::string pointer;
@@ -16,7 +16,7 @@ struct JsonFault {
 };
 
 /// Returns the JSON Pointer to a field of the value at `pointer`. Control characters in the name
-/// become spaces, so that messages stay on one line.
+/// are replaced by spaces, so that messages stay on one line.
 TROVIK_API std::string FieldPointer(const std::string& pointer, std::string_view name);
 TROVIK_API std::string ItemPointer(const std::string& pointer, std::size_t index);
 

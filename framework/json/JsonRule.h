@@ -18,7 +18,7 @@ namespace trovik {
 struct JsonRule {
     static constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max();
 
-    /// Type names as in a schema; empty if any type is accepted.
+    /// Accepted type names, as in a schema; empty if any type is accepted.
     std::vector<std::string> types;
     /// The accepted values; empty if any value is accepted.
     std::vector<nlohmann::json> values;
@@ -30,20 +30,20 @@ struct JsonRule {
     std::vector<std::string> required;
     std::size_t maxFields = unlimited;
     bool takesOtherFields = true;
-    /// Rule for fields that are not in `fields`; null if they are not restricted.
+    /// The rule for fields that are not in `fields`; null if these are unrestricted.
     const JsonRule* otherFields = nullptr;
     std::string entryName = "field";
     std::vector<const JsonRule*> anyOf, oneOf;
 };
 
-/// Appends the faults of a value, until the list has `maxFaults` entries.
+/// Appends the faults in a value until the list has `maxFaults` entries.
 void CheckValue(const JsonRule& rule,
                 const nlohmann::json& value,
                 const std::string& pointer,
                 std::size_t maxFaults,
                 std::vector<JsonFault>& faults);
 
-/// Returns whether the value has one of the types of the rule.
+/// Returns whether the value has one of the rule's types.
 bool FitsType(const JsonRule& rule, const nlohmann::json& value);
 
 }  // namespace trovik

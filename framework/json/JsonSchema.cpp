@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-/// Converts the text of a schema to rules.
+/// Compiles the text of a schema to rules.
 class JsonSchema::Compiler {
 public:
     Compiler(JsonSchema& made, const nlohmann::json& text) : schema(made), document(text) {}
@@ -137,7 +137,8 @@ nlohmann::json ParseAgainst(const JsonSchema& schema,
         const std::vector<JsonFault> first = schema.Check(document, 1);
         if (!first.empty()) throw HostError(FaultMessage(name, first.front()));
     } else {
-        // A file that is faulty throughout would produce a list as long as the file.
+        // Without a limit, a file that is faulty throughout would produce a list as long as the
+        // file.
         constexpr std::size_t maxFaults = 1000;
         const std::vector<JsonFault> found = schema.Check(document, maxFaults);
         faults->insert(faults->end(), found.begin(), found.end());

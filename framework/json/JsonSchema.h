@@ -15,13 +15,13 @@ namespace trovik {
 
 struct JsonRule;
 
-/// A JSON schema (draft 7) that reports faults in plain language for the author of a document.
+/// A JSON schema (draft 7) whose fault messages are written for the author of a document.
 ///
 /// Supported keywords: type, enum, properties, required, additionalProperties, maxProperties, items
 /// (one schema for all), minItems, maxItems, minLength (bytes), minimum, maximum, exclusiveMinimum,
 /// exclusiveMaximum, anyOf, oneOf, $ref to "#/definitions/…", and the annotations $schema, title
-/// and description. As an extension of draft 7, "entryName" is the noun for fields of an object in
-/// messages about unknown ones, such as "setting". "integer" accepts numbers that are written
+/// and description. As an extension of draft 7, "entryName" is the noun that messages about unknown
+/// fields of an object use, such as "setting". "integer" accepts only numbers that are written
 /// without a fraction or an exponent.
 ///
 /// Messages have the form "expected ACCEPTED VALUES, got VALUE". Immutable after construction;
@@ -30,15 +30,14 @@ class TROVIK_API JsonSchema {
 public:
     /// \param text  the text of the schema.
     /// \throw std::logic_error for an unsupported keyword, and nlohmann::json::exception for text
-    /// that is not a schema. Both are defects of the program.
+    /// that is not a schema. Both indicate defects in the program.
     explicit JsonSchema(const std::string& text);
     ~JsonSchema();
     JsonSchema(const JsonSchema&) = delete;
     JsonSchema& operator=(const JsonSchema&) = delete;
 
-    /// \return the faults of a document, outer values first and fields in the order of their names;
-    /// empty if it is valid.
-    /// Cost: each value is visited once.
+    /// \return the faults in a document, outer values first and fields in alphabetical order; empty
+    /// if it is valid. Cost: each value is visited once.
     std::vector<JsonFault> Check(
         const nlohmann::json& document,
         std::size_t maxFaults = std::numeric_limits<std::size_t>::max()) const;
@@ -51,8 +50,8 @@ private:
 };
 
 /// Parses a document, checks it and removes its comments.
-/// \param faults  receives the faults, up to a limit; syntax errors are always thrown instead; if
-/// null, the first fault is thrown.
+/// \param faults  receives the faults, up to a limit; if null, the first fault is thrown. Syntax
+/// errors are always thrown.
 /// \throw HostError with `name`.
 TROVIK_API nlohmann::json ParseAgainst(const JsonSchema& schema,
                                        const std::string& text,

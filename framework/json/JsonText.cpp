@@ -28,7 +28,7 @@ bool StartsAt(const std::string& text, std::size_t at, std::string_view word) {
     return text.compare(at, word.size(), word) == 0;
 }
 
-/// Returns "line L, column C" of a byte; columns count characters.
+/// Returns "line L, column C" for a byte offset. Columns are counted in characters.
 std::string LineAndColumn(const std::string& text, std::size_t at) {
     std::size_t line = 1;
     std::size_t column = 1;
@@ -43,8 +43,8 @@ std::string LineAndColumn(const std::string& text, std::size_t at) {
     return "line " + std::to_string(line) + ", column " + std::to_string(column);
 }
 
-/// Returns the parser's error message without the preamble and without the quoted input, which may
-/// be long and may not be UTF-8.
+/// Returns the parser's error message without its prefix and without the quoted input, which may be
+/// long or not UTF-8.
 std::string PlainReason(std::string reason) {
     if (const auto from = reason.find("] "); from != std::string::npos) reason.erase(0, from + 2);
     if (const auto from = reason.find(" - "); from != std::string::npos) reason.erase(0, from + 3);
@@ -61,7 +61,8 @@ std::string PlainReason(std::string reason) {
     return reason.substr(0, maxBytes);
 }
 
-/// Returns the reason why the text is not JSON, with special cases for the most frequent mistakes.
+/// Returns the reason why the text is not JSON, with specific messages for the most common
+/// mistakes.
 /// \param at  the first byte of the faulty token.
 std::string SyntaxReason(const std::string& text, std::size_t at, const std::string& parserReason) {
     const std::string plain = PlainReason(parserReason);
@@ -90,7 +91,7 @@ std::string SyntaxReason(const std::string& text, std::size_t at, const std::str
     return plain;
 }
 
-/// Builds the document while the parser reads it.
+/// Builds the document from the parser's events.
 class DocumentBuilder final : public nlohmann::json_sax<json> {
 public:
     DocumentBuilder(const std::string& parsed,
@@ -126,8 +127,8 @@ public:
                      const std::string& token,
                      const nlohmann::detail::exception& error) override {
         // The parser's position is the last byte that it read, counted from 1. For words and
-        // strings, the first byte of the token is needed; `token` starts with the most recent
-        // string or number.
+        // strings, the first byte of the token is needed instead; `token` starts with the most
+        // recent string or number.
         std::size_t at = std::min(position == 0 ? 0 : position - 1, text.size());
         const bool isString = at < text.size() && text[at] == '"' && token.size() > 1 &&
                               token.size() <= at + 1 && token.front() == '"' &&
@@ -146,8 +147,8 @@ private:
         bool isRepeated = false;
     };
 
-    /// Returns the JSON Pointer to the next value. The innermost array does not contain the value
-    /// yet; in an outer array, the last item contains it.
+    /// Returns the JSON Pointer to the next value. The innermost array does not contain this value
+    /// yet; in each outer array, it is inside the last item.
     std::string Pointer() const {
         std::string pointer;
         for (const Level& level : levels) {
@@ -188,7 +189,7 @@ private:
             return &level.value->back();
         }
         if (!level.isRepeated) return &((*level.value)[level.key] = std::move(value));
-        // Parsed to the end, then discarded.
+        // The value is parsed to the end and then discarded.
         dropped.push_back(std::make_unique<json>(std::move(value)));
         return dropped.back().get();
     }

@@ -22,9 +22,9 @@ TROVIK_API std::string ReadDocument(const std::string& path, std::size_t maxByte
 
 /// Parses a JSON text (RFC 8259, UTF-8) with at most 64 nested arrays and objects.
 /// \param name  name of the file, for messages.
-/// \param repeated  receives a fault for each field that is already present in its object; the
-/// first value is kept. If null, the first such field is an error.
-/// \throw HostError with the line and column of a syntax error.
+/// \param repeated  receives a fault for each duplicate field of an object; the first value is
+/// used. If null, the first duplicate field is an error. \throw HostError with the line and column
+/// of a syntax error.
 TROVIK_API nlohmann::json ParseDocument(const std::string& text,
                                         const std::string& name,
                                         std::vector<JsonFault>* repeated = nullptr);

@@ -52,7 +52,7 @@ std::string Array(const JsonRule& rule) {
 std::string AcceptedType(const JsonRule& rule, const std::string& type) {
     if (type == "number") return "a number" + Range(rule);
     if (type == "integer") return "a whole number" + Range(rule);
-    if (type == "string") return rule.minLength > 0 ? "a string that is not empty" : "a string";
+    if (type == "string") return rule.minLength > 0 ? "a non-empty string" : "a string";
     if (type == "boolean") return "true or false";
     if (type == "array") return Array(rule);
     if (type == "object") return "an object";

@@ -14,8 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// An address inside this library. An exported function is not used, because its address may be in
-/// the executable.
+/// Its address is inside this library. The address of an exported function may be in the executable
+/// instead.
 const char insideThisLibrary = 0;
 
 [[noreturn]] void ThrowModuleError(const std::string& path,
@@ -34,13 +34,13 @@ std::string ModuleFolder() {
     std::error_code failed;
     fs::path file;
     if (dladdr(&insideThisLibrary, &library) != 0) file = fs::canonical(library.dli_fname, failed);
-    if (file.empty()) throw HostError("cannot find the folder of the modules of this library");
+    if (file.empty()) throw HostError("cannot find the module folder of this library");
     return (file.parent_path() / TROVIK_MODULE_DIR_FROM_LIBRARY).string();
 }
 
 const void* OpenModule(const std::string& path, const char* purpose) {
-    // Binds functions lazily: the libraries behind a module call few of the functions that they
-    // refer to, and binding all of them would dominate the loading time.
+    // Functions are bound lazily, because a module's libraries call only few of the functions that
+    // they reference, and binding all of them would dominate the loading time.
     void* module = dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
     if (module == nullptr) ThrowModuleError(path, purpose, dlerror());
     const auto entry = reinterpret_cast<decltype(&trovikModule)>(dlsym(module, "trovikModule"));

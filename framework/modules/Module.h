@@ -8,8 +8,8 @@
 
 /// \file
 /// Modules: parts of this library that are built as separate files, because they link large
-/// libraries that most programs never use. A module is loaded when it is first needed, and it stays
-/// loaded until the process ends. Plug-ins are different: they add classes, and hosts load all of
+/// libraries that most programs never use. A module is loaded when it is first needed and stays
+/// loaded until the process ends. Plug-ins are different: they add classes, and a host loads all of
 /// them.
 namespace trovik {
 
@@ -18,22 +18,23 @@ namespace trovik {
 /// \throw HostError if the system does not report the path of the library.
 TROVIK_API std::string ModuleFolder();
 
-/// Loads a module and returns its interface; see ModuleEntry.h. Never returns null. Loading a
-/// module again returns the same interface. Thread-safe.
+/// Loads a module and returns its interface; see ModuleEntry.h. Never returns null. Further calls
+/// for the same module return the same interface. Thread-safe.
 /// \param path  the file of the module.
 /// \param purpose  the feature that needs the module, for the error message: "images", "renders".
-/// \throw HostError with the file and the reason: missing, not loadable (with the message of the
-/// loader), not a module, or built for another version of this library.
+/// \throw HostError with the file and the reason: the file is missing, cannot be loaded (with the
+/// loader's message), is not a module, or was built for another version of this library.
 TROVIK_API const void* OpenModule(const std::string& path, const char* purpose);
 
-/// Describes a module to the library before the module is loaded.
+/// Describes a module that the library may load.
 struct ModuleFile {
-    /// In ModuleFolder, for example "trovik-embree.so".
+    /// File name in ModuleFolder, for example "trovik-embree.so".
     const char* name;
-    /// The feature that needs it, for error messages.
+    /// The feature that needs the module, for error messages.
     const char* purpose;
-    /// Address space that loading may need, in bytes. The loader reports a failed mapping, but
-    /// libraries that run out of memory in their static initialisers terminate the process.
+    /// Address space that loading may need, in bytes. It is checked before loading: the loader
+    /// reports a failed mapping, but a library whose static initialisers run out of memory
+    /// terminates the process.
     std::size_t addressSpace;
 };
 

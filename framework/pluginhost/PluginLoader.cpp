@@ -21,15 +21,15 @@ std::vector<std::string> PluginFolders() {
 }
 
 void LoadPlugin(const std::string& path, bool initialise) {
-    /// Plug-in records that each opened file added.
+    /// The plug-in records that each loaded file has registered.
     static std::map<std::string, std::vector<Plugin*>> opened;
     std::error_code failed;
     const fs::path canonical = fs::canonical(path, failed);
     if (failed) throw HostError(path + ": cannot open the plug-in: " + failed.message());
     auto found = opened.find(canonical.string());
     if (found == opened.end()) {
-        // The kernel must exist before the static objects of plug-ins are constructed, because they
-        // access it.
+        // The static objects of plug-ins access the kernel during construction, so it must already
+        // exist.
         HostKernel::Instance();
         const unsigned known = Plugin::Count();
         if (dlopen(canonical.c_str(), RTLD_NOW | RTLD_LOCAL) == nullptr)

@@ -13,14 +13,14 @@ namespace trovik {
 /// running program that exist.
 TROVIK_API std::vector<std::string> PluginFolders();
 
-/// Opens a plug-in with the system loader. A file that is already open is skipped. With
-/// `initialise`, the plug-in records that appear are initialised. Plug-ins stay open until the
-/// process ends.
+/// Loads a plug-in with the system loader. A file that is already loaded is skipped. With
+/// `initialise`, the plug-in records that the file registers are initialised. Plug-ins stay loaded
+/// until the process ends.
 /// \throw HostError with the file and the reason.
 TROVIK_API void LoadPlugin(const std::string& path, bool initialise = true);
 
-/// Opens every *.so file in the plug-in folders, in alphabetical order.
-/// \throw HostError if a folder of TROVIK_PLUGIN_PATH does not exist or a file cannot be opened.
+/// Loads every *.so file in the plug-in folders, in alphabetical order.
+/// \throw HostError if a folder of TROVIK_PLUGIN_PATH does not exist or a file cannot be loaded.
 TROVIK_API void LoadPlugins();
 
 }  // namespace trovik

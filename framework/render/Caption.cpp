@@ -11,7 +11,7 @@ constexpr int glyphWidth = 5;
 constexpr int glyphHeight = 7;
 constexpr int advance = 6;
 
-/// Seven rows of five dots; the highest of the five bits is the leftmost dot.
+/// Seven rows of five dots; the most significant of the five bits is the leftmost dot.
 struct Glyph {
     char letter;
     uint8_t rows[glyphHeight];

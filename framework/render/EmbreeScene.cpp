@@ -17,7 +17,7 @@ const float* At(const float* first, std::size_t stride, uint32_t index) {
     return reinterpret_cast<const float*>(reinterpret_cast<const char*>(first) + stride * index);
 }
 
-/// Fills `world` with the positions in world space.
+/// Fills `world` with the world-space positions.
 /// \return the largest absolute coordinate of the finite vertices.
 float PlaceVertices(const RenderMesh& mesh, std::vector<float>& world) {
     // The ray tracing library reads vertices in groups of four floats.
@@ -39,8 +39,8 @@ float PlaceVertices(const RenderMesh& mesh, std::vector<float>& world) {
     return largest;
 }
 
-/// Returns the faces with every corner of a hidden face replaced by `nowhere`, so that face numbers
-/// do not change.
+/// Returns the vertex indices of all faces, with those of hidden faces replaced by `nowhere`, so
+/// that face numbers do not change.
 std::vector<uint32_t> VisibleFaces(const RenderMesh& mesh, uint32_t nowhere) {
     const uint32_t* indices = mesh.faceVertexIndices;
     std::vector<uint32_t> corners(indices,
@@ -81,8 +81,8 @@ EmbreeScene::EmbreeScene(const std::vector<RenderMesh>& shown, JobControl* job)
         uint32_t vertexCount = mesh.vertexCount;
         const uint32_t* indices = mesh.faceVertexIndices;
         if (mesh.HasHiddenFaces()) {
-            // The padding contains one additional vertex with a non-finite position; faces that use
-            // it are never hit.
+            // The padding holds one additional vertex with a non-finite position; faces that use it
+            // are never hit.
             visibleFaces[i] = VisibleFaces(mesh, vertexCount);
             std::fill_n(positions[i].data() + std::size_t{3} * vertexCount,
                         3,

@@ -12,10 +12,9 @@ namespace trovik {
 
 class JobControl;
 
-/// The meshes as geometries of the ray tracing library. Coordinates are passed to the library in a
-/// unit of length that makes the largest coordinate about 1, so that squares and products of
-/// lengths stay within the range of floats for meshes of any size. The unit is a power of two, so
-/// that it does not affect any bit of a result.
+/// The meshes of a render in the ray tracing library. Coordinates are scaled so that the largest
+/// one is about 1, so that squares and products of lengths stay within float range for meshes of
+/// any size. The scale is a power of two, so it does not affect the result.
 class TROVIK_API EmbreeScene {
 public:
     /// Borrows the list and its meshes.
@@ -24,15 +23,16 @@ public:
     explicit EmbreeScene(const std::vector<RenderMesh>& meshes, JobControl* job = nullptr);
     explicit EmbreeScene(std::vector<RenderMesh>&& meshes, JobControl* job = nullptr) = delete;
 
-    /// Rays with non-finite components hit nothing. Neither do rays that start more than
-    /// RayCaster::maxCoordinate library units away; no mesh is visible from there.
+    /// Finds the first hit of a ray. Rays with non-finite components hit nothing, and neither do
+    /// rays that start more than RayCaster::maxCoordinate library units away; no mesh is visible
+    /// from there.
     bool Hit(const Vector& origin, const Vector& direction, SurfaceSample& sample) const;
-    /// Returns whether the ray hits anything up to `distance`.
+    /// Returns whether the ray hits anything within `distance`.
     bool IsBlocked(const Vector& origin, const Vector& direction, float distance) const;
     /// Diagonal of the bounding box of all meshes; 0 if they are empty.
     float Extent() const;
     const RenderMesh& Mesh(uint32_t number) const { return meshes[number]; }
-    /// Returns a vertex in world space.
+    /// Returns the world-space position of a vertex.
     Vector WorldPosition(uint32_t mesh, uint32_t vertex) const {
         const float* p = positions[mesh].data() + vertex * std::size_t{3};
         return Vector(p[0], p[1], p[2]) * unit;
@@ -44,7 +44,8 @@ private:
     const std::vector<RenderMesh>& meshes;
     /// Positions in library units, one array per mesh, each with four floats of padding at the end.
     std::vector<std::vector<float>> positions;
-    /// Corners of the visible faces; empty for a mesh without hidden faces.
+    /// Vertex indices of each mesh with those of hidden faces replaced; empty for a mesh without
+    /// hidden faces.
     std::vector<std::vector<uint32_t>> visibleFaces;
     /// World units per library unit, a power of two, and its inverse.
     float unit = 1.0f;

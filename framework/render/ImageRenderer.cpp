@@ -18,7 +18,7 @@ namespace {
 
 constexpr uint32_t positionStream = 0;
 
-/// Squares of the checkerboard per unit of texture space.
+/// Checkerboard squares per unit of texture space.
 constexpr float checksPerUnit = 16.0f;
 
 float Brightness(const Vector& color) { return color.x + color.y + color.z; }
@@ -65,8 +65,8 @@ ImageRenderer::ImageRenderer(const EmbreeScene& shownScene,
         matcap.emplace(options.matcap.empty() ? Matcap::Names().front() : options.matcap);
 }
 
-// Samples are rendered in bands, which limits the memory. Each band includes the surrounding rows
-// that the filter reads, so that results do not depend on the band limits.
+// The image is rendered in bands to limit memory use. Each band includes the adjacent rows that the
+// filter reads, so that the result does not depend on where bands start and end.
 RenderImage ImageRenderer::Render(int pixelsPerBand) const {
     const int width = options.width;
     const int height = options.height;
@@ -98,7 +98,7 @@ RenderImage ImageRenderer::Render(int pixelsPerBand) const {
         tbb::parallel_for(above, below, [&](int y) {
             const bool isCaller = std::this_thread::get_id() == caller;
             WireLines wires(scene, view);
-            // Rendering a row can take long, so cancellation is checked at every pixel.
+            // Rendering a row can take a long time, so cancellation is checked at every pixel.
             for (int x = 0; x < width && !tbb::is_current_task_group_canceling(); ++x) {
                 Sample(x, y, wires, pixels[at(x, y)], guides[at(x, y)], visibilities[at(x, y)]);
                 ++sampled;

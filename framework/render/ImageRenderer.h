@@ -20,19 +20,19 @@ public:
                   const RenderOptions& options,
                   JobControl* jobControl = nullptr);
 
-    /// \param pixelsPerBand  number of pixels that are rendered and filtered at a time, which
-    /// limits the memory. Results do not depend on it.
+    /// \param pixelsPerBand  number of pixels that are rendered and filtered at a time; a smaller
+    /// number needs less memory. The result does not depend on it.
     RenderImage Render(int pixelsPerBand = 1 << 21) const;
 
 private:
-    /// Means over the hits of a pixel. Visibility is stored separately until it is filtered.
+    /// Means over a pixel's hits. Visibility is stored separately until it is filtered.
     struct Pixel {
-        /// Unlit colour: linear, or the byte values / 255 of ShadingMode::Normals.
+        /// Unlit colour: linear, or byte values divided by 255 for ShadingMode::Normals.
         Vector plain;
         Vector albedo;
         Vector ambient;
         Vector key;
-        /// Fraction of the samples that hit.
+        /// Fraction of the samples that hit a mesh.
         float coverage = 0.0f;
     };
     struct Sums;

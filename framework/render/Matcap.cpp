@@ -21,7 +21,7 @@ struct Lobe {
 
 struct Recipe {
     const char* name;
-    /// Colours of the surface where it faces away from all lights, and where it faces them.
+    /// Surface colours: where the surface faces away from all lights, and where it faces them.
     Vector shade;
     Vector body;
     /// Direction from the surface to the main light, and how far the light wraps around the shape
@@ -104,7 +104,7 @@ Matcap::Matcap(const std::string& name) {
             float x = static_cast<float>(column) * (2.0f / (size - 1)) - 1.0f;
             float y = static_cast<float>(row) * (2.0f / (size - 1)) - 1.0f;
             const float radius = std::sqrt(x * x + y * y);
-            // The rim's colour extends beyond the disc, for bilinear look-ups.
+            // The colour at the rim extends beyond the disc, for bilinear lookups.
             if (radius > 1.0f) x /= radius, y /= radius;
             const float depth = std::sqrt(std::max(0.0f, 1.0f - x * x - y * y));
             image.push_back(Paint(recipe, {x, y, depth}));

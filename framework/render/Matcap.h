@@ -9,8 +9,8 @@
 
 namespace trovik {
 
-/// A material capture: the colours of a lit sphere, looked up by the normal relative to the eye.
-/// The program generates each sphere from a short list of lights and reflection lobes.
+/// A material capture: the colours of a lit sphere, looked up by the normal in camera space. Each
+/// sphere is generated from a short list of lights and reflection lobes.
 ///
 /// The technique is from P.-P. J. Sloan, W. Martin, A. Gooch, B. Gooch, "The Lit Sphere: A Model
 /// for Capturing NPR Shading from Art", Graphics Interface 2001.
@@ -23,12 +23,12 @@ public:
     static const std::vector<std::string>& Names();
 
     /// Returns the linear colour for a unit normal in camera space: x to the right, y up. Normals
-    /// that face away have the colour at the rim of the sphere.
+    /// that face away from the camera get the colour at the rim of the sphere.
     Vector At(float x, float y) const;
 
 private:
     static constexpr int size = 256;
-    /// Rows from the bottom of the sphere (y = -1) to its top, `size` colours each.
+    /// Rows of `size` colours, from the bottom of the sphere (y = -1) to its top.
     std::vector<Vector> image;
 };
 

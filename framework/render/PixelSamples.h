@@ -11,8 +11,8 @@ struct SamplePoint {
     float y = 0.0f;
 };
 
-/// The sample points of one pixel. They depend only on the pixel and the sample count, so that a
-/// render does not depend on how pixels are distributed over threads.
+/// The sample points of one pixel. They depend only on the pixel and the sample count, so a render
+/// does not depend on how pixels are distributed among threads.
 ///
 /// Each stream is the two-dimensional Sobol sequence, Owen-scrambled by hashing: B. Burley,
 /// "Practical Hash-based Owen Scrambling", Journal of Computer Graphics Techniques 9(4), 2020.
@@ -41,8 +41,8 @@ public:
     }
 
 private:
-    /// Side length of a tile in pixels. Each tile has its own sequence; a pixel's index in it has 8
-    /// + 8 bits.
+    /// Side length of a tile in pixels. Each tile has its own sequence, in which a pixel's index
+    /// has 8 + 8 bits.
     static constexpr uint32_t tileSide = 256;
 
     static uint32_t BitsOf(int count) {
@@ -72,8 +72,8 @@ private:
         return __builtin_bswap32(value);
     }
 
-    /// Owen scrambling of a number whose lowest bit is the first after the binary point: each bit
-    /// is flipped by a hash of the bits below it.
+    /// Owen scrambling of a number whose lowest bit is the first digit after the binary point: each
+    /// bit is flipped depending on a hash of the bits below it.
     static uint32_t Scramble(uint32_t reversed, uint32_t hash) {
         reversed += hash;
         reversed ^= reversed * 0x6c50b47cu;
@@ -83,7 +83,8 @@ private:
         return reversed;
     }
 
-    /// The second Sobol dimension, bit-reversed: the index times Pascal's triangle modulo 2.
+    /// The second Sobol dimension, bit-reversed: the product of Pascal's triangle modulo 2 and the
+    /// index.
     static uint32_t Pascal(uint32_t index) {
         index ^= (index >> 16);
         index ^= (index & 0xff00ff00u) >> 8;

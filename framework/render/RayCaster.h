@@ -26,13 +26,13 @@ struct RayHit {
     /// Index of the RayMesh.
     uint32_t mesh = 0;
     uint32_t face = 0;
-    /// Position in the face: for a quad, the coordinates along its first and last side; for a
-    /// triangle, the weights of its second and third corner.
+    /// Position within the face: for a quad, the coordinates along its first and last sides; for a
+    /// triangle, the weights of its second and third corners.
     float u = 0.0f;
     float v = 0.0f;
     /// Distance from the origin, in units of the length of the ray direction.
     float distance = 0.0f;
-    /// Normal of the face, of any length.
+    /// Normal of the face, not normalised.
     Vector normal;
 };
 
@@ -46,19 +46,20 @@ class RayCaster {
 public:
     /// The largest absolute value of the components of origins, directions and positions. Rays
     /// beyond it hit nothing, and faces with vertices beyond it are never hit. The same applies to
-    /// non-finite components.
+    /// non-finite values.
     static constexpr float maxCoordinate = 1e18f;
 
     virtual ~RayCaster() = default;
-    /// \return false if the ray hits nothing; `hit` is then unchanged.
+    /// Finds the first hit of a ray. \return false if the ray hits nothing; `hit` is then
+    /// unchanged.
     virtual bool Hit(const Vector& origin, const Vector& direction, RayHit& hit) const = 0;
-    /// Returns whether the ray hits anything up to `distance`.
+    /// Returns whether the ray hits anything within `distance`.
     virtual bool IsBlocked(const Vector& origin, const Vector& direction, float distance) const = 0;
     /// Bounding box of all faces; `low` is above `high` if there are no faces.
     virtual RayBounds Bounds() const = 0;
 };
 
-/// Creates ray casters. The implementation is the module `trovik-embree`.
+/// Creates ray casters. It is implemented in the module `trovik-embree`.
 class RayLibrary {
 public:
     /// \throw HostError if memory is insufficient; Cancelled.

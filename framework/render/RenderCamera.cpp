@@ -8,8 +8,8 @@ namespace trovik {
 
 namespace {
 
-/// Calls `visit` for each finite vertex, in world space; if the mesh has hidden faces, only for the
-/// corners of visible faces.
+/// Calls `visit` with the world-space position of each finite vertex; if the mesh has hidden faces,
+/// only for the corners of visible faces.
 template <typename Visit>
 void ForEachPoint(const std::vector<RenderMesh>& meshes, Visit visit) {
     for (const RenderMesh& mesh : meshes) {
@@ -50,7 +50,7 @@ RenderCamera FrameMeshes(const std::vector<RenderMesh>& meshes,
     camera.verticalFieldOfView = verticalFieldOfView;
     const Vector forward = direction.Normalized();
     const Vector upright = wantedUp.Normalized();
-    // If the camera looks along the up direction, a different up direction is used.
+    // If the camera looks along the up direction, another up direction is used.
     const bool steep = std::fabs(forward | upright) > 0.999f;
     const bool alongZ = std::fabs(upright.z) > 0.9f;
     camera.up = !steep ? upright : alongZ ? Vector(0, 1, 0) : Vector(0, 0, -1);
@@ -63,8 +63,8 @@ RenderCamera FrameMeshes(const std::vector<RenderMesh>& meshes,
     if (box.IsEmpty()) return camera;
     camera.target = Vector(box.minX + box.maxX, box.minY + box.maxY, box.minZ + box.maxZ) * 0.5f;
 
-    // Every point must be inside the four planes of the view frustum; each plane requires a minimum
-    // distance.
+    // Every point must be inside the four side planes of the view frustum; each plane requires a
+    // minimum camera distance.
     constexpr float margin = 1.08f;
     const float tangent = std::tan(verticalFieldOfView * 0.5f * 0.017453293f);
     float distance = 0.0f;

@@ -5,16 +5,17 @@
 
 namespace trovik {
 
-/// Checks, before rendering starts, that a file name is valid for a render.
-/// \param transparent  whether the render has alpha, which only .png, .tif and .tiff store.
+/// Checks that a render can be written to a file with this name. Call it before rendering.
+/// \param transparent  whether the render has alpha, which only .png, .tif and .tiff files store.
 /// \throw HostError with the file and the accepted extensions.
 TROVIK_API void CheckRenderPath(const std::string& path, bool transparent);
 
-/// Writes a render, with its alpha if it has any. The file is written completely or not at all.
+/// Writes a render, including its alpha channel if there is one. The file is written completely or
+/// not at all.
 /// \throw HostError with the file and the reason.
 TROVIK_API void WriteRender(const std::string& path, const RenderImage& picture);
 
-/// Maximum number of frames of a turntable: their numbers have four digits.
+/// Maximum number of frames in a turntable: frame numbers have four digits.
 inline constexpr int maxFrames = 9999;
 
 /// Returns the file name of one frame: `spin.png` becomes `spin_0001.png` for frame 1.

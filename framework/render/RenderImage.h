@@ -37,7 +37,7 @@ struct RenderMesh {
     uint32_t faceCount = 0;
     /// 3 or 4.
     uint32_t cornersPerFace = 4;
-    /// Local to world, row by row, row-vector convention.
+    /// Local to world, row-major, row-vector convention.
     float localToWorld[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     /// Freeze byte of each vertex (amount in the low 7 bits), `freezeStride` bytes apart; may be
     /// null. Frozen areas are tinted.
@@ -48,7 +48,7 @@ struct RenderMesh {
     const uint8_t* faceFlags = nullptr;
     uint8_t hiddenBit = 0;
     /// For ShadingMode::Cavity: the mean curvature of each vertex, positive in cavities (see
-    /// ScaledCurvatures); null for 0 everywhere.
+    /// ScaledCurvatures); null if it is 0 everywhere.
     const float* curvatures = nullptr;
     /// For ShadingMode::Uv: u, v of each corner, face by face; NaN for a corner without UVs. Null
     /// if no corner has UVs.
@@ -71,7 +71,7 @@ struct RenderOptions {
     ShadingMode shading = ShadingMode::Clay;
     /// For ShadingMode::Matcap: one of Matcap::Names(); empty for the first.
     std::string matcap = {};
-    /// Render without the backdrop; the result has alpha.
+    /// Whether to omit the backdrop; the result then has alpha.
     bool transparent = false;
 };
 
@@ -80,13 +80,13 @@ struct RenderImage {
     int width = 0;
     int height = 0;
     std::vector<uint8_t> rgb;
-    /// Fraction of each pixel that the meshes cover, 0 .. 255, one byte per pixel; the colours are
-    /// not multiplied by it. Empty if the render is opaque.
+    /// Coverage of each pixel by the meshes, 0 .. 255, one byte per pixel; colours are not
+    /// premultiplied. Empty if the render is opaque.
     std::vector<uint8_t> alpha = {};
 };
 
-/// Meshes prepared for rendering. The constructor builds the acceleration structure for rays in
-/// O(faces); any number of renders can share it. Borrows the arrays of the meshes.
+/// Meshes prepared for rendering. The constructor builds the acceleration structure for ray tracing
+/// in O(faces); any number of renders can share it. Borrows the arrays of the meshes.
 class TROVIK_API RenderScene {
 public:
     /// \throw HostError if finite vertices are beyond maxRenderCoordinate (RenderRange.h), if
@@ -96,13 +96,13 @@ public:
     RenderScene(const RenderScene&) = delete;
     RenderScene& operator=(const RenderScene&) = delete;
 
-    /// Renders one image. Both sides of a face are shaded in the same way. The same input gives the
-    /// same bytes for any number of threads. Faces with a non-finite vertex are omitted.
+    /// Renders one image. Both sides of a face are shaded in the same way. The result is
+    /// bit-identical for any number of threads. Faces with a non-finite vertex are omitted.
     ///
-    /// Shadows and ambient occlusion are sampled with `options.samples` rays each, and then
-    /// smoothed between neighbouring pixels of the same surface within their sampling error: see
-    /// VisibilityFilter.h. Memory: about 200 bytes for each of at most 2 million pixels, in
-    /// addition to the result.
+    /// Shadows and ambient occlusion are each sampled with `options.samples` rays per pixel. They
+    /// are then smoothed between neighbouring pixels of the same surface, within their sampling
+    /// error; see VisibilityFilter.h. Memory: about 200 bytes for each of at most 2 million pixels,
+    /// in addition to the result.
     /// \throw HostError for a camera without a direction or beyond maxRenderCoordinate, or for an
     /// unknown matcap; Cancelled.
     RenderImage Render(const RenderCamera& camera,
@@ -120,8 +120,8 @@ TROVIK_API RenderImage RenderOnce(const std::vector<RenderMesh>& meshes,
                                   const RenderOptions& options,
                                   JobControl* job = nullptr);
 
-/// Returns a camera that looks along `direction` (world space) and shows all of the meshes with a
-/// small margin. Hidden faces are ignored; if nothing is visible, the result is the default camera.
+/// Returns a camera that looks along `direction` (world space) and frames all meshes with a small
+/// margin. Hidden faces are ignored; if nothing is visible, the result is the default camera.
 /// \param up  the up direction of the image; replaced if it is parallel to `direction`.
 TROVIK_API RenderCamera FrameMeshes(const std::vector<RenderMesh>& meshes,
                                     const Vector& direction,
@@ -130,12 +130,12 @@ TROVIK_API RenderCamera FrameMeshes(const std::vector<RenderMesh>& meshes,
                                     const Vector& up = Vector(0.0f, 1.0f, 0.0f));
 
 /// Returns the camera of frame `index` of a turntable with `count` frames. The camera orbits its
-/// target about its up direction, so that the meshes appear to rotate counter-clockwise as seen
+/// target around its up direction, so that the meshes appear to rotate counter-clockwise when seen
 /// from above.
 TROVIK_API RenderCamera TurntableFrame(const RenderCamera& camera, int index, int count);
 
-/// Like FrameMeshes, but for a turntable: at the returned camera's distance, the meshes fit into
-/// every frame.
+/// Like FrameMeshes, but for a turntable: at the distance of the returned camera, the meshes fit
+/// into every frame.
 TROVIK_API RenderCamera FrameTurntable(const std::vector<RenderMesh>& meshes,
                                        const Vector& direction,
                                        float verticalFieldOfView,
@@ -145,7 +145,7 @@ TROVIK_API RenderCamera FrameTurntable(const std::vector<RenderMesh>& meshes,
 
 /// Builds a contact sheet from images of the same size, in rows of `columns`, `gap` pixels apart.
 /// If `captions` has as many entries as there are images, a caption is drawn under each one.
-/// Transparent images are composited over the background of the sheet; the sheet is opaque.
+/// Transparent images are composited over the sheet's background; the sheet is opaque.
 TROVIK_API RenderImage MakeContactSheet(const std::vector<RenderImage>& pictures,
                                         int columns,
                                         int gap,

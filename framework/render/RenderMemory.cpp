@@ -7,8 +7,8 @@
 namespace trovik {
 
 uint64_t RenderBytes(uint64_t vertices, uint64_t faces) {
-    // World-space positions, and the ray tracing library's tree: 116 to 120 bytes per quad were
-    // measured during construction.
+    // World-space positions, and the ray tracing library's tree, for which 116 to 120 bytes per
+    // quad were measured during construction.
     constexpr uint64_t bytesPerVertex = 12;
     constexpr uint64_t bytesPerFace = 128;
     return vertices * bytesPerVertex + faces * bytesPerFace;

@@ -9,7 +9,7 @@
 namespace trovik {
 
 /// The largest absolute world-space coordinate that renders accept for vertices and cameras.
-/// Squared distances then stay within the range of floats.
+/// Squared distances then stay within float range.
 inline constexpr float maxRenderCoordinate = 1e18f;
 
 /// Returns whether all coordinates are finite and at most maxRenderCoordinate.

@@ -8,7 +8,7 @@ namespace trovik {
 
 /// A camera together with the size of an image: converts pixels to rays and points to pixels. Pixel
 /// coordinates start at the upper left corner of the image and increase to the right and downwards;
-/// integer coordinates are between pixels.
+/// integer coordinates lie on the borders between pixels.
 class TROVIK_API RenderViewport {
 public:
     /// \throw HostError for a camera without a direction or with non-finite values.
@@ -18,12 +18,12 @@ public:
     /// Returns the unit direction, in world space, of the ray from the eye through a point of the
     /// image.
     Vector DirectionThrough(float pixelX, float pixelY) const;
-    /// Returns the world size of a pixel at a depth in front of the eye.
+    /// Returns the size of a pixel in world units at a given depth in front of the eye.
     float PixelSizeAt(float depth) const { return pixelSize * depth; }
 
     /// Converts to camera space: x to the right, y up, z the depth in front of the eye.
     Vector ToCamera(const Vector& world) const;
-    /// Returns the pixel coordinates, with z 0, of a point in camera space whose depth is positive.
+    /// Returns the pixel coordinates (with z = 0) of a camera-space point whose depth is positive.
     Vector ToPixel(const Vector& inCamera) const;
 
     const Vector& Right() const { return right; }

@@ -14,7 +14,7 @@ namespace trovik {
 namespace {
 
 /// Radius of a concavity that the cavity mode shows at half its full darkness, as a fraction of the
-/// mesh's bounding box diagonal.
+/// diagonal of the mesh's bounding box.
 constexpr float cavitySize = 0.012f;
 constexpr uint32_t cavityRings = 1;
 
@@ -37,7 +37,7 @@ RenderMesh VisibleLevel(const LevelGeometry& geometry) {
         shown.faceFlags = level.faceFlags;
         shown.hiddenBit = faceIsHidden;
     }
-    // Vertex::freeze is the vertex's own amount, unless the vertex is hidden.
+    // Vertex::freeze contains the vertex's own freeze amount, unless the vertex is hidden.
     if (level.FrozenVertexCount() != 0) {
         shown.freeze = &level.vertices.array->freeze;
         shown.freezeStride = sizeof(Vertex);

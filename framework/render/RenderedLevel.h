@@ -8,11 +8,11 @@
 
 namespace trovik {
 
-/// Returns the visible faces of the bound level of a geometry in world space; borrows its arrays.
-/// The arrays that only some shading modes need are not set: see RenderedLevel.
+/// Returns the bound level of a geometry for rendering; borrows its arrays. Arrays that only some
+/// shading modes need are not set; see RenderedLevel.
 TROVIK_API RenderMesh VisibleLevel(const LevelGeometry& geometry);
 
-/// The bound level of a geometry with all data that a shading mode needs. Borrows the geometry.
+/// The bound level of a geometry with all the data that a shading mode needs. Borrows the geometry.
 ///
 /// Cost of construction: O(faces) for ShadingMode::Cavity (4 bytes per vertex) and Uv (8 bytes per
 /// corner), constant for the other modes.
@@ -20,8 +20,8 @@ class TROVIK_API RenderedLevel {
 public:
     /// \throw HostError for ShadingMode::Uv if the mesh has no texture coordinates.
     RenderedLevel(const LevelGeometry& geometry, ShadingMode shading);
-    /// Uses other positions and normals (mesh-local, one per vertex; borrowed), such as those
-    /// before a stroke, and no freeze amounts.
+    /// Uses the given positions and normals (mesh-local, one per vertex; borrowed) instead, for
+    /// example those before a stroke, and no freeze amounts.
     RenderedLevel(const LevelGeometry& geometry,
                   ShadingMode shading,
                   const std::vector<Vector>& positions,

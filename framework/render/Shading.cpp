@@ -12,19 +12,19 @@ namespace {
 
 constexpr float pi = 3.14159265f;
 
-/// Streams of a pixel's sample points; the first is the position within the pixel.
+/// Streams of a pixel's sample points. The first stream is the position within the pixel.
 constexpr uint32_t ambientStream = 1;
 constexpr uint32_t keyStream = 2;
 constexpr uint32_t reachStream = 3;
 
-/// Sine of the angular radius of the key light. It is wide, so that neither its shadows nor its
-/// terminator on a round shape form a visible line.
+/// Sine of the angular radius of the key light. The light is wide, so that neither its shadows nor
+/// its terminator on a round shape form a visible line.
 constexpr float keySoftness = 0.32f;
 const Vector keyColor(1.42f, 1.30f, 1.16f);
 /// Maximum length of ambient rays, as a fraction of the extent of the scene.
 constexpr float ambientReach = 0.30f;
 
-/// Computes any two unit vectors that are perpendicular to `n` and to each other.
+/// Computes two arbitrary unit vectors that are perpendicular to `n` and to each other.
 void Frame(const Vector& n, Vector& a, Vector& b) {
     a = (std::fabs(n.x) > 0.7f ? Vector(0, 1, 0) : Vector(1, 0, 0)) & n;
     a.Normalize();
@@ -33,9 +33,9 @@ void Frame(const Vector& n, Vector& a, Vector& b) {
 
 Vector Scaled(const Vector& v, const Vector& by) { return {v.x * by.x, v.y * by.y, v.z * by.z}; }
 
-/// Returns the openness including the light that bounces between nearby surfaces of the same
-/// colour. This is a fit from J. Jimenez, X.-C. Wu, A. Pesce, A. Jarabo, "Practical Realtime
-/// Strategies for Accurate Indirect Occlusion", SIGGRAPH Courses, 2016.
+/// Returns the openness including light that bounces between nearby surfaces of the same colour.
+/// The fit is from J. Jimenez, X.-C. Wu, A. Pesce, A. Jarabo, "Practical Realtime Strategies for
+/// Accurate Indirect Occlusion", SIGGRAPH Courses, 2016.
 float WithBounces(float openness, float albedo) {
     const float a = 2.0404f * albedo - 0.3324f;
     const float b = -4.7951f * albedo + 0.6417f;
@@ -94,8 +94,8 @@ float Shading::Openness(const Vector& start,
     const float radius = std::sqrt(direction.y);
     Vector towards = a * (radius * std::cos(angle)) + b * (radius * std::sin(angle)) +
                      normal * std::sqrt(1.0f - direction.y);
-    // Smooth normals can point below the face; such a direction is moved into the plane of the
-    // face.
+    // A direction relative to a smooth normal can point below the face; it is then projected onto
+    // the plane of the face.
     const float below = towards | faceNormal;
     if (below < 0.02f) towards += faceNormal * (0.02f - below);
     return scene.IsBlocked(start, towards, reach) ? 0.0f : 1.0f;
@@ -112,12 +112,12 @@ LitSample Shading::Light(const SurfaceSample& sample,
     LitSample lit;
     lit.albedo = FrozenTint(mesh, sample, {mesh.color[0], mesh.color[1], mesh.color[2]});
 
-    // Light grazes the silhouette of matte shapes: a soft rim replaces a light from behind.
+    // A soft rim along the silhouette replaces a light from behind.
     const float away = 1.0f - std::max(0.0f, n | toEye);
     const float rim = away * away * away * (0.5f + 0.5f * (n | up));
     lit.ambient = Scaled(lit.albedo, Surroundings(n)) + Vector(0.08f, 0.09f, 0.10f) * rim;
-    // The ray lengths are distributed between 0 and the maximum, so that near surfaces count more
-    // than distant ones.
+    // Ray lengths are distributed between 0 and the maximum, so that near surfaces count more than
+    // distant ones.
     const float reach = extent * ambientReach * points.At(reachStream, index).x;
     lit.openness = Openness(start, n, sample.faceNormal, points.At(ambientStream, index), reach);
 

@@ -7,31 +7,32 @@
 
 namespace trovik {
 
-/// The lighting of one sample. The sampled visibility is kept separate from the light that is
-/// computed analytically. They are multiplied after the visibility has been averaged and filtered:
-/// E. Heitz, S. Hill, M. McGuire, "Combining Analytic Direct Illumination and Stochastic Shadows",
-/// ACM SIGGRAPH Symposium on Interactive 3D Graphics and Games, 2018.
+/// The lighting of one sample. The sampled visibility is kept separate from the analytically
+/// computed light. The two are multiplied after the visibility has been averaged and filtered: E.
+/// Heitz, S. Hill, M. McGuire, "Combining Analytic Direct Illumination and Stochastic Shadows", ACM
+/// SIGGRAPH Symposium on Interactive 3D Graphics and Games, 2018.
 struct LitSample {
     Vector albedo;
-    /// Reflected light of the surroundings and of the key light, without occlusion.
+    /// Reflected light from the surroundings and from the key light, without occlusion.
     Vector ambient;
     Vector key;
     /// 1 if the ambient ray is free, 0 if it is blocked.
     float openness = 0.0f;
-    /// The weight of the shadow ray, 0 if it points below the horizon, and whether the ray is free.
+    /// The weight of the shadow ray (0 if it points below the horizon), and whether the ray is
+    /// free.
     float keyWeight = 0.0f;
     float keyVisible = 0.0f;
 };
 
-/// The clay material and the studio lighting of renders: a wide warm key light from the upper left,
-/// and soft surroundings that are brighter above and in front. Directions are in the frame of the
-/// camera, so that a mesh has the same lighting from every side.
+/// The clay material and the studio lighting of renders: a wide, warm key light from the upper
+/// left, and a soft environment that is brighter above and in front. Lights are fixed relative to
+/// the camera, so that a mesh is lit in the same way from every side.
 class Shading {
 public:
     Shading(const EmbreeScene& scene, const RenderViewport& view);
 
-    /// Computes the lighting of a sample seen from the direction `toEye` (unit length). Uses the
-    /// face normal if `flat` is set. Traces two rays.
+    /// Computes the lighting of a sample seen from the direction `toEye` (unit length). If `flat`
+    /// is set, the face normal is used. Traces two rays.
     /// \param index  index of the sample in its pixel.
     LitSample Light(const SurfaceSample& sample,
                     bool flat,
@@ -39,17 +40,18 @@ public:
                     const PixelSamples& points,
                     int index) const;
 
-    /// Computes the linear colour from averaged light and visibility (0 .. 1 each).
+    /// Computes the linear colour from averaged light and visibility (each 0 .. 1).
     static Vector Combine(const Vector& albedo,
                           const Vector& ambient,
                           const Vector& key,
                           float openness,
                           float keyVisible);
 
-    /// Brightness of a matte surface under a light at the eye.
+    /// Returns the brightness of a matte surface lit by a light at the eye.
     static float Headlight(const SurfaceSample& sample, const Vector& toEye);
 
-    /// The backdrop: `height` is 0 at the lower edge of the image and 1 at the upper edge.
+    /// Returns the colour of the backdrop: `height` is 0 at the lower edge of the image and 1 at
+    /// the upper edge.
     static Vector Backdrop(float height);
 
 private:
@@ -65,7 +67,7 @@ private:
     float extent;
     Vector right, up, back;
     Vector keyDirection;
-    /// Two directions perpendicular to the key light's direction.
+    /// Two directions perpendicular to that of the key light.
     Vector keyAcross[2];
 };
 

@@ -12,7 +12,7 @@ namespace trovik {
 enum class ShadingMode : int {
     /// Clay in soft studio light, with shadows and ambient occlusion.
     Clay,
-    /// The colour of a lit sphere at its point with the same normal; see Matcap.
+    /// The colour of a lit sphere at the point with the same normal; see Matcap.
     Matcap,
     /// Grey, darker in cavities and brighter on ridges, by mean curvature.
     Cavity,
@@ -25,7 +25,7 @@ enum class ShadingMode : int {
     Uv,
 };
 
-/// The names of the modes in commands and scripts, in the order of the enumeration.
+/// Returns the names of the modes in commands and scripts, in the order of the enumeration.
 TROVIK_API const std::vector<std::string>& ShadingModeNames();
 /// \throw HostError for a name that is not in ShadingModeNames.
 TROVIK_API ShadingMode ShadingModeOf(const std::string& name);

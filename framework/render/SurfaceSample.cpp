@@ -16,7 +16,7 @@ const int16_t* NormalAt(const RenderMesh& mesh, uint32_t index) {
 }
 
 /// Returns a power of two that scales the largest entry of the matrix to about 1, so that products
-/// of three entries stay within the range of floats. The scale affects only the length of a normal.
+/// of three entries stay within float range. The scale affects only the length of a normal.
 float NormalScale(const float* m) {
     float largest = 0.0f;
     for (const int row : {0, 4, 8})
@@ -54,8 +54,7 @@ SurfaceSample EmbreeScene::Describe(const Vector& origin,
     SurfaceSample sample;
     sample.mesh = hit.mesh;
     sample.face = hit.face;
-    // A quad is interpolated bilinearly over the whole face, so that no diagonal is visible in the
-    // shading.
+    // A quad is interpolated bilinearly as a whole, so that no diagonal is visible in the shading.
     sample.weights[0] = corners == 4 ? (1 - u) * (1 - w) : 1 - u - w;
     sample.weights[1] = corners == 4 ? u * (1 - w) : u;
     sample.weights[2] = corners == 4 ? u * w : w;
@@ -77,8 +76,8 @@ SurfaceSample EmbreeScene::Describe(const Vector& origin,
             sum += normals[k];
             weighted += normals[k] * sample.weights[k];
         }
-        // The side is determined by the whole face, because individual normals near silhouettes may
-        // face away.
+        // The side is determined by the sum of the corner normals, because individual normals near
+        // silhouettes may face away.
         const float side = (sum | sample.faceNormal) < 0.0f ? -1.0f : 1.0f;
         if (weighted.Length() > 1e-3f) sample.shadingNormal = weighted.Normalized() * side;
         for (uint32_t k = 0; k < corners; ++k) {

@@ -5,26 +5,26 @@
 
 namespace trovik {
 
-/// The point where a ray hits a mesh. World space.
+/// The point where a ray hits a mesh, in world space.
 struct SurfaceSample {
-    /// Index of the mesh, and of the face in it.
+    /// Index of the mesh, and index of the face in the mesh.
     uint32_t mesh;
     uint32_t face;
     /// Weights of the corners of the face; their sum is 1.
     float weights[4];
     float distance;
     Vector position;
-    /// Normal of the face itself, facing the origin of the ray.
+    /// Geometric normal of the face, facing the origin of the ray.
     Vector faceNormal;
     /// Interpolated from the vertex normals, on the side of the face that the ray hits.
     Vector shadingNormal;
-    /// The position, moved from the flat face to the smooth surface that the vertex normals
-    /// suggest. Rays that start here avoid faceted self-shadowing of coarse faces. J. Hanika,
-    /// "Hacking the Shadow Terminator", Ray Tracing Gems II, 2021.
+    /// The position, moved from the flat face to the smooth surface that the vertex normals imply.
+    /// Rays that start here avoid self-shadowing artefacts on coarse faces. J. Hanika, "Hacking the
+    /// Shadow Terminator", Ray Tracing Gems II, 2021.
     Vector rayStart;
 };
 
-/// Returns the linear colour of the mesh at the hit, tinted where the mesh is frozen.
+/// Returns the linear colour at the hit, tinted where the mesh is frozen.
 /// \param base  the colour without freeze.
 Vector FrozenTint(const RenderMesh& mesh, const SurfaceSample& sample, const Vector& base);
 

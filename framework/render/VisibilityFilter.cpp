@@ -16,15 +16,15 @@ namespace {
 /// Cubic B-spline over five pixels.
 constexpr float kernel[5] = {1.0f / 16.0f, 4.0f / 16.0f, 6.0f / 16.0f, 4.0f / 16.0f, 1.0f / 16.0f};
 constexpr int radius = 2;
-/// Distances between the taps of each pass. filterReach is the sum of these distances and the
-/// variance estimate's, times the radius.
+/// Distance between the taps of each pass, in pixels. filterReach is the sum of these distances and
+/// that of the variance estimate, times the radius.
 constexpr int passes[] = {1, 2, 4};
 static_assert(filterReach == radius * (1 + 1 + 2 + 4));
 
-/// Pixels belong to different surfaces if 1 - cosine of the angle between their normals exceeds
-/// this.
+/// Two pixels belong to different surfaces if 1 minus the cosine of the angle between their normals
+/// exceeds this.
 constexpr float normalLimit = 0.10f;
-/// Maximum distance from the surface plane, in pixels per pixel of image distance.
+/// Maximum distance from the plane of the surface, in pixels per pixel of distance in the image.
 constexpr float planeLimit = 0.6f;
 /// Differences up to this limit count as noise, in squared standard deviations.
 constexpr float noiseLimit = 9.0f;
@@ -73,8 +73,8 @@ public:
         }
     }
 
-    /// Calls `work(x, y)` for each pixel that shows a surface, on all threads, and reports finished
-    /// rows to the phase.
+    /// Calls `work(x, y)` for each pixel that shows a surface, on all threads. The phase is polled
+    /// between rows, and all rows are added at the end.
     template <typename Work>
     void ForEach(JobPhase& phase, Work work) const {
         const std::thread::id caller = std::this_thread::get_id();
@@ -110,7 +110,7 @@ struct Mean {
     }
 };
 
-/// Variance of a fraction `mean` of `count` rays, each of which is free or blocked.
+/// Variance of the fraction `mean` of free rays, estimated from `count` rays.
 float BinomialVariance(float mean, float count) {
     return count > 0.0f ? std::max(0.0f, mean * (1.0f - mean)) / count : 0.0f;
 }

@@ -10,11 +10,11 @@ namespace trovik {
 
 class JobControl;
 
-/// The surface that a pixel shows, as means over the pixel's hits. It guides the filter.
+/// The surface visible in a pixel, averaged over the pixel's hits. It guides the filter.
 struct PixelGuide {
     Vector normal;
     Vector position;
-    /// World size of the pixel at the surface; 0 if there is no hit.
+    /// Size of the pixel at the surface, in world units; 0 if there is no hit.
     float footprint = 0.0f;
 };
 
@@ -36,13 +36,14 @@ inline constexpr int filterReach = 16;
 ///
 /// Each value becomes a mean over pixels of the same surface (similar normal, same plane) whose
 /// values differ by no more than the sampling error. Surface edges therefore stay sharp, and so do
-/// shadow edges as far as the samples resolve them; the filter has less effect with more samples.
-/// This is an edge-avoiding a-trous wavelet filter: H. Dammertz, D. Sewtz, J. Hanika, H. P. A.
-/// Lensch, "Edge-Avoiding A-Trous Wavelet Transform for Fast Global Illumination Filtering", High
-/// Performance Graphics 2010; the variance bound on differences is from C. Schied et al.,
-/// "Spatiotemporal Variance-Guided Filtering", High Performance Graphics 2017.
+/// shadow edges to the extent that the samples resolve them. The more samples there are, the
+/// smaller the effect of the filter. This is an edge-avoiding a-trous wavelet filter: H. Dammertz,
+/// D. Sewtz, J. Hanika, H. P. A. Lensch, "Edge-Avoiding A-Trous Wavelet Transform for Fast Global
+/// Illumination Filtering", High Performance Graphics 2010; the variance bound on differences is
+/// from C. Schied et al., "Spatiotemporal Variance-Guided Filtering", High Performance Graphics
+/// 2017.
 ///
-/// Uses all threads; results do not depend on their number.
+/// Uses all threads; the result does not depend on their number.
 /// \throw Cancelled.
 /// \param guides, values  row by row, `width` * `height` of each.
 TROVIK_API void FilterVisibility(int width,

@@ -9,11 +9,11 @@ namespace trovik {
 
 namespace {
 
-/// Line width on each of the two faces at an edge, in pixels.
+/// Width of the line on each of the two faces at an edge, in pixels.
 constexpr float halfWidth = 0.75f;
 constexpr float darkness = 0.78f;
-/// Faces whose longest edge is shorter than this, in pixels, would be covered by lines. Their lines
-/// fade to `minStrength`, so that the shape of a dense mesh remains visible.
+/// If the longest edge of a face is shorter than this, in pixels, lines would cover the face. They
+/// then fade to `minStrength`, so that the shape of a dense mesh remains visible.
 constexpr float sparseEdge = 5.0f;
 constexpr float minStrength = 0.4f;
 

@@ -6,9 +6,8 @@
 
 namespace trovik {
 
-/// Draws the edges of faces as lines of constant width on the screen. Distances are measured
-/// between pixels and projected edges, so that lines keep their width on faces that are seen
-/// edge-on.
+/// Draws the edges of faces as lines of constant width in image space. Distances are measured from
+/// pixels to projected edges, so that lines keep their width even on faces seen edge-on.
 ///
 /// Caches the projection of the last face, because most samples of a pixel hit the same face. Use
 /// one object per thread.
@@ -16,8 +15,8 @@ class WireLines {
 public:
     WireLines(const EmbreeScene& scene, const RenderViewport& view);
 
-    /// Returns the fraction of light, 0 to 1, that remains for a sample seen through a point of the
-    /// image.
+    /// Returns the fraction of the light, 0 to 1, that the lines leave for a sample seen through a
+    /// point of the image.
     float Remaining(const SurfaceSample& sample, float pixelX, float pixelY);
 
 private:

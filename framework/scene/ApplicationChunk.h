@@ -6,13 +6,13 @@
 
 namespace trovik {
 
-/// Chunk APPL: the data of one application. A scene has one per entry of ApplicationData.
+/// Chunk APPL: one entry of ApplicationData. A scene has one such chunk per entry.
 void WriteApplicationChunk(SceneStream& stream, const ApplicationData::value_type& entry);
-/// \throw Error* for a name that is empty or occurs twice, or data beyond the limit.
+/// \throw Error* if a name is empty or occurs twice, or if the data exceeds the limit.
 void ReadApplicationChunk(SceneStream& stream, ApplicationData& data);
 
-/// \throw HostError for a name that is empty or longer than 256 bytes, and for data of more than 64
-/// MiB in total, which ReadApplicationChunk would reject.
+/// \throw HostError if a name is empty or longer than 256 bytes, or if the data exceeds 64 MiB in
+/// total; ReadApplicationChunk would reject such data.
 void CheckApplicationData(const ApplicationData& data);
 
 }  // namespace trovik

@@ -17,7 +17,7 @@ using Color = std::array<float, 4>;
 /// The first format that also contains material files and smoothing groups.
 constexpr uint32_t smoothingFormat = 333;
 
-/// Size of an empty text: its length field.
+/// Size of an empty string: its length field.
 constexpr uint64_t minTextBytes = sizeof(uint32_t);
 
 void WriteText(SceneStream& stream, const std::string& text) {

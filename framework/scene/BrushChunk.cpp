@@ -13,7 +13,7 @@ namespace trovik {
 
 namespace {
 
-/// Saves the settings of the active tool while the brush takes those of other tools.
+/// Saves the settings of the active tool while those of other tools are applied to the brush.
 class SavedSettings {
 public:
     explicit SavedSettings(BrushOperation& lentBrush)
@@ -22,7 +22,7 @@ public:
           image(brush.Settings().stampImage),
           imageName(brush.Settings().stampName) {
         if (active == nullptr) return;
-        // Memory can run out at any of these calls, which then leave the brush unchanged.
+        // Any of these calls can run out of memory; the brush is then unchanged.
         auto& stored = brush.Settings().stored;
         const auto found = stored.find(active);
         const bool had = found != stored.end();
@@ -35,8 +35,8 @@ public:
             stored.erase(active);
     }
     ~SavedSettings() {
-        // After a first attempt that ran out of memory, most of the required memory is already
-        // allocated.
+        // If the first attempt runs out of memory, most of the required memory has already been
+        // allocated for the second.
         for (int tries = 0; tries < 2; ++tries) {
             try {
                 Restore();
@@ -92,7 +92,7 @@ void WriteTool(SceneStream& stream, BrushOperation& brush, const BrushConfigurat
     WriteList(stream, own.Data());
 }
 
-/// Settings that belong to no tool and are not in the brush's own data.
+/// Settings that do not belong to a tool and are not in the brush's own data.
 struct CommonSettings {
     uint8_t facing = 0;
     float facingStart = 0.0f;
@@ -151,8 +151,8 @@ void ReadBrushChunk(SceneStream& stream,
     QString className;
     static_cast<Stream&>(stream).Transfer(className);
     if (brush != nullptr && className != brush->RuntimeClass()->Name()) {
-        notes.push_back("settings of the brush " + className.toStdString() +
-                        ", which is not the current one, are skipped");
+        notes.push_back("skipped the settings of the brush " + className.toStdString() +
+                        ", which is not the current brush");
         brush = nullptr;
     }
     if (brush != nullptr) RefuseNewerClass(stream, *brush->RuntimeClass());
@@ -172,8 +172,8 @@ void ReadBrushChunk(SceneStream& stream,
             own.ExpectEnd();
             CheckBrush(*brush);
         } else if (brush != nullptr) {
-            notes.push_back("settings of the tool " + tool.toStdString() +
-                            ", which the brush does not have, are skipped");
+            notes.push_back("skipped the settings of the tool " + tool.toStdString() +
+                            ", which the brush does not have");
         }
         stream.Skip(bytes);
     }

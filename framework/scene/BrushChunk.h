@@ -9,18 +9,20 @@
 
 namespace trovik {
 
-/// Chunk BRSH: class of the brush; for each tool that was used, its name and the brush's serialized
-/// data under that tool's settings, with the active tool last; then settings that do not belong to
-/// a tool.
+/// Chunk BRSH: the class of the brush; for each tool that was used, its name and the brush's
+/// serialized data with that tool's settings, the active tool last; then the settings that do not
+/// belong to a tool.
 ///
-/// The brush temporarily takes each tool's settings; at the end its own settings are restored,
-/// including its stamp image.
+/// The settings of each tool are temporarily applied to the brush. At the end, the brush's own
+/// settings are restored, including its stamp image.
 void WriteBrushChunk(SceneStream& stream, BrushOperation& brush);
 
-/// Loads the tools of the chunk into a new brush: each tool is activated, which applies its
-/// defaults, and then reads its data, so that values missing in an older file keep their defaults.
-/// \param brush  null to read only the tool names into `tools`. A brush class other than that of
-/// the file, and tools unknown to the class, are skipped, each with a line in `notes`.
+/// Loads the tools in the chunk into a new brush. Each tool is activated, which applies its
+/// defaults, before its data is read, so that values missing from an older file keep their
+/// defaults.
+/// \param brush  null to read only the tool names into `tools`. If the brush is of another class
+/// than the brush in the file, its settings are skipped; so are tools that the class does not have.
+/// Each case adds a line to `notes`.
 void ReadBrushChunk(SceneStream& stream,
                     BrushOperation* brush,
                     std::vector<std::string>& tools,

@@ -8,7 +8,7 @@ namespace trovik {
 
 /// Chunk FRZB: whether the freeze brush is active, and its settings.
 void WriteFreezeBrushChunk(SceneStream& stream, BrushOperation& brush, bool isFreezeBrushActive);
-/// \param brush  a new brush, which receives the settings; null to skip them. \return whether the
+/// \param brush  a new brush that receives the settings; null to skip them. \return whether the
 /// freeze brush is active.
 bool ReadFreezeBrushChunk(SceneStream& stream, BrushOperation* brush);
 

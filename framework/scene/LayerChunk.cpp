@@ -61,7 +61,8 @@ std::shared_ptr<SculptLayer> ReadLayerChunk(SceneStream& stream, const LevelGeom
     uint8_t visible = 1;
     if (stream.IsFormatAtLeast(visibilityFormat)) stream.Transfer(visible);
     if (level >= geometry.LevelCount())
-        SceneStream::Refuse(QStringLiteral("a layer of level %1, which does not exist").arg(level));
+        SceneStream::Refuse(
+            QStringLiteral("a layer belongs to level %1, which does not exist").arg(level));
     if (!std::isfinite(strength))
         SceneStream::Refuse(QStringLiteral("the strength of a layer is not finite"));
     LevelMesh* mesh = geometry.Level(level);
@@ -95,10 +96,10 @@ void ReadLayerBaseChunk(SceneStream& stream, LevelGeometry& geometry) {
     stream.Transfer(level);
     if (level >= geometry.LevelCount()) {
         SceneStream::Refuse(
-            QStringLiteral("the layer base of level %1, which does not exist").arg(level));
+            QStringLiteral("a layer base belongs to level %1, which does not exist").arg(level));
     }
     const uint32_t vertexCount = geometry.Level(level)->VertexCount();
-    // Ascending without duplicates, because the lists are searched.
+    // Vertices must be in ascending order without duplicates, because the lists are searched.
     const auto check = [vertexCount](const auto& list) {
         uint64_t least = 0;
         for (const auto& one : list) {

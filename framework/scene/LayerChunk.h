@@ -8,10 +8,10 @@ namespace trovik {
 
 class LevelGeometry;
 
-/// Chunk LAYR: one layer with its level, name, strength, write lock, whether it is active, whether
-/// it is visible, and the vertices with offsets in the order of their slots.
+/// Chunk LAYR: one layer with its level, name, strength, write lock, active and visible flags, and
+/// the vertices that have offsets, in slot order.
 void WriteLayerChunk(SceneStream& stream, const SculptLayer& layer);
-/// The level must have been read, with positions that already include the layer.
+/// The level must already have been read; its positions include the layer.
 std::shared_ptr<SculptLayer> ReadLayerChunk(SceneStream& stream, const LevelGeometry& geometry);
 
 /// Chunk LGND: the layer base of a level (LayerBase).

@@ -32,9 +32,9 @@ enum LevelParts : uint32_t {
     AllParts = 127
 };
 
-/// The first format in which a level contains the positions from which the level below was last
-/// updated and the freeze amounts from which its neighbours were, and in which the imported mesh
-/// may differ from level 0.
+/// The first format in which a level contains its positions when the level below was last updated
+/// and its freeze amounts when its neighbours were last updated, and in which the faces of the
+/// imported mesh may differ from those of level 0.
 constexpr uint32_t carriedDownFormat = 331;
 
 struct VertexPosition {
@@ -43,7 +43,7 @@ struct VertexPosition {
 };
 static_assert(sizeof(VertexPosition) == 16);
 
-/// The vertices whose positions differ from those of the level.
+/// Writes the vertices whose positions differ from those of the level.
 template <typename PositionOf>
 std::vector<VertexPosition> Differences(const LevelMesh& level, PositionOf positionOf) {
     std::vector<VertexPosition> list;
@@ -83,7 +83,7 @@ SeenDifferences ReadSeen(SceneStream& stream, const LevelMesh& level) {
     return seen;
 }
 
-/// If no amounts are stored, an empty list, which has the same meaning as a list without
+/// If there are no amounts, writes an empty list, which is equivalent to a list without
 /// differences.
 void WriteSeenFreeze(SceneStream& stream, const FreezeDifferences& seen) {
     WriteList(stream, seen.vertices);
@@ -146,7 +146,7 @@ GeometryChunk ReadGeometryChunk(SceneStream& stream) {
     if (corners != 3 && corners != 4)
         SceneStream::Refuse(QStringLiteral("level 0 has faces with %1 corners").arg(corners));
     if (chunk.levelCount == 0 || chunk.bound >= chunk.levelCount) {
-        SceneStream::Refuse(QStringLiteral("level %2 of %1 levels is bound")
+        SceneStream::Refuse(QStringLiteral("the bound level is %2, but the scene has %1 levels")
                                 .arg(chunk.levelCount)
                                 .arg(chunk.bound));
     }
@@ -170,7 +170,7 @@ void WriteLevelChunk(SceneStream& stream,
     LevelMesh& level = *geometry.Level(index);
     const uint32_t vertices = level.VertexCount();
     const std::vector<Vector> positions = PositionsOf(level);
-    JobPhase phase(job, "Gathering the level", vertices);
+    JobPhase phase(job, "Collecting the level data", vertices);
     for (uint32_t v = 0; v < vertices; ++v) {
         phase.Add();
         if (IsFinite(positions[v])) continue;
@@ -179,7 +179,7 @@ void WriteLevelChunk(SceneStream& stream,
     }
     phase.Finish();
     std::vector<uint8_t> freeze(vertices);
-    // The amounts that the user has set, including those of hidden vertices.
+    // These are the amounts that the user has set, including those of hidden vertices.
     for (uint32_t v = 0; v < vertices; ++v)
         freeze[v] = static_cast<uint8_t>((level.vertices.array[v].freeze & ~freezeAmountMask) |
                                          level.Freeze(v));
@@ -236,11 +236,12 @@ void LevelChunkReader::Read(SceneStream& stream) {
     stream.Transfer(vertices);
     stream.Transfer(parts);
     if (index != next || index >= head.levelCount) {
-        SceneStream::Refuse(LevelText(index) +
-                            QStringLiteral(" is not the next of %1 levels").arg(head.levelCount));
+        SceneStream::Refuse(
+            LevelText(index) +
+            QStringLiteral(" is out of order; the scene has %1 levels").arg(head.levelCount));
     }
-    // Checked before the level allocates memory: the file must contain all its data, with the count
-    // that follows from the level below.
+    // Checked before memory is allocated for the level: the vertex count must follow from the level
+    // below, and the file must contain the data of all vertices.
     const uint64_t expected =
         geometry == nullptr ? head.vertexCount : geometry->CountNextLevelVertices();
     if (vertices != expected) {
@@ -340,7 +341,8 @@ PolygonMesh ReadImportChunk(SceneStream& stream,
         mesh.faceSizes.assign(mesh.faceVertices.size() / corners, corners);
         mesh.positions = ReadList<std::array<float, 3>>(stream);
         if (mesh.faceVertices.size() % corners != 0)
-            SceneStream::Refuse(QStringLiteral("the imported mesh ends within a face"));
+            SceneStream::Refuse(
+                QStringLiteral("the imported mesh data ends in the middle of a face"));
         mesh.attributes =
             ReadAttributes(stream,
                            {mesh.positions.size(), mesh.faceSizes.size(), mesh.faceVertices.size()},

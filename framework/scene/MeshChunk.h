@@ -6,10 +6,10 @@
 
 namespace trovik {
 
-/// The content of chunk GEOM. Level 0 can be created from it only after its positions (chunk LEVL)
-/// have been read.
+/// The content of chunk GEOM. Level 0 can be created only after its positions (chunk LEVL) have
+/// also been read.
 struct GeometryChunk {
-    PolygonMesh base;  ///< without positions
+    PolygonMesh base;  ///< Without positions.
     uint32_t vertexCount = 0;
     uint32_t levelCount = 0;
     uint32_t bound = 0;
@@ -24,8 +24,8 @@ void WriteGeometryChunk(SceneStream& stream,
                         const std::string& name);
 GeometryChunk ReadGeometryChunk(SceneStream& stream);
 
-/// Chunk LEVL: positions, normals, freeze bytes and face flags of one level, and the values from
-/// which the levels above and below were last updated.
+/// Chunk LEVL: the positions, normals, freeze bytes and face flags of one level, and the values of
+/// the level when the levels above and below were last updated.
 /// \throw Cancelled.
 void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t index, JobControl* job);
 
@@ -37,7 +37,7 @@ public:
     LevelChunkReader(GeometryChunk chunk, JobControl* jobControl)
         : head(std::move(chunk)), job(jobControl) {}
     void Read(SceneStream& stream);
-    /// Whether all levels were read.
+    /// Returns whether all levels have been read.
     bool IsComplete() const {
         return geometry != nullptr && geometry->LevelCount() == head.levelCount;
     }
@@ -58,15 +58,15 @@ private:
 };
 
 /// Chunk IMPT: the imported positions of level 0, as differences from the current ones; or the
-/// whole imported mesh if level 0 has other faces by now. \param scenePath  of the scene file.
-/// \throw Cancelled; so does ReadImportChunk.
+/// whole imported mesh if the faces of level 0 have changed since. \param scenePath  the path of
+/// the scene file. \throw Cancelled, like ReadImportChunk.
 void WriteImportChunk(SceneStream& stream,
                       const LevelGeometry& geometry,
                       const PolygonMesh& imported,
                       const std::string& scenePath,
                       JobControl* job);
-/// Reads the imported mesh and gives it this name. \param isOther  set to true if its faces are not
-/// those of level 0. The mesh then has attributes of its own; otherwise they are those of level 0.
+/// Reads the imported mesh and sets its name. \param isOther  set to true if its faces differ from
+/// those of level 0. The mesh then has its own attributes; otherwise, it has those of level 0.
 PolygonMesh ReadImportChunk(SceneStream& stream,
                             const LevelGeometry& geometry,
                             const std::string& name,
@@ -74,7 +74,7 @@ PolygonMesh ReadImportChunk(SceneStream& stream,
                             bool& isOther,
                             JobControl* job);
 
-/// Chunk TMIR: the topological mirror, which depends on the positions of level 0 when it was
+/// Chunk TMIR: the topological mirror, which depends on the positions of level 0 at the time it was
 /// computed. Written only if there is one.
 void WriteMirrorChunk(SceneStream& stream, const LevelGeometry& geometry);
 void ReadMirrorChunk(SceneStream& stream, LevelGeometry& geometry);

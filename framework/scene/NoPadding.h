@@ -8,8 +8,8 @@
 
 namespace trovik {
 
-/// Sum of the bytes of a value. It is not a constant expression if one of the bytes is padding,
-/// because padding bytes have no value.
+/// Returns the sum of a value's bytes. The call is not a constant expression if one of them is a
+/// padding byte, because padding bytes are indeterminate.
 template <typename T>
 constexpr uint64_t SumOfBytes() {
     const auto bytes = std::bit_cast<std::array<uint8_t, sizeof(T)>>(T{});
@@ -18,8 +18,9 @@ constexpr uint64_t SumOfBytes() {
     return sum;
 }
 
-/// Types in which every byte belongs to a member, so that values written byte by byte have no
-/// undefined bytes. T{} must be a constant expression, and T must be trivially copyable.
+/// Types without padding: every byte belongs to a member, so that writing a value byte by byte
+/// writes no indeterminate bytes. T{} must be a constant expression, and T must be trivially
+/// copyable.
 template <typename T>
 concept NoPadding = requires {
     typename std::integral_constant<uint64_t, SumOfBytes<T>()>;

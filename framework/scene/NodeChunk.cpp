@@ -15,18 +15,18 @@ namespace {
 
 /// The parent of a node is the geometry or a level.
 constexpr uint32_t geometryParent = 0xffffffffu;
-/// Deeper than any real tree; a damaged file must not exhaust the stack.
+/// More than any real tree has; a damaged file must not exhaust the stack.
 constexpr uint32_t deepest = 16;
 
-/// The neighbour table of patches: rows of faceTableRow faces for each face of its level.
+/// The neighbour table of patches: a row of faceTableRow faces for each face of its level.
 constexpr const char* faceTableClass = "PatchMap";
 constexpr uint32_t faceTableRow = 10;
 constexpr uint32_t noFace = 0xffffffffu;
 
-/// Code that reads the table later does not check its numbers, so they are checked here.
+/// Code that uses the table does not check its face numbers, so they are checked here.
 class FaceTableStream : public SceneStream {
 public:
-    /// Without `faces`, a store is read without checks.
+    /// If `faces` is not set, a store is read without checks.
     FaceTableStream(const SceneStream& content, std::optional<uint32_t> faces)
         : SceneStream(content), faceCount(faces) {}
 
@@ -48,7 +48,7 @@ private:
     std::optional<uint32_t> faceCount;
 };
 
-/// Hides the faces of a level during its lifetime.
+/// Hides the faces of a level for the lifetime of this object.
 class NoFaces {
 public:
     explicit NoFaces(LevelMesh* hidden)
@@ -127,8 +127,8 @@ private:
         std::unique_ptr<Node> made(desc == nullptr ? nullptr : desc->Create());
         auto* node = dynamic_cast<TreeNode*>(made.get());
         if (node == nullptr) {
-            notes.push_back("a node of class " + name.toStdString() +
-                            ", which no plug-in provides, is skipped");
+            notes.push_back("skipped a node of class " + name.toStdString() +
+                            ", which no plug-in provides");
             return nullptr;
         }
         RefuseNewerClass(stream, *desc);
@@ -178,7 +178,7 @@ void ReadNodeChunk(SceneStream& stream, LevelGeometry& geometry, std::vector<std
         stream.Transfer(parent);
         if (parent != geometryParent && parent >= geometry.LevelCount()) {
             SceneStream::Refuse(
-                QStringLiteral("a node of level %1, which does not exist").arg(parent));
+                QStringLiteral("a node belongs to level %1, which does not exist").arg(parent));
         }
         NodeReader reader(stream, notes);
         if (parent == geometryParent)

@@ -59,11 +59,11 @@ DabDynamics ReadPenChunk(SceneStream& stream) {
     dynamics.strengthCurve = ReadCurve(stream, "strength");
     dynamics.sizeCurve = ReadCurve(stream, "size");
     TransferNumbers(stream, dynamics);
-    Limit(dynamics.randomSize, 0.0f, 1.0f, "the random fraction of sizes");
+    Limit(dynamics.randomSize, 0.0f, 1.0f, "the random variation of the size");
     Limit(dynamics.tiltToSize, -1.0f, 4.0f, "the effect of tilt on size");
     Limit(dynamics.tiltToStrength, -1.0f, 4.0f, "the effect of tilt on strength");
     Limit(dynamics.radiusPixels, 0.0f, 16384.0f, "the radius in pixels");
-    Limit(dynamics.airbrush, 0.0f, 1000.0f, "the rate of the airbrush");
+    Limit(dynamics.airbrush, 0.0f, 1000.0f, "the airbrush rate");
     return dynamics;
 }
 

@@ -6,8 +6,7 @@
 
 namespace trovik {
 
-/// Chunk PENS: the effect of pen pressure, tilt, time and randomness on the dabs of the following
-/// strokes, for all tools.
+/// Chunk PENS: the effect of pen pressure, tilt, time and randomness on dabs, for all tools.
 void WritePenChunk(SceneStream& stream, const DabDynamics& dynamics);
 DabDynamics ReadPenChunk(SceneStream& stream);
 

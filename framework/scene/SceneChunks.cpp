@@ -17,7 +17,7 @@ namespace {
 constexpr const char* firstChunk = "HEAD";
 constexpr const char* lastChunk = "TEND";
 constexpr std::size_t fixedHeaderBytes = 16;
-/// Limit for the number of classes, higher than any program needs.
+/// Maximum number of classes, more than any program needs.
 constexpr uint32_t maxClasses = 4096;
 constexpr uint32_t maxClassNameBytes = 1024;
 
@@ -27,7 +27,7 @@ uint32_t NumberAt(const std::vector<uint8_t>& bytes, std::size_t offset) {
     return number;
 }
 
-/// Number of bytes of a chunk that are processed at a time.
+/// Number of bytes in a chunk that are processed at a time.
 constexpr std::size_t runBytes = std::size_t{1} << 20;
 
 /// Calls work(first, size) for consecutive ranges of a chunk.
@@ -40,7 +40,7 @@ void ForEachRun(JobPhase& phase, std::size_t total, Work work) {
     }
 }
 
-/// The name in printable form, because a damaged file can contain any bytes.
+/// Returns the name in printable form, because a damaged file can contain arbitrary bytes.
 std::string Printable(const std::string& name) {
     std::string text;
     for (const char letter : name) {
@@ -111,11 +111,11 @@ void SceneReader::Fail(uint64_t byte, const std::string& reason) const {
 void SceneReader::TakeHeader(std::vector<uint8_t>& bytes, std::size_t count) {
     const unsigned char* taken = file.Take(count);
     if (taken == nullptr)
-        Fail(file.Position() + file.Remaining(), "the file ends within the header of a scene");
+        Fail(file.Position() + file.Remaining(), "the file ends inside the scene header");
     bytes.insert(bytes.end(), taken, taken + count);
 }
 
-// Read in pieces, because the header's length follows from its own fields.
+// Read in pieces, because the length of the header depends on its fields.
 SceneStream SceneReader::ReadHeader() {
     std::vector<uint8_t> bytes;
     TakeHeader(bytes, fixedHeaderBytes);
@@ -131,7 +131,7 @@ SceneStream SceneReader::ReadHeader() {
     }
     const uint32_t classes = NumberAt(bytes, 12);
     if (classes > maxClasses)
-        Fail(12, std::to_string(classes) + " classes are too many; the file is damaged");
+        Fail(12, "too many classes (" + std::to_string(classes) + "); the file is damaged");
     for (uint32_t i = 0; i < classes; ++i) {
         const uint64_t offset = file.Position();
         TakeHeader(bytes, sizeof(uint32_t));
@@ -150,7 +150,7 @@ bool SceneReader::Next() {
     contentOffset = offset;
     if (file.Remaining() == 0) Fail(offset, "the file is truncated: chunk TEND is missing");
     const unsigned char* head = file.Take(chunkHeaderBytes);
-    if (head == nullptr) Fail(offset, "the file is truncated within the header of a chunk");
+    if (head == nullptr) Fail(offset, "the file is truncated inside a chunk header");
     name.assign(reinterpret_cast<const char*>(head), chunkNameBytes);
     uint32_t expected = 0;
     std::memcpy(&expected, head + chunkNameBytes, sizeof expected);
@@ -167,7 +167,7 @@ bool SceneReader::Next() {
     content =
         contentBytes == 0 ? nullptr : file.Take(static_cast<std::size_t>(contentBytes), &phase);
     if (contentBytes != 0 && content == nullptr)
-        Fail(contentOffset, "the file became shorter while it was read");
+        Fail(contentOffset, "the file was truncated while it was being read");
     uint32_t checksum = Crc32(name.data(), name.size());
     checksum = Crc32(&contentBytes, sizeof contentBytes, checksum);
     phase.Reach(contentBytes);
@@ -193,7 +193,7 @@ bool SceneReader::Next() {
 
 void SceneReader::Read(const std::function<void(SceneStream&)>& read) {
     const std::string what = "chunk " + Printable(name);
-    // Not null even for an empty chunk: null means that no bytes are borrowed.
+    // Used for an empty chunk, because a null pointer means that no bytes are borrowed.
     static constexpr uint8_t none = 0;
     SceneStream stream = header.Section(content == nullptr ? &none : content,
                                         contentBytes,

@@ -13,21 +13,21 @@
 
 /// \file A scene file as a sequence of chunks after the header of SceneStream. A chunk consists of
 /// its name (four letters), the CRC-32 of name, length and content, the length (uint64), and the
-/// content. The first chunk is "HEAD" with the CRC-32 of the header, the last "TEND" with the
-/// length of the file.
+/// content. The first chunk is "HEAD", which contains the CRC-32 of the header; the last is "TEND",
+/// which contains the length of the file.
 namespace trovik {
 
 inline constexpr std::size_t chunkNameBytes = 4;
 inline constexpr std::size_t chunkHeaderBytes = 16;
 
-/// Writes a scene file next to the old one, and replaces the old one at the end. Errors: HostError
-/// naming the file and the system's reason.
+/// Writes a scene to a new file next to the old one, which it replaces at the end. Errors:
+/// HostError naming the file and the system's reason.
 class TROVIK_API SceneWriter {
 public:
     /// \param header  provides the format and class versions of the file.
     /// \param job  receives the progress of Write, which throws Cancelled; may be null. Borrowed.
     SceneWriter(const std::string& path, const SceneStream& header, JobControl* job = nullptr);
-    /// A stream for the content of a chunk.
+    /// Returns a stream for the content of a chunk.
     SceneStream Section() const { return prototype.Section(); }
     void Write(std::string_view name, const SceneStream& content);
     /// Closes the file and replaces the old one. Must be the last call.
@@ -43,8 +43,8 @@ private:
     uint64_t written = 0;
 };
 
-/// Reads a scene file chunk by chunk. The content of each chunk has its stated length and a correct
-/// checksum; memory is proportional to the longest chunk. Errors: HostError "FILE: byte N: reason".
+/// Reads a scene file chunk by chunk and verifies the length and the checksum of each chunk. Memory
+/// is proportional to the longest chunk. Errors: HostError "FILE: byte N: reason".
 class TROVIK_API SceneReader {
 public:
     /// Opens the file and reads its header.
@@ -55,8 +55,9 @@ public:
     bool Next();
     /// Name of the current chunk.
     const std::string& Name() const { return name; }
-    /// Runs `read` on the content of the current chunk, which is valid until the next call of Next,
-    /// and checks that all of it was read. File, byte and chunk are added to errors of `read`.
+    /// Calls `read` with the content of the current chunk, which is valid until the next call of
+    /// Next, and checks that all of it was read. The file, the byte and the chunk are added to
+    /// errors that `read` throws.
     void Read(const std::function<void(SceneStream& content)>& read);
 
     const SceneStream& Header() const { return header; }
@@ -79,7 +80,7 @@ private:
     bool ended = false;
 };
 
-/// Writes `count` plain values, byte by byte.
+/// Writes `count` plain values as raw bytes.
 template <NoPadding T>
 void WriteValues(SceneStream& stream, const T* values, uint64_t count) {
     stream.WriteElements(values, sizeof(T), count);

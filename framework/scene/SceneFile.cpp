@@ -82,7 +82,7 @@ public:
             return;
         }
         if (IsUnknown(name)) {
-            scene.notes.push_back("chunk " + name + ", which is unknown, is skipped");
+            scene.notes.push_back("skipped the unknown chunk " + name);
             return;
         }
         if (scene.geometry == nullptr) Refuse("occurs before the mesh to which it belongs");
@@ -92,10 +92,10 @@ public:
     LoadedScene Finish() {
         if (scene.geometry == nullptr) {
             throw HostError(reader.Path() + ": the scene has " +
-                            (levels ? "fewer levels than its header states" : "no mesh"));
+                            (levels ? "fewer levels than chunk GEOM states" : "no mesh"));
         }
         if (scene.imported.positions.empty()) {
-            throw HostError(reader.Path() + ": the scene lacks chunk IMPT");
+            throw HostError(reader.Path() + ": the scene has no chunk IMPT");
         }
         // If the faces of the imported mesh are those of level 0, its attributes are the same too.
         if (!importedIsOther) scene.imported.attributes = scene.geometry->Attributes();
@@ -158,7 +158,7 @@ private:
     BrushOperation* brush;
     BrushOperation* freezeBrush;
     JobControl* job;
-    /// Chunks that occur once and have been read; HEAD is read before.
+    /// Chunks that may occur only once and have been read, including HEAD.
     std::set<std::string> seen = {"HEAD"};
     std::optional<LevelChunkReader> levels;
     LoadedScene scene;
@@ -252,7 +252,7 @@ LoadedScene LoadScene(const std::string& path,
     LoadPlugins();
     SceneReader reader(path, job);
     SceneBuilder builder(reader, brush, freezeBrush, job);
-    // The only setting that is global to the process.
+    // The only process-wide setting.
     const bool facing = CheckableFloatArray::s_bActive;
     try {
         while (reader.Next()) builder.Take();

@@ -14,36 +14,36 @@
 #include <vector>
 
 /// \file Scene files (*.trovik): a mesh with all its levels, layers and nodes, the settings of all
-/// tools, the pen and the freeze brush, mirrors and the view, so that work continues with
-/// bit-identical results. docs/scene-format.md describes every byte. Not included: the undo
-/// history, preferences, stroke totals.
+/// tools, the pen and the freeze brush, mirrors and the view, so that further work gives
+/// bit-identical results. docs/scene-format.md describes every byte. The undo history, preferences
+/// and stroke totals are not included.
 namespace trovik {
 
-/// The content of a scene other than mesh and brush.
+/// The contents of a scene apart from the mesh and the brush.
 struct SceneSettings {
     StrokeView view;
-    /// Settings of the following strokes: radius in world units, and spacing as a fraction of the
-    /// radius.
+    /// Stroke settings: the radius in world units, and the spacing as a fraction of the radius.
     float radius = 0.1f;
     float spacing = 0.25f;
     /// Pen settings, for all tools.
     DabDynamics dynamics;
-    /// Determine the random values of the following strokes.
+    /// These determine the random values of later strokes.
     uint64_t seed = 0;
     uint64_t strokesBegun = 0;
-    /// Mode and point maps, the arguments of StrokeLoop::SetMirrors.
+    /// Mirror mode and point maps: the arguments of StrokeLoop::SetMirrors.
     int mirrorMode = 0;
     std::vector<Matrix> mirrorMaps;
     /// Entries of all applications, including unknown ones.
     ApplicationData applicationData;
 };
 
-/// The parts of a scene, borrowed for the duration of SaveScene. None is changed; the brush
-/// temporarily takes each tool's settings, and its own are restored at the end.
+/// The parts of a scene, borrowed for the duration of SaveScene. None of them is changed: the
+/// settings of each tool are temporarily applied to the brush, and its own settings are restored at
+/// the end.
 struct SceneParts {
     LevelGeometry& geometry;
-    /// The mesh as it was imported. Level 0 has its faces, or the faces that result from splitting
-    /// them.
+    /// The mesh as it was imported. Level 0 has the same faces, or the faces that result from
+    /// splitting them.
     const PolygonMesh& imported;
     BrushOperation& brush;
     const SceneSettings& settings;
@@ -53,13 +53,12 @@ struct SceneParts {
     bool isFreezing = false;
 };
 
-/// Writes the scene next to the old file and renames it. No stroke may be open.
+/// Writes the scene to a new file and replaces the old one. No stroke may be open.
 /// \param header  format and class versions of the file; data that older versions do not support is
 /// omitted.
 /// \param beforeReplacing  see FileReplacement::Commit.
-/// \throw HostError naming the file and the reason, also for non-finite positions and if memory
-/// runs out; Cancelled. In both cases, the old file is unchanged, and nothing of the new one
-/// remains.
+/// \throw HostError naming the file and the reason, also if a position is non-finite or memory runs
+/// out; Cancelled. In both cases, the old file is unchanged and the new one is removed.
 TROVIK_API void SaveScene(
     const std::string& path,
     const SceneParts& parts,
@@ -74,26 +73,26 @@ struct LoadedScene {
     /// Level 0 as it was imported.
     PolygonMesh imported;
     SceneSettings settings;
-    /// Parts that were skipped, one line each: nodes and chunks that are unknown to this program.
+    /// Parts that were skipped because this program does not support them, such as nodes and
+    /// chunks; one line each.
     std::vector<std::string> notes;
-    /// Names of the tools with settings, the active one last.
+    /// Names of the tools that have settings, the active tool last.
     std::vector<std::string> tools;
     /// Whether the freeze brush is active.
     bool isFreezing = false;
 };
 
-/// Reads a scene and loads the plug-ins for the classes of its nodes. If it throws, nothing of the
-/// scene remains.
-/// \param brush  a new brush, which receives the tools' settings, those of the active tool last;
-/// null to skip them. After an error the brush must be discarded.
-/// \param freezeBrush  a new freeze brush, handled like `brush`.
-/// \throw HostError "FILE: byte N: reason"; Cancelled.
+/// Reads a scene and loads the plug-ins for the classes of its nodes. If it throws, everything that
+/// was read is discarded.
+/// \param brush  a new brush that receives the settings of all tools, those of the active tool
+/// last; null to skip them. After an error, the brush must be discarded. \param freezeBrush  a new
+/// freeze brush, handled like `brush`. \throw HostError "FILE: byte N: reason"; Cancelled.
 TROVIK_API LoadedScene LoadScene(const std::string& path,
                                  BrushOperation* brush,
                                  BrushOperation* freezeBrush = nullptr,
                                  JobControl* job = nullptr);
 
-/// Whether the file name ends in ".trovik", in upper or lower case.
+/// Returns whether the file name ends in ".trovik", in upper or lower case.
 TROVIK_API bool IsScenePath(const std::string& path);
 
 }  // namespace trovik

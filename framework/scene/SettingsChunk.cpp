@@ -13,7 +13,7 @@ namespace trovik {
 
 namespace {
 
-/// The maximum width and height of a render.
+/// The maximum width and height of the view.
 constexpr int32_t largestSide = 16384;
 
 void TransferView(SceneStream& stream, StrokeView& view) {
@@ -39,10 +39,12 @@ void CheckView(const StrokeView& view) {
             QStringLiteral("the view's field of view is not between 0 and 180 degrees"));
     for (const int side : {view.width, view.height})
         if (side < 1 || side > largestSide)
-            SceneStream::Refuse(QStringLiteral("the view has a side of %1 pixels").arg(side));
+            SceneStream::Refuse(
+                QStringLiteral("the view's width or height of %1 pixels is out of range")
+                    .arg(side));
 }
 
-/// \throw HostError for settings that strokes reject.
+/// \throw HostError for settings that a stroke would reject.
 void CheckBrush(const SceneSettings& settings) {
     if (!(settings.radius > 0.0f) || !std::isfinite(settings.radius))
         throw HostError("the radius is not above 0");
@@ -52,7 +54,7 @@ void CheckBrush(const SceneSettings& settings) {
 }  // namespace
 
 void WriteSettingsChunk(SceneStream& stream, const SceneSettings& settings) {
-    // A scene that could not be read again must not be written.
+    // A scene that cannot be read again must not be written.
     CheckBrush(settings);
     SceneSettings copy = settings;
     TransferView(stream, copy.view);
@@ -84,13 +86,13 @@ SceneSettings ReadSettingsChunk(SceneStream& stream) {
     settings.mirrorMaps = ReadList<Matrix>(stream);
     if (settings.mirrorMaps.size() > maxMirrorMaps) {
         SceneStream::Refuse(
-            QStringLiteral("%1 mirrors are too many").arg(settings.mirrorMaps.size()));
+            QStringLiteral("too many mirrors (%1)").arg(settings.mirrorMaps.size()));
     }
     for (const Matrix& map : settings.mirrorMaps)
         for (const auto& row : map.m)
             for (const float number : row)
                 if (!std::isfinite(number))
-                    SceneStream::Refuse(QStringLiteral("a mirror's map is not finite"));
+                    SceneStream::Refuse(QStringLiteral("a mirror transform is not finite"));
     return settings;
 }
 

@@ -5,7 +5,7 @@
 
 namespace trovik {
 
-/// Chunk SETT: view; radius, spacing and random seed of the following strokes; mirrors.
+/// Chunk SETT: the view; the radius, spacing and random seed of strokes; mirrors.
 void WriteSettingsChunk(SceneStream& stream, const SceneSettings& settings);
 SceneSettings ReadSettingsChunk(SceneStream& stream);
 

@@ -19,12 +19,12 @@ namespace trovik {
 
 namespace {
 
-/// Address space per thread: its stack, and the heap that the C library reserves for it.
+/// Address space per thread: its stack and the heap that the C library reserves for it.
 constexpr uint64_t addressBytesPerThread = uint64_t{144} << 20;
-/// Address space that is left free for the libraries' data.
+/// Address space that remains free for the data of libraries.
 constexpr uint64_t addressReserve = uint64_t{64} << 20;
 
-/// Returns the number of threads that can run at the same time, up to `wanted`, by starting them.
+/// Starts up to `wanted` threads and returns the number of threads that can run at the same time.
 unsigned CountGrantedThreads(unsigned wanted) {
     std::mutex mutex;
     std::condition_variable over;
@@ -52,7 +52,7 @@ unsigned CountGrantedThreads(unsigned wanted) {
     return static_cast<unsigned>(threads.size()) + 1;
 }
 
-/// Returns the number of threads that fit into the address space in addition to the work.
+/// Returns the number of threads, up to `wanted`, that fit into the address space left by the work.
 unsigned CountAddressableThreads(unsigned wanted, uint64_t workBytes) {
     // Only address space is considered, because stacks reserve address space but use little
     // physical memory.

@@ -18,7 +18,7 @@ BakeCanvas::Options Small(std::uint32_t side, std::uint32_t samplesPerSide, std:
     return options;
 }
 
-/// A rectangle with one value, in texels of a canvas of `side`; rows start at the top.
+/// A rectangle with a single value, in texels; rows are counted from the top.
 struct Block {
     double left, top, right, bottom;
     float value;
@@ -50,7 +50,7 @@ FloatImage Rasterized(BakeCanvas::Options options,
     return canvas.Finish(neutral, counts == nullptr ? own : *counts);
 }
 
-/// The texels as digits, rows from the top; a dot is the neutral value.
+/// Returns the texels as digits, in rows from the top; a dot is the neutral value.
 std::vector<std::string> TexelDigits(const FloatImage& image) {
     std::vector<std::string> rows;
     for (std::uint32_t y = 0; y < image.height; ++y) {
@@ -69,9 +69,9 @@ TEST(BakeCanvasTest, PaddingHasTheRequestedWidthAndStaysOutOfOtherIslands) {
     const FloatImage image =
         Rasterized(Small(12, 1, 2), {{1, 1, 4, 4, 1}, {7, 1, 9, 11, 2}}, &counts);
     // The middle column of the three-column gap is equally near to both blocks, and the first block
-    // gets it. Texels 1.5 off in both directions are 2.12 away.
+    // wins. Texels that are 1.5 away in both directions have a distance of 2.12.
     EXPECT_EQ(TexelDigits(image)[1], "11111122222.");
-    // The expected value of every texel follows from its distances to both blocks.
+    // The expected value of each texel is computed from its distances to both blocks.
     for (std::uint32_t y = 0; y < 12; ++y) {
         for (std::uint32_t x = 0; x < 12; ++x) {
             const auto away = [x, y](const Block& b) {
@@ -104,7 +104,7 @@ TEST(BakeCanvasTest, PaddingContinuesTheValuesAlongTheEdge) {
     BakeCanvas::Counts counts;
     const FloatImage image = canvas.Finish(neutral, counts);
     for (std::uint32_t x = 0; x < 8; ++x) {
-        EXPECT_EQ(image.pixels[0 * 8 + x], -1.0f) << "3.5 texels off";
+        EXPECT_EQ(image.pixels[0 * 8 + x], -1.0f) << "3.5 texels away";
         EXPECT_NEAR(image.pixels[1 * 8 + x], static_cast<float>(x) + 0.5f, 1e-5f);
         EXPECT_NEAR(image.pixels[6 * 8 + x], static_cast<float>(x) + 0.5f, 1e-5f);
     }

@@ -11,8 +11,8 @@
 
 namespace trovik::test {
 
-/// Gives each face its own island in the texture, in cells of a grid of `columns` by `columns`; the
-/// islands of odd faces are mirrored. A `margin` of each cell stays unused.
+/// Gives each face its own UV island, in a cell of a grid of `columns` by `columns`; the islands of
+/// odd faces are mirrored. A `margin` in each cell is unused.
 inline PolygonMesh WithIslands(PolygonMesh mesh, unsigned columns, float margin) {
     const float cell = 1.0f / static_cast<float>(columns);
     SurfaceAttributes& more = mesh.attributes;
@@ -33,7 +33,8 @@ inline PolygonMesh WithIslands(PolygonMesh mesh, unsigned columns, float margin)
     return mesh;
 }
 
-/// n x n quads over an arched surface with one island that fills the texture except for a margin.
+/// Returns an arched surface of n x n quads with one UV island that fills the texture except for a
+/// margin.
 inline PolygonMesh ArchedSheet(unsigned n, float margin) {
     PolygonMesh mesh = GridMesh(n, n);
     const auto side = static_cast<float>(n);
@@ -52,7 +53,7 @@ inline std::unique_ptr<LevelGeometry> Refined(const PolygonMesh& mesh, unsigned 
     return geometry;
 }
 
-/// A pseudo-random number from -1 to 1 that depends on the vertex.
+/// Returns a pseudo-random number from -1 to 1 that depends on the vertex.
 inline float Noise(std::uint32_t vertex, std::uint32_t which) {
     std::uint32_t bits = vertex * 2654435761u + which * 40503u + 12345u;
     bits = (bits ^ bits >> 15) * 2246822519u;
@@ -60,15 +61,15 @@ inline float Noise(std::uint32_t vertex, std::uint32_t which) {
     return static_cast<float>(bits & 0xffffu) / 32767.5f - 1.0f;
 }
 
-/// Waves of about the given size with added noise.
+/// Returns waves of about the given size with added noise.
 inline Vector Wave(const Vector& p, std::uint32_t vertex, float size) {
     const Vector wave(std::sin(3.0f * p.y + p.z), std::cos(2.0f * p.x), std::sin(2.0f * p.x * p.y));
     const Vector noise(Noise(vertex, 0), Noise(vertex, 1), Noise(vertex, 2));
     return (wave + noise * 0.2f) * size;
 }
 
-/// Moves each vertex of the highest level and marks all detail as carried, so that the base stays
-/// unchanged.
+/// Moves each vertex of the highest level and marks all detail as carried down, so that the base
+/// does not change.
 template <typename Move>
 void MoveHighest(LevelGeometry& geometry, Move move) {
     LevelMesh& level = *geometry.Bound();
@@ -78,7 +79,7 @@ void MoveHighest(LevelGeometry& geometry, Move move) {
     geometry.Restore(geometry.BoundIndex(), {});
 }
 
-/// The largest difference between the displacements at the two ends of an edge.
+/// Returns the largest difference between the displacements at the two ends of an edge.
 inline float LargestStep(const LevelMesh& level,
                          const std::vector<Vector>& a,
                          const std::vector<Vector>& b) {

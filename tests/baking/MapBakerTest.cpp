@@ -18,8 +18,8 @@ BakeOptions Options(MapKind kind, MapSpace space, std::uint32_t width, std::uint
     return options;
 }
 
-/// Two square pieces of 2 x 2 quads, 3 apart in x. Each has half of the texture; with `mirrored`,
-/// the right one's half runs from right to left.
+/// Returns two square pieces of 2 x 2 quads with a distance of 3 in x. Each uses one half of the
+/// texture; with `mirrored`, the UVs of the right piece run from right to left.
 PolygonMesh TwoSheets(bool mirrored) {
     PolygonMesh mesh;
     for (std::uint32_t sheet = 0; sheet < 2; ++sheet) {
@@ -58,7 +58,8 @@ TEST(MapBakerTest, NormalsWithoutDetailPointStraightOut) {
     }
 }
 
-// A plane z = 0 whose fine level is the slope z = 0.5 x + 0.25 y, so the expected values are known.
+// The base is the plane z = 0 and the fine level is the slope z = 0.5 x + 0.25 y, so the expected
+// values are known.
 TEST(MapBakerTest, SlopeOverAPlaneHasTheAnalyticValues) {
     PolygonMesh mesh = GridMesh(2, 2);
     for (const std::array<float, 3>& p : mesh.positions)
@@ -82,7 +83,7 @@ TEST(MapBakerTest, SlopeOverAPlaneHasTheAnalyticValues) {
     const float facing = image.pixels[0] > 0.0f ? 1.0f : -1.0f;
     for (std::uint32_t y = 0; y < 4; ++y) {
         for (std::uint32_t x = 0; x < 8; ++x) {
-            // In the top row v is near 1 and y near 2.
+            // In the top row, v is near 1 and y is near 2.
             const float px = (static_cast<float>(x) + 0.5f) * 0.25f;
             const float py = (3.5f - static_cast<float>(y)) * 0.5f;
             EXPECT_NEAR(image.pixels[y * 8 + x], facing * (0.5f * px + 0.25f * py), 1e-5f);
@@ -140,7 +141,7 @@ TEST(MapBakerTest, PaddingContinuesTheIslandAndLeavesOtherTexelsNeutral) {
     MoveHighest(*geometry, [](std::uint32_t, const Vector& p) {
         return Vector(0.0f, 0.0f, p.x < 1.0f ? 1.0f : p.x > 1.0f ? 3.0f : 2.0f);
     });
-    // The islands cover columns 2 to 6 and 10 to 14 of 16, and rows 2 to 6 of the lower 8.
+    // The islands cover columns 2 to 6 and 10 to 14 of 16, and rows 2 to 6 of the lower 8 rows.
     BakeOptions options = Options(MapKind::Displacement, MapSpace::Tangent, 16, 16);
     options.padding = 2;
     const BakedMap map = BakeMap(*geometry, options, "d.exr");
@@ -161,7 +162,8 @@ TEST(MapBakerTest, PaddingContinuesTheIslandAndLeavesOtherTexelsNeutral) {
                 continue;
             }
             padded += away > 0.0 ? 1u : 0u;
-            // The left island runs from 1 to 2 and the mirrored right one from 2 to 3.
+            // The values run from 1 to 2 on the left island and from 2 to 3 on the mirrored right
+            // one.
             EXPECT_GE(value, right ? 2.0f : 1.0f) << x << ", " << y;
             EXPECT_LE(value, right ? 3.0f : 2.0f) << x << ", " << y;
             if (dx > 0.0) {
@@ -189,7 +191,8 @@ TEST(MapBakerTest, OverlappingUvsAreReported) {
                                         Options(MapKind::Displacement, MapSpace::Tangent, 16, 16),
                                         {folder.Path("d.exr")});
     EXPECT_EQ(report.warning,
-              "on 16 texels the UVs of faces overlap, such as those of face 2 of level 0; the map "
+              "on 16 texels the UVs of several faces overlap, for example those of face 2 of level "
+              "0; the map "
               "contains the face with the lowest number there");
 }
 
@@ -212,7 +215,7 @@ TEST(MapBakerTest, InputThatCannotBeBakedIsAOneLineError) {
               "d.jpg: the file name of a map must end in .exr, .png, .tif or .tiff");
     options.width = 0;
     EXPECT_EQ(message(options, "d.exr"),
-              "a map of 0 x 16 texels is not possible; width and height must be 1 to 16384");
+              "cannot bake a map of 0 x 16 texels; width and height must be 1 to 16384");
 
     const auto bare = Refined(GridMesh(2, 1), 1);
     options = Options(MapKind::Normal, MapSpace::Tangent, 16, 16);
@@ -239,7 +242,7 @@ TEST(MapBakerTest, RepeatedTextureWrapsUvsOutsideTheTile) {
     const BakedMap plain = BakeMap(*inside, options, "v.exr");
 
     PolygonMesh shifted = WithIslands(GridMesh(2, 1), 2, 0.25f);
-    // 5 texels to the right of the third tile, 4 below: the right island crosses the edge.
+    // Shifted so that the right island crosses the edge of a tile.
     for (std::array<float, 2>& uv : shifted.attributes.uvs) {
         uv[0] += 3.0f + 5.0f / 32.0f;
         uv[1] -= 4.0f / 32.0f;

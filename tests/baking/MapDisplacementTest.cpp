@@ -15,7 +15,7 @@
 namespace trovik::test {
 namespace {
 
-/// A plane of 4 x 4 quads with two subdivisions; its UVs are the unit square and its normals point
+/// A plane of 4 x 4 quads, subdivided twice. Its UVs cover the unit square and its normals point
 /// along z or -z.
 class MapDisplacementTest : public ::testing::Test {
 protected:
@@ -32,7 +32,7 @@ protected:
     }
     LevelMesh& Level() { return *geometry->Bound(); }
 
-    /// A map of 2 x 2 texels in the order upper left, upper right, lower left, lower right.
+    /// Writes a map of 2 x 2 texels, in the order upper left, upper right, lower left, lower right.
     std::string Map(const char* name, const std::array<float, 4>& values) {
         FloatImage image;
         image.width = image.height = 2;
@@ -69,7 +69,8 @@ protected:
 };
 
 TEST_F(MapDisplacementTest, InterpolatesBetweenTexelCentresAndClampsBeyondThem) {
-    // The corner beyond the centre of the zero texel does not move: 5 x 5 of 17 x 17 vertices.
+    // The corner beyond the centre of the texel with value 0 does not move: 5 x 5 of 17 x 17
+    // vertices.
     EXPECT_EQ(Displace(Map("d.exr", {0.0f, 4.0f, 8.0f, 16.0f})), 17u * 17u - 5u * 5u);
     // Texel centres are at 1 and 3; the top row is at y = 3.
     EXPECT_FLOAT_EQ(HeightAt(1, 1), 8.0f);
@@ -105,7 +106,7 @@ TEST_F(MapDisplacementTest, IsOneUndoStepThatRestoresEveryBit) {
     ASSERT_TRUE(geometry->History().Redo(*geometry));
     EXPECT_EQ(Bits(), after);
     Level().ComputeNormals();
-    EXPECT_EQ(Bits(), after) << "normals follow the shape";
+    EXPECT_EQ(Bits(), after) << "normals must match the shape";
 }
 
 TEST_F(MapDisplacementTest, ReportsTheChangedPatches) {
@@ -156,7 +157,7 @@ TEST_F(MapDisplacementTest, IsWrittenToTheActiveLayer) {
     geometry->History().Push(SetLayerPropertiesAsStep(*geometry, layer, given));
     EXPECT_EQ(HeightAt(1, 1), 1.0f);
     Displace(Map("e.exr", {8, 8, 8, 8}));
-    EXPECT_EQ(HeightAt(1, 1), 3.0f) << "the layer's strength scales it";
+    EXPECT_EQ(HeightAt(1, 1), 3.0f) << "the layer's strength must scale the displacement";
     given.writable = false;
     geometry->History().Push(SetLayerPropertiesAsStep(*geometry, layer, given));
     EXPECT_EQ(MessageOf<HostError>([&] { Displace(folder.Path("e.exr")); }),
@@ -214,7 +215,7 @@ TEST_F(MapDisplacementTest, UnsuitableMapIsRefusedAndNothingChanges) {
     EXPECT_EQ(message(options), options.path + ": a normal map contains no displacement");
     options.path = Map("huge.exr", {3e38f, 3e38f, 3e38f, 3e38f});
     options.strength = 100.0f;
-    EXPECT_NE(message(options).find("would get a position that is not finite"), std::string::npos);
+    EXPECT_NE(message(options).find("would get a non-finite position"), std::string::npos);
     EXPECT_EQ(Bits(), before);
     EXPECT_EQ(geometry->History().Position(), 0u);
 
@@ -228,11 +229,11 @@ TEST_F(MapDisplacementTest, UnsuitableMapIsRefusedAndNothingChanges) {
     EXPECT_EQ(message(options), "the mesh has no texture coordinates (UVs), which a map requires");
 }
 
-// The two sides of a seam read different texels of the map but have common vertices.
+// The two sides of a seam read different texels of the map but share vertices.
 TEST(MapDisplacementSeamTest, SeamVertexMovesByTheMeanOfItsSides) {
     const TemporaryFolder folder;
-    // The left quad uses the left half of the texture, the right quad the right half, with a gap
-    // between.
+    // The left quad uses the left half of the texture and the right quad the right half, with a gap
+    // in between.
     const auto geometry = Refined(WithIslands(GridMesh(2, 1), 2, 0.25f), 2);
     FloatImage image;
     image.width = 4;
@@ -249,8 +250,8 @@ TEST(MapDisplacementSeamTest, SeamVertexMovesByTheMeanOfItsSides) {
         const Vector p = level.Position(v);
         const float height = std::fabs(p.z);
         if (p.x == 1.0f) {
-            // On the left the seam is at u = 0.375 (between texels 1 and 2 by 0: all of texel 1),
-            // and on the right, mirrored, at u = 0.625.
+            // On the left, the seam is at u = 0.375, the centre of texel 1; on the right, which is
+            // mirrored, it is at u = 0.625, the centre of texel 2. The mean of 1 and 5 is 3.
             EXPECT_FLOAT_EQ(height, 3.0f);
             ++onSeam;
         } else {

@@ -2,10 +2,10 @@
 
 /// \file A baked map, applied to the smooth refinement of its base, reproduces the sculpted shape.
 ///
-/// The error bound of the tests: a map is linear within the faces, and a vertex reads the mean of
-/// texels at most one texel away in both directions, half a texel on average in each. The error is
-/// therefore at most (change of the displacement from vertex to vertex) x (texel / face), or twice
-/// that where the texture is skewed, as in triangles, or the frame rotates.
+/// The error bound of the tests: a map is linear within each face, and a vertex reads the mean of
+/// texels that are at most one texel away in each direction, half a texel on average. The error is
+/// therefore at most (change of the displacement from vertex to vertex) x (texel size / face size),
+/// or twice that where the UVs are skewed, as in triangles, or where the frame rotates.
 #include "framework/baking/MapDisplacement.h"
 #include "framework/baking/MapFile.h"
 #include "tests/baking/BakedMeshes.h"
@@ -19,7 +19,7 @@ namespace {
 struct Case {
     const char* name;
     PolygonMesh mesh;
-    /// The number of level 0 faces across the texture.
+    /// The number of level-0 faces across the texture.
     float facesAcross;
 };
 
@@ -35,7 +35,7 @@ constexpr std::uint32_t size = 256;
 
 class MapRoundTrip : public ::testing::Test {
 protected:
-    /// The distance of the displaced smooth surface from the sculpted one.
+    /// Returns the distance between the displaced smooth surface and the sculpted one.
     float Error(LevelGeometry& sculpted, const PolygonMesh& base, const BakeOptions& options) {
         const std::string path = folder.Path(options.kind == MapKind::Vector ? "v.exr" : "d.exr");
         report = BakeToFile(sculpted, options, {path});
@@ -87,7 +87,7 @@ TEST_F(MapRoundTrip, ScalarMapReproducesMovesAlongTheNormals) {
         const auto sculpted = Refined(one.mesh, levels);
         const std::vector<Vector> smooth = PositionsOf(*sculpted->Bound());
         const LevelMesh& level = *sculpted->Bound();
-        // Unit normals in single precision, by the rule of ComputeNormals.
+        // Unit normals in single precision, computed like those of ComputeNormals.
         std::vector<Vector> normals(smooth.size());
         for (std::uint32_t face = 0; face < level.faceCount; ++face) {
             const std::uint32_t* v = level.faceVertexIndices.array + face * 4;
@@ -128,7 +128,7 @@ TEST_F(MapRoundTrip, SixteenBitsAddOnlyTheirRoundingError) {
         SCOPED_TRACE(name);
         const std::vector<Vector> rounded = applied(name);
         EXPECT_EQ(report.bits, MapBits::Sixteen);
-        // Three components, each off by half a quantisation step.
+        // Three components, each with an error of half a quantisation step.
         EXPECT_LT(LargestDistance(exact, rounded), 1.8f * report.text.scale / 131070.0f + 1e-6f);
         EXPECT_GT(LargestDistance(exact, rounded), 0.0f);
     }
@@ -138,7 +138,7 @@ TEST_F(MapRoundTrip, MapRefersToTheBaseThatFollowsTheSculpting) {
     const PolygonMesh mesh = ArchedSheet(4, 1.0f / 16.0f);
     const auto sculpted = Refined(mesh, levels);
     LevelMesh& level = *sculpted->Bound();
-    // A bulge that the base takes over when its level is bound, unlike in the tests above.
+    // Unlike in the tests above, binding level 0 carries this bulge down to it.
     for (std::uint32_t v = 0; v < level.VertexCount(); ++v)
         level.SetPosition(v, level.Position(v) + Wave(level.Position(v), v, 0.3f));
     level.ComputeNormals();
@@ -166,7 +166,7 @@ TEST_F(MapRoundTrip, MapRefersToTheBaseThatFollowsTheSculpting) {
 
 TEST_F(MapRoundTrip, EachTextureTileIsASeparateFile) {
     PolygonMesh base = WithIslands(SteppedBox(), 8, 0.125f);
-    // Move the odd faces, each with its own four UVs, to tile 1012.
+    // Moves the odd faces, each with its own four UVs, to tile 1012.
     for (std::size_t uv = 0; uv < base.attributes.uvs.size(); ++uv) {
         if (uv / 4 % 2 == 0) continue;
         base.attributes.uvs[uv][0] += 1.0f;

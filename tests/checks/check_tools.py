@@ -20,7 +20,7 @@ import check_phrases  # noqa: E402
 from source_prose import prose_of  # noqa: E402
 
 PHRASES = check_phrases.compiled()
-# The first phrase of the list that is two plain words.
+# The first phrase in the list that consists of two plain words.
 FIRST, SECOND = next(
     match.groups() for match in (re.fullmatch(r"\\b(\w+) (\w+)\\b", pattern)
                                  for pattern, _ in check_phrases.PHRASES) if match)

@@ -53,7 +53,8 @@ protected:
         return {WEXITSTATUS(result), ReadAll(folder / "out.txt"), ReadAll(folder / "error.txt")};
     }
 
-    /// Runs a script and expects it to fail with this one line on standard error.
+    /// Runs a script and expects it to fail with a single line on standard error that has this
+    /// reason.
     void ExpectScriptError(const std::string& script, const std::string& reason) {
         SCOPED_TRACE(script);
         WriteFile("bad.json", script);

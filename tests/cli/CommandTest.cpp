@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The command as users see it: exit status, a one-line error on failure, files that it
-/// writes.
+/// \file The command from the user's point of view: exit status, one-line error messages, and the
+/// files that it writes.
 #include "tests/cli/CommandRun.h"
 
 namespace trovik::test {

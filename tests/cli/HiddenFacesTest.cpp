@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Hidden faces from a script to a scene, and from the scene to renders and meshes.
+/// \file Hidden faces in scripts, in the scenes they save, and in renders and exports of these
+/// scenes.
 #include "tests/cli/CommandRun.h"
 
 #include <nlohmann/json.hpp>
@@ -30,7 +31,7 @@ TEST_F(HiddenFacesCommand, AreKeptInScenesAndLeftOutOnRequest) {
     EXPECT_EQ(FacesIn("cube.trovik all.ply"), 96u);
     EXPECT_EQ(FacesIn("cube.trovik visible.ply --visible"), 80u);
     EXPECT_EQ(ReadAll(folder / "visible.ply"), ReadAll(folder / "part.ply"));
-    // The children of hidden faces on an added level are hidden, too.
+    // On an added level, the children of hidden faces are hidden too.
     EXPECT_EQ(FacesIn("cube.trovik finer.ply --visible --levels 1"), 320u);
     WriteFile("all.json", R"({"scene": "cube.trovik", "steps": [{"show": "all"},
                               {"save": "shown.trovik"}]})");

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file `trovik info` on several files, and notes on the contents of files.
+/// \file `trovik info` with several files, and notes about the contents of files.
 #include "tests/cli/CommandRun.h"
 
 #include <gmock/gmock.h>
@@ -124,7 +124,7 @@ TEST_F(InfoCommand, ExportsOfMaterialsNameEveryFile) {
     fs::remove_all(folder / "out");
     const json summary = json::parse(Run("sculpt e.json -o out --json -q").out);
     EXPECT_EQ(summary["files"], json({"out/fine.obj", "out/odd.mtl", "out/fine.trovik"}));
-    // A scene that is moved together with the files it names finds them.
+    // A scene still finds its referenced files after it is moved along with them.
     fs::create_directories(folder / "moved");
     fs::rename(folder / "out", folder / "moved/out");
     fs::rename(folder / "odd.mtl", folder / "moved/odd.mtl");

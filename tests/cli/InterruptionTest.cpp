@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Ctrl-C and SIGTERM during long work: one line of output, the exit status that shells
+/// \file Ctrl-C and SIGTERM during long operations: one line of output, the exit status that shells
 /// expect, and unchanged files.
 #include "tests/cli/CommandRun.h"
 
@@ -15,7 +15,7 @@
 namespace trovik::test {
 namespace {
 
-/// The command, running in its folder.
+/// The command as a child process that runs in the test's folder.
 class Running {
 public:
     Running(const fs::path& folder, const std::vector<std::string>& arguments) {
@@ -27,7 +27,7 @@ public:
         raw.push_back(nullptr);
         child = fork();
         if (child != 0) return;
-        // The test run may itself ignore these signals, as background processes do.
+        // The test process may ignore these signals, as background processes do.
         for (const int number : {SIGINT, SIGTERM}) std::signal(number, SIG_DFL);
         const int out = open((folder / "out.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         const int error = open((folder / "error.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
@@ -49,7 +49,7 @@ public:
         if (!over) over = waitpid(child, &status, WNOHANG) == child;
         return over;
     }
-    /// The status as returned by waitpid.
+    /// Waits for the process and returns its status as reported by waitpid.
     int Wait() {
         if (!over) over = waitpid(child, &status, 0) == child;
         return status;
@@ -63,8 +63,8 @@ private:
 
 class Interruption : public Command {
 protected:
-    /// Writes a script with two steps that write files, and a subdivision into six million faces
-    /// between them.
+    /// Writes a script with two steps that write files and, between them, a subdivision into six
+    /// million faces.
     void WriteScript() {
         WriteFile("s.json", R"({"mesh": "cube.obj", "levels": 2, "steps": [
             {"tool": "Sculpt", "set": {"radius": 0.6, "strength": 80}},
@@ -92,11 +92,11 @@ protected:
             names.insert(entry.path().filename().string());
         return names;
     }
-    /// Interrupts a run of the script during its subdivision. \return the status as returned by
+    /// Interrupts a run of the script during the subdivision. \return the status as reported by
     /// waitpid.
     int InterruptInSubdivision(int signal, const std::vector<std::string>& arguments) {
-        // If the test was not scheduled before the subdivision ended, the run proves nothing and is
-        // repeated.
+        // If the signal arrived only after the subdivision had ended, the run is inconclusive and
+        // is repeated.
         for (int attempt = 0; attempt < 10; ++attempt) {
             WriteScript();
             const auto running = RunUntil("] subdivide\n", arguments);
@@ -107,7 +107,7 @@ protected:
         ADD_FAILURE() << "no run was interrupted during its subdivision";
         return 0;
     }
-    /// Expects one line, the last one, after the lines that report the steps.
+    /// Expects a single error line after the lines that report the steps.
     void ExpectOneLine() const {
         const std::string error = ReadAll(folder / "error.txt");
         const std::string line = "trovik: interrupted\n";
@@ -160,7 +160,7 @@ TEST_F(Interruption, JournalRecoversFinishedWork) {
     EXPECT_EQ(outcome.error,
               "trovik: s.journal: the last step, \"subdivide\", was not finished and is "
               "skipped\n");
-    // The work up to the subdivision, bit-identical.
+    // The recovered scene is bit-identical to the state before the subdivision.
     ASSERT_EQ(Run("convert s.trovik again.ply -q").status, 0);
     EXPECT_EQ(ReadAll(folder / "again.ply"), ReadAll(folder / "before.ply"));
 }
@@ -169,7 +169,7 @@ TEST_F(Interruption, SecondSignalEndsTheProgramAtOnce) {
     for (int attempt = 0; attempt < 10; ++attempt) {
         WriteScript();
         const auto running = RunUntil("] subdivide\n", {"sculpt", "s.json"});
-        // Both signals are pending when it continues.
+        // Both signals are pending when the process continues.
         running->Send(SIGSTOP);
         running->Send(SIGINT);
         running->Send(SIGTERM);
@@ -187,7 +187,7 @@ TEST_F(Interruption, SecondSignalEndsTheProgramAtOnce) {
 
 TEST_F(Interruption, SignalsIgnoredAtTheStartStayIgnored) {
     WriteFile("s.json", R"({"mesh": "cube.obj", "steps": [{"export": {"file": "OUT.ply"}}]})");
-    // The shell sends itself a signal that it and the command ignore, and the command continues.
+    // The shell sends the command a signal that both ignore, and the command continues.
     const std::string line = "cd '" + folder.string() + "' && trap '' INT && ('" + TROVIK_COMMAND +
                              "' sculpt s.json -q & p=$!; kill -INT $p; wait $p)";
     const int status = std::system(line.c_str());
@@ -196,9 +196,9 @@ TEST_F(Interruption, SignalsIgnoredAtTheStartStayIgnored) {
 }
 
 TEST_F(Interruption, EndsRefinementAndWritingOfAConversion) {
-    // The command does not report steps here. Whenever the signal arrives, either the old file or
-    // the new one is complete, and there is no other file. The test searches for a time at which
-    // the command is running.
+    // This command does not report steps, so the test searches for a delay after which the command
+    // is running. Whenever the signal arrives, either the old or the new file is complete, and
+    // there is no other file.
     const std::set<std::string> files = {"cube.obj", "fine.ply", "out.txt", "error.txt"};
     bool met = false;
     int wait = 50;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The command under system limits: memory, address space, file sizes, and files without
-/// write permission.
+/// \file The command under system limits: memory, address space, file size and write permission.
 #include "framework/io/FileLock.h"
 #include "tests/SourceFolder.h"
 #include "tests/cli/CommandRun.h"
@@ -12,9 +11,9 @@
 #include <algorithm>
 #include <cstdlib>
 
-// A sanitized process maps more address space than any limit allows.
+// A process with a sanitizer maps more address space than any limit allows.
 #ifdef __SANITIZE_ADDRESS__
-#define SKIP_IF_SANITIZED() GTEST_SKIP() << "not with little address space"
+#define SKIP_IF_SANITIZED() GTEST_SKIP() << "sanitizers need unlimited address space"
 #else
 #define SKIP_IF_SANITIZED()
 #endif
@@ -32,8 +31,8 @@ protected:
             {"stroke": {"surface": [[0, 0, 1], [0.5, 0.2, 1]]}}]})");
     }
 
-    /// Runs the command under a limit of the shell's ulimit: "v" for kilobytes of address space,
-    /// "f" for blocks of 512 bytes in a file.
+    /// Runs the command under a limit set by the shell's ulimit: "v" is address space in kilobytes,
+    /// "f" is file size in blocks of 512 bytes.
     Outcome RunUnder(const std::string& limit, uint64_t value, const std::string& arguments) {
         const std::string line = "cd '" + folder.string() + "' && (ulimit -S" + limit + " " +
                                  std::to_string(value) + " && exec '" + TROVIK_COMMAND + "' " +
@@ -42,7 +41,7 @@ protected:
         return {WEXITSTATUS(result), ReadAll(folder / "out.txt"), ReadAll(folder / "error.txt")};
     }
 
-    /// The minimum address space, in kilobytes, with which the program starts.
+    /// Returns the minimum address space, in kilobytes, with which the program starts.
     uint64_t LeastToStart() {
         uint64_t tooLittle = 8 << 10;
         uint64_t enough = 4 << 20;
@@ -66,8 +65,8 @@ protected:
         return false;
     }
 
-    /// Runs the command with increasing address space, until it has had enough several times. In
-    /// each run the command either succeeds, or fails with one line and leaves `output` unchanged.
+    /// Runs the command with increasing address space until it has succeeded several times. In each
+    /// run, the command either succeeds, or fails with one line and leaves `output` unchanged.
     void ExpectSuccessOrOneLineAtEveryLimit(const std::string& arguments,
                                             const std::string& output) {
         const char* finer = std::getenv("TROVIK_LIMIT_STEP_KB");
@@ -77,7 +76,7 @@ protected:
         int successes = 0;
         const uint64_t least = LeastToStart();
         for (uint64_t limit = least; successes < 3; limit += step) {
-            ASSERT_LT(limit, least + (4 << 20)) << "it never has enough";
+            ASSERT_LT(limit, least + (4 << 20)) << "no limit is high enough";
             SCOPED_TRACE(std::to_string(limit) + " kB");
             WriteFile(output, "what was there");
             const Outcome outcome = RunUnder("v", limit, arguments);
@@ -93,7 +92,7 @@ protected:
             }
             if (HasFailure()) return;
         }
-        EXPECT_GT(failures, 0) << "the first limit was already enough";
+        EXPECT_GT(failures, 0) << "the lowest limit was already high enough";
     }
 };
 
@@ -135,7 +134,7 @@ TEST_F(Limits, LevelsBeyondFreeMemoryAreRefusedAtOnceByEveryVerb) {
                               "vertices and take "));
         EXPECT_THAT(outcome.error, HasSubstr(" bytes of memory are free (address space limit)"));
     }
-    // Without a limit, level counts that overflow are refused before any level is made.
+    // Even without a limit, level counts that overflow are rejected before any level is created.
     const std::string uncountable[] = {"convert '" + mesh + "' out.obj",
                                        "render '" + mesh + "' out.png"};
     for (const std::string& verb : uncountable)
@@ -147,10 +146,10 @@ TEST_F(Limits, LevelsBeyondFreeMemoryAreRefusedAtOnceByEveryVerb) {
 TEST_F(Limits, RendersInTheMinimumAddressSpaceAreIdentical) {
     SKIP_IF_SANITIZED();
     ASSERT_EQ(Run("render cube.obj free.png --levels 2 --width 64 --height 48 -q").status, 0);
-    // With just enough address space, none is left for the stacks of further threads.
+    // With just enough address space to start, none is left for the stacks of additional threads.
     const uint64_t least = LeastToStart();
     for (uint64_t limit = least;; limit += 16 << 10) {
-        ASSERT_LT(limit, least + (4 << 20)) << "it never has enough";
+        ASSERT_LT(limit, least + (4 << 20)) << "no limit is high enough";
         const Outcome outcome =
             RunUnder("v", limit, "render cube.obj small.png --levels 2 --width 64 --height 48 -q");
         if (outcome.status == 0) break;
@@ -179,7 +178,7 @@ TEST_F(Limits, FilesBeyondTheSizeLimitFailWithAnError) {
 }
 
 TEST_F(Limits, UnwritableJournalIsAWarningThatQuietDoesNotHide) {
-    // Steps of several kilobytes each, so that the journal exceeds the limit.
+    // Each step has several kilobytes, so that the journal exceeds the limit.
     std::string samples = "1";
     for (int i = 0; i < 400; ++i) samples += ", 0.5";
     std::string steps;
@@ -232,7 +231,7 @@ TEST_F(Limits, RecoverChecksItsOutputBeforeItStarts) {
     for (const char* target : {"missing/out.trovik", "cube.obj/out.trovik", "w.journal.obj"}) {
         SCOPED_TRACE(target);
         const Outcome outcome = Run(std::string("recover w.journal -o ") + target);
-        // There is no progress output: no step was repeated.
+        // There is no progress output, so no step was replayed.
         ExpectOneLine(outcome);
         EXPECT_THAT(outcome.error, HasSubstr(target));
     }

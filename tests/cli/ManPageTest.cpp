@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The man page lists every option, and every field of the JSON output.
+/// \file The man page lists every option and every field of the JSON output.
 #include "tests/SourceFolder.h"
 #include "tests/cli/CommandRun.h"
 
@@ -14,7 +14,7 @@ namespace {
 
 using Names = std::set<std::string>;
 
-/// The text of the page with plain hyphens.
+/// Returns the text of the man page with plain hyphens.
 std::string ManPage() {
     std::string page = ReadAll(fs::path(SourceFolder()) / "docs/man/trovik.1");
     for (std::size_t at = 0; (at = page.find("\\-", at)) != std::string::npos; ++at)
@@ -22,14 +22,14 @@ std::string ManPage() {
     return page;
 }
 
-/// The text between a heading and the next one.
+/// Returns the text between a heading and the next heading.
 std::string Section(const std::string& page, const std::string& heading) {
     const std::size_t from = page.find(".SH " + heading + "\n");
     EXPECT_NE(from, std::string::npos) << heading;
     return page.substr(from, page.find("\n.SH ", from) - from);
 }
 
-/// The long options in a text; `dashes` is the text before the name.
+/// Returns the long options in a text; `dashes` is the text before the option name.
 Names Options(const std::string& text, const std::string& dashes) {
     Names names;
     for (std::size_t at = 0; (at = text.find(dashes, at)) != std::string::npos;) {
@@ -40,7 +40,7 @@ Names Options(const std::string& text, const std::string& dashes) {
     return names;
 }
 
-/// The options of the program by verb, read from the completion script that it prints.
+/// Returns the options of the program by verb, taken from the completion script that it prints.
 std::map<std::string, Names> OptionsByVerb(const std::string& fish) {
     std::map<std::string, Names> verbs;
     std::istringstream lines(fish);
@@ -56,7 +56,7 @@ std::map<std::string, Names> OptionsByVerb(const std::string& fish) {
     return verbs;
 }
 
-/// The fields that the page lists under a heading: the words of its bold lines.
+/// Returns the fields that the page lists under a heading: the words in the bold lines.
 Names Fields(const std::string& section, const std::string& heading) {
     Names fields;
     const std::string start = ".SS " + heading + "\n";

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Where scripts look for files, and where they may write them.
+/// \file Where scripts search for files, and where they may write files.
 #include "tests/cli/CommandRun.h"
 
 #include <gmock/gmock.h>
@@ -48,7 +48,7 @@ TEST_F(OutputFolder, IsSearchedByTheNextScript) {
         "trovik: scripts/second.json: /scene: file not found: a.trovik is neither in the script's "
         "folder (scripts) nor in the output folder (other)\n");
     const Outcome recovery = Run("recover w.journal -o b.trovik -q");
-    EXPECT_EQ(recovery.error, "") << "the journal has the paths of the files that were found";
+    EXPECT_EQ(recovery.error, "") << "the journal contains the paths of the files that were found";
     WriteFile("out/d.exr", "another map");
     EXPECT_THAT(Run("recover w.journal -o b.trovik -q").error,
                 HasSubstr("out/d.exr has changed since the work was recorded"));
@@ -97,7 +97,7 @@ TEST_F(OutputFolder, WritingOutsideNeedsPermission) {
     EXPECT_THAT(ErrorOf(R"({"export": {"file": "b.ply"}})"), HasSubstr("a symbolic link"));
     EXPECT_EQ(ReadAll(folder / "a.ply"), "of somebody");
     fs::remove(folder / "a.ply");
-    // A buffer is written next to its document, and tiles under their own names.
+    // A glTF buffer is written next to its document, and each tile has its own file name.
     fs::create_symlink(folder / "cube.obj", folder / "out/c.bin");
     fs::create_symlink(folder / "outside", folder / "out/m.1001.exr");
     refused("c.gltf", "is next to c.bin, which is a symbolic link out of");
@@ -120,13 +120,14 @@ TEST_F(OutputFolder, TurntableFramesAreNotWrittenOutside) {
         "/steps/0/picture/file: \"spin_0003.png\" leads through a symbolic link out of the output "
         "folder";
     EXPECT_THAT(ErrorOf(turntable), HasSubstr(refusal));
-    EXPECT_FALSE(fs::exists(folder / "out/spin_0001.png")) << "refused before rendering";
+    EXPECT_FALSE(fs::exists(folder / "out/spin_0001.png"))
+        << "the name must be rejected before rendering";
     EXPECT_THAT(Run("sculpt -q --check s.json -o out").error, HasSubstr(refusal));
     EXPECT_EQ(ReadAll(folder / "other.png"), "of somebody");
     EXPECT_EQ(ErrorOf(turntable, "-o out --allow-outside"), "");
     EXPECT_NE(ReadAll(folder / "other.png"), "of somebody");
     EXPECT_TRUE(fs::exists(folder / "out/spin_0001.png"));
-    // No file has the name without a number, so a link of that name is harmless.
+    // No frame is written under the name without a number, so a link with that name is harmless.
     fs::remove(folder / "out/spin_0003.png");
     fs::create_symlink(folder / "other.png", folder / "out/spin.png");
     EXPECT_EQ(ErrorOf(turntable), "");
@@ -145,7 +146,7 @@ TEST_F(OutputFolder, CopiesOfMaterialFilesAreNotWrittenOutside) {
     fs::create_directories(folder / "out");
     WriteFile("lib/all.mtl", "newmtl red\n");
     WriteFile("red.obj", std::string("mtllib lib/all.mtl\nusemtl red\n") + sheet);
-    // It looks like an earlier copy, which an export replaces.
+    // It looks like an earlier copy, which an export would replace.
     const std::string other = "# Copied by trovik from ../lib/all.mtl\nof somebody\n";
     WriteFile("other.mtl", other);
     fs::create_symlink(folder / "other.mtl", folder / "out/all.mtl");
@@ -178,7 +179,7 @@ TEST_F(OutputFolder, MayItselfBeGivenThroughLinksAndDots) {
     EXPECT_TRUE(fs::exists(folder / "..a/d.ply"));
 }
 
-// Recovery repeats a bake, since a displacement may depend on it.
+// Recovery replays a bake, because a displacement may depend on it.
 TEST_F(OutputFolder, RecoveryUsesTheOriginalOutputFolder) {
     WriteFile("sheet.obj", sheet);
     WriteFile("s.json",
@@ -187,7 +188,7 @@ TEST_F(OutputFolder, RecoveryUsesTheOriginalOutputFolder) {
                   (folder / "maps/d.exr").string() + R"(", "size": 32}},
         {"bake": {"file": "e.exr", "size": 32}},
         {"displace": {"file": "e.exr"}}, {"level": 9}]})");
-    // The script fails at its end, so the journal is not closed.
+    // The last step fails, so the journal is not closed.
     EXPECT_THAT(Run("sculpt -q s.json -o out --allow-outside --journal w.journal").error,
                 HasSubstr("/steps/4/level"));
     const std::string baked = ReadAll(folder / "out/e.exr");

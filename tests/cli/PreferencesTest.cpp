@@ -16,7 +16,8 @@ protected:
     UserPreferences() { setenv("XDG_CONFIG_HOME", (folder / "config").c_str(), 1); }
     ~UserPreferences() override { unsetenv("XDG_CONFIG_HOME"); }
 
-    /// The mesh that a script makes with these options; its stroke depends on a preference.
+    /// Returns the mesh that a script produces with these options. Its stroke depends on a
+    /// preference.
     std::string Sculpted(const std::string& options, const std::string& setUp = "") {
         WriteFile("s.json", R"({"mesh": "cube.obj", "levels": 4, )" + setUp + R"("steps": [
             {"tool": "Wax", "set": {"radius": 0.7, "strength": 60}},
@@ -35,14 +36,14 @@ TEST_F(UserPreferences, SculptReadsTheFileOnlyOnRequest) {
     ASSERT_FALSE(plain == original);
     ASSERT_EQ(Run("preferences 'Use Original Data For Flatten' true").status, 0);
     EXPECT_TRUE(fs::exists(folder / "config/trovik/preferences.json"));
-    EXPECT_TRUE(Sculpted("") == plain) << "scripts give the same result for every user";
+    EXPECT_TRUE(Sculpted("") == plain) << "scripts must give the same result for every user";
     EXPECT_TRUE(Sculpted("--no-preferences") == plain);
     EXPECT_TRUE(Sculpted("--user-preferences --no-preferences") == plain);
     EXPECT_TRUE(Sculpted("--user-preferences") == original);
     EXPECT_TRUE(Sculpted("--preferences config/trovik/preferences.json") == original);
     EXPECT_TRUE(Sculpted("--user-preferences",
                          R"("preferences": {"Use Original Data For Flatten": false}, )") == plain)
-        << "the script takes precedence";
+        << "the script must take precedence";
 }
 
 TEST_F(UserPreferences, AreRecordedInTheJournal) {
@@ -61,7 +62,8 @@ TEST_F(UserPreferences, AreRecordedInTheJournal) {
 TEST_F(UserPreferences, MistakesInTheFileAreReported) {
     EXPECT_EQ(Run("sculpt cube.obj --preferences").status, 2);
     WriteFile("s.json", R"({"mesh": "cube.obj", "steps": []})");
-    EXPECT_EQ(Run("sculpt s.json -q --user-preferences").error, "") << "the file may be missing";
+    EXPECT_EQ(Run("sculpt s.json -q --user-preferences").error, "")
+        << "the preferences file may be missing";
     EXPECT_EQ(Run("sculpt s.json -q --preferences none.json").error,
               "trovik: none.json: cannot read: No such file or directory\n");
     EXPECT_EQ(Run("sculpt s.json --user-preferences --preferences none.json").status, 2);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file `trovik render` and the render steps of scripts: modes, cameras, turntables, transparency.
+/// \file `trovik render` and render steps in scripts: modes, cameras, turntables, transparency.
 #include "framework/images/ImageFile.h"
 #include "tests/cli/CommandRun.h"
 
@@ -18,7 +18,7 @@ protected:
         EXPECT_EQ(outcome.error, "");
         return ReadImageFile((folder / "r.png").string());
     }
-    /// Expects a failure with exactly this line.
+    /// Expects the command to fail with exactly this line.
     void ExpectRefused(const std::string& arguments, const std::string& line) {
         SCOPED_TRACE(arguments);
         const Outcome outcome = Run("render cube.obj " + arguments);
@@ -67,7 +67,7 @@ TEST_F(RenderCommand, UsesTheRequestedCamera) {
         nlohmann::json::parse(outcome.out).at("camera"),
         nlohmann::json::parse(
             R"({"eye": [0, -9, 1], "target": [0, 0, 1], "up": [0, 0, 1], "fieldOfView": 50})"));
-    // The target is the middle of the mesh, which is smaller in the wider view.
+    // The camera looks at the centre of the mesh, which appears smaller in the wider view.
     const auto covered = [](const FloatImage& image) {
         int count = 0;
         for (std::size_t i = 3; i < image.pixels.size(); i += 4)

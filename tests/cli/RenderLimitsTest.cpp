@@ -30,7 +30,7 @@ TEST_F(RenderLimits, RenderInLittleAddressSpaceSucceedsOrFailsWithOneLine) {
     int renders = 0;
     for (; renders < 2; limit += step) {
         SCOPED_TRACE(std::to_string(limit) + " MiB");
-        ASSERT_LT(limit, 4000u) << "no limit is enough";
+        ASSERT_LT(limit, 4000u) << "no limit is high enough";
         const Outcome outcome = RunWithin(limit, render);
         if (outcome.status == 0) {
             ++renders;
@@ -43,7 +43,7 @@ TEST_F(RenderLimits, RenderInLittleAddressSpaceSucceedsOrFailsWithOneLine) {
         EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << outcome.error;
         EXPECT_FALSE(fs::exists(folder / "cube.png"));
     }
-    // The libraries for renders and images need more than one step of the limit.
+    // The libraries for renders and images need several steps of additional address space.
     EXPECT_GT(refusals, 5);
 }
 
@@ -54,7 +54,7 @@ TEST_F(RenderLimits, CoordinatesOutOfRangeAreRefusedWithOneLine) {
     EXPECT_EQ(far.error,
               "trovik: cannot render: vertex 1 is at (2e+18, 0, 0) in world space; coordinates "
               "must be from -1e+18 to 1e+18\n");
-    // The camera options have the same range, also if --up is given.
+    // The camera options have the same range, even if --up is given.
     for (const char* options : {"--eye 1e20 0 0", "--eye 1e20 0 0 --up 0 0 1"}) {
         SCOPED_TRACE(options);
         const Outcome eye =
@@ -70,7 +70,7 @@ TEST_F(RenderLimits, CoordinatesOutOfRangeAreRefusedWithOneLine) {
     EXPECT_EQ(target.error,
               "trovik: cannot render: the target of the camera is at (0, 2e+18, 0) in world "
               "space; coordinates must be from -1e+18 to 1e+18\n");
-    // For the farthest vertices that are accepted, the eye is out of range.
+    // For the most distant vertices that are accepted, the eye is out of range.
     WriteFile("edge.obj", "v 0 0 0\nv 9e17 0 0\nv 0 9e17 0\nf 1 2 3\n");
     const Outcome edge = Run("render edge.obj edge.png --width 32 --height 24");
     EXPECT_EQ(edge.status, 1);

@@ -13,7 +13,7 @@ using testing::HasSubstr;
 
 class ScriptCheck : public Command {
 protected:
-    /// Checks a script; \return the lines on standard error.
+    /// Checks a script. \return the lines on standard error.
     std::vector<std::string> ErrorsOf(const std::string& script) {
         WriteFile("s.json", script);
         const Outcome outcome = Run("sculpt --check s.json");
@@ -47,7 +47,7 @@ TEST_F(ScriptCheck, ValidScriptsHaveNoErrorsAndWriteNothing) {
                     {"displace": {"file": "d.exr"}}, {"save": "e.trovik"}, {"undo": 3}]})"),
                 testing::IsEmpty());
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 4)
-        << "cube.obj, s.json, and two files with the output of the run";
+        << "expected cube.obj, s.json and two files with the output of the run";
 }
 
 TEST_F(ScriptCheck, AllErrorsAreListed) {
@@ -123,7 +123,7 @@ TEST_F(ScriptCheck, FaultySourceIsOneError) {
         EXPECT_THAT(ErrorsOf("{" + std::string(source) + R"(, "steps": []})"),
                     testing::ElementsAre(HasSubstr("s.json: /" + field + ": ")));
     }
-    // Both fields are present, whatever their values.
+    // Both fields are present, even though their values are invalid.
     EXPECT_THAT(ErrorsOf(R"({"mesh": 5, "scene": 6, "steps": []})"),
                 testing::ElementsAre(HasSubstr("/mesh: "),
                                      HasSubstr("/scene: "),
@@ -138,7 +138,7 @@ TEST_F(ScriptCheck, FaultySourceIsOneError) {
 }
 
 TEST_F(ScriptCheck, ControlCharactersAreNotPrinted) {
-    // U+009B starts terminal commands, like ESC [.
+    // U+009B starts a terminal control sequence, like ESC [.
     EXPECT_THAT(ErrorsOf("{\"mesh\": \"cube.obj\", \"\xc2\x9b"
                          "2J\": 1, \"steps\": [{\"\xc2\x9b"
                          "1m\": 1}]}"),

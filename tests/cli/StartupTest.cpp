@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The libraries that the command loads: large ones only if the work needs them.
+/// \file The libraries that the command loads: large libraries are loaded only if they are needed.
 #include "tests/cli/CommandRun.h"
 
 #include <gmock/gmock.h>
@@ -13,14 +13,14 @@ using testing::Not;
 
 class Startup : public Command {
 protected:
-    /// The files that the system's loader reports as loaded during a run.
+    /// Returns the files that the dynamic loader reports as loaded during a run.
     std::string LoadedFiles(const std::string& arguments, int expectedStatus) {
         const std::string line = "cd '" + folder.string() +
                                  "' && LD_DEBUG=files LD_DEBUG_OUTPUT=loads '" + TROVIK_COMMAND +
                                  "' " + arguments + " > out.txt 2> error.txt";
         const int result = std::system(line.c_str());
         EXPECT_EQ(WEXITSTATUS(result), expectedStatus) << ReadAll(folder / "error.txt");
-        // The loader appends the process id to the name.
+        // The loader appends the process ID to the name.
         std::string loads;
         for (const auto& entry : fs::directory_iterator(folder)) {
             if (entry.path().stem() != "loads") continue;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The reports of the command on the steps of a script, and on work without effect.
+/// \file Reports on the steps of a script, and warnings about steps without effect.
 #include "tests/SourceFolder.h"
 #include "tests/cli/CommandRun.h"
 
@@ -21,7 +21,7 @@ protected:
         WriteFile("s.json", R"({"mesh": "cube.obj", "levels": 3, "steps": [)" + steps + "]}");
         return Run("sculpt s.json " + options);
     }
-    /// Runs steps of which the one with this number has no effect.
+    /// Runs steps and expects a warning about the step with this number and about no other.
     void ExpectWarning(const std::string& steps, int number, const std::string& reason) {
         SCOPED_TRACE(steps);
         const std::string where = "s.json: /steps/" + std::to_string(number) + ": " + reason + "\n";
@@ -51,7 +51,7 @@ TEST_F(StepReport, StrokeThatMissesTheMeshIsAWarning) {
                      {"stroke": {"pointer": [[1, 1]], "continue": true}})",
                   1,
                   reason);
-    // Each step has one line, whatever else is wrong with it.
+    // Each step has only one line, even if there are several reasons for a warning.
     const Outcome two = Sculpt(R"({"stroke": {"pointer": [[1, 1]]}}, {"freeze": "clear"},
                                   {"stroke": {"pointer": [[1, 1]]}})");
     EXPECT_EQ(
@@ -69,7 +69,7 @@ TEST_F(StepReport, PointsFarFromTheSurfaceAreAWarning) {
     ExpectWarning(R"({"freeze": {"shell": {"surface": [0, 8, 0]}}})",
                   0,
                   "freeze/shell/surface is 7.15 away from the surface");
-    // A point within the brush radius counts as near.
+    // A point within the brush radius is near enough.
     EXPECT_EQ(Sculpt(R"({"set": {"radius": 3}}, {"stroke": {"surface": [[0, 0, 3.5]]}})").error,
               "");
     EXPECT_EQ(Sculpt(R"({"stroke": {"surface": [[0, 0, 1.1]]}})").error, "");
@@ -95,7 +95,7 @@ TEST_F(StepReport, StrokeWithoutEffectIsAWarning) {
         frozen + R"({"stroke": {"wholeMesh": {"strength": 1}}})", 1, "the stroke moved no vertex");
     ExpectWarning(
         frozen + R"({"tool": "Freeze"}, )" + stroke, 2, "the stroke changed no freeze amount");
-    // The effect is evaluated over all steps when the stroke ends.
+    // The effect of all steps of a stroke is evaluated when the stroke ends.
     EXPECT_EQ(Sculpt(R"({"stroke": {"dabs": [{"face": 0, "strength": 0}], "open": true}},
                         {"stroke": {"dabs": [{"face": 0}], "continue": true, "open": true}},
                         {"stroke": {"continue": true}})")
@@ -166,7 +166,7 @@ protected:
     }
 };
 
-/// The names of the settings in the schema; those of a nested object have a dot.
+/// Returns the names of the settings in the schema; names in nested objects contain a dot.
 std::set<std::string> SettingsOfSchema() {
     const json schema =
         json::parse(ReadAll(fs::path(SourceFolder()) / "docs/stroke-script.schema.json"));
@@ -243,7 +243,7 @@ TEST_F(ToolSettings, ScriptsAcceptTheDefaults) {
         json set = json::object();
         for (const json& setting : tool["settings"]) {
             const std::string name = setting["name"];
-            // Tool stamps are files of an installation.
+            // Default stamps are installed files, whose paths differ.
             if (setting["default"].is_null() || name == "stamp.path") continue;
             const std::size_t dot = name.find('.');
             if (dot == std::string::npos)

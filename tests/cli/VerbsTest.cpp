@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The program's help texts and completions, and the verbs that work on journals.
+/// \file The program's help texts and completions, and the verbs for journals.
 #include "tests/SourceFolder.h"
 #include "tests/cli/CommandRun.h"
 
@@ -84,7 +84,7 @@ TEST_F(Verbs, CompletionHasEveryVerbAndItsShellAcceptsIt) {
         for (const char* verb : verbs) EXPECT_THAT(script.out, HasSubstr(verb)) << shell;
         EXPECT_THAT(script.out, HasSubstr("until-damage")) << shell;
     }
-    // Skip shells that are not installed.
+    // Shells that are not installed are skipped.
     for (const std::string shell : {"bash", "zsh", "fish"}) {
         const std::string check = "! command -v " + shell + " > /dev/null || '" + TROVIK_COMMAND +
                                   "' completion " + shell + " | " + shell + " -n /dev/stdin";
@@ -118,7 +118,7 @@ TEST_F(Verbs, RecoverReplaysAJournalAndHistoryListsIt) {
     EXPECT_EQ(told.at("steps")[1].at("dabs"), 1);
     EXPECT_EQ(told.at("closed"), true);
 
-    // The result equals that of the script that saves at its end.
+    // The result equals that of a script that saves at its end.
     WriteFile("u.json", R"({"scene": "a.trovik", "steps": [
         {"tool": "Flatten", "set": {"radius": 0.6}}, {"stroke": {"surface": [[0.4, 0.2, 1]]}}, {"undo": 1},
         {"stroke": {"surface": [[-0.4, 0.2, 1]]}}, {"save": "wanted.trovik"}]})");

@@ -1,22 +1,22 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Checks the machine code of the patch kernels: a specialisation contains only the code of its path.
+"""Checks the machine code of the patch kernels: each specialisation contains only the code of its own path.
 
 Usage: check_kernels.py SwiftStroke.so
 
-For optimised builds only. The exit status is 0 if all checks pass, or 1 with the reasons printed.
+For optimised builds only. The exit status is 0 if all checks pass; otherwise it is 1, and the reasons are printed.
 """
 import re
 import subprocess
 import sys
 
 SWITCHES = 10
-# Bits of the kernel index.
+# Bits in the kernel index.
 STAMP, LAYER, NOTIFY = 1, 16, 256
 
 
 def kernel_index(name):
-    """The index of a demangled kernel or of its loop; its name omits trailing false members."""
+    """Returns the index of a demangled kernel or of its loop. The name omits trailing false members."""
     found = re.search(r"(?:PatchKernel|MoveBatch)<trovik::KernelSwitches\{([^}]*)\}>", name)
     if not found:
         return None
@@ -25,7 +25,7 @@ def kernel_index(name):
 
 
 def functions(path):
-    """The instructions of the kernels, by index, and the names of all functions."""
+    """Returns the instructions of the kernels by index, and the names of all functions."""
     listing = subprocess.run(["objdump", "-dC", "--no-show-raw-insn", path], check=True,
                              capture_output=True, text=True).stdout
     kernels, names, body = {}, [], None
@@ -54,7 +54,7 @@ def main():
         wrong.append("the vertex step is not inlined")
     indirect = r"call.*\*"
     plain = kernels[0]
-    # A stamp's projective divide, its rounding to pixels and its mirrored read.
+    # A stamp needs a projective division, rounding to pixels, and mirrored reads.
     for what, pattern in (("divides by a stamp matrix", r"\bv?divps\b"),
                           ("rounds to pixels", r"\bv?cvtss2si\b"),
                           ("reads a mirrored stamp", "MirroredStartPosition")):
@@ -66,7 +66,7 @@ def main():
     for index, what in ((LAYER, "layer"), (NOTIFY, "renderer")):
         if count(kernels[index], indirect) <= count(plain, indirect):
             wrong.append(f"kernel {index} does not make more virtual calls than kernel 0, which has no {what}")
-    # Only the mask, the tool and its bias, queried once per patch.
+    # Indirect calls are allowed only for the mask, the tool and its bias, each once per patch.
     if count(plain, indirect) > 4:
         wrong.append(f"kernel 0 makes {count(plain, indirect)} virtual calls")
     for reason in wrong:

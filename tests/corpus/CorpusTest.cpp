@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Runs the fuzz targets on their corpus files: whole, truncated and damaged. A target ends
-/// the process if a reader crashes or reports an error of the wrong kind. With TROVIK_FUZZ_SECONDS,
-/// each reader is then run for that time on random damage that differs in every run.
+/// \file Runs the fuzz targets on their corpus files: complete, truncated and damaged. A target
+/// terminates the process if a reader crashes or reports an error of the wrong kind. If
+/// TROVIK_FUZZ_SECONDS is set, each reader is then run for that time on randomly damaged files that
+/// differ in every run.
 #include "tests/SourceFolder.h"
 #include "tests/random/RandomNumbers.h"
 
@@ -99,7 +100,7 @@ TEST_P(Corpus, IsReadOrRefusedWhenDamaged) {
     }
 }
 
-/// Changes, removes or duplicates bytes, or copies them from another file; one to four times.
+/// Changes, removes or duplicates bytes, or copies them from another file, one to four times.
 Bytes Damaged(const std::vector<Bytes>& files, RandomNumbers& random) {
     Bytes bytes = files[random.Below(static_cast<uint32_t>(files.size()))];
     for (uint32_t changes = 1 + random.Below(4); changes > 0 && !bytes.empty(); --changes) {
@@ -135,11 +136,11 @@ Bytes Damaged(const std::vector<Bytes>& files, RandomNumbers& random) {
     return bytes;
 }
 
-/// The seed of the damage that a reader is processing, to be found after the process has ended.
+/// The seed of the damaged file that a reader is processing, printed if the process is terminated.
 volatile std::sig_atomic_t presentSeed = 0;
 
 extern "C" void TellSeed(int number) {
-    std::fprintf(stderr, "damage of seed %d\n", static_cast<int>(presentSeed));
+    std::fprintf(stderr, "damaged file with seed %d\n", static_cast<int>(presentSeed));
     std::signal(number, SIG_DFL);
     std::raise(number);
 }
@@ -150,7 +151,7 @@ TEST_P(Corpus, IsReadOrRefusedWithRandomDamage) {
     if (seconds <= 0) GTEST_SKIP() << "TROVIK_FUZZ_SECONDS is not set";
     using Clock = std::chrono::steady_clock;
     const Clock::time_point end = Clock::now() + std::chrono::seconds(seconds);
-    // Each run uses other seeds; a failing seed can be passed in again.
+    // Each run uses different seeds; a failing seed can be passed in again.
     const char* given = std::getenv("TROVIK_FUZZ_SEED");
     int seed = given != nullptr
                    ? std::atoi(given)

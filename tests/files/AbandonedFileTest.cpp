@@ -49,7 +49,7 @@ TEST_F(AbandonedFiles, OfAKilledProcessAreRemovedByTheNextWriteOfTheTarget) {
     ASSERT_TRUE(WIFSIGNALED(status));
     ASSERT_EQ(folder.FileCount(), 1u);
     WriteTarget("other.trovik");
-    EXPECT_EQ(folder.FileCount(), 2u) << "only files of the same target";
+    EXPECT_EQ(folder.FileCount(), 2u) << "files of other targets are not removed";
     EXPECT_TRUE(notes.empty());
     WriteTarget("m.trovik");
     EXPECT_EQ(folder.FileCount(), 2u);
@@ -94,7 +94,7 @@ TEST_F(AbandonedFiles, AreMatchedByTheirExactNames) {
     WriteTarget("m.obj");
     EXPECT_EQ(folder.FileCount(), std::size(others) + 2);
     EXPECT_TRUE(notes.empty());
-    // A target without an extension, and one whose name is too long for the suffix.
+    // A target without an extension, and a target whose name is too long for the suffix.
     folder.Fill("m.1-2.part", "left");
     WriteTarget("m");
     EXPECT_EQ(notes.size(), 1u);
@@ -112,7 +112,8 @@ TEST(FileLock, ReportsWhetherAnotherProcessHoldsIt) {
     const FileLock first(path);
     EXPECT_EQ(first.State(), FileLock::Result::Locked);
     EXPECT_EQ(FileLock(path).State(), FileLock::Result::Busy);
-    // The lock belongs to the file, not to its name, which a rename changes.
+    // The lock belongs to the file, not to its name: after a rename, a new file with the old name
+    // is not locked.
     ASSERT_EQ(rename(path.c_str(), folder.Path("g").c_str()), 0);
     folder.Fill("f", "");
     EXPECT_EQ(FileLock(path).State(), FileLock::Result::Locked);

@@ -33,7 +33,8 @@ std::string ObjRefusal(std::string_view text) {
     return MessageOf<HostError>([text] { ReadObjText(text); });
 }
 
-/// The mesh without the seam: the right quad uses the left one's UVs along the edge.
+/// Returns the mesh without the seam: the right quad uses the left quad's UVs along the common
+/// edge.
 PolygonMesh SeamlessMesh() {
     PolygonMesh mesh = AttributedMesh();
     mesh.attributes.cornerUvs = {0, 1, 2, 3, 1, 5, 6, 2, 0, 8, 1, 2, 6, 4, 7, 9};
@@ -106,7 +107,7 @@ TEST(AttributeFile, PlyKeepsSeamsAsListsOfFaces) {
         const PolygonMesh read = ReadPly(folder.Path("mesh.ply"));
         ExpectSame(read, mesh);
         Uvs expected = CornerUvValues(mesh);
-        // A face whose corners do not all have a UV stores none.
+        // If any corner of a face has no UV, the face is stored without UVs.
         expected[8] = expected[9] = expected[10] = {-1, -1};
         EXPECT_EQ(CornerUvValues(read), expected);
         EXPECT_EQ(read.attributes.colors, mesh.attributes.colors);

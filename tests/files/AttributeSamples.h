@@ -9,8 +9,9 @@
 
 namespace trovik {
 
-/// Two adjacent quads, a triangle below the left one and a pentagon above the right one, in two
-/// parts and of two materials. The texture has a seam between the quads, and vertices have colours.
+/// Returns two adjacent quads with a triangle below the left one and a pentagon above the right
+/// one, in two groups and with two materials. There is a UV seam between the quads, and the
+/// vertices have colours.
 ///
 ///      7 -- 8 -- 9
 ///      |  pent   |
@@ -58,7 +59,7 @@ inline PolygonMesh AttributedMesh() {
     return mesh;
 }
 
-/// Only its two quads, with the texture seam between them.
+/// Returns only the two quads, with the UV seam between them.
 inline PolygonMesh TwoQuads() {
     PolygonMesh mesh = AttributedMesh();
     mesh.positions.resize(6);
@@ -71,7 +72,7 @@ inline PolygonMesh TwoQuads() {
     return mesh;
 }
 
-/// The UV of each corner, by value.
+/// Returns the UV of each corner, by value.
 inline std::vector<std::array<float, 2>> CornerUvValues(const PolygonMesh& mesh) {
     std::vector<std::array<float, 2>> values;
     for (const std::uint32_t uv : mesh.attributes.cornerUvs) {

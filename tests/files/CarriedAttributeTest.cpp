@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file UVs, colours and groups when another level becomes level 0.
+/// \file UVs, colours and groups after a level is added below level 0.
 #include "framework/multires/LevelSource.h"
 #include "framework/multires/Steps.h"
 #include "tests/files/AttributeSamples.h"
@@ -52,7 +52,7 @@ TEST(CarriedAttributes, OfARebuiltBaseAreThoseBeforeRefinement) {
     ExpectSameSurface(Shown(geometry), fine);
     geometry.BindLevel(0);
     ExpectSameSurface(Shown(geometry), wanted);
-    EXPECT_LE(geometry.Attributes().uvs.size(), 8u) << "unused UVs were kept";
+    EXPECT_LE(geometry.Attributes().uvs.size(), 8u) << "unused UVs were not removed";
     ASSERT_TRUE(geometry.History().Undo(geometry));
     EXPECT_EQ(geometry.Attributes().cornerUvs, fine.attributes.cornerUvs);
     ExpectSameSurface(Shown(geometry), fine);
@@ -62,7 +62,7 @@ TEST(CarriedAttributes, FollowRenumberedFacesAndRotatedCorners) {
     LevelGeometry original(TwoQuads());
     original.Subdivide();
     PolygonMesh fine = Shown(original);
-    // The faces in reverse order, each starting at its next corner.
+    // The faces in reverse order, each with its corners rotated by one.
     PolygonMesh turned = fine;
     const std::size_t faces = fine.faceSizes.size();
     for (std::size_t face = 0; face < faces; ++face) {
@@ -78,7 +78,7 @@ TEST(CarriedAttributes, FollowRenumberedFacesAndRotatedCorners) {
     LevelGeometry geometry(turned);
     geometry.History().Push(UnsubdivideAsStep(geometry));
     geometry.BindLevel(0);
-    // Faces of the coarse mesh may be in another order; each keeps its own texture and group.
+    // The faces of the coarse mesh may be in a different order, but each has its own UVs and group.
     const PolygonMesh found = Shown(geometry);
     const PolygonMesh wanted = TwoQuads();
     ASSERT_EQ(found.faceSizes.size(), 2u);

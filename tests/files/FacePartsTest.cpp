@@ -27,7 +27,7 @@ using testing::Not;
 using Indices = std::vector<std::uint32_t>;
 using Names = std::vector<std::string>;
 
-/// A strip of `count` triangles with the groups and materials of the lists, repeated.
+/// Returns a strip of `count` triangles whose groups and materials repeat the lists.
 PolygonMesh Strip(std::uint32_t count, const Indices& groups, const Indices& materials) {
     PolygonMesh mesh;
     mesh.name = "strip";
@@ -58,7 +58,7 @@ PolygonMesh Strip(std::uint32_t count, const Indices& groups, const Indices& mat
     return mesh;
 }
 
-/// The corners of each face with its group and material, in a canonical order.
+/// Returns the corners of each face with its group and material, in a canonical order.
 std::map<Indices, Names> NamedFaces(const PolygonMesh& mesh) {
     std::map<Indices, Names> faces;
     const SurfaceAttributes& more = mesh.attributes;
@@ -84,7 +84,7 @@ TEST(FaceParts, AreReturnedInOrderWhateverTheSizeOfAPass) {
     for (std::uint32_t i = 0; i < 37; ++i) {
         groups.push_back(i * i % 11);
     }
-    // More than one block, with faces in a group and without one.
+    // More than one block of faces, some in a group and some without one.
     groups.push_back(SurfaceAttributes::none);
     const PolygonMesh mesh = Strip(10000, groups, {});
     const PolygonSource source(mesh);
@@ -115,7 +115,7 @@ TEST(FaceParts, AreReturnedInOrderWhateverTheSizeOfAPass) {
             EXPECT_EQ(got[part], expected[parts.Parts()[part].group]);
             EXPECT_EQ(parts.Parts()[part].faces, got[part].size());
             EXPECT_EQ(parts.Parts()[part].corners, got[part].size() * 3);
-            EXPECT_GE(got[part][0], before) << "not ordered by the first face";
+            EXPECT_GE(got[part][0], before) << "parts are not ordered by their first face";
             before = got[part][0];
         }
     }
@@ -134,7 +134,7 @@ TEST(FaceParts, RoundTripAsPrimitivesWithNamedMaterials) {
         EXPECT_EQ(Bits(read.normals), Bits(mesh.normals));
         EXPECT_EQ(NamedFaces(read), NamedFaces(mesh));
         EXPECT_EQ(read.name, "strip");
-        // Through an OBJ file and back.
+        // Round trip through an OBJ file.
         WriteMeshFile(folder.Path("again.obj"), read);
         EXPECT_EQ(NamedFaces(ReadMeshFile(folder.Path("again.obj"))), NamedFaces(mesh));
     }
@@ -143,7 +143,7 @@ TEST(FaceParts, RoundTripAsPrimitivesWithNamedMaterials) {
     EXPECT_EQ(document["materials"][0]["name"], "m1");
     EXPECT_EQ(document["materials"][0]["pbrMetallicRoughness"]["metallicFactor"], 0);
     const json& primitives = document["meshes"][0]["primitives"];
-    // Three groups and three materials, of which the faces use nine pairs in turn.
+    // Three groups and three materials; the faces cycle through all nine combinations.
     EXPECT_EQ(primitives.size(), 9u);
     EXPECT_EQ(primitives[0]["extras"]["group"], "g2");
     EXPECT_EQ(primitives[0]["material"], 0);
@@ -169,7 +169,7 @@ TEST(FaceParts, KeepUvSeamsAndMorphTargets) {
     WriteMeshFile(folder.Path("mesh.glb"), LevelSource(geometry, {}));
     const PolygonMesh fine = GatherPolygons(LevelSource(geometry, {}));
     const PolygonMesh read = ReadMeshFile(folder.Path("mesh.glb"));
-    // Two primitives, in the order of the faces.
+    // Two primitives, in face order.
     EXPECT_EQ(GlbDocument(folder.Path("mesh.glb"))["meshes"][0]["primitives"].size(), 2u);
     const auto before = CornerUvValues(fine);
     const auto after = CornerUvValues(read);

@@ -12,7 +12,8 @@
 
 namespace trovik {
 
-/// The error message of read(path) for a file with this content: one line that names the file.
+/// Returns the error message of read(path) for a file with this content. The message must be one
+/// line that names the file.
 template <typename Read>
 std::string FileRefusal(const std::string& name, std::string_view content, const Read& read) {
     const TemporaryFolder folder;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file No format is written with numbers that are not finite, wherever they come from.
+/// \file Export to every format rejects non-finite numbers, regardless of where they come from.
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/layers/LayerStack.h"
@@ -27,7 +27,7 @@ constexpr float Infinity = std::numeric_limits<float>::infinity();
 constexpr float Largest = std::numeric_limits<float>::max();
 constexpr const char* Names[] = {"m.obj", "m.ply", "m.stl", "m.gltf", "m.glb", "m.usda"};
 
-/// Expects an error that names the file, and no file afterwards.
+/// Expects an error that names the file, and that no file is written.
 template <class Write>
 std::string Refusal(const TemporaryFolder& folder, const std::string& name, const Write& write) {
     const std::size_t files = folder.FileCount();
@@ -82,7 +82,7 @@ TEST(FiniteExport, RefinementNearTheFloatLimitStaysFiniteAndConversionBeyondItIs
         WriteMeshFile(folder.Path(name), source);
         WriteMeshFile(folder.Path(name), LevelSource(geometry, {false, {}, 0}));
     }
-    // Finite in metres, and too large in millimetres.
+    // Finite in metres, but too large in millimetres.
     mesh = TwoQuads();
     mesh.attributes.space.metersPerUnit = 1.0;
     mesh.positions[2][0] = 1e36f;

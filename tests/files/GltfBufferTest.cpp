@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Buffers of glTF files: allowed locations and lengths, and the targets of their views.
+/// \file Buffers in glTF files: allowed locations and lengths, and the targets of buffer views.
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/layers/LayerStack.h"
@@ -24,7 +24,7 @@ using nlohmann::json;
 using testing::HasSubstr;
 namespace fs = std::filesystem;
 
-/// A document of one triangle whose buffer of 36 bytes is in another file.
+/// Returns a document with one triangle, whose 36-byte buffer is in another file.
 json Document(const std::string& uri, unsigned byteLength = 36) {
     json document = json::parse(R"({
         "asset": {"version": "2.0"}, "scene": 0, "scenes": [{"nodes": [0]}], "nodes": [{"mesh": 0}],
@@ -73,13 +73,13 @@ protected:
 TEST_F(GltfBufferFiles, MayBeLongerThanTheirByteLength) {
     folder.Fill("in/data/long one.bin", Triangle() + "and more");
     EXPECT_EQ(Read(Document("data/long%20one.bin")).positions.size(), 3u);
-    // 36 bytes and three more.
+    // 36 bytes plus three more.
     const std::string base64 = "AAAAAAAAAAAAAAAAAACAPwAAAAAAAAAAAAAAAAAAgD8AAAAAAQID";
     EXPECT_EQ(Read(Document("data:application/octet-stream;base64," + base64)).positions[2],
               (std::array<float, 3>{0, 1, 0}));
-    // Views cannot access bytes past the length.
+    // Buffer views cannot access bytes past `byteLength`.
     EXPECT_THAT(Refusal(Document("data/long%20one.bin", 35)), HasSubstr("reach beyond"));
-    // In a binary file with its own buffer and an external one.
+    // A binary file with an internal and an external buffer.
     json document = Document("data/long%20one.bin");
     document["buffers"].insert(document["buffers"].begin(), json::object({{"byteLength", 36}}));
     for (const int buffer : {0, 1}) {
@@ -117,7 +117,8 @@ TEST_F(GltfBufferFiles, OutsideTheFolderAreNotReadEvenThroughLinks) {
     EXPECT_THAT(Refusal(Document("link.bin")), HasSubstr(reason));
     fs::create_directory_symlink("..", folder.Path("in/up"));
     EXPECT_THAT(Refusal(Document("up/outside.bin")), HasSubstr(reason));
-    // A link that stays inside is followed, and so is a link to the document's folder.
+    // A symbolic link to a file inside the folder is followed, and so is a link to the document's
+    // folder.
     folder.Fill("in/data/inside.bin", Triangle());
     fs::create_symlink("data/inside.bin", folder.Path("in/good.bin"));
     EXPECT_EQ(Read(Document("good.bin")).positions.size(), 3u);
@@ -168,7 +169,7 @@ TEST(GltfDescriptions, NameMeshNodeAndMaterials) {
     EXPECT_EQ(document["nodes"][0]["name"], "sheet");
     EXPECT_EQ(document["materials"][0]["name"], "cloth");
     EXPECT_EQ(document["materials"][1]["name"], "skin");
-    // A mesh without a name is named after its file.
+    // An unnamed mesh gets the name of its file.
     mesh.name.clear();
     document = Written(folder, PolygonSource(mesh));
     EXPECT_EQ(document["meshes"][0]["name"], "head of a bust");

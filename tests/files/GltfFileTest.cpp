@@ -24,8 +24,8 @@ using testing::HasSubstr;
 using Indices = std::vector<std::uint32_t>;
 using Points = std::vector<std::array<float, 3>>;
 
-/// A .gltf of these parts around a buffer with a triangle: positions at byte 0 (0 0 0, 1 0 0, 0 1
-/// 0), indices 0 1 2 as bytes at 36; four zero bytes of padding make 40.
+/// Returns a .gltf document with one triangle. Its 40-byte buffer contains the positions 0 0 0, 1 0
+/// 0 and 0 1 0 at byte 0, the indices 0 1 2 as bytes at byte 36, and padding.
 json TriangleDocument() {
     return json::parse(R"({
         "asset": {"version": "2.0"}, "scene": 0, "scenes": [{"nodes": [0]}],
@@ -51,7 +51,7 @@ std::string Refusal(const json& document) {
         "mesh.gltf", document.dump(), [](const std::string& path) { ReadGltf(path); });
 }
 
-/// The JSON of a .glb.
+/// Returns the JSON of a .glb file.
 json DocumentOf(const std::string& content) {
     std::uint32_t length = 0;
     std::memcpy(&length, content.data() + 12, sizeof length);
@@ -74,7 +74,8 @@ TEST(GltfFile, TrianglesUvSeamsColoursAndNormalsRoundTrip) {
     mesh.attributes.colors[4] = {0.25f, 0.5f, 0.75f, 0.125f};
     const Indices written = {0, 1, 4, 0, 4, 3, 1, 2, 5, 1, 5, 4,
                              0, 6, 1, 4, 5, 9, 4, 9, 8, 4, 8, 7};
-    // The corners in written order: quads 0 to 7, triangle 8 to 10, pentagon 11 to 15.
+    // The corners in the order in which they are written: quads 0 to 7, triangle 8 to 10, pentagon
+    // 11 to 15.
     const Indices corners = {0, 1, 2,  0,  2,  3,  4,  5,  6,  4,  6,  7,
                              8, 9, 10, 11, 12, 13, 11, 13, 14, 11, 14, 15};
     for (const char* name : {"mesh.glb", "mesh.gltf"}) {
@@ -110,8 +111,8 @@ TEST(GltfFile, BinaryFilesHaveTheLayoutOfTheFormat) {
     EXPECT_EQ(jsonBytes % 4, 0u);
     EXPECT_EQ(WordAt(content, 20 + jsonBytes), content.size() - 28 - jsonBytes);
     const json document = DocumentOf(content);
-    // Vertices 1 and 4 are on the seam: 10 vertices and their copies. Vertices 9, 8 and 7 have the
-    // same UV.
+    // Vertices 1 and 4 are on the seam, so there are 10 vertices plus their copies. Vertices 9, 8
+    // and 7 have the same UV.
     const json& position = document["accessors"][0];
     EXPECT_EQ(position["count"], 12);
     EXPECT_EQ(position["min"], json({0.0, -1.0, 0.0}));
@@ -170,7 +171,7 @@ TEST(GltfFile, LayersBecomeMorphTargets) {
     EXPECT_EQ(values[0], 0.25f);
     EXPECT_EQ(values[1], -1.0f);
     EXPECT_EQ(values[5], 2.0f);
-    // Positions exclude the layer; reading blends it in again.
+    // Positions exclude the layer, which the reader adds again.
     float base = 0.0f;
     std::memcpy(&base, content.data() + view(document["accessors"][0]) + 7 * 12 + 8, sizeof base);
     EXPECT_EQ(base, before.z);
@@ -194,7 +195,7 @@ TEST(GltfFile, NodesAreMergedWithTheirTransforms) {
             EXPECT_NEAR(mesh.positions[vertex][axis], expected[vertex][axis], 1e-6) << vertex;
         }
     }
-    // The corner order of a mirrored triangle is reversed, so that its front stays in front.
+    // The corner order of a mirrored triangle is reversed, so that its front face stays in front.
     EXPECT_EQ(mesh.faceVertices, (Indices{0, 1, 2, 3, 5, 4}));
     EXPECT_EQ(mesh.attributes.groupNames, (std::vector<std::string>{"turned", "mirrored"}));
     EXPECT_EQ(mesh.attributes.faceGroups, (Indices{0, 1}));
@@ -203,7 +204,8 @@ TEST(GltfFile, NodesAreMergedWithTheirTransforms) {
 
 TEST(GltfFile, PrimitivesOfOneMeshShareTheirVertices) {
     json document = TriangleDocument();
-    // The same triangle moved by morph targets with weight 0, and once as a list without indices.
+    // The same triangle as an indexed list, as a strip without indices, and as lines, which are
+    // skipped.
     document["materials"] = {{{"name", "gold"}}, json::object()};
     document["meshes"][0]["primitives"] = json::parse(R"([
         {"attributes": {"POSITION": 0}, "indices": 1, "material": 1},
@@ -219,8 +221,8 @@ TEST(GltfFile, PrimitivesOfOneMeshShareTheirVertices) {
 
 TEST(GltfFile, SparseNormalizedAndMissingNumbersAreRead) {
     json document = TriangleDocument();
-    // Colours without bytes of their own; the sparse part sets one colour: the bytes 0 to 2 of the
-    // indices, divided by 255.
+    // Colours without a buffer view. The sparse data sets one colour: bytes 0 to 2 of the indices,
+    // divided by 255.
     document["accessors"].push_back(json::parse(
         R"({"componentType": 5121, "normalized": true, "count": 3, "type": "VEC3", "sparse": {
             "count": 1, "indices": {"bufferView": 2, "componentType": 5121},
@@ -250,7 +252,8 @@ TEST(GltfFile, BadDocumentsNamePartAndReason) {
                 HasSubstr("mesh 0, primitive 0: accessor 0: its 4 elements reach beyond"));
     EXPECT_THAT(changed("/accessors/0/count", 4000000000u), HasSubstr("reach beyond"));
     EXPECT_THAT(changed("/accessors/0/byteOffset", 4000000000u), HasSubstr("reach beyond"));
-    EXPECT_THAT(changed("/accessors/0/type", "VEC2"), HasSubstr("no vectors of 3 numbers"));
+    EXPECT_THAT(changed("/accessors/0/type", "VEC2"),
+                HasSubstr("does not contain 3-component vectors"));
     EXPECT_THAT(changed("/accessors/0/bufferView", 9), HasSubstr("refers to buffer view 9"));
     EXPECT_THAT(changed("/accessors/1/componentType", 5126),
                 HasSubstr("not a list of whole numbers"));
@@ -285,7 +288,7 @@ TEST(GltfFile, ExternalBuffersAreRead) {
     folder.Fill("data/part.bin", bytes);
     EXPECT_EQ(ReadGltf(folder.Fill("mesh.gltf", document.dump())).positions,
               (Points{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}));
-    // Shorter than declared.
+    // The file is shorter than its `byteLength`.
     folder.Fill("data/part.bin", bytes.substr(0, 39));
     EXPECT_THAT(MessageOf<HostError>([&] { ReadGltf(folder.Path("mesh.gltf")); }),
                 HasSubstr("mesh.gltf"));

@@ -30,7 +30,7 @@ constexpr const char* Materials =
     "newmtl red\r\nKd 1 0 0\r\nmap_Kd -s 1 1 1 -clamp on textures/my red.png\r\n"
     "newmtl blue\nbump -bm 0.5 ..\\shared\\bump.png\nmap_d /data/mask.png\nrefl C:\\sky.hdr\n";
 
-/// A folder `in` with a mesh and its materials, and an empty folder `out`.
+/// A test with a folder `in` that contains a mesh and its materials, and an empty folder `out`.
 class MaterialFiles : public ::testing::Test {
 protected:
     MaterialFiles() {
@@ -77,7 +77,7 @@ TEST_F(MaterialFiles, AreReadAsPathsWithTheSmoothingGroups) {
     const PolygonMesh mesh = Mesh();
     EXPECT_THAT(mesh.attributes.materialFiles, ElementsAre(folder.Path("in/lib/all.mtl")));
     EXPECT_EQ(mesh.attributes.faceSmoothing, (Indices{3, 0}));
-    // Without materials the file is not needed.
+    // Without materials, the material file is not needed.
     folder.Fill("in/plain.obj", "mtllib lib/all.mtl\nv 0 0 0\nv 1 0 0\nv 1 1 0\nf 1 2 3\n");
     EXPECT_THAT(ReadMeshFile(folder.Path("in/plain.obj")).attributes.materialFiles, IsEmpty());
 }
@@ -102,7 +102,7 @@ TEST_F(MaterialFiles, FromElsewhereAreCopiedWithAdjustedTexturePaths) {
               "newmtl blue\nbump -bm 0.5 ../in/shared/bump.png\nmap_d /data/mask.png\n"
               "refl C:\\sky.hdr\n");
     EXPECT_EQ(Content("in/lib/all.mtl"), Materials);
-    // A second export writes nothing, and a changed file replaces its copy.
+    // A second export does not write the copy again, but a changed file replaces its copy.
     EXPECT_THAT(Write("out/other.obj"), IsEmpty());
     folder.Fill("in/lib/all.mtl", "newmtl red\nKd 0.5 0 0\n");
     EXPECT_THAT(Write("out/mesh.obj"), ElementsAre(folder.Path("out/all.mtl")));
@@ -131,7 +131,7 @@ TEST_F(MaterialFiles, EqualNamesFromTwoFoldersGetOneCopyEach) {
     EXPECT_THAT(Content("out/second.obj"), HasSubstr("mtllib all-2.mtl\n"));
     EXPECT_EQ(Content("out/all-2.mtl"),
               "# Copied by trovik from ../in2/lib/all.mtl\nnewmtl red\nKd 0 1 0\n");
-    // Each copy is found again by its number.
+    // Each later export finds its own copy.
     EXPECT_THAT(Write("out/mesh.obj"), IsEmpty());
     EXPECT_THAT(writeSecond(), IsEmpty());
     folder.Fill("in2/lib/all.mtl", "newmtl red\nKd 0 0 1\n");
@@ -141,7 +141,7 @@ TEST_F(MaterialFiles, EqualNamesFromTwoFoldersGetOneCopyEach) {
 
 TEST_F(MaterialFiles, AreNotWrittenThroughLinks) {
     EXPECT_THAT(Write("out/mesh.obj"), ElementsAre(folder.Path("out/all.mtl")));
-    // Even if the link points to an earlier copy.
+    // A link is not followed even if it points to an earlier copy.
     fs::create_directories(folder.Path("elsewhere"));
     fs::rename(folder.Path("out/all.mtl"), folder.Path("elsewhere/all.mtl"));
     fs::create_symlink("../elsewhere/all.mtl", folder.Path("out/all.mtl"));
@@ -179,7 +179,7 @@ TEST_F(MaterialFiles, AreInheritedByRefinedFacesWithSmoothingGroups) {
         EXPECT_EQ(fine.attributes.faceSmoothing[face], face < 12 ? 3u : 0u);
     }
     EXPECT_EQ(fine.attributes.materialFiles, mesh.attributes.materialFiles);
-    // Faces that are first split into quads.
+    // Level 0 consists of faces that were split into quads.
     PolygonMesh mixed = AttributedMesh();
     mixed.attributes.faceSmoothing = {1, 2, 3, 4};
     mixed.attributes.materialFiles = {"a.mtl"};

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The final stage of every reader: degenerate faces are dropped, and equal UVs are merged.
+/// \file The final stage of every reader: degenerate faces are removed, and equal UVs are merged.
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/files/MeshImport.h"
@@ -70,7 +70,7 @@ TEST(MeshImport, StlTrianglesWithoutAreaAreDropped) {
     const PolygonMesh mesh = ReadMeshFile(folder.Fill("mesh.stl", text + "endsolid\n"));
     EXPECT_THAT(mesh.notes, ElementsAre(OneFaceNote));
     EXPECT_EQ(mesh.faceVertices, (Indices{0, 1, 2, 1, 3, 2}));
-    EXPECT_EQ(mesh.positions.size(), 4u) << "a vertex that no face uses";
+    EXPECT_EQ(mesh.positions.size(), 4u) << "there is a vertex that no face uses";
 }
 
 TEST(MeshImport, GltfTrianglesWithoutAreaAreDropped) {
@@ -106,8 +106,8 @@ TEST(MeshImport, DroppedFacesAreCountedAndAMeshWithoutOthersIsRefused) {
     EXPECT_TRUE(ReadMeshFile(folder.Fill("good.obj", vertices + "f 1 2 3\n")).notes.empty());
 }
 
-/// A grid of 3 by 3 vertices whose UVs follow the positions, except for the right column of faces,
-/// which starts a second island.
+/// Returns a grid of 3 by 3 vertices whose UVs follow the positions, except that the right column
+/// of faces is a second UV island.
 PolygonMesh SeamedGrid() {
     PolygonMesh mesh;
     for (int i = 0; i < 9; ++i) {
@@ -139,7 +139,7 @@ TEST(MeshImport, CornerUvsBecomeOneEntryPerVertexAndSide) {
         SCOPED_TRACE(name);
         WriteMeshFile(folder.Path(name), mesh);
         const PolygonMesh read = ReadMeshFile(folder.Path(name));
-        // 9 vertices, of which the three on the seam have a second UV.
+        // Nine vertices; the three on the seam have a second UV.
         EXPECT_EQ(read.attributes.uvs.size(), 12u);
         EXPECT_EQ(PolygonSource(read).UvsFollowVertices(), false);
         std::set<std::pair<std::uint32_t, std::uint32_t>> pairs;
@@ -159,8 +159,7 @@ TEST(MeshImport, UvsOfDifferentVerticesStayApart) {
     mesh.positions = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 9}, {1, 0, 9}, {0, 1, 9}};
     mesh.faceSizes = {3, 3};
     mesh.faceVertices = {0, 1, 2, 3, 4, 5};
-    // Two triangles over the same part of the texture, with one entry per corner and one unused
-    // entry.
+    // Two triangles on the same part of the texture, with one UV per corner and one unused UV.
     mesh.attributes.uvs = {{9, 9}, {0, 0}, {1, 0}, {0, 1}, {0, 0}, {1, 0}, {0, 1}};
     mesh.attributes.cornerUvs = {1, 2, 3, 4, 5, SurfaceAttributes::none};
     WeldUvs(mesh, nullptr);

@@ -93,7 +93,7 @@ TEST(MeshSpace, GltfIsInMetresWithYUp) {
                     SpaceForFile("a.gltf", {}, {1.0, UpAxis::Z});
                 }),
                 HasSubstr("a.gltf: glTF files"));
-    // If the mesh has no known space, numbers are written unchanged.
+    // If the space of the mesh is unknown, coordinates are written unchanged.
     WriteMeshFile(folder.Path("as-is.glb"), AttributedMesh());
     EXPECT_EQ(Bits(ReadGltf(folder.Path("as-is.glb")).positions), Bits(AttributedMesh().positions));
 }
@@ -108,7 +108,7 @@ TEST(MeshSpace, LevelsConvertAfterTheirTransform) {
     LevelGeometry geometry(mesh);
     geometry.Place().Set({2, 2, 2}, {0, 0, 0}, {0, 0, 100});
     const LevelSource source(geometry, {true, {1.0, UpAxis::Y}});
-    // 1 2 3 doubled and moved up: 2 4 106 in centimetres with z up.
+    // 1 2 3, doubled and moved up, is 2 4 106 in centimetres with z up.
     const Point p = source.Position(4);
     EXPECT_FLOAT_EQ(p[0], 0.02f);
     EXPECT_FLOAT_EQ(p[1], 1.06f);

@@ -42,8 +42,8 @@ TEST(ObjFile, RoundTripKeepsEveryBitAndTheOrder) {
 }
 
 TEST(ObjFile, CoordinatesAreTheNearestFloats) {
-    // Decimal texts very close to the midpoint of two floats. Parsing through double, or digit by
-    // digit, rounds to the wrong side.
+    // Decimal numbers very close to the midpoint of two floats. Parsing via double, or digit by
+    // digit, rounds in the wrong direction.
     const PolygonMesh mesh = ReadText(
         "v 1.00000005960464477539062500000000000001 1.000000059604644775390625 +0.5\n"
         "v 1e-50 -1e-50 1e-400\nv 7.0064923216240853e-46 3.4028235e38 .25\nf 1 2 3\n");
@@ -122,7 +122,7 @@ TEST(ObjFile, BadFacesNameTheirLineAndReason) {
     EXPECT_THAT(Refusal(WithFace("f 1 2 3.5\n")), HasSubstr("line 5: face corner '3.5'"));
     EXPECT_THAT(Refusal(WithFace("f 1 2 /3\n")), HasSubstr("line 5: face corner '/3'"));
     EXPECT_THAT(Refusal(WithFace("f 1 2 3/1/1/1\n")), HasSubstr("line 5: face corner '3/1/1/1'"));
-    // 2^32 + 1 would become vertex 1 if only 32 bits were used.
+    // 2^32 + 1 truncated to 32 bits would refer to vertex 1.
     EXPECT_THAT(Refusal(WithFace("f 2 3 4294967297\n")),
                 HasSubstr("line 5: face corner '4294967297'"));
     std::string long_face = "f";
@@ -145,7 +145,8 @@ TEST(ObjFile, BadCoordinatesNameTheirLineAndReason) {
 TEST(ObjFile, FilesWithoutPolygonsAreRefused) {
     EXPECT_THAT(Refusal(""), HasSubstr("no faces"));
     EXPECT_THAT(Refusal(FourVertices), HasSubstr("no faces"));
-    EXPECT_THAT(Refusal(std::string_view("\x7f\x45LF\0\0", 6)), HasSubstr("line 1: a zero byte"));
+    EXPECT_THAT(Refusal(std::string_view("\x7f\x45LF\0\0", 6)),
+                HasSubstr("line 1: the line contains a zero byte"));
 }
 
 TEST(ObjFile, EveryTruncationIsReadOrRefused) {

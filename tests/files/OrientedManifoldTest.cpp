@@ -39,18 +39,17 @@ Faces FacesOf(const PolygonMesh& mesh) {
     return faces;
 }
 
-/// Expects each directed vertex pair at most once, and one fan of faces at each vertex.
+/// Expects each half-edge at most once, and a single fan of faces around each vertex.
 void ExpectOrientedManifold(const PolygonMesh& mesh) {
     CheckPolygonMesh(mesh, "result");
     std::set<std::pair<std::uint32_t, std::uint32_t>> halfEdges;
-    // Around each vertex, links its next corner to its previous corner in each face.
+    // For each vertex, maps the next vertex to the previous vertex in each of its faces.
     std::map<std::uint32_t, std::map<std::uint32_t, std::uint32_t>> links;
     for (const Indices& face : FacesOf(mesh)) {
         for (std::size_t i = 0; i < face.size(); ++i) {
             const std::uint32_t next = face[(i + 1) % face.size()];
             EXPECT_TRUE(halfEdges.emplace(face[i], next).second)
-                << " twice in the same direction" << face[i] << " " << next
-                << " twice in the same sense";
+                << "half-edge " << face[i] << " " << next << " occurs twice";
             links[face[i]][next] = face[(i + face.size() - 1) % face.size()];
         }
     }
@@ -68,7 +67,7 @@ void ExpectOrientedManifold(const PolygonMesh& mesh) {
              step = link.find(step->second)) {
             ++steps;
         }
-        EXPECT_EQ(steps, link.size()) << "vertex " << vertex << " has several fans";
+        EXPECT_EQ(steps, link.size()) << "vertex " << vertex << " has more than one fan of faces";
     }
 }
 
@@ -95,7 +94,8 @@ TEST(OrientedManifold, ThreeFacesAtOneEdgeAreAllSeparated) {
     EXPECT_EQ(report.splitVertices, 2u);
     EXPECT_EQ(report.addedVertices, 4u);
     EXPECT_TRUE(report.closedCuts.empty());
-    // Copies by vertex, then by face: 5 and 6 of vertex 0, 7 and 8 of vertex 1.
+    // Copies are ordered by vertex, then by face: 5 and 6 are copies of vertex 0, 7 and 8 of vertex
+    // 1.
     EXPECT_EQ(FacesOf(mesh), (Faces{{0, 1, 2}, {7, 5, 3}, {6, 8, 4}}));
     ASSERT_EQ(mesh.positions.size(), 9u);
     EXPECT_EQ(mesh.positions[6], mesh.positions[0]);
@@ -116,7 +116,7 @@ TEST(OrientedManifold, TwoFacesWithTheSameEdgeDirectionAreSeparated) {
 }
 
 TEST(OrientedManifold, BowTieIsSplitAtItsVertex) {
-    // The fan of face 0 keeps vertex 2, whichever corner that is.
+    // The fan of face 0 keeps vertex 2, which is a different corner in each of its faces.
     PolygonMesh mesh = MeshOf(7, {{0, 1, 2}, {2, 3, 4}, {2, 4, 5}, {6, 0, 2}});
     const ManifoldReport report = MakeOrientedManifold(mesh);
     EXPECT_EQ(report.nonManifoldEdges + report.misorientedEdges, 0u);
@@ -145,7 +145,7 @@ TEST(OrientedManifold, TwoSolidsWithACommonEdgeAreSeparated) {
     const ManifoldReport report = MakeOrientedManifold(mesh);
     EXPECT_EQ(report.nonManifoldEdges, 1u);
     EXPECT_EQ(report.addedVertices, 2u);
-    // Each solid is closed by itself, so that its two faces at the edge are joined again.
+    // Each solid is closed, so its two faces at the edge are joined again.
     EXPECT_THAT(report.closedCuts,
                 testing::ElementsAre(std::array<std::uint32_t, 2>{0, 1},
                                      std::array<std::uint32_t, 2>{6, 7}));
@@ -153,7 +153,7 @@ TEST(OrientedManifold, TwoSolidsWithACommonEdgeAreSeparated) {
 }
 
 TEST(OrientedManifold, FinOnAnInnerEdgeIsDetached) {
-    // A tetrahedron with a fin on edge 0 1.
+    // A tetrahedron with a fin on the edge 0 1.
     PolygonMesh mesh = MeshOf(5, {{0, 1, 2}, {0, 2, 3}, {0, 3, 1}, {1, 3, 2}, {0, 1, 4}});
     const ManifoldReport report = MakeOrientedManifold(mesh);
     EXPECT_EQ(report.nonManifoldEdges, 1u);
@@ -164,7 +164,7 @@ TEST(OrientedManifold, FinOnAnInnerEdgeIsDetached) {
 }
 
 TEST(OrientedManifold, FinAlongTwoInnerEdgesLeavesASlit) {
-    // A closed band of quads around the row 0 1 2, with a fin of two faces on the row.
+    // A triangular prism with the row of edges 0 1 2, and a fin of two faces on this row.
     PolygonMesh mesh = MeshOf(11,
                               {{0, 1, 4, 3},
                                {1, 2, 5, 4},
@@ -179,7 +179,8 @@ TEST(OrientedManifold, FinAlongTwoInnerEdgesLeavesASlit) {
     const ManifoldReport report = MakeOrientedManifold(mesh);
     EXPECT_EQ(report.nonManifoldEdges, 2u);
     EXPECT_TRUE(report.closedCuts.empty());
-    // The middle of the slit has a copy on either side; at its ends only the fin has a copy.
+    // In the middle of the slit, each side has its own vertex; at the ends, only the fin has a
+    // copy.
     EXPECT_EQ(report.addedVertices, 4u);
     const Faces faces = FacesOf(mesh);
     EXPECT_EQ(faces[0][1], 1u);

@@ -30,7 +30,8 @@ std::string Refusal(std::string_view content) {
     return FileRefusal("mesh.ply", content, [](const std::string& path) { ReadPly(path); });
 }
 
-/// A text file with the vertices of a quad and a face element with this count and body.
+/// Returns a text file with the vertices of a quad and a face element with this count and these
+/// rows.
 std::string QuadText(std::string_view faceCount, std::string_view faces) {
     return "ply\nformat ascii 1.0\nelement vertex 4\nproperty float x\nproperty float y\n"
            "property float z\nelement face " +
@@ -40,7 +41,7 @@ std::string QuadText(std::string_view faceCount, std::string_view faces) {
            std::string(faces);
 }
 
-/// A binary header of three vertices and one face, followed by this body.
+/// Returns the header of a binary file with three vertices and one face, followed by this body.
 std::string Binary(std::string_view body,
                    std::string_view vertexCount = "3",
                    std::string_view faceCount = "1",
@@ -158,7 +159,7 @@ TEST(PlyFile, EveryTruncationOfATextFileIsRefused) {
     const TemporaryFolder folder;
     WritePly(folder.Path("whole.ply"), MixedMesh(), PlyEncoding::Text);
     const std::string whole = TemporaryFolder::Content(folder.Path("whole.ply"));
-    // Up to the blank before the last number: a truncated number would still be a number.
+    // Truncates only before the last number, because a truncated number is still a number.
     for (std::size_t length = 0; length < whole.size() - 2; length += 97) {
         SCOPED_TRACE(length);
         const std::string path = folder.Fill("cut.ply", whole.substr(0, length));
@@ -183,7 +184,7 @@ TEST(PlyFile, HostileLengthsAreRefusedBeforeAllocation) {
         HasSubstr("element 'face', row 0 of 1 (counted from 0): a list cannot have -1 entries"));
     EXPECT_THAT(Refusal(Binary(face, "3", "1", "list uint int")),
                 HasSubstr("row 0 of 1 (counted from 0): the file ends too early"));
-    // A list that the file does contain, but longer than any face.
+    // The file contains the whole list, but the list is longer than any valid face.
     EXPECT_THAT(
         Refusal(Binary(vertices + std::string("\x41\x42\x0f\0", 4) + std::string(1'000'001, '\0'),
                        "3",
@@ -221,7 +222,7 @@ TEST(PlyFile, BadHeadersNameLineAndReason) {
     };
     EXPECT_THAT(Refusal(""), HasSubstr("line 1: not a PLY file"));
     EXPECT_THAT(Refusal("v 0 0 0\n"), HasSubstr("line 1: not a PLY file"));
-    EXPECT_THAT(Refusal("ply\n"), HasSubstr("the file ends within its header"));
+    EXPECT_THAT(Refusal("ply\n"), HasSubstr("the file ends inside its header"));
     EXPECT_THAT(Refusal(changed("ascii", "ebcdic")), HasSubstr("line 2: the format 'ebcdic'"));
     EXPECT_THAT(Refusal(changed("1.0", "2.0")), HasSubstr("line 2: the format version '2.0'"));
     EXPECT_THAT(Refusal(changed("format ascii 1.0\n", "")), HasSubstr("does not specify a format"));
@@ -233,7 +234,7 @@ TEST(PlyFile, BadHeadersNameLineAndReason) {
     EXPECT_THAT(Refusal(changed("vertex_indices", "loop")), HasSubstr("has no list"));
     EXPECT_THAT(Refusal(changed("uchar int", "uchar float")), HasSubstr("not a list of whole"));
     EXPECT_THAT(Refusal(changed("uchar int", "float int")),
-                HasSubstr("line 8: the type of the length of a list must be an integer type"));
+                HasSubstr("line 8: the length of a list must have an integer type"));
     EXPECT_THAT(Refusal(changed("element face", "element strips")), HasSubstr("no element 'face'"));
     EXPECT_THAT(Refusal(changed("element vertex 4\n", "")),
                 HasSubstr("line 3: a property comes before any element"));

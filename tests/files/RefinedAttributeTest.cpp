@@ -46,7 +46,8 @@ TEST(RefinedAttributes, Level0EqualsTheImport) {
 
 TEST(RefinedAttributes, TextureCoordinatesAreBilinearAndKeepTheSeam) {
     const PolygonMesh fine = Refined(TwoQuads(), 1);
-    // q0 has (0, 0) to (0.5, 0.5), q1 (0.75, 0.125) to (1, 0.625); children at corners 0 to 3.
+    // q0 covers (0, 0) to (0.5, 0.5), and q1 covers (0.75, 0.125) to (1, 0.625). Child k is at
+    // corner k.
     EXPECT_EQ(FaceUvs(fine, 0), (Uvs{{0, 0}, {0.25f, 0}, {0.25f, 0.25f}, {0, 0.25f}}));
     EXPECT_EQ(FaceUvs(fine, 1), (Uvs{{0.25f, 0}, {0.5f, 0}, {0.5f, 0.25f}, {0.25f, 0.25f}}));
     EXPECT_EQ(FaceUvs(fine, 2), (Uvs{{0.25f, 0.25f}, {0.5f, 0.25f}, {0.5f, 0.5f}, {0.25f, 0.5f}}));
@@ -55,7 +56,7 @@ TEST(RefinedAttributes, TextureCoordinatesAreBilinearAndKeepTheSeam) {
               (Uvs{{0.75f, 0.125f}, {0.875f, 0.125f}, {0.875f, 0.375f}, {0.75f, 0.375f}}));
     EXPECT_EQ(FaceUvs(fine, 7),
               (Uvs{{0.75f, 0.375f}, {0.875f, 0.375f}, {0.875f, 0.625f}, {0.75f, 0.625f}}));
-    // The new vertex on the seam has one position in space and two in the texture.
+    // The new vertex on the seam has one position but two UVs.
     const std::uint32_t onSeam = fine.faceVertices[1 * 4 + 2];
     EXPECT_EQ(onSeam, fine.faceVertices[4 * 4 + 3]);
     EXPECT_EQ(FaceUvs(fine, 1)[2], (std::array<float, 2>{0.5f, 0.25f}));
@@ -64,12 +65,12 @@ TEST(RefinedAttributes, TextureCoordinatesAreBilinearAndKeepTheSeam) {
 
 TEST(RefinedAttributes, DeeperLevelsFollowTheChildOrder) {
     const PolygonMesh fine = Refined(TwoQuads(), 3);
-    // Face 64 + 2 * 16 + 1 * 4 + 3 is in q1 the child 3 of the child 1 of the child 2: from corner
-    // 0 half the width and height, then a quarter to the right, then an eighth down.
+    // Face 64 + 2 * 16 + 1 * 4 + 3 is child 3 of child 1 of child 2 of q1. Its offset from corner 0
+    // of q1 is half the width and height, plus a quarter to the right, plus an eighth upwards.
     EXPECT_EQ(FaceUvs(fine, 64 + 39),
               (Uvs{{0.9375f, 0.4375f}, {0.96875f, 0.4375f}, {0.96875f, 0.5f}, {0.9375f, 0.5f}}));
     const Uvs all = CornerUvValues(fine);
-    // 9 by 9 points per quad, all different.
+    // 9 by 9 distinct points per quad.
     EXPECT_EQ(std::set(all.begin(), all.end()).size(), 162u);
     EXPECT_EQ(fine.attributes.uvs.size(), 162u);
 }
@@ -88,7 +89,7 @@ TEST(RefinedAttributes, ColoursAreEdgeAndFaceMeans) {
     for (std::size_t vertex = 0; vertex < 6; ++vertex) {
         EXPECT_EQ(colors[vertex], mesh.attributes.colors[vertex]);
     }
-    // Edges of q0 (0 1 4 3), its middle, the new edges of q1 (1 2 5 4), its middle.
+    // The edges of q0 (0 1 4 3), its centre, the new edges of q1 (1 2 5 4), its centre.
     const std::vector<Color> added = {{0.5f, 0, 0, 1},
                                       {0.75f, 0.25f, 0, 1},
                                       {0.25f, 0.75f, 0, 1},
@@ -99,7 +100,7 @@ TEST(RefinedAttributes, ColoursAreEdgeAndFaceMeans) {
                                       {0.75f, 0.75f, 0.5f, 0.5f},
                                       {0.625f, 0.375f, 0.5f, 0.625f}};
     EXPECT_EQ(std::vector<Color>(colors.begin() + 6, colors.end()), added);
-    // One more level, each vertex once: the middle of the child 0 of q0.
+    // On the next level, each vertex has one colour; this is the centre of child 0 of q0.
     const PolygonMesh finer = Refined(mesh, 2);
     ASSERT_EQ(finer.attributes.colors.size(), finer.positions.size());
     EXPECT_EQ(finer.attributes.colors[finer.faceVertices[2]], (Color{0.21875f, 0.21875f, 0, 1}));
@@ -121,7 +122,7 @@ TEST(RefinedAttributes, OtherPolygonsAreSplitWithTheirAttributes) {
     const PolygonMesh quads = Refined(mesh, 0);
     ASSERT_EQ(quads.faceSizes.size(), 16u);
     EXPECT_NO_THROW(CheckPolygonMesh(quads, "here"));
-    // The triangle has (0, 0), (0.25, -0.25), (0.5, 0); its first quad is face 8.
+    // The triangle has the UVs (0, 0), (0.25, -0.25) and (0.5, 0); its first quad is face 8.
     const Uvs first = FaceUvs(quads, 8);
     EXPECT_EQ(first[0], (std::array<float, 2>{0, 0}));
     EXPECT_EQ(first[1], (std::array<float, 2>{0.125f, -0.125f}));
@@ -131,7 +132,7 @@ TEST(RefinedAttributes, OtherPolygonsAreSplitWithTheirAttributes) {
     EXPECT_EQ(FaceNames(quads.attributes.faceGroups, quads.attributes.groupNames)[8], "left arm");
     EXPECT_EQ(FaceNames(quads.attributes.faceMaterials, quads.attributes.materialNames)[15],
               "skin");
-    // Green is 1 everywhere, and each new vertex has a colour.
+    // Every vertex has a colour, including new ones, and green is 1 everywhere.
     ASSERT_EQ(quads.attributes.colors.size(), quads.positions.size());
     for (const Color& color : quads.attributes.colors) {
         EXPECT_FLOAT_EQ(color[1], 1.0f);
@@ -153,9 +154,9 @@ TEST(RefinedAttributes, TrianglesRefineIntoQuads) {
     EXPECT_EQ(FaceUvs(fine, 1), (Uvs{{1, 0}, {0.5f, 0.5f}, {third, third}, {0.5f, 0}}));
     EXPECT_EQ(FaceUvs(fine, 2), (Uvs{{0, 1}, {0, 0.5f}, {third, third}, {0.5f, 0.5f}}));
     const PolygonMesh finer = Refined(mesh, 2);
-    // Child 1 of child 2: from the middle of the edge before (0, 1) ... to its face point.
+    // Child 1 of child 2.
     EXPECT_EQ(FaceUvs(finer, 9)[1], (std::array<float, 2>{0, 0.5f}));
-    // UVs are defined per vertex, so the same values are found vertex by vertex.
+    // There are no seams, so the UVs can also be compared vertex by vertex.
     std::vector<std::array<float, 2>> byVertex;
     LevelGeometry geometry(mesh);
     geometry.Subdivide();

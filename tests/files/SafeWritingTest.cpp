@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file A failed write leaves the old files untouched and no file of its own.
+/// \file A failed write leaves the old files unchanged and leaves no new file.
 #include "framework/document/Document.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
@@ -23,7 +23,7 @@
 namespace trovik {
 namespace {
 
-/// A disk on which one call fails, and all later calls of the same kind.
+/// A disk on which one call and all later calls of the same kind fail.
 class FailingDisk : public DiskCalls {
 public:
     /// \param number  the index of the failing call, from 1.
@@ -37,7 +37,7 @@ public:
     }
     ssize_t Write(int file, const void* bytes, std::size_t size) override {
         if (!Fails(ENOSPC)) return DiskCalls::Write(file, bytes, size);
-        // A full disk writes a part first.
+        // A full disk first writes a part of the data.
         if (size > 1 && DiskCalls::Write(file, bytes, size / 2) < 0) return -1;
         errno = ENOSPC;
         return -1;
@@ -77,7 +77,7 @@ protected:
             "v -1 -1 -1\nv 1 -1 -1\nv -1 1 -1\nv 1 1 -1\nv -1 -1 1\nv 1 -1 1\nv -1 1 1\n"
             "v 1 1 1\nf 1 3 4 2\nf 5 6 8 7\nf 1 2 6 5\nf 3 7 8 4\nf 1 5 7 3\nf 2 4 8 6\n");
         document = std::make_unique<Document>(cube);
-        // Files that exceed one buffer.
+        // The files must be larger than one buffer.
         for (int i = 0; i < 6; ++i) document->Subdivide();
         path = folder.Fill(GetParam(), oldContent);
         files = folder.FileCount();
@@ -127,8 +127,8 @@ TEST_P(SafeWriting, FailureOfAnySystemCallLeavesNoFile) {
             break;
         }
         if (disk.renamed) {
-            // Only syncing the folder can still fail, and its message says that the file is in
-            // place.
+            // At this point only syncing the folder can fail, and then the message says that the
+            // file is in place.
             EXPECT_TRUE(message.empty() || message.find("in place") != std::string::npos)
                 << message;
             EXPECT_NE(TemporaryFolder::Content(path), oldContent);
@@ -136,7 +136,7 @@ TEST_P(SafeWriting, FailureOfAnySystemCallLeavesNoFile) {
             folder.Fill(GetParam(), oldContent);
             continue;
         }
-        // Failures of closing, or of syncing other files, do no harm here.
+        // Failures to close files or to sync other files have no effect here.
         if (message.empty()) continue;
         ++failures;
         ExpectUntouched(message);

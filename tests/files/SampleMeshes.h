@@ -13,8 +13,8 @@
 
 namespace trovik {
 
-/// A triangle, a quad, a pentagon and a face of 300 corners, with unused vertices between, and
-/// coordinates of all magnitudes.
+/// Returns a triangle, a quad, a pentagon and a face with 300 corners, with unused vertices in
+/// between and coordinates of all magnitudes.
 inline PolygonMesh MixedMesh() {
     constexpr std::uint32_t Corners = 300;
     PolygonMesh mesh;

@@ -45,14 +45,15 @@ TEST(StlFile, FacesBecomeTrianglesAlongTheFirstDiagonal) {
         SCOPED_TRACE(static_cast<int>(encoding));
         WriteStl(folder.Path("mesh.stl"), mesh, encoding);
         const PolygonMesh read = ReadStl(folder.Path("mesh.stl"));
-        // Quads 0 1 4 3 and 1 2 5 4, triangle 0 6 1, pentagon 4 5 9 8 7, by their positions.
+        // The quads 0 1 4 3 and 1 2 5 4, the triangle 0 6 1 and the pentagon 4 5 9 8 7, by
+        // position.
         const Indices written = {0, 1, 4, 0, 4, 3, 1, 2, 5, 1, 5, 4,
                                  0, 6, 1, 4, 5, 9, 4, 9, 8, 4, 8, 7};
         ASSERT_EQ(read.faceVertices.size(), written.size());
         for (std::size_t corner = 0; corner < written.size(); ++corner) {
             EXPECT_EQ(read.positions[read.faceVertices[corner]], mesh.positions[written[corner]]);
         }
-        // Vertices are numbered in order of appearance, and merged.
+        // Vertices are welded and numbered in order of first use.
         EXPECT_EQ(Indices(read.faceVertices.begin(), read.faceVertices.begin() + 9),
                   (Indices{0, 1, 2, 0, 2, 3, 1, 4, 5}));
         EXPECT_EQ(read.positions.size(), 10u);
@@ -132,13 +133,13 @@ TEST(StlFile, BadTextsNameLineAndReason) {
     const std::string good = Facet("0 0 0", "1 0 0", "0 1 0");
     EXPECT_THAT(Refusal("solid\n" + good), HasSubstr("line 8: the file ends without 'endsolid'"));
     EXPECT_THAT(Refusal("solid\n" + Facet("0 0 0", "1 x 0", "0 1 0") + "endsolid\n"),
-                HasSubstr("line 5: a finite number is expected, but there is 'x'"));
+                HasSubstr("line 5: expected a finite number, but found 'x'"));
     EXPECT_THAT(Refusal("solid\n" + Facet("0 0 0", "1 inf 0", "0 1 0") + "endsolid\n"),
-                HasSubstr("line 5: a finite number"));
+                HasSubstr("line 5: expected a finite number"));
     EXPECT_THAT(Refusal("solid\n" + Facet("0 0 0", "1 0", "0 1 0") + "endsolid\n"),
-                HasSubstr("line 6: a finite number is expected, but there is 'vertex'"));
+                HasSubstr("line 6: expected a finite number, but found 'vertex'"));
     EXPECT_THAT(Refusal("solid\nfacets\nendsolid"),
-                HasSubstr("line 2: 'facet' or 'endsolid' is expected, but there is 'facets'"));
+                HasSubstr("line 2: expected 'facet' or 'endsolid', but found 'facets'"));
     EXPECT_THAT(Refusal("solid\nfacet normal 0 0"), HasSubstr("but the file ends"));
     EXPECT_THAT(Refusal("solid\nendsolid\n"), HasSubstr("no faces"));
 }
@@ -147,8 +148,8 @@ TEST(StlFile, BadBinariesNameByteAndReason) {
     const TemporaryFolder folder;
     WriteStl(folder.Path("b.stl"), AttributedMesh(), StlEncoding::Binary);
     const std::string whole = TemporaryFolder::Content(folder.Path("b.stl"));
-    EXPECT_THAT(Refusal(""), HasSubstr("byte 0: the file ends within its header"));
-    EXPECT_THAT(Refusal(whole.substr(0, 83)), HasSubstr("byte 83: the file ends within"));
+    EXPECT_THAT(Refusal(""), HasSubstr("byte 0: the file ends inside its header"));
+    EXPECT_THAT(Refusal(whole.substr(0, 83)), HasSubstr("byte 83: the file ends inside"));
     for (std::size_t length = 84; length < whole.size(); length += 7) {
         EXPECT_THAT(Refusal(whole.substr(0, length)),
                     HasSubstr("byte 80: 8 triangles are declared, but the file is too short"));

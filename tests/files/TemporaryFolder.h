@@ -20,7 +20,7 @@ public:
     TemporaryFolder() {
         std::string pattern = (std::filesystem::temp_directory_path() / "trovik-XXXXXX").string();
         if (mkdtemp(pattern.data()) == nullptr) {
-            throw std::runtime_error("cannot make a temporary folder");
+            throw std::runtime_error("cannot create a temporary folder");
         }
         folder = pattern;
     }
@@ -33,7 +33,7 @@ public:
 
     std::string Path(std::string_view name) const { return (folder / name).string(); }
 
-    /// Writes a file of this content; \return its path.
+    /// Writes a file with this content. \return its path.
     std::string Fill(std::string_view name, std::string_view content) const {
         std::ofstream(Path(name), std::ios::binary) << content;
         return Path(name);
@@ -53,8 +53,8 @@ private:
     std::filesystem::path folder;
 };
 
-/// The message of the HostError that `action` throws. If it throws none, the test fails and the
-/// message is empty.
+/// Returns the message of the error that `action` throws. If it does not throw, the test fails and
+/// the message is empty.
 template <class Error, class Action>
 std::string MessageOf(const Action& action) {
     try {

@@ -223,7 +223,7 @@ TEST(ImageFile, SizeBeyondTheLimitIsRefusedFromTheHeader) {
               "cannot read image " + path +
                   ": 10 x 10 x 3 values take more than the limit of 1199 bytes as floats");
 
-    // The header of an uncompressed image of 30000 x 30000 (Targa), without any pixels.
+    // The header of an uncompressed Targa image of 30000 x 30000 pixels, without the pixels.
     std::string header(18, '\0');
     header[2] = 2;
     header[12] = header[14] = static_cast<char>(30000 & 255);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file PNG files of every kind, and damaged ones, for which libpng must not print anything.
+/// \file PNG files of every kind, and damaged files, for which libpng must not print anything.
 #include "framework/errors/HostError.h"
 #include "framework/images/PngFile.h"
 #include "tests/files/TemporaryFolder.h"
@@ -21,7 +21,8 @@ namespace {
 
 using testing::HasSubstr;
 
-/// Writes an image of random samples directly with libpng, in any kind that the format has.
+/// Writes an image of random samples directly with libpng, with any colour type and bit depth of
+/// the format.
 std::string WritePng(const std::string& path, int colorType, int bitDepth, bool isInterlaced) {
     constexpr png_uint_32 Width = 19;
     constexpr png_uint_32 Height = 13;

@@ -18,7 +18,8 @@
 
 namespace trovik::test {
 
-/// Every bit of the document: its levels with the data carried between them, and its scene file.
+/// Returns the complete state of the document: its levels with the data carried between them, and
+/// its scene file.
 inline std::string BytesOf(Document& document) {
     const TemporaryFolder folder;
     document.WriteScene(folder.Path("state.trovik"));
@@ -32,25 +33,24 @@ inline std::set<std::string> FilesIn(const TemporaryFolder& folder) {
     return names;
 }
 
-/// Counts the reports of a geometry to its observers.
+/// Counts the change reports that a geometry sends to its observers.
 class ReportCount final : public GeometryObserver {
 public:
     void SurfaceChanged(const SurfaceChange&) override { ++reports; }
     uint64_t reports = 0;
 };
 
-/// The reports of an operation to the observers of the surface before it is cancelled.
+/// The change reports that observers of the surface receive from a cancelled operation.
 enum class Reports {
     None,
-    /// Changes, and then their undoing.
+    /// Changes, followed by their reversal.
     Undone
 };
 
-/// Runs an operation to its end, then cancels it at random reports, and runs it again.
-/// \param make  creates the document, the same one in each call.
-/// \param leastReports  the minimum number of reports of the operation if every element is
-/// reported.
-/// \param steps  number of undo steps that the operation makes.
+/// Runs an operation to completion, then cancels it at random progress reports, and runs it again.
+/// \param make  creates the document; must return an identical document each time.
+/// \param leastReports  the minimum number of progress reports if every element is reported.
+/// \param steps  number of undo steps that the operation creates.
 inline void ExpectCancelChangesNothing(const std::function<std::unique_ptr<Document>()>& make,
                                        const std::function<void(Document&, JobControl*)>& operation,
                                        uint64_t leastReports,
@@ -68,8 +68,8 @@ inline void ExpectCancelChangesNothing(const std::function<std::unique_ptr<Docum
     const uint64_t firstReports = runWhole(*twin);
     EXPECT_GE(firstReports, leastReports);
     const std::string expected = BytesOf(*twin);
-    // A revert drops vertices that were written with their old values, so a further run compares
-    // fewer.
+    // A revert discards the vertices that were written without a change, so later runs compare
+    // fewer vertices.
     uint64_t reports = 0;
     {
         const auto reverted = make();

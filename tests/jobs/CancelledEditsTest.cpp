@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Edits that are cancelled at random reports: every bit of the document is unchanged, and a new
-/// run of the operation gives the same bits.
+/// Edits that are cancelled at random progress reports: the document is unchanged, bit for bit, and
+/// the result of the next run is bit-identical to that of a run that was never cancelled.
 #include "framework/baking/MapDisplacement.h"
 #include "framework/images/ImageFile.h"
 #include "framework/mesh/MeshSource.h"
@@ -33,8 +33,8 @@ void HideFaces(Document& document) {
     document.ChangeVisibility(VisibilityChange::Hide, chosen);
 }
 
-/// Four levels with detail, mask, hidden faces and layers on two of them, with changes still to be
-/// carried from level 1.
+/// Returns four levels with detail, a mask, hidden faces and layers on two of them. Changes on
+/// level 1 have not been carried to the other levels yet.
 std::unique_ptr<Document> AtLevel1() {
     auto document = std::make_unique<Document>("cube", WithIslands(Cube(), 3, 0.05f));
     document->SetTopologicalMirror();
@@ -53,7 +53,7 @@ std::unique_ptr<Document> AtLevel1() {
     return document;
 }
 
-/// The same document with changes on the highest level that are still to be carried down.
+/// Returns the same document with changes on the highest level that have not been carried down yet.
 std::unique_ptr<Document> AtLevel3() {
     auto document = AtLevel1();
     document->BindLevel(3);
@@ -115,15 +115,15 @@ TEST(CancelledEdits, DeleteHigherLevelsChangesNothing) {
         16);
 }
 
-/// A document with two levels above level 0, which is a refinement whose numbering was shuffled by
-/// an import.
+/// Returns a document with two levels above level 0. Level 0 is a refinement that was imported with
+/// shuffled numbering.
 std::unique_ptr<Document> Refined() {
     LevelGeometry source(WithIslands(Cube(), 3, 0.05f));
     source.Subdivide();
     source.Subdivide();
     Roughen(*source.Bound(), 0.03f, 5);
     PolygonMesh polygons = GatherPolygons(LevelSource(source, {}));
-    // Shuffle the order of faces and vertices.
+    // Shuffles the order of faces and vertices.
     std::mt19937 random(6);
     std::vector<uint32_t> order(polygons.positions.size());
     for (uint32_t v = 0; v < order.size(); ++v) order[v] = v;
@@ -159,7 +159,7 @@ TEST(CancelledEdits, UnsubdivideTwice) {
     ExpectCancelChangesNothing(
         [] {
             auto document = Refined();
-            // Renumbering drops the brush's table of patches, which undo does not restore.
+            // Renumbering discards the brush's patch table, which undo does not restore.
             document->Unsubdivide();
             document->Undo();
             return document;

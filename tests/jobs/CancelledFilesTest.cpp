@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Import, export, scenes and maps, cancelled at random reports: files are complete or
-/// unchanged, no temporary file is left, and the next run gives the same bits as a run that was
-/// never cancelled.
+/// \file Import, export, scenes and maps, cancelled at random progress reports: files are complete
+/// or unchanged, no temporary file is left, and the result of the next run is bit-identical to that
+/// of a run that was never cancelled.
 #include "framework/baking/MapFile.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
@@ -19,8 +19,8 @@ namespace {
 
 constexpr int draws = 25;
 
-/// Runs `operation` to its end, and then cancels it at random reports. \param check  called after
-/// each cancellation.
+/// Runs `operation` to completion, and then cancels it at random progress reports. \param
+/// check  called after each cancellation.
 void Cancel(const std::function<void(JobControl*)>& operation,
             const std::function<void()>& check,
             uint64_t leastReports,
@@ -109,7 +109,7 @@ TEST(CancelledFiles, ExportLeavesTheOldFile) {
         SCOPED_TRACE(name);
         const TemporaryFolder folder;
         const std::string file = folder.Path(name);
-        // Once with an old file, and once without.
+        // Once with an existing file and once without.
         for (const bool isThere : {false, true}) {
             std::string before;
             Cancel(
@@ -161,13 +161,13 @@ TEST(CancelledFiles, SaveSceneLeavesTheOldFile) {
     document->Save(file);
     const std::string old = TemporaryFolder::Content(file);
     const std::string before = BytesOf(*document);
-    // Save another scene over the old one.
+    // Saves another scene over the old one.
     document->BindLevel(2);
     const std::string changed = BytesOf(*document);
     Cancel(
         [&](JobControl* job) {
             document->Save(file, job);
-            // Overwrite the output of the complete run.
+            // Overwrites the output of the complete run.
             std::ofstream(file, std::ios::binary) << old;
         },
         [&] {

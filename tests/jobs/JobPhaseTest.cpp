@@ -13,7 +13,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-/// Records the reports it receives.
+/// Records the reports that it receives.
 class RecordingJob : public JobControl {
 public:
     explicit RecordingJob(const JobPace& reportPace) : JobControl(reportPace) {}
@@ -44,7 +44,7 @@ TEST(JobPhase, ChecksTheClockMoreOftenForSlowElements) {
     for (int i = 0; i < 100; ++i) phase.Add();
     EXPECT_EQ(job.reported.size(), 11u);
     phase.Reach(90);
-    EXPECT_EQ(job.reported.size(), 11u) << "an advance that does not reach the next clock check";
+    EXPECT_EQ(job.reported.size(), 11u) << "the next clock check has not been reached";
     phase.Reach(110);
     EXPECT_EQ(job.reported.back(), 110u);
     for (int i = 0; i < 10; ++i) phase.Poll();

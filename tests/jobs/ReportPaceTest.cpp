@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Every phase of a long operation looks at the clock after a bounded number of elements, so that
-/// no mesh is large enough to keep a request to cancel waiting. Counts elements, not time;
-/// bench/jobs measures the time.
+/// Every phase of a long operation reads the clock after a bounded number of elements, so that
+/// cancellation is not delayed, however large the mesh. The test counts elements; bench/jobs
+/// measures the time.
 #include "framework/baking/MapDisplacement.h"
 #include "framework/baking/MapFile.h"
 #include "framework/files/MeshFiles.h"
@@ -23,7 +23,7 @@
 namespace trovik::test {
 namespace {
 
-/// Counts reports by phase. Operations report to it as often as they look at the clock by default.
+/// Counts reports by phase. Operations report to it whenever they would read the clock by default.
 class PaceJob final : public JobControl {
 public:
     PaceJob() : JobControl({JobPace().elements, {}}) {}
@@ -34,17 +34,17 @@ public:
             reports = 0;
         }
         last = done;
-        // The report of the beginning stands for the first elements.
+        // The first report of a phase counts for its first elements.
         ++reports;
         uint64_t& most = elements[current];
         most = std::max(most, done / reports);
         return true;
     }
 
-    /// Each phase has reported at least once per so many elements.
-    /// \param phases  that the operation must have among others.
+    /// Expects that each phase has reported often enough, and that these phases occurred.
+    /// \param phases  phases that the operation must have, possibly among others.
     void Expect(const std::set<std::string>& phases) const {
-        // The longest run without a look at the clock, and the pace.
+        // The longest range of elements between two clock checks, plus the pace.
         const uint64_t maxElements = 4096 + JobPace().elements;
         const uint64_t mostBytes = uint64_t{2} << 20;
         for (const auto& [phase, most] : elements) {
@@ -67,7 +67,7 @@ void Stroke(Document& document) {
     document.Loop().End();
 }
 
-/// 98,304 quads on the highest level.
+/// Returns a document with 98,304 quads on the highest level.
 std::unique_ptr<Document> Large() {
     auto document = std::make_unique<Document>("cube", WithIslands(Cube(), 3, 0.05f));
     document->SelectTool("Sculpt");

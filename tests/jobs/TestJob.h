@@ -11,8 +11,8 @@
 
 namespace trovik::test {
 
-/// Cancels at its `cancelAt`-th report, and checks that reports follow the rules of JobControl. By
-/// default every element is reported.
+/// Cancels at report number `cancelAt`, and checks that reports follow the rules of JobControl. By
+/// default, every element is reported.
 class TestJob : public JobControl {
 public:
     static constexpr uint64_t never = ~uint64_t{0};
@@ -20,13 +20,14 @@ public:
     explicit TestJob(uint64_t cancelAtReport = never, const JobPace& reportPace = {1, {}})
         : JobControl(reportPace), cancelAt(cancelAtReport) {}
 
-    /// Only the starts and ends of phases are reported, so that the number of reports is constant.
+    /// Returns a pace at which only the beginning and the end of each phase are reported, so that
+    /// the number of reports is constant.
     static JobPace WithoutClock() { return {1024, std::chrono::hours(1)}; }
 
     bool Report(uint64_t done, uint64_t total, const char* phase) override {
         ++reports;
         EXPECT_EQ(std::this_thread::get_id(), caller);
-        EXPECT_FALSE(isCancelled) << "a report after the operation was cancelled";
+        EXPECT_FALSE(isCancelled) << "there is a report after the operation was cancelled";
         if (total != 0) Check(done, total, phase);
         isCancelled = reports >= cancelAt;
         return !isCancelled;
@@ -44,7 +45,7 @@ private:
         if (done == 0 && (lastDone == lastTotal || phase != lastPhase)) {
             EXPECT_EQ(lastDone, lastTotal) << lastPhase << " did not reach its total";
         } else {
-            EXPECT_EQ(phase, lastPhase) << "a phase begins at 0";
+            EXPECT_EQ(phase, lastPhase) << "the phase does not begin at 0";
             EXPECT_EQ(total, lastTotal) << phase;
             EXPECT_GE(done, lastDone) << phase;
         }

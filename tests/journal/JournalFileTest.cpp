@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Journal files: the records that can be read from complete, truncated and damaged ones.
+/// \file Journal files: the records that can be read from complete, truncated and damaged files.
 #include "framework/errors/HostError.h"
 #include "framework/io/Crc32.h"
 #include "framework/journal/Journal.h"
@@ -28,7 +28,7 @@ protected:
         base.program = "trovik 0";
     }
 
-    /// Writes a journal with records of all kinds.
+    /// Writes a journal with every kind of record.
     void FillJournal() {
         Journal journal({path, false}, base);
         journal.BeginStep({{"tool", "Wax"}});
@@ -197,17 +197,17 @@ TEST_F(JournalOnDisk, UnfinishedJournalIsNotOverwritten) {
 
 TEST_F(JournalOnDisk, RefusesASecondRunDuringTheFirst) {
     const std::string reason =
-        path + ": another run is writing this journal; wait until it ends, or name another file";
+        path + ": another run is writing this journal; wait until it ends, or choose another file";
     const auto start = [this] { Journal({path, false}, base); };
     {
         Journal first({path, false}, base);
         EXPECT_EQ(MessageOf<HostError>(start), reason);
         first.RestartFrom(base);
-        EXPECT_EQ(MessageOf<HostError>(start), reason) << "the new journal is locked too";
+        EXPECT_EQ(MessageOf<HostError>(start), reason) << "the new journal must be locked too";
         first.BeginStep({{"tool", "Wax"}});
         EXPECT_EQ(folder.FileCount(), 1u);
     }
-    // The lock was released with the run, but the journal was not closed.
+    // The lock was released when the run ended, but the journal was not closed.
     EXPECT_NE(MessageOf<HostError>(start).find("has not been closed"), std::string::npos);
 }
 
@@ -215,7 +215,7 @@ TEST_F(JournalOnDisk, FileThatIsNotAJournalIsNotReplaced) {
     for (const char* content : {"notes of mine", "T", "TROVIK"}) {
         std::ofstream(path, std::ios::binary) << content;
         const std::string message = MessageOf<HostError>([this] { Journal({path, false}, base); });
-        EXPECT_EQ(message == path + ": exists and is not a journal; name another file",
+        EXPECT_EQ(message == path + ": exists and is not a journal; choose another file",
                   std::string(content) == "notes of mine")
             << message;
         EXPECT_FALSE(message.empty());
@@ -223,7 +223,7 @@ TEST_F(JournalOnDisk, FileThatIsNotAJournalIsNotReplaced) {
     }
 }
 
-/// Starts another journal immediately before a journal is renamed to its final name.
+/// Starts a second journal immediately before the first is renamed to its final name.
 class SecondRunIsFirst : public DiskCalls {
 public:
     explicit SecondRunIsFirst(std::function<void()> startOther) : start(std::move(startOther)) {
@@ -260,8 +260,8 @@ TEST_F(JournalOnDisk, OfTwoSimultaneousRunsOneIsRefused) {
     other->BeginStep({{"tool", "Wax"}});
     other->EndStep({}, "Stroke");
     other->Close();
-    EXPECT_EQ(ReadJournal(path).steps.size(), 1u) << "no other run replaced it";
-    // If a closed journal already exists, the run that was first holds its lock.
+    EXPECT_EQ(ReadJournal(path).steps.size(), 1u) << "another run must not replace it";
+    // If there is already a closed journal, the first run holds its lock.
     {
         std::string message;
         const SecondRunIsFirst disk([&] {

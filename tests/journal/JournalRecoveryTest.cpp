@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Work that is recovered from its journal is bit-identical to the original work.
+/// \file Documents that are recovered from a journal are bit-identical to the originals.
 #include "framework/document/DocumentStroke.h"
 #include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
@@ -33,7 +33,7 @@ json Tool(const char* name) {
 
 class RecoveredJournal : public ::testing::Test {
 protected:
-    /// Runs the steps with a journal, up to the end of the script or an error.
+    /// Runs the steps with a journal, to the end of the script or the first error.
     void Run(const json& steps) {
         script = FillScript(folder, steps);
         ScriptRunner runner(script, folder.Path(""), {});
@@ -45,7 +45,7 @@ protected:
         }
     }
 
-    /// Opens the cube for work that is done step by step.
+    /// Opens the cube; the test then runs the steps one by one.
     std::unique_ptr<ScriptRunner> Open(const json& mirror = {"x"}) {
         script = FillScript(folder, json::array(), mirror);
         auto runner = std::make_unique<ScriptRunner>(script, folder.Path(""), ScriptProgress{});
@@ -67,7 +67,7 @@ protected:
     std::string failure;
 };
 
-/// Applies dabs on the surface directly through the loop, as a program with a pointer does.
+/// Applies dabs directly through the stroke loop, as a program with a pointer does.
 void DabThroughTheLoop(Document& document, float x, float y) {
     const auto hit = HitNear(document.Geometry(), document.Tree(), Vector(x, y, 1.0f));
     ASSERT_TRUE(hit.has_value());
@@ -149,7 +149,7 @@ TEST_F(RecoveredJournal, ContinuesAfterAFailedStep) {
 TEST_F(RecoveredJournal, StartsFromTheLastSave) {
     Run({Tool("Sculpt"), Stroke(0.5f, 0.2f), {{"save", "work.trovik"}}, Stroke(0.1f, 0.2f)});
     ASSERT_EQ(failure, "");
-    // Neither script nor mesh is needed any more.
+    // Neither the script nor the mesh is needed any more.
     fs::remove(folder.Path("cube.obj"));
     fs::remove(script);
     const RecoveredWork work = RecoverJournal(Journal(), Scene("recovered"));
@@ -259,7 +259,7 @@ TEST_F(RecoveredJournal, ContainsUndoOfWorkBeforeASave) {
     Run(steps);
     ASSERT_EQ(failure, "");
     const std::string recovered = Recovered();
-    // The snapshot from which the journal starts exists exactly once.
+    // There is exactly one snapshot, from which the journal starts.
     std::size_t snapshots = 0;
     for (const auto& entry : fs::directory_iterator(folder.Path("")))
         if (entry.path().filename().string().rfind("work.journal.", 0) == 0) ++snapshots;
@@ -271,7 +271,7 @@ TEST_F(RecoveredJournal, ContainsUndoOfWorkBeforeASave) {
     EXPECT_EQ(recovered, TemporaryFolder::Content(Scene("end")));
 }
 
-/// The state on disk if a process dies between renaming the scene and renaming the journal.
+/// Simulates a process that dies between renaming the scene and renaming the journal.
 TEST_F(RecoveredJournal, StartsFromASaveThatOnlyTheOldJournalContains) {
     class NoNewJournal : public DiskCalls {
     public:
@@ -318,8 +318,8 @@ TEST_F(RecoveredJournal, RefusesAChangedMeshOrStamp) {
     EXPECT_NE(message.find("cube.obj, is missing or has changed"), std::string::npos) << message;
 }
 
-// The object that counted the dabs of the recovery no longer exists when the document ends the open
-// stroke.
+// When the document ends the open stroke, the object that counted the dabs of the recovery no
+// longer exists.
 TEST_F(RecoveredJournal, ThatFailsWithinAStrokeLeavesNoListener) {
     script = FillScript(folder, json::array());
     JournalBase base;
@@ -341,7 +341,8 @@ TEST_F(RecoveredJournal, ThatFailsWithinAStrokeLeavesNoListener) {
     EXPECT_NE(message.find("made 1 dabs, but the journal has 2"), std::string::npos) << message;
 }
 
-// Sides that were skipped stay skipped, and a recovery can be cancelled between the others.
+// Mirrored sides that the stroke skipped are also skipped in the recovery, which can be cancelled
+// between the other sides.
 TEST_F(RecoveredJournal, ContainsInterruptedMirroredStrokes) {
     uint64_t questions = 0;
     for (const bool isBroken : {true, false}) {
@@ -375,7 +376,7 @@ TEST_F(RecoveredJournal, ContainsInterruptedMirroredStrokes) {
         options.progress.job = &last;
         EXPECT_THROW(RedoJournal(Journal(), options), Cancelled);
         EXPECT_EQ(last.reports, all);
-        // One more check for each dab of the second pair of sides.
+        // One more report for each of the two dabs on the second pair of sides.
         if (isBroken) questions = all;
         EXPECT_EQ(all, isBroken ? questions : questions + 2);
         fs::remove(Journal());

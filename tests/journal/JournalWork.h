@@ -25,7 +25,7 @@ private:
     useconds_t wait;
 };
 
-/// Writes a cube of six faces. \return its path.
+/// Writes a cube with six faces. \return its path.
 std::string FillCube(const TemporaryFolder& folder);
 
 /// Writes a script with these steps for the cube with three subdivisions. \return its path.
@@ -33,8 +33,8 @@ std::string FillScript(const TemporaryFolder& folder,
                        const nlohmann::json& steps,
                        const nlohmann::json& mirror = {"x"});
 
-/// A checksum of the positions and masks of all levels, the offsets of all layers and the number of
-/// the bound level. Strokes may be open.
+/// Returns a checksum of the positions and masks of all levels, the offsets of all layers and the
+/// index of the bound level. Strokes may be open.
 uint32_t StateOf(Document& document);
 
 }  // namespace trovik::test

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Processes that are killed at many moments of their work lose none of it.
+/// \file Processes that are killed at random times lose none of their work.
 #include "framework/script/JournalRecovery.h"
 #include "tests/journal/JournalWork.h"
 #include "tests/random/RandomNumbers.h"
@@ -24,16 +24,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The progress of the work: completed journaled steps, and finished dabs of the next step.
+/// Progress: the number of completed journaled steps, and of completed dabs in the next step.
 using Progress = std::pair<uint32_t, uint32_t>;
 
-/// The progress that a process reports; it is in memory that outlives the process.
+/// The progress that a process reports, in shared memory that outlives the process.
 struct Told {
     std::atomic<uint64_t> progress;
-    /// The number of the current step; steps that are not journaled count, too.
+    /// The number of the current step, including steps that are not journaled.
     std::atomic<uint32_t> step;
-    /// The process waits before this step, or after this dab of it, until it is released, so that
-    /// the killing process is in time.
+    /// The process waits before this step, or after this dab of the step, until it is released, so
+    /// that it can be killed in time.
     uint32_t aim;
     uint32_t aimedDab;
     std::atomic<bool> isWaiting;
@@ -47,8 +47,8 @@ struct Told {
 
 bool IsJournaled(const nlohmann::json& step) { return !step.contains("save"); }
 
-/// Work of all kinds: strokes with several tools, layers, levels, masks, undo, saves, and undo of
-/// work before a save.
+/// Returns steps of all kinds: strokes with several tools, layers, levels, masks, undo, saves, and
+/// undo of steps before a save.
 nlohmann::json Steps() {
     nlohmann::json steps = nlohmann::json::array();
     RandomNumbers random(7);
@@ -101,8 +101,9 @@ nlohmann::json Steps() {
 class KilledProcess : public ::testing::Test {
 protected:
     KilledProcess() : steps(Steps()) {
-        // Strokes under mirrors settle their sides when they end, and recovery ends the last
-        // stroke. Without mirrors, the surface after a dab is the surface after the end.
+        // There are no mirrors, because a mirrored stroke applies its mirrored sides when it ends,
+        // and recovery ends the last stroke. Without mirrors, the surface does not change between
+        // the last dab and the end of the stroke.
         script = FillScript(folder, steps, nlohmann::json::array());
         uint32_t journaled = 0;
         for (const auto& step : steps) {
@@ -112,8 +113,8 @@ protected:
         journaledBefore.push_back(journaled);
     }
 
-    /// Runs the work and calls back after each advance, when the reported progress is already being
-    /// written.
+    /// Runs the steps and calls `cameOn` after each step and each dab, when the journal already
+    /// contains it.
     void Work(const std::string& output,
               const std::string& journal,
               const std::function<void(Progress, std::size_t step)>& cameOn,
@@ -153,8 +154,8 @@ TEST_F(KilledProcess, LosesNothingAtAHundredMoments) {
                                          0));
     ASSERT_NE(told, MAP_FAILED);
     RandomNumbers random(20260101);
-    // Every second process is killed in a random step, in strokes during a dab or after it; the
-    // others are killed in the rare steps.
+    // Every second process is killed in a random step; in a stroke, it is killed during or after a
+    // dab. The others are killed in steps of the rarer kinds.
     const std::set<std::string> seldom[] = {
         {"save"}, {"undo", "redo"}, {"layer", "freeze"}, {"level", "subdivide", "transform"}};
     std::vector<uint32_t> chosen[4];
@@ -177,7 +178,7 @@ TEST_F(KilledProcess, LosesNothingAtAHundredMoments) {
         const pid_t child = fork();
         ASSERT_GE(child, 0);
         if (child == 0) {
-            // Slow enough to be killed during the step.
+            // Slow enough that the process can be killed during the step.
             const QuickDisk disk(300);
             try {
                 Work(place, place + "/w.journal", [&](Progress at, std::size_t now) {
@@ -195,7 +196,7 @@ TEST_F(KilledProcess, LosesNothingAtAHundredMoments) {
         }
         int status = 0;
         bool isGone = false;
-        // A stroke with fewer dabs does not wait.
+        // If the stroke has fewer dabs, the process does not wait.
         while (!told[i].isWaiting.load() && told[i].step.load() <= step + 1 && !isGone) {
             isGone = waitpid(child, &status, WNOHANG) == child;
             std::this_thread::sleep_for(std::chrono::microseconds(20));
@@ -210,15 +211,17 @@ TEST_F(KilledProcess, LosesNothingAtAHundredMoments) {
         }
         ASSERT_TRUE(WIFSIGNALED(status) || WEXITSTATUS(status) == 0) << status;
         killedAt.push_back(told[i].Read());
-        // During the step or shortly after it: some steps take no longer than the kill itself.
+        // The process was killed during the step or shortly after it: some steps are shorter than
+        // the time that the kill takes.
         const uint32_t at = told[i].step.load() - 1;
         if (at <= step + 1) kindsHit.insert(steps[step].begin().key());
     }
     munmap(told, sizeof(Told) * processes);
     for (const char* kind : {"stroke", "save", "undo", "layer", "level", "subdivide"})
-        EXPECT_TRUE(kindsHit.count(kind) == 1) << "no process was killed in a step " << kind;
+        EXPECT_TRUE(kindsHit.count(kind) == 1)
+            << "no process was killed in a step of kind  " << kind;
 
-    // The state after each step and each dab of an undisturbed run.
+    // Records the state after each step and each dab of an uninterrupted run.
     const QuickDisk disk;
     std::map<Progress, uint32_t> states;
     std::map<uint32_t, std::string> scenes;
@@ -240,7 +243,7 @@ TEST_F(KilledProcess, LosesNothingAtAHundredMoments) {
         SCOPED_TRACE("process " + std::to_string(i));
         const std::string place = folder.Path("p" + std::to_string(i));
         const std::string journal = place + "/w.journal";
-        // Killed before there was anything to lose.
+        // The process was killed before it had done any work.
         if (!fs::exists(journal)) {
             EXPECT_EQ(killedAt[static_cast<std::size_t>(i)], Progress(0, 0));
             continue;

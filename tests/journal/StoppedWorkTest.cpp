@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Work that is cancelled at each of its reports: files are complete or unchanged, and the
-/// journal recovers all finished work.
+/// \file Runs that are cancelled at any of their progress reports: files are complete or unchanged,
+/// and the journal recovers all completed steps.
 #include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
 #include "framework/math/SameBits.h"
@@ -36,7 +36,7 @@ json Steps() {
             {{"subdivide", 1}}};
 }
 
-/// A run of the script that is cancelled at its `at`-th report.
+/// A run of the script that is cancelled at progress report number `at`.
 class StoppedRun {
 public:
     StoppedRun(const TemporaryFolder& folder, uint64_t at) : job(at, TestJob::WithoutClock()) {
@@ -80,7 +80,7 @@ TEST(StoppedWork, LeavesCompleteFilesAndAJournalOfTheFinishedWork) {
         for (const char* name : {"mesh.obj", "mesh.glb"}) std::ofstream(folder.Path(name)) << old;
         StoppedRun run(folder, at);
         ASSERT_TRUE(run.stopped);
-        EXPECT_EQ(run.job.reports, at) << "nothing continues after the cancellation";
+        EXPECT_EQ(run.job.reports, at) << "there are reports after the cancellation";
         const std::string nowObj = TemporaryFolder::Content(folder.Path("mesh.obj"));
         const std::string nowGlb = TemporaryFolder::Content(folder.Path("mesh.glb"));
         EXPECT_TRUE(nowObj == old || nowObj == obj);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Each keyword of schemas by itself: accepted values, and the messages for other values.
+/// \file Each schema keyword on its own: accepted values, and the messages for all others.
 #include "framework/errors/HostError.h"
 #include "framework/json/JsonSchema.h"
 #include "tests/files/TemporaryFolder.h"
@@ -12,7 +12,7 @@
 namespace trovik::test {
 namespace {
 
-/// The faults of a document, "POINTER: reason" each.
+/// Returns the faults in a document, each as "POINTER: reason".
 std::vector<std::string> Faults(const std::string& schema, const std::string& document) {
     std::vector<std::string> lines;
     for (const JsonFault& fault : JsonSchema(schema).Check(nlohmann::json::parse(document)))
@@ -102,7 +102,7 @@ TEST(JsonSchema, MinLengthIsChecked) {
     ExpectGood(R"({"type": "string", "minLength": 1})", {R"("a")"});
     ExpectFault(R"({"type": "string", "minLength": 1})",
                 R"("")",
-                R"(: expected a string that is not empty, got "")");
+                R"(: expected a non-empty string, got "")");
 }
 
 TEST(JsonSchema, ItemsAndTheirNumberAreChecked) {
@@ -135,14 +135,14 @@ TEST(JsonSchema, FieldsOfObjectsAreChecked) {
                 R"(/raduis: unknown setting; did you mean "radius"?)");
     ExpectFault(settings,
                 R"({"strength": 1, "a/b~c\n": 1})",
-                "/a~1b~0c : unknown setting; known are radius, strength");
+                "/a~1b~0c : unknown setting; known names: radius, strength");
     ExpectFault(settings, R"({"radius": 1})", R"(: the field "strength" is missing)");
-    // The missing field is the misspelt one.
+    // The missing field is the one that is misspelt, so only one fault is reported.
     ExpectFault(
         settings, R"({"strenght": 1})", R"(/strenght: unknown setting; did you mean "strength"?)");
     EXPECT_THAT(Faults(settings, R"({"radius": "a", "x": 1})"),
                 testing::ElementsAre(R"(/radius: expected a number, got "a")",
-                                     "/x: unknown setting; known are radius, strength",
+                                     "/x: unknown setting; known names: radius, strength",
                                      R"(: the field "strength" is missing)"));
     ExpectFault(R"({"type": "object", "additionalProperties": {"type": "boolean"}})",
                 R"({"a": true, "b": 3})",

@@ -75,7 +75,8 @@ TEST(JsonText, RepeatedFieldsAreRefusedWithTheirPointer) {
     EXPECT_EQ(repeated[0].pointer, "/a");
     EXPECT_EQ(repeated[1].pointer, "/a/x");
     EXPECT_EQ(repeated[2].pointer, "/b/1/c");
-    EXPECT_EQ(document.dump(), R"({"a":{"x":[1]},"b":[{},{"c":1}]})") << "the first value is kept";
+    EXPECT_EQ(document.dump(), R"({"a":{"x":[1]},"b":[{},{"c":1}]})")
+        << "the first value must be used";
 }
 
 TEST(JsonText, DeepNestingIsRefused) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The schema check compared with another implementation, on scripts with random changes.
+/// \file Compares the schema check with another implementation, on scripts with random changes.
 #include "framework/json/JsonSchema.h"
 #include "framework/script/ScriptDocument.h"
 #include "tests/SourceFolder.h"
@@ -38,7 +38,7 @@ private:
     valijson::Schema schema;
 };
 
-/// All values of a document.
+/// Collects all values in a document.
 void Collect(json& value, std::vector<json*>& values) {
     values.push_back(&value);
     if (value.is_structured())
@@ -52,7 +52,7 @@ json AnyValue(RandomNumbers& random) {
     return values[random.Below(static_cast<uint32_t>(values.size()))];
 }
 
-/// Replaces a value, removes one, repeats one, or adds a field that some object of the schema has.
+/// Replaces, removes or duplicates a value, or adds a field that some object in the schema has.
 void Change(json& document, RandomNumbers& random) {
     static const std::vector<std::string> names = {"comment",
                                                    "radius",
@@ -90,7 +90,7 @@ TEST(SchemaAgreement, MatchesAnotherImplementation) {
         for (const auto& entry : fs::directory_iterator(fs::path(SourceFolder()) / folder))
             if (entry.path().extension() == ".json") {
                 json script = json::parse(std::ifstream(entry.path()), nullptr, false);
-                // The larger ones would take most of the time.
+                // Larger scripts would take most of the time.
                 if (script.is_object() && script.dump().size() < 6000) scripts.push_back(script);
             }
     ASSERT_GE(scripts.size(), 6u);
@@ -104,7 +104,7 @@ TEST(SchemaAgreement, MatchesAnotherImplementation) {
         ASSERT_EQ(faults.empty(), oracle.Accepts(script))
             << script.dump() << "\n"
             << (faults.empty() ? "" : FaultMessage("", faults.front()));
-        // Each reported fault is in the document.
+        // Each reported pointer exists in the document.
         for (const JsonFault& fault : faults)
             ASSERT_TRUE(script.contains(json::json_pointer(fault.pointer))) << fault.pointer;
         ++(faults.empty() ? accepted : refused);

@@ -15,7 +15,7 @@ std::string ErrorOf(const std::string& text) {
     return MessageOf<HostError>([&] { ParseStrokeScript(text, "first.json"); });
 }
 
-/// The error of a script of one step.
+/// Returns the error of a script with a single step.
 std::string StepError(const std::string& step) {
     const std::string error = ErrorOf(R"({"mesh": "a.obj", "steps": [)" + step + "]}");
     const std::string start = "first.json: /steps/0";
@@ -46,7 +46,7 @@ TEST(ScriptSchema, ErrorsNameTheAcceptedValues) {
               "/freeze/lasso: expected an array of 3 or more arrays, got an array of 2 items");
     EXPECT_EQ(StepError(R"({"symmetrize": {}})"), R"(/symmetrize: the field "axis" is missing)");
     EXPECT_EQ(StepError(R"({"export": {"file": ""}})"),
-              R"(/export/file: expected a string that is not empty, got "")");
+              R"(/export/file: expected a non-empty string, got "")");
     EXPECT_EQ(StepError(R"({"stroke": {}, "undo": 1})"),
               R"(: expected only one of "stroke" and "undo")");
     EXPECT_EQ(StepError(R"({"stroke": {}, "tool": "Wax", "set": {}})"),
@@ -92,7 +92,7 @@ TEST(ScriptSchema, NumbersThatWouldOverflowAreRefused) {
               "/camera/eye/2: expected a number from -1e+12 to 1e+12, got 1e+20");
     EXPECT_EQ(StepError(R"({"stroke": {"wholeMesh": {"strength": 1e38}}})"),
               "/stroke/wholeMesh/strength: expected a number from 0 to 1e+12, got 1e+38");
-    // As a signed 64-bit number it would be negative.
+    // As a signed 64-bit integer, this number would be negative.
     EXPECT_EQ(ErrorOf(R"({"memoryLimit": 10000000000000000000, "steps": []})"),
               "first.json: /memoryLimit: expected a whole number from 1 to 9007199254740992, got "
               "10000000000000000000");

@@ -28,7 +28,7 @@ TEST(Suggestion, IgnoresDistantWords) {
 TEST(Suggestion, ListsTheCandidatesIfNoneIsNear) {
     EXPECT_EQ(Suggestion("raduis", words), "; did you mean \"radius\"?");
     EXPECT_EQ(Suggestion("falloff", words),
-              "; known are radius, radiusPixels, spacing, strength, x");
+              "; known names: radius, radiusPixels, spacing, strength, x");
     EXPECT_EQ(Suggestion("falloff", {}), "");
 }
 

@@ -129,7 +129,7 @@ PolygonMesh ValenceFan(unsigned k) {
 PolygonMesh SteppedBox() {
     PolygonMesh mesh = Cube();
     mesh.name = "stepped box";
-    // The top face (z = 1) is replaced by a ring of four faces and a box in the middle.
+    // The top face (z = 1) is replaced by a ring of four faces and a box in its centre.
     for (const double z : {1.0, 2.0})
         for (int i = 0; i < 4; ++i)
             AddPoint(mesh, (i & 1) != 0 ? 0.5 : -0.5, (i & 2) != 0 ? 0.5 : -0.5, z);
@@ -171,7 +171,8 @@ PolygonMesh Icosahedron() {
             AddPoint(mesh, b, 0, a);
         }
     }
-    // Faces are the triples of points at the edge length, 2, oriented outward.
+    // The faces are all triples of points whose distances equal the edge length, 2, oriented
+    // outwards.
     const auto distance = [&mesh](uint32_t i, uint32_t j) {
         double sum = 0;
         for (std::size_t k = 0; k < 3; ++k) {

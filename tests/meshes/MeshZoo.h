@@ -6,30 +6,31 @@
 #include <string>
 #include <vector>
 
-/// \file Tiny meshes with one difficult property each, for tests that check all of them.
+/// \file Small sample meshes, each with one difficult property, for tests that run on all of them.
 namespace trovik::test {
 
 PolygonMesh SingleQuad();
-/// n x m unit quads in the plane z = 0.
+/// Returns n x m unit quads in the plane z = 0.
 PolygonMesh GridMesh(unsigned n, unsigned m);
-/// Closed, all vertices of valence 3.
+/// Closed; all vertices have valence 3.
 PolygonMesh Cube();
-/// Closed, all vertices of valence 4, n quads around the hole and m around the tube.
+/// Closed; all vertices have valence 4. There are n quads around the hole and m around the tube.
 PolygonMesh Torus(unsigned n, unsigned m);
-/// A tube of n quads around and m along, open at both ends.
+/// A tube with n quads around and m along it, open at both ends.
 PolygonMesh OpenCylinder(unsigned n, unsigned m);
 /// Two quads joined on all four sides.
 PolygonMesh Pillow();
-/// k quads around vertex 0, open at the rim; k is at least 3.
+/// k quads around vertex 0, with an open border; k is at least 3.
 PolygonMesh ValenceFan(unsigned k);
-/// A box with one face extruded through a smaller one: vertices of valence 3, 4 and 5, closed.
+/// A box with one face inset and extruded: closed, with vertices of valence 3, 4 and 5.
 PolygonMesh SteppedBox();
-/// Quads whose first corner changes from face to face, so that neighbours have all rotations.
+/// A grid in which the first corner differs from face to face, so that neighbours occur in all
+/// relative rotations.
 PolygonMesh RotatedCornerGrid(unsigned n);
-/// A unit sphere of quads: a cube with n subdivisions projected onto the sphere.
+/// A unit sphere of quads: a cube subdivided n times and projected onto the sphere.
 PolygonMesh SphereQuads(unsigned n);
 PolygonMesh Icosahedron();
-/// 2 n triangles in a row, open.
+/// An open strip of 2 n triangles.
 PolygonMesh TriangleStrip(unsigned n);
 /// A triangle, a quad and a pentagon in a row.
 PolygonMesh NgonMix();
@@ -38,14 +39,14 @@ struct ZooMesh {
     std::string name;
     PolygonMesh mesh;
 };
-/// Meshes whose level 0 has quads: closed and open ones, with vertices of valence 3 to 8.
+/// Closed and open meshes whose level 0 has quads, with vertices of valence 3 to 8.
 std::vector<ZooMesh> QuadMeshes();
 std::vector<ZooMesh> OpenMeshes();
 /// Meshes whose level 0 has triangles.
 std::vector<ZooMesh> TriangleMeshes();
 std::vector<ZooMesh> AllMeshes();
 
-/// A mesh of the examples folder, such as "human.obj". \throw HostError.
+/// Reads a mesh from the examples folder, such as "human.obj". \throw HostError.
 PolygonMesh ExampleMesh(const std::string& file);
 
 }  // namespace trovik::test

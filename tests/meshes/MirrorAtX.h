@@ -5,7 +5,7 @@
 
 namespace trovik::test {
 
-/// Maps points to their images at the plane of this x.
+/// Returns the reflection in the plane at this x.
 inline Matrix MirrorAtX(float x) {
     Matrix map;
     map.m[0][0] = -1.0f;
@@ -13,7 +13,7 @@ inline Matrix MirrorAtX(float x) {
     return map;
 }
 
-/// The configuration that a brush receives for the plane x = 0.
+/// Returns the mirror configuration that a brush receives for the plane x = 0.
 inline MirrorConfiguration MirroredAtX() {
     MirrorConfiguration mirror;
     mirror.SetMirrorMode(MirrorConfiguration::PlaneX);

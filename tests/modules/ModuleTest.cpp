@@ -16,7 +16,8 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-/// The error message for a module, which starts with the file and its purpose.
+/// Returns the error message for a module without its beginning, which contains the file and the
+/// purpose.
 template <class Open>
 std::string Refusal(const std::string& path, Open open) {
     try {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Cameras, turntables and the files they are written to.
+/// \file Cameras, turntables and their output files.
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
 #include "framework/render/RenderFile.h"
@@ -34,7 +34,7 @@ TEST(PictureViews, RefuseCamerasWithoutADirection) {
     EXPECT_THROW(RenderViewport({{1, 2, 3}, {1, 2, 3}, {0, 1, 0}, 35.0f}, 10, 10), HostError);
     EXPECT_THROW(RenderViewport({{1, 2, 3}, {}, {0, 1, 0}, 180.0f}, 10, 10), HostError);
     EXPECT_THROW(RenderViewport({{1, 2, 3}, {}, {0, 1, 0}, 0.0f}, 10, 10), HostError);
-    // For a view along its own up direction, another up direction is chosen.
+    // For a view along the up direction, another up direction is chosen.
     const RenderViewport steep({{0, 3, 0}, {}, {0, 1, 0}, 35.0f}, 10, 10);
     EXPECT_NEAR(steep.Right().Length(), 1.0f, 1e-5f);
 }
@@ -57,8 +57,8 @@ TEST(Turntable, RotatesTheEyeOnceAboutTheTarget) {
         EXPECT_NEAR(frame.eye.y, 2.0f, 1e-5f);
         EXPECT_EQ(frame.target.x, 1.0f);
     }
-    // The mesh appears to rotate counter-clockwise from above, so the eye moves in the other
-    // direction.
+    // The mesh appears to rotate counter-clockwise when seen from above, so the eye moves
+    // clockwise.
     const RenderCamera quarter = TurntableFrame(first, 2, 8);
     EXPECT_NEAR(quarter.eye.x, 1.0f - 3.0f, 1e-5f);
     EXPECT_NEAR(quarter.eye.z, 0.0f, 1e-5f);

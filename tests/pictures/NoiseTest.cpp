@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Shading without noise or visible lines: samples, filter, both sides of open surfaces.
+/// \file Shading without noise or visible lines: sample points, filter, both sides of open
+/// surfaces.
 #include "framework/render/ImageRenderer.h"
 #include "framework/render/SoftLight.h"
 #include "tests/pictures/SphereRender.h"
@@ -17,8 +18,9 @@ namespace {
 
 constexpr uint32_t stream = 5;
 
-/// Returns whether `count` sample points in each of several adjacent pixels hit every cell of every
-/// grid of 2^a x 2^b cells that has as many cells as there are points.
+/// Returns whether the sample points of several adjacent pixels, `count` per pixel, are stratified:
+/// every grid of 2^a x 2^b cells that has as many cells as there are points has one point in each
+/// cell.
 bool AreStratified(const std::vector<std::pair<int, int>>& pixels, int count) {
     const auto points = static_cast<int>(pixels.size()) * count;
     for (int columns = 1; columns <= points; columns *= 2) {
@@ -70,7 +72,8 @@ TEST(SoftFacing, IsSmooth) {
     }
 }
 
-/// A plane of pixels that face the eye, with openness 0.5 sampled by few rays.
+/// A plane that faces the eye, with an openness of 0.5 that is estimated from only a few rays per
+/// pixel.
 class FilteredPlane : public ::testing::Test {
 protected:
     static constexpr int side = 48;
@@ -92,7 +95,7 @@ protected:
         return values[static_cast<std::size_t>(y * side + x)].openness;
     }
     void Filter() { FilterVisibility(side, side, guides, values); }
-    /// The root mean square difference from `wanted` in columns [from, to).
+    /// Returns the root mean square difference from `wanted` in columns [from, to).
     float Error(int from, int to, float wanted) const {
         float sum = 0.0f;
         for (int y = 0; y < side; ++y)
@@ -118,7 +121,7 @@ TEST_F(FilteredPlane, KeepsTheEdgesOfSurfaces) {
     for (int i = 0; i < side * side; ++i) {
         const bool isRight = i % side >= side / 2;
         Sample(i, isRight ? 0.6f : 0.4f);
-        // A step in depth above, a crease below.
+        // A depth discontinuity in the upper half, a crease in the lower half.
         PixelGuide& guide = guides[static_cast<std::size_t>(i)];
         if (isRight && i < side * side / 2) guide.position.z = 100.0f;
         if (isRight && i >= side * side / 2) guide.normal = Vector(1, 0, 0);
@@ -170,7 +173,7 @@ protected:
     std::unique_ptr<LevelGeometry> bowl;
 };
 
-/// The root mean square difference of two renders, in byte units.
+/// Returns the root mean square difference between two renders, in byte units.
 double Difference(const RenderImage& a, const RenderImage& b) {
     double sum = 0.0;
     for (std::size_t i = 0; i < a.rgb.size(); ++i) sum += std::pow(a.rgb[i] - b.rgb[i], 2.0);
@@ -214,7 +217,7 @@ TEST_F(BowlRender, DoesNotDependOnBandsOrThreads) {
     EXPECT_EQ(renderer.Render().rgb, whole.rgb);
 }
 
-// A sudden change of slope is visible as a line; a sphere must not have one.
+// A sudden change of slope in the brightness is visible as a line; a sphere must not have one.
 TEST_F(SphereRender, HasNoLineWhereLightEnds) {
     LevelGeometry smooth{SphereQuads(6)};
     shown = VisibleLevel(smooth);
@@ -224,7 +227,7 @@ TEST_F(SphereRender, HasNoLineWhereLightEnds) {
     camera = FrameMeshes({shown}, {0, 0, -1}, 35.0f, 4.0f / 3.0f);
     const RenderImage picture = Make();
     constexpr int reach = 6;
-    // Along diagonals from the lit to the dark side.
+    // Tested along diagonals from the lit side to the dark side.
     for (int offset = -30; offset <= 30; offset += 10) {
         for (int i = -64; i <= 64; ++i) {
             const auto mean = [&](int along) {

@@ -67,14 +67,14 @@ TEST_F(SphereRender, TextureSpaceIsACheckerboard) {
     const RenderImage without = Make();
     const std::size_t middle = PixelAt(without, 60, 45) * 3;
     EXPECT_EQ(without.rgb[middle], without.rgb[middle + 2]);
-    // One texture position for the whole mesh; its red and green values identify it.
+    // The whole mesh has a single UV, which determines the red and green values.
     std::vector<float> uvs;
     for (uint32_t corner = 0; corner < shown.faceCount * 4; ++corner)
         uvs.insert(uvs.end(), {0.9f, 0.1f});
     shown.cornerUvs = uvs.data();
     const RenderImage right = Make();
     EXPECT_GT(right.rgb[middle], right.rgb[middle + 1] + 60);
-    // Another square of the checkerboard.
+    // A square of the other kind on the checkerboard.
     for (std::size_t i = 0; i < uvs.size(); i += 2) uvs[i] = 0.9f - 1.0f / 16.0f;
     EXPECT_NE(Brightness(Make(), 60, 45) / 60, Brightness(right, 60, 45) / 60);
 }

@@ -17,13 +17,13 @@ inline std::size_t PixelAt(const RenderImage& p, int x, int y) {
     return static_cast<std::size_t>(y * p.width + x);
 }
 
-/// The sum of red, green and blue, 0 to 765.
+/// Returns the sum of red, green and blue, 0 to 765.
 inline int Brightness(const RenderImage& p, int x, int y) {
     const std::size_t at = PixelAt(p, x, y) * 3;
     return p.rgb[at] + p.rgb[at + 1] + p.rgb[at + 2];
 }
 
-/// A sphere of radius 1 seen from a distance of five units.
+/// A sphere of radius 1, seen from a distance of five units.
 class SphereRender : public ::testing::Test {
 protected:
     SphereRender() {
@@ -36,7 +36,7 @@ protected:
         return RenderOnce({shown}, camera, options, job);
     }
 
-    /// The error message of the render; empty if it succeeds.
+    /// Returns the error message of the render; empty if it succeeds.
     std::string Refusal() {
         try {
             Make();

@@ -22,14 +22,15 @@ protected:
         options.samples = 16;
     }
 
-    /// The widths in pixels of the five inner lines that cross the middle of a column of faces,
-    /// from the top, measured by their darkening relative to the core of a line.
+    /// Returns the widths in pixels of the five inner lines that cross the middle of a column of
+    /// faces, from top to bottom. A width is measured as the total darkening relative to that in
+    /// the middle of a line.
     std::vector<double> Widths() {
         options.wireframe = false;
         const RenderImage plain = Make();
         options.wireframe = true;
         const RenderImage wired = Make();
-        // Halfway between the lines that run away from the eye.
+        // Halfway between the lines that recede from the eye.
         const int x = 150 + 14;
         std::vector<double> widths;
         double sum = 0.0;
@@ -59,7 +60,7 @@ TEST_F(GridRender, LinesHaveTheSameWidthAtAGrazingAngle) {
     camera = {{0, 5, 0.01f}, {0, 0, 0}, {0, 1, 0}, 35.0f};
     const std::vector<double> above = Widths();
     ASSERT_EQ(above.size(), 7u);
-    // Twelve degrees above the plane.
+    // The eye is twelve degrees above the plane.
     camera = {{0, 1.05f, 4.9f}, {0, 0, 0}, {0, 1, 0}, 35.0f};
     const std::vector<double> grazing = Widths();
     ASSERT_EQ(grazing.size(), 7u);

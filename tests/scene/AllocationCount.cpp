@@ -11,7 +11,7 @@ namespace {
 
 std::atomic<uint64_t> held{0};
 std::atomic<uint64_t> peak{0};
-/// The number of allocations up to the one to be refused; 0 if none is to be refused.
+/// The number of allocations up to and including the one that fails; 0 if none is to fail.
 std::atomic<uint64_t> untilRefusal{0};
 std::atomic<bool> refused{false};
 
@@ -50,7 +50,7 @@ void Free(void* memory) noexcept {
 }  // namespace trovik::test
 
 // These operators replace those of the whole process, including its libraries. The address
-// sanitizer has its own operators, which also refuse huge sizes; allocations are not counted then.
+// sanitizer has its own operators, which also reject huge sizes; allocations are then not counted.
 #ifndef __SANITIZE_ADDRESS__
 void* operator new(std::size_t bytes) { return trovik::test::Counted(bytes); }
 void* operator new[](std::size_t bytes) { return trovik::test::Counted(bytes); }

@@ -5,16 +5,17 @@
 
 namespace trovik::test {
 
-/// The maximum number of bytes that operator new has held at one time since the last ForgetPeak, in
-/// the whole process.
+/// Returns the peak number of bytes allocated by operator new since the last ForgetPeak, in the
+/// whole process.
 uint64_t PeakBytes();
-/// Resets the peak to the bytes that are held now.
+/// Resets the peak to the number of bytes that are currently allocated.
 void ForgetPeak();
 uint64_t BytesHeld();
 
-/// Refuses the `number`-th allocation from now on, counted from 1, and no other; 0 refuses none.
+/// Makes the `number`-th allocation from now on fail, counted from 1, and no other; with 0, none
+/// fails.
 void RefuseAllocation(uint64_t number);
-/// Returns whether that allocation has been requested.
+/// Returns whether that allocation has failed.
 bool HasRefused();
 
 }  // namespace trovik::test

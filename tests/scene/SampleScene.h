@@ -9,26 +9,26 @@
 
 namespace trovik::test {
 
-/// A document on a mesh of the zoo.
+/// Returns a document on a sample mesh.
 std::unique_ptr<Document> DocumentOn(const TemporaryFolder& folder, const PolygonMesh& mesh);
-/// The same document with two more levels and the active tool Sculpt.
+/// Returns the same document with two more levels and the tool Sculpt active.
 std::unique_ptr<Document> RefinedDocument(const TemporaryFolder& folder, const PolygonMesh& mesh);
 
-/// Applies dabs of the active tool to some faces of the bound level.
+/// Applies dabs of the active tool to these faces of the bound level.
 void StrokeOver(Document& document, const std::vector<uint32_t>& faces, float radius);
 
-/// A document with each kind of content on a few faces: three levels with the middle one bound,
-/// layers of two levels, masks, four tools with changed settings, the settings of pen and freeze
-/// brush, mirrors, a view, a transform.
+/// Returns a document with few faces and every kind of content: three levels with the middle one
+/// bound, layers on two levels, masks, four tools with changed settings, settings of the pen and
+/// the freeze brush, mirrors, a view and a transform.
 std::unique_ptr<Document> RichDocument(const TemporaryFolder& folder);
 
-/// All data needed to continue the work, as the bytes of a scene file.
+/// Returns the complete state of the document as the bytes of a scene file.
 std::string StateOf(Document& document, const TemporaryFolder& folder);
 
-/// A new brush without a tool.
+/// Returns a new brush without a tool.
 std::unique_ptr<BrushOperation> NewBrush();
 
-/// The table of the patch map below a level; empty if there is no map.
+/// Returns the table of the patch map that is a child of a level; empty if there is no map.
 std::vector<uint32_t> PatchTable(LevelMesh& level);
 bool HasPatchMap(LevelMesh& level);
 

@@ -39,7 +39,7 @@ TEST(SceneAttributes, AreRestoredWithTheScene) {
     EXPECT_TRUE(after.attributes.hasAlpha);
     EXPECT_EQ(after.attributes.space, before.attributes.space);
     ExpectSameGroups(after, before);
-    // A reset keeps them, too.
+    // A reset keeps them too.
     opened->Reset();
     opened->Subdivide();
     after = Shown(*opened);
@@ -60,7 +60,7 @@ TEST(SceneAttributes, MaterialFilesAndSmoothingGroupsAreRestoredAndMoveWithTheSc
     EXPECT_EQ(document.Geometry().Attributes().materialFiles, mesh.attributes.materialFiles);
     document.Subdivide();
     document.Save(folder.Path("work/a.trovik"));
-    // Level 0 is not the imported one: both have their attributes.
+    // Level 0 is no longer the imported mesh: each has its own attributes.
     document.DeleteLevels(true);
     document.Save(folder.Path("work/b.trovik"));
     document.WriteScene(folder.Path("work/old.trovik"), SceneStream(332));

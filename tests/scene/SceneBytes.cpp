@@ -23,7 +23,7 @@ const RawChunk& RawScene::Chunk(const std::string& name) const {
 
 RawScene SplitScene(const std::string& bytes) {
     RawScene scene;
-    if (bytes.substr(0, 8) != "TROVIKSC") throw std::runtime_error("no scene");
+    if (bytes.substr(0, 8) != "TROVIKSC") throw std::runtime_error("not a scene");
     scene.format = NumberAt<uint32_t>(bytes, 8);
     std::size_t at = 16;
     for (uint32_t i = NumberAt<uint32_t>(bytes, 12); i > 0; --i) {
@@ -41,7 +41,7 @@ RawScene SplitScene(const std::string& bytes) {
         chunk.content = bytes.substr(at + 16, NumberAt<uint64_t>(bytes, at + 8));
         const std::string length = bytes.substr(at + 8, 8);
         if (NumberAt<uint32_t>(bytes, at + 4) != SlowCrc32(chunk.name + length + chunk.content))
-            throw std::runtime_error("wrong checksum of " + chunk.name);
+            throw std::runtime_error("wrong checksum in " + chunk.name);
         at += 16 + chunk.content.size();
         scene.chunks.push_back(std::move(chunk));
     }

@@ -5,13 +5,13 @@
 #include <string>
 #include <vector>
 
-/// \file A second reader of the outer layout of scene files, written from docs/scene-format.md
-/// independently of the library's reader, so that tests can inspect and change files.
+/// \file A second reader for the outer layout of scene files, so that tests can inspect and change
+/// files. It is written from docs/scene-format.md, independently of the library's reader.
 namespace trovik::test {
 
 struct RawChunk {
     std::string name;
-    /// The offset of the chunk's first byte, and of its content.
+    /// The offsets of the chunk's first byte and of its content.
     std::size_t place = 0;
     std::size_t contentOffset = 0;
     std::string content;
@@ -28,13 +28,14 @@ struct RawScene {
 
 /// \throw std::runtime_error if the bytes do not have the documented layout.
 RawScene SplitScene(const std::string& bytes);
-/// The file with new checksums and the correct length for the current content of its chunks.
+/// Returns the file with new checksums and the correct length for the current content of its
+/// chunks.
 std::string JoinScene(const std::string& header, const std::vector<RawChunk>& chunks);
 
-/// Computed bit by bit, as documented.
+/// Computes the checksum bit by bit, as documented.
 uint32_t SlowCrc32(const std::string& bytes);
 
-/// The bytes of a plain number.
+/// Returns the bytes of a plain number.
 template <typename T>
 std::string BytesOf(const T& number) {
     return {reinterpret_cast<const char*>(&number), sizeof number};

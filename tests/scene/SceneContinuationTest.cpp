@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Work continues exactly from a scene: the same steps give the same bits, whether or not the
-/// work is saved and opened again between them.
+/// \file Scenes preserve the complete state: the same steps give bit-identical results, whether or
+/// not the scene is saved and reopened between them.
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/images/ImageFile.h"
@@ -27,9 +27,10 @@ protected:
         ScriptRunner(script, folder.Path("."), {}).Run();
     }
 
-    /// Runs all steps without a break, and with a break after each step; the final scenes must be
-    /// equal byte for byte. They contain positions, normals and masks of all levels, pending
-    /// changes of coarser levels, layers with rests and offsets, nodes, tools, mirrors and view.
+    /// Runs all steps without interruption, and then, for each position between the steps, with a
+    /// save and a reopen at that position. The final scenes must be identical byte for byte. They
+    /// contain the positions, normals and masks of all levels, pending changes to coarser levels,
+    /// layers with their bases and offsets, nodes, tools, mirrors and the view.
     void ExpectNoDifference(const PolygonMesh& mesh,
                             const std::string& head,
                             const std::vector<std::string>& steps) {
@@ -50,7 +51,7 @@ protected:
             Run(opening, first);
             std::filesystem::remove(folder.Path("end.trovik"));
             Run(R"("scene": "middle.trovik")", second);
-            // Not EXPECT_EQ, which would print both files.
+            // EXPECT_EQ would print both files.
             EXPECT_TRUE(TemporaryFolder::Content(folder.Path("end.trovik")) == expected);
         }
     }
@@ -176,7 +177,7 @@ TEST_F(SceneContinuation, GivesTheSameBitsWithPensAndTheFreezeBrush) {
          "{\"stroke\": {" + pen + R"(, "modifier": "invert"}})"});
 }
 
-// The mirror that was found on the imported mesh must not be searched again on a sculpted one.
+// The mirror is found on the imported mesh and must not be searched for again on the sculpted one.
 TEST_F(SceneContinuation, GivesTheSameBitsWithTheTopologicalMirror) {
     ExpectNoDifference(SphereQuads(1),
                        R"(, "levels": 2, "mirror": "topological")",
@@ -193,7 +194,7 @@ TEST_F(SceneContinuation, TopologicalMirrorIsTheOneFoundBeforeSaving) {
     document->SetTopologicalMirror();
     const std::vector<uint32_t> images = document->Geometry().Mirror()->Images();
     LevelMesh& base = *document->Geometry().Level(0);
-    // Rotated by a quarter turn about y, so that front and back become left and right.
+    // Rotated by 90 degrees around y, so that front and back become left and right.
     for (uint32_t v = 0; v < base.VertexCount(); ++v) {
         const Vector p = base.Position(v);
         base.SetPosition(v, {p.z, p.y, -p.x});
@@ -203,7 +204,8 @@ TEST_F(SceneContinuation, TopologicalMirrorIsTheOneFoundBeforeSaving) {
     ASSERT_NE(read->Geometry().Mirror(), nullptr);
     EXPECT_EQ(read->Geometry().Mirror()->Images(), images);
     ASSERT_TRUE(read->Geometry().FindMirror());
-    EXPECT_NE(read->Geometry().Mirror()->Images(), images) << "a new search finds another one";
+    EXPECT_NE(read->Geometry().Mirror()->Images(), images)
+        << "a new search would find another mirror";
 }
 
 TEST_F(SceneContinuation, StampImageStaysLoadedDuringSaving) {

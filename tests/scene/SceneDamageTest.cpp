@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Truncated, damaged or malicious files: reading gives one clear error or a valid scene, and
-/// takes no more memory than the size of the file justifies.
+/// \file Truncated, damaged or malicious files: reading them results in a clear error or a valid
+/// scene, and needs no more memory than the file size justifies.
 #include "framework/errors/HostError.h"
 #include "framework/nodes/HostKernel.h"
 #include "tests/scene/AllocationCount.h"
@@ -21,7 +21,8 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 constexpr unsigned flips = 2000;
-/// File buffers take one mebibyte; all other memory depends on the few kilobytes of the scene.
+/// File buffers take 1 MiB. All other memory is proportional to the scene, which has a few
+/// kilobytes.
 constexpr uint64_t maxMemory = uint64_t{8} << 20;
 
 class DamagedScene : public ::testing::Test {
@@ -33,11 +34,11 @@ protected:
         Document::OpenScene(path);
     }
 
-    /// The error message, or an empty text if the scene was read; the memory bound is checked in
-    /// both cases.
+    /// Reads a scene and returns the error message, or an empty string on success. The memory limit
+    /// is checked in both cases.
     std::string Read(const std::string& bytes) {
-        // A new file each time, since some file systems wait for the disk when a file is
-        // overwritten.
+        // A new file is created each time, because some file systems wait for the disk when a file
+        // is overwritten.
         std::filesystem::remove(path);
         folder.Fill("scene.trovik", bytes);
         ForgetPeak();
@@ -100,14 +101,14 @@ TEST_F(DamagedScene, DuplicateChunksAreErrors) {
     EXPECT_EQ(doubled, 8u);
 }
 
-// Checksums only detect accidental damage; the values are validated in any case.
+// Checksums detect only accidental damage; values must be validated in any case.
 TEST_F(DamagedScene, FlippedBytesWithValidChecksumsAreErrorsOrUsableScenes) {
     const RawScene scene = SplitScene(whole);
     std::mt19937 random(2);
     unsigned read = 0;
     for (unsigned i = 0; i < flips; ++i) {
         std::vector<RawChunk> chunks = scene.chunks;
-        // Chunk by chunk, so that small chunks are covered, too.
+        // Chunk by chunk, so that small chunks are also covered.
         std::string& content = chunks[1 + i % (chunks.size() - 2)].content;
         if (content.empty()) continue;
         const std::size_t place = random() % content.size();
@@ -151,7 +152,7 @@ TEST_F(DamagedScene, RadiusAndSpacingHaveTheRangeOfScripts) {
             if (chunk.name == "SETT") chunk.content.replace(place, 4, BytesOf(number));
         return Read(JoinScene(whole.substr(0, scene.headerBytes), chunks));
     };
-    // After three vectors, the angle and the size of the view.
+    // The offset after three vectors, the angle and the size of the view.
     constexpr std::size_t radius = 48;
     constexpr std::size_t spacing = 52;
     EXPECT_EQ(readWith(spacing, 0.001f), "");
@@ -159,7 +160,7 @@ TEST_F(DamagedScene, RadiusAndSpacingHaveTheRangeOfScripts) {
                 HasSubstr("the spacing of dabs is 1e-07 percent of the radius; it must be"));
     EXPECT_THAT(readWith(spacing, 11.0f), HasSubstr("the spacing of dabs is 1100 percent"));
     EXPECT_THAT(readWith(radius, 0.0f), HasSubstr("the radius is not above 0"));
-    // Values that could not be read again are not written.
+    // Values that cannot be read again are not written.
     ASSERT_EQ(Read(whole), "");
     auto document = Document::OpenScene(path);
     document->Settings().spacing = 1e-9f;
@@ -171,8 +172,8 @@ TEST_F(DamagedScene, RadiusAndSpacingHaveTheRangeOfScripts) {
 TEST_F(DamagedScene, OtherFilesAreRefused) {
     EXPECT_EQ(Read("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n"),
               path + ": byte 0: not a scene: the first eight bytes are not TROVIKSC");
-    EXPECT_EQ(Read(""), path + ": byte 0: the file ends within the header of a scene");
-    EXPECT_EQ(Read("TROVIKSC"), path + ": byte 8: the file ends within the header of a scene");
+    EXPECT_EQ(Read(""), path + ": byte 0: the file ends inside the scene header");
+    EXPECT_EQ(Read("TROVIKSC"), path + ": byte 8: the file ends inside the scene header");
     EXPECT_THAT(Read(whole + "x"), HasSubstr("bytes follow the end of the scene"));
     EXPECT_THAT(MessageOf<HostError>([&] { LoadScene(folder.Path("none.trovik"), nullptr); }),
                 HasSubstr(folder.Path("none.trovik")));
@@ -202,14 +203,14 @@ TEST_F(DamagedScene, InvalidPenSettingsAreRefused) {
     };
     constexpr float nan = std::numeric_limits<float>::quiet_NaN();
     constexpr float infinite = std::numeric_limits<float>::infinity();
-    // A curve of three points, an empty curve, then the numbers.
+    // A curve with three points, an empty curve, then the numbers.
     EXPECT_THAT(error("PENS", 12, BytesOf(0.0f)),
                 HasSubstr("chunk PENS: the pressure curve for strength: the pressures of a curve's "
                           "points must ascend"));
     EXPECT_THAT(error("PENS", 8, BytesOf(nan)),
                 HasSubstr("chunk PENS: the pressure curve for strength: "));
     EXPECT_THAT(error("PENS", 32, BytesOf(nan)),
-                HasSubstr("chunk PENS: the random fraction of sizes is not within 0 to 1"));
+                HasSubstr("chunk PENS: the random variation of the size is not within 0 to 1"));
     EXPECT_THAT(error("PENS", 37, BytesOf(-1.5f)),
                 HasSubstr("the effect of tilt on size is not within -1 to 4"));
     EXPECT_THAT(error("PENS", 41, BytesOf(infinite)),
@@ -217,7 +218,7 @@ TEST_F(DamagedScene, InvalidPenSettingsAreRefused) {
     EXPECT_THAT(error("PENS", 45, BytesOf(-1.0f)),
                 HasSubstr("the radius in pixels is not within 0 to 16384"));
     EXPECT_THAT(error("PENS", 49, BytesOf(1e9f)),
-                HasSubstr("the rate of the airbrush is not within 0 to 1000"));
+                HasSubstr("the airbrush rate is not within 0 to 1000"));
     const std::size_t end = scene.Chunk("FRZB").content.size();
     EXPECT_THAT(error("FRZB", end - 4, BytesOf(nan)),
                 HasSubstr("chunk FRZB: an angle of the facing falloff is not finite"));
@@ -228,7 +229,7 @@ TEST_F(DamagedScene, BaseThatIsNotAnOrientedManifoldIsRefused) {
     RawScene scene = SplitScene(whole);
     std::string& content = scene.chunks[1].content;
     ASSERT_EQ(scene.chunks[1].name, "GEOM");
-    // Name, five numbers, then the faces: reverse the first face.
+    // The name and five numbers precede the faces; the first face is reversed.
     const std::size_t faces = 4 + NumberAt<uint32_t>(content, 0) + 20;
     const auto second = NumberAt<uint32_t>(content, faces + 4);
     const auto fourth = NumberAt<uint32_t>(content, faces + 12);

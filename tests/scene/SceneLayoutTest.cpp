@@ -41,10 +41,10 @@ protected:
     RawScene scene;
 };
 
-/// Checks the brush's data with the tool Wax, value by value.
+/// Checks the brush's data for the tool Wax, value by value.
 void ExpectWax(const std::string& data) {
     ChunkReader wax(data);
-    for (int i = 0; i < 3; ++i) EXPECT_EQ(wax.Text(), "") << "the node's texts";
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(wax.Text(), "") << "the node's strings";
     EXPECT_EQ(wax.Read<float>(), 33.0f) << "size";
     EXPECT_EQ(wax.Read<int32_t>(), 1) << "direction";
     EXPECT_EQ(wax.Read<uint8_t>(), 1u) << "stroke smoothing";
@@ -61,9 +61,9 @@ void ExpectWax(const std::string& data) {
     EXPECT_EQ(wax.Read<uint8_t>(), 0u) << "imprint fade";
     EXPECT_EQ(wax.Read<float>(), 0.6f);
     EXPECT_EQ(wax.Read<float>(), 15.0f) << "strength";
-    EXPECT_EQ(wax.Read<float>(), 12.0f) << "the part that pressure leaves unchanged";
+    EXPECT_EQ(wax.Read<float>(), 12.0f) << "the fraction that pressure does not affect";
     EXPECT_EQ(wax.Read<float>(), 0.0f);
-    EXPECT_EQ(wax.Read<float>(), 0.0f) << "random turn";
+    EXPECT_EQ(wax.Read<float>(), 0.0f) << "random rotation";
     EXPECT_EQ(wax.Read<float>(), 1.0f) << "stamp factor";
     EXPECT_EQ(wax.Read<float>(), 0.0f);
     EXPECT_EQ(wax.Text(), "") << "stamp";
@@ -162,18 +162,18 @@ TEST_F(SceneLayout, LevelHasPositionsNormalsMaskAndSeenState) {
     const auto seen = levl.Read<uint32_t>();
     EXPECT_GT(seen, 0u);
     levl.Skip(seen * 16);
-    // The strokes of the finer level were carried to this one, but not yet to level 0.
+    // The strokes on the finer level were carried down to this level, but not yet to level 0.
     EXPECT_EQ(levl.Read<uint32_t>(), 26u) << "seen from below";
     EXPECT_EQ(levl.Read<uint32_t>(), 0u);
     EXPECT_EQ(levl.Read<float>(), document->Geometry().Seen(1).fromBelow.positions[0].x);
     levl.Skip(26 * 16 - 8);
     for (int neighbour = 0; neighbour < 2; ++neighbour) {
-        // All vertices except 0 were masked since either neighbouring level was updated.
+        // All vertices except 0 have been masked since both neighbouring levels were last updated.
         EXPECT_EQ(levl.Read<uint32_t>(), 25u);
         for (uint32_t v = 1; v < 26; ++v) EXPECT_EQ(levl.Read<uint32_t>(), v);
         for (uint32_t v = 1; v < 26; ++v) EXPECT_EQ(levl.Read<uint8_t>(), 0u);
     }
-    for (int i = 0; i < 3; ++i) EXPECT_EQ(levl.Text(), "") << "the node's texts";
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(levl.Text(), "") << "the node's strings";
     EXPECT_EQ(levl.Read<uint8_t>(), 1u) << "visible";
     EXPECT_EQ(levl.Read<uint8_t>(), 0u) << "locked";
     EXPECT_EQ(levl.Read<uint8_t>(), 0u) << "hidden";
@@ -262,7 +262,7 @@ TEST_F(SceneLayout, FreezeBrushHasItsSettings) {
     ChunkReader brush(scene.Chunk("FRZB").content);
     EXPECT_EQ(brush.Read<uint8_t>(), 0u) << "another brush is active";
     const std::string data = brush.Text();
-    // Three texts, size, direction, smoothing, steady stroke, spacing, flags, stamp, fade.
+    // Three strings, size, direction, smoothing, steady stroke, spacing, flags, stamp, fade.
     const std::size_t strength = 3 * 4 + 4 + 4 + 5 + 5 + 8 + 3 + 8 + 5;
     EXPECT_EQ(NumberAt<float>(data, strength), 62.5f);
     EXPECT_EQ(NumberAt<int32_t>(data, data.size() - 4), 3) << "falloff";

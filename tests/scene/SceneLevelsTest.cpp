@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Scenes whose levels were edited at several resolutions, deleted, or rebuilt.
+/// \file Scenes whose levels were edited at several resolutions, deleted or rebuilt.
 #include "tests/meshes/MeshZoo.h"
 #include "tests/scene/SampleScene.h"
 
@@ -15,14 +15,14 @@ protected:
         document.Save(folder.Path("scene.trovik"));
         return Document::OpenScene(folder.Path("scene.trovik"));
     }
-    /// Saves, continues with both documents, and compares them.
+    /// Saves and reopens a document, continues with both documents, and compares them.
     template <typename Continue>
     void ExpectSameBits(Document& document, Continue goOn) {
         auto read = Reopen(document);
-        EXPECT_TRUE(StateOf(*read, folder) == StateOf(document, folder)) << "as read";
+        EXPECT_TRUE(StateOf(*read, folder) == StateOf(document, folder)) << "after reading";
         goOn(document);
         goOn(*read);
-        EXPECT_TRUE(StateOf(*read, folder) == StateOf(document, folder)) << "went on";
+        EXPECT_TRUE(StateOf(*read, folder) == StateOf(document, folder)) << "after continuing";
     }
     TemporaryFolder folder;
 };
@@ -87,7 +87,7 @@ TEST_F(SceneLevels, LayersOfDeletedLevelsAreNotSavedAndAreRestoredByUndo) {
     EXPECT_TRUE(StateOf(*document, folder) == before);
     ASSERT_TRUE(document->Undo());
     EXPECT_EQ(document->ActiveLayer()->Name(), "fine");
-    // When the step is dropped, the level and its layer are freed.
+    // When the undo step is discarded, the level and its layer are freed.
     document->BindLevel(0);
     ASSERT_TRUE(document->DeleteLevels(false));
     document->Geometry().History().Clear();
@@ -103,7 +103,8 @@ TEST_F(SceneLevels, StrokesAfterDeletingAndRebuildingEqualThoseOfANewMesh) {
     StrokeOver(*document, {0}, 0.5f);
     ASSERT_TRUE(document->DeleteLevels(true));
     StrokeOver(*document, {4}, 0.5f);
-    // The base has triangles again; the patch table on level 1 was made for another numbering.
+    // Level 0 has triangles again, and the patch table on level 1 was built for a different
+    // numbering.
     document->Unsubdivide();
     EXPECT_EQ(document->Geometry().Level(0)->CornersPerFace(), 3u);
     StrokeOver(*document, {7}, 0.5f);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Scenes of older formats and classes, and scenes with unknown content.
+/// \file Scenes with older formats and class versions, and scenes with unknown content.
 #include "framework/errors/HostError.h"
 #include "framework/mesh/LevelPositions.h"
 #include "tests/meshes/MeshZoo.h"
@@ -32,7 +32,7 @@ protected:
             document->Brush().AttributeByName(QString::fromLatin1(name)))
             ->SetValue(on, true);
     }
-    /// Replaces a text of the same length in a chunk, and updates the checksums.
+    /// Replaces a string in a chunk by another of the same length, and updates the checksums.
     void Replace(const std::string& chunkName, const std::string& from, const std::string& to) {
         const std::string bytes = TemporaryFolder::Content(path);
         RawScene scene = SplitScene(bytes);
@@ -66,14 +66,14 @@ TEST_F(OldScene, BeforeFormat328ThereIsNoPatchMapUntilTheNextStroke) {
     EXPECT_TRUE(PatchTable(base).empty());
     StrokeOver(*read, {1}, 1.0f);
     EXPECT_EQ(PatchTable(base), table);
-    EXPECT_EQ(base.FirstChild()->NextSibling(), nullptr) << "the empty map is removed";
+    EXPECT_EQ(base.FirstChild()->NextSibling(), nullptr) << "the empty map must be removed";
 }
 
 TEST_F(OldScene, BeforeFormat328ContinuesToTheSameBits) {
     auto read = ReopenUnder(SceneStream(327));
     for (Document* each : {document.get(), read.get()}) StrokeOver(*each, {1, 7}, 1.5f);
-    // Except for the state of the current level that level 0 has seen, which formats below 331 do
-    // not store.
+    // The comparison excludes the state of the current level that level 0 has seen, which formats
+    // below 331 do not store.
     document->WriteScene(path, SceneStream(330));
     const std::string expected = TemporaryFolder::Content(path);
     read->WriteScene(path, SceneStream(330));
@@ -92,7 +92,7 @@ TEST_F(OldScene, BeforeFormat331NoChangesArePendingDownwards) {
 TEST_F(OldScene, FromFormat328OnTheTableInTheFileIsUsed) {
     for (const uint32_t format : {328u, SceneStream::currentFormat}) {
         document->WriteScene(path, SceneStream(format));
-        // Another order within the first row is equally valid, and differs from a newly built
+        // A different order within the first row is equally valid, but differs from a newly built
         // table.
         const auto table = PatchTable(*document->Geometry().Level(0));
         auto other = table;
@@ -139,7 +139,7 @@ TEST_F(OldScene, BrushOfClassVersionZeroKeepsDefaultsForMissingValues) {
     EXPECT_TRUE(Flag(*read, "updateplane"));
     EXPECT_TRUE(Flag(*read, "bilinearsample"));
     EXPECT_EQ(read->Brush().BrushStrengthBias(), 12.0f);
-    // With the current version all values are read.
+    // With the current version, all values are read.
     read = ReopenUnder(SceneStream());
     EXPECT_FALSE(Flag(*read, "affectalllayers"));
     EXPECT_TRUE(Flag(*read, "globalplane"));
@@ -163,7 +163,7 @@ TEST_F(OldScene, NewerClassIsRefused) {
                           "supports versions up to 1"));
 }
 
-/// A node with a number, for scenes of programs that have more classes than this one.
+/// A node with a number, for scenes from programs that have more classes than this one.
 class Numbered : public TreeNode {
 public:
     uint32_t number = 0;
@@ -210,7 +210,7 @@ TEST_F(OldScene, NodesOfKnownClassesAreReadAndOthersSkipped) {
     auto read = Document::OpenScene(path);
     EXPECT_EQ(read->Geometry().Level(1)->FirstChild(), nullptr);
     EXPECT_TRUE(HasPatchMap(*read->Geometry().Level(0)));
-    const std::string note = "a node of class Numbered, which no plug-in provides, is skipped";
+    const std::string note = "skipped a node of class Numbered, which no plug-in provides";
     EXPECT_THAT(read->Notes(), ElementsAre(note, note));
 }
 
@@ -232,9 +232,10 @@ TEST_F(OldScene, UnknownBrushClassSkipsItsSettingsAndReadsTheMesh) {
     auto read = Document::OpenScene(path);
     EXPECT_EQ(read->Brush().ActiveConfiguration(), nullptr);
     EXPECT_EQ(read->Geometry().LevelCount(), 3u);
-    EXPECT_THAT(read->Notes(),
-                ElementsAre("settings of the brush QuickStroke, which is not the current one, "
-                            "are skipped"));
+    EXPECT_THAT(
+        read->Notes(),
+        ElementsAre(
+            "skipped the settings of the brush QuickStroke, which is not the current brush"));
 }
 
 TEST_F(OldScene, UnknownToolIsSkipped) {
@@ -244,7 +245,7 @@ TEST_F(OldScene, UnknownToolIsSkipped) {
     EXPECT_EQ(read->Brush().ActiveConfiguration()->Name(), QStringLiteral("Bulge"));
     EXPECT_THAT(
         read->Notes(),
-        ElementsAre("settings of the tool Flattem, which the brush does not have, are skipped"));
+        ElementsAre("skipped the settings of the tool Flattem, which the brush does not have"));
 }
 
 TEST_F(OldScene, UnknownChunkIsSkipped) {
@@ -254,7 +255,7 @@ TEST_F(OldScene, UnknownChunkIsSkipped) {
     scene.chunks.insert(scene.chunks.begin() + 1, RawChunk{"ANIM", 0, 0, "whatever"});
     folder.Fill("scene.trovik", JoinScene(bytes.substr(0, scene.headerBytes), scene.chunks));
     auto read = Document::OpenScene(path);
-    EXPECT_THAT(read->Notes(), ElementsAre("chunk ANIM, which is unknown, is skipped"));
+    EXPECT_THAT(read->Notes(), ElementsAre("skipped the unknown chunk ANIM"));
     EXPECT_TRUE(StateOf(*read, folder) == StateOf(*document, folder));
 }
 

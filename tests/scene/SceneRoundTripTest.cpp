@@ -72,7 +72,8 @@ TEST_F(SceneRoundTrip, KeepsApplicationData) {
     auto read = Reopen(*document);
     EXPECT_EQ(read->Settings().applicationData, data);
     EXPECT_TRUE(read->Notes().empty());
-    EXPECT_EQ(Reopen(*read)->Settings().applicationData, data) << "saved again by another program";
+    EXPECT_EQ(Reopen(*read)->Settings().applicationData, data)
+        << "saved again by a program that does not know the data";
 }
 
 TEST_F(SceneRoundTrip, RefusesUnreadableApplicationData) {
@@ -130,7 +131,7 @@ TEST_F(SceneRoundTrip, RestoresTheBoundLevelAndPendingChanges) {
     const SeenDifferences seen = document->Geometry().Seen(1).fromAbove;
     const SeenDifferences seenOfRead = read->Geometry().Seen(1).fromAbove;
     ASSERT_TRUE(seen.kept);
-    ASSERT_FALSE(seen.vertices.empty()) << "some changes are pending";
+    ASSERT_FALSE(seen.vertices.empty()) << "no changes are pending";
     EXPECT_TRUE(seenOfRead.kept);
     ASSERT_EQ(seenOfRead.vertices, seen.vertices);
     EXPECT_TRUE(
@@ -148,7 +149,7 @@ TEST_F(SceneRoundTrip, RestoresTheTransform) {
     Vector scale;
     b.Scale(&scale);
     EXPECT_EQ(scale, Vector(2.0f, 1.5f, 1.0f));
-    // With an axis scaled to zero, the inverse does not follow from the matrix alone.
+    // If an axis is scaled to zero, the inverse cannot be computed from the matrix alone.
     document->Geometry().Place().Set({1.0f, 0.0f, 1.0f}, {}, {});
     read = Reopen(*document);
     EXPECT_EQ(read->Geometry().Place().ToLocal(), a.ToLocal());
@@ -210,7 +211,7 @@ TEST_F(SceneRoundTrip, RestoresTheSettingsOfAllTools) {
             EXPECT_EQ(same->AsString(), attribute->AsString()) << attribute->Name().toStdString();
         }
     }
-    EXPECT_EQ(a.BrushStrength(), 100.0f) << "Smooth has its own defaults in both";
+    EXPECT_EQ(a.BrushStrength(), 100.0f) << "Smooth must have its own defaults in both";
 }
 
 TEST_F(SceneRoundTrip, SavingDoesNotChangeTheBrush) {
@@ -322,7 +323,7 @@ TEST_F(SceneRoundTrip, DoesNotDependOnTheLocale) {
     const std::locale before = std::locale::global(std::locale(std::locale(), new DecimalComma));
     const QLocale languageBefore;
     QLocale::setDefault(QLocale(QLocale::German));
-    // C library locales have to be installed; possibly none is.
+    // The locale may not be installed.
     std::setlocale(LC_ALL, "de_DE.UTF-8");
     auto read = Reopen(*document);
     const std::string again = StateOf(*read, folder);
@@ -343,7 +344,7 @@ TEST_F(SceneRoundTrip, MeshWithNaNIsRefusedAndTheOldFileStays) {
         MessageOf<HostError>([&] { document->Save(file); }),
         file + ": the position of vertex 5 of level 0 is not finite; such a mesh cannot be saved");
     EXPECT_EQ(TemporaryFolder::Content(file), before);
-    EXPECT_EQ(folder.FileCount(), files) << "no other file is left";
+    EXPECT_EQ(folder.FileCount(), files) << "a temporary file is left";
 }
 
 TEST_F(SceneRoundTrip, MissingFolderIsAnErrorThatNamesTheFile) {

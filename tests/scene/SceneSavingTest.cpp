@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Saving when memory runs out: the old scene is kept, and no other file is left.
+/// \file Saving when memory runs out: the old scene is unchanged, and no other file is left.
 #include "framework/errors/HostError.h"
 #include "framework/io/DiskCalls.h"
 #include "tests/scene/AllocationCount.h"
@@ -11,7 +11,7 @@
 namespace trovik::test {
 namespace {
 
-/// A disk that never waits, since the test saves hundreds of times.
+/// A disk that never waits, because the test saves hundreds of times.
 class QuickDisk : public DiskCalls {
 public:
     QuickDisk() { Use(this); }
@@ -23,7 +23,7 @@ public:
 
 TEST(SceneSaving, KeepsTheOldSceneWhicheverAllocationIsRefused) {
 #ifdef __SANITIZE_ADDRESS__
-    GTEST_SKIP() << "the sanitizer makes its own allocations";
+    GTEST_SKIP() << "the sanitizer replaces operator new";
 #endif
     const QuickDisk disk;
     const TemporaryFolder folder;
@@ -48,7 +48,7 @@ TEST(SceneSaving, KeepsTheOldSceneWhicheverAllocationIsRefused) {
         RefuseAllocation(0);
         if (!cameSoFar) break;
         ASSERT_EQ(folder.FileCount(), files) << number;
-        // A refused allocation that saving does not need, such as the text of a check, is not an
+        // A failed allocation that saving does not depend on, such as that of a message, is not an
         // error.
         if (message.empty()) {
             folder.Fill("scene.trovik", "old");
@@ -60,7 +60,7 @@ TEST(SceneSaving, KeepsTheOldSceneWhicheverAllocationIsRefused) {
         ASSERT_EQ(TemporaryFolder::Content(path), "old") << number;
     }
     EXPECT_GT(refusals, 50);
-    // The failures have not changed the document, either.
+    // The failures did not change the document either.
     EXPECT_EQ(TemporaryFolder::Content(path), whole);
 }
 

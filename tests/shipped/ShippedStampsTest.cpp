@@ -93,9 +93,9 @@ TEST_P(EachStamp, HasTheKindOfValuesForItsUse) {
     }
 }
 
-/// A property that no height map can have: two points of the map are displaced to positions one
-/// above the other. The map is treated as a surface of quads; seen from above, some of them must
-/// face away.
+/// Tests for overhangs, which no height map can have: two points of the map are displaced to
+/// positions one above the other. The map is treated as a surface of quads; seen from above, some
+/// of them must face away.
 TEST_P(EachStamp, OverhangsIfItIsAVectorMap) {
     if (Stamp().file != StampFile::Vectors) return;
     const FloatImage image = ReadImageFile(ShippedPath(Stamp()));
@@ -113,7 +113,7 @@ TEST_P(EachStamp, OverhangsIfItIsAVectorMap) {
             if (rightX * downY - rightY * downX < 0.0) ++facingAway;
         }
     }
-    // More than two per cent of all quads.
+    // More than two percent of all quads.
     EXPECT_GT(facingAway, image.pixels.size() / 3 / 50);
 }
 

@@ -255,7 +255,7 @@ class TraceTool(unittest.TestCase):
         self.changed("trace.jsonl", lambda b: b[:-1])
         self.expect_trouble(self.tool("show", "changed"), "truncated")
         self.changed("trace.jsonl", lambda b: b"[1]\n" + b)
-        self.expect_trouble(self.tool("show", "changed"), "line 1: not a call of a trace")
+        self.expect_trouble(self.tool("show", "changed"), "line 1: not a call in a trace")
         self.changed("trace.jsonl", lambda b: b'{"call":"ApplyDab","in":{},"out":{}}\n')
         self.expect_trouble(self.tool("show", "changed", "--call", "1"), "line 1", "hit")
         for cut in (-1, 100, 5, 0):

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Follows docs/tutorial.md in an empty folder, and checks the results.
+"""Follows docs/tutorial.md in an empty folder and checks the results.
 
     run_tutorial.py SOURCE_DIR TROVIK FOLDER [--pictures]
 
-Scripts are the blocks marked `json NAME`, commands the blocks marked `sh`, in the order of the page.
-Renders are small, for speed. With --pictures they have the size on the page, and the pictures of the
+Blocks marked `json NAME` are scripts and blocks marked `sh` are commands, in the order of the page.
+Renders are small, for speed. With --pictures, they have the size given on the page, and the images of the
 page are written to docs/pictures/tutorial (needs ImageMagick's `convert`).
 """
 
@@ -26,7 +26,7 @@ def fail(reason):
 
 
 def smaller(script):
-    """The script with renders of a few pixels."""
+    """Returns the script with very small renders."""
     for step in script["steps"]:
         if "picture" in step:
             step["picture"].update({"samples": 1, "width": 90, "height": 114})
@@ -73,7 +73,7 @@ def main():
         path = os.path.join(folder, name)
         if not os.path.isfile(path):
             fail("the page shows or promises " + name + ", which was not written")
-        # A render that shows only the background is much smaller.
+        # A render that shows only the background is a much smaller file.
         if os.path.getsize(path) < (1500 if name.endswith(".jpg") else 10000):
             fail(name + " is almost empty")
     info = subprocess.run(

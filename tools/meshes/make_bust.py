@@ -22,13 +22,13 @@ def read(path):
 
 
 def is_bust(point):
-    """Whether the point is above the cut, a bowl below the neck and the upper chest."""
+    """Returns whether the point is above the cut, which is a bowl below the neck and the upper chest."""
     x, y, z = point
     return y > 4.75 + 0.62 * (x / 1.25) ** 2
 
 
 def cut(points, faces):
-    """The faces that lie entirely in the bust and are connected to the top of the head."""
+    """Returns the faces that lie entirely in the bust and are connected to the top of the head."""
     kept = [face for face in faces if all(is_bust(points[corner]) for corner in face)]
     of_point = {}
     for number, face in enumerate(kept):
@@ -43,7 +43,7 @@ def cut(points, faces):
                     seen.add(other)
                     stack.append(other)
     kept = [kept[number] for number in sorted(seen)]
-    # A face with two or more open edges would be a tooth of the border.
+    # A face with two or more open edges would stick out of the border like a tooth.
     while True:
         edges = {(f[i], f[(i + 1) % 4]) for f in kept for i in range(4)}
         teeth = [
@@ -57,7 +57,7 @@ def cut(points, faces):
 
 
 def border_of(faces):
-    """The open border as one loop, in the direction of the face edges."""
+    """Returns the open border as a single loop, in the direction of the face edges."""
     edges = {(f[i], f[(i + 1) % 4]) for f in faces for i in range(4)}
     after = {a: b for a, b in edges if (b, a) not in edges}
     first = min(after)
@@ -82,7 +82,7 @@ def even(points, loop, rounds):
 def add_plinth(points, faces, loop):
     """Adds rings of quads from the border down to a round base, and a disc below it."""
     middle_z = sum(points[corner][2] for corner in loop) / len(loop)
-    # Height, radius, blend factor from the border's shape to the circle.
+    # Height, radius, and blend factor between the shape of the border and the circle.
     rings = [
         (4.62, 0.80, 0.45),
         (4.42, 0.62, 0.85),
@@ -104,7 +104,7 @@ def add_plinth(points, faces, loop):
         ring = []
         for i, corner in enumerate(loop):
             around = angles[0] + turn * 2 * math.pi * i / len(loop)
-            # Angles on the circle change from those of the border to even ones.
+            # The angles on the circle change gradually from those of the border to even spacing.
             difference = (around - angles[i] + math.pi) % (2 * math.pi) - math.pi
             angle = angles[i] + difference * share
             circle = (radius * math.cos(angle), height, middle_z + radius * math.sin(angle))
@@ -117,7 +117,7 @@ def add_plinth(points, faces, loop):
         last, previous = ring, [points[c] for c in ring]
     points.append([0.0, 3.34, middle_z])
     middle = len(points) - 1
-    assert len(loop) % 2 == 0, "the disc needs an even border"
+    assert len(loop) % 2 == 0, "the disc needs a border with an even number of points"
     for i in range(0, len(loop), 2):
         faces.append([last[(i + 2) % len(loop)], last[i + 1], last[i], middle])
 
@@ -167,7 +167,7 @@ def main(source, target):
             file.write("f " + " ".join(str(number[corner]) for corner in face) + "\n")
 
 
-# Centre of the left eyeball and its radius, slightly larger than the sphere of the eye socket.
+# Centre and radius of the left eyeball, which is slightly larger than the sphere of the eye socket.
 EYE = (0.3087, 7.283, 1.242, 0.159)
 
 if __name__ == "__main__":

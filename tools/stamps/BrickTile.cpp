@@ -9,13 +9,13 @@ namespace trovik::stamps {
 
 namespace {
 
-// Lengths are in units of 1/1024 of the stamp's side.
+// Lengths in this file are in units of 1/1024 of the stamp's side.
 constexpr double Side = 1024.0;
 constexpr double Joint = 30.0;
 constexpr int Rows = 4;
 
-/// A brick of a wall in which rows of two bricks alternate with rows of one brick between two half
-/// bricks. All four borders of the stamp are therefore joints: the stamp is 0 at its borders and
+/// A brick in a wall in which rows of two bricks alternate with rows of one brick between two half
+/// bricks. All four borders of the stamp are therefore joints: the stamp is 0 at its borders but
 /// can still be tiled.
 struct Brick {
     Point2 centre;
@@ -24,7 +24,8 @@ struct Brick {
     double height;
     Point2 tilt;
     double turn;
-    /// Chips at the edge: centres relative to the brick's centre; biteSizes are their radii.
+    /// Chips along the edge: their centres relative to the brick's centre; biteSizes contains their
+    /// radii.
     std::array<Point2, 5> bites;
     std::array<double, 5> biteSizes;
 };
@@ -41,7 +42,7 @@ Brick MakeBrick(double left, double right, int row) {
                   numbers.Between(-0.06, 0.06) / brick.half.y};
     brick.turn = numbers.Between(-0.012, 0.012);
     for (std::size_t i = 0; i < brick.bites.size(); ++i) {
-        // The centre is slightly outside of the edge.
+        // The centre is slightly outside the edge.
         const bool upright = numbers.Next() < 0.35;
         const double sign = numbers.Next() < 0.5 ? -1.0 : 1.0;
         const double along = numbers.Between(-0.8, 0.8);
@@ -54,7 +55,7 @@ Brick MakeBrick(double left, double right, int row) {
     return brick;
 }
 
-/// The distance of a point to the edge, positive inside, with rounded corners and chips.
+/// Returns the distance of a point from the edge, positive inside, with rounded corners and chips.
 double Inside(const Brick& brick, Point2 p) {
     constexpr double Corner = 20.0;
     const Point2 q{std::fabs(p.x) - brick.half.x + Corner, std::fabs(p.y) - brick.half.y + Corner};
@@ -120,7 +121,7 @@ double WallHeight(Point2 p) {
     for (const Brick& brick : row)
         if (std::fabs(place.x - brick.centre.x) < brick.half.x + Joint)
             height = std::max(height, BrickHeight(brick, place));
-    // Sand in the joints, but not at the borders.
+    // Sand in the joints, but not along the borders.
     const double border = std::min(std::min(p.x, 1.0 - p.x), std::min(p.y, 1.0 - p.y)) * Side;
     const double sand = 0.05 + 0.05 * LayeredNoise(p * 128.0, 128, 3, 77u);
     return std::max(height, SmoothStep(3.0, 16.0, border) * std::max(sand, 0.0));

@@ -8,15 +8,15 @@ namespace {
 
 using Profile = std::array<ProfilePoint, 21>;
 
-/// The profile behind and above: the hollow, the inner fold, the furrow, the rolled rim, which
-/// overhangs both the furrow and the head, the back of the ear, the head.
+/// The profile behind and above: the hollow, the inner fold, the furrow, the rolled rim (which
+/// overhangs both the furrow and the head), the back of the ear, and the head.
 constexpr Profile Rolled = {
     {{0.000, 0.060}, {0.110, 0.070}, {0.215, 0.110}, {0.300, 0.210}, {0.365, 0.330}, {0.440, 0.405},
      {0.520, 0.395}, {0.590, 0.345}, {0.660, 0.315}, {0.725, 0.335}, {0.735, 0.395}, {0.690, 0.440},
      {0.690, 0.505}, {0.765, 0.545}, {0.855, 0.520}, {0.885, 0.440}, {0.830, 0.310}, {0.735, 0.150},
      {0.745, 0.020}, {0.950, 0.000}, {1.000, 0.000}}};
 
-/// The profile below: the lower end of the hollow and the lobe, soft and not rolled.
+/// The profile below: the lower end of the hollow, and the lobe, which is soft and not rolled.
 constexpr Profile Lobe = {
     {{0.000, 0.060}, {0.105, 0.075}, {0.200, 0.120}, {0.280, 0.205}, {0.345, 0.275}, {0.410, 0.300},
      {0.475, 0.300}, {0.540, 0.300}, {0.600, 0.305}, {0.655, 0.310}, {0.705, 0.308}, {0.750, 0.298},
@@ -33,7 +33,7 @@ constexpr Profile Front = {
 Point3 EarShape(Point2 p) {
     const double far = Length(p);
     const Point2 heading = far > 1e-9 ? p * (1.0 / far) : Point2{1.0, 0.0};
-    // The face is to the left; the lobe is below, slightly forward.
+    // The face is on the left; the lobe is at the bottom, slightly forward.
     const double toFront = SmoothStep(0.25, 0.92, Dot(heading, Heading(0.53)));
     const double toLobe = SmoothStep(0.30, 0.95, Dot(heading, Heading(0.31)));
     const double rest = std::max(1.0 - toFront - toLobe, 0.0);
@@ -44,7 +44,8 @@ Point3 EarShape(Point2 p) {
     const double out = (rolled.out * rest + lobe.out * toLobe + front.out * toFront) / total;
     double up = (rolled.up * rest + lobe.up * toLobe + front.up * toFront) / total;
 
-    // The ear is taller than wide, wider above, and leans back; the head around it does not move.
+    // The ear is taller than it is wide, wider at the top, and leans back; the head around it does
+    // not move.
     const double body = SmoothStep(0.97, 0.80, far);
     Point3 place{heading.x * out, 0.0, heading.y * out};
     place.right =

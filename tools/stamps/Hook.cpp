@@ -10,12 +10,12 @@ namespace trovik::stamps {
 namespace {
 
 constexpr int SpineSteps = 256;
-/// Points within this distance of the centre form the horn; the ring around them forms its root.
+/// Points within this distance from the centre form the horn; the ring around them forms its root.
 constexpr double RootEdge = 0.62;
 constexpr double NeckRadius = 0.27;
 constexpr double SpineLength = 1.45;
 
-/// A point of the horn's centre line, in the vertical plane along `right`, and the direction there.
+/// A point on the horn's centre line, in the vertical plane along `right`, and the direction there.
 struct SpinePoint {
     double right;
     double up;
@@ -49,11 +49,12 @@ SpinePoint OnSpine(double s) {
     return {Mix(a.right, b.right, t), Mix(a.up, b.up, t), Mix(a.heading, b.heading, t)};
 }
 
-/// The surface of the horn; `far` is 0 at its tip and 1 at its neck, `heading` goes around it.
+/// Returns a point on the surface of the horn; `far` is 0 at its tip and 1 at its neck, and
+/// `heading` goes around it.
 Point3 HornPoint(double far, Point2 heading) {
     const double s = 1.0 - far;
     const SpinePoint spine = OnSpine(s);
-    // A round tip, an evenly tapered body, growth rings that fade towards the tip.
+    // A round tip, an evenly tapered body, and growth rings that fade towards the tip.
     const double tip = far * (2.0 - far);
     const double taper = 0.12 + 0.88 * far;
     const double ring = SineOfTurns(s * 13.0 + 0.04 * heading.y);

@@ -6,8 +6,9 @@ namespace trovik::stamps {
 
 namespace {
 
-/// The blade is along the image's height. Its depth along the cut is a window function: dabs at a
-/// spacing of half the stamp's side, or an integer fraction of that, add up to an even groove.
+/// The blade runs along the height of the image. The depth along the cut is a window function, so
+/// that dabs at a spacing of half the stamp's side, or an integer fraction of it, add up to an even
+/// groove.
 double CutHeight(Point2 at) {
     constexpr double BladeHalfWidth = 0.055;
     const double along = std::fabs(at.y - 0.5) * 2.0;

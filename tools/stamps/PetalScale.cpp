@@ -49,7 +49,7 @@ constexpr std::array<ProfilePoint, 17> Before = {{{0.0000, 0.300},
 Point3 PetalShape(Point2 p) {
     const double far = Length(p);
     const Point2 heading = far > 1e-9 ? p * (1.0 / far) : Point2{0.0, 1.0};
-    // The profiles have a common centre and are blended at the sides.
+    // The profiles share a centre and are blended at the sides.
     const double behind = SmoothStep(-0.55, 0.60, heading.y);
     const ProfilePoint a = OnProfile(Before, far);
     const ProfilePoint b = OnProfile(Behind, far);
@@ -58,7 +58,7 @@ Point3 PetalShape(Point2 p) {
     const double body = SmoothStep(1.0, 0.72, far);
     const double upper = SmoothStep(0.45, 0.30, far);
     Point3 place{heading.x * at.out, at.up, heading.y * at.out};
-    // A tip that curls up, a hollow along the centre line, and a wavy rim.
+    // The tip curls up, there is a hollow along the centre line, and the rim is wavy.
     const double tip = SmoothStep(0.55, 1.0, heading.y) * body * SmoothStep(0.10, 0.42, far);
     place.down += 0.11 * tip;
     place.up += 0.10 * tip * SmoothStep(0.25, 0.75, at.out);

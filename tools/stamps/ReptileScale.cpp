@@ -9,8 +9,9 @@ namespace {
 
 constexpr int NoisePeriod = 4096;
 
-/// The distance of a point to the outline of the scale, positive inside. The outline is pointed
-/// behind (y = 0.88) and round in front: two arcs form the sides, a circle forms the front.
+/// Returns the distance of a point from the outline of the scale, positive inside. The outline is
+/// pointed at the rear (y = 0.88) and round in front: two arcs form the sides, and a circle forms
+/// the front.
 double Inside(Point2 p) {
     constexpr double ArcRadius = 0.9094;
     constexpr double ArcCentre = 0.2294;
@@ -29,7 +30,7 @@ double ScaleHeight(Point2 at) {
     const double inside = Inside(p + wobble * 0.02);
     if (inside <= 0.0) return 0.0;
 
-    // Rises from 0 in front, where the previous scale overlaps, to the free rear rim.
+    // The scale rises from 0 in front, where the previous scale overlaps it, to the free rear rim.
     const double rise = SmoothStep(-0.80, 0.62, p.y);
     const double dome = 1.0 - 0.42 * Square(p.x / 0.70);
     const double edge = Clamp01(inside / 0.10);

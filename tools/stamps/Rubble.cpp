@@ -11,7 +11,8 @@ namespace {
 
 constexpr int NoisePeriod = 4096;
 
-/// A facet of a stone: its height falls by `slope` along `heading`, from `height` at the centre.
+/// A facet of a stone: the height at the centre is `height` and decreases by `slope` along
+/// `heading`.
 struct Facet {
     Point2 heading;
     double slope;
@@ -50,15 +51,15 @@ Stone MakeStone(Point2 centre, double size, double base, std::uint32_t seed) {
     return stone;
 }
 
-/// The height of the stone at a point, in sides of the stamp; any value below `floor` if the stone
-/// is lower than that.
+/// Returns the height of the stone at a point, in units of the stamp's side; any value below
+/// `floor` if the stone is lower than that.
 double StoneHeight(const Stone& stone, Point2 place, double floor) {
     const Point2 straight = place - stone.centre;
     const double size = stone.size;
     const auto top = [&stone](const Facet& facet, Point2 p) {
         return facet.height - facet.slope * Dot(facet.heading, p);
     };
-    // Rejects most stones early: the noises below add less than `lift`.
+    // Rejects most stones early: the noise that is added below is less than `lift`.
     const double lift = stone.base + 0.35 * size;
     for (const Facet& facet : stone.facets)
         if (top(facet, straight) + lift < floor) return floor - 1.0;
@@ -73,14 +74,14 @@ double StoneHeight(const Stone& stone, Point2 place, double floor) {
     return stone.base + height;
 }
 
-/// A size class of the stones.
+/// A size class of stones.
 struct Tier {
     int count;
     double smallest;
     double largest;
     /// Largest distance from the centre of the heap.
     double reach;
-    /// Minimum distance of two stones, relative to the sum of their sizes.
+    /// Minimum distance between two stones, relative to the sum of their sizes.
     double apart;
     /// Height of the heap under the stones.
     double lift;
@@ -95,7 +96,8 @@ std::vector<Stone> Heap() {
     RandomSequence numbers(2718u);
     for (const Tier& tier : Tiers) {
         const std::size_t first = stones.size();
-        // An occupied position is drawn again; a tier that does not fit has fewer stones.
+        // If a random position is occupied, another one is drawn. A tier that does not fit has
+        // fewer stones.
         for (int thrown = 0; thrown < tier.count * 40; ++thrown) {
             if (stones.size() - first == static_cast<std::size_t>(tier.count)) break;
             const double size = numbers.Between(tier.smallest, tier.largest);

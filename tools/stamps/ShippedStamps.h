@@ -6,11 +6,12 @@
 #include <string>
 #include <vector>
 
-/// The stamps that are installed with the tools. They are computed, with identical pixels on every
-/// run and every machine.
+/// The stamps that are installed with the tools. They are generated, with identical pixels in every
+/// run and on every machine.
 namespace trovik::stamps {
 
-/// Values of a height stamp are from 0, no effect, to 1; those of the knife are from -1.
+/// The values of a height stamp range from 0 (no effect) to 1; those of the knife range from -1 to
+/// 1.
 /// \return one channel, size x size, exactly 0 along the borders.
 FloatImage PaintBrickTile();
 FloatImage PaintReptileScale();
@@ -18,7 +19,7 @@ FloatImage PaintKnifeCut();
 FloatImage PaintRubble();
 
 /// The channels of a vector displacement map are the displacements to the right of the image, out
-/// of the surface, and to the image's bottom, in sides of the stamp.
+/// of the surface, and to the image's bottom, in units of the stamp's side.
 /// \return three channels, size x size, exactly 0 along the borders.
 FloatImage PaintEarCurl();
 FloatImage PaintHook();
@@ -32,13 +33,13 @@ enum class StampFile {
 };
 
 struct ShippedStamp {
-    /// Relative to the folder of the stamps, with forward slashes.
+    /// Path relative to the stamp folder, with forward slashes.
     const char* path;
     StampFile file;
     FloatImage (*paint)();
 };
 
-/// All installed stamps, in the order in which they are painted.
+/// Returns all installed stamps, in the order in which they are painted.
 const std::vector<ShippedStamp>& ShippedStamps();
 
 /// Paints one stamp and writes it to folder/path; creates missing folders.

@@ -5,14 +5,15 @@
 #include <cmath>
 
 /// \file
-/// Arithmetic of the patterns. It only uses operations with results that IEEE 754 defines bit
-/// by bit, because the sines and powers of system libraries differ in their last bits between
-/// processors, and a regenerated stamp must be identical to the installed one.
+/// Arithmetic for the patterns. It uses only operations whose results IEEE 754 defines exactly,
+/// because the sines and powers of system libraries differ in their last bits between processors,
+/// and a regenerated stamp must be identical to the installed one.
 namespace trovik::stamps {
 
 inline double Clamp01(double x) { return std::clamp(x, 0.0, 1.0); }
 
-/// 0 below `from`, 1 above `to`, with zero slope at both ends; falling if `from` > `to`.
+/// Returns 0 below `from` and 1 above `to`, with zero slope at both ends; decreasing if `from` >
+/// `to`.
 inline double SmoothStep(double from, double to, double x) {
     const double t = Clamp01((x - from) / (to - from));
     return t * t * (3.0 - 2.0 * t);
@@ -21,14 +22,14 @@ inline double SmoothStep(double from, double to, double x) {
 inline double Mix(double a, double b, double t) { return a + (b - a) * t; }
 inline double Square(double x) { return x * x; }
 
-/// The minimum of both, with the crease rounded over a width of `round`.
+/// Returns the minimum of both, with the crease rounded over a width of `round`.
 inline double SmoothMin(double a, double b, double round) {
     const double h = std::max(round - std::fabs(a - b), 0.0) / round;
     return std::min(a, b) - h * h * round * 0.25;
 }
 inline double SmoothMax(double a, double b, double round) { return -SmoothMin(-a, -b, round); }
 
-/// The sine of an angle in full turns; the error is less than 1e-11.
+/// Returns the sine of an angle in full turns; the error is less than 1e-11.
 inline double SineOfTurns(double turns) {
     double t = turns - std::floor(turns + 0.5);
     if (t > 0.25) t = 0.5 - t;
@@ -56,7 +57,7 @@ inline Point2 operator*(Point2 a, double f) { return {a.x * f, a.y * f}; }
 inline Point2 Mix(Point2 a, Point2 b, double t) { return a * (1.0 - t) + b * t; }
 inline double Dot(Point2 a, Point2 b) { return a.x * b.x + a.y * b.y; }
 inline double Length(Point2 a) { return std::sqrt(Dot(a, a)); }
-/// The unit vector at an angle in full turns.
+/// Returns the unit vector at an angle in full turns.
 inline Point2 Heading(double turns) { return {CosineOfTurns(turns), SineOfTurns(turns)}; }
 
 }  // namespace trovik::stamps

@@ -6,9 +6,9 @@
 
 namespace trovik::stamps {
 
-/// Paints a height stamp: `height(p)` returns the value at p, which is from 0 to 1 from left to
-/// right and from top to bottom. Each pixel is the mean of `samples` x `samples` points, for
-/// antialiasing.
+/// Paints a height stamp: `height(p)` returns the value at p, whose coordinates run from 0 to 1,
+/// from left to right and from top to bottom. Each pixel is the mean of `samples` x `samples`
+/// points, for antialiasing.
 template <class Height>
 FloatImage PaintHeights(std::uint32_t size, int samples, Height height) {
     FloatImage image{size, size, 1, {}, false};

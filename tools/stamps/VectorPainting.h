@@ -9,7 +9,8 @@
 
 namespace trovik::stamps {
 
-/// A point above the stamp, in sides of it: right and down as in the image, up out of the surface.
+/// A point above the stamp, in units of the stamp's side: right and down as in the image, up out of
+/// the surface.
 struct Point3 {
     double right;
     double up;
@@ -21,15 +22,16 @@ inline Point3 operator+(Point3 a, Point3 b) {
 }
 inline Point3 operator*(Point3 a, double f) { return {a.right * f, a.up * f, a.down * f}; }
 
-/// The target of the disc's points at one distance from its centre: distance outwards, height.
+/// The displaced position of the points at a certain distance from the disc's centre: distance from
+/// the axis, and height.
 struct ProfilePoint {
     double out;
     double up;
 };
 
 /// A smooth curve (a uniform cubic B-spline) from the centre of the disc, x = 0, to its rim, x = 1.
-/// The surface has no crease at the centre, and is flat beyond the rim if the last two points are
-/// on the flat disc.
+/// The surface has no crease at the centre. It blends into the flat surface beyond the rim if the
+/// last two points are on the flat disc.
 template <std::size_t Count>
 ProfilePoint OnProfile(const std::array<ProfilePoint, Count>& points, double x) {
     constexpr int Last = static_cast<int>(Count) - 1;
@@ -58,12 +60,12 @@ ProfilePoint OnProfile(const std::array<ProfilePoint, Count>& points, double x) 
     return sum;
 }
 
-/// Paints a vector displacement map: `shape(p)` returns the target of the surface point at p. All
-/// coordinates are relative to the stamp's centre, in half sides. `shape` is called only within the
-/// unit disc; nothing moves outside of it.
+/// Paints a vector displacement map: `shape(p)` returns the position to which the surface point at
+/// p moves. All coordinates are relative to the stamp's centre, in units of half a side. `shape` is
+/// called only within the unit disc; points outside it do not move.
 template <class Shape>
 FloatImage PaintVectors(std::uint32_t size, Shape shape) {
-    // Rounding to multiples of this invisible step reduces the compressed size to a third.
+    // Rounding to multiples of this step is invisible and reduces the compressed size to a third.
     constexpr double Step = 1.0 / (1 << 20);
     const auto stepped = [](double move) {
         return static_cast<float>(std::floor(move * 0.5 / Step + 0.5) * Step);

@@ -22,7 +22,7 @@ namespace {
 /// Pixels are converted in blocks of about this size, to avoid a second copy of the image.
 constexpr std::size_t BlockBytes = std::size_t{4} << 20;
 
-/// Checks width, height and number of channels.
+/// Checks the width, the height and the number of channels.
 void CheckSize(const std::string& path, const OIIO::ImageSpec& spec, std::size_t maxBytes) {
     CheckImageSize(path, spec.width, spec.height, spec.nchannels, maxBytes);
     if (spec.depth > 1) {
@@ -41,8 +41,8 @@ void ReadRows(OIIO::ImageInput& input,
               FloatImage& image) {
     const OIIO::ImageSpec spec = input.spec();
     const std::size_t rowValues = std::size_t{image.width} * image.channels;
-    // Tiles are always read completely, so if a block of rows ended within a tile, the tile would
-    // be read twice.
+    // Tiles are always read as a whole, so a tile would be read twice if a block of rows ended
+    // inside it.
     const auto tileRows = static_cast<std::size_t>(std::max(spec.tile_height, 1));
     const std::size_t fitting = std::max<std::size_t>(BlockBytes / (rowValues * sizeof(Sample)), 1);
     const std::size_t blockRows = (fitting + tileRows - 1) / tileRows * tileRows;
@@ -94,7 +94,8 @@ OIIO::TypeDesc LibraryType(SampleType type) {
     return OIIO::TypeFloat;
 }
 
-/// Reports how many rows the library has encoded. The library calls it between blocks of rows.
+/// Reports the number of rows that the library has encoded. The library calls it between blocks of
+/// rows.
 class EncodingProgress {
 public:
     EncodingProgress(JobControl* job, std::uint32_t imageRows)
@@ -147,7 +148,7 @@ FloatImage OpenImageIoCodec::Read(const std::string& path, std::size_t maxBytes)
     image.height = static_cast<std::uint32_t>(spec.height);
     image.channels = static_cast<std::uint32_t>(spec.nchannels);
     image.pixels.resize(std::size_t{image.width} * image.height * image.channels);
-    // If channels have different types, as in EXR files, all are read as floats.
+    // If the channels have different types, which EXR files allow, all are read as floats.
     const OIIO::TypeDesc type = spec.channelformats.empty() ? spec.format : OIIO::TypeFloat;
     switch (type.basetype) {
         case OIIO::TypeDesc::UINT8:
@@ -198,9 +199,10 @@ std::vector<unsigned char> OpenImageIoCodec::Encode(const std::string& path,
                          static_cast<int>(image.channels),
                          type);
     if (!image.description.empty()) spec.attribute("ImageDescription", image.description);
-    // Without this, colours are divided by alpha when they are written in some formats.
+    // Without this attribute, some writers divide the colours by alpha.
     spec.attribute("oiio:UnassociatedAlpha", 1);
-    // Formats that store a time would store the current one, and no two files would be identical.
+    // Formats that store a timestamp would otherwise store the current time, and no two files would
+    // be identical.
     spec.attribute("DateTime", "1970:01:01 00:00:00");
     std::vector<unsigned char> bytes;
     OIIO::Filesystem::IOVecOutput memory(bytes);
@@ -218,7 +220,7 @@ std::vector<unsigned char> OpenImageIoCodec::Encode(const std::string& path,
                                           &progress) &&
                       output->close();
     if (progress.IsCancelled()) {
-        // Closed here, because the writer uses `memory`, which is destroyed before the writer.
+        // The writer uses `memory`, which is destroyed first, so it must be closed here.
         output->close();
         throw Cancelled();
     }

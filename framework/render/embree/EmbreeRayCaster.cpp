@@ -66,11 +66,11 @@ private:
 
     std::mutex guard;
     RTCError first = RTC_ERROR_NONE;
-    /// Not a std::string, because memory cannot be allocated when it is exhausted.
+    /// Not a std::string, because memory may be exhausted when the message is stored.
     char message[256] = "";
 };
 
-/// Progress of the library's work; the library polls it on any of its threads.
+/// Forwards the library's progress. The library calls it on any of its threads.
 class BuildMonitor {
 public:
     explicit BuildMonitor(JobControl* job) : phase(job, "Building the ray tree", steps, 1) {}
@@ -86,7 +86,7 @@ private:
     static constexpr uint64_t steps = 1000;
 
     bool Go(double fraction) {
-        // No exception may propagate through the library.
+        // Exceptions must not propagate through the library.
         try {
             if (std::this_thread::get_id() == caller)
                 phase.Reach(static_cast<uint64_t>(fraction * static_cast<double>(steps)));
@@ -133,14 +133,15 @@ public:
 private:
     void Attach(const RayMesh& mesh, unsigned id);
 
-    /// Declared before the device, because the device reports to it until the device is destroyed.
+    /// Declared before the device, which reports errors to it until it is destroyed.
     FirstError error;
     Device device;
     Scene scene;
 };
 
 EmbreeRayCaster::EmbreeRayCaster(const std::vector<RayMesh>& meshes, JobControl* job)
-    // Avoids the 128 MiB that the library reserves for subdivision surfaces, which are not used.
+    // The cache size avoids the 128 MiB that the library reserves for subdivision surfaces, which
+    // are not used.
     : device(rtcNewDevice("set_affinity=0,tessellation_cache_size=0")) {
     // If the device could not be created, the error is queried without one.
     if (device == nullptr) ThrowRayError(rtcGetDeviceError(nullptr), "no device");
@@ -154,7 +155,7 @@ EmbreeRayCaster::EmbreeRayCaster(const std::vector<RayMesh>& meshes, JobControl*
     rtcCommitScene(scene.get());
     rtcSetSceneProgressMonitorFunction(scene.get(), nullptr, nullptr);
     if (monitor.IsCancelled()) throw Cancelled();
-    // A scene whose tasks could not be started still holds the tasks, and its destructor would
+    // A scene whose tasks could not be started still contains these tasks, and its destructor would
     // terminate the process. The scene is leaked instead.
     if (error.Code() == RTC_ERROR_UNKNOWN) scene.release();
     error.ThrowIfAny();

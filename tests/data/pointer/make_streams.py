@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Writes the pointer streams of this folder; README.md describes the purpose of each."""
+"""Writes the pointer streams in this folder; README.md describes the fault of each."""
 
 import json
 import math
 import os
 import random
 
-INTERVAL = 8  # milliseconds between samples, as of a pen that reports 125 samples per second
+INTERVAL = 8  # milliseconds between samples, for a pen that reports 125 samples per second
 MOVE, REST = 480, 400
 
 
@@ -16,7 +16,7 @@ def min_jerk(fraction):
 
 
 def clean():
-    """An S over 300 pixels with a pause in its middle; pressure rises and falls within 0.1 seconds."""
+    """An S over 300 pixels with a pause in the middle; the pressure rises and falls within 0.1 seconds."""
     samples = []
     whole = 2 * MOVE + REST
     for t in range(0, whole + 1, INTERVAL):
@@ -45,7 +45,7 @@ def blot(samples):
 
 
 def spike(samples):
-    """At the release the tip springs back: full pressure, and the position of the pen in the air."""
+    """On release, the tip springs back: full pressure, and the position of the lifted pen."""
     samples[-2][2] = 1.0
     x, y = samples[-1][:2]
     samples[-1] = [round(x - 60, 1), round(y - 35, 1), 1.0, samples[-1][3]]
@@ -97,15 +97,15 @@ def main():
         streams[name] = samples
         write(name, description, samples)
 
-    add("clean", "an S with a rest, without faults")
-    add("blot", "full pressure at the press", blot)
-    add("spike", "full pressure and a jump at the release", spike)
-    add("jitter", "times 5 to 50 ms late", lambda s: jitter(s, rng))
-    add("doubled", "samples twice, some with full pressure", lambda s: doubled(s, rng))
-    add("late", "samples overtaken by those behind them", lambda s: late(s, rng))
+    add("clean", "an S with a pause, without faults")
+    add("blot", "full pressure when the pen is pressed", blot)
+    add("spike", "full pressure and a jump on release", spike)
+    add("jitter", "timestamps 5 to 50 ms late", lambda s: jitter(s, rng))
+    add("doubled", "duplicate samples, some with full pressure", lambda s: doubled(s, rng))
+    add("late", "samples that arrive after later samples", lambda s: late(s, rng))
     add(
         "everything",
-        "blot, spike, doubled and overtaken samples",
+        "blot, spike, duplicate and late samples",
         blot,
         spike,
         lambda s: late(s, rng),

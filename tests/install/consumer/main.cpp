@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Uses a record and the vector arithmetic of the contract, and a symbol of the library.
+/// Uses a record type and the vector arithmetic of the contract, and a symbol of the library.
 void RefuseMisplacedVertex() {
     const trovik::Vector position(1.0F, 2.0F, 3.0F);
     if (position.x + position.y == position.z) {
@@ -18,7 +18,7 @@ void RefuseMisplacedVertex() {
     }
 }
 
-/// Both need modules of the library, which finds them independently of the executable's location.
+/// Both need modules, which the library finds regardless of where the executable is.
 void RenderAndWrite() {
     trovik::RenderOptions options;
     options.width = 8;
