@@ -21,8 +21,9 @@ struct JsonRule;
 /// (one schema for all), minItems, maxItems, minLength (bytes), minimum, maximum, exclusiveMinimum,
 /// exclusiveMaximum, anyOf, oneOf, $ref to "#/definitions/…", and the annotations $schema, title
 /// and description. As an extension of draft 7, "entryName" is the noun for fields of an object in
-/// messages about unknown ones, such as "setting". "integer" accepts numbers that are written
-/// without a fraction or an exponent.
+/// messages about unknown ones, such as "setting", and "formerName" in the schema of a field is a
+/// name under which RenameFormerFields accepts the field, too. "integer" accepts numbers that are
+/// written without a fraction or an exponent.
 ///
 /// Messages have the form "expected ACCEPTED VALUES, got VALUE". Immutable after construction;
 /// thread-safe.
@@ -43,6 +44,10 @@ public:
         const nlohmann::json& document,
         std::size_t maxFaults = std::numeric_limits<std::size_t>::max()) const;
 
+    /// Gives fields with a former name their current name, at any depth. Messages about the
+    /// document then use the current names.
+    void RenameFormerFields(nlohmann::json& document) const;
+
 private:
     class Compiler;
 
@@ -50,7 +55,7 @@ private:
     const JsonRule* root = nullptr;
 };
 
-/// Parses a document, checks it and removes its comments.
+/// Parses a document, renames fields that have a former name, checks it and removes its comments.
 /// \param faults  receives the faults, up to a limit; syntax errors are always thrown instead; if
 /// null, the first fault is thrown.
 /// \throw HostError with `name`.
