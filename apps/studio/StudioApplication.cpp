@@ -174,12 +174,12 @@ void StudioApplication::AddSelectionActions() {
                  tr("Mask by Box"),
                  tr("Masks what is visible in a box that you drag over the viewport."),
                  Shape::Box,
-                 "freeze");
+                 "mask");
     AddSelection("mask.lasso",
                  tr("Mask by Lasso"),
                  tr("Masks what is visible in an outline that you draw over the viewport."),
                  Shape::Lasso,
-                 "freeze");
+                 "mask");
     AddSelection("visibility.hideBox",
                  tr("Hide by Box"),
                  tr("Hides the faces in a box that you drag over the viewport."),

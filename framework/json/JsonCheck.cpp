@@ -108,6 +108,10 @@ private:
             const auto known = rule.fields.find(name);
             if (known != rule.fields.end()) {
                 Check(*known->second, value, FieldPointer(pointer, name));
+            } else if (const auto former = rule.formerNames.find(name);
+                       former != rule.formerNames.end()) {
+                Add(FieldPointer(pointer, name),
+                    "is the former name of " + Quoted(former->second) + ", which is also given");
             } else if (!rule.takesOtherFields) {
                 std::vector<std::string> names;
                 for (const auto& [field, ignored] : rule.fields) names.push_back(field);
@@ -190,6 +194,29 @@ bool FitsType(const JsonRule& rule, const json& value) {
            std::any_of(rule.types.begin(), rule.types.end(), [&value](const std::string& type) {
                return IsOfType(type, value);
            });
+}
+
+void RenameFormerFields(const JsonRule& rule, json& value) {
+    if (!value.is_structured()) return;
+    for (const auto* alternatives : {&rule.anyOf, &rule.oneOf})
+        for (const JsonRule* alternative : *alternatives) RenameFormerFields(*alternative, value);
+    if (value.is_array() && rule.items != nullptr)
+        for (json& item : value) RenameFormerFields(*rule.items, item);
+    if (!value.is_object()) return;
+    for (const auto& [former, current] : rule.formerNames) {
+        const auto found = value.find(former);
+        if (found == value.end() || value.contains(current)) continue;
+        json field = std::move(*found);
+        value.erase(found);
+        value[current] = std::move(field);
+    }
+    for (auto& [name, field] : value.items()) {
+        const auto known = rule.fields.find(name);
+        if (known != rule.fields.end())
+            RenameFormerFields(*known->second, field);
+        else if (rule.otherFields != nullptr)
+            RenameFormerFields(*rule.otherFields, field);
+    }
 }
 
 void CheckValue(const JsonRule& rule,

@@ -27,6 +27,8 @@ struct JsonRule {
     const JsonRule* items = nullptr;
     std::size_t minItems = 0, maxItems = unlimited;
     std::map<std::string, const JsonRule*> fields;
+    /// Maps the former name of a field to its current name.
+    std::map<std::string, std::string> formerNames;
     std::vector<std::string> required;
     std::size_t maxFields = unlimited;
     bool takesOtherFields = true;
@@ -42,6 +44,11 @@ void CheckValue(const JsonRule& rule,
                 const std::string& pointer,
                 std::size_t maxFaults,
                 std::vector<JsonFault>& faults);
+
+/// Renames the fields of a value, at any depth, that have a former name. If
+/// an object has both the former and the current name, neither is renamed, and CheckValue reports
+/// it.
+void RenameFormerFields(const JsonRule& rule, nlohmann::json& value);
 
 /// Returns whether the value has one of the rule's types.
 bool FitsType(const JsonRule& rule, const nlohmann::json& value);

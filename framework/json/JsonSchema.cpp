@@ -53,7 +53,7 @@ private:
     }
 
     static bool IsAnnotation(const std::string& keyword) {
-        for (const char* known : {"$schema", "title", "description", "definitions"})
+        for (const char* known : {"$schema", "title", "description", "definitions", "formerName"})
             if (keyword == known) return true;
         return false;
     }
@@ -93,7 +93,11 @@ private:
 
     bool FillObject(JsonRule& rule, const std::string& keyword, const nlohmann::json& given) {
         if (keyword == "properties") {
-            for (const auto& [name, field] : given.items()) rule.fields[name] = Rule(field);
+            for (const auto& [name, field] : given.items()) {
+                rule.fields[name] = Rule(field);
+                if (field.contains("formerName"))
+                    rule.formerNames[field.at("formerName").get<std::string>()] = name;
+            }
         } else if (keyword == "required") {
             rule.required = given.get<std::vector<std::string>>();
         } else if (keyword == "maxProperties") {
@@ -128,11 +132,16 @@ std::vector<JsonFault> JsonSchema::Check(const nlohmann::json& document,
     return faults;
 }
 
+void JsonSchema::RenameFormerFields(nlohmann::json& document) const {
+    trovik::RenameFormerFields(*root, document);
+}
+
 nlohmann::json ParseAgainst(const JsonSchema& schema,
                             const std::string& text,
                             const std::string& name,
                             std::vector<JsonFault>* faults) {
     nlohmann::json document = ParseDocument(text, name, faults);
+    schema.RenameFormerFields(document);
     if (faults == nullptr) {
         const std::vector<JsonFault> first = schema.Check(document, 1);
         if (!first.empty()) throw HostError(FaultMessage(name, first.front()));

@@ -21,8 +21,9 @@ struct JsonRule;
 /// (one schema for all), minItems, maxItems, minLength (bytes), minimum, maximum, exclusiveMinimum,
 /// exclusiveMaximum, anyOf, oneOf, $ref to "#/definitions/…", and the annotations $schema, title
 /// and description. As an extension of draft 7, "entryName" is the noun that messages about unknown
-/// fields of an object use, such as "setting". "integer" accepts only numbers that are written
-/// without a fraction or an exponent.
+/// fields of an object use, such as "setting", and "formerName" in the schema of a field is a name
+/// that RenameFormerFields replaces by the field's current name. "integer" accepts only numbers
+/// that are written without a fraction or an exponent.
 ///
 /// Messages have the form "expected ACCEPTED VALUES, got VALUE". Immutable after construction;
 /// thread-safe.
@@ -42,6 +43,10 @@ public:
         const nlohmann::json& document,
         std::size_t maxFaults = std::numeric_limits<std::size_t>::max()) const;
 
+    /// Gives fields with a former name their current name, at any depth. Messages about the
+    /// document then use the current names.
+    void RenameFormerFields(nlohmann::json& document) const;
+
 private:
     class Compiler;
 
@@ -49,7 +54,7 @@ private:
     const JsonRule* root = nullptr;
 };
 
-/// Parses a document, checks it and removes its comments.
+/// Parses a document, renames fields that have a former name, checks it and removes its comments.
 /// \param faults  receives the faults, up to a limit; if null, the first fault is thrown. Syntax
 /// errors are always thrown.
 /// \throw HostError with `name`.

@@ -48,6 +48,9 @@ struct CommandTraits {
     bool isFirst = false;
     HistoryUse history = HistoryUse::None;
     std::vector<CommandInput> inputs = {};
+    /// The name in traces, if it differs from `name`, because the trace format never changes; null
+    /// if it is the same.
+    const char* traceName = nullptr;
 };
 
 /// A command with its parameters as JSON: one row of the command table.

@@ -18,7 +18,7 @@
 ///
 ///     template <typename Visitor> void Fields(Visitor& visit) {
 ///         visit("radius", radius);
-///         visit("soft", soft);
+///         visit("softness", softness);
 ///     }
 ///
 /// and this function is used to read and write it, and to describe it for the schema test. A field

@@ -52,8 +52,8 @@ void CommandRunner::Do(const nlohmann::json& step) {
     RemoveComments(clean);
     // The step contained only a comment.
     if (clean.is_object() && clean.empty()) return;
-    CheckStep(clean, name);
-    Do(FieldReader(clean, name, ""));
+    const nlohmann::json current = CheckedStep(clean, name);
+    Do(FieldReader(current, name, ""));
     ReportProblems();
 }
 
@@ -86,7 +86,9 @@ void CommandRunner::Do(const FieldReader& step) {
 
 void CommandRunner::Run(const FieldReader& step) {
     ForEachCommand(step, [&](const CommandEntry& entry, const FieldReader& parameters) {
-        context.document.AnnounceCommand(entry.traits.name);
+        const CommandTraits& traits = entry.traits;
+        context.document.AnnounceCommand(traits.traceName != nullptr ? traits.traceName
+                                                                     : traits.name);
         entry.run(context, parameters);
     });
 }

@@ -60,7 +60,7 @@ public:
     void Run() {
         CheckStamps();
         const std::size_t first = ChooseStart();
-        const nlohmann::json script = Checked(first);
+        const nlohmann::json setup = CheckSteps(first);
         ScriptProgress quiet;
         quiet.job = options.progress.job;
         // Journals from versions that did not confine scripts to an output folder contain no such
@@ -69,7 +69,7 @@ public:
         work.runner = std::make_unique<ScriptRunner>(
             content.base.script, output.empty() ? "." : output, quiet);
         work.runner->AllowOutside(output.empty() || content.base.outsideAllowed);
-        work.runner->Open(script);
+        work.runner->Open(setup);
         for (const nlohmann::json& carried : content.base.carried) work.runner->Do(carried, 0);
         work.runner->GetDocument().SetInputListener(&counter);
         isListening = true;
@@ -133,15 +133,20 @@ private:
         return save.stepsBefore;
     }
 
-    /// The steps as one script, checked against the schema.
-    nlohmann::json Checked(std::size_t first) const {
+    /// Checks the steps as one script and gives their fields the current names. \return the script.
+    nlohmann::json CheckSteps(std::size_t first) {
         nlohmann::json script = content.base.setup;
         script["steps"] = nlohmann::json::array();
         for (const nlohmann::json& carried : content.base.carried)
             script["steps"].push_back(carried);
         for (std::size_t i = first; i < content.steps.size(); ++i)
             if (!content.steps[i].step.is_null()) script["steps"].push_back(content.steps[i].step);
-        return ParseStrokeScript(script.dump(), path);
+        script = ParseStrokeScript(script.dump(), path);
+        auto checked = script.at("steps").begin();
+        for (nlohmann::json& carried : content.base.carried) carried = *checked++;
+        for (std::size_t i = first; i < content.steps.size(); ++i)
+            if (!content.steps[i].step.is_null()) content.steps[i].step = *checked++;
+        return script;
     }
 
     void RedoStep(std::size_t number) {

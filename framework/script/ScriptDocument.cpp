@@ -23,12 +23,13 @@ nlohmann::json ParseStrokeScript(const std::string& text, const std::string& nam
     return ParseAgainst(Schema(), text, name);
 }
 
-void CheckStep(const nlohmann::json& step, const std::string& name) {
+nlohmann::json CheckedStep(const nlohmann::json& step, const std::string& name) {
     nlohmann::json script = nlohmann::json::object();
     script["steps"] = nlohmann::json::array();
     script["steps"].push_back(step);
+    Schema().RenameFormerFields(script);
     const std::vector<JsonFault> faults = Schema().Check(script, 1);
-    if (faults.empty()) return;
+    if (faults.empty()) return std::move(script["steps"][0]);
     const std::string root = "/steps/0";
     throw HostError(
         FaultMessage(name, {faults.front().pointer.substr(root.size()), faults.front().reason}));

@@ -26,8 +26,8 @@ TROVIK_API nlohmann::json ReadStrokeScript(const std::string& path,
 /// Parses and checks a script in memory; `name` replaces the file in messages.
 TROVIK_API nlohmann::json ParseStrokeScript(const std::string& text, const std::string& name);
 
-/// Checks one step from which comments have been removed.
-/// \throw HostError with the pointer within the step.
-TROVIK_API void CheckStep(const nlohmann::json& step, const std::string& name);
+/// Checks one step from which comments have been removed. \return the step with the current names
+/// of all fields. \throw HostError with the pointer within the step.
+TROVIK_API nlohmann::json CheckedStep(const nlohmann::json& step, const std::string& name);
 
 }  // namespace trovik

@@ -83,7 +83,7 @@ protected:
 
 constexpr const char* settingsOfPens[] = {
     "{}",
-    R"({"smoothing": 0.05, "steady": 0.03, "randomSize": 0.5})",
+    R"({"smoothing": 0.05, "stabiliser": 0.03, "randomSize": 0.5})",
     R"({"smoothing": false, "airbrush": 40, "sizeCurve": [[0, 0.3], [1, 1]]})"};
 
 TEST_F(DocumentStrokeTest, InteractiveStrokesHaveLessLag) {

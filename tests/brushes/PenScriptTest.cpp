@@ -82,13 +82,13 @@ TEST_F(PenScript, PenStrokesAreSmoothedByTheToolAndScriptPointsAreNot) {
     // 0.0625 of 600 pixels.
     EXPECT_EQ(Run(Stroke(std::string(pen) + R"(, "path": {"smoothing": 37.5})")), smooth);
     const std::size_t exact = Run(Stroke(pointer));
-    EXPECT_EQ(Run(Set(R"("smoothing": 0.3, "steady": 0.1)") + Stroke(pointer)), exact);
+    EXPECT_EQ(Run(Set(R"("smoothing": 0.3, "stabiliser": 0.1)") + Stroke(pointer)), exact);
 }
 
 TEST_F(PenScript, StabiliserOfTheToolEqualsThatOfThePath) {
-    const std::size_t held = Run(Set(R"("steady": 0.1)") + Stroke(pen));
+    const std::size_t held = Run(Set(R"("stabiliser": 0.1)") + Stroke(pen));
     EXPECT_NE(held, Run(Stroke(pen)));
-    EXPECT_EQ(Run(Stroke(std::string(pen) + R"(, "path": {"steady": 60})")), held);
+    EXPECT_EQ(Run(Stroke(std::string(pen) + R"(, "path": {"stabiliser": 60})")), held);
 }
 
 TEST_F(PenScript, FilterIsOnByDefault) {
@@ -115,7 +115,7 @@ TEST_F(PenScript, EmptyPathMeasuresArcLengthAroundCorners) {
     EXPECT_EQ(DabsOf(Stroke(surface + "}")), 29u);
     // The brush moves 0.5 until the stabiliser's cord is perpendicular to the new direction, then L
     // ln cosh(d / L) along the tractrix: 1.064 in total.
-    EXPECT_EQ(DabsOf(Stroke(surface + R"("steady": 0.2071068})")), 22u);
+    EXPECT_EQ(DabsOf(Stroke(surface + R"("stabiliser": 0.2071068})")), 22u);
     EXPECT_EQ(DabsOf(Stroke(surface + R"("snap": {"curve": [[-1, 0, 0], [1, 0, 0]],
                                                   "distance": 2}})")),
               21u);
@@ -165,7 +165,7 @@ TEST_F(PenScript, TiltMakesDabsLarger) {
     const std::string leaning = R"("pen": [[300, 300, 0.5, 0, 0.3, 0.4]])";
     const std::string upright = R"("pen": [[300, 300, 0.5, 0, 0, 0]])";
     EXPECT_EQ(Run(Stroke(leaning)), Run(Stroke(upright)));
-    const std::string tilt = Set(R"("tilt": {"size": 0.5, "strength": 0.2, "turn": true})");
+    const std::string tilt = Set(R"("tilt": {"size": 0.5, "strength": 0.2, "rotate": true})");
     EXPECT_NE(Run(tilt + Stroke(leaning)), Run(tilt + Stroke(upright)));
     EXPECT_EQ(Run(tilt + Stroke(upright)), Run(Stroke(upright)));
 }
@@ -205,7 +205,7 @@ TEST_F(PenScript, ErrorsNameTheLocation) {
 
 TEST_F(PenScript, OverlongPathsAreRefusedNamingTheSample) {
     const std::string fine = R"(the maximum for a stroke is 10000000)";
-    for (const char* path : {"", R"(, "path": {})", R"(, "path": {"steady": 60})"}) {
+    for (const char* path : {"", R"(, "path": {})", R"(, "path": {"stabiliser": 60})"}) {
         SCOPED_TRACE(path);
         const auto error = [&](const std::string& samples) {
             return ErrorOf(Stroke(samples + path));
@@ -231,7 +231,7 @@ TEST_F(PenScript, OverlongPathsAreRefusedNamingTheSample) {
     EXPECT_THAT(ErrorOf(Stroke(R"("pen": "far.json")")),
                 HasSubstr("/steps/1/stroke/pen: sample 1: [0, 1e+30] is more than"));
     // Path shapes have their own step length.
-    for (const char* path : {R"({"steady": 1e-6})",
+    for (const char* path : {R"({"stabiliser": 1e-6})",
                              R"({"smoothing": 1e-6})",
                              R"({"snap": {"curve": [[0, 0], [9, 9]], "distance": 1e-6}})"}) {
         SCOPED_TRACE(path);
@@ -275,7 +275,7 @@ TEST_F(PenScript, WalksWithoutDabsCanBeCancelled) {
         const char* stroke :
         {R"("pointer": [[-9, 0], [-9, 4e6]])",
          R"("pointer": [[-9, 0], [-9, 4e6]], "path": {})",
-         R"("pointer": [[-9, 0], [-9, 4e6]], "path": {"steady": 13})",
+         R"("pointer": [[-9, 0], [-9, 4e6]], "path": {"stabiliser": 13})",
          R"("pen": [[-9, 0, 1, 0], [-9, 4e6, 1, 900]])",
          R"("pointer": [[-9, 0], [-9, 4e6]], "path": {"snap": {"distance": 13, "curve": [[1, 1], [2, 2]]}})"}) {
         SCOPED_TRACE(stroke);

@@ -12,9 +12,9 @@ constexpr const char* sculptScript =
         {"tool": "Sculpt", "set": {"radius": 0.5, "strength": 40}},
         {"stroke": {"surface": [[0.2, 0.1, 1], [0.6, 0.3, 1]]}},
         {"tool": "Flatten"}, {"stroke": {"surface": [[0.4, 0.2, 1]]}},
-        {"freeze": {"center": [0, 0, 1], "radius": 0.3}},
+        {"mask": {"center": [0, 0, 1], "radius": 0.3}},
         {"tool": "Smooth"}, {"stroke": {"modifier": "none", "surface": [[0.4, 0.2, 1]]}},
-        {"picture": {"file": "p.png", "width": 64, "height": 48, "samples": 1}},
+        {"render": {"file": "p.png", "width": 64, "height": 48, "samples": 1}},
         {"export": {"file": "OUT.ply"}}]})";
 
 TEST_F(Command, SculptsAndWritesTheFilesOfTheScript) {

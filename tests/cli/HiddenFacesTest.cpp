@@ -22,7 +22,7 @@ TEST_F(HiddenFacesCommand, AreKeptInScenesAndLeftOutOnRequest) {
     WriteFile("hide.json",
               R"({"mesh": "cube.obj", "levels": 2, "steps": [
                   {"hide": {"faces": [[0, 16]]}},
-                  {"picture": {"file": "part.png", "width": 64, "height": 64, "samples": 1}},
+                  {"render": {"file": "part.png", "width": 64, "height": 64, "samples": 1}},
                   {"export": {"file": "part.ply", "hidden": false}},
                   {"save": "cube.trovik"}]})");
     const Outcome outcome = Run("sculpt hide.json -q");
@@ -47,7 +47,7 @@ TEST_F(HiddenFacesCommand, AreKeptInScenesAndLeftOutOnRequest) {
 TEST_F(HiddenFacesCommand, AreRecoveredFromAJournal) {
     WriteFile("hide.json",
               R"({"mesh": "cube.obj", "levels": 2, "steps": [
-                  {"freeze": {"min": [-9, -9, -9], "max": [0, 9, 9], "amount": 0.5}},
+                  {"mask": {"min": [-9, -9, -9], "max": [0, 9, 9], "amount": 0.5}},
                   {"hide": {"mask": 0.5, "grow": 1}},
                   {"tool": "Sculpt", "set": {"radius": 0.8}},
                   {"stroke": {"surface": [[0.9, 0, 0], [0.5, 0.5, 1]]}},

@@ -107,7 +107,7 @@ TEST_F(Limits, SculptSucceedsOrFailsWithOneLineInAnyAddressSpace) {
         {"undo": 1}, {"redo": 1},
         {"level": 2},
         {"export": {"file": "other.glb"}},
-        {"picture": {"file": "other.png", "width": 32, "height": 24, "samples": 1}},
+        {"render": {"file": "other.png", "width": 32, "height": 24, "samples": 1}},
         {"save": "out.trovik"}]})");
     ExpectSuccessOrOneLineAtEveryLimit("sculpt spot.json -q", "out.trovik");
 }

@@ -30,11 +30,11 @@ TEST_F(OutputFolder, IsSearchedByTheNextScript) {
     WriteFile("scripts/first.json", R"({"mesh": "sheet.obj", "levels": 3, "steps": [
         {"stroke": {"surface": [[0.4, 0.4, 0]]}}, {"export": {"file": "parts/a.ply"}},
         {"bake": {"file": "d.exr", "size": 32}}, {"bake": {"file": "t.<UDIM>.exr", "size": 32}},
-        {"picture": {"file": "p.png", "width": 32, "height": 32, "samples": 1}},
+        {"render": {"file": "p.png", "width": 32, "height": 32, "samples": 1}},
         {"save": "a.trovik"}]})");
     WriteFile("scripts/second.json", R"({"scene": "a.trovik", "steps": [
         {"displace": {"file": "d.exr"}}, {"displace": {"file": "t.<UDIM>.exr"}},
-        {"freeze": {"image": {"file": "p.png"}}},
+        {"mask": {"image": {"file": "p.png"}}},
         {"tool": "Sculpt", "set": {"stamp": "p.png"}}, {"set": {"stamp": {"path": "p.png"}}},
         {"stroke": {"pen": "pen.json"}}]})");
     WriteFile("scripts/third.json", R"({"mesh": "parts/a.ply", "steps": []})");
@@ -104,20 +104,20 @@ TEST_F(OutputFolder, WritingOutsideNeedsPermission) {
     EXPECT_THAT(ErrorOf(R"({"bake": {"file": "m.<UDIM>.exr"}})"),
                 HasSubstr("/steps/0/bake/file: \"m.<UDIM>.exr\" is next to m.1001.exr"));
     for (const char* step : {R"({"save": "../a.trovik"})",
-                             R"({"picture": {"file": "../a.png"}})",
-                             R"({"picture": {"keep": "a"}}, {"sheet": {"file": "../a.png",
-                                 "pictures": ["a"]}})"})
+                             R"({"render": {"file": "../a.png"}})",
+                             R"({"render": {"keep": "a"}}, {"contactSheet": {"file": "../a.png",
+                                 "renders": ["a"]}})"})
         EXPECT_THAT(ErrorOf(step), HasSubstr("leads out of the output folder")) << step;
 }
 
 TEST_F(OutputFolder, TurntableFramesAreNotWrittenOutside) {
-    const std::string turntable = R"({"picture": {"file": "spin.png", "frames": 3, "width": 16,
+    const std::string turntable = R"({"render": {"file": "spin.png", "frames": 3, "width": 16,
         "height": 16, "samples": 1}})";
     fs::create_directories(folder / "out");
     WriteFile("other.png", "of somebody");
     fs::create_symlink(folder / "other.png", folder / "out/spin_0003.png");
     const std::string refusal =
-        "/steps/0/picture/file: \"spin_0003.png\" leads through a symbolic link out of the output "
+        "/steps/0/render/file: \"spin_0003.png\" leads through a symbolic link out of the output "
         "folder";
     EXPECT_THAT(ErrorOf(turntable), HasSubstr(refusal));
     EXPECT_FALSE(fs::exists(folder / "out/spin_0001.png"))
@@ -136,7 +136,7 @@ TEST_F(OutputFolder, TurntableFramesAreNotWrittenOutside) {
     WriteFile("sheet.obj", sheet);
     WriteFile("t.json",
               R"({"mesh": "sheet.obj", "steps": [)" + turntable +
-                  R"(, {"freeze": {"image": {"file": "spin_0002.png"}}}]})");
+                  R"(, {"mask": {"image": {"file": "spin_0002.png"}}}]})");
     EXPECT_EQ(Run("sculpt -q --check t.json -o out").error, "");
     EXPECT_EQ(Run("sculpt -q t.json -o out").error, "");
 }

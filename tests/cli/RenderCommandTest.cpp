@@ -118,13 +118,13 @@ TEST_F(RenderCommand, RefusesIncompatibleOptions) {
 
 TEST_F(RenderCommand, ScriptStepsAcceptTheSameFields) {
     WriteFile("s.json", R"({"mesh": "cube.obj", "levels": 1, "steps": [
-        {"picture": {"file": "clay.png", "width": 40, "height": 30, "samples": 1}},
-        {"picture": {"file": "cut.png", "width": 40, "height": 30, "samples": 1,
+        {"render": {"file": "clay.png", "width": 40, "height": 30, "samples": 1}},
+        {"render": {"file": "cut.png", "width": 40, "height": 30, "samples": 1,
                      "matcap": "bronze", "transparent": true}},
-        {"picture": {"file": "spin.png", "width": 40, "height": 30, "samples": 1, "frames": 2,
+        {"render": {"file": "spin.png", "width": 40, "height": 30, "samples": 1, "frames": 2,
                      "shading": "cavity", "camera": {"from": [1, 0, 0], "up": [0, 0, 1]}}},
         {"stroke": {"surface": [[0.2, 0.1, 1]]}},
-        {"picture": {"file": "both.png", "width": 40, "height": 30, "samples": 1,
+        {"render": {"file": "both.png", "width": 40, "height": 30, "samples": 1,
                      "shading": "cavity", "beforeAfter": true, "frames": 2}}]})");
     const Outcome outcome = Run("sculpt s.json --json -q");
     ASSERT_EQ(outcome.status, 0) << outcome.error;
@@ -142,19 +142,19 @@ TEST_F(RenderCommand, ScriptStepsAcceptTheSameFields) {
 
 TEST_F(RenderCommand, ScriptStepsRefuseIncompatibleFields) {
     const auto expectError = [this](const std::string& fields, const std::string& reason) {
-        ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"picture": {)" + fields + "}}]}",
+        ExpectScriptError(R"({"mesh": "cube.obj", "steps": [{"render": {)" + fields + "}}]}",
                           reason);
     };
     expectError(R"("file": "a.png", "shading": "flat", "matcap": "wax")",
                 "a matcap requires the shading mode \"matcap\"");
     expectError(R"("file": "a.jpg", "transparent": true)",
-                "/steps/0/picture/file: cannot write a transparent render to a.jpg");
+                "/steps/0/render/file: cannot write a transparent render to a.jpg");
     expectError(
         R"("file": "a.png", "keep": "a", "frames": 3)",
-        "/steps/0/picture/keep: the frames of a turntable cannot be kept, only written to files");
+        "/steps/0/render/keep: the frames of a turntable cannot be kept, only written to files");
     expectError(R"("file": "a.png", "shading": "uv")", "the mesh has no texture coordinates");
     expectError(R"("file": "a.png", "camera": {"from": [0, 0, 1], "up": [0, 0, 0]})",
-                "/steps/0/picture/camera/up: the direction must not be zero");
+                "/steps/0/render/camera/up: the direction must not be zero");
 }
 
 }  // namespace

@@ -76,9 +76,9 @@ TEST_F(RenderLimits, CoordinatesOutOfRangeAreRefusedWithOneLine) {
     EXPECT_EQ(edge.status, 1);
     EXPECT_EQ(edge.error.rfind("trovik: cannot render: the eye of the camera is at (", 0), 0u)
         << edge.error;
-    ExpectScriptError(R"({"mesh": "edge.obj", "steps": [{"picture": {"file": "edge.png",
+    ExpectScriptError(R"({"mesh": "edge.obj", "steps": [{"render": {"file": "edge.png",
                           "width": 32, "height": 24, "camera": {"from": [0, 0, 1]}}}]})",
-                      "/steps/0/picture: cannot render: the eye of the camera is at (");
+                      "/steps/0/render: cannot render: the eye of the camera is at (");
 }
 
 }  // namespace

@@ -52,7 +52,7 @@ TEST_F(StepReport, StrokeThatMissesTheMeshIsAWarning) {
                   1,
                   reason);
     // Each step has only one line, even if there are several reasons for a warning.
-    const Outcome two = Sculpt(R"({"stroke": {"pointer": [[1, 1]]}}, {"freeze": "clear"},
+    const Outcome two = Sculpt(R"({"stroke": {"pointer": [[1, 1]]}}, {"mask": "clear"},
                                   {"stroke": {"pointer": [[1, 1]]}})");
     EXPECT_EQ(
         two.error,
@@ -66,9 +66,9 @@ TEST_F(StepReport, PointsFarFromTheSurfaceAreAWarning) {
     ExpectWarning(R"({"stroke": {"surface": [[0, 0, 6]]}})",
                   0,
                   "stroke/surface is 5.15 away from the surface");
-    ExpectWarning(R"({"freeze": {"shell": {"surface": [0, 8, 0]}}})",
+    ExpectWarning(R"({"mask": {"component": {"surface": [0, 8, 0]}}})",
                   0,
-                  "freeze/shell/surface is 7.15 away from the surface");
+                  "mask/component/surface is 7.15 away from the surface");
     // A point within the brush radius is near enough.
     EXPECT_EQ(Sculpt(R"({"set": {"radius": 3}}, {"stroke": {"surface": [[0, 0, 3.5]]}})").error,
               "");
@@ -77,19 +77,19 @@ TEST_F(StepReport, PointsFarFromTheSurfaceAreAWarning) {
 
 TEST_F(StepReport, FreezingThatSelectsNothingIsAWarning) {
     const std::string reason = "no vertex is selected";
-    ExpectWarning(R"({"freeze": {"center": [9, 9, 9], "radius": 1}})", 0, reason);
-    ExpectWarning(R"({"freeze": {"box": [0, 0, 2, 2]}})", 0, reason);
-    ExpectWarning(R"({"freeze": {"all": true, "amount": 0}})", 0, reason);
+    ExpectWarning(R"({"mask": {"center": [9, 9, 9], "radius": 1}})", 0, reason);
+    ExpectWarning(R"({"mask": {"box": [0, 0, 2, 2]}})", 0, reason);
+    ExpectWarning(R"({"mask": {"all": true, "amount": 0}})", 0, reason);
     ExpectWarning(
-        R"({"freeze": {"grow": 2}})", 0, "no vertex is frozen, so there is nothing to grow");
-    EXPECT_EQ(Sculpt(R"({"freeze": "clear"}, {"freeze": {"center": [0, 0, 1], "radius": 1}},
-                        {"freeze": {"grow": 1}}, {"freeze": "invert"})")
+        R"({"mask": {"grow": 2}})", 0, "no vertex is frozen, so there is nothing to grow");
+    EXPECT_EQ(Sculpt(R"({"mask": "clear"}, {"mask": {"center": [0, 0, 1], "radius": 1}},
+                        {"mask": {"grow": 1}}, {"mask": "invert"})")
                   .error,
               "");
 }
 
 TEST_F(StepReport, StrokeWithoutEffectIsAWarning) {
-    const std::string frozen = R"({"freeze": "all"}, )";
+    const std::string frozen = R"({"mask": "all"}, )";
     ExpectWarning(frozen + stroke, 1, "the stroke moved no vertex");
     ExpectWarning(
         frozen + R"({"stroke": {"wholeMesh": {"strength": 1}}})", 1, "the stroke moved no vertex");
@@ -108,14 +108,14 @@ TEST_F(StepReport, StrokeWithoutEffectIsAWarning) {
 }
 
 TEST_F(StepReport, StrictEndsTheRunAtTheFirstWarning) {
-    const std::string steps = R"({"export": {"file": "one.obj"}}, {"freeze": {"grow": 1}},
+    const std::string steps = R"({"export": {"file": "one.obj"}}, {"mask": {"grow": 1}},
                                  {"export": {"file": "two.obj"}})";
     EXPECT_EQ(Sculpt(steps, "-q --strict").status, 1);
     EXPECT_TRUE(fs::exists(folder / "one.obj"));
     EXPECT_FALSE(fs::exists(folder / "two.obj"));
     EXPECT_EQ(Sculpt(stroke, "-q --strict").status, 0);
     // If there is a trace, it contains the completed work.
-    EXPECT_EQ(Sculpt(std::string(stroke) + R"(, {"freeze": {"grow": 1}}, )" + stroke,
+    EXPECT_EQ(Sculpt(std::string(stroke) + R"(, {"mask": {"grow": 1}}, )" + stroke,
                      "-q --strict --trace t")
                   .status,
               1);

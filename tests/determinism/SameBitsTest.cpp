@@ -50,12 +50,12 @@ std::string ScriptText() {
                       "translate": [0.5, 0.25, -0.125]},
         "camera": {"from": [0.3, 0.2, 1], "width": 320, "height": 240},
         "steps": [{"layer": {"add": "relief", "strength": 0.75}},
-                  {"freeze": {"center": [0.5, 0.5, 0.5], "radius": 0.5, "soft": 0.5}})";
+                  {"mask": {"center": [0.5, 0.5, 0.5], "radius": 0.5, "softness": 0.5}})";
     int k = 0;
     for (const char* tool : toolNames) {
         script << ",\n{\"tool\": \"" << tool << R"(", "set": {"radius": 0.3, "strength": 35.5,
             "buildUpRate": 0.7, "stamp": false,
-            "facing": {"on": )"
+            "facing": {"enabled": )"
                << (k % 3 == 0 ? "true" : "false") << R"(, "start": 20.5, "range": 70}}},
             {"stroke": {"pointer": [[)"
                << 90 + 5 * k << R"(, 120, 0.3], [)" << 150 + 5 * k

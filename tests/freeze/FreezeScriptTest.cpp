@@ -63,21 +63,21 @@ protected:
 };
 
 TEST_F(FreezeScript, WordsAndRegionsAreStillAccepted) {
-    ExpectAmounts(R"({"freeze": "all"})", [](float, float) { return 127; });
-    ExpectAmounts(R"({"freeze": "all"}, {"freeze": "clear"}, {"freeze": "invert"})",
+    ExpectAmounts(R"({"mask": "all"})", [](float, float) { return 127; });
+    ExpectAmounts(R"({"mask": "all"}, {"mask": "clear"}, {"mask": "invert"})",
                   [](float, float) { return 127; });
-    ExpectAmounts(R"({"freeze": {"min": [0.01, -2, -1], "max": [2, 2, 1], "amount": 0.5}},
-                     {"freeze": {"min": [-2, -2, -1], "max": [2, 2, 1], "amount": 0.25}})",
+    ExpectAmounts(R"({"mask": {"min": [0.01, -2, -1], "max": [2, 2, 1], "amount": 0.5}},
+                     {"mask": {"min": [-2, -2, -1], "max": [2, 2, 1], "amount": 0.25}})",
                   [](float x, float) { return x > 0.01f ? 64 : 32; });
-    ExpectAmounts(R"({"freeze": {"center": [0, 0, 0], "radius": 0.61}})",
+    ExpectAmounts(R"({"mask": {"center": [0, 0, 0], "radius": 0.61}})",
                   [](float x, float y) { return std::hypot(x, y) <= 0.61f ? 127 : 0; });
 }
 
 TEST_F(FreezeScript, ModesAndAmountsBlend) {
-    const std::string half = R"({"freeze": {"all": true, "amount": 0.5}},)";
+    const std::string half = R"({"mask": {"all": true, "amount": 0.5}},)";
     const auto with = [&half](const std::string& mode) {
         return half +
-               R"({"freeze": {"min": [0.01, -2, -1], "max": [2, 2, 1], "amount": 0.25, "mode": ")" +
+               R"({"mask": {"min": [0.01, -2, -1], "max": [2, 2, 1], "amount": 0.25, "mode": ")" +
                mode + R"("}})";
     };
     const auto expect = [&](const std::string& mode, int inside, int outside) {
@@ -93,9 +93,9 @@ TEST_F(FreezeScript, ModesAndAmountsBlend) {
 TEST_F(FreezeScript, BoxLassoAndImageAreProjectedByTheCamera) {
     // No vertex is at x = 0.05.
     const auto right = [](float x, float) { return x > 0.05f ? 127 : 0; };
-    ExpectAmounts(R"({"freeze": {"box": [205, 0, 400, 400]}})", right);
-    ExpectAmounts(R"({"freeze": {"lasso": [[205, 0], [400, 0], [400, 400], [205, 400]]}})", right);
-    ExpectAmounts(R"({"freeze": {"lasso": [[205, 0], [400, 0], [400, 400], [205, 400]],
+    ExpectAmounts(R"({"mask": {"box": [205, 0, 400, 400]}})", right);
+    ExpectAmounts(R"({"mask": {"lasso": [[205, 0], [400, 0], [400, 400], [205, 400]]}})", right);
+    ExpectAmounts(R"({"mask": {"lasso": [[205, 0], [400, 0], [400, 400], [205, 400]],
                                  "reach": "through", "amount": 0.5}})",
                   [](float x, float) { return x > 0.05f ? 64 : 0; });
 
@@ -107,12 +107,12 @@ TEST_F(FreezeScript, BoxLassoAndImageAreProjectedByTheCamera) {
     WriteFloatImageFile(folder.Path("mask.tif"), image);
     // The distance between the pixel centres is the width of the mesh, so the mask is linear
     // between -1 and 1.
-    ExpectAmounts(R"({"freeze": {"image": {"file": "mask.tif", "over": [0, 0, 400, 400]}}})",
+    ExpectAmounts(R"({"mask": {"image": {"file": "mask.tif", "over": [0, 0, 400, 400]}}})",
                   [](float x, float) {
                       const float share = std::clamp((x + 1.0f) * 0.5f, 0.0f, 1.0f);
                       return static_cast<int>((0.25f + 0.75f * share) * 127.0f + 0.5f);
                   });
-    ExpectAmounts(R"({"freeze": {"image": {"file": "mask.tif", "channel": "alpha",
+    ExpectAmounts(R"({"mask": {"image": {"file": "mask.tif", "channel": "alpha",
                                            "invert": true}, "mode": "replace"}})",
                   [](float x, float) {
                       const float share = std::clamp((x + 1.0f) * 0.5f, 0.0f, 1.0f);
@@ -127,8 +127,8 @@ TEST_F(FreezeScript, ReachSelectsTheSidesOfAClosedShape) {
         "f 1 4 3 2\nf 5 6 7 8\nf 1 2 6 5\nf 2 3 7 6\nf 3 4 8 7\nf 4 1 5 8\n");
     for (const auto& [reach, side] :
          {std::pair{"visible", 0.3f}, {"facing", 0.3f}, {"through", -2.0f}}) {
-        const auto document = Run(
-            std::string(R"({"freeze": {"box": [0, 0, 400, 400], "reach": ")") + reach + R"("}})");
+        const auto document =
+            Run(std::string(R"({"mask": {"box": [0, 0, 400, 400], "reach": ")") + reach + R"("}})");
         LevelMesh& level = *document->Geometry().Bound();
         for (uint32_t v = 0; v < level.VertexCount(); ++v) {
             const float z = level.Position(v).z;
@@ -143,47 +143,47 @@ TEST_F(FreezeScript, ReachSelectsTheSidesOfAClosedShape) {
 }
 
 TEST_F(FreezeScript, GroupsAndConnectedComponentsAreParts) {
-    ExpectAmounts(R"({"freeze": {"group": "right"}})",
+    ExpectAmounts(R"({"mask": {"group": "right"}})",
                   [](float x, float) { return x >= -1e-6f ? 127 : 0; });
     EXPECT_THAT(
-        ErrorOf(R"({"freeze": {"group": "top"}})"),
-        HasSubstr("/steps/0/freeze/group: the mesh has no group \"top\"; there are left, right"));
+        ErrorOf(R"({"mask": {"group": "top"}})"),
+        HasSubstr("/steps/0/mask/group: the mesh has no group \"top\"; there are left, right"));
     folder.Fill("quad.obj",
                 "v -1 -1 0\nv 0 -1 0\nv 0 1 0\nv -1 1 0\nv 0.1 -1 0\nv 1 -1 0\nv 1 1 0\nv 0.1 1 0\n"
                 "f 1 2 3 4\nf 5 6 7 8\n");
     const auto right = [](float x, float) { return x > 0.05f ? 127 : 0; };
-    ExpectAmounts(R"({"freeze": {"shell": {"vertex": 4}}})", right);
-    ExpectAmounts(R"({"freeze": {"shell": {"surface": [0.7, 0, 1]}}})", right);
-    ExpectAmounts(R"({"freeze": {"shell": {"pointer": [260, 190]}}})", right);
-    EXPECT_THAT(ErrorOf(R"({"freeze": {"shell": {"pointer": [5, 5]}}})"),
-                HasSubstr("/steps/0/freeze/shell: there is no surface"));
-    EXPECT_THAT(ErrorOf(R"({"freeze": {"shell": {"vertex": 100000}}})"),
+    ExpectAmounts(R"({"mask": {"component": {"vertex": 4}}})", right);
+    ExpectAmounts(R"({"mask": {"component": {"surface": [0.7, 0, 1]}}})", right);
+    ExpectAmounts(R"({"mask": {"component": {"pointer": [260, 190]}}})", right);
+    EXPECT_THAT(ErrorOf(R"({"mask": {"component": {"pointer": [5, 5]}}})"),
+                HasSubstr("/steps/0/mask/component: there is no surface"));
+    EXPECT_THAT(ErrorOf(R"({"mask": {"component": {"vertex": 100000}}})"),
                 HasSubstr("there is no vertex 100000"));
-    EXPECT_THAT(ErrorOf(R"({"freeze": {"shell": {}}})"),
-                HasSubstr("/steps/0/freeze/shell: needs one"));
+    EXPECT_THAT(ErrorOf(R"({"mask": {"component": {}}})"),
+                HasSubstr("/steps/0/mask/component: needs one"));
 }
 
 TEST_F(FreezeScript, FiltersChangeTheExistingMask) {
-    const std::string right = R"({"freeze": {"group": "right"}},)";
-    ExpectAmounts(right + R"({"freeze": {"grow": 2}})",
+    const std::string right = R"({"mask": {"group": "right"}},)";
+    ExpectAmounts(right + R"({"mask": {"grow": 2}})",
                   [](float x, float) { return x >= -0.2501f ? 127 : 0; });
-    ExpectAmounts(right + R"({"freeze": {"shrink": 1}})",
+    ExpectAmounts(right + R"({"mask": {"shrink": 1}})",
                   [](float x, float) { return x >= 0.1249f ? 127 : 0; });
-    ExpectAmounts(right + R"({"freeze": {"grow": 1, "amount": 0.5}})", [](float x, float) {
+    ExpectAmounts(right + R"({"mask": {"grow": 1, "amount": 0.5}})", [](float x, float) {
         return x >= -1e-6f ? 127 : x >= -0.1251f ? 64 : 0;
     });
-    ExpectAmounts(right + R"({"freeze": {"blur": 1}})", [](float x, float) {
+    ExpectAmounts(right + R"({"mask": {"blur": 1}})", [](float x, float) {
         // Each inner neighbour contributes 1/8. The two neighbours along y have the same amount as
         // the vertex, so the border of the group gets 1/2 + 1/4 + 1/8 = 7/8.
         if (x >= 0.1249f) return 127;
         if (x >= -1e-6f) return 111;
         return x >= -0.1251f ? 16 : 0;
     });
-    ExpectAmounts(right + R"({"freeze": {"blur": 3}}, {"undo": 1})",
+    ExpectAmounts(right + R"({"mask": {"blur": 3}}, {"undo": 1})",
                   [](float x, float) { return x >= -1e-6f ? 127 : 0; });
     // A blurred and sharpened mask is steeper than a blurred one.
-    const auto blurred = Amounts(right + R"({"freeze": {"blur": 6}})");
-    const auto sharp = Amounts(right + R"({"freeze": {"blur": 6}}, {"freeze": {"sharpen": 1}})");
+    const auto blurred = Amounts(right + R"({"mask": {"blur": 6}})");
+    const auto sharp = Amounts(right + R"({"mask": {"blur": 6}}, {"mask": {"sharpen": 1}})");
     uint32_t steeper = 0;
     for (std::size_t v = 0; v < blurred.size(); ++v) {
         const int way = std::abs(2 * sharp[v] - 127) - std::abs(2 * blurred[v] - 127);
@@ -203,7 +203,7 @@ TEST_F(FreezeScript, FreezeToolMakesStrokesLikeAnyOtherTool) {
                   [&dab](float x, float y) { return (dab(x, y) + 1) / 2; });
     ExpectAmounts(tool + R"({"mirror": ["x"]}, {"stroke": {"surface": [[0.5, 0, 0]]}})",
                   [&dab](float x, float y) { return dab(std::abs(x), y); });
-    ExpectAmounts(tool + R"({"freeze": "all"},
+    ExpectAmounts(tool + R"({"mask": "all"},
                             {"stroke": {"surface": [[0.5, 0, 0]], "modifier": "invert"}})",
                   [&dab](float x, float y) { return 127 - dab(x, y); });
     ExpectAmounts(tool + R"({"stroke": {"surface": [[0.5, 0, 0]], "open": true}},
@@ -233,7 +233,7 @@ TEST_F(FreezeScript, SculptingLeavesOnlyMaskedVerticesUnchanged) {
 }
 
 TEST_F(FreezeScript, MasksAreCarriedBetweenLevelsAndPendingOnesAreSaved) {
-    const std::string paint = R"({"level": 1}, {"freeze": {"group": "right"}},)";
+    const std::string paint = R"({"level": 1}, {"mask": {"group": "right"}},)";
     const auto carried = Amounts(paint + R"({"level": 3})");
     ASSERT_THAT(carried, testing::Contains(127));
     // The same with a saved scene in between.
@@ -253,22 +253,21 @@ TEST_F(FreezeScript, MasksAreCarriedBetweenLevelsAndPendingOnesAreSaved) {
 
 TEST_F(FreezeScript, RefusesInvalidArguments) {
     EXPECT_THAT(
-        ErrorOf(R"({"freeze": "most"})"),
-        HasSubstr("/steps/0/freeze: expected one of \"clear\", \"all\", \"invert\", got \"most\""));
-    EXPECT_THAT(ErrorOf(R"({"freeze": {"amount": 1}})"), HasSubstr("/steps/0/freeze: needs"));
-    EXPECT_THAT(ErrorOf(R"({"freeze": {"center": [0, 0, 0]}})"),
-                HasSubstr("/steps/0/freeze: needs"));
-    EXPECT_THAT(ErrorOf(R"({"freeze": {"grow": 1, "blur": 1}})"),
+        ErrorOf(R"({"mask": "most"})"),
+        HasSubstr("/steps/0/mask: expected one of \"clear\", \"all\", \"invert\", got \"most\""));
+    EXPECT_THAT(ErrorOf(R"({"mask": {"amount": 1}})"), HasSubstr("/steps/0/mask: needs"));
+    EXPECT_THAT(ErrorOf(R"({"mask": {"center": [0, 0, 0]}})"), HasSubstr("/steps/0/mask: needs"));
+    EXPECT_THAT(ErrorOf(R"({"mask": {"grow": 1, "blur": 1}})"),
                 HasSubstr("\"grow\" and \"blur\" cannot be combined"));
-    EXPECT_THAT(ErrorOf(R"({"freeze": {"cavity": {"from": 2, "to": 1}}})"),
-                HasSubstr("/steps/0/freeze/cavity/from: must not be greater than"));
-    EXPECT_THAT(ErrorOf(R"({"freeze": {"image": {"file": "no.png"}}})"),
-                HasSubstr("/steps/0/freeze/image/file: "));
-    EXPECT_THAT(ErrorOf(R"({"freeze": {"mode": "most", "all": true}})"), HasSubstr("mode"));
+    EXPECT_THAT(ErrorOf(R"({"mask": {"cavity": {"from": 2, "to": 1}}})"),
+                HasSubstr("/steps/0/mask/cavity/from: must not be greater than"));
+    EXPECT_THAT(ErrorOf(R"({"mask": {"image": {"file": "no.png"}}})"),
+                HasSubstr("/steps/0/mask/image/file: "));
+    EXPECT_THAT(ErrorOf(R"({"mask": {"mode": "most", "all": true}})"), HasSubstr("mode"));
     const std::string open =
         R"({"tool": "Freeze"}, {"stroke": {"surface": [[0, 0, 0]], "open": true}},)";
-    EXPECT_THAT(ErrorOf(open + R"({"freeze": "all"})"),
-                HasSubstr("/steps/2/freeze: a stroke of the freeze brush is open"));
+    EXPECT_THAT(ErrorOf(open + R"({"mask": "all"})"),
+                HasSubstr("/steps/2/mask: a stroke of the freeze brush is open"));
     EXPECT_THAT(ErrorOf(open + R"({"undo": 1})"), HasSubstr("a stroke is open"));
     EXPECT_THAT(ErrorOf(R"({"tool": "Freeze", "set": {"buildUpRate": 1}})"),
                 HasSubstr("/steps/0/set/buildUpRate: the brush has no setting builduprate"));
@@ -279,7 +278,7 @@ TEST_F(FreezeScript, CavitiesAreSelectedByCurvature) {
                 "v -1 -1 1\nv 0 -1 0\nv 1 -1 1\nv -1 1 1\nv 0 1 0\nv 1 1 1\n"
                 "f 1 2 5 4\nf 2 3 6 5\n");
     const auto near = [](const std::string& cavity) {
-        return R"({"freeze": {"cavity": )" + cavity + "}}";
+        return R"({"mask": {"cavity": )" + cavity + "}}";
     };
     // Seen along the normals, the fold at x = 0 is a valley.
     const auto document = Run(near(R"({"size": 0.5})"));

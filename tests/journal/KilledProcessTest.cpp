@@ -75,14 +75,14 @@ nlohmann::json Steps() {
     steps.push_back({{"layer", {{"add", "wrinkles"}}}});
     strokes(3);
     steps.push_back({{"layer", {{"strength", 0.5}}}});
-    steps.push_back({{"freeze", {{"center", {0, 0, 1}}, {"radius", 0.5}}}});
+    steps.push_back({{"mask", {{"center", {0, 0, 1}}, {"radius", 0.5}}}});
     strokes(2);
     steps.push_back({{"save", "work.trovik"}});
     steps.push_back({{"undo", 2}});
     strokes(1);
     steps.push_back({{"undo", 3}});
     steps.push_back({{"redo", 1}});
-    steps.push_back({{"freeze", "clear"}});
+    steps.push_back({{"mask", "clear"}});
     steps.push_back({{"layer", {{"select", nullptr}}}});
     steps.push_back({{"level", 2}});
     strokes(2);
@@ -157,7 +157,7 @@ TEST_F(KilledProcess, LosesNothingAtAHundredMoments) {
     // Every second process is killed in a random step; in a stroke, it is killed during or after a
     // dab. The others are killed in steps of the rarer kinds.
     const std::set<std::string> seldom[] = {
-        {"save"}, {"undo", "redo"}, {"layer", "freeze"}, {"level", "subdivide", "transform"}};
+        {"save"}, {"undo", "redo"}, {"layer", "mask"}, {"level", "subdivide", "transform"}};
     std::vector<uint32_t> chosen[4];
     for (uint32_t step = 0; step < steps.size(); ++step)
         for (std::size_t k = 0; k < 4; ++k)

@@ -205,6 +205,36 @@ TEST(JsonSchema, NumberOfFaultsIsLimited) {
     EXPECT_EQ(schema.Check(document, 2)[0].pointer, "/0");
 }
 
+TEST(JsonSchema, FormerNamesAreReplacedAtAnyDepth) {
+    const JsonSchema schema(R"({
+        "additionalProperties": false,
+        "properties": {
+            "colour": {"type": "integer", "formerName": "color"},
+            "parts": {"formerName": "pieces", "items": {"$ref": "#/definitions/part"}}
+        },
+        "definitions": {
+            "part": {"anyOf": [
+                {"type": "string"},
+                {"type": "object", "properties": {"width": {"formerName": "breadth"}}}
+            ]}
+        }
+    })");
+    const json current = R"({"colour": 1, "parts": ["breadth", {"width": 2}, {"width": 3}]})"_json;
+    EXPECT_EQ(
+        ParseAgainst(
+            schema, R"({"color": 1, "pieces": ["breadth", {"breadth": 2}, {"width": 3}]})", "a"),
+        current);
+    EXPECT_EQ(ParseAgainst(schema, current.dump(), "a"), current);
+}
+
+TEST(JsonSchema, FormerAndCurrentNameTogetherAreAFault) {
+    const JsonSchema schema(R"({"additionalProperties": false,
+                                "properties": {"colour": {"formerName": "color"}}})");
+    EXPECT_EQ(
+        MessageOf<HostError>([&] { ParseAgainst(schema, R"({"color": 1, "colour": 2})", "a"); }),
+        "a: /color: is the former name of \"colour\", which is also given");
+}
+
 TEST(JsonSchema, UnknownKeywordsAreDefectsOfTheProgram) {
     EXPECT_THROW(JsonSchema(R"({"pattern": "a"})"), std::logic_error);
     EXPECT_THROW(JsonSchema(R"({"properties": {"a": {"multipleOf": 2}}})"), std::logic_error);

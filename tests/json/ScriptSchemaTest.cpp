@@ -42,8 +42,8 @@ TEST(ScriptSchema, ErrorsNameTheAcceptedValues) {
     EXPECT_EQ(StepError(R"({"reset": false})"), "/reset: expected true, got false");
     EXPECT_EQ(StepError(R"({"transform": {"translate": [1, 2]}})"),
               "/transform/translate: expected an array of 3 numbers, got an array of 2 items");
-    EXPECT_EQ(StepError(R"({"freeze": {"lasso": [[1, 2], [3, 4]]}})"),
-              "/freeze/lasso: expected an array of 3 or more arrays, got an array of 2 items");
+    EXPECT_EQ(StepError(R"({"mask": {"lasso": [[1, 2], [3, 4]]}})"),
+              "/mask/lasso: expected an array of 3 or more arrays, got an array of 2 items");
     EXPECT_EQ(StepError(R"({"symmetrize": {}})"), R"(/symmetrize: the field "axis" is missing)");
     EXPECT_EQ(StepError(R"({"export": {"file": ""}})"),
               R"(/export/file: expected a non-empty string, got "")");
@@ -58,8 +58,8 @@ TEST(ScriptSchema, ErrorsNameTheAcceptedValues) {
     EXPECT_EQ(StepError(R"({"bake": {"file": "a.exr", "size": 0}})"),
               "/bake/size: expected a whole number from 1 to 16384, got 0");
     EXPECT_EQ(
-        StepError(R"({"freeze": "cler"})"),
-        R"(/freeze: expected one of "clear", "all", "invert", got "cler"; did you mean "clear"?)");
+        StepError(R"({"mask": "cler"})"),
+        R"(/mask: expected one of "clear", "all", "invert", got "cler"; did you mean "clear"?)");
     EXPECT_EQ(StepError(R"({"set": {"direction": "forwards"}})").substr(0, 45),
               R"(/set/direction: expected one of "surfaceNorma)");
     EXPECT_EQ(StepError(R"({"set": {"falloff": 8}})"),
@@ -113,13 +113,13 @@ TEST(ScriptSchema, EveryObjectMayHaveAComment) {
             note + "}, " + note + R"(}, "wholeMesh": {"strength": 1,)" + note + "}, " + note +
             R"(}}, {"symmetrize": {"axis": "x", )" + note + R"(}},
         {"layer": {)" +
-            note + R"(}}, {"freeze": {"image": {"file": "a", )" + note + R"(}, "cavity": {)" +
-            note + R"(}, "shell": {)" + note + "}, " + note + R"(}},
+            note + R"(}}, {"mask": {"image": {"file": "a", )" + note + R"(}, "cavity": {)" + note +
+            R"(}, "component": {)" + note + "}, " + note + R"(}},
         {"hide": {"component": {)" +
             note + "}, " + note + R"(}}, {"show": {)" + note + R"(}}, {"isolate": {)" + note +
             R"(}},
-        {"picture": {)" +
-            note + R"(}}, {"sheet": {"file": "a", "pictures": ["b"], )" + note +
+        {"render": {)" +
+            note + R"(}}, {"contactSheet": {"file": "a", "renders": ["b"], )" + note +
             R"(}}, {"export": {"file": "a", )" + note + R"(}}, {"bake": {"file": "a", )" + note +
             R"(}}, {"displace": {"file": "a", )" + note + "}}]}",
         "first.json");
@@ -127,6 +127,25 @@ TEST(ScriptSchema, EveryObjectMayHaveAComment) {
     EXPECT_EQ(script.at("steps").size(), 15u);
     EXPECT_EQ(script.at("steps")[0], nlohmann::json::object());
     EXPECT_EQ(StepError(R"({"undo": 1, "comment": 7})"), "/comment: expected a string, got 7");
+}
+
+TEST(ScriptSchema, FormerNamesOfFieldsAreAccepted) {
+    const auto parse = [](const char* steps) {
+        return ParseStrokeScript(std::string(R"({"steps": [)") + steps + "]}", "first.json");
+    };
+    EXPECT_EQ(parse(R"({"freeze": {"shell": {"vertex": 1}}},
+                       {"freeze": {"center": [0, 0, 0], "radius": 1, "soft": 0.5}},
+                       {"picture": {"keep": "a"}}, {"sheet": {"file": "s.png", "pictures": ["a"]}},
+                       {"set": {"steady": 0.1, "tilt": {"turn": true}, "facing": {"on": true},
+                                "stamp": {"randomTurn": 0.5, "spacingRandom": 2}}},
+                       {"stroke": {"pointer": [[1, 2]], "path": {"steady": 9}}})"),
+              parse(R"({"mask": {"component": {"vertex": 1}}},
+                       {"mask": {"center": [0, 0, 0], "radius": 1, "softness": 0.5}},
+                       {"render": {"keep": "a"}}, {"contactSheet": {"file": "s.png", "renders": ["a"]}},
+                       {"set": {"stabiliser": 0.1, "tilt": {"rotate": true}, "facing": {"enabled": true},
+                                "stamp": {"randomRotation": 0.5, "randomSpacing": 2}}},
+                       {"stroke": {"pointer": [[1, 2]], "path": {"stabiliser": 9}}})"));
+    EXPECT_EQ(CheckedStep(R"({"freeze": "all"})"_json, "first.json"), R"({"mask": "all"})"_json);
 }
 
 TEST(ScriptSchema, ScriptSizeIsLimited) {

@@ -160,10 +160,9 @@ TEST(RenderedLevels, RefuseAMissingTexture) {
 
 TEST(ShadingModes, AreThoseOfTheScriptSchema) {
     std::ifstream file(SourceFolder() + "/docs/stroke-script.schema.json");
-    const auto picture = nlohmann::json::parse(file).at("definitions").at("picture");
-    EXPECT_EQ(picture.at("properties").at("shading").at("enum"),
-              nlohmann::json(ShadingModeNames()));
-    EXPECT_EQ(picture.at("properties").at("matcap").at("enum"), nlohmann::json(Matcap::Names()));
+    const auto render = nlohmann::json::parse(file).at("definitions").at("render");
+    EXPECT_EQ(render.at("properties").at("shading").at("enum"), nlohmann::json(ShadingModeNames()));
+    EXPECT_EQ(render.at("properties").at("matcap").at("enum"), nlohmann::json(Matcap::Names()));
     for (std::size_t i = 0; i < ShadingModeNames().size(); ++i)
         EXPECT_EQ(static_cast<std::size_t>(ShadingModeOf(ShadingModeNames()[i])), i);
     EXPECT_THROW(ShadingModeOf("plaid"), HostError);

@@ -67,14 +67,14 @@ const std::vector<std::string>& ManySteps() {
         R"({"tool": "Wax", "set": {"strength": 60, "buildUpRate": 0.8}})",
         R"({"stroke": {"surface": [[0.1, 0.8, 0.7], [0.8, 0.4, 0.6]], "modifier": "invert"}})",
         R"({"layer": {"strength": 0.4}})",
-        R"({"freeze": {"center": [0.5, 0.4, 0.9], "radius": 0.6, "soft": 0.5, "amount": 0.9}})",
+        R"({"mask": {"center": [0.5, 0.4, 0.9], "radius": 0.6, "softness": 0.5, "amount": 0.9}})",
         R"({"tool": "Smooth", "set": {"affectAllLayers": false}})",
         R"({"stroke": {"surface": [[0.2, 0.3, 1], [0.9, 0.4, 1]]}})",
         R"({"level": 1})",
         R"({"layer": {"add": "below"}})",
         R"({"tool": "Flatten", "set": {"falloff": [1, 0.9, 0.5, 0.2, 0], "globalPlane": true}})",
         R"({"stroke": {"surface": [[0.3, 0.2, 1], [0.4, 0.4, 1]]}})",
-        R"({"tool": "Bulge", "set": {"facing": {"on": true, "start": 30, "range": 50}}})",
+        R"({"tool": "Bulge", "set": {"facing": {"enabled": true, "start": 30, "range": 50}}})",
         R"({"stroke": {"pointer": [[120, 110], [150, 130, 0.5]]}})",
         R"({"level": 2})",
         R"({"mirror": ["x", "y"]})",
@@ -90,7 +90,7 @@ const std::vector<std::string>& ManySteps() {
         R"({"layer": {"add": "top"}})",
         R"({"tool": "Foamy"})",
         R"({"stroke": {"surface": [[0.1, 0.3, 0.9], [0.5, 0.1, 0.9]]}})",
-        R"({"set": {"facing": {"on": false}}})"};
+        R"({"set": {"facing": {"enabled": false}}})"};
     return steps;
 }
 
@@ -115,7 +115,7 @@ TEST_F(SceneContinuation, GivesTheSameBitsOnTriangles) {
                         R"({"layer": {"add": "one"}})",
                         R"({"tool": "Smooth"})",
                         R"({"stroke": {"surface": [[0.3, 0.2, 1], [0.9, 0.4, 1]]}})",
-                        R"({"freeze": {"center": [0, 1, 0], "radius": 1.1}})",
+                        R"({"mask": {"center": [0, 1, 0], "radius": 1.1}})",
                         R"({"tool": "Bulge"})",
                         R"({"stroke": {"surface": [[0.3, 0.2, 1], [0.9, 0.4, 1]]}})"});
 }
@@ -141,7 +141,7 @@ TEST_F(SceneContinuation, GivesTheSameBitsWithStampsAndRandomness) {
         {R"({"tool": "Spray", "set": {"radius": 0.7, "strength": 30, "stamp": "rough.png"}})",
          R"({"stroke": {"surface": [[0.3, 0.2, 1], [0.9, 0.4, 1]]}})",
          R"({"tool": "Repeat", "set": {"radius": 0.2, "stamp": {"path": "half.png",
-             "spacing": 10, "spacingRandom": 20, "randomTurn": 0.5, "bilinear": true}}})",
+             "spacing": 10, "randomSpacing": 20, "randomRotation": 0.5, "bilinear": true}}})",
          R"({"stroke": {"surface": [[0.3, 0.2, 1], [0.9, 0.4, 1]]}})",
          R"({"tool": "Sculpt", "set": {"radius": 0.5, "stamp": {"path": "rough.png",
              "tiled": true, "positioning": "start", "rotation": 30, "inverted": true}}})",
@@ -163,15 +163,15 @@ TEST_F(SceneContinuation, GivesTheSameBitsWithPensAndTheFreezeBrush) {
         R"(, "levels": 3, "seed": 4, "camera": {"width": 256, "height": 256})",
         {R"({"tool": "Sculpt", "set": {"radius": 0.4, "strength": 30, "smoothing": 0.05,
              "strengthCurve": [[0, 0.1], [0.4, 0.3], [1, 0.9]], "sizeCurve": [[0, 0.3], [1, 1]],
-             "tilt": {"turn": true, "size": 0.5, "strength": -0.25}, "randomSize": 0.4}})",
+             "tilt": {"rotate": true, "size": 0.5, "strength": -0.25}, "randomSize": 0.4}})",
          "{\"stroke\": {" + pen + "}}",
-         R"({"set": {"airbrush": 25, "steady": 0.02, "pressureControlsSize": false}})",
+         R"({"set": {"airbrush": 25, "stabiliser": 0.02, "pressureControlsSize": false}})",
          "{\"stroke\": {" + pen + "}}",
          R"({"tool": "Freeze", "set": {"radiusPixels": 22, "strength": 35, "falloff": "cone",
-             "facing": {"on": true, "start": 40, "range": 30}, "smoothing": 0.1}})",
+             "facing": {"enabled": true, "start": 40, "range": 30}, "smoothing": 0.1}})",
          "{\"stroke\": {" + pen + "}}",
          "{\"stroke\": {" + pen + R"(, "modifier": "smooth"}})",
-         R"({"tool": "Wax", "set": {"strengthCurve": null, "facing": {"on": false}}})",
+         R"({"tool": "Wax", "set": {"strengthCurve": null, "facing": {"enabled": false}}})",
          "{\"stroke\": {" + pen + "}}",
          R"({"tool": "Freeze", "set": {"radius": 0.3}})",
          "{\"stroke\": {" + pen + R"(, "modifier": "invert"}})"});

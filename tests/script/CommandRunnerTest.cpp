@@ -120,9 +120,9 @@ TEST_F(CommandRunnerTest, StopsWhenItsJobCancels) {
 }
 
 TEST_F(CommandRunnerTest, ReportsWarningsOfTheStep) {
-    Do(R"({"freeze": {"center": [9, 9, 9], "radius": 0.1}})");
+    Do(R"({"mask": {"center": [9, 9, 9], "radius": 0.1}})");
     EXPECT_THAT(runner->Context().warnings, testing::ElementsAre("no vertex is selected"));
-    Do(R"({"freeze": "all"})");
+    Do(R"({"mask": "all"})");
     EXPECT_THAT(runner->Context().warnings, testing::IsEmpty());
 }
 
@@ -149,7 +149,7 @@ TEST_F(CommandRunnerTest, WorkIsRecoveredFromTheJournal) {
             stroke.Add(sample);
         }
     }
-    Do(R"({"freeze": {"box": [0, 0, 480, 720]}})");
+    Do(R"({"mask": {"box": [0, 0, 480, 720]}})");
     Do(R"({"layer": {"add": "over"}})");
     Do(R"({"stroke": {"surface": [[1, 0, 0]]}})");
     const std::string expected = BitsOf(*document);

@@ -158,7 +158,7 @@ TEST(CommandTable, ComparisonFindsDifferences) {
     other = schema;
     other[0]["object"]["axis"][0]["enum"].push_back("w");
     EXPECT_FALSE(Same(described, other));
-    EXPECT_FALSE(Same(FindCommand("freeze")->describe(), schema));
+    EXPECT_FALSE(Same(FindCommand("mask")->describe(), schema));
 }
 
 /// Steps that contain every field of every command.
@@ -167,21 +167,21 @@ const char* const examples = R"([
     {"set": {"radius": 0.3, "spacing": 12.5, "strength": 40, "falloff": "smooth",
              "direction": 3, "buildUpRate": 0.25, "globalPlane": true, "updatePlane": false,
              "affectAllLayers": true, "strengthBias": 10, "pressureControlsStrength": true,
-             "facing": {"on": true, "start": 20, "range": 40}, "drawFromCenter": true,
+             "facing": {"enabled": true, "start": 20, "range": 40}, "drawFromCenter": true,
              "stamp": {"path": "a.png", "enabled": true, "tiled": true, "inverted": false,
                        "factor": 1.5, "offset": -0.5, "buildUp": true, "bilinear": true,
                        "onSurface": true, "positioning": "stroke", "rotation": 30,
-                       "randomTurn": 0.5, "randomize": true, "spacing": 50, "spacingRandom": 5},
-             "smoothing": 0.0625, "steady": true, "strengthCurve": [[0, 0], [1, 0.5]],
+                       "randomRotation": 0.5, "randomize": true, "spacing": 50, "randomSpacing": 5},
+             "smoothing": 0.0625, "stabiliser": true, "strengthCurve": [[0, 0], [1, 0.5]],
              "sizeCurve": null, "pressureControlsSize": true, "sizeBias": 5,
-             "tilt": {"turn": true, "size": 0.5, "strength": -0.5}, "randomSize": 0.1,
+             "tilt": {"rotate": true, "size": 0.5, "strength": -0.5}, "randomSize": 0.1,
              "airbrush": 20}},
     {"set": {"radiusPixels": 30, "falloff": [1, 0.1, 0], "direction": "camera", "stamp": "b.png",
              "smoothing": false}},
     {"set": {"falloff": 2, "stamp": false}},
     {"stroke": {"modifier": "smooth", "seed": 18446744073709551615,
                 "surface": [[0.1, 0.2, 0.3], [1, 2, 3, 0.7]], "open": true,
-                "path": {"line": true, "smoothing": 3, "steady": 2,
+                "path": {"line": true, "smoothing": 3, "stabiliser": 2,
                          "snap": {"curve": [[0, 0, 0], [1, 1, 1]], "distance": 4,
                                   "smooth": true}}}},
     {"stroke": {"pointer": [[1, 2], [3, 4, 0.1]], "continue": true, "path": {"curve": true}}},
@@ -198,18 +198,18 @@ const char* const examples = R"([
                "strength": 0.3, "visible": false, "writable": true, "order": 1, "erase": true,
                "mergeDown": true, "remove": true}},
     {"layer": {"select": null}},
-    {"freeze": "clear"}, {"freeze": "all"}, {"freeze": "invert"},
-    {"freeze": {"center": [0, 1, 2], "radius": 0.1, "soft": 0.3, "mode": "add",
+    {"mask": "clear"}, {"mask": "all"}, {"mask": "invert"},
+    {"mask": {"center": [0, 1, 2], "radius": 0.1, "softness": 0.3, "mode": "add",
                 "amount": 0.7}},
-    {"freeze": {"min": [0, 0, 0], "max": [1, 1, 1], "all": true, "mode": "subtract"}},
-    {"freeze": {"box": [1, 2, 3, 4], "lasso": [[1, 2], [3, 4], [5, 6]], "reach": "through"}},
-    {"freeze": {"image": {"file": "i.png", "channel": "alpha", "invert": true,
+    {"mask": {"min": [0, 0, 0], "max": [1, 1, 1], "all": true, "mode": "subtract"}},
+    {"mask": {"box": [1, 2, 3, 4], "lasso": [[1, 2], [3, 4], [5, 6]], "reach": "through"}},
+    {"mask": {"image": {"file": "i.png", "channel": "alpha", "invert": true,
                           "over": [0, 0, 9, 9]}, "reach": "facing"}},
-    {"freeze": {"cavity": {"sign": "ridge", "size": 0.1, "from": 0.2, "to": 0.3,
+    {"mask": {"cavity": {"sign": "ridge", "size": 0.1, "from": 0.2, "to": 0.3,
                            "softness": 0.4, "rings": 2}, "mode": "multiply"}},
-    {"freeze": {"shell": {"vertex": 4294967297, "surface": [1, 2, 3], "pointer": [4, 5]},
+    {"mask": {"component": {"vertex": 4294967297, "surface": [1, 2, 3], "pointer": [4, 5]},
                 "group": "g", "grow": 1, "shrink": 2, "blur": 3, "sharpen": 4}},
-    {"freeze": {"group": null}},
+    {"mask": {"group": null}},
     {"hide": {"mask": 0.5, "group": "g", "material": "m",
               "component": {"face": 3, "surface": [1, 2, 3], "pointer": [4, 5]},
               "lasso": [[1, 2], [3, 4], [5, 6]], "box": [1, 2, 3, 4], "reach": "through",
@@ -232,10 +232,10 @@ const char* const examples = R"([
     {"symmetrize": {"axis": "y", "from": "negative"}},
     {"camera": {"eye": [1, 2, 3], "target": [0, 0, 0], "up": [0, 1, 0], "from": [1, 1, 1],
                 "fieldOfView": 33.3, "width": 640, "height": 480}},
-    {"picture": {"file": "a.png", "keep": "a", "width": 64, "height": 48, "samples": 4,
+    {"render": {"file": "a.png", "keep": "a", "width": 64, "height": 48, "samples": 4,
                  "shading": "matcap", "matcap": "wax", "transparent": true, "frames": 3,
                  "wireframe": true, "beforeAfter": true, "camera": {"from": [0, 0, 1]}}},
-    {"sheet": {"file": "s.png", "pictures": ["a", "b"], "columns": 2}},
+    {"contactSheet": {"file": "s.png", "renders": ["a", "b"], "columns": 2}},
     {"export": {"file": "e.ply", "world": true, "units": "mm", "up": "z",
                 "hidden": false}},
     {"bake": {"file": "m.exr", "map": "vector", "space": "object", "from": 2, "to": 1,
@@ -279,7 +279,7 @@ json InSinglePrecision(const json& value) {
 TEST(CommandTable, WrittenStepsEqualReadSteps) {
     std::set<std::string> seen;
     for (const json& step : json::parse(examples)) {
-        ASSERT_NO_THROW(CheckStep(step, step.dump()));
+        ASSERT_NO_THROW(CheckedStep(step, step.dump()));
         const std::string name = step.begin().key();
         seen.insert(name);
         ASSERT_NE(FindCommand(name), nullptr) << name;
@@ -331,7 +331,7 @@ TEST(CommandTable, ExamplesHaveEveryField) {
     }
     // The camera of a render step has the fields of the step "camera".
     for (const char* field : {"eye", "target", "up", "fieldOfView", "width", "height"})
-        inExamples.insert(std::string("/picture/camera/") + field);
+        inExamples.insert(std::string("/render/camera/") + field);
     EXPECT_EQ(inExamples, described);
 }
 

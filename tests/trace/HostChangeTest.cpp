@@ -287,7 +287,7 @@ TEST_F(HostChange, EveryKindOfStepBetweenStrokesIsFollowed) {
         const char* reason;
     } steps[] = {{R"({"undo": 1})", "undo"},
                  {R"({"redo": 1})", "redo"},
-                 {R"({"freeze": {"center": [0, 0, 1], "radius": 0.5}})", "freeze"},
+                 {R"({"mask": {"center": [0, 0, 1], "radius": 0.5}})", "freeze"},
                  {R"({"hide": {"box": [0, 0, 300, 300], "reach": "through"}})", "hide"},
                  {R"({"invertVisibility": true})", "invertVisibility"},
                  {R"({"show": "all"})", "show"},
@@ -333,8 +333,8 @@ TEST_F(HostChange, CommandsBeforeOneCallAreOneChangeWithTheirNames) {
     Follow({stroke,
             R"({"undo": 1})"_json,
             R"({"camera": {"eye": [0, 0, 9]}})"_json,
-            R"({"freeze": "all"})"_json,
-            R"({"freeze": "invert"})"_json,
+            R"({"mask": "all"})"_json,
+            R"({"mask": "invert"})"_json,
             R"({"redo": 1})"_json,
             R"({"level": 1})"_json,
             R"({"level": 1})"_json,
@@ -352,7 +352,7 @@ TEST_F(HostChange, WorkThatChangesNothingHasNoLine) {
             R"({"level": 2})"_json,
             R"({"undo": 1})"_json,
             R"({"redo": 1})"_json,
-            R"({"freeze": "clear"})"_json,
+            R"({"mask": "clear"})"_json,
             R"({"mirror": []})"_json,
             stroke},
            {{"levels", 2}});
@@ -381,9 +381,9 @@ TEST_F(HostChange, FreezeBrushStrokesAreHostChanges) {
 
 TEST_F(HostChange, MaskingDuringAStrokeIsFollowed) {
     Follow({R"({"stroke": {"surface": [[0.3, 0.1, 1]], "open": true}})"_json,
-            R"({"freeze": {"center": [0, 0, 1], "radius": 0.5}})"_json,
+            R"({"mask": {"center": [0, 0, 1], "radius": 0.5}})"_json,
             R"({"stroke": {"surface": [[0.4, 0.1, 1]], "continue": true, "open": true}})"_json,
-            R"({"freeze": "all"})"_json,
+            R"({"mask": "all"})"_json,
             R"({"stroke": {"continue": true}})"_json},
            {{"levels", 3}, {"mirror", {"x"}}});
     EXPECT_EQ(Reasons(), (std::vector<std::string>{"freeze", "freeze"}));
@@ -514,10 +514,10 @@ nlohmann::json RandomStep(RandomNumbers& random) {
                                          R"({"redo": 1})",
                                          R"({"stroke": {"continue": true}})",
                                          R"({"stroke": {"continue": true}})",
-                                         R"({"freeze": {"center": [0, 1, 0], "radius": 0.8}})",
-                                         R"({"freeze": "invert"})",
-                                         R"({"freeze": "clear"})",
-                                         R"({"freeze": {"blur": 1}})",
+                                         R"({"mask": {"center": [0, 1, 0], "radius": 0.8}})",
+                                         R"({"mask": "invert"})",
+                                         R"({"mask": "clear"})",
+                                         R"({"mask": {"blur": 1}})",
                                          R"({"layer": {"add": "one"}})",
                                          R"({"layer": {"add": "two"}})",
                                          R"({"layer": {"select": "one"}})",

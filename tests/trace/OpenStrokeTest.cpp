@@ -61,7 +61,7 @@ TEST_F(OpenStroke, EndOfTheScriptShowsTheRecords) {
 }
 
 TEST_F(OpenStroke, CanBeginAndEndWithoutADab) {
-    Run(R"({"stroke": {"open": true, "modifier": "invert"}}, {"freeze": "all"},
+    Run(R"({"stroke": {"open": true, "modifier": "invert"}}, {"mask": "all"},
            {"stroke": {"continue": true}}, {"tool": "Wax"})",
         setUp);
     EXPECT_EQ(Calls(),
@@ -74,7 +74,7 @@ TEST_F(OpenStroke, CanBeginAndEndWithoutADab) {
 }
 
 TEST_F(OpenStroke, MaskingInBetweenIsReportedAtTheNextDab) {
-    Run(R"({"stroke": {"open": true, "dabs": [{"face": 0}]}}, {"freeze": "all"},
+    Run(R"({"stroke": {"open": true, "dabs": [{"face": 0}]}}, {"mask": "all"},
            {"stroke": {"continue": true, "dabs": [{"face": 0}]}})",
         setUp);
     EXPECT_EQ(Line("BeginStroke")["in"]["freezeQuery"], 0);

@@ -55,7 +55,7 @@ TEST_F(ScriptTrace, ToolSelectedAgainIsMarkedAsInitialised) {
 
 TEST_F(ScriptTrace, StrokeBeginsWithEverySettingOfTheBrush) {
     Run(std::string(R"({"set": {"buildUpRate": 0.25, "direction": "y", "strengthBias": 12.5,
-            "facing": {"on": true, "start": 30, "range": 45}, "falloff": [1, 0.5, 0]}}, )") +
+            "facing": {"enabled": true, "start": 30, "range": 45}, "falloff": [1, 0.5, 0]}}, )") +
             oneDab,
         R"("levels": 1, "mirror": ["z"], "camera": {"eye": [0, 0, 7]}, "renderers": [0, 2],
            "preferences": {"Swift Stroke Level Factor": 0.5}, )");
@@ -82,7 +82,7 @@ TEST_F(ScriptTrace, StrokeBeginsWithEverySettingOfTheBrush) {
     EXPECT_EQ(falloff.Shape(), "(3,)");
     EXPECT_EQ(falloff.Values<float>(), (std::vector<float>{1.0f, 0.5f, 0.0f}));
     // The preference and the switch are process-wide.
-    Run(std::string(R"({"set": {"facing": {"on": false}}}, )") + oneDab,
+    Run(std::string(R"({"set": {"facing": {"enabled": false}}}, )") + oneDab,
         R"("preferences": {"Swift Stroke Level Factor": 1.0}, )");
 }
 
@@ -272,8 +272,8 @@ TEST_F(ScriptTrace, StatesFollowEveryNthDab) {
 }
 
 TEST_F(ScriptTrace, StateBeforeIncludesTheSetUpOfTheFirstStroke) {
-    Run(std::string(R"({"freeze": "all"}, {"layer": {"add": "L"}}, )") + oneDab +
-            R"(, {"freeze": "clear"})",
+    Run(std::string(R"({"mask": "all"}, {"layer": {"add": "L"}}, )") + oneDab +
+            R"(, {"mask": "clear"})",
         "\"levels\": 1, ");
     EXPECT_EQ(Meta("before")["freezeQuery"], 1);
     EXPECT_EQ(Meta("before")["hasLayer"], true);

@@ -28,8 +28,8 @@ def fail(reason):
 def smaller(script):
     """Returns the script with very small renders."""
     for step in script["steps"]:
-        if "picture" in step:
-            step["picture"].update({"samples": 1, "width": 90, "height": 114})
+        if "render" in step:
+            step["render"].update({"samples": 1, "width": 90, "height": 114})
     return script
 
 
@@ -51,7 +51,7 @@ def main():
                 fail("a script block has no file name")
             script = json.loads(content)
             for step in script["steps"]:
-                for field in ("picture", "export"):
+                for field in ("render", "export"):
                     if field in step:
                         promised.add(step[field]["file"])
             with open(os.path.join(folder, name), "w", encoding="utf-8") as file:

@@ -91,10 +91,10 @@ TEST_F(VisibilityScript, EverySelectionCanBeHidden) {
                             "reach": "through"}})"),
                 ElementsAre(0, 56, 0));
     // The half of the left square whose corners are masked.
-    EXPECT_THAT(Hidden(R"({"freeze": {"min": [-2, -2, -1], "max": [-0.4, 2, 1], "amount": 0.5}},
+    EXPECT_THAT(Hidden(R"({"mask": {"min": [-2, -2, -1], "max": [-0.4, 2, 1], "amount": 0.5}},
                           {"hide": {"mask": 0.5}})"),
                 ElementsAre(32, 0, 0));
-    EXPECT_THAT(Hidden(R"({"freeze": {"min": [-2, -2, -1], "max": [-0.4, 2, 1], "amount": 0.5}},
+    EXPECT_THAT(Hidden(R"({"mask": {"min": [-2, -2, -1], "max": [-0.4, 2, 1], "amount": 0.5}},
                           {"hide": {"mask": 0.6}})"),
                 ElementsAre(0, 0, 0));
     EXPECT_THAT(Hidden(R"({"hide": {"group": "left", "grow": 1}})"), ElementsAre(64, 8, 0));
@@ -184,7 +184,7 @@ TEST_F(VisibilityScript, ErrorsNameTheField) {
 
 TEST_F(VisibilityScript, ScenesStoreHiddenFacesAndTheirMasks) {
     const std::string steps =
-        R"({"freeze": {"min": [-2, -2, -1], "max": [0.2, 2, 1], "amount": 0.3}},
+        R"({"mask": {"min": [-2, -2, -1], "max": [0.2, 2, 1], "amount": 0.3}},
            {"hide": {"faces": [[0, 20], [70, 9]]}}, {"level": 1})";
     const auto document = Run(steps);
     const LevelGeometry& geometry = document->Geometry();

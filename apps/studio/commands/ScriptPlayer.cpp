@@ -32,7 +32,7 @@ void ResolveFiles(json& step, const QDir& folder) {
     at("/stroke/pen");
     at("/set/stamp");
     at("/set/stamp/path");
-    at("/freeze/image/file");
+    at("/mask/image/file");
     at("/displace/file");
 }
 

@@ -147,14 +147,14 @@ void AddToolActions(const ActionContext& context) {
                .icon = "stamp"});
     AddSwitch(
         context,
-        "steady",
+        "stabiliser",
         {.id = "brush.steady",
          .text = Text::tr("Steady Stroke"),
          .description = Text::tr("The brush follows the pen at a distance, for smooth curves."),
          .keys = {QKeySequence("Shift+S")},
          .icon = "falloff"});
     AddSwitch(context,
-              "facing.on",
+              "facing.enabled",
               {.id = "brush.facing",
                .text = Text::tr("Front Faces Only"),
                .description = Text::tr("Less effect where the surface turns away from the view."),

@@ -22,7 +22,7 @@ nlohmann::json CameraStep(const StrokeView& view) {
 }
 
 bool OnlyWritesFiles(const nlohmann::json& step) {
-    for (const char* name : {"save", "export", "picture", "sheet", "bake"})
+    for (const char* name : {"save", "export", "render", "contactSheet", "bake"})
         if (step.contains(name)) return true;
     return false;
 }
@@ -45,7 +45,7 @@ void ActionLog::AddStroke(const StrokeStart& start,
     }
     nlohmann::json path = {{"interactive", true}};
     if (start.isLine) path["line"] = true;
-    if (start.steadyPixels >= 0.0f) path["steady"] = start.steadyPixels;
+    if (start.steadyPixels >= 0.0f) path["stabiliser"] = start.steadyPixels;
     nlohmann::json stroke = {{"pen", std::move(pen)}, {"path", std::move(path)}, {"seed", seed}};
     if (start.modifier == BrushOperation::ModifierSmooth) stroke["modifier"] = "smooth";
     if (start.modifier == BrushOperation::ModifierInvert) stroke["modifier"] = "invert";

@@ -104,10 +104,10 @@ void LiveSession::ShowView(const StrokeView& view) {
     if (!IsSameView(view, GetDocument().View())) Do(CameraStep(view));
 }
 
-void LiveSession::Run(const nlohmann::json& step, const StrokeView& view) {
-    CheckStep(step, "studio");
+void LiveSession::Run(const nlohmann::json& given, const StrokeView& view) {
+    const nlohmann::json step = CheckedStep(given, "studio");
     if (stroke) EndStroke();
-    for (const char* seesView : {"freeze", "hide", "show", "isolate", "picture", "bake"})
+    for (const char* seesView : {"mask", "hide", "show", "isolate", "render", "bake"})
         if (step.contains(seesView)) ShowView(view);
     const bool isMoved = step.contains("transform") || step.contains("undo") ||
                          step.contains("redo") || step.contains("reset");

@@ -108,7 +108,7 @@ Input ReadStep(const FieldReader& event) {
     // The message begins with the name, then the pointer within the step.
     const std::string name = "step";
     try {
-        CheckStep(step, name);
+        step = CheckedStep(step, name);
     } catch (const HostError& error) {
         const std::string message = std::string(error.what()).substr(name.size() + 2);
         const std::size_t end = message.find(": ");

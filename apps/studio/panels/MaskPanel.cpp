@@ -75,7 +75,7 @@ MaskPanel::MaskPanel(Engine& given, ActionRegistry& actions, QWidget* parent)
 }
 
 void MaskPanel::MaskByCavity() {
-    engine.Run({{"freeze",
+    engine.Run({{"mask",
                  {{"cavity",
                    {{"sign", sign->currentData().toString().toStdString()},
                     {"from", from->Value()},

@@ -124,7 +124,7 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
     scaled(smoothing, 100, percent);
     soft(smoothing, 0, 30);
     smoothing.firstValue = 0.0625;
-    SettingAppearance& steady = add("steady",
+    SettingAppearance& steady = add("stabiliser",
                                     Text::tr("Steady stroke"),
                                     Stroke,
                                     Text::tr("Length of the string by which the pen pulls the "
@@ -155,7 +155,7 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
         "stamp.rotation", Text::tr("Rotation"), Stamp, Text::tr("Rotates the stamp clockwise."));
     soft(rotation, -180, 180);
     rotation.unit = degrees;
-    scaled(add("stamp.randomTurn",
+    scaled(add("stamp.randomRotation",
                Text::tr("Random rotation"),
                Stamp,
                Text::tr("Rotates the stamp of each dab at random.")),
@@ -177,7 +177,7 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
                                           "the radius."));
     soft(gap, -100, 300);
     gap.unit = percent;
-    SettingAppearance& randomGap = add("stamp.spacingRandom",
+    SettingAppearance& randomGap = add("stamp.randomSpacing",
                                        Text::tr("Random spacing"),
                                        Stamp,
                                        Text::tr("Adds to the room between copies at random."));
@@ -208,7 +208,7 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
         if (name.starts_with("stamp.") && name != "stamp.enabled" && name != "stamp.path")
             row.dependsOn = "stamp.enabled";
 
-    add("facing.on",
+    add("facing.enabled",
         Text::tr("Front faces only"),
         Advanced,
         Text::tr("Less effect where the surface turns away from the view."));
@@ -222,7 +222,7 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
                                   Text::tr("Angle over which the effect fades."));
     for (SettingAppearance* row : {&start, &fade}) {
         row->unit = degrees;
-        row->dependsOn = "facing.on";
+        row->dependsOn = "facing.enabled";
     }
     add("globalPlane",
         Text::tr("One plane per stroke"),
@@ -240,7 +240,7 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
         Text::tr("Draw from centre"),
         Advanced,
         Text::tr("The copy grows from the press point instead of between press and release."));
-    add("tilt.turn",
+    add("tilt.rotate",
         Text::tr("Tilt turns stamp"),
         Advanced,
         Text::tr("The top of the stamp points where the pen leans to."));

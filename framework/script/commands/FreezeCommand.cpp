@@ -18,7 +18,7 @@ std::vector<std::string> FieldsGiven(const FreezeChoice& choice) {
                                                    {"lasso", choice.lasso.has_value()},
                                                    {"image", choice.image.has_value()},
                                                    {"cavity", choice.cavity.has_value()},
-                                                   {"shell", choice.shell.has_value()},
+                                                   {"component", choice.component.has_value()},
                                                    {"group", choice.group.has_value()},
                                                    {"grow", choice.grow.has_value()},
                                                    {"shrink", choice.shrink.has_value()},
@@ -43,7 +43,7 @@ std::string WhatOf(const FreezeChoice& choice) {
         throw FieldFault(
             "",
             "needs \"center\" and \"radius\", \"min\" and \"max\", or one of \"all\", \"box\", "
-            "\"lasso\", \"image\", \"cavity\", \"shell\", \"group\", \"grow\", \"shrink\", "
+            "\"lasso\", \"image\", \"cavity\", \"component\", \"group\", \"grow\", \"shrink\", "
             "\"blur\", "
             "\"sharpen\"");
     }
@@ -107,16 +107,17 @@ void CheckFreeze(CommandContext& context, const FreezeParameters& parameters) {
     const auto* choice = std::get_if<FreezeChoice>(&parameters);
     if (choice == nullptr) return;
     WhatOf(*choice);
-    if (choice->shell) choice->shell->RequireOne();
+    if (choice->component) choice->component->RequireOne();
     if (choice->image && !context.files.IsWritten(choice->image->file))
         ReadFreezeImage(context, choice->image->file);
 }
 
-const CommandRegistration<FreezeParameters> freeze({.name = "freeze",
-                                                    .duringStroke = DuringStroke::Allowed,
-                                                    .inputs = {{"/image/file"}}},
-                                                   Freeze,
-                                                   CheckFreeze);
+const CommandRegistration<FreezeParameters> mask({.name = "mask",
+                                                  .duringStroke = DuringStroke::Allowed,
+                                                  .inputs = {{"/image/file"}},
+                                                  .traceName = "freeze"},
+                                                 Freeze,
+                                                 CheckFreeze);
 
 }  // namespace
 

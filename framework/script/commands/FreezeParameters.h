@@ -95,7 +95,7 @@ struct FreezeComponent {
 struct FreezeChoice {
     std::optional<Vector> center;
     std::optional<float> radius;
-    std::optional<float> soft;
+    std::optional<float> softness;
     std::optional<Vector> min;
     std::optional<Vector> max;
     std::optional<Yes> all;
@@ -103,7 +103,7 @@ struct FreezeChoice {
     std::optional<std::vector<std::array<float, 2>>> lasso;
     std::optional<FreezeImage> image;
     std::optional<FreezeCavity> cavity;
-    std::optional<FreezeComponent> shell;
+    std::optional<FreezeComponent> component;
     /// Null selects the faces without a group.
     std::optional<std::variant<std::string, std::nullptr_t>> group;
     std::optional<uint32_t> grow;
@@ -118,7 +118,7 @@ struct FreezeChoice {
     void Fields(Visitor& visit) {
         visit("center", center);
         visit("radius", radius);
-        visit("soft", soft);
+        visit("softness", softness);
         visit("min", min);
         visit("max", max);
         visit("all", all);
@@ -126,7 +126,7 @@ struct FreezeChoice {
         visit("lasso", lasso);
         visit("image", image);
         visit("cavity", cavity);
-        visit("shell", shell);
+        visit("component", component);
         visit("group", group);
         visit("grow", grow);
         visit("shrink", shrink);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Computes the mask weights that a "freeze" command selects.
+/// \file Computes the mask weights that a "mask" command selects.
 #include "framework/freeze/FreezeCurvature.h"
 #include "framework/freeze/FreezeParts.h"
 #include "framework/script/commands/FreezeParameters.h"
@@ -43,28 +43,28 @@ std::vector<float> OfCavity(const CommandContext& context, const FreezeCavity& c
     return WeightsByCurvature(context.document.Geometry(), range);
 }
 
-uint32_t ComponentVertex(CommandContext& context, const FreezeComponent& shell) {
+uint32_t ComponentVertex(CommandContext& context, const FreezeComponent& component) {
     Document& document = context.document;
     LevelMesh& level = *document.Geometry().Bound();
-    shell.RequireOne();
-    if (shell.vertex) {
-        if (*shell.vertex >= level.VertexCount()) {
-            throw FieldFault("/shell/vertex",
-                             "there is no vertex " + std::to_string(*shell.vertex) +
+    component.RequireOne();
+    if (component.vertex) {
+        if (*component.vertex >= level.VertexCount()) {
+            throw FieldFault("/component/vertex",
+                             "there is no vertex " + std::to_string(*component.vertex) +
                                  "; the level has " + std::to_string(level.VertexCount()));
         }
-        return static_cast<uint32_t>(*shell.vertex);
+        return static_cast<uint32_t>(*component.vertex);
     }
     std::optional<PickHit> hit;
-    if (shell.surface) {
-        context.WarnOfFarPoints("freeze/shell/surface", {*shell.surface}, 0.0f);
-        hit = HitNear(document.Geometry(), document.Tree(), *shell.surface);
+    if (component.surface) {
+        context.WarnOfFarPoints("mask/component/surface", {*component.surface}, 0.0f);
+        hit = HitNear(document.Geometry(), document.Tree(), *component.surface);
     } else {
-        const ViewPoint point = PointOf(*shell.pointer);
+        const ViewPoint point = PointOf(*component.pointer);
         hit = HitThrough(
             document.Geometry(), document.Tree(), document.View(), {point.x, point.y, 0.0f});
     }
-    if (!hit) throw FieldFault("/shell", "there is no surface at this position");
+    if (!hit) throw FieldFault("/component", "there is no surface at this position");
     return level.faceVertexIndices.array[std::size_t{hit->face} * level.CornersPerFace()];
 }
 
@@ -73,7 +73,8 @@ uint32_t ComponentVertex(CommandContext& context, const FreezeComponent& shell) 
 void FreezeComponent::RequireOne() const {
     const int given = static_cast<int>(vertex.has_value()) + static_cast<int>(surface.has_value()) +
                       static_cast<int>(pointer.has_value());
-    if (given != 1) throw FieldFault("/shell", "needs one of \"vertex\", \"surface\", \"pointer\"");
+    if (given != 1)
+        throw FieldFault("/component", "needs one of \"vertex\", \"surface\", \"pointer\"");
 }
 
 FloatImage ReadFreezeImage(const CommandContext& context, const std::string& name) {
@@ -88,15 +89,15 @@ std::vector<float> FreezeWeights(CommandContext& context, const FreezeChoice& ch
     if (choice.all) return std::vector<float>(geometry.Bound()->VertexCount(), 1.0f);
     if (choice.image) return OfImage(context, *choice.image, reach);
     if (choice.cavity) return OfCavity(context, *choice.cavity);
-    if (choice.shell)
-        return WeightsOfComponent(*geometry.Bound(), ComponentVertex(context, *choice.shell));
+    if (choice.component)
+        return WeightsOfComponent(*geometry.Bound(), ComponentVertex(context, *choice.component));
     if (choice.group) {
         const uint32_t group = NumberOf(*choice.group, geometry.Attributes().groupNames, "group");
         return WeightsOfGroup(geometry, geometry.BoundIndex(), group);
     }
     if (choice.center)
         return WeightsInSphere(
-            geometry, *choice.center, *choice.radius, choice.soft.value_or(0.0f));
+            geometry, *choice.center, *choice.radius, choice.softness.value_or(0.0f));
     if (choice.min) return WeightsInBox(geometry, *choice.min, *choice.max);
     const auto isInside = InsideOf(choice.box, choice.lasso);
     return WeightsInView(

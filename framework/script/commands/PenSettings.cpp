@@ -33,9 +33,9 @@ void SetPen(CommandContext& context, const SettingsParameters& settings) {
     if (settings.smoothing)
         brush.strokeSmoothingAttribute.SetValue(
             LengthOf(*settings.smoothing, brush.strokeSmoothingAttribute.Value()), true);
-    if (settings.steady)
+    if (settings.stabiliser)
         brush.steadyStrokeAttribute.SetValue(
-            LengthOf(*settings.steady, brush.steadyStrokeAttribute.Value()), true);
+            LengthOf(*settings.stabiliser, brush.steadyStrokeAttribute.Value()), true);
     if (settings.strengthCurve)
         dynamics.strengthCurve = CurveOf(*settings.strengthCurve, "/strengthCurve");
     if (settings.sizeCurve) {
@@ -47,7 +47,7 @@ void SetPen(CommandContext& context, const SettingsParameters& settings) {
     host.sizeBias = settings.sizeBias.value_or(host.sizeBias);
     if (settings.tilt) {
         const TiltParameters& tilt = *settings.tilt;
-        dynamics.tiltRotatesStamp = tilt.turn.value_or(dynamics.tiltRotatesStamp);
+        dynamics.tiltRotatesStamp = tilt.rotate.value_or(dynamics.tiltRotatesStamp);
         dynamics.tiltToSize = tilt.size.value_or(dynamics.tiltToSize);
         dynamics.tiltToStrength = tilt.strength.value_or(dynamics.tiltToStrength);
     }

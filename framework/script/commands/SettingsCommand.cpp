@@ -68,7 +68,7 @@ void ApplySettings(CommandContext& context, const SettingsParameters& settings) 
     if (settings.pressureControlsStrength)
         brush.strokeOptionC.SetValue(*settings.pressureControlsStrength, true);
     if (settings.facing) {
-        brush.SetFalloffBasedOnFacingAngle(settings.facing->on.value_or(true),
+        brush.SetFalloffBasedOnFacingAngle(settings.facing->enabled.value_or(true),
                                            settings.facing->start.value_or(brush.facingAngleStart),
                                            settings.facing->range.value_or(brush.facingAngleRange));
     }

@@ -17,10 +17,10 @@ struct StampParameters {
     std::optional<bool> onSurface;
     std::optional<std::string> positioning;
     std::optional<int> rotation;
-    std::optional<float> randomTurn;
+    std::optional<float> randomRotation;
     std::optional<bool> randomize;
     std::optional<float> spacing;
-    std::optional<float> spacingRandom;
+    std::optional<float> randomSpacing;
 
     template <typename Visitor>
     void Fields(Visitor& visit) {
@@ -35,10 +35,10 @@ struct StampParameters {
         visit("onSurface", onSurface);
         visit("positioning", positioning);
         visit("rotation", rotation);
-        visit("randomTurn", randomTurn);
+        visit("randomRotation", randomRotation);
         visit("randomize", randomize);
         visit("spacing", spacing);
-        visit("spacingRandom", spacingRandom);
+        visit("randomSpacing", randomSpacing);
     }
 };
 
@@ -46,26 +46,26 @@ struct StampParameters {
 using StampSetting = std::variant<bool, std::string, StampParameters>;
 
 struct TiltParameters {
-    std::optional<bool> turn;
+    std::optional<bool> rotate;
     std::optional<float> size;
     std::optional<float> strength;
 
     template <typename Visitor>
     void Fields(Visitor& visit) {
-        visit("turn", turn);
+        visit("rotate", rotate);
         visit("size", size);
         visit("strength", strength);
     }
 };
 
 struct FacingParameters {
-    std::optional<bool> on;
+    std::optional<bool> enabled;
     std::optional<float> start;
     std::optional<float> range;
 
     template <typename Visitor>
     void Fields(Visitor& visit) {
-        visit("on", on);
+        visit("enabled", enabled);
         visit("start", start);
         visit("range", range);
     }
@@ -97,7 +97,7 @@ struct SettingsParameters {
     std::optional<bool> drawFromCenter;
     std::optional<StampSetting> stamp;
     std::optional<LengthSetting> smoothing;
-    std::optional<LengthSetting> steady;
+    std::optional<LengthSetting> stabiliser;
     std::optional<CurveSetting> strengthCurve;
     std::optional<CurveSetting> sizeCurve;
     std::optional<bool> pressureControlsSize;
@@ -124,7 +124,7 @@ struct SettingsParameters {
         visit("drawFromCenter", drawFromCenter);
         visit("stamp", stamp);
         visit("smoothing", smoothing);
-        visit("steady", steady);
+        visit("stabiliser", stabiliser);
         visit("strengthCurve", strengthCurve);
         visit("sizeCurve", sizeCurve);
         visit("pressureControlsSize", pressureControlsSize);

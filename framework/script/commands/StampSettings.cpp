@@ -56,7 +56,7 @@ void SetFields(CommandContext& context, const StampParameters& stamp) {
     host.stampOffset = stamp.offset.value_or(host.stampOffset);
     host.stampBuildUp = stamp.buildUp.value_or(host.stampBuildUp);
     if (stamp.onSurface) brush.SetOrientedToSurface(*stamp.onSurface);
-    host.stamp.randomTurn = stamp.randomTurn.value_or(host.stamp.randomTurn);
+    host.stamp.randomTurn = stamp.randomRotation.value_or(host.stamp.randomTurn);
     if (stamp.randomize) brush.SetStampRandomize(*stamp.randomize);
     if (stamp.positioning) {
         const auto* found =
@@ -65,7 +65,7 @@ void SetFields(CommandContext& context, const StampParameters& stamp) {
     }
     if (stamp.rotation) brush.separatorOption.SetValue(*stamp.rotation, true);
     if (stamp.spacing) brush.strokeFloatA.SetValue(*stamp.spacing, true);
-    if (stamp.spacingRandom) brush.strokeFloatB.SetValue(*stamp.spacingRandom, true);
+    if (stamp.randomSpacing) brush.strokeFloatB.SetValue(*stamp.randomSpacing, true);
     if (stamp.bilinear)
         BrushAttribute<bool>(brush, "bilinearsample", "/stamp/bilinear")
             .SetValue(*stamp.bilinear, true);

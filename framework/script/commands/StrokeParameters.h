@@ -108,7 +108,7 @@ struct PathParameters {
     std::optional<bool> filter;
     std::optional<bool> interactive;
     std::optional<float> smoothing;
-    std::optional<float> steady;
+    std::optional<float> stabiliser;
     std::optional<bool> line;
     std::optional<bool> curve;
     std::optional<SnapParameters> snap;
@@ -118,7 +118,7 @@ struct PathParameters {
         visit("filter", filter);
         visit("interactive", interactive);
         visit("smoothing", smoothing);
-        visit("steady", steady);
+        visit("stabiliser", stabiliser);
         visit("line", line);
         visit("curve", curve);
         visit("snap", snap);

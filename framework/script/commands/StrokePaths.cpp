@@ -69,7 +69,7 @@ PenStrokeOptions PenOf(CommandContext& context, const StrokeParameters& stroke) 
     pen.poll = [&context] { context.ThrowIfCancelled(); };
     // Samples of scripts are exact, so the tool's smoothing and stabiliser apply only to pens.
     if (!isPen || path.smoothing) pen.smoothing = path.smoothing.value_or(0.0f);
-    if (!isPen || path.steady) pen.steady = path.steady.value_or(0.0f);
+    if (!isPen || path.stabiliser) pen.steady = path.stabiliser.value_or(0.0f);
     if (!IsImprint(context.document.Brush())) pen.shape = ShapeOf(stroke);
     return pen;
 }

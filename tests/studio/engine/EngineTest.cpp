@@ -141,7 +141,7 @@ TEST_F(StudioEngine, ACopyThatFollowsTheUpdatesEqualsTheSurfaceAfterAllOfThem) {
     Draw({}, 0.5f);
     engine->EndStroke();
     engine->Run({{"undo", 1}});
-    engine->Run({{"freeze", {{"center", {0, 0, 0}}, {"radius", 0.5}}}});
+    engine->Run({{"mask", {{"center", {0, 0, 0}}, {"radius", 0.5}}}});
     Finish();
     engine->Save(Path("work.trovik"));
     Finish();

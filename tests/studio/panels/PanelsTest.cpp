@@ -50,7 +50,7 @@ TEST_F(StudioWindow, EverySliderSendsItsOwnSetting) {
     OpenSphere();
     engine.Run({{"set",
                  {{"stamp", {{"enabled", true}}},
-                  {"facing", {{"on", true}}},
+                  {"facing", {{"enabled", true}}},
                   {"pressureControlsSize", true}}}});
     Finish();
     int sliders = 0;
@@ -96,14 +96,14 @@ TEST_F(StudioWindow, SwitchesListsAndOptionalNumbersSendTheirSteps) {
     Q_EMIT direction->activated(index);
     EXPECT_EQ(LastStep(), (json{{"set", {{"direction", "camera"}}}}));
 
-    auto* steady = panel.Control("steady")->findChild<PanelCheck*>();
+    auto* steady = panel.Control("stabiliser")->findChild<PanelCheck*>();
     EXPECT_FALSE(steady->isChecked());
     steady->click();
-    EXPECT_EQ(LastStep(), (json{{"set", {{"steady", 0.04}}}}));
+    EXPECT_EQ(LastStep(), (json{{"set", {{"stabiliser", 0.04}}}}));
     Finish();
     EXPECT_TRUE(steady->isChecked());
     steady->click();
-    EXPECT_EQ(LastStep(), (json{{"set", {{"steady", false}}}}));
+    EXPECT_EQ(LastStep(), (json{{"set", {{"stabiliser", false}}}}));
 
     auto* pixels = panel.Control("radiusPixels")->findChild<PanelCheck*>();
     pixels->click();

@@ -198,7 +198,7 @@ TEST_F(StudioWindow, ThePaletteRunsTheBestMatchAndPutsItFirst) {
     QTest::keyClick(palette.findChild<QLineEdit*>(), Qt::Key_Return);
     EXPECT_FALSE(palette.isVisible());
     QApplication::processEvents();
-    EXPECT_EQ(LastStep(), (nlohmann::json{{"freeze", "invert"}}));
+    EXPECT_EQ(LastStep(), (nlohmann::json{{"mask", "invert"}}));
     EXPECT_EQ(QApplication::focusWidget(), viewport);
     palette.Open();
     EXPECT_EQ(palette.Listed().first(), "mask.invert");

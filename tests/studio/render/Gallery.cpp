@@ -78,7 +78,7 @@ int main(int argc, char** argv) {
         save("ring");
         const nlohmann::json center = {ring.position.x, ring.position.y, ring.position.z};
         shown.runner.Do(
-            {{"freeze", {{"center", center}, {"radius", size * 0.16f}, {"soft", 0.3f}}}});
+            {{"mask", {{"center", center}, {"radius", size * 0.16f}, {"softness", 0.3f}}}});
         viewport.Add(shown.feed);
         save("mask");
         viewport.camera.Dolly(ring.position, 0.22f);

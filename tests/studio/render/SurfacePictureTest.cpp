@@ -108,8 +108,8 @@ TEST_F(SurfacePictureTest, ShowsLayersMaskHiddenFacesLevelsAndTransforms) {
     EXPECT_TRUE(StepIsShown(stroke));
     EXPECT_TRUE(StepIsShown(R"({"layer": {"strength": 0.4}})"));
     EXPECT_TRUE(StepIsShown(R"({"layer": {"visible": false}})"));
-    EXPECT_TRUE(StepIsShown(R"({"freeze": {"box": [62, 50, 112, 100]}})"));
-    EXPECT_TRUE(StepIsShown(R"({"freeze": {"blur": 3}})"));
+    EXPECT_TRUE(StepIsShown(R"({"mask": {"box": [62, 50, 112, 100]}})"));
+    EXPECT_TRUE(StepIsShown(R"({"mask": {"blur": 3}})"));
     EXPECT_TRUE(StepIsShown(R"({"hide": {"mask": 0.9}})"));
     EXPECT_TRUE(StepIsShown(R"({"invertVisibility": true})"));
     EXPECT_TRUE(StepIsShown(R"({"show": "all"})"));
@@ -133,7 +133,7 @@ TEST_F(SurfacePictureTest, ShowsEverySettingOfTheSurface) {
         EXPECT_EQ(now, Fresh());
         picture = now;
     };
-    shown.Do(R"({"freeze": {"box": [62, 50, 112, 100]}})");
+    shown.Do(R"({"mask": {"box": [62, 50, 112, 100]}})");
     picture = Follow();
     using Frame = ViewportRenderer::Frame;
     change("mask", [](Frame& frame) { frame.settings.showsMask = false; });
@@ -213,7 +213,7 @@ TEST_F(SurfacePictureTest, CountsItsWork) {
 }
 
 TEST_F(SurfacePictureTest, SpreadsUploadsOverFrames) {
-    shown.Do(R"({"freeze": "all"})");
+    shown.Do(R"({"mask": "all"})");
     viewport.frame.uploadBudget = 10 * patchBytes;
     viewport.Add(shown.feed);
     const RenderStats& stats = viewport.Renderer().Stats();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Commands that render: "picture", and "sheet", which arranges kept renders on a contact
-/// sheet.
+/// \file Commands that render: "render", and "contactSheet", which arranges kept renders on a
+/// contact sheet.
 #include "framework/render/RenderFile.h"
 #include "framework/render/RenderedLevel.h"
 #include "framework/script/commands/CameraParameters.h"
@@ -15,11 +15,11 @@ namespace {
 
 constexpr int gap = 12;
 
-struct KeptPictures {
+struct KeptRenders {
     std::map<std::string, RenderImage> byName;
 };
 
-struct PictureParameters {
+struct RenderParameters {
     std::optional<std::string> file;
     std::optional<std::string> keep;
     std::optional<int> width;
@@ -50,7 +50,7 @@ struct PictureParameters {
     }
 };
 
-RenderOptions OptionsOf(const PictureParameters& parameters, const StrokeView& view) {
+RenderOptions OptionsOf(const RenderParameters& parameters, const StrokeView& view) {
     RenderOptions options;
     options.width = parameters.width.value_or(view.width);
     options.height = parameters.height.value_or(view.height);
@@ -69,7 +69,7 @@ RenderOptions OptionsOf(const PictureParameters& parameters, const StrokeView& v
 
 /// Renders one image, or the frames of a turntable, and passes each to `take` when it is complete.
 void Render(CommandContext& context,
-            const PictureParameters& parameters,
+            const RenderParameters& parameters,
             const std::function<void(RenderImage, int index)>& take) {
     Document& document = context.document;
     const int frames = parameters.frames.value_or(1);
@@ -112,7 +112,7 @@ void Render(CommandContext& context,
     }
 }
 
-void CheckKinds(const PictureParameters& parameters) {
+void CheckKinds(const RenderParameters& parameters) {
     if (!parameters.file && !parameters.keep) throw FieldFault("", "needs \"file\" or \"keep\"");
     if (parameters.frames && parameters.keep) {
         throw FieldFault("/keep",
@@ -127,7 +127,7 @@ void CheckKinds(const PictureParameters& parameters) {
 
 /// The paths of the image files to write; with "frames" one path per frame.
 std::vector<std::string> Targets(const CommandContext& context,
-                                 const PictureParameters& parameters) {
+                                 const RenderParameters& parameters) {
     if (!parameters.file) return {};
     if (!parameters.frames) return {context.OutputPath(*parameters.file, "/file")};
     std::vector<std::string> targets;
@@ -136,7 +136,7 @@ std::vector<std::string> Targets(const CommandContext& context,
     return targets;
 }
 
-void RenderOnce(CommandContext& context, const PictureParameters& parameters) {
+void RenderOnce(CommandContext& context, const RenderParameters& parameters) {
     CheckKinds(parameters);
     const std::vector<std::string> targets = Targets(context, parameters);
     Render(context, parameters, [&](RenderImage picture, int index) {
@@ -146,80 +146,81 @@ void RenderOnce(CommandContext& context, const PictureParameters& parameters) {
             context.NoteWritten(target);
         }
         if (parameters.keep)
-            context.Kept<KeptPictures>().byName[*parameters.keep] = std::move(picture);
+            context.Kept<KeptRenders>().byName[*parameters.keep] = std::move(picture);
     });
 }
 
-void CheckPicture(CommandContext& context, const PictureParameters& parameters) {
+void CheckRender(CommandContext& context, const RenderParameters& parameters) {
     CheckKinds(parameters);
-    if (parameters.keep) context.Kept<KeptPictures>().byName[*parameters.keep] = RenderImage();
+    if (parameters.keep) context.Kept<KeptRenders>().byName[*parameters.keep] = RenderImage();
     if (parameters.camera) ViewOf(context, *parameters.camera, context.document.View(), "/camera");
     for (const std::string& target : Targets(context, parameters)) context.NoteWritten(target);
 }
 
-void PreparePicture(CommandContext& context, const PictureParameters& parameters) {
+void PrepareRender(CommandContext& context, const RenderParameters& parameters) {
     if (parameters.beforeAfter.value_or(false)) context.Kept<InitialSurface>().isWanted = true;
 }
 
-struct SheetParameters {
+struct ContactSheetParameters {
     std::string file;
-    std::vector<std::string> pictures;
+    std::vector<std::string> renders;
     std::optional<int> columns;
 
     template <typename Visitor>
     void Fields(Visitor& visit) {
         visit("file", file);
-        visit("pictures", pictures);
+        visit("renders", renders);
         visit("columns", columns);
     }
 };
 
 /// The renders that were kept under these names.
-std::vector<const RenderImage*> KeptPicturesNamed(CommandContext& context,
-                                                  const std::vector<std::string>& names) {
-    const auto& kept = context.Kept<KeptPictures>().byName;
-    std::vector<const RenderImage*> pictures;
+std::vector<const RenderImage*> KeptRendersNamed(CommandContext& context,
+                                                 const std::vector<std::string>& names) {
+    const auto& kept = context.Kept<KeptRenders>().byName;
+    std::vector<const RenderImage*> renders;
     for (std::size_t i = 0; i < names.size(); ++i) {
-        const std::string pointer = "/pictures/" + std::to_string(i);
+        const std::string pointer = "/renders/" + std::to_string(i);
         const auto found = kept.find(names[i]);
-        if (found == kept.end()) throw FieldFault(pointer, "no picture was kept under this name");
-        const RenderImage& picture = found->second;
-        if (!pictures.empty() && (pictures.front()->width != picture.width ||
-                                  pictures.front()->height != picture.height))
-            throw FieldFault(pointer, "all pictures of a sheet must have the same size");
-        pictures.push_back(&picture);
+        if (found == kept.end()) throw FieldFault(pointer, "no render was kept under this name");
+        const RenderImage& render = found->second;
+        if (!renders.empty() &&
+            (renders.front()->width != render.width || renders.front()->height != render.height))
+            throw FieldFault(pointer, "all renders of a contact sheet must have the same size");
+        renders.push_back(&render);
     }
-    return pictures;
+    return renders;
 }
 
-void Sheet(CommandContext& context, const SheetParameters& parameters) {
-    std::vector<RenderImage> pictures;
-    for (const RenderImage* picture : KeptPicturesNamed(context, parameters.pictures))
-        pictures.push_back(*picture);
+void ContactSheet(CommandContext& context, const ContactSheetParameters& parameters) {
+    std::vector<RenderImage> renders;
+    for (const RenderImage* render : KeptRendersNamed(context, parameters.renders))
+        renders.push_back(*render);
     const std::string file = context.OutputPath(parameters.file, "/file");
-    WriteRender(
-        file, MakeContactSheet(pictures, parameters.columns.value_or(5), gap, parameters.pictures));
+    WriteRender(file,
+                MakeContactSheet(renders, parameters.columns.value_or(5), gap, parameters.renders));
     context.NoteWritten(file);
 }
 
-void CheckSheet(CommandContext& context, const SheetParameters& parameters) {
-    KeptPicturesNamed(context, parameters.pictures);
+void CheckContactSheet(CommandContext& context, const ContactSheetParameters& parameters) {
+    KeptRendersNamed(context, parameters.renders);
     context.NoteWritten(context.OutputPath(parameters.file, "/file"));
 }
 
-const CommandRegistration<PictureParameters> picture({.name = "picture",
-                                                      .duringStroke = DuringStroke::Allowed,
-                                                      .isJournaled = false,
-                                                      .writesFiles = true},
-                                                     RenderOnce,
-                                                     CheckPicture,
-                                                     PreparePicture);
-const CommandRegistration<SheetParameters> sheet({.name = "sheet",
-                                                  .duringStroke = DuringStroke::Allowed,
-                                                  .isJournaled = false,
-                                                  .writesFiles = true},
-                                                 Sheet,
-                                                 CheckSheet);
+const CommandRegistration<RenderParameters> render({.name = "render",
+                                                    .duringStroke = DuringStroke::Allowed,
+                                                    .isJournaled = false,
+                                                    .writesFiles = true},
+                                                   RenderOnce,
+                                                   CheckRender,
+                                                   PrepareRender);
+const CommandRegistration<ContactSheetParameters> contactSheet(
+    {.name = "contactSheet",
+     .duringStroke = DuringStroke::Allowed,
+     .isJournaled = false,
+     .writesFiles = true},
+    ContactSheet,
+    CheckContactSheet);
 
 }  // namespace
 
