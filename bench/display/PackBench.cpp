@@ -87,9 +87,9 @@ void PackDab(benchmark::State& state, bool scattered) {
     LevelMesh& level = Level(state.range(0));
     const PatchLayout layout(level);
     std::vector<std::vector<uint32_t>> dabs;
-    const uint32_t places = scattered ? 24 : 1;
-    for (uint32_t i = 0; i < places; ++i)
-        dabs.push_back(PatchesAround(level, layout, i * (layout.PatchCount() / places)));
+    const uint32_t regions = scattered ? 24 : 1;
+    for (uint32_t i = 0; i < regions; ++i)
+        dabs.push_back(PatchesAround(level, layout, i * (layout.PatchCount() / regions)));
     PatchPacker packer(level, layout);
     std::vector<DisplayVertex> out(layout.VertexCount(dabs[0]));
     std::size_t dab = 0;

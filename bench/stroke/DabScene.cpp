@@ -96,7 +96,7 @@ DabScene::DabScene(Tool tool, Variation itsVariation, int64_t vertices)
             mesh.SetActiveLayer(nullptr);
             break;
         case Variation::WorldSpace:
-            bench.geometry->Place().Set({1.0f, 1.0f, 1.5f}, {}, {});
+            bench.geometry->Transform().Set({1.0f, 1.0f, 1.5f}, {}, {});
             break;
         case Variation::Plain:
             break;
@@ -111,7 +111,7 @@ void DabScene::RevertStroke() {
 
 DabScene::~DabScene() {
     RevertStroke();
-    bench.geometry->Place().Set({1.0f, 1.0f, 1.0f}, {}, {});
+    bench.geometry->Transform().Set({1.0f, 1.0f, 1.0f}, {}, {});
     mesh.SetFreeze(0, 0);
     mesh.SetActiveLayer(nullptr);
     bench.layer.reset();

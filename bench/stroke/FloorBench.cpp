@@ -21,12 +21,12 @@ void TouchPatch(
     const uint32_t side = 1u << level;
     const uint32_t points = side + 1;
     const uint32_t* slice = brush.PatchSlice(patch);
-    const uint32_t* places = SubdivisionLevel::QuadVertexIndexTable(level).array;
+    const uint32_t* indexTable = SubdivisionLevel::QuadVertexIndexTable(level).array;
     const uint32_t* faces = SubdivisionLevel::QuadIndexTable(level).array;
     PatchVertexEntry* list = brush.patchVertexList;
     for (uint32_t row = 0, i = 0; row < points; ++row)
         for (uint32_t column = 0; column < points; ++column, ++i)
-            list[i] = {slice[places[i]],
+            list[i] = {slice[indexTable[i]],
                        faces[std::min(row, side - 1) * side + std::min(column, side - 1)],
                        (row + 1) * brush.gridStride + column + 1};
     const uint32_t count = points * points;
@@ -49,7 +49,7 @@ void TouchPatch(
     for (uint32_t row = 0, i = 0; row < points; ++row)
         for (uint32_t column = 0; column < points; ++column, ++i) {
             Use(_mm_castps_si128(grid[(row + 1) * brush.gridStride + column + 1].lanes));
-            PackedNormal& normal = normals[slice[places[i]]];
+            PackedNormal& normal = normals[slice[indexTable[i]]];
             normal.x = 0;
             normal.y = 0;
             normal.z = 32767;

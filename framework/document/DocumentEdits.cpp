@@ -11,9 +11,9 @@ namespace trovik {
 
 void Document::Reset(uint32_t levels, uint64_t byteBudget, JobControl* job) {
     RequireNoStroke("reset the mesh");
-    const MatrixTransform transform = geometry->Place();
+    const MatrixTransform transform = geometry->Transform();
     BuildGeometry(levels, byteBudget, job);
-    geometry->Place() = transform;
+    geometry->Transform() = transform;
     entries.Restart();
     for (uint32_t i = 0; i <= levels; ++i) geometry->ReportAll(i, SurfaceChange::Topology);
     NotifyChanges();
@@ -185,8 +185,8 @@ bool Document::ChangeVisibility(VisibilityChange change, const FaceChoice& chose
 
 void Document::SetTransform(const MatrixTransform& transform) {
     RequireNoStroke("transform the mesh");
-    const MatrixTransform before = geometry->Place();
-    geometry->Place() = transform;
+    const MatrixTransform before = geometry->Transform();
+    geometry->Transform() = transform;
     Push(MakeTransformStep(*geometry, before));
 }
 

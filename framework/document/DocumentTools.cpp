@@ -27,7 +27,7 @@ void Document::StoreGlobals() {
     if (active == nullptr) return;
     HostScene& scene = *HostKernel::Instance().Scene();
     active->facingActive = std::exchange(CheckableFloatArray::s_bActive, false);
-    active->camera = std::exchange(scene.OwnCamera().Place(), MatrixTransform());
+    active->camera = std::exchange(scene.OwnCamera().Transform(), MatrixTransform());
     scene.RemoveGeometry(active->geometry.get());
     active = nullptr;
 }
@@ -36,7 +36,7 @@ void Document::BecomeActive() {
     StoreGlobals();
     HostScene& scene = *HostKernel::Instance().Scene();
     CheckableFloatArray::s_bActive = facingActive;
-    scene.OwnCamera().Place() = camera;
+    scene.OwnCamera().Transform() = camera;
     scene.AddGeometry(geometry.get());
     active = this;
 }
@@ -106,7 +106,7 @@ void Document::SetTopologicalMirror(JobControl* job) {
 
 void Document::UpdateCamera() {
     Activate();
-    HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(settings.view.ToWorld());
+    HostKernel::Instance().Scene()->OwnCamera().Transform().SetMatrix(settings.view.ToWorld());
     NotifyCamera();
 }
 

@@ -13,8 +13,8 @@ public:
     }
 
     void Apply(LevelGeometry& geometry) override {
-        const MatrixTransform present = geometry.Place();
-        geometry.Place() = other;
+        const MatrixTransform present = geometry.Transform();
+        geometry.Transform() = other;
         other = present;
     }
 
@@ -37,7 +37,7 @@ bool Same(const MatrixTransform& a, const MatrixTransform& b) {
 
 std::unique_ptr<UndoStep> MakeTransformStep(const LevelGeometry& geometry,
                                             const MatrixTransform& transformBefore) {
-    if (Same(geometry.Place(), transformBefore)) return nullptr;
+    if (Same(geometry.Transform(), transformBefore)) return nullptr;
     return std::make_unique<TransformStep>(transformBefore);
 }
 

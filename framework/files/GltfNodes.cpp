@@ -26,17 +26,17 @@ std::vector<std::size_t> RootsOf(const GltfDocument& document) {
                             " is the default scene, but the number of scenes is " +
                             std::to_string(model.scenes.size()));
         }
-        const GltfLocation place(document, "scene", number);
+        const GltfLocation location(document, "scene", number);
         for (const int node : model.scenes[number].nodes) {
-            roots.push_back(place.Checked(node, model.nodes.size(), "node"));
+            roots.push_back(location.Checked(node, model.nodes.size(), "node"));
         }
         return roots;
     }
     std::vector<bool> isChild(model.nodes.size(), false);
     for (std::size_t number = 0; number < model.nodes.size(); ++number) {
-        const GltfLocation place(document, "node", number);
+        const GltfLocation location(document, "node", number);
         for (const int child : model.nodes[number].children) {
-            isChild[place.Checked(child, model.nodes.size(), "node")] = true;
+            isChild[location.Checked(child, model.nodes.size(), "node")] = true;
         }
     }
     for (std::size_t number = 0; number < model.nodes.size(); ++number) {
@@ -67,20 +67,20 @@ std::vector<GltfShownMesh> FindShownMeshes(const GltfDocument& document) {
     while (!open.empty()) {
         const Visit visit = open.back();
         open.pop_back();
-        const GltfLocation place(document, "node", visit.node);
+        const GltfLocation location(document, "node", visit.node);
         if (seen[visit.node]) {
-            place.Refuse("it has several parents, or is its own ancestor");
+            location.Refuse("it has several parents, or is its own ancestor");
         }
         seen[visit.node] = true;
         const tinygltf::Node& node = model.nodes[visit.node];
-        const GltfTransform transform = Product(visit.parent, LocalTransform(node, place));
+        const GltfTransform transform = Product(visit.parent, LocalTransform(node, location));
         if (node.mesh >= 0) {
             shown.push_back(
-                {place.Checked(node.mesh, model.meshes.size(), "mesh"), transform, &node});
+                {location.Checked(node.mesh, model.meshes.size(), "mesh"), transform, &node});
         }
         for (std::size_t child = node.children.size(); child-- > 0;) {
             open.push_back(
-                {place.Checked(node.children[child], model.nodes.size(), "node"), transform});
+                {location.Checked(node.children[child], model.nodes.size(), "node"), transform});
         }
     }
     return shown;

@@ -29,10 +29,10 @@ struct PlyRow {
 
 /// \throw HostError with the file, the location and the row.
 [[noreturn]] inline void RefuseRow(const InputFile& file,
-                                   const std::string& place,
+                                   const std::string& location,
                                    const PlyRow& row,
                                    const std::string& reason) {
-    throw HostError(file.Path() + ", " + place + ": element '" + row.element->name + "', row " +
+    throw HostError(file.Path() + ", " + location + ": element '" + row.element->name + "', row " +
                     std::to_string(row.number) + " of " + std::to_string(row.element->count) +
                     " (counted from 0): " + reason);
 }
@@ -78,7 +78,7 @@ public:
         }
     }
 
-    std::string Place() const { return "line " + std::to_string(line); }
+    std::string Location() const { return "line " + std::to_string(line); }
 
 private:
     static constexpr std::string_view Blanks = " \t\r\v\f";
@@ -102,7 +102,7 @@ private:
     }
 
     [[noreturn]] void RefuseEnd(const PlyRow& row) const {
-        RefuseRow(file, Place(), row, "the file ends too early");
+        RefuseRow(file, Location(), row, "the file ends too early");
     }
 
     [[noreturn]] void RefuseWord(std::string_view word,
@@ -112,7 +112,7 @@ private:
         for (const char letter : word.substr(0, 40)) {
             quoted += letter >= ' ' && letter <= '~' ? letter : '?';
         }
-        RefuseRow(file, Place(), row, "'" + quoted + "' is not " + wanted);
+        RefuseRow(file, Location(), row, "'" + quoted + "' is not " + wanted);
     }
 
     InputFile& file;
@@ -147,7 +147,7 @@ public:
         }
     }
 
-    std::string Place() const { return "byte " + std::to_string(file.Position()); }
+    std::string Location() const { return "byte " + std::to_string(file.Position()); }
 
 private:
     const unsigned char* Bytes(std::size_t size, const PlyRow& row) {
@@ -159,7 +159,7 @@ private:
     }
 
     [[noreturn]] void RefuseEnd(const PlyRow& row) const {
-        RefuseRow(file, Place(), row, "the file ends too early");
+        RefuseRow(file, Location(), row, "the file ends too early");
     }
 
     template <class Number>

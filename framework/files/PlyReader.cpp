@@ -61,19 +61,19 @@ private:
         std::array<float, plyVertexNumbers> values = {};
         values[plyAlpha] = 1.0f;
         for (PlyRow row{&element, 0}; row.number < element.count; ++row.number) {
-            for (std::size_t i = 0; i < targets.places.size(); ++i) {
+            for (std::size_t i = 0; i < targets.slots.size(); ++i) {
                 const PlyProperty& property = element.properties[i];
-                if (targets.places[i] < 0) {
+                if (targets.slots[i] < 0) {
                     SkipProperty(property, row);
                     continue;
                 }
-                const auto place = static_cast<std::size_t>(targets.places[i]);
-                values[place] = body.Float(property.type, row);
-                if (place >= plyFirstColor) {
-                    values[place] /= ColorScale(property.type);
+                const auto slot = static_cast<std::size_t>(targets.slots[i]);
+                values[slot] = body.Float(property.type, row);
+                if (slot >= plyFirstColor) {
+                    values[slot] /= ColorScale(property.type);
                 }
-                if (place >= plyFirstUv && !std::isfinite(values[place])) {
-                    RefuseRow(file, body.Place(), row, "'" + property.name + "' is not finite");
+                if (slot >= plyFirstUv && !std::isfinite(values[slot])) {
+                    RefuseRow(file, body.Location(), row, "'" + property.name + "' is not finite");
                 }
             }
             mesh.positions.push_back({values[0], values[1], values[2]});
@@ -157,7 +157,7 @@ private:
         const std::int64_t length = body.Whole(property.countType, row);
         if (length < 0 || length > std::int64_t{0xFFFFFFFF}) {
             RefuseRow(file,
-                      body.Place(),
+                      body.Location(),
                       row,
                       "a list cannot have " + std::to_string(length) + " entries");
         }
@@ -169,7 +169,7 @@ private:
         const std::uint64_t length = ReadLength(property, row);
         if (length < 3 || length > maxFaceCorners) {
             RefuseRow(file,
-                      body.Place(),
+                      body.Location(),
                       row,
                       "a face has " + std::to_string(length) + " corners; it must have 3 to " +
                           std::to_string(maxFaceCorners));
@@ -178,7 +178,7 @@ private:
             const std::int64_t vertex = body.Whole(property.type, row);
             if (vertex < 0 || vertex > std::int64_t{0xFFFFFFFF}) {
                 RefuseRow(file,
-                          body.Place(),
+                          body.Location(),
                           row,
                           "the vertex number " + std::to_string(vertex) + " is not valid");
             }
@@ -192,7 +192,7 @@ private:
         for (std::uint64_t i = 0; i < length; ++i) {
             rowUvs.push_back(body.Float(property.type, row));
             if (!std::isfinite(rowUvs.back())) {
-                RefuseRow(file, body.Place(), row, "a texture coordinate is not finite");
+                RefuseRow(file, body.Location(), row, "a texture coordinate is not finite");
             }
         }
     }

@@ -34,14 +34,14 @@ PlyVertexTargets FindPlyVertexTargets(const std::string& path, const PlyElement&
             std::find_if(std::begin(Names), std::end(Names), [&property](const auto& entry) {
                 return entry.first == property.name;
             });
-        int place = name == std::end(Names) || property.isList ? -1 : name->second;
+        int slot = name == std::end(Names) || property.isList ? -1 : name->second;
         // If several properties are names of the same number, the first one is used.
-        if (place >= 0 && found[static_cast<std::size_t>(place)]) {
-            place = -1;
+        if (slot >= 0 && found[static_cast<std::size_t>(slot)]) {
+            slot = -1;
         }
-        targets.places.push_back(place);
-        if (place >= 0) {
-            found[static_cast<std::size_t>(place)] = true;
+        targets.slots.push_back(slot);
+        if (slot >= 0) {
+            found[static_cast<std::size_t>(slot)] = true;
         }
     }
     for (std::size_t i = 0; i < plyFirstNormal; ++i) {

@@ -19,7 +19,7 @@ inline constexpr std::size_t plyVertexNumbers = 12;
 
 struct PlyVertexTargets {
     /// For each property, its index among the numbers that are read, or -1 if it is skipped.
-    std::vector<int> places;
+    std::vector<int> slots;
     bool hasNormals = false;
     bool hasUvs = false;
     bool hasColors = false;

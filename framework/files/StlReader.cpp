@@ -137,7 +137,7 @@ public:
             }
         }
         if (inSolid) {
-            throw HostError(Place() + ": the file ends without 'endsolid'");
+            throw HostError(Location() + ": the file ends without 'endsolid'");
         }
         return triangles.Finish(file.Path(), job);
     }
@@ -168,14 +168,14 @@ private:
         return text;
     }
 
-    std::string Place() const { return file.Path() + ", line " + std::to_string(line); }
+    std::string Location() const { return file.Path() + ", line " + std::to_string(line); }
 
     [[noreturn]] void Refuse(const std::string& expected, std::string_view word) const {
         std::string quoted;
         for (const char letter : word.substr(0, 40)) {
             quoted += letter >= ' ' && letter <= '~' ? letter : '?';
         }
-        throw HostError(Place() + ": expected " + expected + ", but " +
+        throw HostError(Location() + ": expected " + expected + ", but " +
                         (word.empty() ? "the file ends" : "found '" + quoted + "'"));
     }
 

@@ -54,7 +54,7 @@ Vector FreezeBrush::Eye() const {
     Vector world;
     Vector local;
     g_pKernel->Scene()->ActiveCamera()->Transformation()->LocalToWorld(&world, &origin, 1.0f);
-    GeometryOf(*level).Place().WorldToLocal(&local, &world, 1.0f);
+    GeometryOf(*level).Transform().WorldToLocal(&local, &world, 1.0f);
     return local;
 }
 
@@ -138,7 +138,7 @@ void FreezeBrush::Apply(const std::vector<FreezeReach>& reached,
         const float weight = weights[i] > 0.0f ? std::min(weights[i], 1.0f) : 0.0f;
         maskWeights[i] = maskWeight + (target - maskWeight) * weight;
     }
-    const Matrix& toWorld = GeometryOf(*level).Place().ToWorld();
+    const Matrix& toWorld = GeometryOf(*level).Transform().ToWorld();
     std::vector<uint32_t> changed;
     for (std::size_t i = 0; i < reached.size(); ++i) {
         const uint32_t vertex = reached[i].vertex;

@@ -12,12 +12,12 @@ namespace trovik {
 std::vector<float> ScaledCurvatures(const LevelGeometry& geometry, float size, uint32_t rings) {
     const LevelMesh& level = *geometry.Bound();
     const uint32_t vertices = level.VertexCount();
-    const Matrix& toWorld = geometry.Place().ToWorld();
+    const Matrix& toWorld = geometry.Transform().ToWorld();
     std::vector<Vector> positions(vertices);
     std::vector<Vector> normals(vertices);
     for (uint32_t v = 0; v < vertices; ++v) {
         positions[v] = toWorld.AffineTransform(level.Position(v), 1.0f);
-        normals[v] = WorldNormal(geometry.Place(), Unpacked(level.vertexNormals.array[v]));
+        normals[v] = WorldNormal(geometry.Transform(), Unpacked(level.vertexNormals.array[v]));
     }
     return MeanCurvatures(level, positions, normals, size, rings);
 }

@@ -13,7 +13,7 @@ class BallWalk final : public FaceEnumerator {
 public:
     BallWalk(LevelMesh& walkedLevel, const Vector& ballCenter, float ballRadius)
         : level(walkedLevel),
-          toWorld(GeometryOf(level).Place().ToWorld()),
+          toWorld(GeometryOf(level).Transform().ToWorld()),
           center(ballCenter),
           radius(ballRadius) {}
 

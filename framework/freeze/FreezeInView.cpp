@@ -55,7 +55,7 @@ class Sight {
 public:
     Sight(const LevelGeometry& geometry, const PatchTree& patchTree, const StrokeView& view)
         : level(*geometry.Bound()), tree(patchTree) {
-        geometry.Place().WorldToLocal(&eye, &view.eye, 1.0f);
+        geometry.Transform().WorldToLocal(&eye, &view.eye, 1.0f);
     }
 
     bool Reaches(uint32_t vertex, ViewReach reach) const {
@@ -101,7 +101,7 @@ std::vector<float> WeightsInView(const LevelGeometry& geometry,
     const LevelMesh& level = *geometry.Bound();
     const Projection projection(view);
     const Sight sight(geometry, tree, view);
-    const Matrix& toWorld = geometry.Place().ToWorld();
+    const Matrix& toWorld = geometry.Transform().ToWorld();
     std::vector<float> weights(level.VertexCount(), 0.0f);
     LimitWorkerThreads();
     const tbb::blocked_range<uint32_t> all(0, level.VertexCount(), 4096);

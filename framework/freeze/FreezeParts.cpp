@@ -41,7 +41,7 @@ private:
 template <typename WeightAt>
 std::vector<float> WeightsByPosition(const LevelGeometry& geometry, WeightAt weightAt) {
     const LevelMesh& level = *geometry.Bound();
-    const Matrix& toWorld = geometry.Place().ToWorld();
+    const Matrix& toWorld = geometry.Transform().ToWorld();
     std::vector<float> weights(level.VertexCount());
     for (uint32_t v = 0; v < level.VertexCount(); ++v)
         weights[v] = weightAt(toWorld.AffineTransform(level.Position(v), 1.0f));
@@ -85,8 +85,8 @@ std::vector<float> WeightsInSphere(const LevelGeometry& geometry,
                                    const Vector& center,
                                    float radius,
                                    float soft) {
-    return WeightsByPosition(geometry, [&](const Vector& place) {
-        const float rim = (place - center).Length() / radius;
+    return WeightsByPosition(geometry, [&](const Vector& position) {
+        const float rim = (position - center).Length() / radius;
         if (!(rim <= 1.0f)) return 0.0f;
         return soft > 0.0f ? std::min(1.0f, (1.0f - rim) / soft) : 1.0f;
     });

@@ -44,13 +44,13 @@ Vector Sum(const Vector& base,
     return sum;
 }
 
-Vector PlaceOf(const LayerBase::LayeredVertex& layeredVertex, const Vector& sum) {
-    return SameBits(sum, layeredVertex.sum) ? layeredVertex.place : sum;
+Vector PositionOf(const LayerBase::LayeredVertex& layeredVertex, const Vector& sum) {
+    return SameBits(sum, layeredVertex.sum) ? layeredVertex.position : sum;
 }
 
-void Note(LayerBase::LayeredVertex& layeredVertex, const Vector& sum, const Vector& place) {
+void Note(LayerBase::LayeredVertex& layeredVertex, const Vector& sum, const Vector& position) {
     layeredVertex.sum = sum;
-    layeredVertex.place = place;
+    layeredVertex.position = position;
 }
 
 uint64_t Mix(uint64_t hash, float value) {
@@ -131,7 +131,7 @@ LayerBase::LayeredVertex LayerBase::Settled(const LayeredVertex* known,
     if (known != nullptr) {
         layeredVertex = *known;
         const Vector expected =
-            PlaceOf(layeredVertex, Sum(layeredVertex.base, layers, first, last));
+            PositionOf(layeredVertex, Sum(layeredVertex.base, layers, first, last));
         if (!SameBits(expected, present))
             AbsorbMove(layeredVertex, layers, first, last, present, expected);
         return layeredVertex;
@@ -194,19 +194,20 @@ LayerBase::VertexLayers LayerBase::VertexLayersOf(const LevelMesh& level,
 LayerBase::VertexLayers LayerBase::Carried(const VertexLayers& held,
                                            const Layers& layers,
                                            const Vector& present,
-                                           const Vector& place,
+                                           const Vector& position,
                                            const SurfaceMove& move) {
     const VertexLayers::Entry* const heldEnd = held.entries.data() + held.entries.size();
     const Vector sum = Sum(held.layeredVertex.base, layers, held.entries.data(), heldEnd);
     // Otherwise, a layer has deferred the position.
-    const bool isComposed = SameBits(PlaceOf(held.layeredVertex, sum), present);
+    const bool isComposed = SameBits(PositionOf(held.layeredVertex, sum), present);
     VertexLayers carried = held;
     carried.layeredVertex.base = move.Carried(held.layeredVertex.base);
-    bool isNumber = IsFinite(place) && IsFinite(carried.layeredVertex.base);
+    bool isNumber = IsFinite(position) && IsFinite(carried.layeredVertex.base);
     for (VertexLayers::Entry& entry : carried.entries) {
         SculptLayer::State& state = entry.state;
         if (!(state.offset == Vector())) state.offset = move.turn.Turned(state.offset);
-        state.seen = isComposed || SameBits(state.seen, present) ? place : move.Carried(state.seen);
+        state.seen =
+            isComposed || SameBits(state.seen, present) ? position : move.Carried(state.seen);
         isNumber = isNumber && IsFinite(state.offset) && IsFinite(state.seen);
     }
     const VertexLayers::Entry* const first = carried.entries.data();
@@ -217,14 +218,14 @@ LayerBase::VertexLayers LayerBase::Carried(const VertexLayers& held,
     }
     if (!isNumber) return held;
     if (isComposed)
-        Note(carried.layeredVertex, Sum(carried.layeredVertex.base, layers, first, last), place);
+        Note(carried.layeredVertex, Sum(carried.layeredVertex.base, layers, first, last), position);
     else
         Note(carried.layeredVertex, carried.layeredVertex.base, carried.layeredVertex.base);
     return carried;
 }
 
 bool LayerBase::SameLayeredVertex(const LayeredVertex& a, const LayeredVertex& b) {
-    return SameBits(a.base, b.base) && SameBits(a.sum, b.sum) && SameBits(a.place, b.place);
+    return SameBits(a.base, b.base) && SameBits(a.sum, b.sum) && SameBits(a.position, b.position);
 }
 
 std::vector<LayerBase::OtherLayeredVertex> LayerBase::DifferencesTo(
@@ -270,14 +271,15 @@ LayerBase::Replaced LayerBase::Compose(LevelMesh& level, const Layers& layers) {
     const Touched* const end = touched.data() + touched.size();
     const Touched* first = touched.data();
     const auto compose = [&](LayeredVertex& layeredVertex, const Touched* last) {
-        const Vector place = PlaceOf(layeredVertex, Sum(layeredVertex.base, layers, first, last));
-        if (!SameBits(place, level.Position(layeredVertex.vertex)))
-            moves.emplace_back(layeredVertex.vertex, place);
+        const Vector position =
+            PositionOf(layeredVertex, Sum(layeredVertex.base, layers, first, last));
+        if (!SameBits(position, level.Position(layeredVertex.vertex)))
+            moves.emplace_back(layeredVertex.vertex, position);
         for (const Touched* touch = first; touch != last; ++touch) {
             SculptLayer& layer = *layers[touch->layer];
             SculptLayer::State state = layer.StateOfSlot(touch->slot);
             state.rest = Sum(layeredVertex.base, layers, first, last, touch);
-            state.seen = place;
+            state.seen = position;
             layer.SwapState(touch->slot, state);
         }
     };
@@ -297,7 +299,7 @@ LayerBase::Replaced LayerBase::Compose(LevelMesh& level, const Layers& layers) {
             layeredVertex = layeredVertices[next++];
         } else {
             layeredVertex.vertex = first->vertex;
-            layeredVertex.base = layeredVertex.sum = layeredVertex.place =
+            layeredVertex.base = layeredVertex.sum = layeredVertex.position =
                 level.Position(first->vertex);
         }
         compose(layeredVertex, last);
@@ -308,7 +310,7 @@ LayerBase::Replaced LayerBase::Compose(LevelMesh& level, const Layers& layers) {
 
     std::vector<uint32_t> vertices;
     vertices.reserve(moves.size());
-    for (const auto& [vertex, place] : moves) vertices.push_back(vertex);
+    for (const auto& [vertex, position] : moves) vertices.push_back(vertex);
     Replaced replaced;
     replaced.vertices = WithNeighbours(level, vertices);
     const std::vector<uint32_t>& around = replaced.vertices;
@@ -317,7 +319,7 @@ LayerBase::Replaced LayerBase::Compose(LevelMesh& level, const Layers& layers) {
         replaced.normals.push_back(level.vertexNormals.array[vertex]);
     }
     StoreNormals(level, around);
-    for (const auto& [vertex, place] : moves) level.SetPosition(vertex, place);
+    for (const auto& [vertex, position] : moves) level.SetPosition(vertex, position);
     level.ComputeNormalsOf(around);
     ApplyStoredNormals(level, around);
     return replaced;

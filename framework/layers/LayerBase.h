@@ -28,7 +28,7 @@ public:
         Vector base;
         /// If the computed sum equals `sum`, the vertex is at `place` instead.
         Vector sum;
-        Vector place;
+        Vector position;
     };
     static bool SameLayeredVertex(const LayeredVertex& a, const LayeredVertex& b);
     /// A vertex's data in another state, if it had any.
@@ -88,7 +88,7 @@ public:
     static VertexLayers Carried(const VertexLayers& held,
                                 const Layers& layers,
                                 const Vector& present,
-                                const Vector& place,
+                                const Vector& position,
                                 const SurfaceMove& move);
 
     /// Compares the current data with `before` and returns the older data of each vertex that

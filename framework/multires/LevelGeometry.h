@@ -41,8 +41,8 @@ public:
     bool Holds(const LevelMesh* level) const;
     LevelMesh* Bound() const { return levels[bound].get(); }
     uint32_t BoundIndex() const { return bound; }
-    MatrixTransform& Place() { return transform; }
-    const MatrixTransform& Place() const { return transform; }
+    MatrixTransform& Transform() { return transform; }
+    const MatrixTransform& Transform() const { return transform; }
 
     /// Adds a level on top by one Catmull-Clark step (boundary interpolation: edge and corner) and
     /// binds it. Freeze amounts are propagated, and children of hidden faces are hidden.

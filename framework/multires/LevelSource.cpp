@@ -85,7 +85,7 @@ void LevelSource::AddLayers() {
         target.offset = [this, layer](std::uint32_t vertex) {
             Vector offset = layer->Offset(vertex);
             if (world) {
-                offset = geometry.Place().ToWorld().AffineTransform(offset, 0.0f);
+                offset = geometry.Transform().ToWorld().AffineTransform(offset, 0.0f);
             }
             return conversion.Point({offset.x, offset.y, offset.z});
         };
@@ -94,13 +94,14 @@ void LevelSource::AddLayers() {
 }
 
 std::array<float, 3> LevelSource::Placed(const Vector& position) const {
-    const Vector p = world ? geometry.Place().ToWorld().AffineTransform(position, 1.0f) : position;
+    const Vector p =
+        world ? geometry.Transform().ToWorld().AffineTransform(position, 1.0f) : position;
     return conversion.Point({p.x, p.y, p.z});
 }
 
 std::array<float, 3> LevelSource::PlacedNormal(std::uint32_t vertex) const {
     Vector normal = Unpacked(level.vertexNormals.array[vertex]).Normalized();
-    if (world) normal = WorldNormal(geometry.Place(), normal);
+    if (world) normal = WorldNormal(geometry.Transform(), normal);
     return conversion.Direction({normal.x, normal.y, normal.z});
 }
 

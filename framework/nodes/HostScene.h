@@ -14,7 +14,7 @@ public:
     trovik::Transformation* Transformation() const override {
         return const_cast<MatrixTransform*>(&placement);
     }
-    MatrixTransform& Place() { return placement; }
+    MatrixTransform& Transform() { return placement; }
 
 private:
     MatrixTransform placement;

@@ -63,7 +63,7 @@ public:
     const uint8_t* Next() const { return Bytes() + position; }
     /// The offset of the next byte in the file; in a complete stream, the offset from the end of
     /// its header.
-    uint64_t Place() const { return origin + position; }
+    uint64_t Offset() const { return origin + position; }
     uint32_t Format() const { return format; }
 
     /// \throw Error* if fewer bytes are left. Called before memory is allocated for a count from

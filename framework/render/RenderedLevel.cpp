@@ -31,7 +31,7 @@ RenderMesh VisibleLevel(const LevelGeometry& geometry) {
     shown.faceVertexIndices = level.faceVertexIndices.array;
     shown.faceCount = level.faceCount;
     shown.cornersPerFace = level.CornersPerFace();
-    const Matrix& matrix = geometry.Place().ToWorld();
+    const Matrix& matrix = geometry.Transform().ToWorld();
     std::copy(&matrix.m[0][0], &matrix.m[0][0] + 16, shown.localToWorld);
     if (level.HiddenFaceCount() != 0) {
         shown.faceFlags = level.faceFlags;
@@ -68,7 +68,7 @@ void RenderedLevel::AddFor(const LevelGeometry& geometry, ShadingMode shading) {
 }
 
 void RenderedLevel::AddCurvatures(const LevelGeometry& geometry) {
-    const Matrix& toWorld = geometry.Place().ToWorld();
+    const Matrix& toWorld = geometry.Transform().ToWorld();
     const auto* position = reinterpret_cast<const char*>(mesh.positions);
     const auto* normal = reinterpret_cast<const char*>(mesh.normals);
     std::vector<Vector> positions;
@@ -80,7 +80,7 @@ void RenderedLevel::AddCurvatures(const LevelGeometry& geometry) {
         const auto* p = reinterpret_cast<const float*>(position + v * mesh.positionStride);
         const auto* n = reinterpret_cast<const int16_t*>(normal + v * mesh.normalStride);
         positions.push_back(toWorld.AffineTransform({p[0], p[1], p[2]}, 1.0f));
-        normals.push_back(WorldNormal(geometry.Place(), Unpacked({n[0], n[1], n[2], 0})));
+        normals.push_back(WorldNormal(geometry.Transform(), Unpacked({n[0], n[1], n[2], 0})));
         box.Extend(positions.back());
     }
     const Vector diagonal(box.maxX - box.minX, box.maxY - box.minY, box.maxZ - box.minZ);

@@ -167,7 +167,7 @@ void ReadBrushChunk(SceneStream& stream,
         tools.push_back(tool.toStdString());
         if (brush != nullptr && brush->SetActiveConfiguration(tool)) {
             SceneStream own = stream.Section(
-                stream.Next(), bytes, stream.Place(), QStringLiteral("tool ") + tool);
+                stream.Next(), bytes, stream.Offset(), QStringLiteral("tool ") + tool);
             brush->Serialize(own);
             own.ExpectEnd();
             CheckBrush(*brush);

@@ -25,7 +25,7 @@ bool ReadFreezeBrushChunk(SceneStream& stream, BrushOperation* brush) {
     stream.Expect(bytes, 1);
     if (brush != nullptr) {
         SceneStream own =
-            stream.Section(stream.Next(), bytes, stream.Place(), QStringLiteral("freeze brush"));
+            stream.Section(stream.Next(), bytes, stream.Offset(), QStringLiteral("freeze brush"));
         brush->Serialize(own);
         own.ExpectEnd();
         if (brush->FalloffData().fill == 0)

@@ -113,7 +113,7 @@ void ReadLayerBaseChunk(SceneStream& stream, LevelGeometry& geometry) {
     auto layeredVertices = ReadList<LayerBase::LayeredVertex>(stream);
     check(layeredVertices);
     for (const LayerBase::LayeredVertex& layeredVertex : layeredVertices) {
-        if (!IsFinite(layeredVertex.base) || !IsFinite(layeredVertex.place)) {
+        if (!IsFinite(layeredVertex.base) || !IsFinite(layeredVertex.position)) {
             SceneStream::Refuse(QStringLiteral("the layer base of vertex %1 is not finite")
                                     .arg(layeredVertex.vertex));
         }

@@ -125,10 +125,10 @@ void WriteGeometryChunk(SceneStream& stream,
                             geometry.BoundIndex()})
         stream.Transfer(number);
     WriteValues(stream, base.faceVertexIndices.array, base.faceVertexIndices.fill);
-    Matrix toWorld = geometry.Place().ToWorld();
-    Matrix toLocal = geometry.Place().ToLocal();
+    Matrix toWorld = geometry.Transform().ToWorld();
+    Matrix toLocal = geometry.Transform().ToLocal();
     Vector scale;
-    geometry.Place().Scale(&scale);
+    geometry.Transform().Scale(&scale);
     stream.Transfer(toWorld);
     stream.Transfer(toLocal);
     stream.Transfer(scale);
@@ -283,7 +283,7 @@ void LevelChunkReader::Read(SceneStream& stream) {
 
 std::unique_ptr<LevelGeometry> LevelChunkReader::Take() {
     geometry->Restore(head.bound, seen);
-    geometry->Place().Restore(head.toWorld, head.toLocal, head.scale);
+    geometry->Transform().Restore(head.toWorld, head.toLocal, head.scale);
     return std::move(geometry);
 }
 

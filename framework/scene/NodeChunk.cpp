@@ -110,7 +110,7 @@ public:
                 faces = level == nullptr ? 0 : level->faceCount;
             FaceTableStream own(
                 stream.Section(
-                    stream.Next(), bytes, stream.Place(), QStringLiteral("node ") + name),
+                    stream.Next(), bytes, stream.Offset(), QStringLiteral("node ") + name),
                 faces);
             node->Serialize(own);
             own.ExpectEnd();

@@ -205,9 +205,9 @@ void SceneReader::Read(const std::function<void(SceneStream&)>& read) {
     } catch (Error* error) {
         const std::string reason = error->Message().toStdString();
         Error::Dispose(error);
-        Fail(stream.Place(), what + ": " + reason);
+        Fail(stream.Offset(), what + ": " + reason);
     } catch (const HostError& error) {
-        Fail(stream.Place(), what + ": " + error.what());
+        Fail(stream.Offset(), what + ": " + error.what());
     }
 }
 

@@ -69,7 +69,7 @@ void CommandContext::NoteWritten(const std::string& file) {
 float CommandContext::Diagonal() const {
     const AxisAlignedBoundingBox box = document.Tree().Bounds();
     return document.Geometry()
-        .Place()
+        .Transform()
         .ToWorld()
         .AffineTransform({box.maxX - box.minX, box.maxY - box.minY, box.maxZ - box.minZ}, 0.0f)
         .Length();

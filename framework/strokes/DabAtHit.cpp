@@ -5,7 +5,7 @@ namespace trovik {
 
 Vector WorldPositionOf(const LevelGeometry& geometry, const PickHit& hit) {
     Vector world;
-    geometry.Place().LocalToWorld(&world, &hit.position, 1.0f);
+    geometry.Transform().LocalToWorld(&world, &hit.position, 1.0f);
     return world;
 }
 

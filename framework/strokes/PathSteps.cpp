@@ -93,7 +93,7 @@ double PathSteps::StepLength(const Vector& first) {
         const Vector middle((box.minX + box.maxX) * 0.5f,
                             (box.minY + box.maxY) * 0.5f,
                             (box.minZ + box.maxZ) * 0.5f);
-        geometry.Place().LocalToWorld(&world, &middle, 1.0f);
+        geometry.Transform().LocalToWorld(&world, &middle, 1.0f);
     }
     const double pixel = WorldLength(view, 1.0f, world);
     const double size = radiusPixels > 0.0f ? radiusPixels * pixel : radius;

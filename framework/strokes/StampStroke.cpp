@@ -85,14 +85,14 @@ void StampStroke::PlaceStamp(StrokeDab& dab) {
     }
     StampPlacement placement = Place(dab, toward);
     placement.Turn(turns);
-    dab.stampMatrix = placement.ToPixels(width, height, geometry->Place().ToWorld());
+    dab.stampMatrix = placement.ToPixels(width, height, geometry->Transform().ToWorld());
     startMatrix = dab.stampMatrix;
     hasStart = true;
 }
 
 StampPlacement StampStroke::Place(const StrokeDab& dab, const Vector& toward) const {
     const Matrix camera = CameraToWorld();
-    const Vector normal = WorldNormal(geometry->Place(), dab.hit.normal);
+    const Vector normal = WorldNormal(geometry->Transform(), dab.hit.normal);
     if (brush->IsOrientedToSurface() && normal != Vector())
         return StampPlacement::OnSurface(dab.position, normal, dab.size, toward, camera);
     return StampPlacement::ByCamera(dab.position, dab.size, toward, camera);
@@ -100,7 +100,7 @@ StampPlacement StampStroke::Place(const StrokeDab& dab, const Vector& toward) co
 
 Matrix StampStroke::OverAll(const AxisAlignedBoundingBox& box) const {
     if (!HasStamp() || box.IsEmpty()) return {};
-    const Matrix& toWorld = geometry->Place().ToWorld();
+    const Matrix& toWorld = geometry->Transform().ToWorld();
     const Vector low(box.minX, box.minY, box.minZ);
     const Vector high(box.maxX, box.maxY, box.maxZ);
     const Vector middle = toWorld.AffineTransform((low + high) * 0.5f, 1.0f);
@@ -132,7 +132,7 @@ void StampStroke::Scatter(StrokeDab& dab) {
     const Vector target =
         dab.position + placement.Right() * (x * dab.size) + placement.Up() * (y * dab.size);
     Vector local;
-    geometry->Place().WorldToLocal(&local, &target, 1.0f);
+    geometry->Transform().WorldToLocal(&local, &target, 1.0f);
     if (const auto hit = tree->Nearest(local)) MoveDab(dab, *geometry, *hit);
     const float size = dab.size * fraction;
     dab.strength = StrengthAtRadius(*brush, dab.strength, dab.size, size);

@@ -154,7 +154,7 @@ std::optional<StrokeDab> StrokeLoop::Mapped(const StrokeDab& dab,
     if (!nearest) return std::nullopt;
     mapped.hit.face = nearest->face;
     mapped.stampMatrix = StampPlacement::Mirrored(dab.stampMatrix, map);
-    const MatrixTransform& transform = geometry.Place();
+    const MatrixTransform& transform = geometry.Transform();
     Vector local;
     transform.WorldToLocal(&local, &dab.position, 1.0f);
     local = map.AffineTransform(local, 1.0f);
@@ -244,7 +244,7 @@ std::optional<StrokeLoop::MirroredDab> StrokeLoop::AcrossTopology(const StrokeDa
     if (!across) return std::nullopt;
     MirroredDab mirrored{dab, across->pointMap};
     mirrored.dab.hit = across->hit;
-    const MatrixTransform& transform = geometry.Place();
+    const MatrixTransform& transform = geometry.Transform();
     Vector local;
     transform.WorldToLocal(&local, &dab.position, 1.0f);
     local = across->pointMap.AffineTransform(local, 1.0f);

@@ -201,8 +201,8 @@ std::optional<PickHit> HitThrough(const LevelGeometry& geometry,
                                   const Vector& position) {
     const Ray world = view.Through(position.x, position.y);
     Ray local;
-    geometry.Place().WorldToLocal(&local.origin, &world.origin, 1.0f);
-    geometry.Place().WorldToLocal(&local.direction, &world.direction, 0.0f);
+    geometry.Transform().WorldToLocal(&local.origin, &world.origin, 1.0f);
+    geometry.Transform().WorldToLocal(&local.direction, &world.direction, 0.0f);
     return tree.Pick(local);
 }
 
@@ -210,7 +210,7 @@ std::optional<PickHit> HitNear(const LevelGeometry& geometry,
                                const PatchTree& tree,
                                const Vector& position) {
     Vector local;
-    geometry.Place().WorldToLocal(&local, &position, 1.0f);
+    geometry.Transform().WorldToLocal(&local, &position, 1.0f);
     return tree.Nearest(local);
 }
 
@@ -222,7 +222,7 @@ Vector HeadingInView(const LevelGeometry& geometry,
                      const Vector& along) {
     const Axes axes = AxesOf(view);
     const Vector motion = axes.right * along.x - axes.up * along.y;
-    const Vector normal = WorldNormal(geometry.Place(), hit.normal);
+    const Vector normal = WorldNormal(geometry.Transform(), hit.normal);
     const Vector sight = (WorldPositionOf(geometry, hit) - view.eye).Normalized();
     const float facing = sight | normal;
     constexpr float minFacing = 0.05f;

@@ -168,7 +168,7 @@ void PutMirrorCorners(StateSink& sink, LevelMesh& mesh) {
 std::string MetaText(LevelGeometry& geometry, const MeshUnlocker* unlocker) {
     LevelMesh& mesh = *geometry.Bound();
     const Mesh* plain = &mesh;
-    const MatrixTransform& transform = geometry.Place();
+    const MatrixTransform& transform = geometry.Transform();
     const SculptLayer* layer = mesh.ActiveLayer();
     Vector scale;
     transform.Scale(&scale);

@@ -258,8 +258,8 @@ struct Refused {
 
 std::vector<Refused> AllRefused(const std::string& scene) {
     const auto push = [](Document& document) {
-        const MatrixTransform before = document.Geometry().Place();
-        document.Geometry().Place().Set({2, 2, 2}, {}, {});
+        const MatrixTransform before = document.Geometry().Transform();
+        document.Geometry().Transform().Set({2, 2, 2}, {}, {});
         document.Push(MakeTransformStep(document.Geometry(), before));
     };
     return {

@@ -66,16 +66,16 @@ LoopFixture::LoopFixture(BrushOperation& brush, const PolygonMesh& polygons, uns
       geometry(*own),
       tree(geometry.Bound()),
       loop(brush, geometry, tree) {
-    HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(Matrix());
+    HostKernel::Instance().Scene()->OwnCamera().Transform().SetMatrix(Matrix());
 }
 
 LoopFixture::LoopFixture(BrushOperation& brush, LevelGeometry& borrowed)
     : geometry(borrowed), tree(geometry.Bound()), loop(brush, geometry, tree) {
-    HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(Matrix());
+    HostKernel::Instance().Scene()->OwnCamera().Transform().SetMatrix(Matrix());
 }
 
 LoopFixture::~LoopFixture() {
-    HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(Matrix());
+    HostKernel::Instance().Scene()->OwnCamera().Transform().SetMatrix(Matrix());
 }
 
 StrokeDab LoopFixture::At(const Vector& place, float radius, float strength) const {

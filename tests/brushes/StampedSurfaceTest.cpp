@@ -63,7 +63,7 @@ TEST_F(StampedSurface, ByCameraTheSameSurfaceReadsTheSamePixels) {
     camera.m[3][0] = 8.25f;
     camera.m[3][1] = 8.25f;
     camera.m[3][2] = 16.0f;
-    HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(camera);
+    HostKernel::Instance().Scene()->OwnCamera().Transform().SetMatrix(camera);
     Dabs({loop.At({8.25f, 8.25f, 0.0f}, 4.0f, 2.0f)});
     EXPECT_EQ(HeightAt(7, 6), 2.0f * Pixel(3.5f - 1.25f, 3.5f + 2.25f));
     EXPECT_EQ(HeightAt(10, 9), 2.0f * Pixel(3.5f + 1.75f, 3.5f - 0.75f));
@@ -148,7 +148,7 @@ TEST_F(StampedSurface, StampWithoutAnImageMovesNothing) {
 
 TEST_F(StampedSurface, StampOnAScaledMeshHasItsSizeInWorldSpace) {
     // The mesh is scaled to twice its width; the stamp is square in world space.
-    bench.geometry->Place().Set({2.0f, 1.0f, 1.0f}, {}, {});
+    bench.geometry->Transform().Set({2.0f, 1.0f, 1.0f}, {}, {});
     Dabs({loop.At({16.5f, 8.25f, 0.0f}, 4.0f, 1.0f)});
     const float beside = HeightAt(9, 8);
     const float next = HeightAt(10, 8);

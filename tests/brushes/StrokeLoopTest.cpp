@@ -202,7 +202,7 @@ TEST(StrokeLoopEnd, IsReportedEvenIfTheBrushFailsToEnd) {
 }
 
 TEST_F(StrokeLoopTest, MovedMeshIsMirroredAtItsLocalPlane) {
-    bench.geometry.Place().Set({2.0f, 2.0f, 2.0f}, {}, {100.0f, 0.0f, 0.0f});
+    bench.geometry.Transform().Set({2.0f, 2.0f, 2.0f}, {}, {100.0f, 0.0f, 0.0f});
     bench.loop.SetMirrors(MirrorConfiguration::PlaneX, {MirrorAtX(8.0f)});
     bench.loop.Begin(BrushOperation::ModifierNone);
     bench.loop.Dab(bench.At({106.0f, 10.0f, 0.0f}));

@@ -144,7 +144,7 @@ TEST_F(StrokePathTest, NoDabsWhereThePathLeavesTheMesh) {
 }
 
 TEST_F(StrokePathTest, MovedMeshIsHitAtItsWorldPosition) {
-    bench.geometry.Place().Set({0.5f, 0.5f, 0.5f}, {}, {0.0f, 0.0f, 7.0f});
+    bench.geometry.Transform().Set({0.5f, 0.5f, 0.5f}, {}, {0.0f, 0.0f, 7.0f});
     AlongSurface({{{2.0f, 3.0f, 7.0f}}, {{4.0f, 3.0f, 7.0f}}}, 1.0f, 1.0f);
     ASSERT_EQ(brush.dabs.size(), 3u);
     EXPECT_NEAR(brush.dabs[1].position.x, 3.0f, 1e-3f);

@@ -126,9 +126,10 @@ void RandomEdits::Unsubdivide() {
 }
 
 void RandomEdits::Transform() {
-    const MatrixTransform before = geometry.Place();
+    const MatrixTransform before = geometry.Transform();
     const float scale = random.OneOf({0.5f, 1.0f, 2.0f});
-    geometry.Place().Set({scale, 1.0f, scale}, random.In(-180.0f, 180.0f), random.In(-3.0f, 3.0f));
+    geometry.Transform().Set(
+        {scale, 1.0f, scale}, random.In(-180.0f, 180.0f), random.In(-3.0f, 3.0f));
     Push(MakeTransformStep(geometry, before));
 }
 

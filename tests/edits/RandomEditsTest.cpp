@@ -23,8 +23,8 @@ public:
     explicit State(LevelGeometry& geometry) {
         LevelMesh& mesh = *geometry.Bound();
         Put(geometry.BoundIndex());
-        Put(geometry.Place().ToWorld());
-        Put(geometry.Place().ToLocal());
+        Put(geometry.Transform().ToWorld());
+        Put(geometry.Transform().ToLocal());
         for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
             Put(mesh.Position(v));
             const PackedNormal& normal = mesh.vertexNormals.array[v];

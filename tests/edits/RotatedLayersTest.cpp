@@ -208,7 +208,7 @@ std::string LayersOf(const LevelGeometry& geometry) {
             put(layeredVertex.vertex);
             put(layeredVertex.base);
             put(layeredVertex.sum);
-            put(layeredVertex.place);
+            put(layeredVertex.position);
         }
     }
     return bytes;

@@ -250,7 +250,7 @@ private:
                 document.RefreshSurface();
                 break;
             case 1:
-                document.Geometry().Place().Set(
+                document.Geometry().Transform().Set(
                     {1.0f, random.OneOf({0.5f, 1.0f, 2.0f}), 1.0f}, random.In(-90.0f, 90.0f), {});
                 break;
             case 2:

@@ -106,7 +106,7 @@ TEST(MeshSpace, LevelsConvertAfterTheirTransform) {
     mesh.attributes = {};
     mesh.attributes.space = {0.01, UpAxis::Z};
     LevelGeometry geometry(mesh);
-    geometry.Place().Set({2, 2, 2}, {0, 0, 0}, {0, 0, 100});
+    geometry.Transform().Set({2, 2, 2}, {0, 0, 0}, {0, 0, 100});
     const LevelSource source(geometry, {true, {1.0, UpAxis::Y}});
     // 1 2 3, doubled and moved up, is 2 4 106 in centimetres with z up.
     const Point p = source.Position(4);

@@ -212,16 +212,16 @@ TEST_F(FreezeBrushTest, FacingReducesTheAmountWhereTheSurfaceTurnsAway) {
     camera.m[3][0] = 5.0f;
     camera.m[3][1] = 5.0f;
     camera.m[3][2] = 10.0f;
-    HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(camera);
+    HostKernel::Instance().Scene()->OwnCamera().Transform().SetMatrix(camera);
     Stroke({At(5.0f, 5.0f, 0.5f)});
     EXPECT_EQ(grid.Level().Freeze(grid.At(5, 5)), 127) << "directly below the eye";
     camera.m[3][0] = 15.0f;
-    HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(camera);
+    HostKernel::Instance().Scene()->OwnCamera().Transform().SetMatrix(camera);
     Stroke({At(5.0f, 8.0f, 0.5f)});
     // 10 and 3 units to the side and 10 units up: an angle of 46.2 degrees.
     const double angle = std::atan(std::sqrt(109.0) / 10.0) * 57.29578;
     EXPECT_EQ(grid.Level().Freeze(grid.At(5, 8)), std::lround(127.0 * (1.0 - angle / 90.0)));
-    HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(Matrix());
+    HostKernel::Instance().Scene()->OwnCamera().Transform().SetMatrix(Matrix());
 }
 
 TEST_F(FreezeBrushTest, WholeMeshModeUsesTheStrength) {
@@ -257,7 +257,7 @@ TEST(FreezeBrushOnParts, PartsCloseInSpaceButNotConnectedAreNotReached) {
 TEST(FreezeBrushOnParts, RadiusIsInWorldSpace) {
     HostKernel::Instance();
     FreezeGrid grid(8);
-    grid.geometry.Place().Set({3.0f, 1.0f, 1.0f}, Vector(), Vector());
+    grid.geometry.Transform().Set({3.0f, 1.0f, 1.0f}, Vector(), Vector());
     const auto reached = VerticesUnderDab(grid.Level(), 0, {0.0f, 0.0f, 0.0f}, 3.0f);
     std::size_t alongX = 0;
     std::size_t alongY = 0;

@@ -22,7 +22,7 @@ TEST_F(FreezeCurvature, SphereHasTheCurvatureOfItsRadius) {
 }
 
 TEST_F(FreezeCurvature, IsMeasuredInWorldSpace) {
-    geometry.Place().Set({2.0f, 2.0f, 2.0f}, {30.0f, 0.0f, 0.0f}, {5.0f, 0.0f, 0.0f});
+    geometry.Transform().Set({2.0f, 2.0f, 2.0f}, {30.0f, 0.0f, 0.0f}, {5.0f, 0.0f, 0.0f});
     const auto curvatures = ScaledCurvatures(geometry, 1.0f, 0);
     for (const float bend : curvatures) EXPECT_NEAR(bend, -0.5f, 0.04f);
 }

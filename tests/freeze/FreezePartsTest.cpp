@@ -71,7 +71,7 @@ TEST(FreezeParts, MeshWithoutGroupsIsEntirelyUngrouped) {
 
 TEST(FreezeParts, BallFadesTowardsItsRimInWorldSpace) {
     FreezeGrid grid(4);
-    grid.geometry.Place().Set({2.0f, 2.0f, 2.0f}, Vector(), Vector());
+    grid.geometry.Transform().Set({2.0f, 2.0f, 2.0f}, Vector(), Vector());
     const auto shares = WeightsInSphere(grid.geometry, {0.0f, 0.0f, 0.0f}, 4.0f, 0.5f);
     EXPECT_EQ(shares[grid.At(0, 0)], 1.0f);
     EXPECT_EQ(shares[grid.At(1, 0)], 1.0f) << "halfway to the rim";

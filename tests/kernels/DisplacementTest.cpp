@@ -328,7 +328,7 @@ TEST_F(VectorStamp, AxisAlongTheDirectionGivesNoTangent) {
 class InWorldSpace : public ::testing::Test {
 protected:
     InWorldSpace() {
-        bench.stroke.geometry->Place().Set({2.0f, 1.0f, 1.0f}, {}, {10.0f, 20.0f, 30.0f});
+        bench.stroke.geometry->Transform().Set({2.0f, 1.0f, 1.0f}, {}, {10.0f, 20.0f, 30.0f});
     }
     void Start(Tool tool) {
         bench.Start(tool);

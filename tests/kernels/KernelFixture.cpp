@@ -115,14 +115,14 @@ FacingAngle::FacingAngle(SwiftStroke& brush, const Vector& eye, float start, flo
     brush.facingAngleRange = range;
     auto* scene = dynamic_cast<HostScene*>(g_pKernel->Scene());
     scene->SetActiveCamera(nullptr);
-    scene->OwnCamera().Place().Set(Vector(1.0f, 1.0f, 1.0f), Vector(), eye);
+    scene->OwnCamera().Transform().Set(Vector(1.0f, 1.0f, 1.0f), Vector(), eye);
     CheckableFloatArray::s_bActive = true;
 }
 
 FacingAngle::~FacingAngle() {
     CheckableFloatArray::s_bActive = false;
     auto* scene = dynamic_cast<HostScene*>(g_pKernel->Scene());
-    scene->OwnCamera().Place().Set(Vector(1.0f, 1.0f, 1.0f), Vector(), Vector());
+    scene->OwnCamera().Transform().Set(Vector(1.0f, 1.0f, 1.0f), Vector(), Vector());
 }
 
 }  // namespace trovik::test

@@ -194,7 +194,7 @@ public:
         }
         twins.Both([&](StrokeFixture& bench) {
             bench.Mesh().ComputeNormals();
-            bench.geometry->Place().Set(scale, {}, {});
+            bench.geometry->Transform().Set(scale, {}, {});
             if (hasLayer) bench.AddLayer();
         });
     }

@@ -33,7 +33,7 @@ const std::vector<ZooMesh>& Meshes() {
 MatrixTransform& CameraTransform() {
     auto* scene = dynamic_cast<HostScene*>(g_pKernel->Scene());
     scene->SetActiveCamera(nullptr);
-    return scene->OwnCamera().Place();
+    return scene->OwnCamera().Transform();
 }
 
 void ChooseTransform(RandomNumbers& random, MatrixTransform& place) {
@@ -122,7 +122,7 @@ RandomStrokeFixture::RandomStrokeFixture(RandomNumbers& numbers) : random(number
         for (uint32_t v = 0; v < mesh.VertexCount(); ++v)
             if (random.Chance(0.5f)) mesh.SetFreeze(v, static_cast<uint8_t>(random.Below(128)));
     }
-    ChooseTransform(random, bench->geometry->Place());
+    ChooseTransform(random, bench->geometry->Transform());
     if (random.Chance(0.4f)) {
         SculptLayer& layer = bench->AddLayer();
         if (random.Chance(0.4f)) layer.SetStrength(random.OneOf({0.0f, 0.5f, -1.0f, 2.0f}));

@@ -31,7 +31,7 @@ void StrokeOver(Document& document, const std::vector<uint32_t>& faces, float ra
     for (const uint32_t face : faces) {
         StrokeDab dab;
         dab.hit = SurfacePoint(&mesh, 0, face % mesh.faceCount);
-        document.Geometry().Place().LocalToWorld(&dab.position, &dab.hit.position, 1.0f);
+        document.Geometry().Transform().LocalToWorld(&dab.position, &dab.hit.position, 1.0f);
         dab.size = radius;
         dab.strength = DabStrength(document.Brush(), 1.0f, radius);
         document.Loop().Dab(dab);
@@ -43,7 +43,8 @@ std::unique_ptr<Document> RichDocument(const TemporaryFolder& folder) {
     PolygonMesh cube = Cube();
     cube.name = "Würfel";
     auto document = DocumentOn(folder, cube);
-    document->Geometry().Place().Set({2.0f, 1.5f, 1.0f}, {10.0f, 20.0f, 30.0f}, {1.0f, 2.0f, 3.0f});
+    document->Geometry().Transform().Set(
+        {2.0f, 1.5f, 1.0f}, {10.0f, 20.0f, 30.0f}, {1.0f, 2.0f, 3.0f});
     document->Subdivide();
     document->Subdivide();
     document->SetMirrors({{0, 2}, 1, 1});

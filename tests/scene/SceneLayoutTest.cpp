@@ -131,7 +131,7 @@ TEST_F(SceneLayout, GeometryHasNameCountsFacesAndTransform) {
     const LevelMesh& base = *document->Geometry().Level(0);
     for (uint32_t i = 0; i < 24; ++i)
         EXPECT_EQ(geom.Read<uint32_t>(), base.faceVertexIndices.array[i]);
-    for (const auto& row : document->Geometry().Place().ToWorld().m)
+    for (const auto& row : document->Geometry().Transform().ToWorld().m)
         for (const float number : row) EXPECT_EQ(geom.Read<float>(), number);
     geom.Skip(64);
     EXPECT_EQ(geom.Read<float>(), 2.0f);

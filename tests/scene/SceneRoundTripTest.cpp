@@ -142,17 +142,17 @@ TEST_F(SceneRoundTrip, RestoresTheBoundLevelAndPendingChanges) {
 TEST_F(SceneRoundTrip, RestoresTheTransform) {
     auto document = RichDocument(folder);
     auto read = Reopen(*document);
-    const MatrixTransform& a = document->Geometry().Place();
-    const MatrixTransform& b = read->Geometry().Place();
+    const MatrixTransform& a = document->Geometry().Transform();
+    const MatrixTransform& b = read->Geometry().Transform();
     EXPECT_EQ(b.ToWorld(), a.ToWorld());
     EXPECT_EQ(b.ToLocal(), a.ToLocal());
     Vector scale;
     b.Scale(&scale);
     EXPECT_EQ(scale, Vector(2.0f, 1.5f, 1.0f));
     // If an axis is scaled to zero, the inverse cannot be computed from the matrix alone.
-    document->Geometry().Place().Set({1.0f, 0.0f, 1.0f}, {}, {});
+    document->Geometry().Transform().Set({1.0f, 0.0f, 1.0f}, {}, {});
     read = Reopen(*document);
-    EXPECT_EQ(read->Geometry().Place().ToLocal(), a.ToLocal());
+    EXPECT_EQ(read->Geometry().Transform().ToLocal(), a.ToLocal());
 }
 
 TEST_F(SceneRoundTrip, RestoresLayersWithNameStrengthLockAndOffsets) {

@@ -262,7 +262,7 @@ TEST_P(Stamped, ReadsAtTheFirstTouchPositionInEveryDab) {
 }
 
 TEST_P(Stamped, IsInMeshSpaceUnderNonUniformScale) {
-    bench.geometry->Place().Set({1.0f, 2.0f, 1.0f}, {}, {5.0f, 0.0f, 0.0f});
+    bench.geometry->Transform().Set({1.0f, 2.0f, 1.0f}, {}, {5.0f, 0.0f, 0.0f});
     Give(9, 9, Numbers(81));
     bench.Begin();
     EXPECT_TRUE(brush.nonUniformScale);

@@ -19,7 +19,7 @@ protected:
     }
     ~DabDirection() override {
         bench.End();
-        HostKernel::Instance().Scene()->OwnCamera().Place().SetMatrix(Matrix());
+        HostKernel::Instance().Scene()->OwnCamera().Transform().SetMatrix(Matrix());
     }
     /// Prepares a dab with this direction mode, in a stroke with the active tool.
     bool Prepare(int mode, uint32_t pass = 0) {
@@ -116,8 +116,8 @@ TEST_F(DabDirection, StrokeRelativeModesNeedAnEarlierHit) {
 }
 
 TEST_F(DabDirection, CameraDirectionIsMeshLocal) {
-    bench.geometry->Place().Set({2.0f, 2.0f, 2.0f}, {}, {1.0f, 0.0f, 0.0f});
-    HostKernel::Instance().Scene()->OwnCamera().Place().Set(
+    bench.geometry->Transform().Set({2.0f, 2.0f, 2.0f}, {}, {1.0f, 0.0f, 0.0f});
+    HostKernel::Instance().Scene()->OwnCamera().Transform().Set(
         {1.0f, 1.0f, 1.0f}, {}, {10.0f, 2.5f, 9.0f});
     for (const int mode : {8, 9}) {
         EXPECT_TRUE(Prepare(mode));
@@ -128,11 +128,11 @@ TEST_F(DabDirection, CameraDirectionIsMeshLocal) {
 }
 
 TEST_F(DabDirection, CameraDirectionRotatesWithTheMesh) {
-    bench.geometry->Place().Set({1.0f, 1.0f, 1.0f}, {0.0f, 0.0f, 90.0f}, {});
+    bench.geometry->Transform().Set({1.0f, 1.0f, 1.0f}, {0.0f, 0.0f, 90.0f}, {});
     // A quarter turn about z maps the mesh's x to the world's y.
     ExpectNear(bench.WorldOf({1.0f, 0.0f, 0.0f}), {0.0f, 1.0f, 0.0f});
     const Vector eye = bench.WorldOf(hit.position + Vector(0.0f, 3.0f, 4.0f));
-    HostKernel::Instance().Scene()->OwnCamera().Place().Set({1.0f, 1.0f, 1.0f}, {}, eye);
+    HostKernel::Instance().Scene()->OwnCamera().Transform().Set({1.0f, 1.0f, 1.0f}, {}, eye);
     EXPECT_TRUE(Prepare(8));
     ExpectNear(brush.directions[0], {0.0f, 0.6f, 0.8f});
 }
@@ -254,7 +254,7 @@ TEST_F(MirroredDirection, AxisIsTheMirrorImageOfTheMainPass) {
 }
 
 TEST_F(MirroredDirection, CameraDirectionIsMirrored) {
-    HostKernel::Instance().Scene()->OwnCamera().Place().Set(
+    HostKernel::Instance().Scene()->OwnCamera().Transform().Set(
         {1.0f, 1.0f, 1.0f}, {}, {50.0f, 0.0f, 0.0f});
     bench.Begin();
     brush.directions[0] = Vector(0.6f, 0.0f, 0.8f);

@@ -66,7 +66,7 @@ TEST(Dab, MirroredPairCountsOnce) {
 TEST(Dab, StrengthIsScaledByToolAndMesh) {
     StrokeFixture bench(FlatGrid(3));
     bench.Activate(Tool::Pinch);
-    bench.geometry->Place().Set({2.0f, 2.0f, 2.0f}, {}, {});
+    bench.geometry->Transform().Set({2.0f, 2.0f, 2.0f}, {}, {});
     bench.Begin();
     bench.Dab(bench.HitFace(4), 0.8f, 50.0f, 0.25f);
     EXPECT_FLOAT_EQ(bench.brush->dabStrength, 50.0f * 0.5f * 0.01f);
@@ -101,7 +101,7 @@ TEST(Dab, WaxOffsetsThePlaneByItsStrength) {
         EXPECT_FLOAT_EQ(bench.brush->planeOffset, 1.5f * 0.5f);
         bench.End();
     }
-    bench.geometry->Place().Set({2.0f, 2.0f, 2.0f}, {}, {});
+    bench.geometry->Transform().Set({2.0f, 2.0f, 2.0f}, {}, {});
     bench.Begin();
     bench.Dab(bench.HitFace(4), 0.8f, 15.0f);
     EXPECT_EQ(bench.brush->dabStrength, 100.0f);
@@ -123,7 +123,7 @@ TEST(Dab, OtherPlaneOffsetsAreProportionalToTheRadius) {
 
 TEST(Dab, UniformScaleMeasuresInMeshSpace) {
     StrokeFixture bench(FlatGrid(3));
-    bench.geometry->Place().Set({2.0f, 2.0f, 2.0f}, {}, {5.0f, 0.0f, 0.0f});
+    bench.geometry->Transform().Set({2.0f, 2.0f, 2.0f}, {}, {5.0f, 0.0f, 0.0f});
     bench.Begin();
     const SurfacePoint hit = bench.HitFace(4);
     bench.Dab(hit, 1.0f, 0.0f);
@@ -142,7 +142,7 @@ TEST(Dab, UniformScaleMeasuresInMeshSpace) {
 
 TEST(Dab, NonUniformScaleMeasuresInWorldSpace) {
     StrokeFixture bench(FlatGrid(3));
-    bench.geometry->Place().Set({2.0f, 1.0f, 1.0f}, {}, {5.0f, 0.0f, 0.0f});
+    bench.geometry->Transform().Set({2.0f, 1.0f, 1.0f}, {}, {5.0f, 0.0f, 0.0f});
     bench.Begin();
     const SurfacePoint hit = bench.HitFace(4);
     bench.Dab(hit, 1.0f, 0.0f);
@@ -156,7 +156,7 @@ TEST(Dab, NonUniformScaleMeasuresInWorldSpace) {
 
 TEST(Dab, NonUniformScaleReachesAnEllipseAndMovesByWorldLengths) {
     StrokeFixture bench(FlatGrid(8));
-    bench.geometry->Place().Set({2.0f, 1.0f, 4.0f}, {}, {});
+    bench.geometry->Transform().Set({2.0f, 1.0f, 4.0f}, {}, {});
     LevelMesh& mesh = bench.Mesh();
     bench.Begin();
     const SurfacePoint hit = bench.HitVertex(4 * 9 + 4);

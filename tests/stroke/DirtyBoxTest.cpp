@@ -68,7 +68,7 @@ TEST_F(DirtyBox, HasOnlyTheMarginWhileRenderingIsOff) {
 }
 
 TEST_F(DirtyBox, IsInWorldSpaceWithAMarginInMeshSpace) {
-    bench.geometry->Place().Set({2.0f, 2.0f, 2.0f}, {}, {10.0f, 20.0f, 30.0f});
+    bench.geometry->Transform().Set({2.0f, 2.0f, 2.0f}, {}, {10.0f, 20.0f, 30.0f});
     const SurfacePoint hit = bench.HitVertex(12);
     bench.Begin();
     AxisAlignedBoundingBox box;

@@ -58,7 +58,7 @@ TEST(MeshChangeover, VertexTouchedInBothVisitsIsRestored) {
 TEST(MeshChangeover, PerStrokeValuesStayThoseOfTheFirstMesh) {
     StrokeFixture a(FlatGrid(3));
     StrokeFixture b(FlatGrid(3));
-    b.geometry->Place().Set({1.0f, 2.0f, 4.0f}, {}, {});
+    b.geometry->Transform().Set({1.0f, 2.0f, 4.0f}, {}, {});
     SwiftStroke& brush = *a.brush;
     a.Begin();
     a.Dab(a.HitFace(4), 0.8f);

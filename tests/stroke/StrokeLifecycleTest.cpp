@@ -192,7 +192,7 @@ TEST(StrokeBegin, MirroredMeshGetsTheSameStepsAsAnUnmirroredOne) {
     StrokeFixture bench(FlatGrid(2));
     for (const Vector& scale :
          {Vector(-2.0f, 2.0f, 2.0f), Vector(-2.0f, -2.0f, 2.0f), Vector(-2.0f, -2.0f, -2.0f)}) {
-        bench.geometry->Place().Set(scale, {}, {});
+        bench.geometry->Transform().Set(scale, {}, {});
         bench.Begin();
         EXPECT_NEAR(bench.brush->strokeStrengthScale, 0.5f, 1e-6f);
         bench.End();
@@ -201,7 +201,7 @@ TEST(StrokeBegin, MirroredMeshGetsTheSameStepsAsAnUnmirroredOne) {
 
 TEST(StrokeBegin, WithoutAMeshTheFirstDabBinds) {
     StrokeFixture bench(FlatGrid(2));
-    bench.geometry->Place().Set({2.0f, 2.0f, 2.0f}, {}, {});
+    bench.geometry->Transform().Set({2.0f, 2.0f, 2.0f}, {}, {});
     bench.Stroke(bench.HitFace(0), 0.5f);
     SwiftStroke& brush = *bench.brush;
     EXPECT_NEAR(brush.strokeStrengthScale, 0.5f, 1e-6f);
@@ -220,7 +220,7 @@ TEST(StrokeBegin, WithoutAMeshTheFirstDabBinds) {
 
 TEST(StrokeBegin, MeshWithZeroScaleAlongAnAxisMovesNothing) {
     StrokeFixture bench(FlatGrid(4));
-    bench.geometry->Place().Set({0.0f, 1.0f, 1.0f}, {}, {});
+    bench.geometry->Transform().Set({0.0f, 1.0f, 1.0f}, {}, {});
     const auto before = BitsOf(bench.Mesh());
     bench.Begin();
     EXPECT_EQ(bench.brush->strokeStrengthScale, 0.0f);

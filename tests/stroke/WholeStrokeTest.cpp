@@ -287,7 +287,8 @@ TEST_P(WholeStroke, WorksUnderNonUniformScale) {
     for (const auto& [mesh, subdivisions] :
          {std::pair{Cube(), 3u}, {Icosahedron(), 0u}, {FlatGrid(3), 2u}}) {
         StrokeFixture bench(mesh, subdivisions);
-        bench.geometry->Place().Set({2.0f, 1.0f, 0.5f}, {20.0f, 30.0f, 40.0f}, {1.0f, 2.0f, 3.0f});
+        bench.geometry->Transform().Set(
+            {2.0f, 1.0f, 0.5f}, {20.0f, 30.0f, 40.0f}, {1.0f, 2.0f, 3.0f});
         const float extent = Extent(bench.Mesh());
         Roughen(bench.Mesh(), 0.02f * extent);
         EXPECT_FALSE(CheckedStroke(bench, tool, 1, 0.4f * extent).empty());
@@ -301,7 +302,7 @@ TEST_P(WholeStroke, WorksUnderAMirroringTransform) {
                                 Vector(-1.0f, -0.5f, -2.0f),
                                 Vector(1.0f, -1.0f, -1.0f)}) {
         StrokeFixture bench(Cube(), 3);
-        bench.geometry->Place().Set(scale, {20.0f, 30.0f, 40.0f}, {1.0f, 2.0f, 3.0f});
+        bench.geometry->Transform().Set(scale, {20.0f, 30.0f, 40.0f}, {1.0f, 2.0f, 3.0f});
         const float extent = Extent(bench.Mesh());
         Roughen(bench.Mesh(), 0.02f * extent);
         EXPECT_FALSE(CheckedStroke(bench, tool, 0, 0.4f * extent).empty());

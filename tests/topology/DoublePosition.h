@@ -10,7 +10,7 @@ namespace trovik::test {
 /// A position in double precision, for independent calculations in tests.
 using Triple = std::array<double, 3>;
 
-inline Triple PlaceOf(const LevelMesh& mesh, uint32_t vertex) {
+inline Triple PositionOf(const LevelMesh& mesh, uint32_t vertex) {
     const Vector p = mesh.Position(vertex);
     return {static_cast<double>(p.x), static_cast<double>(p.y), static_cast<double>(p.z)};
 }

@@ -22,7 +22,7 @@ double Distance(const Triple& a, const Triple& b) {
     return std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]);
 }
 void ExpectAt(const LevelMesh& mesh, uint32_t vertex, const Triple& wanted, double tolerance) {
-    EXPECT_LT(Distance(PlaceOf(mesh, vertex), wanted), tolerance) << vertex;
+    EXPECT_LT(Distance(PositionOf(mesh, vertex), wanted), tolerance) << vertex;
 }
 
 PolygonMesh RoundTriangles() { return Triangulated(SphereQuads(2)); }
@@ -45,9 +45,9 @@ Triple MeanFaceNormal(const LevelMesh& mesh, uint32_t vertex) {
     for (uint32_t f = 0; f < mesh.faceCount; ++f) {
         const uint32_t* c = mesh.faceVertexIndices.array + f * 3;
         if (std::find(c, c + 3, vertex) == c + 3) continue;
-        const Triple p = PlaceOf(mesh, c[0]);
-        const Triple q = PlaceOf(mesh, c[1]);
-        const Triple r = PlaceOf(mesh, c[2]);
+        const Triple p = PositionOf(mesh, c[0]);
+        const Triple q = PositionOf(mesh, c[1]);
+        const Triple r = PositionOf(mesh, c[2]);
         const Triple a = {q[0] - p[0], q[1] - p[1], q[2] - p[2]};
         const Triple b = {r[0] - p[0], r[1] - p[1], r[2] - p[2]};
         const Triple n = {
@@ -68,7 +68,7 @@ TEST(TriangleDab, WeightDependsOnDistanceAndFalloff) {
     const SurfacePoint hit = bench.HitFace(20);
     const double radius = 0.61;
     std::vector<Triple> before;
-    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) before.push_back(PlaceOf(mesh, v));
+    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) before.push_back(PositionOf(mesh, v));
     bench.Begin();
     std::vector<float> table(bench.brush->falloffTable,
                              bench.brush->falloffTable + bench.brush->falloffLast + 1);
@@ -139,7 +139,7 @@ TEST(TriangleDab, SmoothWorksInPlaceInTheOrderOfTheWalk) {
     bench.Activate(Tool::Smooth);
     const SurfacePoint hit = bench.HitFace(33);
     std::vector<Triple> places;
-    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) places.push_back(PlaceOf(mesh, v));
+    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) places.push_back(PositionOf(mesh, v));
     const std::vector<Triple> before = places;
     bench.Stroke(hit, 0.7f, 60.0f);
 
@@ -172,7 +172,7 @@ TEST(TriangleDab, PinchMovesATenthOfTheDistanceForAWeightOfOne) {
     bench.Activate(Tool::Pinch);
     const SurfacePoint hit = bench.HitVertex(5);
     std::vector<Triple> before;
-    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) before.push_back(PlaceOf(mesh, v));
+    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) before.push_back(PositionOf(mesh, v));
     // Pinch uses a hundredth of the strength.
     bench.Stroke(hit, 0.8f, 150.0f);
     for (uint32_t v = 0; v < before.size(); ++v) {
@@ -187,12 +187,12 @@ TEST(TriangleDab, MeasuresInWorldSpaceUnderNonUniformScale) {
     StrokeFixture bench(RoundTriangles());
     LevelMesh& mesh = bench.Mesh();
     const Triple scale = {2.0, 1.0, 0.5};
-    bench.geometry->Place().Set({2.0f, 1.0f, 0.5f}, {}, {});
+    bench.geometry->Transform().Set({2.0f, 1.0f, 0.5f}, {}, {});
     bench.Activate(Tool::Sculpt);
     bench.brush->directionAttribute.SetValue(5, true);
     const SurfacePoint hit = bench.HitVertex(5);
     std::vector<Triple> before;
-    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) before.push_back(PlaceOf(mesh, v));
+    for (uint32_t v = 0; v < mesh.VertexCount(); ++v) before.push_back(PositionOf(mesh, v));
     bench.Stroke(hit, 0.9f, 0.3f);
     int moved = 0;
     for (uint32_t v = 0; v < before.size(); ++v) {

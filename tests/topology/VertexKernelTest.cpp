@@ -214,18 +214,18 @@ TEST_F(VertexKernel, FollowsVertexNormalsOnlyWhenTheDabDoes) {
     Open(Icosahedron());
     Begin();
     Aim({}, 9.0f);
-    const Triple start = PlaceOf(Mesh(), 0);
+    const Triple start = PositionOf(Mesh(), 0);
     Brush().followVertexNormal = true;
     EXPECT_TRUE(Step(0));
     const double length = std::hypot(start[0], start[1], start[2]);
-    const Triple moved = PlaceOf(Mesh(), 0);
+    const Triple moved = PositionOf(Mesh(), 0);
     for (std::size_t k = 0; k < 3; ++k)
         EXPECT_NEAR(moved[k], start[k] * (1.0 + 1.0 / length), 1e-4);
     Brush().followVertexNormal = false;
-    const Triple other = PlaceOf(Mesh(), 1);
+    const Triple other = PositionOf(Mesh(), 1);
     EXPECT_TRUE(Step(1));
-    EXPECT_NEAR(PlaceOf(Mesh(), 1)[0], other[0], 1e-6);
-    EXPECT_NEAR(PlaceOf(Mesh(), 1)[2], other[2] + 1.0, 1e-6);
+    EXPECT_NEAR(PositionOf(Mesh(), 1)[0], other[0], 1e-6);
+    EXPECT_NEAR(PositionOf(Mesh(), 1)[2], other[2] + 1.0, 1e-6);
 }
 
 TEST_F(VertexKernel, EveryRendererIsNotifiedOfEachWrittenVertex) {

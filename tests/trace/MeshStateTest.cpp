@@ -155,7 +155,7 @@ TEST_F(MeshStateTest, MetaHasAllOtherData) {
     geometry.Subdivide();
     geometry.Subdivide();
     geometry.BindLevel(1);
-    geometry.Place().Set({2.0f, 4.0f, 8.0f}, {}, {1.0f, 0.0f, 0.0f});
+    geometry.Transform().Set({2.0f, 4.0f, 8.0f}, {}, {1.0f, 0.0f, 0.0f});
     geometry.Bound()->visitStamp = 42;
     geometry.Bound()->SetFreeze(7, 1);
     EXPECT_EQ(Meta(geometry), R"({

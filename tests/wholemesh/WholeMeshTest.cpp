@@ -19,16 +19,16 @@ namespace {
 /// Moves the scene's camera during its lifetime.
 class CameraAt {
 public:
-    explicit CameraAt(const Vector& eye) { Place().Set({1.0f, 1.0f, 1.0f}, {}, eye); }
-    ~CameraAt() { Place().Set({1.0f, 1.0f, 1.0f}, {}, {}); }
+    explicit CameraAt(const Vector& eye) { Transform().Set({1.0f, 1.0f, 1.0f}, {}, eye); }
+    ~CameraAt() { Transform().Set({1.0f, 1.0f, 1.0f}, {}, {}); }
     CameraAt(const CameraAt&) = delete;
     CameraAt& operator=(const CameraAt&) = delete;
 
 private:
-    static MatrixTransform& Place() {
+    static MatrixTransform& Transform() {
         auto* scene = dynamic_cast<HostScene*>(g_pKernel->Scene());
         scene->SetActiveCamera(nullptr);
-        return scene->OwnCamera().Place();
+        return scene->OwnCamera().Transform();
     }
 };
 
@@ -262,7 +262,7 @@ TEST(WholeMesh, StrengthIsScaledLikeThatOfADab) {
 
 TEST(WholeMesh, ByFacingTheWeightIsTheCosineToACommonView) {
     Bench bench(SphereQuads(2));
-    bench.geometry->Place().Set({2.0f, 2.0f, 2.0f}, {0.0f, 0.0f, 90.0f}, {7.0f, 0.0f, 0.0f});
+    bench.geometry->Transform().Set({2.0f, 2.0f, 2.0f}, {0.0f, 0.0f, 90.0f}, {7.0f, 0.0f, 0.0f});
     const CameraAt camera({7.0f, 30.0f, 0.0f});
     const auto before = bench.Positions();
     std::vector<Vector> normals;
@@ -297,7 +297,7 @@ TEST(WholeMesh, WithoutFacingKeepsTheOldView) {
 
 TEST(WholeMesh, CameraAtTheMeshOriginMovesNothing) {
     Bench bench(FlatGrid(2));
-    bench.geometry->Place().Set({1.0f, 1.0f, 1.0f}, {}, {1.0f, 2.0f, 3.0f});
+    bench.geometry->Transform().Set({1.0f, 1.0f, 1.0f}, {}, {1.0f, 2.0f, 3.0f});
     const CameraAt camera({1.0f, 2.0f, 3.0f});
     bench.brush->wholeMeshView = Vector(0.0f, 0.0f, 1.0f);
     const auto before = BitsOf(bench.Mesh());

@@ -66,8 +66,8 @@ double Inside(const Brick& brick, Point2 p) {
     return inside;
 }
 
-double BrickHeight(const Brick& brick, Point2 place) {
-    Point2 p = place - brick.centre;
+double BrickHeight(const Brick& brick, Point2 point) {
+    Point2 p = point - brick.centre;
     p = {p.x + p.y * brick.turn, p.y - p.x * brick.turn};
     // Each brick has its own noise, with a period longer than the brick.
     constexpr int NoisePeriod = 4096;
@@ -115,12 +115,12 @@ const std::array<std::array<Brick, 3>, Rows>& Wall() {
 }
 
 double WallHeight(Point2 p) {
-    const Point2 place = p * Side;
+    const Point2 point = p * Side;
     const auto& row = Wall()[static_cast<std::size_t>(p.y * Rows)];
     double height = 0.0;
     for (const Brick& brick : row)
-        if (std::fabs(place.x - brick.centre.x) < brick.half.x + Joint)
-            height = std::max(height, BrickHeight(brick, place));
+        if (std::fabs(point.x - brick.centre.x) < brick.half.x + Joint)
+            height = std::max(height, BrickHeight(brick, point));
     // Sand in the joints, but not along the borders.
     const double border = std::min(std::min(p.x, 1.0 - p.x), std::min(p.y, 1.0 - p.y)) * Side;
     const double sand = 0.05 + 0.05 * LayeredNoise(p * 128.0, 128, 3, 77u);

@@ -47,13 +47,13 @@ Point3 EarShape(Point2 p) {
     // The ear is taller than it is wide, wider at the top, and leans back; the head around it does
     // not move.
     const double body = SmoothStep(0.97, 0.80, far);
-    Point3 place{heading.x * out, 0.0, heading.y * out};
-    place.right =
-        Mix(place.right, place.right * (0.70 - 0.13 * place.down) - 0.10 * place.down, body);
+    Point3 point{heading.x * out, 0.0, heading.y * out};
+    point.right =
+        Mix(point.right, point.right * (0.70 - 0.13 * point.down) - 0.10 * point.down, body);
     // The rear rim is farthest from the head.
-    up *= 1.0 + 0.35 * body * Clamp01(0.5 + 0.6 * place.right);
-    place.up = up;
-    return place;
+    up *= 1.0 + 0.35 * body * Clamp01(0.5 + 0.6 * point.right);
+    point.up = up;
+    return point;
 }
 
 }  // namespace

@@ -85,11 +85,11 @@ Point3 HookShape(Point2 p) {
     const Point3 flat = rim * (1.0 - RootEdge);
     const double t2 = t * t;
     const double t3 = t2 * t;
-    const Point3 place = neck * (2.0 * t3 - 3.0 * t2 + 1.0) + slope * (t3 - 2.0 * t2 + t) +
+    const Point3 point = neck * (2.0 * t3 - 3.0 * t2 + 1.0) + slope * (t3 - 2.0 * t2 + t) +
                          rim * (3.0 * t2 - 2.0 * t3) + flat * (t3 - t2);
     // Curvature fades out before the rim, because an abrupt end would be visible under light.
     const Point3 here{p.x, 0.0, p.y};
-    return here + (place + here * -1.0) * SmoothStep(1.0, 0.35, t);
+    return here + (point + here * -1.0) * SmoothStep(1.0, 0.35, t);
 }
 
 }  // namespace

@@ -57,19 +57,19 @@ Point3 PetalShape(Point2 p) {
 
     const double body = SmoothStep(1.0, 0.72, far);
     const double upper = SmoothStep(0.45, 0.30, far);
-    Point3 place{heading.x * at.out, at.up, heading.y * at.out};
+    Point3 point{heading.x * at.out, at.up, heading.y * at.out};
     // The tip curls up, there is a hollow along the centre line, and the rim is wavy.
     const double tip = SmoothStep(0.55, 1.0, heading.y) * body * SmoothStep(0.10, 0.42, far);
-    place.down += 0.11 * tip;
-    place.up += 0.10 * tip * SmoothStep(0.25, 0.75, at.out);
-    place.right *= 1.0 - 0.16 * body * behind;
-    const double side = place.right / 0.62;
-    place.up += 0.14 * body * behind * side * side;
-    const double veinFan = place.right / (place.down + 0.75);
-    const double veins = Noise({veinFan * 15.0 + 40.0, place.down * 0.9 + 40.0}, 4096, 31u);
-    const double keel = 1.0 / (1.0 + Square(place.right / 0.035));
-    place.up += upper * (0.016 * veins + 0.022 * keel * behind);
-    return place;
+    point.down += 0.11 * tip;
+    point.up += 0.10 * tip * SmoothStep(0.25, 0.75, at.out);
+    point.right *= 1.0 - 0.16 * body * behind;
+    const double side = point.right / 0.62;
+    point.up += 0.14 * body * behind * side * side;
+    const double veinFan = point.right / (point.down + 0.75);
+    const double veins = Noise({veinFan * 15.0 + 40.0, point.down * 0.9 + 40.0}, 4096, 31u);
+    const double keel = 1.0 / (1.0 + Square(point.right / 0.035));
+    point.up += upper * (0.016 * veins + 0.022 * keel * behind);
+    return point;
 }
 
 }  // namespace

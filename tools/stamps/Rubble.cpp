@@ -53,8 +53,8 @@ Stone MakeStone(Point2 centre, double size, double base, std::uint32_t seed) {
 
 /// Returns the height of the stone at a point, in units of the stamp's side; any value below
 /// `floor` if the stone is lower than that.
-double StoneHeight(const Stone& stone, Point2 place, double floor) {
-    const Point2 straight = place - stone.centre;
+double StoneHeight(const Stone& stone, Point2 point, double floor) {
+    const Point2 straight = point - stone.centre;
     const double size = stone.size;
     const auto top = [&stone](const Facet& facet, Point2 p) {
         return facet.height - facet.slope * Dot(facet.heading, p);

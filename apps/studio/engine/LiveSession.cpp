@@ -78,7 +78,8 @@ LiveSession::LiveSession(const OpenRequest& request,
     opened.title = request.title.empty()
                        ? std::filesystem::path(opened.sourcePath).filename().string()
                        : request.title;
-    opened.bounds = TransformBox(document.Tree().Bounds(), document.Geometry().Place().ToWorld());
+    opened.bounds =
+        TransformBox(document.Tree().Bounds(), document.Geometry().Transform().ToWorld());
     opened.view = document.View();
     opened.applicationData = document.Settings().applicationData;
     opened.notes = document.Notes();
@@ -248,13 +249,13 @@ HoverHit LiveSession::Pick(const StrokeView& view, float x, float y) {
     if (!hit) return result;
     result.isHit = true;
     result.position = WorldPositionOf(geometry, *hit);
-    result.normal = WorldNormal(geometry.Place(), hit->normal);
+    result.normal = WorldNormal(geometry.Transform(), hit->normal);
     const SceneSettings& settings = document.Settings();
     for (const Matrix& map : settings.mirrorMaps) {
         const Vector position = map.AffineTransform(hit->position, 1.0f);
         HoverHit::Mirrored mirrored;
-        geometry.Place().LocalToWorld(&mirrored.position, &position, 1.0f);
-        mirrored.normal = WorldNormal(geometry.Place(), map.AffineTransform(hit->normal, 0.0f));
+        geometry.Transform().LocalToWorld(&mirrored.position, &position, 1.0f);
+        mirrored.normal = WorldNormal(geometry.Transform(), map.AffineTransform(hit->normal, 0.0f));
         result.mirrored.push_back(mirrored);
     }
     result.radius = DabRadius(view, settings.dynamics, settings.radius, result.position);

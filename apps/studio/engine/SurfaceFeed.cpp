@@ -46,7 +46,7 @@ std::shared_ptr<SurfaceUpdate> SurfaceFeed::Pack(std::size_t maxBytes) {
     isTransformPending = false;
     auto update = std::make_shared<SurfaceUpdate>();
     update->layout = layout;
-    update->toWorld = document.Geometry().Place().ToWorld();
+    update->toWorld = document.Geometry().Transform().ToWorld();
     update->bounds = document.Tree().Bounds();
 
     const std::size_t maxVertices = maxBytes / sizeof(DisplayVertex);

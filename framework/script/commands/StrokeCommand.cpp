@@ -66,7 +66,7 @@ StrokeDab DabOf(CommandContext& context, const DabParameters& given, const std::
         if (dab.hit.normal == Vector())
             throw FieldFault(pointer + "/normal", "the normal must not be zero");
     }
-    document.Geometry().Place().LocalToWorld(&dab.position, &dab.hit.position, 1.0f);
+    document.Geometry().Transform().LocalToWorld(&dab.position, &dab.hit.position, 1.0f);
     if (given.position) dab.position = *given.position;
     dab.keepPosition = true;
     dab.size = given.radius ? *given.radius : context.RadiusAt(dab.position);

@@ -45,7 +45,7 @@ Vector ScaleOf(const std::variant<float, Vector>& given) {
 }
 
 void Transform(CommandContext& context, const TransformParameters& parameters) {
-    MatrixTransform meshTransform = context.document.Geometry().Place();
+    MatrixTransform meshTransform = context.document.Geometry().Transform();
     if (parameters.matrix) {
         meshTransform.SetMatrix(MatrixOf(*parameters.matrix));
     } else {

@@ -111,8 +111,8 @@ public:
           stride(brush.gridStride),
           grid(brush.positionGrid + stride + 1),
           slice(patchSlice),
-          places(SubdivisionLevel::QuadVertexIndexTable(static_cast<uint32_t>(brush.patchLevel))
-                     .array),
+          indexTable(SubdivisionLevel::QuadVertexIndexTable(static_cast<uint32_t>(brush.patchLevel))
+                         .array),
           list(brush.IsListed(patchSlice) ? brush.patchVertexList : nullptr),
           fetchesLate(brush.PrefetchesLate()),
           normals(brush.mesh->vertexNormals.array),
@@ -123,7 +123,7 @@ public:
     /// than processing partial groups at the end of each row.
     void All() {
         const uint32_t cells = (points - 1) * stride + points;
-        uint32_t place = 0;
+        uint32_t index = 0;
         uint32_t column = 0;
         for (uint32_t first = 0; first < cells; first += PackedRow::capacity) {
             const uint32_t count = std::min(cells - first, PackedRow::capacity);
@@ -131,8 +131,8 @@ public:
             for (uint32_t i = 0; i < count;) {
                 if (column < points) {
                     const uint32_t length = std::min(points - column, count - i);
-                    Put(i, length, place);
-                    place += length;
+                    Put(i, length, index);
+                    index += length;
                     column += length;
                     i += length;
                 } else {
@@ -145,18 +145,18 @@ public:
 
 private:
     /// Stores packed normals, from index `first` on, for `count` entries of the patch list.
-    void Put(uint32_t first, uint32_t count, uint32_t place) {
+    void Put(uint32_t first, uint32_t count, uint32_t index) {
         const uint64_t* from = packed.normals + first;
         // Copied to local variables, because the compiler must assume that a written normal may
         // alias the members.
         PackedNormal* const to = normals;
         if (list == nullptr) {
-            for (const uint32_t* at = places + place; count > 0; --count)
+            for (const uint32_t* at = indexTable + index; count > 0; --count)
                 StoreNormal(to[slice[*at++]], *from++);
             return;
         }
         // The list provides the vertices with fewer indirections.
-        const PatchVertexEntry* entries = list + place;
+        const PatchVertexEntry* entries = list + index;
         if (fetchesLate) {
             const PatchVertexEntry* const last = list + (points * points - 1);
             for (; count > 0; --count) {
@@ -178,7 +178,7 @@ private:
     uint32_t stride;
     const HWVector* grid;
     const uint32_t* slice;
-    const uint32_t* places;
+    const uint32_t* indexTable;
     const PatchVertexEntry* list;
     bool fetchesLate;
     PackedNormal* normals;

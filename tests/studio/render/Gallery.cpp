@@ -65,7 +65,7 @@ int main(int argc, char** argv) {
         {static_cast<float>(ids.width) * 0.5f, static_cast<float>(ids.height) * 0.5f, 0.0f});
     if (hit.has_value()) {
         BrushRing ring;
-        shown.document->Geometry().Place().LocalToWorld(&ring.position, &hit->position, 1.0f);
+        shown.document->Geometry().Transform().LocalToWorld(&ring.position, &hit->position, 1.0f);
         ring.radius = size * 0.07f;
         for (int i = 0; i < 64; ++i) {
             const float t = static_cast<float>(i) / 63.0f;

@@ -62,7 +62,7 @@ void ExpectPicked(Scene& scene) {
             ++same;
             if (!hit.has_value()) continue;
             Vector world;
-            geometry.Place().LocalToWorld(&world, &hit->position, 1.0f);
+            geometry.Transform().LocalToWorld(&world, &hit->position, 1.0f);
             const float depth = (world - view.eye) | forward;
             ASSERT_NEAR(ids.depths[at], depth, depth * 1e-4f) << "pixel " << x << ", " << y;
             bool isInPatch = false;
