@@ -25,13 +25,14 @@ namespace trovik::studio {
 
 namespace {
 
-/// The sphere of a new document: 24 576 faces at its base, four times as many with each level.
+/// The sphere of a new document: 24 576 faces in the base mesh, four times as many on each further
+/// level.
 constexpr uint32_t firstSegments = 32;
 constexpr int firstLevels = 1;
 /// Brush radius for an imported mesh, in logical pixels.
 constexpr double firstRadius = 50.0;
 
-/// Delay between a change and storing an image of the document for the recovery dialog.
+/// Delay after a change before an image of the document is stored for the recovery dialog.
 constexpr int pictureDelayMilliseconds = 15000;
 constexpr QSize pictureSize(760, 440);
 
@@ -52,7 +53,7 @@ StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line
     engine = std::make_unique<Engine>(
         commandLine.hasNoJournal ? std::string() : StudioFolders::Journals().toStdString());
     actions = std::make_unique<ActionRegistry>(nullptr);
-    // Added before the window is created, because it puts them into its menus.
+    // Added before the window is created, because the window puts them into its menus.
     AddSelectionActions();
     AddTabletTester();
     AddEventActions();
@@ -94,7 +95,7 @@ StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line
 StudioApplication::~StudioApplication() {
     work.reset();
     recorder.reset();
-    // The window's dialogs and panels use the other objects until they are destroyed.
+    // Destroy the window first: its dialogs and panels use the other objects.
     window.reset();
 }
 
@@ -266,7 +267,7 @@ void StudioApplication::WhenOpened() {
     const bool isNewView = document.scenePath.empty() && !document.isRecovered;
     if (isNewView) camera.Frame(document.bounds);
     viewport->SetView(camera);
-    // A radius in pixels suits a mesh of any size.
+    // A radius in pixels is suitable for a mesh of any size.
     if (isNewView)
         engine->Run({{"set", {{"radiusPixels", firstRadius * viewport->devicePixelRatioF()}}}});
 }
@@ -292,7 +293,7 @@ bool StudioApplication::OfferRecovery() {
 
 void StudioApplication::StorePicture() {
     if (!engine->HasDocument() || engine->Document().journalPath.empty()) return;
-    // Reading the frame back takes too long for a stroke.
+    // Reading back the frame would take too long during a stroke.
     if (input->HasGesture()) {
         pictureTimer.start();
         return;
@@ -306,7 +307,7 @@ void StudioApplication::StorePicture() {
 }
 
 void StudioApplication::OpenFirst() {
-    // Before a file is opened that the work may have started from.
+    // Must precede opening a file, because the work may have started from that file.
     const bool mayAsk =
         !commandLine.quits && commandLine.events.empty() && !commandLine.hasNoJournal;
     if (mayAsk && OfferRecovery()) return;

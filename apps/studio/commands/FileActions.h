@@ -28,16 +28,16 @@ public:
     void Open(const QString& path);
     /// Opens a primitive, or the bust if none is given, with this number of levels.
     void OpenPrimitive(std::optional<Primitive> primitive, std::uint32_t segments, int levels);
-    /// Whether closing the document could lose work: changes, also those that are still being made,
-    /// and recovered work that has not been saved since.
+    /// Whether closing the document could lose work: unsaved changes, including those in progress,
+    /// and recovered work that has not been saved yet.
     bool HasUnsavedWork() const;
-    /// Calls `go` at once if no changes would be lost; otherwise asks whether to save first. `go`
-    /// is not called if the user cancels or saving fails.
+    /// Calls `go` immediately if no changes would be lost; otherwise asks whether to save first.
+    /// `go` is not called if the user cancels or saving fails.
     void WhenSaved(const std::function<void()>& go);
     /// The file with the next free number: "head.trovik" gives "head_001.trovik", "head_001.trovik"
     /// gives "head_002.trovik".
     static QString NextIncrement(const QString& path);
-    /// Fills a menu with the recent files, now and when they change.
+    /// Fills a menu with the recent files, and updates it when they change.
     void FillRecent(QMenu* menu);
     ScriptPlayer& Player() { return *player; }
 
@@ -52,8 +52,8 @@ private:
     void AddTransferActions();
     void AddScriptActions();
     void AskAndOpen(bool withOptions);
-    /// \param then  called when the document is saved; not called if the user cancels or saving
-    /// fails.
+    /// \param then  called once the document has been saved; not called if the user cancels or
+    /// saving fails.
     void Save(const std::function<void()>& then = {});
     void SaveAs(const std::function<void()>& then = {});
     void SaveTo(const QString& path, const std::function<void()>& then = {});

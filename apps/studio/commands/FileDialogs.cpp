@@ -59,7 +59,7 @@ NewDialog::NewDialog(QWidget* parent) : FormDialog(tr("New Sculpture"), tr("Crea
         button->setCheckable(true);
         button->setFixedSize(72, 68);
         button->setAccessibleName(text);
-        button->setToolTip(tr("Begins with this shape"));
+        button->setToolTip(tr("Starts with this shape"));
         shapes->addButton(button, id++);
         layout->addWidget(button);
     }
@@ -102,7 +102,7 @@ void NewDialog::ShowCounts() {
 ImportDialog::ImportDialog(const QString& fileName, QWidget* parent)
     : FormDialog(tr("Import %1").arg(fileName), tr("Import"), parent) {
     units = AddChoice(tr("Units"),
-                      tr("What the numbers of the file mean; no number is changed"),
+                      tr("The unit of the coordinates in the file; the values are not converted"),
                       UnitChoices(tr("As the file states")));
     up = AddChoice(
         tr("Up axis"), tr("The axis that points up"), UpChoices(tr("As the file states")));
@@ -133,7 +133,7 @@ ExportDialog::ExportDialog(QWidget* parent) : FormDialog(tr("Export Mesh"), tr("
     world = AddCheck(tr("World coordinates"), tr("Applies the transform of the mesh"), false);
     hidden = AddCheck(tr("Hidden faces"), tr("Exports hidden faces as well"), true);
     units = AddChoice(tr("Units"),
-                      tr("Converts the numbers, if the units of the mesh are known"),
+                      tr("Converts the coordinates if the unit of the mesh is known"),
                       UnitChoices(tr("Unchanged")));
     up = AddChoice(tr("Up axis"),
                    tr("Rotates the mesh so that this axis points up"),
@@ -188,7 +188,7 @@ BakeDialog::BakeDialog(const DocumentState& state, QWidget* parent)
                           static_cast<int>(i)});
     from = AddChoice(tr("Detail from"), tr("The level whose detail is baked"), levels);
     from->setCurrentIndex(static_cast<int>(state.currentLevel));
-    to = AddChoice(tr("Onto"), tr("The coarser level that the map is for"), levels);
+    to = AddChoice(tr("Onto"), tr("The coarser level to which the map applies"), levels);
     size =
         AddChoice(tr("Size"),
                   tr("Width and height in pixels"),
@@ -199,15 +199,15 @@ BakeDialog::BakeDialog(const DocumentState& state, QWidget* parent)
                   tr("The format of the file"),
                   {{"OpenEXR (.exr)", ".exr"}, {"TIFF (.tif)", ".tif"}, {"PNG (.png)", ".png"}});
     bits = AddChoice(tr("Depth"),
-                     tr("How exactly values are stored"),
+                     tr("Precision of the stored values"),
                      {{tr("32-bit float"), "float"}, {tr("16 bits"), 16}});
     samples = AddChoice(tr("Samples"),
                         tr("Samples per pixel; more are slower and smoother"),
                         {{"1", 1}, {"4", 4}, {"16", 16}});
     samples->setCurrentIndex(1);
-    padding =
-        AddWhole(tr("Padding"), tr("Pixels by which the map continues beyond seams"), 0, 256, 8);
-    repeat = AddCheck(tr("Repeats"), tr("The UVs run beyond 0 to 1, so the map repeats"), false);
+    padding = AddWhole(
+        tr("Padding"), tr("Number of pixels by which the map extends beyond seams"), 0, 256, 8);
+    repeat = AddCheck(tr("Repeats"), tr("For UVs outside 0 to 1: the map repeats"), false);
     connect(map, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
     connect(format, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
     connect(from, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
@@ -224,7 +224,7 @@ void BakeDialog::ShowOptions() {
     GoButton()->setEnabled(from->currentData().toInt() > to->currentData().toInt());
     GoButton()->setToolTip(GoButton()->isEnabled()
                                ? tr("Asks for the file, then bakes")
-                               : tr("The detail has to come from a higher level"));
+                               : tr("The detail must come from a higher level"));
 }
 
 nlohmann::json BakeDialog::Options() const {
@@ -256,11 +256,12 @@ DisplacementDialog::DisplacementDialog(const QString& fileName, QWidget* parent)
                        {tr("Tangent"), "tangent"},
                        {tr("Object"), "object"}});
     strength = AddNumber(tr("Strength"), tr("Multiplies the displacement"), -1000, 1000, 1);
-    hasScale =
-        AddCheck(tr("Own range"), tr("Sets middle and scale, for maps that state none"), false);
+    hasScale = AddCheck(tr("Own range"),
+                        tr("Sets the mid value and the scale, for maps that do not specify them"),
+                        false);
     mid = AddNumber(tr("Middle"), tr("The value that does not move the surface"), -1e6, 1e6, 0.5);
-    scale = AddNumber(tr("Scale"), tr("Length that the value 1 stands for"), -1e6, 1e6, 1);
-    repeat = AddCheck(tr("Repeats"), tr("The map continues beyond its border"), false);
+    scale = AddNumber(tr("Scale"), tr("Length that the value 1 represents"), -1e6, 1e6, 1);
+    repeat = AddCheck(tr("Repeats"), tr("The map repeats beyond its border"), false);
     ShowRow(mid, false);
     ShowRow(scale, false);
     connect(hasScale, &QCheckBox::toggled, this, [this](bool on) {

@@ -84,7 +84,7 @@ QWidget* KeymapEditor::MakeTopRow() {
     search->addAction(Icon(QStringLiteral("search")), QLineEdit::LeadingPosition);
     presets = new QComboBox(row);
     presets->setAccessibleName(tr("Preset"));
-    presets->setToolTip(tr("Replaces all keys by those of a preset"));
+    presets->setToolTip(tr("Replaces all keys with those of a preset"));
     for (const QString& preset : Keymap::Presets())
         presets->addItem(Keymap::PresetTitle(preset), preset);
     presets->setCurrentIndex(presets->findData(keymap.Preset()));
@@ -128,8 +128,8 @@ QWidget* KeymapEditor::MakeButtons() {
     });
     layout->addStretch();
     add(tr("Import…"), tr("Reads a keymap file"), [this] { ImportFile(); });
-    add(tr("Export…"), tr("Writes the keymap into a file"), [this] { ExportFile(); });
-    add(tr("Close"), tr("Closes the keymap; changes are stored already"), [this] { accept(); });
+    add(tr("Export…"), tr("Writes the keymap to a file"), [this] { ExportFile(); });
+    add(tr("Close"), tr("Closes the keymap; changes are already stored"), [this] { accept(); });
     return row;
 }
 

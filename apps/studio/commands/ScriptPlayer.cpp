@@ -23,7 +23,7 @@ void Resolve(json& name, const QDir& folder) {
         name = folder.absoluteFilePath(path).toStdString();
 }
 
-/// The files that a step reads: pen streams, stamps, images of masks, displacement maps.
+/// The files that a step reads: pen streams, stamps, mask images, displacement maps.
 void ResolveFiles(json& step, const QDir& folder) {
     const auto at = [&](const char* pointer) {
         const json::json_pointer place(pointer);
@@ -36,7 +36,7 @@ void ResolveFiles(json& step, const QDir& folder) {
     at("/displace/file");
 }
 
-/// Setup fields of a script that are also steps, in the order in which they are applied.
+/// Setup fields that are also steps, in the order in which they are applied.
 constexpr const char* setupSteps[] = {"transform", "mirror", "camera"};
 
 }  // namespace
@@ -71,7 +71,7 @@ QString ScriptPlayer::Run(const QString& path) {
     }
     const bool opens = !request.meshPath.empty() || !request.scenePath.empty();
     if (!opens && !engine.HasDocument())
-        return tr("%1: it names no mesh, and none is open").arg(path);
+        return tr("%1: the script does not name a mesh, and no document is open").arg(path);
     Stop();
     steps = std::move(read);
     next = 0;

@@ -19,8 +19,7 @@ StatusNumbers::StatusNumbers(Engine& given, ViewModel& model, QWidget* parent)
     layout->setContentsMargins(8, 0, 6, 0);
     text = new QLabel(this);
     text->setAccessibleName(tr("Document"));
-    text->setToolTip(
-        tr("Level, faces, memory, undo bytes, time of a dab, time from pen to picture"));
+    text->setToolTip(tr("Level, faces, memory, undo bytes, time per dab, time from pen to image"));
     layout->addWidget(text);
     connect(&engine, &Engine::StateChanged, this, &StatusNumbers::Refresh);
     connect(&engine, &Engine::StrokeAdvanced, this, [this](const StrokeFigures& figures) {
@@ -60,10 +59,10 @@ JobBar::JobBar(Engine& engine, QWidget* parent) : QWidget(parent) {
     progress->setFixedSize(160, fontMetrics().height());
     progress->setTextVisible(false);
     progress->setAccessibleName(tr("Progress"));
-    progress->setToolTip(tr("How far the running command is"));
+    progress->setToolTip(tr("Progress of the running command"));
     cancel = MakeIconButton(QStringLiteral("cancel"),
                             tr("Cancel"),
-                            tr("Stops the command; the document stays as it was before"),
+                            tr("Stops the command; the document is not changed"),
                             this);
     const int side = fontMetrics().height() - 2;
     cancel->setIconSize({side, side});
@@ -80,7 +79,7 @@ JobBar::JobBar(Engine& engine, QWidget* parent) : QWidget(parent) {
             this,
             [this](const QString& name, const QString& phase, quint64 done, quint64 total) {
                 label->setText(name == phase || phase.isEmpty() ? name : name + ": " + phase);
-                // In thousandths; a range of 0 shows that the total is unknown.
+                // In thousandths; a range of 0 indicates that the total is unknown.
                 progress->setRange(0, total == 0 ? 0 : 1000);
                 if (total > 0)
                     progress->setValue(static_cast<int>(static_cast<double>(done) * 1000.0 /
