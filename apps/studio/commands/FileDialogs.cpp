@@ -103,9 +103,8 @@ ImportDialog::ImportDialog(const QString& fileName, QWidget* parent)
     : FormDialog(tr("Import %1").arg(fileName), tr("Import"), parent) {
     units = AddChoice(tr("Units"),
                       tr("The unit of the coordinates in the file; the values are not converted"),
-                      UnitChoices(tr("As the file states")));
-    up = AddChoice(
-        tr("Up axis"), tr("The axis that points up"), UpChoices(tr("As the file states")));
+                      UnitChoices(tr("As in the file")));
+    up = AddChoice(tr("Up axis"), tr("The axis that points up"), UpChoices(tr("As in the file")));
     levels = AddWhole(tr("Levels"), tr("Finer levels to add above the mesh"), 0, 8, 0);
 }
 
@@ -247,16 +246,15 @@ DisplacementDialog::DisplacementDialog(const QString& fileName, QWidget* parent)
     : FormDialog(tr("Displace by %1").arg(fileName), tr("Displace"), parent) {
     map = AddChoice(tr("Map"),
                     tr("What the map holds"),
-                    {{tr("As the file states"), QString()},
+                    {{tr("As in the file"), QString()},
                      {tr("Displacement"), "displacement"},
                      {tr("Vector displacement"), "vector"}});
-    space = AddChoice(tr("Space"),
-                      tr("Whether vectors are relative to the surface or to the mesh"),
-                      {{tr("As the file states"), QString()},
-                       {tr("Tangent"), "tangent"},
-                       {tr("Object"), "object"}});
+    space = AddChoice(
+        tr("Space"),
+        tr("Whether vectors are relative to the surface or to the mesh"),
+        {{tr("As in the file"), QString()}, {tr("Tangent"), "tangent"}, {tr("Object"), "object"}});
     strength = AddNumber(tr("Strength"), tr("Multiplies the displacement"), -1000, 1000, 1);
-    hasScale = AddCheck(tr("Own range"),
+    hasScale = AddCheck(tr("Custom range"),
                         tr("Sets the mid value and the scale, for maps that do not specify them"),
                         false);
     mid = AddNumber(tr("Middle"), tr("The value that does not move the surface"), -1e6, 1e6, 0.5);

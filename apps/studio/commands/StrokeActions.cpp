@@ -37,7 +37,7 @@ void AddStrokeActions(const ActionContext& context) {
                      .keys = {QKeySequence("V")},
                      .icon = "strength"});
     actions.AddHeld({.id = "stroke.abandon",
-                     .text = Text::tr("Abandon Stroke"),
+                     .text = Text::tr("Cancel Stroke"),
                      .description = Text::tr(
                          "Cancels the current stroke and restores the surface bit for bit."),
                      .keys = {QKeySequence("Esc")},

@@ -287,7 +287,7 @@ QString TitleOf(SettingGroup group) {
 }
 
 QString ChoiceText(const QString& value) {
-    static const std::map<QString, QString> texts = {{"tool", Text::tr("As the tool does")},
+    static const std::map<QString, QString> texts = {{"tool", Text::tr("Tool default")},
                                                      {"upright", Text::tr("Upright")},
                                                      {"stroke", Text::tr("Along the stroke")},
                                                      {"start", Text::tr("As at the start")},

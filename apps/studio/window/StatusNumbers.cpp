@@ -19,7 +19,7 @@ StatusNumbers::StatusNumbers(Engine& given, ViewModel& model, QWidget* parent)
     layout->setContentsMargins(8, 0, 6, 0);
     text = new QLabel(this);
     text->setAccessibleName(tr("Document"));
-    text->setToolTip(tr("Level, faces, memory, undo bytes, time per dab, time from pen to image"));
+    text->setToolTip(tr("Level, faces, memory, undo bytes, time per dab, pen latency"));
     layout->addWidget(text);
     connect(&engine, &Engine::StateChanged, this, &StatusNumbers::Refresh);
     connect(&engine, &Engine::StrokeAdvanced, this, [this](const StrokeFigures& figures) {
@@ -45,7 +45,7 @@ void StatusNumbers::Refresh() {
                       tr("undo %1").arg(BytesText(state.historyBytes + state.historyBytesOnDisk))};
     if (millisecondsPerDab > 0.0) parts.append(tr("dab %1 ms").arg(millisecondsPerDab, 0, 'f', 2));
     if (view.PenLatency() > 0.0)
-        parts.append(tr("pen to picture %1 ms").arg(view.PenLatency() * 1000.0, 0, 'f', 0));
+        parts.append(tr("pen latency %1 ms").arg(view.PenLatency() * 1000.0, 0, 'f', 0));
     text->setText(parts.join(QStringLiteral("   ·   ")));
 }
 
