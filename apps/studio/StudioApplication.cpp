@@ -173,27 +173,27 @@ void StudioApplication::AddSelectionActions() {
     using Shape = SelectionGesture::Shape;
     AddSelection("mask.box",
                  tr("Mask by Box"),
-                 tr("Masks what is visible in a box that you drag over the viewport."),
+                 tr("Masks the visible surface inside a box that you drag over the viewport."),
                  Shape::Box,
                  "freeze");
     AddSelection("mask.lasso",
                  tr("Mask by Lasso"),
-                 tr("Masks what is visible in an outline that you draw over the viewport."),
+                 tr("Masks the visible surface inside an outline that you draw over the viewport."),
                  Shape::Lasso,
                  "freeze");
     AddSelection("visibility.hideBox",
                  tr("Hide by Box"),
-                 tr("Hides the faces in a box that you drag over the viewport."),
+                 tr("Hides the faces inside a box that you drag over the viewport."),
                  Shape::Box,
                  "hide");
     AddSelection("visibility.hideLasso",
                  tr("Hide by Lasso"),
-                 tr("Hides the faces in an outline that you draw over the viewport."),
+                 tr("Hides the faces inside an outline that you draw over the viewport."),
                  Shape::Lasso,
                  "hide");
     AddSelection("visibility.isolateLasso",
                  tr("Isolate by Lasso"),
-                 tr("Shows only the faces in an outline that you draw over the viewport."),
+                 tr("Shows only the faces inside an outline that you draw over the viewport."),
                  Shape::Lasso,
                  "isolate");
 }
@@ -201,7 +201,7 @@ void StudioApplication::AddSelectionActions() {
 void StudioApplication::AddTabletTester() {
     actions->Add({.id = "help.tabletTester",
                   .text = tr("Tablet Tester…"),
-                  .description = tr("Shows what the tablet sends: rate, pressure, tilt, buttons."),
+                  .description = tr("Shows tablet data: rate, pressure, tilt, buttons."),
                   .run = [this] {
                       auto* tester = new TabletTester(input->Router(), window.get());
                       tester->setAttribute(Qt::WA_DeleteOnClose);
@@ -212,8 +212,8 @@ void StudioApplication::AddTabletTester() {
 void StudioApplication::AddEventActions() {
     actions->Add({.id = "file.recordEvents",
                   .text = tr("Record Events"),
-                  .description = tr("Records pen, mouse, keys and commands; chosen again, it stops "
-                                    "and writes an event file."),
+                  .description = tr("Records pen, mouse, keys and commands. Choose it again to "
+                                    "stop and write an event file."),
                   .run = [this] { RecordEvents(); }});
     actions->Add({.id = "file.playEvents",
                   .text = tr("Play Events…"),

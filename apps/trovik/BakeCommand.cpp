@@ -107,7 +107,7 @@ void Bake(BakeCommandOptions options) {
         report = BakeToFile(*geometry, options.bake, options.file, &line);
     } catch (const HostError& error) {
         const std::string reason = error.what();
-        // Errors of a file already name it.
+        // Errors about a file already name the file.
         const bool named = reason.find(options.source) != std::string::npos ||
                            reason.find(options.file.path) != std::string::npos;
         throw HostError(named ? reason : options.source + ": " + reason);

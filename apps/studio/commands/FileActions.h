@@ -42,7 +42,7 @@ public:
     ScriptPlayer& Player() { return *player; }
 
 Q_SIGNALS:
-    /// A message for the user about an operation that was not performed.
+    /// A message to the user about an operation that was refused.
     void Refused(const QString& message);
     /// A short success message.
     void Succeeded(const QString& message);

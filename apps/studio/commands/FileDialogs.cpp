@@ -130,7 +130,7 @@ ExportDialog::ExportDialog(QWidget* parent) : FormDialog(tr("Export Mesh"), tr("
     keeps = AddText(tr("Keeps"));
     keeps->setWordWrap(true);
     world = AddCheck(tr("World coordinates"), tr("Applies the transform of the mesh"), false);
-    hidden = AddCheck(tr("Hidden faces"), tr("Exports hidden faces as well"), true);
+    hidden = AddCheck(tr("Hidden faces"), tr("Also exports hidden faces"), true);
     units = AddChoice(tr("Units"),
                       tr("Converts the coordinates if the unit of the mesh is known"),
                       UnitChoices(tr("Unchanged")));
@@ -174,7 +174,7 @@ nlohmann::json ExportDialog::Options() const {
 BakeDialog::BakeDialog(const DocumentState& state, QWidget* parent)
     : FormDialog(tr("Bake Map"), tr("Bake…"), parent) {
     map = AddChoice(tr("Map"),
-                    tr("What the map holds"),
+                    tr("The content of the map"),
                     {{tr("Displacement"), "displacement"},
                      {tr("Vector displacement"), "vector"},
                      {tr("Normals"), "normal"}});
@@ -245,7 +245,7 @@ nlohmann::json BakeDialog::Options() const {
 DisplacementDialog::DisplacementDialog(const QString& fileName, QWidget* parent)
     : FormDialog(tr("Displace by %1").arg(fileName), tr("Displace"), parent) {
     map = AddChoice(tr("Map"),
-                    tr("What the map holds"),
+                    tr("The content of the map"),
                     {{tr("As in the file"), QString()},
                      {tr("Displacement"), "displacement"},
                      {tr("Vector displacement"), "vector"}});
@@ -257,7 +257,8 @@ DisplacementDialog::DisplacementDialog(const QString& fileName, QWidget* parent)
     hasScale = AddCheck(tr("Custom range"),
                         tr("Sets the mid value and the scale, for maps that do not specify them"),
                         false);
-    mid = AddNumber(tr("Middle"), tr("The value that does not move the surface"), -1e6, 1e6, 0.5);
+    mid =
+        AddNumber(tr("Middle"), tr("The value that leaves the surface unchanged"), -1e6, 1e6, 0.5);
     scale = AddNumber(tr("Scale"), tr("Length that the value 1 represents"), -1e6, 1e6, 1);
     repeat = AddCheck(tr("Repeats"), tr("The map repeats beyond its border"), false);
     ShowRow(mid, false);

@@ -275,12 +275,12 @@ bool KeymapEditor::eventFilter(QObject* watched, QEvent* event) {
     if (wantsRelease != (event->type() == QEvent::KeyRelease)) return true;
     if (pressed->key() == Qt::Key_Escape) {
         StopCapture();
-        Say(tr("The key was kept."));
+        Say(tr("The key was not changed."));
     } else if (pressed->key() == Qt::Key_Backspace) {
         const QString id = capturing;
         StopCapture();
         keymap.Bind(id, {});
-        Say(tr("%1 has no key now.").arg(actions.Info(id)->text));
+        Say(tr("%1 no longer has a key.").arg(actions.Info(id)->text));
     } else if (wantsRelease) {
         if (!actions.IsHeld(capturing)) return true;
         TakeKey(QKeySequence(pressed->key()));

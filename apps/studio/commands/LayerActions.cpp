@@ -86,8 +86,8 @@ void AddLayerActions(const ActionContext& context) {
         HasActive);
     add({.id = "layer.merge",
          .text = Text::tr("Merge Layer Down"),
-         .description = Text::tr("Adds the active layer to the one below it. The surface does not "
-                                 "change."),
+         .description =
+             Text::tr("Merges the active layer into the one below. The surface does not change."),
          .icon = "merge",
          .run = [context] { ChangeActive(context, "mergeDown", true); }},
         [](const DocumentState& state) { return HasActive(state) && !state.layers[0].active; });

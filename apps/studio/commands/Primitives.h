@@ -30,7 +30,7 @@ std::uint64_t FacesOf(Primitive primitive, std::uint32_t segments);
 /// English name for files: "sphere", "cube", "plane", "cylinder".
 const char* NameOf(Primitive primitive);
 
-/// Writes a primitive as OBJ into a folder, which is created if it is missing. The file name
+/// Writes a primitive as an OBJ file to a folder, which is created if it is missing. The file name
 /// contains its kind and number of segments; an existing file is used unchanged. \return the path.
 /// \throw HostError that names the file and the reason.
 std::string WritePrimitive(Primitive primitive, std::uint32_t segments, const std::string& folder);

@@ -15,7 +15,7 @@ namespace {
 
 using nlohmann::json;
 
-/// Replaces a file name by its absolute path if the folder has such a file.
+/// Replaces a file name with its absolute path if the folder contains the file.
 void Resolve(json& name, const QDir& folder) {
     if (!name.is_string()) return;
     const QString path = QString::fromStdString(name.get<std::string>());

@@ -129,8 +129,8 @@ struct EventFile {
     std::vector<TimedInput> events;
 };
 
-/// Reads and checks a file of at most 64 MiB.
-/// \throw HostError with one line: file, JSON pointer or line, value.
+/// Reads and validates a file of at most 64 MiB. \throw HostError with one line: file, JSON pointer
+/// or line, value.
 EventFile ReadEventFile(const std::string& path);
 /// Like ReadEventFile, but from text. \param name  for messages; relative paths are relative to its
 /// folder.

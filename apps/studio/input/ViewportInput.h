@@ -68,7 +68,7 @@ Q_SIGNALS:
     void MenuRequested(const QPoint& globalPosition);
     /// A stroke was refused because the engine is busy.
     void Refused(const QString& reason);
-    /// A drag of the camera, a stroke or another gesture began or ended.
+    /// A camera drag, a stroke or another gesture began or ended.
     void GestureChanged(bool isActive);
     /// A tick of the timer affected a gesture.
     /// \param milliseconds  on the clock of pointer events.

@@ -23,7 +23,7 @@ InfoPanel::InfoPanel(Engine& given, ViewModel& model, QWidget* parent)
     AddRow("faces", tr("Faces"), tr("Of the current level"));
     AddRow("vertices", tr("Vertices"), tr("Of the current level"));
     AddRow("layers", tr("Layers"), tr("Of the current level"));
-    AddRow("size", tr("Size"), tr("Box around the surface, in world units"));
+    AddRow("size", tr("Size"), tr("Bounding box of the surface, in world units"));
     AddRow("memory", tr("Memory"), tr("Memory used by all meshes and undo steps"));
     AddRow("undo", tr("Undo"), tr("Memory and disk space used by the undo steps"));
     AddRow("dabs", tr("Last stroke"), tr("Dabs of the last stroke"));

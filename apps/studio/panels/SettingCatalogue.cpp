@@ -252,7 +252,7 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
 
 double Limit(const nlohmann::json& range, const char* name, const char* exclusive, double none) {
     if (range.contains(name)) return range.at(name).get<double>();
-    // A value next to the limit, so that the limit itself cannot be typed.
+    // The value next to the limit, so that the limit itself cannot be entered.
     if (range.contains(exclusive)) return range.at(exclusive).get<double>() + 1e-6;
     return none;
 }

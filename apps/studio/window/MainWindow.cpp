@@ -180,7 +180,7 @@ void MainWindow::showEvent(QShowEvent* event) {
 void MainWindow::closeEvent(QCloseEvent* event) {
     if (!mayClose && files->HasUnsavedWork()) {
         event->ignore();
-        // Qt ignores a close within a close event.
+        // Qt ignores close() during a close event.
         const auto closeNow = [this] {
             mayClose = true;
             close();
