@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// A small host: opens a mesh, subdivides it, applies a live pen stroke, tracks the surface
-/// changes, undoes and redoes, and saves.
+/// A small host: opens a mesh, subdivides it, draws a stroke like a pen, tracks the changes of the
+/// surface, undoes and redoes, and saves.
 #include "framework/display/DirtyPatches.h"
 #include "framework/display/PatchPacker.h"
 #include "framework/document/Document.h"
@@ -21,7 +21,7 @@
 
 namespace {
 
-/// A copy of the surface, like the one that a viewport stores on the GPU. It is updated patch by
+/// A copy of the surface, such as a viewport stores on the graphics card, that is updated patch by
 /// patch when the document changes.
 class SurfaceCopy final : public trovik::DocumentObserver {
 public:
@@ -85,8 +85,8 @@ private:
     std::vector<trovik::DisplayVertex> vertices;
 };
 
-/// Applies a stroke from press to release, with 133 samples per second, as an application does
-/// while the user moves the pen. \return the number of dabs.
+/// Draws a stroke from press to release, with 133 samples per second, like an application does
+/// while its user moves the pen. \return the number of dabs.
 unsigned DrawStroke(trovik::Document& document, SurfaceCopy& copy) {
     trovik::DocumentStroke stroke(document);
     const trovik::StrokeView& view = document.View();
