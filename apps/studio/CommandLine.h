@@ -13,7 +13,7 @@ struct CommandLine {
     std::string file;
     /// Event file to play back.
     std::string events;
-    /// Scene to save after the events have been played, or immediately if there are none.
+    /// Scene to save after the events have been played, or at once if there are none.
     std::string save;
     /// Image of the window to write after saving.
     std::string screenshot;

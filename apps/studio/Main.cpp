@@ -15,8 +15,8 @@ int main(int argc, char** argv) {
     // Arguments are parsed above; otherwise Qt would remove those that it recognises.
     int qtArgumentCount = 1;
     QApplication application(qtArgumentCount, argv);
-    // The constructor turns on event compression, with which a busy window receives only few pen
-    // samples.
+    // The constructor switches compression on, after which a busy window receives few of the
+    // samples of a pen.
     QCoreApplication::setAttribute(Qt::AA_CompressHighFrequencyEvents, false);
     QCoreApplication::setAttribute(Qt::AA_CompressTabletEvents, false);
     QApplication::setApplicationName(QStringLiteral("trovik-studio"));

@@ -307,7 +307,7 @@ void StudioApplication::StorePicture() {
 }
 
 void StudioApplication::OpenFirst() {
-    // Must precede opening a file, because the work may have started from that file.
+    // Before a file is opened that the work may have started from.
     const bool mayAsk =
         !commandLine.quits && commandLine.events.empty() && !commandLine.hasNoJournal;
     if (mayAsk && OfferRecovery()) return;

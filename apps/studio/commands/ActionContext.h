@@ -19,7 +19,7 @@ struct ActionContext {
     ActionRegistry& actions;
     ViewModel& view;
     Preferences& preferences;
-    /// Parent window of dialogs.
+    /// Parent of dialogs.
     QWidget* window;
 
     /// The document's state. It has no levels before the first document is opened.

@@ -174,7 +174,7 @@ nlohmann::json ExportDialog::Options() const {
 BakeDialog::BakeDialog(const DocumentState& state, QWidget* parent)
     : FormDialog(tr("Bake Map"), tr("Bake…"), parent) {
     map = AddChoice(tr("Map"),
-                    tr("The content of the map"),
+                    tr("What the map holds"),
                     {{tr("Displacement"), "displacement"},
                      {tr("Vector displacement"), "vector"},
                      {tr("Normals"), "normal"}});
@@ -187,7 +187,7 @@ BakeDialog::BakeDialog(const DocumentState& state, QWidget* parent)
                           static_cast<int>(i)});
     from = AddChoice(tr("Detail from"), tr("The level whose detail is baked"), levels);
     from->setCurrentIndex(static_cast<int>(state.currentLevel));
-    to = AddChoice(tr("Onto"), tr("The coarser level to which the map applies"), levels);
+    to = AddChoice(tr("Onto"), tr("The coarser level that the map is for"), levels);
     size =
         AddChoice(tr("Size"),
                   tr("Width and height in pixels"),
@@ -198,15 +198,15 @@ BakeDialog::BakeDialog(const DocumentState& state, QWidget* parent)
                   tr("The format of the file"),
                   {{"OpenEXR (.exr)", ".exr"}, {"TIFF (.tif)", ".tif"}, {"PNG (.png)", ".png"}});
     bits = AddChoice(tr("Depth"),
-                     tr("Precision of the stored values"),
+                     tr("How exactly values are stored"),
                      {{tr("32-bit float"), "float"}, {tr("16 bits"), 16}});
     samples = AddChoice(tr("Samples"),
                         tr("Samples per pixel; more are slower and smoother"),
                         {{"1", 1}, {"4", 4}, {"16", 16}});
     samples->setCurrentIndex(1);
-    padding = AddWhole(
-        tr("Padding"), tr("Number of pixels by which the map extends beyond seams"), 0, 256, 8);
-    repeat = AddCheck(tr("Repeats"), tr("For UVs outside 0 to 1: the map repeats"), false);
+    padding =
+        AddWhole(tr("Padding"), tr("Pixels by which the map continues beyond seams"), 0, 256, 8);
+    repeat = AddCheck(tr("Repeats"), tr("The UVs run beyond 0 to 1, so the map repeats"), false);
     connect(map, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
     connect(format, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
     connect(from, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
@@ -223,7 +223,7 @@ void BakeDialog::ShowOptions() {
     GoButton()->setEnabled(from->currentData().toInt() > to->currentData().toInt());
     GoButton()->setToolTip(GoButton()->isEnabled()
                                ? tr("Asks for the file, then bakes")
-                               : tr("The detail must come from a higher level"));
+                               : tr("The detail has to come from a higher level"));
 }
 
 nlohmann::json BakeDialog::Options() const {

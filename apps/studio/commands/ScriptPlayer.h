@@ -12,8 +12,8 @@ namespace trovik::studio {
 class Engine;
 
 /// Runs a stroke script on the open document, or on the mesh or scene that it names, step by step.
-/// Files that the script reads are searched for in the script's folder. Playback stops at the first
-/// error, which the engine reports.
+/// Files that the script reads are searched in its folder. It stops at the first error, which the
+/// engine reports.
 ///
 /// Call on the UI thread only.
 class ScriptPlayer : public QObject {

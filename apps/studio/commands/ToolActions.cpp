@@ -153,13 +153,12 @@ void AddToolActions(const ActionContext& context) {
          .description = Text::tr("The brush follows the pen at a distance, for smooth curves."),
          .keys = {QKeySequence("Shift+S")},
          .icon = "falloff"});
-    AddSwitch(
-        context,
-        "facing.on",
-        {.id = "brush.facing",
-         .text = Text::tr("Front Faces Only"),
-         .description = Text::tr("Reduces the effect where the surface faces away from the view."),
-         .icon = "isolate"});
+    AddSwitch(context,
+              "facing.on",
+              {.id = "brush.facing",
+               .text = Text::tr("Front Faces Only"),
+               .description = Text::tr("Less effect where the surface turns away from the view."),
+               .icon = "isolate"});
 }
 
 }  // namespace trovik::studio

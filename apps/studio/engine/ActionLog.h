@@ -13,8 +13,8 @@ namespace trovik::studio {
 /// Whether a step only writes files and does not change the document.
 bool OnlyWritesFiles(const nlohmann::json& step);
 
-/// The steps and strokes since a document was opened, as a stroke script with a bit-identical
-/// result. Used only on the engine thread.
+/// The steps and strokes since a document was opened, as a stroke script whose result is
+/// bit-identical. Used only on the engine thread.
 class ActionLog {
 public:
     /// \param setup  the script, without steps, that opened the document.

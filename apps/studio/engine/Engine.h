@@ -14,9 +14,8 @@ namespace trovik::studio {
 
 class EngineWorker;
 
-/// The UI thread's interface to the document, which lives on the engine thread. All functions
-/// return immediately; requests are carried out in order, and results arrive as signals on the UI
-/// thread.
+/// The UI thread's access to the document, which has a thread of its own. All functions return at
+/// once; requests are carried out in order, and results arrive as signals on the UI thread.
 ///
 /// Steps are stroke-script steps, for example {"subdivide": 1} or {"layer": {"add": "Skin"}}. Apart
 /// from live strokes, they are the only way in which the studio changes a document. Each step and
@@ -42,18 +41,18 @@ public:
     const OpenedDocument& Document() const { return *opened; }
     /// Sets the preferences, as in stroke scripts, for documents opened from now on.
     void SetPreferences(nlohmann::json values) { preferences = std::move(values); }
-    /// Stores an application data entry with the next save, without an undo step.
+    /// Stores an entry of the application with the next save, without an undo step.
     void SetApplicationData(const std::string& name, std::vector<uint8_t> bytes);
-    /// Saves to a path, like the step "save"; ends with Saved or Failed.
+    /// Saves to a path as the step "save" does; ends with Saved or Failed.
     void Save(const std::string& scenePath);
-    /// Writes the actions since the document was opened as a stroke script; emits Failed on error.
+    /// Writes the actions since the document was opened as a stroke script; Failed on error.
     void SaveActions(const std::string& scriptPath);
 
     // --- Changes ---
 
-    /// Called on the UI thread when a step has finished; `error` is one line, or empty on success.
+    /// Called on the UI thread when a step has finished; `error` is empty, or one line.
     using Done = std::function<void(const QString& error)>;
-    /// Runs a step. Errors are also reported by Failed. Steps that read the view (mask and
+    /// Runs a step. Errors are reported by Failed as well. Steps that read the view (mask and
     /// visibility by box or lasso, renders) use the view of SetView at the time of this call.
     /// \param label  shown with the progress of a long step; empty: the name of the step.
     void Run(const nlohmann::json& step, const QString& label = {}, Done done = {});
@@ -132,7 +131,7 @@ private:
     std::shared_ptr<const ToolSettingList> settings;
     nlohmann::json preferences;
     bool isBusy = false;
-    /// Number of the last request carried out before the engine thread became idle.
+    /// Number of the newest request that was carried out before the engine thread had no work left.
     uint64_t idleNumber = 0;
 };
 

@@ -51,7 +51,7 @@ struct HoverHit {
     Vector normal;
     /// Radius of a dab at this point, in world units.
     float radius = 0.0f;
-    /// Positions and normals of the mirrored dabs.
+    /// Where mirrored dabs would be applied, and their normals.
     struct Mirrored {
         Vector position;
         Vector normal;
@@ -88,13 +88,13 @@ struct OpenRequest {
     std::string scenePath;
     /// Path of a journal whose process ended without closing it.
     std::string journalPath;
-    /// Units and up axis of a mesh, as in stroke scripts; empty: those specified in the file.
+    /// Units and up axis of a mesh, as in stroke scripts; empty: those of the file.
     std::string units, up;
     /// Levels to add to a mesh.
     int levels = 0;
     /// Preference values by key, such as "Undo Budget"; the others have their defaults.
     nlohmann::json preferences;
-    /// Name of a new document created from a primitive; empty: the file name.
+    /// Name of a new document that was made from a primitive; empty: the name of the file.
     std::string title;
 };
 

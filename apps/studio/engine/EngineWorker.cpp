@@ -240,8 +240,7 @@ void EngineWorker::Serve(OpenRequest& request) {
         *opened = session->Opened();
         opened->notes.insert(opened->notes.begin(), notes.begin(), notes.end());
         if (!request.journalPath.empty()) {
-            // The new journal starts from the recovered scene, so the old one is no longer offered
-            // for recovery.
+            // The new journal starts from the recovered scene; the old one is no longer offered.
             std::error_code ignored;
             std::filesystem::rename(
                 request.journalPath, request.journalPath + ".recovered", ignored);

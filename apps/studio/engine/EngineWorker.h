@@ -71,7 +71,7 @@ private:
     QString Guarded(Work work);
     template <typename Request>
     void RequireDocument(const Request& request) const;
-    /// Ends a request's job and the display of its progress.
+    /// Ends the job of a request, and the display of its progress.
     void EndJob();
     void AnswerPick();
     void SendSurface();

@@ -24,7 +24,7 @@ std::vector<PathSample> PathSamples(const std::vector<PenPoint>& points) {
     for (const PenPoint& point : points) {
         PathSample sample(Vector(point.x, point.y, 0.0f), point.pressure);
         sample.tilt = {point.tiltX, point.tiltY, 0.0f};
-        // The same conversion as for recorded pen strokes in scripts, so that a replay has the same
+        // The same conversion as for recorded pens in stroke scripts, so that a replay has the same
         // times.
         sample.time = point.milliseconds / 1000.0;
         samples.push_back(sample);
@@ -153,7 +153,7 @@ void LiveSession::BeginStroke(const StrokeStart& start) {
     strokeSeed = document.Settings().strokesBegun + 1;
     options.seed = strokeSeed;
     if (start.steadyPixels >= 0.0f) options.steady = start.steadyPixels;
-    // A stamp copy that follows the drag has no path to straighten.
+    // A copy that follows the drag has no path to straighten.
     if (document.Brush().StrokeDrawMode() == static_cast<int>(DrawMode::AlongPath))
         options.shape.line = start.isLine;
     strokeStart = start;
@@ -225,8 +225,8 @@ void LiveSession::AbandonStroke() {
         stroke->Abandon();
         stroke.reset();
         hasBacklog = false;
-        // The stroke is neither recorded nor counted, so that a replay of the actions numbers
-        // strokes identically.
+        // The stroke is not recorded or counted, so that a replay of the actions numbers strokes
+        // identically.
         --GetDocument().Settings().strokesBegun;
     });
     SelectToolBefore();

@@ -38,7 +38,7 @@ public:
     void Run(const nlohmann::json& step, const StrokeView& view);
     /// \throw HostError
     void BeginStroke(const StrokeStart& start);
-    /// Has no effect if no stroke is open. \throw HostError, after which the stroke has ended.
+    /// Has no effect if no stroke is open. \throw HostError; the stroke has then ended.
     void AddSamples(const std::vector<PenPoint>& points);
     void Tick(double milliseconds);
     /// Applies dabs that AddSamples could not apply within its time budget.

@@ -75,7 +75,7 @@ struct OpenInput {
     int levels = 0;
     bool operator==(const OpenInput&) const = default;
 };
-/// In world space; see Camera.
+/// World space; see Camera.
 struct CameraInput {
     Vector eye, target, up;
     float fieldOfView = 35.0f;

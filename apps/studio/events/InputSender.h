@@ -11,7 +11,7 @@ namespace trovik::studio {
 
 class ActionRegistry;
 
-/// Sends pen, mouse, wheel and key events to a widget, as the window system would. Tracks which
+/// Sends pen, mouse, wheel and key events to a widget as the window system would. It stores which
 /// buttons and modifier keys are pressed.
 ///
 /// Call on the UI thread only.

@@ -126,11 +126,11 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
     scaled(smoothing, 100, percent);
     soft(smoothing, 0, 30);
     smoothing.firstValue = 0.0625;
-    SettingAppearance& steady = add(
-        "steady",
-        Text::tr("Steady stroke"),
-        Stroke,
-        Text::tr("Distance at which the brush trails the pen, relative to the viewport's height."));
+    SettingAppearance& steady = add("steady",
+                                    Text::tr("Steady stroke"),
+                                    Stroke,
+                                    Text::tr("Length of the string by which the pen pulls the "
+                                             "brush, relative to the viewport's height."));
     scaled(steady, 100, percent);
     soft(steady, 0, 30);
     steady.firstValue = 0.04;
@@ -242,7 +242,7 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
     add("drawFromCenter",
         Text::tr("Draw from centre"),
         Advanced,
-        Text::tr("Centres the copy at the press point instead of between press and release."));
+        Text::tr("The copy grows from the press point instead of between press and release."));
     add("tilt.turn",
         Text::tr("Tilt turns stamp"),
         Advanced,

@@ -9,9 +9,8 @@ namespace trovik::studio {
 
 namespace {
 
-/// How many times farther away the eye is in orthographic projection than in perspective. A larger
-/// factor flattens the view more, but reduces the precision of stroke rays, which are single
-/// precision.
+/// How many times farther than in perspective the eye stands in orthographic projection. A larger
+/// factor flattens the view more, but moves the rays of strokes, which are single precision.
 constexpr double orthographicFactor = 32.0;
 /// A smaller field of view indicates orthographic projection.
 constexpr float minFieldOfView = 5.0f;

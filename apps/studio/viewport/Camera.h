@@ -21,7 +21,7 @@ public:
     float FieldOfView() const { return fieldOfView; }
 
     void SetSize(int widthPixels, int heightPixels);
-    /// Sets the view from a document or bookmark; keeps the viewport size.
+    /// From a document or bookmark; keeps the size.
     void SetView(const StrokeView& view);
     void SetOrthographic(bool on);
     /// Sets the vertical angle in degrees, 5 to 120; objects at the target keep their screen size.

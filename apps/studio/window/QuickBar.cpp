@@ -28,10 +28,11 @@ QuickBar::QuickBar(Engine& given, ActionRegistry& registry, QWidget* parent)
         addWidget(slider);
         return slider;
     };
-    radius = add(tr("Radius"), tr("Brush radius. Hold F over the viewport to change it there."));
+    radius =
+        add(tr("Radius"), tr("Radius of the brush. Hold F over the viewport to change it there."));
     AddAction("brush.pressure.size");
     strength = add(tr("Strength"),
-                   tr("Brush strength. Hold Shift+F over the viewport to change it there."));
+                   tr("Strength of the brush. Hold Shift+F over the viewport to change it there."));
     AddAction("brush.pressure.strength");
     addSeparator();
     for (const char* id : {"symmetry.x", "symmetry.y", "symmetry.z", "symmetry.radial"})

@@ -52,8 +52,7 @@ RecoverableWork Describe(const QFileInfo& file) {
         work.source = QString::fromStdString(content.base.source);
         for (const JournalStep& step : content.steps)
             if (IsChange(step)) work.steps.append(StepText(step));
-        // A journal that was restarted from a snapshot can contain unsaved work without having any
-        // steps.
+        // A journal that was restarted from a snapshot holds unsaved work without any step.
         if (work.steps.isEmpty() && work.source.startsWith(work.journalPath))
             work.steps.append(RecoveryDialog::tr("Work before the last undo or redo"));
     } catch (const std::exception& error) {

@@ -31,14 +31,12 @@ void MainWindow::AddWindowActions() {
                  .keys = {QKeySequence("Ctrl+Space"), QKeySequence("F3")},
                  .icon = "search",
                  .run = [this] { palette->Open(); }});
-    actions.Add(
-        {.id = "window.panels",
-         .text = tr("Show or Hide Panels"),
-         .description =
-             tr("Hides the panels so that the viewport fills the window, or shows them again."),
-         .keys = {QKeySequence("Tab")},
-         .icon = "isolate",
-         .run = [this] { TogglePanels(); }});
+    actions.Add({.id = "window.panels",
+                 .text = tr("Show or Hide Panels"),
+                 .description = tr("Gives the whole window to the viewport, and back."),
+                 .keys = {QKeySequence("Tab")},
+                 .icon = "isolate",
+                 .run = [this] { TogglePanels(); }});
     actions.Add({.id = "window.fullscreen",
                  .text = tr("Full Screen"),
                  .description = tr("Toggles full screen."),
