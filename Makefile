@@ -46,11 +46,11 @@ test: packages ## Build with warnings as errors and run all tests
 	@echo "== Testing"
 	@ctest --preset ci --parallel $(JOBS) --output-on-failure $(CTEST_OPTIONS)
 
-# The branch that a change is compared with.
+# The branch to compare changes with.
 BASE ?= main
 
 .PHONY: check
-check: ## Check format, layers, spelling, phrases, links; clang-tidy on what changed since BASE=main
+check: ## Check format, layers, spelling, phrases and links; run clang-tidy on changes since BASE=main
 	@scripts/install-packages.sh --lint
 	@scripts/check.sh $(BASE)
 
@@ -99,7 +99,7 @@ bench: packages ## Build the release and run the benchmarks; results in build/re
 STEPS ?= 1 4 16 64
 
 .PHONY: bench-ladder
-bench-ladder: packages ## Measure the same dab on larger and larger meshes, STEPS="1 4 16 64" million vertices
+bench-ladder: packages ## Measure the same dab on increasingly large meshes, STEPS="1 4 16 64" million vertices
 	@cmake --preset release -DTROVIK_BUILD_TESTS=ON -DTROVIK_BUILD_BENCH=ON
 	@cmake --build --preset release --parallel $(JOBS) --target trovik-ladder
 	@mkdir -p build/release/bench-results
@@ -119,7 +119,7 @@ SECONDS ?= 60
 READERS ?= obj ply stl gltf scene script journal
 
 .PHONY: fuzz
-fuzz: ## Run the fuzzers of the file readers, SECONDS=60 each (needs Clang); findings in build/fuzz/
+fuzz: ## Run the fuzzers for the file readers, SECONDS=60 each (needs Clang); findings in build/fuzz/
 	@scripts/install-packages.sh --fuzz
 	@cmake --preset fuzz
 	@cmake --build --preset fuzz --parallel $(JOBS)
@@ -157,5 +157,5 @@ tidy: ## Run clang-tidy over all sources
 	@scripts/tidy.sh build/dev
 
 .PHONY: clean
-clean: ## Remove the build folder and the output of the demo
+clean: ## Remove the build folder and the demo output
 	@rm -rf build demo-output

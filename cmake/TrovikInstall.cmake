@@ -64,7 +64,7 @@ if(TARGET trovik-studio)
     install(TARGETS trovik-studio RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
     install(FILES "${PROJECT_SOURCE_DIR}/docs/man/trovik-studio.1"
             DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
-    # Where desktops look for applications, their icons, and types of files.
+    # Folders that desktop environments search for applications, icons and file types.
     set(desktopFiles "${PROJECT_SOURCE_DIR}/apps/studio/desktop")
     set(studioId org.trovik.Studio)
     install(FILES "${desktopFiles}/${studioId}.desktop"
@@ -104,7 +104,7 @@ configure_package_config_file(
     "${PROJECT_SOURCE_DIR}/cmake/TrovikConfig.cmake.in" "${PROJECT_BINARY_DIR}/TrovikConfig.cmake"
     INSTALL_DESTINATION "${TROVIK_INSTALL_CMAKE_DIR}"
     PATH_VARS TROVIK_INSTALL_PLUGIN_DIR)
-# Before 1.0 a new minor version may change the contract.
+# Before 1.0, a new minor version may change the contract.
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/TrovikConfigVersion.cmake"
                                  COMPATIBILITY SameMinorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/TrovikConfig.cmake"

@@ -1,14 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# Modules are parts of the library that it loads when they are first needed (framework/modules).
-# Executables that run in the build tree depend on the target TrovikModules, because nothing links
-# a module.
+# Modules are parts of the library that are loaded on first use (framework/modules). Executables
+# that run in the build tree depend on the target TrovikModules, because nothing links a module.
 add_custom_target(TrovikModules)
 
-# trovik_add_module(NAME <name> SOURCES <file>... [LIBRARIES <target>...])
-#
-# Builds <name>.so in the library's folder of modules. The sources define `trovikModule`
-# (framework/modules/ModuleEntry.h), the only symbol that the module exports.
+# trovik_add_module(NAME <name> SOURCES <file>... [LIBRARIES <target>...]) Builds <name>.so in the
+# library's module folder. The sources define `trovikModule` (framework/modules/ModuleEntry.h), the
+# only symbol that the module exports.
 function(trovik_add_module)
     cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME" "SOURCES;LIBRARIES")
     add_library(${arg_NAME} MODULE ${arg_SOURCES})

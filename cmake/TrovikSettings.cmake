@@ -5,7 +5,7 @@
 
 add_library(TrovikWarnings INTERFACE)
 add_library(Trovik::Warnings ALIAS TrovikWarnings)
-# Warnings are errors only with CMAKE_COMPILE_WARNING_AS_ERROR (preset `ci`): a newer compiler has
+# Warnings are errors only with CMAKE_COMPILE_WARNING_AS_ERROR (preset `ci`): newer compilers have
 # new warnings, which must not break the build for users.
 target_compile_options(
     TrovikWarnings
@@ -22,8 +22,8 @@ target_compile_options(
 add_library(TrovikNumbers INTERFACE)
 add_library(Trovik::Numbers ALIAS TrovikNumbers)
 # These flags make results bit-identical on every machine: no fused multiply-add, no reassociation,
-# and no -march. The last two flags only disable errno and traps, which changes no result and
-# compiles a square root to one instruction.
+# and no -march. The last two flags only disable errno and traps. They do not change results, and
+# they let a square root compile to one instruction.
 target_compile_options(
     TrovikNumbers
     INTERFACE -ffp-contract=off
@@ -39,7 +39,8 @@ add_compile_definitions(QT_NO_KEYWORDS)
 option(TROVIK_PRECOMPILE "Precompile headers of the library and of the tests" ON)
 
 if(TROVIK_ASSERTS)
-    # Follows the -DNDEBUG of the optimised build types on the command line, and so overrides it.
+    # Comes after the -DNDEBUG of the optimised build types on the command line, and therefore
+    # overrides it.
     add_compile_options(-UNDEBUG)
 endif()
 
@@ -52,6 +53,6 @@ if(TROVIK_SANITIZE)
 endif()
 
 if(TROVIK_BUILD_FUZZ)
-    # Coverage that guides the fuzzers. Only their drivers link the fuzzer itself.
+    # Coverage instrumentation that guides the fuzzers. Only the drivers link the fuzzer itself.
     add_compile_options(-fsanitize=fuzzer-no-link)
 endif()

@@ -3,9 +3,9 @@ include(TrovikTest)
 
 # trovik_add_studio_test(NAME <name> SOURCES <file>... [DISPLAY])
 #
-# Makes a GoogleTest executable that links trovik-studio's library and creates a QApplication
-# before the tests. With DISPLAY it runs under Xvfb, which QOpenGLWidget needs; otherwise on Qt's
-# platform `offscreen`. Settings and data of the user are those of an empty folder.
+# Makes a GoogleTest executable that links trovik-studio's library and creates a QApplication before
+# the tests. With DISPLAY, it runs under Xvfb, which QOpenGLWidget needs; otherwise, on Qt's
+# platform `offscreen`. The user's settings and data are read from an empty folder.
 function(trovik_add_studio_test)
     cmake_parse_arguments(PARSE_ARGV 0 arg "DISPLAY" "NAME" "SOURCES")
     add_executable(${arg_NAME} ${arg_SOURCES} "${PROJECT_SOURCE_DIR}/tests/studio/StudioTestMain.cpp")

@@ -1,9 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# trovik_add_subdirectories(<dir>...)
-#
-# Adds those of the given folders that contain a CMakeLists.txt. A partial checkout, for example one
-# without the tests of the command, can therefore still be configured.
+# trovik_add_subdirectories(<dir>...) Adds the given folders that contain a CMakeLists.txt, so that
+# a partial checkout, for example one without the command's tests, can still be configured.
 function(trovik_add_subdirectories)
     foreach(directory IN LISTS ARGN)
         if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${directory}/CMakeLists.txt")

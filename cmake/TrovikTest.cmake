@@ -43,7 +43,7 @@ function(trovik_make_test_headers)
                 <vector>)
 endfunction()
 
-# The path of the source tree is compiled into one object only. If it were a definition of every
+# The path of the source tree is compiled into a single object. If it were a definition for every
 # test, every compiler command would depend on the checkout, and ccache could not share results.
 function(trovik_make_source_folder)
     if(TARGET TrovikTestSourceFolder)
@@ -91,7 +91,7 @@ function(trovik_add_test)
         target_precompile_headers(${arg_NAME} REUSE_FROM TrovikTestHeaders)
     endif()
     add_dependencies(${arg_NAME} TrovikModules)
-    # No test links the plug-in, but many tests load it.
+    # Tests do not link the plug-in, but many load it.
     if(TARGET SwiftStroke)
         add_dependencies(${arg_NAME} SwiftStroke)
     endif()

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 #
-# Checks that need no build. All of them run, also after one has failed; the last lines name those that
+# Checks that do not need a build. All of them run, even after a failure; the last line names those that
 # failed.
 #
 #   scripts/check.sh [BASE]
@@ -21,7 +21,7 @@ check() {
 
 tidy_the_change() {
     local log
-    # Configuring takes seconds. It writes the compilation database and the headers that CMake makes.
+    # Configuring takes seconds. It writes the compilation database and the headers that CMake generates.
     if ! log=$(cmake --preset dev 2>&1); then
         printf '%s\n' "$log"
         return 1

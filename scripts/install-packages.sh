@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # Installs the Debian packages that are required to build and test. Does nothing if all of them are
-# installed; otherwise it needs root (or sudo). Runs without questions.
+# installed; otherwise it needs root (or sudo). It runs non-interactively.
 #
 #   scripts/install-packages.sh          build, tests, benchmarks
 #   scripts/install-packages.sh --lint   also clang-format, clang-tidy and codespell
@@ -13,14 +13,14 @@ set -euo pipefail
 packages=(
     # Tools.
     g++ cmake ninja-build make pkg-config ccache binutils git python3 python3-numpy
-    # Libraries of the products.
+    # Libraries for the products.
     qt6-base-dev libembree-dev libtbb-dev libopenimageio-dev libimath-dev libpng-dev
     libtinygltf-dev nlohmann-json3-dev libvalijson-dev libcli11-dev libsimde-dev liblz4-dev libzstd-dev
     # The desktop application.
     qt6-svg-dev libqt6svg6 libqt6opengl6-dev libgl1-mesa-dri
-    # Its tests draw on a virtual screen.
+    # Its tests draw on a virtual display.
     xvfb xauth xdotool fonts-dejavu-core
-    # Libraries of the tests and benchmarks.
+    # Libraries for the tests and benchmarks.
     libosd-dev libgtest-dev libgmock-dev libbenchmark-dev locales
 )
 
@@ -63,13 +63,13 @@ if ((EUID != 0)); then
     asRoot=(sudo -n "${asRoot[@]}")
 fi
 
-# Without recommended packages, which contain documentation and desktop parts that are not needed.
+# Without recommended packages, which contain documentation and desktop components that are not needed.
 aptGet=("${asRoot[@]}" apt-get --yes --quiet --no-install-recommends
     -o Dpkg::Use-Pty=0 -o DPkg::Lock::Timeout=300 -o Acquire::Retries=3)
 
 update() { "${aptGet[@]}" update </dev/null; }
 
 # A mirror may change while its lists are read, so the update is retried once.
-update || { echo "Packages: cannot read the lists, retrying once."; sleep 5; update; }
+update || { echo "Packages: cannot read the package lists; retrying once."; sleep 5; update; }
 "${aptGet[@]}" install "${missing[@]}" </dev/null
 echo "Packages: done."

@@ -8,11 +8,11 @@
 #
 # PATTERN is a regular expression that limits the run to sources with a matching path.
 #
-# --changed checks the sources changed since the merge base with BASE, uncommitted changes included. If
-# there is no BASE, or HEAD is its merge base, the last commit is the change. For a changed header its
-# own source is checked, or else one that includes it. Of more than LIMIT sources (default 12), product
-# sources come before tests and those with the most changed lines first; the number of unchecked
-# sources is printed.
+# --changed checks the sources changed since the merge base with BASE, including uncommitted changes. If
+# BASE does not exist, or HEAD is the merge base, the sources of the last commit are checked. For a
+# changed header, its own source file is checked, or else one that includes it. If there are more than
+# LIMIT sources (default 12), product sources are checked before tests, and those with the most changed
+# lines first; the number of unchecked sources is printed.
 set -euo pipefail
 
 source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)

@@ -21,31 +21,31 @@ std::optional<CommandLine> ReadCommandLine(int argc, char** argv, int& status) {
                     "with File > Record Events")
         ->check(CLI::ExistingFile);
     program.add_option(
-        "--save", commandLine.save, "Saves the scene under this name after opening and playing");
+        "--save", commandLine.save, "Saves the scene under this name after opening and playback");
     program.add_option("--screenshot",
                        commandLine.screenshot,
-                       "Writes an image of the window (PNG) after opening and playing");
-    program.add_flag("--quit", commandLine.quits, "Ends the program after that");
-    program.add_option("--platform",
-                       commandLine.platform,
-                       "Platform of Qt, such as xcb or wayland (default: xcb where an X server is "
-                       "available)");
+                       "Writes an image of the window (PNG) after opening and playback");
+    program.add_flag("--quit", commandLine.quits, "Quits after all of the above");
+    program.add_option(
+        "--platform",
+        commandLine.platform,
+        "Qt platform plug-in, such as xcb or wayland (default: xcb if an X server is available)");
     program
         .add_option("--viewport-width",
                     commandLine.viewportWidth,
-                    "Fixes the width of the viewport, in logical pixels")
+                    "Sets a fixed viewport width, in logical pixels")
         ->check(CLI::Range(64, 16384));
     program
         .add_option("--viewport-height",
                     commandLine.viewportHeight,
-                    "Fixes the height of the viewport, in logical pixels")
+                    "Sets a fixed viewport height, in logical pixels")
         ->check(CLI::Range(64, 16384));
     program.add_flag("--no-journal",
                      commandLine.hasNoJournal,
-                     "Keeps no journal, so that nothing can be recovered after a crash");
+                     "Writes no journal; work cannot be recovered after a crash");
     program.add_flag("--no-preferences",
                      commandLine.hasNoPreferences,
-                     "Starts with default preferences and does not store any");
+                     "Starts with the default preferences and does not store any changes");
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

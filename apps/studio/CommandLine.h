@@ -8,34 +8,35 @@ namespace trovik::studio {
 
 /// The options of the trovik-studio command line.
 struct CommandLine {
-    /// Mesh or scene to open. If empty, a new sphere is opened, or unfinished work is recovered.
+    /// Mesh or scene to open. If empty, unsaved work is offered for recovery; otherwise a new
+    /// sphere is opened.
     std::string file;
-    /// Event file to play.
+    /// Event file to play back.
     std::string events;
     /// Scene to save after the events have been played, or at once if there are none.
     std::string save;
-    /// Image of the window to write after that.
+    /// Image of the window to write after saving.
     std::string screenshot;
-    /// Whether to end the program after that.
+    /// Whether to quit after all of the above.
     bool quits = false;
     /// Qt platform; if empty, PlatformFor chooses it.
     std::string platform;
-    /// Size of the viewport in logical pixels; 0: determined by the window.
+    /// Viewport size in logical pixels; 0: determined by the window.
     int viewportWidth = 0;
     int viewportHeight = 0;
-    /// Whether to keep no journal; nothing can then be recovered after a crash.
+    /// Whether to write no journal; nothing can then be recovered after a crash.
     bool hasNoJournal = false;
     /// Whether to neither read nor write preferences.
     bool hasNoPreferences = false;
 };
 
-/// Parses the arguments and prints help, the version or an error.
-/// \return nothing if the program should end; `status` then receives its exit status.
+/// Parses the arguments and, if necessary, prints help, the version or an error. \return nothing if
+/// the program should end; `status` then receives the exit status.
 std::optional<CommandLine> ReadCommandLine(int argc, char** argv, int& status);
 
 /// The platform to use: the requested one (by option or QT_QPA_PLATFORM); otherwise xcb if an X
-/// server is available, because Qt's Wayland platform loses the pressure and modifiers of pens
-/// before version 6.8.
+/// server is available, because Qt's Wayland platform loses pen pressure and modifier keys before
+/// version 6.8.
 std::string PlatformFor(const CommandLine& commandLine);
 
 }  // namespace trovik::studio

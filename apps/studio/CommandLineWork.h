@@ -12,18 +12,17 @@ class QWidget;
 namespace trovik::studio {
 
 /// Carries out the command-line options after the document has been opened: plays events, saves the
-/// scene, writes a screenshot of the window, and ends the program. Errors go to standard error;
-/// with `--quit` the first one ends the program with status 1.
+/// scene, writes a screenshot of the window, and ends the program. Errors are printed on standard
+/// error; with `--quit`, the first one ends the program with status 1.
 class CommandLineWork : public QObject {
     Q_OBJECT
 public:
-    /// Borrows everything.
-    /// \param window  the window that a screenshot shows.
+    /// Borrows all arguments. \param window  the window shown in screenshots.
     CommandLineWork(const CommandLine& commandLine, const EventTarget& target, QWidget& window);
 
     bool IsNeeded() const;
     EventPlayer& Player() { return player; }
-    /// Reports an error that ends the program with `--quit`; without effect if IsNeeded is false.
+    /// Reports an error, which ends the program with `--quit`. Has no effect if IsNeeded is false.
     void Fail(const QString& error);
 
 private:

@@ -12,7 +12,7 @@ int main(int argc, char** argv) {
     const std::string platform = PlatformFor(*commandLine);
     if (!platform.empty()) qputenv("QT_QPA_PLATFORM", QByteArray::fromStdString(platform));
 
-    // Arguments are read above; Qt would take those that it knows.
+    // Arguments are parsed above; otherwise Qt would remove those that it recognises.
     int qtArgumentCount = 1;
     QApplication application(qtArgumentCount, argv);
     // The constructor switches compression on, after which a busy window receives few of the

@@ -25,13 +25,14 @@ namespace trovik::studio {
 
 namespace {
 
-/// The sphere of a new document: 24 576 faces at its base, four times as many with each level.
+/// The sphere of a new document: 24 576 faces in the base mesh, four times as many on each further
+/// level.
 constexpr uint32_t firstSegments = 32;
 constexpr int firstLevels = 1;
 /// Brush radius for an imported mesh, in logical pixels.
 constexpr double firstRadius = 50.0;
 
-/// Delay between a change and storing an image of the document for the recovery dialog.
+/// Delay after a change before an image of the document is stored for the recovery dialog.
 constexpr int pictureDelayMilliseconds = 15000;
 constexpr QSize pictureSize(760, 440);
 
@@ -52,7 +53,7 @@ StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line
     engine = std::make_unique<Engine>(
         commandLine.hasNoJournal ? std::string() : StudioFolders::Journals().toStdString());
     actions = std::make_unique<ActionRegistry>(nullptr);
-    // Added before the window is created, because it puts them into its menus.
+    // Added before the window is created, because the window puts them into its menus.
     AddSelectionActions();
     AddTabletTester();
     AddEventActions();
@@ -94,7 +95,7 @@ StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line
 StudioApplication::~StudioApplication() {
     work.reset();
     recorder.reset();
-    // The window's dialogs and panels use the other objects until they are destroyed.
+    // Destroy the window first: its dialogs and panels use the other objects.
     window.reset();
 }
 
@@ -172,27 +173,27 @@ void StudioApplication::AddSelectionActions() {
     using Shape = SelectionGesture::Shape;
     AddSelection("mask.box",
                  tr("Mask by Box"),
-                 tr("Masks what is visible in a box that you drag over the viewport."),
+                 tr("Masks the visible surface inside a box that you drag over the viewport."),
                  Shape::Box,
                  "mask");
     AddSelection("mask.lasso",
                  tr("Mask by Lasso"),
-                 tr("Masks what is visible in an outline that you draw over the viewport."),
+                 tr("Masks the visible surface inside an outline that you draw over the viewport."),
                  Shape::Lasso,
                  "mask");
     AddSelection("visibility.hideBox",
                  tr("Hide by Box"),
-                 tr("Hides the faces in a box that you drag over the viewport."),
+                 tr("Hides the faces inside a box that you drag over the viewport."),
                  Shape::Box,
                  "hide");
     AddSelection("visibility.hideLasso",
                  tr("Hide by Lasso"),
-                 tr("Hides the faces in an outline that you draw over the viewport."),
+                 tr("Hides the faces inside an outline that you draw over the viewport."),
                  Shape::Lasso,
                  "hide");
     AddSelection("visibility.isolateLasso",
                  tr("Isolate by Lasso"),
-                 tr("Shows only the faces in an outline that you draw over the viewport."),
+                 tr("Shows only the faces inside an outline that you draw over the viewport."),
                  Shape::Lasso,
                  "isolate");
 }
@@ -200,7 +201,7 @@ void StudioApplication::AddSelectionActions() {
 void StudioApplication::AddTabletTester() {
     actions->Add({.id = "help.tabletTester",
                   .text = tr("Tablet Tester…"),
-                  .description = tr("Shows what the tablet sends: rate, pressure, tilt, buttons."),
+                  .description = tr("Shows tablet data: rate, pressure, tilt, buttons."),
                   .run = [this] {
                       auto* tester = new TabletTester(input->Router(), window.get());
                       tester->setAttribute(Qt::WA_DeleteOnClose);
@@ -211,8 +212,8 @@ void StudioApplication::AddTabletTester() {
 void StudioApplication::AddEventActions() {
     actions->Add({.id = "file.recordEvents",
                   .text = tr("Record Events"),
-                  .description = tr("Records pen, mouse, keys and commands; chosen again, it stops "
-                                    "and writes an event file."),
+                  .description = tr("Records pen, mouse, keys and commands. Choose it again to "
+                                    "stop and write an event file."),
                   .run = [this] { RecordEvents(); }});
     actions->Add({.id = "file.playEvents",
                   .text = tr("Play Events…"),
@@ -266,7 +267,7 @@ void StudioApplication::WhenOpened() {
     const bool isNewView = document.scenePath.empty() && !document.isRecovered;
     if (isNewView) camera.Frame(document.bounds);
     viewport->SetView(camera);
-    // A radius in pixels suits a mesh of any size.
+    // A radius in pixels is suitable for a mesh of any size.
     if (isNewView)
         engine->Run({{"set", {{"radiusPixels", firstRadius * viewport->devicePixelRatioF()}}}});
 }
@@ -292,7 +293,7 @@ bool StudioApplication::OfferRecovery() {
 
 void StudioApplication::StorePicture() {
     if (!engine->HasDocument() || engine->Document().journalPath.empty()) return;
-    // Reading the frame back takes too long for a stroke.
+    // Reading back the frame would take too long during a stroke.
     if (input->HasGesture()) {
         pictureTimer.start();
         return;

@@ -30,8 +30,8 @@ public:
     explicit StudioApplication(const CommandLine& commandLine);
     ~StudioApplication() override;
 
-    /// Shows the window and opens the file that the command line names. Without a file, it offers
-    /// to recover unfinished work, and otherwise opens a sphere. Errors are shown in the window.
+    /// Shows the window and opens the file named on the command line. Without a file, it offers to
+    /// recover unsaved work, or opens a sphere if there is none. Errors are shown in the window.
     void Start();
 
     Engine& GetEngine() { return *engine; }
@@ -63,7 +63,7 @@ private:
     void WhenOpened();
 
     CommandLine commandLine;
-    /// Folder for preferences and journals that are not kept.
+    /// Folder for temporary preferences and journals.
     QTemporaryDir scratch;
     std::unique_ptr<Preferences> preferences;
     std::unique_ptr<Engine> engine;

@@ -47,8 +47,7 @@ std::unique_ptr<LevelGeometry> Open(const BakeCommandOptions& options, ProgressL
     if (geometry->LevelCount() == 1)
         throw HostError(
             "there is only one level; use a scene with several levels, or --unsubdivide with a "
-            "mesh "
-            "that is the refinement of a coarser one");
+            "mesh that is a refinement of a coarser one");
     return geometry;
 }
 
@@ -108,7 +107,7 @@ void Bake(BakeCommandOptions options) {
         report = BakeToFile(*geometry, options.bake, options.file, &line);
     } catch (const HostError& error) {
         const std::string reason = error.what();
-        // Errors of a file already name it.
+        // Errors about a file already name the file.
         const bool named = reason.find(options.source) != std::string::npos ||
                            reason.find(options.file.path) != std::string::npos;
         throw HostError(named ? reason : options.source + ": " + reason);
@@ -134,47 +133,45 @@ void AddBakeCommand(CLI::App& program) {
     verb->add_option(
             "-o,--output",
             options->file.path,
-            "Image to write: .exr, .png, .tif; with <UDIM> in its name, one image for each "
-            "tile of the texture")
+            "Image to write: .exr, .png, .tif; with <UDIM> in the name, one image per texture tile")
         ->required();
-    verb->add_option("--map", options->map, "Kind of map: displacement (default), vector or normal")
+    verb->add_option("--map", options->map, "Map type: displacement (default), vector or normal")
         ->check(CLI::IsMember({"displacement", "vector", "normal"}));
     verb->add_option(
             "--space",
             options->space,
-            "Space of vectors and normals: tangent (default) or object, the mesh's own axes")
+            "Space of vectors and normals: tangent (default) or object (the mesh's own axes)")
         ->check(CLI::IsMember({"tangent", "object"}));
     verb->add_option("--from", options->from, "Level that is baked (default: the highest)")
         ->check(CLI::Range(0, 100));
-    verb->add_option("--to", options->bake.to, "Level that the map is for (default: 0)")
+    verb->add_option("--to", options->bake.to, "Level to which the map applies (default: 0)")
         ->check(CLI::Range(0, 100));
     verb->add_option("--size", options->size, "Size in texels: one side, or width and height")
         ->expected(1, 2)
         ->check(CLI::Range(1, 16384));
     verb->add_option("--bits",
                      options->bits,
-                     "Bits of a value: 16 or float (default: float for .exr, otherwise 16)")
+                     "Bits per value: 16 or float (default: float for .exr, otherwise 16)")
         ->check(CLI::IsMember({"16", "float"}));
     verb->add_option("--range",
                      options->range,
-                     "With 16 bits: displacement that maps to the limits of the values (default: "
-                     "the largest displacement)")
+                     "For 16-bit output: displacement that is mapped to the ends of the value "
+                     "range (default: the largest displacement)")
         ->check(CLI::PositiveNumber);
     verb->add_option("--samples", options->bake.samples, "Samples per texel: 1, 4 (default) or 16")
         ->check(CLI::IsMember({1, 4, 16}));
     verb->add_option("--padding",
                      options->bake.padding,
-                     "Width in texels of the filled border around each UV island (default: 8)")
+                     "Width of the filled border around each UV island, in texels (default: 8)")
         ->check(CLI::Range(0, 256));
-    verb->add_flag("--repeat",
-                   options->bake.repeat,
-                   "Treats UVs outside 0 to 1 as those of a repeating texture");
+    verb->add_flag(
+        "--repeat", options->bake.repeat, "Wraps UVs outside 0 to 1, for a repeating texture");
     verb->add_option("--unsubdivide",
                      options->unsubdivide,
                      "Coarser levels to reconstruct below the mesh, which must be a refinement")
         ->check(CLI::Range(0u, 12u));
-    verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
-    verb->add_flag("--json", options->json, "The summary as JSON on standard output");
+    verb->add_flag("-q,--quiet", options->quiet, "Prints no progress and no summary");
+    verb->add_flag("--json", options->json, "Prints the summary as JSON on standard output");
     verb->callback([options] { Bake(*options); });
 }
 

@@ -9,9 +9,8 @@ namespace trovik {
 
 void AddCompletionCommand(CLI::App& program) {
     auto shell = std::make_shared<std::string>();
-    CLI::App* verb = program.add_subcommand(
-        "completion",
-        "Prints a script that completes this program's commands and options in a shell");
+    CLI::App* verb =
+        program.add_subcommand("completion", "Prints a shell completion script for this program");
     verb->add_option("shell", *shell, "bash, zsh or fish")
         ->required()
         ->check(CLI::IsMember({"bash", "zsh", "fish"}));

@@ -82,7 +82,7 @@ std::string Names(const Verb& verb) {
     return Joined(names);
 }
 
-/// Quotes the text with single quotes for bash and zsh.
+/// The text in single quotes, for bash and zsh.
 std::string Quoted(const std::string& text) {
     std::string quoted = "'";
     for (const char c : text) {
@@ -94,7 +94,7 @@ std::string Quoted(const std::string& text) {
     return quoted + "'";
 }
 
-/// Quotes the text with single quotes for fish.
+/// The text in single quotes, for fish.
 std::string FishQuoted(const std::string& text) {
     std::string quoted = "'";
     for (const char c : text) {
@@ -104,7 +104,8 @@ std::string FishQuoted(const std::string& text) {
     return quoted + "'";
 }
 
-/// Escapes brackets and colons, which have a meaning in a specification of _arguments.
+/// Escapes brackets and colons, which have a special meaning in the specifications passed to
+/// _arguments.
 std::string ZshText(const std::string& text) {
     std::string escaped;
     for (const char c : text) {

@@ -29,8 +29,8 @@ void AddHelpCommand(CLI::App& program) {
     std::string names;
     for (const CLI::App* other : program.get_subcommands([](CLI::App*) { return true; }))
         names += (names.empty() ? "" : ",") + other->get_name();
-    // Completions offer the names between the braces.
-    verb->add_option("command", *name, "Command to explain")->type_name("{" + names + "}");
+    // Shell completion offers the names between the braces.
+    verb->add_option("command", *name, "Command to describe")->type_name("{" + names + "}");
     verb->callback([name, &program] { std::printf("%s", HelpOf(program, *name).c_str()); });
 }
 

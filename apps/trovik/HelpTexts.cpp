@@ -11,7 +11,7 @@ namespace trovik {
 namespace {
 
 constexpr const char* exitStatus =
-    "Exit status: 0 success; 1 failure, one line on standard error states the reason; 2 invalid "
+    "Exit status: 0 success; 1 failure, with the reason in one line on standard error; 2 invalid "
     "usage; 130 interrupted by Ctrl-C.";
 
 const std::map<std::string, std::string>& Examples() {
@@ -31,7 +31,7 @@ const std::map<std::string, std::string>& Examples() {
         {"render",
          "  trovik render head.obj head.png\n"
          "  trovik render head.obj side.jpg --from 1 0 0 --width 1600 --height 1200 --samples 32\n"
-         "  trovik render bust.trovik bust.png      uses the camera of the scene\n"
+         "  trovik render bust.trovik bust.png      uses the scene's camera\n"
          "  trovik render head.obj cut-out.png --matcap bronze --transparent\n"
          "  trovik render head.obj spin.png --frames 36        spin_0001.png to spin_0036.png\n"},
         {"convert",
@@ -50,7 +50,7 @@ const std::map<std::string, std::string>& Examples() {
          "  trovik history bust.journal\n"
          "  trovik history bust.trovik --json\n"},
         {"preferences",
-         "  trovik preferences                      lists the values and the name of the file\n"
+         "  trovik preferences                      lists the values and the file name\n"
          "  trovik preferences 'Undo Budget' 4096   stores a value\n"},
         {"help",
          "  trovik help\n"
@@ -97,7 +97,7 @@ std::string UsageError(const CLI::App& program, const CLI::ParseError& error) {
     if (&requested == &program) {
         const std::vector<std::string> rest = program.remaining();
         if (rest.empty())
-            reason = "a command is needed";
+            reason = "a command is required";
         else if (rest.front().front() != '-')
             reason = UnknownCommand(program, rest.front());
     }

@@ -51,8 +51,9 @@ std::string ReasonOf(const Report& report) {
     return {};
 }
 
-/// Reports all files, including those after a file that cannot be read. Each failure is a line on
-/// standard error; the last failure is thrown, so that the program prints it and fails.
+/// Reports all files, including those after a file that cannot be read. Each failure is printed as
+/// one line on standard error; the last one is thrown instead, so that the program prints it and
+/// exits with a failure.
 void InfoOfSeveral(const InfoOptions& options) {
     nlohmann::json list = nlohmann::json::array();
     std::string lastReason;
@@ -65,7 +66,7 @@ void InfoOfSeveral(const InfoOptions& options) {
         });
         if (reason.empty()) continue;
         if (options.json) list.push_back({{"file", path}, {"error", reason}});
-        // Keeps the order of the files if both streams have the same destination.
+        // Keep the order of the files if both streams have the same destination.
         std::fflush(stdout);
         if (!lastReason.empty()) std::fprintf(stderr, "trovik: %s\n", lastReason.c_str());
         lastReason = std::move(reason);
@@ -91,9 +92,10 @@ void AddInfoCommand(CLI::App& program) {
         "info", "Reports the content of mesh files (OBJ, PLY, STL, glTF, GLB) and scenes");
     verb->add_option("files", options->files, "Mesh files and scenes (.trovik)")->required();
     verb->add_flag("-q,--quiet", options->quiet, "Prints only errors");
-    verb->add_flag("--json",
-                   options->json,
-                   "As JSON on standard output: an object, or a list of objects for several files");
+    verb->add_flag(
+        "--json",
+        options->json,
+        "Prints JSON on standard output: an object, or a list of objects for several files");
     verb->callback([options] { Info(*options); });
 }
 

@@ -25,7 +25,7 @@ void InstallInterruptionHandlers() {
     action.sa_handler = NoteInterruption;
     action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);
-    // If both signals arrive at once, they count as a first and a second signal.
+    // If both signals arrive at the same time, they count as a first and a second signal.
     for (const int one : handledSignals) sigaddset(&action.sa_mask, one);
     for (const int one : handledSignals) {
         struct sigaction present = {};

@@ -73,7 +73,7 @@ JournalContent JournalOf(const HistoryOptions& options) {
         throw HostError(options.file + ": no such file");
     if (!std::filesystem::exists(journalPath, ignored))
         throw HostError(options.file +
-                        ": the steps of a scene are in its journal, but there is no file " +
+                        ": a scene's steps are in its journal, but there is no file " +
                         journalPath);
     JournalContent content = ReadJournal(journalPath, options.untilDamage);
     const ContentHash present = HashFile(options.file);
@@ -82,7 +82,7 @@ JournalContent JournalOf(const HistoryOptions& options) {
         isOfScene = isOfScene || save.scene.content == present;
     if (!isOfScene)
         content.notes.push_back(journalPath +
-                                " does not belong to the present version of this scene");
+                                " does not belong to the current version of this scene");
     return content;
 }
 
@@ -128,14 +128,13 @@ void PrintHistory(const HistoryOptions& options) {
 void AddRecoverCommand(CLI::App& program) {
     auto options = std::make_shared<RecoverOptions>();
     CLI::App* verb = program.add_subcommand(
-        "recover", "Repeats the work of a journal, after a crash, and saves it as a scene");
+        "recover", "Replays a journal after a crash and saves the result as a scene");
     verb->add_option("journal", options->journal, "Journal (see docs/journal.md)")->required();
     verb->add_option("-o,--output", options->scene, "Scene file to write (*.trovik)")->required();
-    verb->add_flag("--until-damage",
-                   options->untilDamage,
-                   "Recovers the part of a damaged journal before the damage");
-    verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
-    verb->add_flag("--json", options->json, "The summary as JSON on standard output");
+    verb->add_flag(
+        "--until-damage", options->untilDamage, "Recovers a damaged journal up to the damage");
+    verb->add_flag("-q,--quiet", options->quiet, "Prints no progress and no summary");
+    verb->add_flag("--json", options->json, "Prints the summary as JSON on standard output");
     verb->callback([options] { Recover(*options); });
 }
 
@@ -146,11 +145,10 @@ void AddHistoryCommand(CLI::App& program) {
     verb->add_option(
             "file", options->file, "Journal, or scene (FILE.trovik with FILE.trovik.journal)")
         ->required();
-    verb->add_flag("--until-damage",
-                   options->untilDamage,
-                   "Lists the part of a damaged journal before the damage");
+    verb->add_flag(
+        "--until-damage", options->untilDamage, "Lists a damaged journal up to the damage");
     verb->add_flag("-q,--quiet", options->quiet, "Prints only errors");
-    verb->add_flag("--json", options->json, "As JSON on standard output");
+    verb->add_flag("--json", options->json, "Prints JSON on standard output");
     verb->callback([options] { PrintHistory(*options); });
 }
 

@@ -26,20 +26,20 @@ int Fail(std::string reason, int status = failed) {
 
 int Run(int argc, char** argv) {
     CLI::App program(
-        "Sculpts meshes from scripts, without a screen.\n\n"
+        "Sculpts meshes from scripts, without a display.\n\n"
         "  trovik info head.obj                 report the content of a mesh file\n"
         "  trovik sculpt bust.json              run a stroke script\n"
         "  trovik render head.obj head.png      render an image of a mesh\n"
         "  trovik convert head.obj head.glb     write a mesh in another format\n"
         "  trovik bake head.trovik -o head.exr  bake sculpted detail into a map\n"
         "  trovik tools                         list the tools of the brush\n"
-        "  trovik recover w.journal -o w.trovik restore the work of a journal after a crash\n"
+        "  trovik recover w.journal -o w.trovik restore the work from a journal after a crash\n"
         "  trovik history w.journal             list the steps of a journal\n\n"
         "`trovik help COMMAND` prints the options of a command with examples. Start with "
         "docs/tutorial.md.\n",
         "trovik");
     program.footer(
-        "Exit status: 0 success; 1 failure, one line on standard error states the reason; 2 "
+        "Exit status: 0 success; 1 failure, with the reason in one line on standard error; 2 "
         "invalid "
         "usage; 130 interrupted by Ctrl-C.");
     program.set_version_flag("--version", std::string("trovik ") + TROVIK_VERSION);
@@ -74,7 +74,7 @@ int Run(int argc, char** argv) {
         trovik::Error::Dispose(error);
         return Fail(reason);
     }
-    // A full disk may be detected only here, where the last buffered output is written.
+    // A full disk may only be detected here, when the last buffered output is written.
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
         return Fail(std::string("standard output: ") + std::strerror(errno));
     return done;

@@ -105,13 +105,13 @@ void Convert(const ConvertOptions& options) {
     const bool isScene = IsScenePath(options.from);
     if (isScene && given != MeshSpace())
         throw HostError(options.from +
-                        ": a scene states its own units and up axis; --from-units and --from-up "
+                        ": a scene specifies its own units and up axis; --from-units and --from-up "
                         "apply to mesh files");
     // Reject options that the format does not support before doing any work.
     SpaceForFile(options.to, given, asked);
     ProgressLine line(options.quiet);
     CheckWritable(options.to);
-    // Without refinement the polygons are written unchanged, including n-gons.
+    // Without refinement, polygons are written unchanged, including n-gons.
     if (options.levels == 0 && !isScene) {
         PolygonMesh polygons = ReadMeshFile(options.from, &line);
         MeshSpace& space = polygons.attributes.space;
@@ -127,7 +127,7 @@ void Convert(const ConvertOptions& options) {
                           polygons.notes});
         return;
     }
-    // Writers work on blocks of a few megabytes.
+    // Writers use blocks of a few megabytes.
     constexpr uint64_t writerBytes = uint64_t{16} << 20;
     const LoadedScene scene = OpenRefined(
         options.from,
@@ -169,8 +169,8 @@ void AddConvertCommand(CLI::App& program) {
     verb->add_option("--units", options->units, "Unit of the output file")->check(isUnit);
     verb->add_option("--up", options->up, "Up axis of the output file")->check(isAxis);
     verb->add_flag("--visible", options->visible, "Omits the hidden faces of a scene");
-    verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
-    verb->add_flag("--json", options->json, "The summary as JSON on standard output");
+    verb->add_flag("-q,--quiet", options->quiet, "Prints no progress and no summary");
+    verb->add_flag("--json", options->json, "Prints the summary as JSON on standard output");
     verb->callback([options] { Convert(*options); });
 }
 

@@ -12,9 +12,9 @@ namespace trovik {
 
 /// Opens a mesh file, or a scene without its tools, and subdivides it.
 /// \param levels  subdivision levels to add.
-/// \param given  units and up axis of a mesh file; they override those that the file states.
-/// \param additionalBytes  memory that the caller needs in addition to the levels of a forecast. If
-/// both do not fit together, the levels are refused before any is allocated.
+/// \param given  units and up axis of a mesh file; they override those specified in the file.
+/// \param additionalBytes  returns the memory that the caller needs in addition to the forecast
+/// levels. If both together do not fit, the levels are refused before any memory is allocated.
 /// \throw HostError; Cancelled.
 LoadedScene OpenRefined(const std::string& path,
                         unsigned levels,

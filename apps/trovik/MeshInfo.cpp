@@ -149,7 +149,7 @@ void PrintMeshInfo(const std::string& path, bool quiet) {
     for (const auto& [what, text] : info.attributeLines)
         std::printf("  %-9s %s\n", what.c_str(), text.c_str());
     if (!info.manifold.Untouched())
-        std::printf("  split     %zu vertices added where the mesh is not an oriented manifold\n",
+        std::printf("  split     added %zu vertices where the mesh is not an oriented manifold\n",
                     info.manifold.addedVertices);
     std::printf("  level 0   %u %s, %u vertices, %zu border edges\n",
                 info.baseFaces,

@@ -84,17 +84,16 @@ void AddPreferencesCommand(CLI::App& program) {
     auto options = std::make_shared<PreferencesOptions>();
     CLI::App* verb = program.add_subcommand(
         "preferences",
-        "Lists the preferences of the user, or stores one; sculpt reads them with "
-        "--user-preferences");
+        "Lists the user's preferences, or stores one; sculpt reads them with --user-preferences");
     CLI::Option* key = verb->add_option("key", options->key, "Preference to store");
-    CLI::Option* value = verb->add_option("value", options->value, "Its value");
+    CLI::Option* value = verb->add_option("value", options->value, "Value of the preference");
     key->needs(value);
     verb->add_option("--file",
                      options->file,
-                     "Another preferences file (default: trovik/preferences.json in "
+                     "Preferences file (default: trovik/preferences.json in "
                      "$XDG_CONFIG_HOME or ~/.config)");
     verb->add_flag("-q,--quiet", options->quiet, "Prints nothing");
-    verb->add_flag("--json", options->json, "As JSON on standard output");
+    verb->add_flag("--json", options->json, "Prints JSON on standard output");
     verb->callback([options] { RunPreferences(*options); });
 }
 

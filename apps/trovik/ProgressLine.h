@@ -11,9 +11,9 @@
 namespace trovik {
 
 /// Progress on standard error: on a terminal, a bar that is redrawn; elsewhere, one line per step.
-/// While a ProgressLine exists, it receives the notes of file writing (SetFileNotes), so there can
-/// be only one at a time. As a JobControl it shows the phase of a long operation (on
-/// terminals only), and cancels the operation after an interrupt.
+/// While a ProgressLine exists, it receives the notes about written files (SetFileNotes), so only
+/// one can exist at a time. As a JobControl, it shows the phase of a long operation (on terminals
+/// only), and cancels the operation after an interrupt signal.
 class ProgressLine : public JobControl {
 public:
     explicit ProgressLine(bool quiet);
@@ -43,10 +43,10 @@ private:
     std::size_t stepsDone = 0;
     std::size_t stepCount = 0;
     uint64_t dabs = 0;
-    /// The phase of the long operation, with its progress in percent; null if there is none.
+    /// The phase of the current long operation, or null; its progress is `percent`.
     const char* phase = nullptr;
     unsigned percent = 0;
-    /// The name of the step, printable.
+    /// The name of the step, as printable text.
     std::string what;
     std::chrono::steady_clock::time_point lastDrawn;
 };

@@ -45,7 +45,7 @@ struct RenderArguments {
 
 Vector ToVector(const std::vector<float>& numbers) { return {numbers[0], numbers[1], numbers[2]}; }
 
-/// The direction given by three numbers, or `otherwise` if there are none.
+/// The direction given by three numbers, or `otherwise` if the list is empty.
 Vector DirectionOr(const std::vector<float>& numbers, const char* option, const Vector& otherwise) {
     if (numbers.empty()) return otherwise;
     const Vector direction = ToVector(numbers);
@@ -55,7 +55,8 @@ Vector DirectionOr(const std::vector<float>& numbers, const char* option, const 
     return direction;
 }
 
-/// The camera by the first of these that is given: --eye, --from, the scene's view, the default.
+/// The camera, from the first of these that is available: --eye, --from, the scene's view, the
+/// default.
 RenderCamera CameraFor(const RenderArguments& wanted,
                        const RenderMesh& shown,
                        const StrokeView* sceneView) {
@@ -80,8 +81,8 @@ RenderCamera CameraFor(const RenderArguments& wanted,
     return camera;
 }
 
-/// \param camera  one that CheckCamera accepts.
-/// \throw HostError if the option --up is parallel to the line of sight.
+/// \param camera  accepted by CheckCamera. \throw HostError if the option --up is parallel to the
+/// line of sight.
 void CheckUp(const RenderArguments& wanted, const RenderCamera& camera) {
     const Vector sight = camera.eye - camera.target;
     if (!wanted.up.empty() && !((camera.up.Normalized() & sight.Normalized()).Length() > 1e-4f))
@@ -145,7 +146,8 @@ void Render(const RenderArguments& wanted) {
     const RenderedLevel level(*scene.geometry, options.shading);
     const RenderCamera camera =
         CameraFor(wanted, level.Mesh(), IsScenePath(wanted.mesh) ? &scene.settings.view : nullptr);
-    // Check the vertices first: a camera that frames a mesh out of range is out of range too.
+    // Check the vertices first: if the mesh is out of range, the camera that frames it is out of
+    // range, too.
     const RenderScene rendered({level.Mesh()}, &line);
     CheckCamera(camera);
     CheckUp(wanted, camera);
@@ -184,7 +186,7 @@ void AddRenderCommand(CLI::App& program) {
     verb->add_option("--target", options->target, "Point that the eye looks at")
         ->expected(3)
         ->needs(eye);
-    verb->add_option("--up", options->up, "Direction that is up in the image")->expected(3);
+    verb->add_option("--up", options->up, "Up direction in the image")->expected(3);
     verb->add_option("--fov", options->fieldOfView, "Vertical field of view in degrees")
         ->check(CLI::Range(0.1f, 179.0f));
     verb->add_option("--width", options->options.width, "Width in pixels")
@@ -203,8 +205,8 @@ void AddRenderCommand(CLI::App& program) {
                    "Writes a transparent background instead of the backdrop");
     verb->add_option("--frames", options->frames, "Renders a turntable of N numbered images")
         ->check(CLI::Range(1, maxFrames));
-    verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
-    verb->add_flag("--json", options->json, "The summary as JSON on standard output");
+    verb->add_flag("-q,--quiet", options->quiet, "Prints no progress and no summary");
+    verb->add_flag("--json", options->json, "Prints the summary as JSON on standard output");
     verb->callback([options] { Render(*options); });
 }
 

@@ -79,7 +79,7 @@ void Print(const std::string& path, const LoadedScene& scene) {
                     layer->Writable() ? "" : ", locked");
     }
     if (!scene.tools.empty()) {
-        std::printf("  tool      %s; with settings of %zu tools\n",
+        std::printf("  tool      %s; settings of %zu tools\n",
                     scene.tools.back().c_str(),
                     scene.tools.size());
     }

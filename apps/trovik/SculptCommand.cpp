@@ -104,7 +104,7 @@ void Check(ScriptRunner& runner, const SculptOptions& options) {
 void Sculpt(const SculptOptions& options) {
     ProgressLine line(options.quiet);
     ScriptProgress progress;
-    // A check is too short to need progress.
+    // Checks are too short to need progress output.
     if (!options.check)
         progress.step = [&line](std::size_t done, std::size_t count, const std::string& what) {
             line.Step(done, count, what);
@@ -144,11 +144,10 @@ void AddSculptCommand(CLI::App& program) {
     verb->add_option("-o,--output",
                      options->output,
                      "Folder for the files that the script writes (default: the working folder)");
-    verb->add_flag(
-        "--allow-outside",
-        options->allowOutside,
-        "Lets the script write outside of the output folder, by absolute paths, symbolic "
-        "links or ..");
+    verb->add_flag("--allow-outside",
+                   options->allowOutside,
+                   "Allows the script to write outside the output folder, through absolute paths, "
+                   "symbolic links or ..");
     CLI::Option* check = verb->add_flag(
         "--check",
         options->check,
@@ -161,21 +160,20 @@ void AddSculptCommand(CLI::App& program) {
                    options->userPreferences,
                    "Loads the user's preferences file, if there is one (see trovik preferences)")
         ->excludes("--preferences");
-    verb->add_flag(
-        "--no-preferences",
-        options->noPreferences,
-        "Loads no preferences file, so that results are the same for every user (default; "
-        "takes precedence)");
-    CLI::Option* trace =
-        verb->add_option("--trace",
-                         options->trace.folder,
-                         "Folder for a trace: all inputs and effects of the brush, for "
-                         "tools/trovik_trace.py and NumPy (see docs/trace.md). An earlier trace in "
-                         "it is replaced")
-            ->check([](const std::string& folder) {
-                return folder.empty() ? std::string("the name of the folder is empty")
-                                      : std::string();
-            });
+    verb->add_flag("--no-preferences",
+                   options->noPreferences,
+                   "Loads no preferences file, so that results are the same for every user "
+                   "(default; overrides the other two options)");
+    CLI::Option* trace = verb->add_option("--trace",
+                                          options->trace.folder,
+                                          "Folder for a trace of all inputs and effects of the "
+                                          "brush, for tools/trovik_trace.py and NumPy (see "
+                                          "docs/trace.md). An existing trace in it is replaced")
+                             ->check([](const std::string& folder) {
+                                 return folder.empty()
+                                            ? std::string("the name of the folder is empty")
+                                            : std::string();
+                             });
     verb->add_option("--trace-every",
                      options->trace.every,
                      "With --trace: also records the state of the mesh after every Nth dab")
@@ -184,8 +182,8 @@ void AddSculptCommand(CLI::App& program) {
     CLI::Option* journal =
         verb->add_option("--journal",
                          options->journal.path,
-                         "Journal to write: the inputs of all steps and dabs as they occur, from "
-                         "which trovik recover restores the work after a crash (see "
+                         "Journal to write: records the inputs of all steps and dabs as they "
+                         "occur, so that trovik recover can restore the work after a crash (see "
                          "docs/journal.md)")
             ->check([](const std::string& file) {
                 return file.empty() ? std::string("the name of the journal is empty")
@@ -197,11 +195,11 @@ void AddSculptCommand(CLI::App& program) {
         ->needs(journal);
     verb->add_flag("--strict",
                    options->strict,
-                   "Makes warnings errors: the first step without effect, such as a stroke that "
-                   "misses the mesh, ends the run");
+                   "Treats warnings as errors: the first step without effect, such as a stroke "
+                   "that misses the mesh, ends the run");
     check->excludes(trace, journal);
-    verb->add_flag("-q,--quiet", options->quiet, "No progress and no summary");
-    verb->add_flag("--json", options->json, "The summary as JSON on standard output");
+    verb->add_flag("-q,--quiet", options->quiet, "Prints no progress and no summary");
+    verb->add_flag("--json", options->json, "Prints the summary as JSON on standard output");
     verb->callback([options] { Sculpt(*options); });
 }
 

@@ -17,7 +17,7 @@ namespace trovik {
 
 namespace {
 
-/// The help of a tool tip as plain text, without its heading, which is already printed.
+/// The text of a tool's tooltip as plain text, without the heading, which is printed separately.
 std::string PlainHelp(const BrushConfiguration& tool) {
     QString text = tool.ToolTip();
     const qsizetype body = text.indexOf(QStringLiteral("</div>"));
@@ -35,7 +35,7 @@ std::string ValueText(const nlohmann::json& value) {
     if (value.is_null()) return "none";
     if (value.is_boolean()) return value.get<bool>() ? "on" : "off";
     if (value.is_number_float()) {
-        // Print integers without a fraction.
+        // Prints integers without a fraction.
         char text[32];
         std::snprintf(text, sizeof text, "%.9g", value.get<double>());
         return text;
@@ -155,8 +155,8 @@ void AddToolsCommand(CLI::App& program) {
     auto json = std::make_shared<bool>(false);
     auto quiet = std::make_shared<bool>(false);
     CLI::App* verb = program.add_subcommand(
-        "tools", "Lists the tools of the brush with their settings: default, range and unit");
-    verb->add_flag("--json", *json, "As JSON on standard output");
+        "tools", "Lists the brush's tools and their settings, with default, range and unit");
+    verb->add_flag("--json", *json, "Prints JSON on standard output");
     verb->add_flag("-q,--quiet",
                    *quiet,
                    "Prints nothing; the exit status indicates whether the brush was found");

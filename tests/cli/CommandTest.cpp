@@ -387,7 +387,7 @@ TEST_F(Command, BakingErrorsAreOneLine) {
               "requires\n");
     EXPECT_EQ(Run("bake cube.obj -o d.exr -q").error,
               "trovik: cube.obj: there is only one level; use a scene with several levels, or "
-              "--unsubdivide with a mesh that is the refinement of a coarser one\n");
+              "--unsubdivide with a mesh that is a refinement of a coarser one\n");
     EXPECT_EQ(Run("bake bare.trovik -o d.exr --map colour").status, 2);
     EXPECT_EQ(Run("bake bare.trovik").status, 2);
     EXPECT_EQ(Run("bake bare.trovik -o d.exr --samples 3").status, 2);

@@ -63,7 +63,7 @@ TEST_F(Verbs, AreInTheManPage) {
 TEST_F(Verbs, WrongUsePrintsOneLineAndExitsWithStatus2) {
     for (const auto& [arguments, reason] :
          std::initializer_list<std::pair<const char*, const char*>>{
-             {"", "a command is needed; trovik --help lists the options"},
+             {"", "a command is required; trovik --help lists the options"},
              {"converrt",
               "there is no command \"converrt\"; did you mean \"convert\"?; trovik --help"},
              {"carve", "there is no command \"carve\"; trovik --help lists the options"},

@@ -22,7 +22,7 @@ struct ActionContext {
     /// Parent of dialogs.
     QWidget* window;
 
-    /// The document's state. Before the first document, it has no levels.
+    /// The document's state. It has no levels before the first document is opened.
     const DocumentState& State() const {
         static const DocumentState none;
         return engine.State() ? *engine.State() : none;
@@ -33,8 +33,7 @@ struct ActionContext {
         step[name] = std::move(value);
         engine.Run(step, label);
     }
-    /// Enables the action while a condition on the document's state holds, and disables it without
-    /// a document.
+    /// Enables the action while a document is open and a condition on its state holds.
     template <typename Condition>
     void EnableWhen(QAction* action, Condition condition) const {
         const auto update = [self = *this, action, condition] {
@@ -53,7 +52,7 @@ struct ActionContext {
             action->setChecked(self.engine.State() && condition(*self.engine.State()));
         };
         QObject::connect(&engine, &Engine::StateChanged, action, update);
-        // A click has already toggled the check mark; the state from the engine is authoritative.
+        // A click has already toggled the check mark, but the engine's state is authoritative.
         QObject::connect(action, &QAction::triggered, action, update);
         update();
     }

@@ -28,9 +28,9 @@ struct ActionInfo {
     std::function<void()> run = {};
 };
 
-/// All actions of the studio, by their id. Menus, tool bars, palette, keymap and event files use
-/// the same QAction objects. Held keys (radius, strength, pan …) are added with `AddHeld`; they
-/// appear in the keymap and the palette, but are handled by the input code.
+/// All actions of the studio by ID. Menus, tool bars, palette, keymap and event files use the same
+/// QAction objects. Held keys (radius, strength, pan …) are added with `AddHeld`; they appear in
+/// the keymap and the palette, but are handled by the input code.
 ///
 /// A key belongs to at most one action. To be used only on the UI thread.
 class ActionRegistry : public QObject {
@@ -45,7 +45,7 @@ public:
     void AddHeld(const ActionInfo& info);
     /// Null if there is none, and for held keys.
     QAction* Find(const QString& id) const;
-    /// The key that is bound to a held action; empty if there is none.
+    /// The key bound to a held action; empty if there is none.
     QKeySequence HeldKey(const QString& id) const;
     bool IsHeld(const QString& id) const;
     /// In the order in which they were added.
@@ -54,10 +54,11 @@ public:
     const ActionInfo* Info(const QString& id) const;
     /// Triggers an action. \return false for an unknown id or a disabled action.
     bool Trigger(const QString& id);
-    /// The triggered actions, most recent first, however they were triggered; each id once.
+    /// The IDs of triggered actions, most recent first, regardless of how they were triggered; each
+    /// is listed once.
     const QStringList& Recent() const { return recent; }
 
-    /// The keys that are bound now.
+    /// The current key bindings.
     QList<QKeySequence> Keys(const QString& id) const;
     /// Binds keys and returns the ids that lose a key. Unknown ids have no effect.
     QStringList SetKeys(const QString& id, const QList<QKeySequence>& keys);
@@ -72,7 +73,7 @@ public:
 Q_SIGNALS:
     void KeysChanged();
     void Added(const QString& id);
-    /// Sent before and after an action runs, however it was triggered.
+    /// Sent before and after an action runs, regardless of how it was triggered.
     void Starting(const QString& id);
     void Triggered(const QString& id);
 

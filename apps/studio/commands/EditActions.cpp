@@ -23,7 +23,7 @@ void AddEditActions(const ActionContext& context) {
                                  .run = [context] { context.Run("undo", 1); }});
     QAction* redo = actions.Add({.id = "edit.redo",
                                  .text = Text::tr("Redo"),
-                                 .description = Text::tr("Repeats what was undone last."),
+                                 .description = Text::tr("Redoes the last undone step."),
                                  .keys = {QKeySequence("Ctrl+Shift+Z"), QKeySequence("Ctrl+Y")},
                                  .icon = "redo",
                                  .run = [context] { context.Run("redo", 1); }});
@@ -31,21 +31,21 @@ void AddEditActions(const ActionContext& context) {
     context.EnableWhen(redo, [](const DocumentState& state) {
         return state.historyPosition < state.history.size();
     });
-    QAction* reset = actions.Add(
-        {.id = "edit.reset",
-         .text = Text::tr("Reset to Imported Mesh"),
-         .description = Text::tr("Restores the mesh as it was imported. Layers, mask and undo "
-                                 "history are lost."),
-         .icon = "reset",
-         .run = [context] { context.Run("reset", true); }});
+    QAction* reset =
+        actions.Add({.id = "edit.reset",
+                     .text = Text::tr("Reset to Imported Mesh"),
+                     .description = Text::tr(
+                         "Restores the imported mesh. Layers, mask and undo history are lost."),
+                     .icon = "reset",
+                     .run = [context] { context.Run("reset", true); }});
     context.EnableWithDocument(reset);
-    QAction* cancel = actions.Add(
-        {.id = "edit.cancel",
-         .text = Text::tr("Cancel Running Command"),
-         .description = Text::tr("Stops a long command; the document stays as it was before."),
-         .keys = {QKeySequence("Ctrl+.")},
-         .icon = "cancel",
-         .run = [context] { context.engine.CancelJob(); }});
+    QAction* cancel =
+        actions.Add({.id = "edit.cancel",
+                     .text = Text::tr("Cancel Running Command"),
+                     .description = Text::tr("Stops a long command; the document is not changed."),
+                     .keys = {QKeySequence("Ctrl+.")},
+                     .icon = "cancel",
+                     .run = [context] { context.engine.CancelJob(); }});
     cancel->setEnabled(false);
     QObject::connect(&context.engine, &Engine::BusyChanged, cancel, &QAction::setEnabled);
 }

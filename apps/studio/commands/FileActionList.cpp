@@ -16,7 +16,7 @@ void FileActions::AddDocumentActions() {
     ActionRegistry& actions = context.actions;
     actions.Add({.id = "file.new",
                  .text = tr("New…"),
-                 .description = tr("Begins with a sphere, cube, plane, cylinder or bust."),
+                 .description = tr("Starts with a sphere, cube, plane, cylinder or bust."),
                  .keys = {QKeySequence("Ctrl+N")},
                  .icon = "new",
                  .run = [this] {
@@ -26,7 +26,7 @@ void FileActions::AddDocumentActions() {
                  }});
     actions.Add({.id = "file.new.sphere",
                  .text = tr("New Sphere"),
-                 .description = tr("Begins with a sphere that is ready to sculpt."),
+                 .description = tr("Starts with a sphere that is ready to sculpt."),
                  .keys = {QKeySequence("Ctrl+Alt+N")},
                  .icon = "sphere",
                  .run = [this] { OpenPrimitive(Primitive::Sphere, 16, 3); }});
@@ -36,24 +36,24 @@ void FileActions::AddDocumentActions() {
                  .keys = {QKeySequence("Ctrl+O")},
                  .icon = "open",
                  .run = [this] { AskAndOpen(false); }});
-    QAction* save =
-        actions.Add({.id = "file.save",
-                     .text = tr("Save"),
-                     .description = tr("Saves everything but the undo history into the scene."),
-                     .keys = {QKeySequence("Ctrl+S")},
-                     .icon = "save",
-                     .run = [this] { Save(); }});
+    QAction* save = actions.Add(
+        {.id = "file.save",
+         .text = tr("Save"),
+         .description = tr("Saves everything except the undo history to the scene file."),
+         .keys = {QKeySequence("Ctrl+S")},
+         .icon = "save",
+         .run = [this] { Save(); }});
     QAction* saveAs = actions.Add({.id = "file.saveAs",
                                    .text = tr("Save As…"),
-                                   .description = tr("Saves into another scene file."),
+                                   .description = tr("Saves to a different scene file."),
                                    .keys = {QKeySequence("Ctrl+Shift+S")},
                                    .icon = "save",
                                    .run = [this] { SaveAs(); }});
     QAction* incremental =
         actions.Add({.id = "file.saveIncremental",
                      .text = tr("Save Incremental"),
-                     .description = tr("Saves into a new file with the next number, and keeps the "
-                                       "file so far."),
+                     .description = tr(
+                         "Saves to a new file with the next number, and keeps the previous file."),
                      .keys = {QKeySequence("Ctrl+Alt+S")},
                      .icon = "save",
                      .run = [this] { SaveIncremental(); }});
@@ -62,15 +62,16 @@ void FileActions::AddDocumentActions() {
 
 void FileActions::AddTransferActions() {
     ActionRegistry& actions = context.actions;
-    actions.Add({.id = "file.import",
-                 .text = tr("Import Mesh…"),
-                 .description = tr("Opens a mesh with units, up axis and levels of your choice."),
-                 .keys = {QKeySequence("Ctrl+Shift+O")},
-                 .icon = "import",
-                 .run = [this] { AskAndOpen(true); }});
+    actions.Add(
+        {.id = "file.import",
+         .text = tr("Import Mesh…"),
+         .description = tr("Opens a mesh with the units, up axis and levels that you choose."),
+         .keys = {QKeySequence("Ctrl+Shift+O")},
+         .icon = "import",
+         .run = [this] { AskAndOpen(true); }});
     QAction* exporting = actions.Add({.id = "file.export",
                                       .text = tr("Export Mesh…"),
-                                      .description = tr("Writes the current level as a mesh file."),
+                                      .description = tr("Writes the current level to a mesh file."),
                                       .keys = {QKeySequence("Ctrl+E")},
                                       .icon = "export",
                                       .run = [this] { Export(); }});
@@ -81,11 +82,12 @@ void FileActions::AddTransferActions() {
                                        "map for a coarser one."),
                      .icon = "bake",
                      .run = [this] { Bake(); }});
-    QAction* displace = actions.Add({.id = "file.displace",
-                                     .text = tr("Import Displacement…"),
-                                     .description = tr("Moves the surface by a displacement map."),
-                                     .icon = "import",
-                                     .run = [this] { ImportDisplacement(); }});
+    QAction* displace =
+        actions.Add({.id = "file.displace",
+                     .text = tr("Import Displacement…"),
+                     .description = tr("Displaces the surface by a displacement map."),
+                     .icon = "import",
+                     .run = [this] { ImportDisplacement(); }});
     QAction* screenshot = actions.Add({.id = "file.screenshot",
                                        .text = tr("Screenshot…"),
                                        .description = tr("Saves the viewport as an image."),
@@ -96,7 +98,7 @@ void FileActions::AddTransferActions() {
         context.EnableWithDocument(action);
     actions.Add({.id = "file.quit",
                  .text = tr("Quit"),
-                 .description = tr("Ends the studio, and asks about changes that were not saved."),
+                 .description = tr("Quits the studio after asking about unsaved changes."),
                  .keys = {QKeySequence("Ctrl+Q")},
                  .icon = "quit",
                  .run = [this] { context.window->close(); }});

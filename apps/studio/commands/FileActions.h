@@ -31,18 +31,18 @@ public:
     /// Whether closing the document could lose work: changes, also those that are still being made,
     /// and recovered work that has not been saved since.
     bool HasUnsavedWork() const;
-    /// Calls `go` at once if no changes would be lost; otherwise asks whether to save first. `go`
-    /// is not called if the user cancels or saving fails.
+    /// Calls `go` immediately if no changes would be lost; otherwise asks whether to save first.
+    /// `go` is not called if the user cancels or saving fails.
     void WhenSaved(const std::function<void()>& go);
     /// The file with the next free number: "head.trovik" gives "head_001.trovik", "head_001.trovik"
     /// gives "head_002.trovik".
     static QString NextIncrement(const QString& path);
-    /// Fills a menu with the recent files, now and when they change.
+    /// Fills a menu with the recent files, and updates it when they change.
     void FillRecent(QMenu* menu);
     ScriptPlayer& Player() { return *player; }
 
 Q_SIGNALS:
-    /// A message for the user about an operation that was not performed.
+    /// A message to the user about an operation that was refused.
     void Refused(const QString& message);
     /// A short success message.
     void Succeeded(const QString& message);
@@ -52,8 +52,8 @@ private:
     void AddTransferActions();
     void AddScriptActions();
     void AskAndOpen(bool withOptions);
-    /// \param then  called when the document is saved; not called if the user cancels or saving
-    /// fails.
+    /// \param then  called once the document has been saved; not called if the user cancels or
+    /// saving fails.
     void Save(const std::function<void()>& then = {});
     void SaveAs(const std::function<void()>& then = {});
     void SaveTo(const QString& path, const std::function<void()>& then = {});

@@ -59,7 +59,7 @@ NewDialog::NewDialog(QWidget* parent) : FormDialog(tr("New Sculpture"), tr("Crea
         button->setCheckable(true);
         button->setFixedSize(72, 68);
         button->setAccessibleName(text);
-        button->setToolTip(tr("Begins with this shape"));
+        button->setToolTip(tr("Starts with this shape"));
         shapes->addButton(button, id++);
         layout->addWidget(button);
     }
@@ -102,10 +102,9 @@ void NewDialog::ShowCounts() {
 ImportDialog::ImportDialog(const QString& fileName, QWidget* parent)
     : FormDialog(tr("Import %1").arg(fileName), tr("Import"), parent) {
     units = AddChoice(tr("Units"),
-                      tr("What the numbers of the file mean; no number is changed"),
-                      UnitChoices(tr("As the file states")));
-    up = AddChoice(
-        tr("Up axis"), tr("The axis that points up"), UpChoices(tr("As the file states")));
+                      tr("The unit of the coordinates in the file; the values are not converted"),
+                      UnitChoices(tr("As in the file")));
+    up = AddChoice(tr("Up axis"), tr("The axis that points up"), UpChoices(tr("As in the file")));
     levels = AddWhole(tr("Levels"), tr("Finer levels to add above the mesh"), 0, 8, 0);
 }
 
@@ -131,9 +130,9 @@ ExportDialog::ExportDialog(QWidget* parent) : FormDialog(tr("Export Mesh"), tr("
     keeps = AddText(tr("Keeps"));
     keeps->setWordWrap(true);
     world = AddCheck(tr("World coordinates"), tr("Applies the transform of the mesh"), false);
-    hidden = AddCheck(tr("Hidden faces"), tr("Exports hidden faces as well"), true);
+    hidden = AddCheck(tr("Hidden faces"), tr("Also exports hidden faces"), true);
     units = AddChoice(tr("Units"),
-                      tr("Converts the numbers, if the units of the mesh are known"),
+                      tr("Converts the coordinates if the unit of the mesh is known"),
                       UnitChoices(tr("Unchanged")));
     up = AddChoice(tr("Up axis"),
                    tr("Rotates the mesh so that this axis points up"),
@@ -246,21 +245,22 @@ nlohmann::json BakeDialog::Options() const {
 DisplacementDialog::DisplacementDialog(const QString& fileName, QWidget* parent)
     : FormDialog(tr("Displace by %1").arg(fileName), tr("Displace"), parent) {
     map = AddChoice(tr("Map"),
-                    tr("What the map holds"),
-                    {{tr("As the file states"), QString()},
+                    tr("The content of the map"),
+                    {{tr("As in the file"), QString()},
                      {tr("Displacement"), "displacement"},
                      {tr("Vector displacement"), "vector"}});
-    space = AddChoice(tr("Space"),
-                      tr("Whether vectors are relative to the surface or to the mesh"),
-                      {{tr("As the file states"), QString()},
-                       {tr("Tangent"), "tangent"},
-                       {tr("Object"), "object"}});
+    space = AddChoice(
+        tr("Space"),
+        tr("Whether vectors are relative to the surface or to the mesh"),
+        {{tr("As in the file"), QString()}, {tr("Tangent"), "tangent"}, {tr("Object"), "object"}});
     strength = AddNumber(tr("Strength"), tr("Multiplies the displacement"), -1000, 1000, 1);
-    hasScale =
-        AddCheck(tr("Own range"), tr("Sets middle and scale, for maps that state none"), false);
-    mid = AddNumber(tr("Middle"), tr("The value that does not move the surface"), -1e6, 1e6, 0.5);
-    scale = AddNumber(tr("Scale"), tr("Length that the value 1 stands for"), -1e6, 1e6, 1);
-    repeat = AddCheck(tr("Repeats"), tr("The map continues beyond its border"), false);
+    hasScale = AddCheck(tr("Custom range"),
+                        tr("Sets the mid value and the scale, for maps that do not specify them"),
+                        false);
+    mid =
+        AddNumber(tr("Middle"), tr("The value that leaves the surface unchanged"), -1e6, 1e6, 0.5);
+    scale = AddNumber(tr("Scale"), tr("Length that the value 1 represents"), -1e6, 1e6, 1);
+    repeat = AddCheck(tr("Repeats"), tr("The map repeats beyond its border"), false);
     ShowRow(mid, false);
     ShowRow(scale, false);
     connect(hasScale, &QCheckBox::toggled, this, [this](bool on) {

@@ -18,7 +18,7 @@ class NewDialog : public FormDialog {
     Q_OBJECT
 public:
     explicit NewDialog(QWidget* parent);
-    /// Empty for the bust, which is a file.
+    /// Empty for the bust, which is a mesh file.
     std::optional<Primitive> Shape() const;
     std::uint32_t Segments() const;
     int Levels() const;
@@ -37,7 +37,7 @@ class ImportDialog : public FormDialog {
     Q_OBJECT
 public:
     ImportDialog(const QString& fileName, QWidget* parent);
-    /// If empty, as specified by the file.
+    /// If empty, as specified in the file.
     std::string Units() const;
     std::string Up() const;
     int Levels() const;
@@ -59,7 +59,7 @@ class ExportDialog : public FormDialog {
     Q_OBJECT
 public:
     explicit ExportDialog(QWidget* parent);
-    /// With the dot.
+    /// Includes the dot.
     QString Extension() const;
     void SetExtension(const QString& extension);
     /// The fields of the step "export", without the file.

@@ -15,8 +15,8 @@ bool StartsWord(const QString& text, qsizetype at) {
     return at == 0 || !text[at - 1].isLetterOrNumber();
 }
 
-/// The best score of the letters of `word` from `from` on in `text` from `at` on. Texts are short,
-/// so trying every start of a word and the next occurrence is enough.
+/// The best score for the letters of `word` from index `from` in `text` from index `at`. Texts are
+/// short, so it is enough to try every word start and the next occurrence.
 int WordScore(const QString& word, const QString& text) {
     // A contiguous match of a query word scores higher than scattered letters.
     int best = 0;

@@ -17,8 +17,8 @@ class ActionRegistry;
 ///     {"format": "trovik-keymap", "version": 1, "preset": "default",
 ///      "keys": {"mask.clear": ["Alt+M"], "view.grid": []}}
 ///
-/// Keys are written as QKeySequence::PortableText. Unknown ids are kept and written again, because
-/// an action may be added later.
+/// Keys are written as QKeySequence::PortableText. Unknown IDs are preserved, because the action
+/// may be added later.
 ///
 /// Call on the UI thread only.
 class Keymap : public QObject {
@@ -68,7 +68,7 @@ private:
     QString userPath;
     QString preset;
     Keys presetKeys;
-    /// Of all actions whose keys differ from the preset.
+    /// The keys of all actions that differ from the preset.
     Keys own;
 };
 

@@ -84,7 +84,7 @@ QWidget* KeymapEditor::MakeTopRow() {
     search->addAction(Icon(QStringLiteral("search")), QLineEdit::LeadingPosition);
     presets = new QComboBox(row);
     presets->setAccessibleName(tr("Preset"));
-    presets->setToolTip(tr("Replaces all keys by those of a preset"));
+    presets->setToolTip(tr("Replaces all keys with those of a preset"));
     for (const QString& preset : Keymap::Presets())
         presets->addItem(Keymap::PresetTitle(preset), preset);
     presets->setCurrentIndex(presets->findData(keymap.Preset()));
@@ -128,8 +128,8 @@ QWidget* KeymapEditor::MakeButtons() {
     });
     layout->addStretch();
     add(tr("Import…"), tr("Reads a keymap file"), [this] { ImportFile(); });
-    add(tr("Export…"), tr("Writes the keymap into a file"), [this] { ExportFile(); });
-    add(tr("Close"), tr("Closes the keymap; changes are stored already"), [this] { accept(); });
+    add(tr("Export…"), tr("Writes the keymap to a file"), [this] { ExportFile(); });
+    add(tr("Close"), tr("Closes the keymap; changes are already stored"), [this] { accept(); });
     return row;
 }
 
@@ -275,12 +275,12 @@ bool KeymapEditor::eventFilter(QObject* watched, QEvent* event) {
     if (wantsRelease != (event->type() == QEvent::KeyRelease)) return true;
     if (pressed->key() == Qt::Key_Escape) {
         StopCapture();
-        Say(tr("The key was kept."));
+        Say(tr("The key was not changed."));
     } else if (pressed->key() == Qt::Key_Backspace) {
         const QString id = capturing;
         StopCapture();
         keymap.Bind(id, {});
-        Say(tr("%1 has no key now.").arg(actions.Info(id)->text));
+        Say(tr("%1 no longer has a key.").arg(actions.Info(id)->text));
     } else if (wantsRelease) {
         if (!actions.IsHeld(capturing)) return true;
         TakeKey(QKeySequence(pressed->key()));

@@ -86,16 +86,14 @@ void AddLayerActions(const ActionContext& context) {
         HasActive);
     add({.id = "layer.merge",
          .text = Text::tr("Merge Layer Down"),
-         .description = Text::tr("Adds the active layer to the one below it. The surface does not "
-                                 "change."),
+         .description =
+             Text::tr("Merges the active layer into the one below. The surface does not change."),
          .icon = "merge",
          .run = [context] { ChangeActive(context, "mergeDown", true); }},
         [](const DocumentState& state) { return HasActive(state) && !state.layers[0].active; });
     add({.id = "layer.erase",
          .text = Text::tr("Erase Layer by Mask"),
-         .description =
-             Text::tr("Removes the active layer's detail where the surface is masked, by "
-                      "as much as it is masked."),
+         .description = Text::tr("Removes the active layer's detail in proportion to the mask."),
          .icon = "erase",
          .run = [context] { ChangeActive(context, "erase", true); }},
         HasActive);
@@ -127,13 +125,13 @@ void AddLayerActions(const ActionContext& context) {
     };
     add({.id = "layer.raise",
          .text = Text::tr("Raise Layer"),
-         .description = Text::tr("Moves the active layer up by one."),
+         .description = Text::tr("Moves the active layer up by one position."),
          .icon = "level-up",
          .run = [move] { move(1); }},
         [](const DocumentState& state) { return HasActive(state) && !state.layers.back().active; });
     add({.id = "layer.lower",
          .text = Text::tr("Lower Layer"),
-         .description = Text::tr("Moves the active layer down by one."),
+         .description = Text::tr("Moves the active layer down by one position."),
          .icon = "level-down",
          .run = [move] { move(-1); }},
         [](const DocumentState& state) {
@@ -141,7 +139,7 @@ void AddLayerActions(const ActionContext& context) {
         });
     add({.id = "layer.delete",
          .text = Text::tr("Delete Layer"),
-         .description = Text::tr("Deletes the active layer with its detail."),
+         .description = Text::tr("Deletes the active layer and its detail."),
          .icon = "trash",
          .run = [context] { ChangeActive(context, "remove", true); }},
         HasActive);

@@ -32,8 +32,8 @@ void AddLevelActions(const ActionContext& context) {
     const auto always = [](const DocumentState&) { return true; };
     add({.id = "level.subdivide",
          .text = Text::tr("Subdivide…"),
-         .description = Text::tr("Adds finer levels on top. Shows the faces and the memory that "
-                                 "they need first."),
+         .description =
+             Text::tr("Adds finer levels on top, after showing their number of faces and memory."),
          .icon = "subdivide",
          .run =
              [context] {
@@ -65,8 +65,8 @@ void AddLevelActions(const ActionContext& context) {
         HasLower);
     add({.id = "level.unsubdivide",
          .text = Text::tr("Unsubdivide"),
-         .description = Text::tr("Adds a coarser level below the lowest one, if its faces are the "
-                                 "subdivision of a coarser mesh. The surface does not change."),
+         .description = Text::tr("Adds a coarser level below the lowest one if the lowest level is "
+                                 "the subdivision of a coarser mesh. The surface does not change."),
          .icon = "unsubdivide",
          .run = [context] { context.Run("unsubdivide", 1, Text::tr("Unsubdivide")); }},
         always);
@@ -78,7 +78,7 @@ void AddLevelActions(const ActionContext& context) {
         HasLower);
     add({.id = "level.delete.higher",
          .text = Text::tr("Delete Higher Levels"),
-         .description = Text::tr("Deletes all levels above the current one, with their detail."),
+         .description = Text::tr("Deletes all levels above the current one, and their detail."),
          .icon = "delete-higher",
          .run =
              [context] {
@@ -93,7 +93,7 @@ void AddLevelActions(const ActionContext& context) {
          .run =
              [context] { context.Run("deleteLevels", "lower", Text::tr("Delete lower levels")); }},
         HasLower);
-    // Of buttons in the panel of levels.
+    // The texts of buttons in the levels panel.
     actions.Find("level.delete.higher")->setIconText(Text::tr("Delete higher"));
     actions.Find("level.delete.lower")->setIconText(Text::tr("Delete lower"));
     actions.Find("level.subdivide.once")->setIconText(Text::tr("Subdivide"));

@@ -8,8 +8,7 @@
 
 namespace trovik::studio {
 
-/// Folders of the studio below those of the XDG base directories, without a trailing slash. They
-/// need not exist.
+/// The studio's folders in the XDG base directories, without a trailing slash. They need not exist.
 struct StudioFolders {
     /// $XDG_CONFIG_HOME/trovik: preferences, keymap.
     static QString Config();
@@ -59,17 +58,17 @@ public:
     bool ShowsWelcome() const;
     void SetShowsWelcome(bool shows);
 
-    /// Documents that were opened or saved, the newest first; at most 12.
+    /// Recently opened or saved documents, newest first; at most 12.
     QStringList RecentFiles() const;
     void AddRecentFile(const QString& path);
     void ClearRecentFiles();
-    /// Stamps that were chosen, the newest first; at most 12.
+    /// Recently chosen stamps, newest first; at most 12.
     QStringList RecentStamps() const;
     void AddRecentStamp(const QString& path);
-    /// The most recent folder of a file dialog.
+    /// The most recently used folder of a file dialog.
     QString LastFolder(const QString& purpose) const;
     void SetLastFolder(const QString& purpose, const QString& folder);
-    /// State of windows and docks by name.
+    /// Window and dock states by name.
     QByteArray Layout(const QString& name) const;
     void SetLayout(const QString& name, const QByteArray& state);
 

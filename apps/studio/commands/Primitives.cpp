@@ -41,7 +41,7 @@ void AddQuad(PolygonMesh& mesh, const std::array<std::uint32_t, 4>& corners) {
 template <typename Place>
 PolygonMesh GridCube(std::uint32_t n, const Place& place) {
     PolygonMesh mesh;
-    // By whole grid coordinates, so that the sides share their borders exactly.
+    // Keyed by integer grid coordinates, so that the sides share their borders exactly.
     std::map<std::array<int, 3>, std::uint32_t> known;
     const auto vertex = [&](const Side& side, std::uint32_t i, std::uint32_t j) {
         std::array<int, 3> key{};
@@ -74,8 +74,8 @@ PolygonMesh GridCube(std::uint32_t n, const Place& place) {
     return mesh;
 }
 
-/// Spreads the grid of a cube over the sphere more evenly than division by the length does: equal
-/// steps on the cube become nearly equal angles.
+/// Spreads a cube's grid over the sphere more evenly than normalisation: equal steps on the cube
+/// become nearly equal angles.
 Point OnSphere(const Point& cube) {
     Point point{};
     for (std::size_t k = 0; k < 3; ++k) point[k] = std::tan(cube[k] * std::numbers::pi / 4);

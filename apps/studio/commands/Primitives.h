@@ -12,7 +12,7 @@ namespace trovik::studio {
 /// Initial shapes, of size 2 around the origin, with y up. All except the plane are closed.
 enum class Primitive { Sphere, Cube, Plane, Cylinder };
 
-/// Makes a primitive that consists of quads only, which are counterclockwise when seen from
+/// Makes a primitive that consists only of quads, which are counterclockwise when seen from
 /// outside. The sphere is a cube whose points are spread evenly over the sphere, so that it has no
 /// poles; the caps of the cylinder are square grids mapped to discs.
 ///
@@ -21,18 +21,18 @@ enum class Primitive { Sphere, Cube, Plane, Cylinder };
 /// vertices. \param segments  n, clamped to 1 to 1024.
 PolygonMesh MakePrimitive(Primitive primitive, std::uint32_t segments);
 
-/// The number of segments that gives about this many faces.
+/// The number of segments for approximately this many faces.
 std::uint32_t SegmentsFor(Primitive primitive, std::uint64_t faces);
 
-/// The number of faces that MakePrimitive makes.
+/// The number of faces that MakePrimitive creates.
 std::uint64_t FacesOf(Primitive primitive, std::uint32_t segments);
 
 /// English name for files: "sphere", "cube", "plane", "cylinder".
 const char* NameOf(Primitive primitive);
 
-/// Writes a primitive as OBJ into a folder, which is created if it is missing. The file name
-/// contains its kind and number of segments; an existing file is used unchanged.
-/// \return the path. \throw HostError naming the file and the reason.
+/// Writes a primitive as an OBJ file to a folder, which is created if it is missing. The file name
+/// contains its kind and number of segments; an existing file is used unchanged. \return the path.
+/// \throw HostError that names the file and the reason.
 std::string WritePrimitive(Primitive primitive, std::uint32_t segments, const std::string& folder);
 
 /// Folders of the meshes supplied with the program: the colon-separated folders of the environment

@@ -15,7 +15,7 @@ namespace {
 
 using nlohmann::json;
 
-/// Replaces a file name by its absolute path if the folder has such a file.
+/// Replaces a file name with its absolute path if the folder contains the file.
 void Resolve(json& name, const QDir& folder) {
     if (!name.is_string()) return;
     const QString path = QString::fromStdString(name.get<std::string>());
@@ -23,7 +23,7 @@ void Resolve(json& name, const QDir& folder) {
         name = folder.absoluteFilePath(path).toStdString();
 }
 
-/// The files that a step reads: pen streams, stamps, images of masks, displacement maps.
+/// The files that a step reads: pen streams, stamps, mask images, displacement maps.
 void ResolveFiles(json& step, const QDir& folder) {
     const auto at = [&](const char* pointer) {
         const json::json_pointer place(pointer);
@@ -36,7 +36,7 @@ void ResolveFiles(json& step, const QDir& folder) {
     at("/displace/file");
 }
 
-/// Setup fields of a script that are also steps, in the order in which they are applied.
+/// Setup fields that are also steps, in the order in which they are applied.
 constexpr const char* setupSteps[] = {"transform", "mirror", "camera"};
 
 }  // namespace

@@ -17,7 +17,7 @@ void AddStrokeActions(const ActionContext& context) {
     ActionRegistry& actions = context.actions;
     actions.AddHeld({.id = "stroke.smooth",
                      .text = Text::tr("Smooth While Held"),
-                     .description = Text::tr("Strokes smooth the surface, whatever the tool."),
+                     .description = Text::tr("Strokes smooth the surface, regardless of the tool."),
                      .keys = {QKeySequence(Qt::Key_Shift)},
                      .icon = "tool-smooth"});
     actions.AddHeld({.id = "stroke.invert",
@@ -28,7 +28,7 @@ void AddStrokeActions(const ActionContext& context) {
                      .icon = "tool-fill"});
     actions.AddHeld({.id = "stroke.mask",
                      .text = Text::tr("Mask While Held"),
-                     .description = Text::tr("Strokes paint the mask, whatever the tool."),
+                     .description = Text::tr("Strokes paint the mask, regardless of the tool."),
                      .keys = {QKeySequence("Q")},
                      .icon = "mask"});
     actions.AddHeld({.id = "stroke.line",
@@ -36,12 +36,12 @@ void AddStrokeActions(const ActionContext& context) {
                      .description = Text::tr("The stroke runs straight from press to release."),
                      .keys = {QKeySequence("V")},
                      .icon = "strength"});
-    actions.AddHeld(
-        {.id = "stroke.abandon",
-         .text = Text::tr("Abandon Stroke"),
-         .description = Text::tr("Reverts the stroke that is being drawn, bit for bit."),
-         .keys = {QKeySequence("Esc")},
-         .icon = "cancel"});
+    actions.AddHeld({.id = "stroke.abandon",
+                     .text = Text::tr("Cancel Stroke"),
+                     .description = Text::tr(
+                         "Cancels the current stroke and restores the surface bit for bit."),
+                     .keys = {QKeySequence("Esc")},
+                     .icon = "cancel"});
     actions.AddHeld({.id = "brush.radius",
                      .text = Text::tr("Change Radius"),
                      .description = Text::tr("Drag to change the radius of the brush, or type a "

@@ -31,8 +31,9 @@ void AddSymmetryActions(const ActionContext& context) {
         QAction* action = actions.Add(
             {.id = QStringLiteral("symmetry.%1").arg(QLatin1String(names[axis])),
              .text = Text::tr("Symmetry %1").arg(name),
-             .description = Text::tr("Mirrors strokes in the plane across the mesh's %1 axis.")
-                                .arg(name.toLower()),
+             .description =
+                 Text::tr("Mirrors strokes in the plane perpendicular to the mesh's %1 axis.")
+                     .arg(name.toLower()),
              .keys = {QKeySequence(name)},
              .icon = QStringLiteral("axis-%1").arg(QLatin1String(names[axis])),
              .isCheckable = true,
@@ -48,9 +49,8 @@ void AddSymmetryActions(const ActionContext& context) {
     QAction* radial = actions.Add(
         {.id = "symmetry.radial",
          .text = Text::tr("Radial Symmetry"),
-         .description =
-             Text::tr("Repeats strokes about an axis of the mesh. The symmetry panel has "
-                      "the number of copies and the axis."),
+         .description = Text::tr("Repeats strokes about an axis of the mesh. The number of copies "
+                                 "and the axis are set in the symmetry panel."),
          .icon = "radial",
          .isCheckable = true,
          .run = [context] {
@@ -81,27 +81,27 @@ void AddSymmetryActions(const ActionContext& context) {
     QAction* off =
         actions.Add({.id = "symmetry.off",
                      .text = Text::tr("No Symmetry"),
-                     .description = Text::tr("Turns all mirrors of strokes off."),
+                     .description = Text::tr("Turns off all stroke mirrors."),
                      .icon = "cancel",
                      .run = [context] { context.Run("mirror", nlohmann::json::array()); }});
-    QAction* fromPositive =
-        actions.Add({.id = "symmetry.symmetrize",
-                     .text = Text::tr("Symmetrize +X to -X"),
-                     .description = Text::tr(
-                         "Gives the half of the mesh at negative x the shape of the other."),
-                     .icon = "symmetrize",
-                     .run = [context] {
-                         context.Run("symmetrize", {{"axis", "x"}, {"from", "positive"}});
-                     }});
-    QAction* fromNegative =
-        actions.Add({.id = "symmetry.symmetrize.negative",
-                     .text = Text::tr("Symmetrize -X to +X"),
-                     .description = Text::tr(
-                         "Gives the half of the mesh at positive x the shape of the other."),
-                     .icon = "symmetrize",
-                     .run = [context] {
-                         context.Run("symmetrize", {{"axis", "x"}, {"from", "negative"}});
-                     }});
+    QAction* fromPositive = actions.Add(
+        {.id = "symmetry.symmetrize",
+         .text = Text::tr("Symmetrize +X to -X"),
+         .description = Text::tr(
+             "Gives the half of the mesh at negative x the mirrored shape of the other half."),
+         .icon = "symmetrize",
+         .run = [context] {
+             context.Run("symmetrize", {{"axis", "x"}, {"from", "positive"}});
+         }});
+    QAction* fromNegative = actions.Add(
+        {.id = "symmetry.symmetrize.negative",
+         .text = Text::tr("Symmetrize -X to +X"),
+         .description = Text::tr(
+             "Gives the half of the mesh at positive x the mirrored shape of the other half."),
+         .icon = "symmetrize",
+         .run = [context] {
+             context.Run("symmetrize", {{"axis", "x"}, {"from", "negative"}});
+         }});
     for (QAction* action : {radial, topological, off, fromPositive, fromNegative})
         context.EnableWithDocument(action);
 }

@@ -14,8 +14,8 @@ struct SymmetrySetting {
     MirrorSetting mirrors;
     bool isTopological = false;
 
-    /// Finds the setting that results in the maps of a state. If several settings give the same
-    /// maps, one with several planes is preferred to one with copies about an axis.
+    /// Finds the setting that produces a state's mirror maps. If several settings give the same
+    /// maps, planes are preferred to copies about an axis.
     static SymmetrySetting Of(const DocumentState& state);
     bool HasPlane(int axis) const;
     void TogglePlane(int axis);

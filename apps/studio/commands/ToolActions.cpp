@@ -30,7 +30,7 @@ void AddTool(const ActionContext& context, const ToolAppearance& tool) {
     context.EnableWithDocument(action);
 }
 
-/// Tools of the plug-in that are not in the list.
+/// The plug-in's tools that are not in the list.
 void AddNewTools(const ActionContext& context) {
     for (const std::string& name : context.State().tools) {
         const QString tool = QString::fromStdString(name);
@@ -59,12 +59,12 @@ void ChangeStrength(const ActionContext& context, double by) {
     Set(context, "strength", std::clamp(strength->value.get<double>() + by, 0.0, 100.0));
 }
 
-/// Of a switch, and of a length that is false while it is switched off.
+/// For a switch, and for a length that is false while it is off.
 bool IsOn(const nlohmann::json& value) {
     return value.is_boolean() ? value.get<bool>() : !value.is_null();
 }
 
-/// An action that switches a boolean setting of the active tool. It is disabled for tools without
+/// An action that toggles a boolean setting of the active tool. It is disabled for tools without
 /// that setting.
 void AddSwitch(const ActionContext& context, const char* setting, const ActionInfo& given) {
     ActionInfo info = given;
@@ -120,7 +120,7 @@ void AddToolActions(const ActionContext& context) {
          .run = [context] { ChangeStrength(context, 5); }});
     add({.id = "brush.weaker",
          .text = Text::tr("Weaker Brush"),
-         .description = Text::tr("Takes 5 percent from the strength."),
+         .description = Text::tr("Subtracts 5 percent from the strength."),
          .keys = {QKeySequence("Shift+["), QKeySequence("{")},
          .icon = "strength",
          .run = [context] { ChangeStrength(context, -5); }});
@@ -128,21 +128,21 @@ void AddToolActions(const ActionContext& context) {
               "pressureControlsStrength",
               {.id = "brush.pressure.strength",
                .text = Text::tr("Pressure Controls Strength"),
-               .description = Text::tr("A harder press of the pen makes stronger dabs."),
+               .description = Text::tr("Pressing harder makes dabs stronger."),
                .keys = {QKeySequence("P")},
                .icon = "pressure"});
     AddSwitch(context,
               "pressureControlsSize",
               {.id = "brush.pressure.size",
                .text = Text::tr("Pressure Controls Size"),
-               .description = Text::tr("A harder press of the pen makes larger dabs."),
+               .description = Text::tr("Pressing harder makes dabs larger."),
                .keys = {QKeySequence("Shift+P")},
                .icon = "radius"});
     AddSwitch(context,
               "stamp.enabled",
               {.id = "brush.stamp",
                .text = Text::tr("Use Stamp"),
-               .description = Text::tr("Shapes the dabs of the active tool by its stamp."),
+               .description = Text::tr("Shapes the active tool's dabs with its stamp."),
                .keys = {QKeySequence("J")},
                .icon = "stamp"});
     AddSwitch(

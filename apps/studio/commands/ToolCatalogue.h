@@ -8,7 +8,7 @@
 
 namespace trovik::studio {
 
-/// How a tool is shown.
+/// The presentation of a tool.
 struct ToolAppearance {
     /// Name in steps.
     QString name;
@@ -21,7 +21,7 @@ struct ToolAppearance {
 
 /// The tools of resources/tools.json, in the order of the file.
 const std::vector<ToolAppearance>& KnownTools();
-/// Of any tool.
+/// The presentation of any tool.
 ToolAppearance AppearanceOf(const QString& toolName);
 
 }  // namespace trovik::studio

@@ -29,19 +29,18 @@ void AddDirections(const ActionContext& context) {
         {"view.bottom", Text::tr("Bottom View"), "Ctrl+Num+7", {0, 1, 0}, {0, 0, 1}},
     };
     for (const Direction& direction : directions) {
-        context.actions.Add(
-            {.id = direction.id,
-             .text = direction.text,
-             .description = Text::tr("Looks along an axis of the world at the same point."),
-             .keys = {QKeySequence(QLatin1String(direction.key))},
-             .icon = "view",
-             .run = [context, direction] {
-                 context.view.LookAlong(direction.along, direction.up);
-             }});
+        context.actions.Add({.id = direction.id,
+                             .text = direction.text,
+                             .description = Text::tr("Looks at the same point along a world axis."),
+                             .keys = {QKeySequence(QLatin1String(direction.key))},
+                             .icon = "view",
+                             .run = [context, direction] {
+                                 context.view.LookAlong(direction.along, direction.up);
+                             }});
     }
 }
 
-/// An action that switches a member of the render settings.
+/// An action that toggles a boolean member of the render settings.
 void AddToggle(const ActionContext& context, bool RenderSettings::*member, ActionInfo info) {
     info.isCheckable = true;
     info.run = [context, member] {
@@ -149,7 +148,7 @@ void AddViewActions(const ActionContext& context) {
               &RenderSettings::isFlat,
               {.id = "view.flat",
                .text = Text::tr("Flat Shading"),
-               .description = Text::tr("Shades each face evenly instead of smoothly."),
+               .description = Text::tr("Shades each face with a single normal."),
                .keys = {QKeySequence("Shift+T")},
                .icon = "flat"});
     AddToggle(context,
@@ -169,7 +168,7 @@ void AddViewActions(const ActionContext& context) {
               &RenderSettings::hasGrid,
               {.id = "view.grid",
                .text = Text::tr("Grid"),
-               .description = Text::tr("Draws the ground grid of the world."),
+               .description = Text::tr("Draws the world's ground grid."),
                .keys = {QKeySequence("Shift+G")},
                .icon = "grid"});
     AddToggle(context,

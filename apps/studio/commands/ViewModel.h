@@ -25,7 +25,7 @@ public:
     void SetSettings(const RenderSettings& changed);
     bool IsOrthographic() const { return isOrthographic; }
     void SetOrthographic(bool on);
-    /// Degrees from top to bottom.
+    /// Vertical angle in degrees.
     float FieldOfView() const { return fieldOfView; }
     void SetFieldOfView(float degrees);
 

@@ -10,7 +10,7 @@
 
 namespace trovik::studio {
 
-/// Whether a step writes files and changes nothing in the document.
+/// Whether a step only writes files and does not change the document.
 bool OnlyWritesFiles(const nlohmann::json& step);
 
 /// The steps and strokes since a document was opened, as a stroke script whose result is
@@ -34,7 +34,7 @@ private:
     std::vector<nlohmann::json> steps;
 };
 
-/// The step of stroke scripts that makes the view the document's camera.
+/// The script step that sets the document's camera to the view.
 nlohmann::json CameraStep(const StrokeView& view);
 
 }  // namespace trovik::studio

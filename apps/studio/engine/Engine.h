@@ -17,17 +17,17 @@ class EngineWorker;
 /// The UI thread's access to the document, which has a thread of its own. All functions return at
 /// once; requests are carried out in order, and results arrive as signals on the UI thread.
 ///
-/// Steps are those of stroke scripts, for example {"subdivide": 1} or {"layer": {"add": "Skin"}};
-/// apart from live strokes, they are the only way in which the studio changes a document. Each step
-/// and stroke is recorded in the journal and in the list of actions (SaveActions).
+/// Steps are stroke-script steps, for example {"subdivide": 1} or {"layer": {"add": "Skin"}}. Apart
+/// from live strokes, they are the only way in which the studio changes a document. Each step and
+/// stroke is recorded in the journal and in the list of actions (SaveActions).
 ///
 /// Call on the UI thread only.
 class Engine : public QObject {
     Q_OBJECT
 public:
-    /// \param journalFolder  receives the journals of documents; empty: no journals are kept.
+    /// \param journalFolder  for the journals of documents; empty: no journals are written.
     explicit Engine(const std::string& journalFolder, QObject* parent = nullptr);
-    /// Abandons an open stroke, cancels a running job, closes the journal and joins the thread.
+    /// Cancels an open stroke, cancels a running job, closes the journal and joins the thread.
     ~Engine() override;
 
     // --- Documents ---
@@ -37,9 +37,9 @@ public:
     void Open(const OpenRequest& request);
     /// Whether a document is open.
     bool HasDocument() const { return opened != nullptr; }
-    /// The document that was opened last. Requires HasDocument.
+    /// The most recently opened document. Requires HasDocument.
     const OpenedDocument& Document() const { return *opened; }
-    /// Sets the preferences, as in stroke scripts, for documents that are opened from now on.
+    /// Sets the preferences, as in stroke scripts, for documents opened from now on.
     void SetPreferences(nlohmann::json values) { preferences = std::move(values); }
     /// Stores an entry of the application with the next save, without an undo step.
     void SetApplicationData(const std::string& name, std::vector<uint8_t> bytes);
@@ -63,8 +63,8 @@ public:
 
     void BeginStroke(const StrokeStart& start);
     void AddSamples(std::vector<PenPoint> points);
-    /// Reports that the pen rests at its last position. Call it about 60 times a second while the
-    /// pen is pressed.
+    /// Reports that the pen is still at its last position. Call this about 60 times a second while
+    /// the pen is pressed.
     void Tick(double milliseconds);
     void EndStroke();
     /// Reverts the surface bit-exactly to its state before the stroke.
@@ -86,7 +86,7 @@ public:
     /// Requests the surface point under a pixel of the view; HoverPicked follows when the engine is
     /// idle. A newer request replaces a pending one.
     void Pick(float x, float y);
-    /// Sends the whole surface again, for example after the loss of the graphics context.
+    /// Sends the whole surface again, for example after the graphics context was lost.
     void RequestSurface();
     /// Returns the updates that have arrived, in order, and removes them.
     std::vector<std::shared_ptr<const SurfaceUpdate>> TakeUpdates();
@@ -102,11 +102,11 @@ public:
 Q_SIGNALS:
     void Opened();
     void Saved(const QString& scenePath);
-    /// TakeUpdates has something to return. Sent once until TakeUpdates is called.
+    /// Updates are available from TakeUpdates. Sent once until TakeUpdates is called.
     void SurfaceArrived();
-    /// State returns something new.
+    /// State returns a new value.
     void StateChanged();
-    /// Settings returns something new.
+    /// Settings returns a new value.
     void SettingsChanged();
     void HoverPicked(const trovik::studio::HoverHit& hit);
     void StrokeAdvanced(const trovik::studio::StrokeFigures& figures);
@@ -115,11 +115,11 @@ Q_SIGNALS:
     void BusyChanged(bool busy);
     /// IsIdle has become true.
     void BecameIdle();
-    /// Run was called; before the step is carried out.
+    /// Run was called; sent before the step is carried out.
     void StepRequested(const nlohmann::json& step);
     /// A request failed; the document is unchanged unless the message says otherwise.
     void Failed(const QString& message);
-    /// A note, a warning, or a problem that loses no work.
+    /// A note, a warning, or a problem that does not cause loss of work.
     void Noted(const QString& message);
 
 private:

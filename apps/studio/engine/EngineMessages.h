@@ -17,24 +17,24 @@
 #include <vector>
 
 /// \file
-/// The values that the UI thread and the engine thread exchange. They are immutable once sent.
+/// The values exchanged between the UI thread and the engine thread. They are immutable once sent.
 namespace trovik::studio {
 
 /// Packed patches of the displayed level, for the viewport's vertex buffers. Updates have to be
 /// applied in the order in which they were sent.
 struct SurfaceUpdate {
     /// The division of the level into patches; the same object until the level or its topology
-    /// changes. The first update with another layout replaces the whole surface. Its patches arrive
-    /// in several updates; patches that have not yet arrived are not drawn.
+    /// changes. The first update with a different layout replaces the whole surface. The new
+    /// patches arrive in several updates; patches that have not yet arrived are not drawn.
     std::shared_ptr<const PatchLayout> layout;
-    /// The patches of this update, each once, and the mesh-local box of each.
+    /// The patches of this update, each listed once, and their mesh-local bounding boxes.
     std::vector<uint32_t> patches;
     std::vector<AxisAlignedBoundingBox> boxes;
     /// The vertices of the patches, in the order of `patches`.
     std::vector<DisplayVertex> vertices;
     /// Mesh-local to world, row-vector convention.
     Matrix toWorld;
-    /// Mesh-local box of the visible faces of the level.
+    /// Mesh-local bounding box of the level's visible faces.
     AxisAlignedBoundingBox bounds;
     /// Steady-clock time, in seconds, of the newest pen sample that the update shows; 0 if it shows
     /// none.
@@ -46,10 +46,10 @@ struct HoverHit {
     bool isHit = false;
     /// The pixel that was picked.
     float x = 0.0f, y = 0.0f;
-    /// World; the normal has length 1.
+    /// In world space; the normal has length 1.
     Vector position;
     Vector normal;
-    /// Radius of a dab there, world units.
+    /// Radius of a dab at this point, in world units.
     float radius = 0.0f;
     /// Where mirrored dabs would be applied, and their normals.
     struct Mirrored {
@@ -59,21 +59,22 @@ struct HoverHit {
     std::vector<Mirrored> mirrored;
 };
 
-/// How a stroke begins.
+/// Options for beginning a stroke.
 struct StrokeStart {
-    /// The view that the samples' pixels refer to. It does not change during the stroke.
+    /// The view to which the samples' pixel coordinates refer. It does not change during the
+    /// stroke.
     StrokeView view;
     BrushOperation::Modifier modifier = BrushOperation::ModifierNone;
     /// A tool for this stroke only, by name; empty: the active tool.
     std::string tool;
-    /// Straight from press to release.
+    /// A straight line from press to release.
     bool isLine = false;
     /// Stabiliser length (lazy brush) in pixels; negative: the tool's own setting.
     float steadyPixels = -1.0f;
 };
 
-/// A pen or mouse sample: pixels of the stroke's view, pressure 0 to 1, tilt as PathSample::tilt,
-/// milliseconds since the press.
+/// A pen or mouse sample: position in pixels of the stroke's view, pressure from 0 to 1, tilt as in
+/// PathSample::tilt, milliseconds since the press.
 struct PenPoint {
     float x = 0.0f, y = 0.0f;
     float pressure = 1.0f;
@@ -97,19 +98,19 @@ struct OpenRequest {
     std::string title;
 };
 
-/// A document that was opened.
+/// An opened document.
 struct OpenedDocument {
     std::string title;
-    /// The file that it came from.
+    /// The file from which it was opened.
     std::string sourcePath;
-    /// The scene file that saving writes; empty if the document has none yet.
+    /// The scene file to save to; empty if the document has none yet.
     std::string scenePath;
-    /// The journal of the document; empty if none is kept.
+    /// The document's journal; empty if none is written.
     std::string journalPath;
-    /// World box.
+    /// World-space bounding box.
     AxisAlignedBoundingBox bounds;
     StrokeView view;
-    /// Entries of the scene for applications; see ApplicationData.
+    /// Application data stored in the scene; see ApplicationData.
     ApplicationData applicationData;
     /// Notes about the file, one line each.
     std::vector<std::string> notes;
@@ -119,10 +120,10 @@ struct OpenedDocument {
 /// Settings of the active tool, as ReadToolSettings returns them.
 using ToolSettingList = std::vector<ToolSetting>;
 
-/// Figures of the last stroke.
+/// Statistics of the last stroke.
 struct StrokeFigures {
     unsigned dabs = 0;
-    /// Of the last Add that applied dabs: milliseconds in the engine, per dab.
+    /// For the last Add that applied dabs: milliseconds in the engine, per dab.
     double millisecondsPerDab = 0.0;
 };
 

@@ -27,7 +27,7 @@ struct SaveActionsRequest {
 struct SurfaceRequest {};
 struct StrokeSamples {
     std::vector<PenPoint> points;
-    /// On the steady clock, in seconds.
+    /// Steady-clock time, in seconds.
     double postedTime = 0.0;
 };
 struct StrokeTick {

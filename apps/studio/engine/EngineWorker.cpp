@@ -133,7 +133,7 @@ std::optional<EngineRequest> EngineWorker::NextRequest() {
 }
 
 void EngineWorker::Loop() {
-    // Messages of the brush for the user.
+    // Messages from the brush to the user.
     const HUDListening listening([this](const std::string& text) {
         const QString message = PlainText(QString::fromStdString(text)).c_str();
         ToUi([message](Engine& to) { Q_EMIT to.Noted(message); });
@@ -363,7 +363,7 @@ void EngineWorker::SendSurface() {
     std::shared_ptr<SurfaceUpdate> update;
     const QString error = Guarded([&] { update = session->Feed().Pack(maxUpdateBytes); });
     if (!error.isEmpty()) {
-        // Tried again after the next request; repeating it at once would report errors without end.
+        // Retried after the next request; retrying immediately would report errors endlessly.
         session->Feed().SendAll();
         hasSurfaceWork = false;
         return;

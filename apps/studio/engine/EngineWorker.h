@@ -20,7 +20,7 @@ class EngineWorker {
 public:
     /// \param journalFolder  see Engine.
     EngineWorker(Engine& resultReceiver, std::string journalFolder);
-    /// Cancels the running request, drops the pending ones, and joins the thread.
+    /// Cancels the running request, discards pending ones, and joins the thread.
     ~EngineWorker();
     EngineWorker(const EngineWorker&) = delete;
     EngineWorker& operator=(const EngineWorker&) = delete;
@@ -48,8 +48,8 @@ private:
     // --- Engine thread ---
 
     void Loop();
-    /// Reports that all requests so far are carried out, once for each newest request. Called with
-    /// the mutex locked.
+    /// Reports that all requests so far have been carried out, at most once per request. Called
+    /// with the mutex locked.
     void ReportIdle();
     /// Blocks until there is work. \return false when the thread is to end.
     bool WaitForWork();

@@ -14,16 +14,16 @@
 
 namespace trovik::studio {
 
-/// An open document with its journal, its list of actions and its live stroke. Used on the engine
-/// thread only.
+/// An open document with its journal, its action log and its live stroke. Used on the engine thread
+/// only.
 class LiveSession {
 public:
-    /// Opens a document. \param journalPath  of the journal to keep; empty: none.
-    /// \throw HostError; Cancelled.
+    /// Opens a document. \param journalPath  path of the journal to write; empty: none. \throw
+    /// HostError; Cancelled.
     LiveSession(const OpenRequest& request,
                 const std::string& journalPath,
                 const ScriptProgress& progress);
-    /// Ends an open stroke. Unless Close was called, the journal is left as after a crash.
+    /// Ends an open stroke. Unless Close was called, the journal remains as after a crash.
     ~LiveSession();
     LiveSession(const LiveSession&) = delete;
     LiveSession& operator=(const LiveSession&) = delete;

@@ -31,9 +31,9 @@ public:
         return !isLayoutCurrent || isTransformPending || nextPatch < PatchCount() ||
                !dirty->IsEmpty();
     }
-    /// Packs changed patches, up to about `maxBytes` of vertices, at least one patch. Null if
-    /// nothing has changed. Cost: O(patches packed); after a change of the level O(level) for its
-    /// layout, spread over several updates for its vertices.
+    /// Packs changed patches, up to about `maxBytes` of vertices, but at least one patch. Returns
+    /// null if nothing has changed. Cost: O(patches packed); after a level change, O(level) for the
+    /// layout, and the vertices are spread over several updates.
     std::shared_ptr<SurfaceUpdate> Pack(std::size_t maxBytes);
 
 private:
@@ -47,7 +47,7 @@ private:
     std::unique_ptr<DirtyPatches> dirty;
     bool isLayoutCurrent = false;
     bool isTransformPending = false;
-    /// While a layout is sent for the first time: patches from this one on have not been sent yet.
+    /// While a layout is sent for the first time: the first patch that has not been sent yet.
     uint32_t nextPatch = 0;
 };
 

@@ -15,8 +15,8 @@
 #include <vector>
 
 /// \file
-/// Recorded events of the studio; docs/studio-events.md describes their files. Positions are
-/// logical pixels of the viewport, (0, 0) at its upper left corner.
+/// Recorded events of the studio; docs/studio-events.md describes the file format. Positions are in
+/// logical pixels of the viewport, with (0, 0) at the top left corner.
 namespace trovik::studio {
 
 struct PenInput {
@@ -57,7 +57,7 @@ struct KeyInput {
     QString text;
     bool operator==(const KeyInput&) const = default;
 };
-/// Reports that the pen has rested until the event's timestamp.
+/// Reports that the pen has been held still until the event's timestamp.
 struct TickInput {
     bool operator==(const TickInput&) const = default;
 };
@@ -70,7 +70,7 @@ struct StepInput {
     bool operator==(const StepInput&) const = default;
 };
 struct OpenInput {
-    /// Paths are relative to the folder of the event file.
+    /// Paths are relative to the event file's folder.
     std::string mesh, scene;
     int levels = 0;
     bool operator==(const OpenInput&) const = default;
@@ -92,7 +92,7 @@ struct WaitInput {
 struct ScreenshotInput {
     /// Relative to the player's output folder.
     QString file;
-    /// The whole window instead of the viewport.
+    /// Whether to capture the whole window instead of the viewport.
     bool isWindow = false;
     bool operator==(const ScreenshotInput&) const = default;
 };
@@ -117,7 +117,7 @@ struct TimedInput {
     bool operator==(const TimedInput&) const = default;
 };
 
-/// A list of events in the order in which they are played.
+/// A list of events in playback order.
 struct EventFile {
     /// File name for messages; empty if the events were not read from a file.
     std::string path;
@@ -129,13 +129,14 @@ struct EventFile {
     std::vector<TimedInput> events;
 };
 
-/// Reads and checks a file of at most 64 MiB.
-/// \throw HostError with one line: file, JSON pointer or line, value.
+/// Reads and validates a file of at most 64 MiB. \throw HostError with one line: file, JSON pointer
+/// or line, value.
 EventFile ReadEventFile(const std::string& path);
-/// The same for a text. \param name  for messages; relative paths are relative to its folder.
+/// Like ReadEventFile, but from text. \param name  for messages; relative paths are relative to its
+/// folder.
 EventFile ParseEventFile(const std::string& text, const std::string& name);
 
-/// Writes a complete file, with one event per line. \throw HostError naming the path.
+/// Writes a complete file, with one event per line. \throw HostError that names the path.
 void WriteEventFile(const EventFile& file, const std::string& path);
 
 /// Portable name of a key without modifiers, such as "Shift", "F" or "Esc".

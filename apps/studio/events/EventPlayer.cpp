@@ -21,10 +21,10 @@ namespace {
 
 /// Interval at which a waiting event checks whether it can continue, if no signal triggers it.
 constexpr int pollMilliseconds = 4;
-/// An event that waits longer has been forgotten by the engine.
+/// If an event waits longer, the engine is considered unresponsive.
 constexpr qint64 maxWaitMilliseconds = qint64{20} * 60 * 1000;
 
-/// As a press next to a menu does.
+/// As does a press next to a menu.
 void ClosePopups() {
     while (QWidget* popup = QApplication::activePopupWidget())
         if (!popup->close()) return;
@@ -63,8 +63,8 @@ void EventPlayer::Play(EventFile events) {
     to.viewport.setFocus(Qt::OtherFocusReason);
     const double ratio = to.viewport.devicePixelRatioF();
     if (ratio != file.pixelRatio)
-        Q_EMIT Noted(tr("%1 was recorded with %2 device pixels per pixel; here it is %3, so that "
-                        "strokes differ.")
+        Q_EMIT Noted(tr("%1 was recorded with %2 device pixels per logical pixel; this display has "
+                        "%3, so strokes differ.")
                          .arg(QString::fromStdString(file.path))
                          .arg(file.pixelRatio)
                          .arg(ratio));
@@ -105,7 +105,7 @@ bool EventPlayer::eventFilter(QObject* watched, QEvent* event) {
         case QEvent::TabletRelease:
             if (event->spontaneous()) return true;
             break;
-        // The user's pointer is not at the position of the played one.
+        // The user's pointer is not at the position of the played event.
         case QEvent::Enter:
         case QEvent::Leave:
         case QEvent::FocusOut:
@@ -148,7 +148,7 @@ bool EventPlayer::PlayNext() {
     }
     ++next;
     const QString error = Send(event);
-    // A nested event loop, as of a dialog, may have ended the playback.
+    // A nested event loop, for example that of a dialog, may have ended the playback.
     if (!isPlaying) return false;
     if (!error.isEmpty()) failure = error;
     Q_EMIT Progressed(static_cast<int>(next), static_cast<int>(file.events.size()));
@@ -165,7 +165,7 @@ bool EventPlayer::IsMotion(const TimedInput& event) const {
 }
 
 bool EventPlayer::IsReady(const TimedInput& event) const {
-    // The pick determines which operation the press begins.
+    // The result of the pick determines which operation the press begins.
     if (to.input.IsWaitingForPick()) return false;
     if (pace == Pace::Timed && IsMotion(event)) {
         const qint64 due = qint64{event.time} - qint64{anchorTime};

@@ -26,21 +26,21 @@ struct EventTarget {
     ViewportInput& input;
 };
 
-/// Plays recorded events in the event loop. During playback, user input has no effect except
-/// Escape, which stops it. How long a pen rests is determined by the ticks of the file, not by the
-/// clock.
+/// Plays recorded events in the event loop. During playback, user input has no effect, except that
+/// Escape stops the playback. The ticks in the file, not the clock, determine how long a pen is
+/// held still.
 ///
 /// Call on the UI thread only.
 class EventPlayer : public QObject {
     Q_OBJECT
 public:
     enum class Pace {
-        /// Each event waits until the engine has carried out everything before it, so that a file
-        /// gives bit-identical results on every machine. Otherwise, events are played as fast as
-        /// possible.
+        /// Before each event, waits until the engine has finished all earlier work, so that a file
+        /// gives bit-identical results on every machine. Apart from this, events are played as fast
+        /// as possible.
         Settled,
-        /// Motions between a press and its release are played at the times of the file, whatever
-        /// the state of the engine; other events wait.
+        /// Motions between a press and its release are played at the times in the file, regardless
+        /// of the engine's state; other events wait.
         Timed
     };
 
@@ -54,7 +54,7 @@ public:
     /// Folder for screenshots with relative paths; initially the working folder.
     void SetOutputFolder(const QString& folder) { outputFolder = folder; }
 
-    /// Resizes the viewport and starts the playback, after ending a current one.
+    /// Resizes the viewport and starts the playback. Ends a running playback first.
     void Play(EventFile events);
     /// Releases all pressed buttons and keys, and ends the playback without an error.
     void Stop();
@@ -62,9 +62,9 @@ public:
 
 Q_SIGNALS:
     void Progressed(int done, int total);
-    /// \param error  one line that names file and event; empty if all events were played.
+    /// \param error  one line that names the file and the event; empty if all events were played.
     void Finished(const QString& error);
-    /// A note, in one line.
+    /// A one-line note.
     void Noted(const QString& message);
 
 protected:
@@ -77,7 +77,7 @@ private:
     bool IsReady(const TimedInput& next) const;
     bool IsMotion(const TimedInput& event) const;
     void Finish(const QString& error);
-    /// \return the reason of a failure in one line; empty on success.
+    /// \return the reason for a failure, in one line; empty on success.
     QString Send(const TimedInput& event);
     void Resize(const QSize& viewport);
     QString Trigger(const QString& id);
@@ -95,10 +95,10 @@ private:
     std::size_t next = 0;
     bool isPlaying = false;
     bool isResizing = false;
-    /// Calls Advance when nothing else does.
+    /// Calls Advance if no signal does.
     QTimer timer;
     QElapsedTimer sinceWait;
-    /// Since the last event other than a motion, and the time of that event.
+    /// Time since the last event other than a motion, and the time of that event.
     QElapsedTimer sinceAnchor;
     uint32_t anchorTime = 0;
     /// Timestamp of the last pointer event, on the router's clock and in the file.

@@ -98,7 +98,7 @@ Input ReadKey(const FieldReader& event) {
                                : KeyInput::Kind::Release;
     if (key.kind != KeyInput::Kind::Tap && key.key.keyboardModifiers() != Qt::NoModifier)
         event.At("key").Fail("expected a key without modifiers, got \"" + event.At("key").Text() +
-                             "\"; modifiers are keys of their own, or the kind is \"tap\"");
+                             "\"; record modifiers as separate keys, or use the kind \"tap\"");
     return key;
 }
 
@@ -122,7 +122,7 @@ Input ReadOpen(const FieldReader& event) {
     if (event.Has("mesh") == event.Has("scene"))
         event.Fail("expected either \"mesh\" or \"scene\"");
     if (event.Has("scene") && event.Has("levels"))
-        event.At("levels").Fail("only a mesh is opened with further levels");
+        event.At("levels").Fail("levels can only be added to a mesh, not to a scene");
     return OpenInput{event.TextOr("mesh", {}),
                      event.TextOr("scene", {}),
                      event.Has("levels") ? event.At("levels").Integer() : 0};
@@ -137,7 +137,9 @@ Input ReadCamera(const FieldReader& event) {
     camera.isOrthographic = event.FlagOr("orthographic", false);
     const Vector forward = camera.target - camera.eye;
     if (!((forward & camera.up).Length() > 0.0f))
-        event.Fail("the camera needs an eye away from its target and an up direction across");
+        event.Fail(
+            "the camera's eye must differ from its target, and its up direction must not be "
+            "parallel to the view direction");
     return camera;
 }
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "events/EventRecorder.h"
 
-#include "engine/ActionLog.h"
 #include "commands/ActionRegistry.h"
+#include "engine/ActionLog.h"
 #include "engine/Engine.h"
 #include "input/ViewportInput.h"
 #include "viewport/ViewportWidget.h"
@@ -102,7 +102,7 @@ void EventRecorder::Put(uint32_t time, Input input) {
         size = from.viewport.size();
         file.events.push_back({time, ResizeInput{size}});
     }
-    // During a drag the camera follows the pointer, as it will when the drag is played.
+    // During a drag, the camera follows the pointer, and will do so again during playback.
     if (buttons == Qt::NoButton) RecordCamera(time);
     file.events.push_back({time, std::move(input)});
 }
@@ -157,7 +157,7 @@ void EventRecorder::RecordViewport(QEvent& event) {
             RecordKey(static_cast<const QKeyEvent&>(event));
             break;
         case QEvent::FocusOut:
-            // It ends a stroke, and the real release will not.
+            // This ends the stroke; the real release event then has no effect.
             RecordReleases();
             break;
         default:

@@ -14,10 +14,10 @@ class QWheelEvent;
 
 namespace trovik::studio {
 
-/// Records events for EventPlayer: pen, mouse, wheel and keys over the viewport with the ticks of a
-/// resting pen, the steps that panels, menus and palette run, and actions without steps. Steps that
-/// only write files and actions that open a window are omitted. The camera is recorded whenever it
-/// has changed, so that strokes do not depend on the speed of its motion.
+/// Records events for EventPlayer: pen, mouse, wheel and key events sent to the viewport, the ticks
+/// of a resting pen, steps run by panels, menus and the palette, and actions without steps. Steps
+/// that only write files and actions that open a window are omitted. The camera is recorded
+/// whenever it has changed, so that strokes do not depend on how fast it moved.
 ///
 /// Call on the UI thread only.
 class EventRecorder : public QObject {
@@ -26,7 +26,7 @@ public:
     explicit EventRecorder(const EventTarget& target, QObject* parent = nullptr);
     ~EventRecorder() override;
 
-    /// Begins a new list, to be played on the current state of the document.
+    /// Begins a new recording, to be played on the current state of the document.
     void Start();
     /// \return the recorded events.
     EventFile Stop();
@@ -56,7 +56,7 @@ private:
     void RecordModifiers(Qt::KeyboardModifiers modifiers, uint32_t time);
     /// Records the camera, if it has changed since it was last recorded.
     void RecordCamera(uint32_t time);
-    /// Records the release of all buttons.
+    /// Records the release of all pressed buttons.
     void RecordReleases();
     void FollowButton(PenInput::Kind kind, bool isPen, Qt::MouseButton button);
 

@@ -17,7 +17,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// IDs that no device of a window system has.
+/// IDs that are not used for real devices.
 constexpr qint64 penId = 0x7472'0001;
 constexpr qint64 eraserId = 0x7472'0002;
 constexpr int buttonCount = 3;
@@ -41,7 +41,7 @@ QInputDevice::Capabilities PenCapabilities() {
            QInputDevice::Capability::Rotation;
 }
 
-/// In Qt, the timestamp 0 means that an event has none.
+/// In Qt, a timestamp of 0 means that the event does not have one.
 quint64 TimestampOf(uint32_t time) { return quint64{time} + 1; }
 
 /// \return the button of the event, and `buttons` after it.
@@ -97,7 +97,8 @@ void InputSender::Send(const PenInput& input, uint32_t time) {
 }
 
 void InputSender::Send(const MouseInput& input, uint32_t time) {
-    // The window system reports the buttons of a pen's mouse events as those of the pen.
+    // The window system reports the pen's buttons in mouse events that it synthesises from pen
+    // events.
     Qt::MouseButtons fromPen = penButtons;
     Qt::MouseButtons& buttons = input.isFromPen ? fromPen : mouseButtons;
     const Qt::MouseButton button = Follow(input.kind, input.button, buttons);

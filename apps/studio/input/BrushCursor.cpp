@@ -11,7 +11,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// Samples of the falloff's preview.
+/// Number of samples in the falloff preview.
 constexpr int falloffSamples = 64;
 
 std::vector<float> FalloffOf(const Engine& engine) {

@@ -14,8 +14,8 @@ namespace trovik::studio {
 class Engine;
 class ViewportWidget;
 
-/// The ring on the surface that shows the position and true radius of the next dab, and the rings
-/// of mirrored dabs. The engine picks the surface when it is idle; during long jobs the ring does
+/// The ring on the surface that shows the position and actual radius of the next dab, and the rings
+/// for mirrored dabs. The engine picks the surface when it is idle; during long jobs the ring does
 /// not move.
 class BrushCursor : public QObject {
     Q_OBJECT
@@ -27,8 +27,8 @@ public:
     void Hide();
     /// The effect of the next stroke, which determines the appearance of the rings.
     void SetColor(const QColor& color);
-    /// Shows a radius other than the brush radius, in device pixels, while it is being changed; 0
-    /// ends this.
+    /// Shows this radius, in device pixels, instead of the brush radius while the radius is being
+    /// changed; 0 ends this.
     void SetPreviewRadius(double pixels);
     /// The last pointer position; empty after Hide.
     const std::optional<QPointF>& Position() const { return position; }

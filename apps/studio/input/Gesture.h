@@ -23,7 +23,7 @@ public:
     virtual void Finish() = 0;
     /// The gesture is cancelled and has no effect.
     virtual void Cancel() = 0;
-    /// A digit, '.', '-' or backspace, for gestures that take a number. \return whether it was
+    /// A digit, '.', '-' or backspace, for gestures that accept a number. \return whether it was
     /// accepted.
     virtual bool Type(int /*key*/, const QString& /*text*/) { return false; }
     /// Called 60 times a second. \return the timestamp of a tick that affects the gesture, to be
@@ -33,9 +33,9 @@ public:
     virtual void TickAt(double /*milliseconds*/) {}
     /// Shown over the viewport.
     virtual QStringList Hud() const { return {}; }
-    /// Whether it continues while no button is pressed, until a press or a key ends it.
+    /// Whether the gesture continues while no button is pressed, until a press or a key ends it.
     virtual bool GoesOnWithoutButton() const { return false; }
-    /// Whether the brush ring follows the pointer during it.
+    /// Whether the brush ring follows the pointer during the gesture.
     virtual bool MovesRing() const { return false; }
 
 protected:

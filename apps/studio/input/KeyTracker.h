@@ -10,7 +10,7 @@
 
 namespace trovik::studio {
 
-/// The modifiers of input, and the key of each.
+/// The input modifiers, each with its key.
 inline constexpr std::array<std::pair<Qt::KeyboardModifier, Qt::Key>, 4> modifierKeys{{
     {Qt::ShiftModifier, Qt::Key_Shift},
     {Qt::ControlModifier, Qt::Key_Control},

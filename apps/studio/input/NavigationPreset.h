@@ -18,7 +18,7 @@ struct NavigationPreset {
         Qt::MouseButton button;
         Qt::KeyboardModifiers modifiers;
         CameraMotion motion;
-        /// Whether this applies only to presses off the surface.
+        /// Whether the binding applies only to presses off the surface.
         bool isBesideSurface = false;
     };
 

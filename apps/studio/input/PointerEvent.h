@@ -18,11 +18,11 @@ struct PointerEvent {
     Qt::MouseButton button = Qt::NoButton;
     /// All buttons that are pressed after the event.
     Qt::MouseButtons buttons;
-    /// Device pixels of the viewport, with fractions.
+    /// Position in the viewport, in device pixels with fractions.
     QPointF position;
-    /// 0 to 1; 1 for a mouse.
+    /// Pressure from 0 to 1; 1 for a mouse.
     float pressure = 1.0f;
-    /// As PathSample::tilt.
+    /// As in PathSample::tilt.
     float tiltX = 0.0f, tiltY = 0.0f;
     /// Rotation about the pen's axis in degrees, if the device reports it.
     double rotation = 0.0;

@@ -48,7 +48,7 @@ private:
     /// \return whether the event was accepted.
     bool Route(const QMouseEvent& event);
     void Send(PointerEvent& event);
-    /// Releases all buttons, because a motion without any button shows that a release was lost.
+    /// Releases all buttons. Called when a motion without buttons shows that a release was lost.
     void SendLostRelease(const PointerEvent& move);
     double Unwrapped(quint64 timestamp);
 

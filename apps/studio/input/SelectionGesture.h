@@ -16,7 +16,7 @@ class ViewportWidget;
 class SelectionGesture final : public Gesture {
 public:
     enum class Shape { Box, Lasso };
-    /// Receives the corners in device pixels; for a box, the upper left and the lower right corner.
+    /// Receives the corners in device pixels; for a box, the top left and the bottom right corner.
     using Done = std::function<void(Shape shape, const std::vector<QPointF>& points)>;
 
     SelectionGesture(ViewportWidget& viewport, Shape shape, Done done, const PointerEvent& press);

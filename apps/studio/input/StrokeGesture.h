@@ -11,7 +11,7 @@ namespace trovik::studio {
 class Engine;
 class ViewportWidget;
 
-/// A live stroke. Every sample is sent to the engine; while the pen rests, ticks are sent.
+/// A live stroke. Every sample is sent to the engine; while the pen is at rest, ticks are sent.
 class StrokeGesture final : public Gesture {
 public:
     /// Begins the stroke with the press.

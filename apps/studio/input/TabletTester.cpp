@@ -58,11 +58,11 @@ TabletTester::TabletTester(const PointerRouter& viewportRouter, QWidget* parent)
     log->setReadOnly(true);
     log->setMaximumBlockCount(maxLogLines);
     log->setAccessibleName(tr("Events"));
-    log->setToolTip(tr("Every tablet event as it arrived"));
+    log->setToolTip(tr("All tablet events as received"));
     layout->addWidget(log, 1);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     QPushButton* copy = buttons->addButton(tr("Copy Report"), QDialogButtonBox::ActionRole);
-    copy->setToolTip(tr("Copies figures and events to the clipboard"));
+    copy->setToolTip(tr("Copies the measurements and events to the clipboard"));
     layout->addWidget(buttons);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(copy, &QPushButton::clicked, this, [this] {
@@ -118,8 +118,8 @@ void TabletTester::Note(const PointerEvent& event) {
 
 void TabletTester::Show() {
     QStringList lines;
-    lines.append(tr("Device: %1").arg(device.isEmpty() ? tr("no tablet event yet") : device));
-    lines.append(tr("Events: %1 of tablets, %2 of mice").arg(tabletEvents).arg(mouseEvents));
+    lines.append(tr("Device: %1").arg(device.isEmpty() ? tr("no tablet events yet") : device));
+    lines.append(tr("Events: %1 from tablets, %2 from mice").arg(tabletEvents).arg(mouseEvents));
     if (samples.size() >= 2) {
         const double duration = samples.back().milliseconds - samples.front().milliseconds;
         const auto steps = static_cast<double>(samples.size() - 1);

@@ -40,11 +40,11 @@ private:
     QLabel* figures;
     QPlainTextEdit* log;
     QString device;
-    /// Of the last stroke.
+    /// Statistics of the last stroke.
     std::vector<Sample> samples;
     quint64 tabletEvents = 0;
     quint64 mouseEvents = 0;
-    /// Distance between pen and cursor at the last press, logical pixels.
+    /// Distance between pen and cursor at the last press, in logical pixels.
     double offset = 0.0;
     double minPressure = 1.0;
     double maxPressure = 0.0;

@@ -19,7 +19,7 @@ namespace trovik::studio {
 namespace {
 
 constexpr int tickMilliseconds = 16;
-/// A notch of the wheel, 120 units, changes the distance by a tenth.
+/// One wheel notch, 120 units, changes the distance by a tenth.
 constexpr double unitsPerFactor = 120.0;
 constexpr double wheelFactor = 0.9;
 
@@ -57,7 +57,7 @@ ViewportInput::ViewportInput(Engine& ofEngine, ActionRegistry& registry, Viewpor
     connect(&keys, &KeyTracker::Released, this, &ViewportInput::KeyReleased);
     connect(&engine, &Engine::HoverPicked, this, [this](const HoverHit& hit) {
         if (pending.empty()) return;
-        // A pick of an earlier position does not decide about the press.
+        // A pick of an earlier position is not valid for the press.
         const PointerEvent& press = pending.front();
         if (hit.x == static_cast<float>(press.position.x()) &&
             hit.y == static_cast<float>(press.position.y()))
@@ -172,7 +172,7 @@ void ViewportInput::PressKnown(const PointerEvent& press, bool isOnSurface) {
     } else if (press.button == Qt::LeftButton) {
         BeginStroke(press);
     } else if (press.button == Qt::RightButton) {
-        // The menu has an event loop of its own; the choice in it is not part of the press.
+        // The menu has its own event loop; its result is not part of the press.
         const QPoint at =
             viewport.mapToGlobal((press.position / viewport.devicePixelRatioF()).toPoint());
         QMetaObject::invokeMethod(

@@ -36,15 +36,15 @@ public:
     ~ViewportInput() override;
 
     void SetNavigation(const NavigationPreset& preset) { navigation = &preset; }
-    /// What the eraser end of a pen does.
+    /// The effect of the pen's eraser end.
     void SetEraser(BrushOperation::Modifier modifier) { eraser = modifier; }
     /// The effect of dragging with a pen's barrel button; if empty, the menu opens.
     void SetBarrel(std::optional<CameraMotion> motion) { barrel = motion; }
     PointerRouter& Router() { return router; }
     BrushCursor& Cursor() { return *cursor; }
 
-    /// The next drag selects by a box or lasso instead of sculpting. Escape or another tool ends
-    /// this.
+    /// The next drag draws a box or lasso selection instead of sculpting. Escape or another tool
+    /// ends this.
     void SelectNext(SelectionGesture::Shape shape, SelectionGesture::Done done);
     /// Ends the active gesture; a stroke is released.
     void FinishGesture();
@@ -68,7 +68,7 @@ Q_SIGNALS:
     void MenuRequested(const QPoint& globalPosition);
     /// A stroke was refused because the engine is busy.
     void Refused(const QString& reason);
-    /// A drag of the camera, a stroke or another gesture began or ended.
+    /// A camera drag, a stroke or another gesture began or ended.
     void GestureChanged(bool isActive);
     /// A tick of the timer affected a gesture.
     /// \param milliseconds  on the clock of pointer events.

@@ -16,8 +16,8 @@ class ActionRegistry;
 class Section;
 
 /// \file
-/// Controls of panels. They never take the keyboard focus, so that letter keys always reach the
-/// actions of the window. Only line edits take it, and return it by ReturnFocus.
+/// Panel controls. They never take the keyboard focus, so that letter keys always trigger the
+/// window's actions. Only line edits take the focus, and they return it with ReturnFocus.
 
 /// Gives the keyboard focus to the central widget of the main window that contains a widget.
 void ReturnFocus(QWidget* from);
@@ -37,14 +37,14 @@ QToolButton* MakeIconButton(const QString& icon,
                             const QString& name,
                             const QString& tip,
                             QWidget* parent);
-/// A button for an action of the registry, with its icon only, or with icon and text that fill the
+/// A button for a registered action, with only its icon, or with icon and text across the full
 /// width.
 QToolButton* MakeActionButton(QAction* action, QWidget* parent, bool hasText = false);
-/// Adds buttons for actions of the registry, with icon and text, in two columns.
+/// Adds buttons for registered actions, with icon and text, in two columns.
 void AddActionButtons(Section* section,
                       const ActionRegistry& actions,
                       std::initializer_list<const char*> ids);
-/// A row of a switch: a check mark and a label.
+/// A row with a switch: a check mark and a label.
 class PanelCheck : public QToolButton {
     Q_OBJECT
 public:
@@ -72,7 +72,7 @@ private:
 
 /// A layout with the margins and spacing of panels.
 QVBoxLayout* MakePanelLayout(QWidget* panel);
-/// A dimmed text that may wrap.
+/// Dimmed text with word wrap.
 QLabel* MakeHint(const QString& text, QWidget* parent);
 
 }  // namespace trovik::studio

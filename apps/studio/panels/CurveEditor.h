@@ -11,7 +11,7 @@ namespace trovik::studio {
 
 /// Shows and edits the control points of a curve from 0 to 1, for falloffs and pressure. A drag
 /// moves a point, a double click adds one, a right click removes one. Between the points, the curve
-/// is that of PressureCurve, which the engine uses as well.
+/// is that of PressureCurve, which the engine also uses.
 class CurveEditor : public QWidget {
     Q_OBJECT
 public:

@@ -28,7 +28,7 @@ std::vector<Preset> PressurePresets() {
             {CurveControl::tr("Soft"), {{0, 0}, {0.3f, 0.55f}, {1, 1}}},
             {CurveControl::tr("Hard"), {{0, 0}, {0.6f, 0.3f}, {1, 1}}},
             {CurveControl::tr("S-shaped"), {{0, 0}, {0.25f, 0.08f}, {0.75f, 0.92f}, {1, 1}}},
-            {CurveControl::tr("Early full"), {{0, 0}, {0.6f, 1}, {1, 1}}},
+            {CurveControl::tr("Full early"), {{0, 0}, {0.6f, 1}, {1, 1}}},
             {CurveControl::tr("Constant"), {{0, 1}, {1, 1}}}};
 }
 
@@ -67,7 +67,7 @@ CurveControl::CurveControl(Engine& given, const ToolSetting& setting, QWidget* p
     auto* layout = new QVBoxLayout(this);
     presets = AddHeader(layout, appearance, this);
     for (const Preset& preset : PressurePresets()) presets->addItem(preset.title);
-    presets->setPlaceholderText(tr("Own curve"));
+    presets->setPlaceholderText(tr("Custom curve"));
     editor = new CurveEditor(appearance.label,
                              appearance.description + u' ' +
                                  tr("Drag points; double-click adds one, right-click removes."),
@@ -113,7 +113,7 @@ FalloffControl::FalloffControl(Engine& given, const ToolSetting& setting, QWidge
     names = AddHeader(layout, appearance, this);
     for (const std::string& known : FalloffNames())
         names->addItem(ChoiceText(QString::fromStdString(known)), QString::fromStdString(known));
-    names->setPlaceholderText(tr("Own curve"));
+    names->setPlaceholderText(tr("Custom curve"));
     editor = new CurveEditor(appearance.label,
                              appearance.description + u' ' +
                                  tr("Drag points; double-click adds one, right-click removes."),

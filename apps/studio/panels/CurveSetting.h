@@ -35,7 +35,7 @@ public:
     CurveEditor& Editor() { return *editor; }
 
 private:
-    /// The samples sent last, to recognise a curve whose points the editor already has.
+    /// The most recently sent samples, to recognise a curve whose points the editor already has.
     std::vector<float> sent;
     PanelCombo* names;
     CurveEditor* editor;

@@ -104,7 +104,7 @@ void HistoryPanel::Refresh() {
     for (std::size_t i = state.history.size(); i > 0; --i) {
         const HistoryEntry& entry = state.history[i - 1];
         if (entry.joinsPrevious) continue;
-        // Ends of the group: with all steps that joined this one.
+        // The end of the group, which includes all steps joined with this one.
         std::size_t end = i;
         uint64_t bytes = entry.bytes;
         for (; end < state.history.size() && state.history[end].joinsPrevious; ++end)

@@ -18,17 +18,17 @@ InfoPanel::InfoPanel(Engine& given, ViewModel& model, QWidget* parent)
     form->setContentsMargins(10, 10, 10, 10);
     form->setVerticalSpacing(5);
     form->setLabelAlignment(Qt::AlignLeft);
-    AddRow("file", tr("File"), tr("The file of the document"));
+    AddRow("file", tr("File"), tr("The document's file"));
     AddRow("level", tr("Level"), tr("The current level"));
     AddRow("faces", tr("Faces"), tr("Of the current level"));
     AddRow("vertices", tr("Vertices"), tr("Of the current level"));
     AddRow("layers", tr("Layers"), tr("Of the current level"));
-    AddRow("size", tr("Size"), tr("Box around the surface, in world units"));
-    AddRow("memory", tr("Memory"), tr("That all meshes and undo steps take"));
-    AddRow("undo", tr("Undo"), tr("Memory and disk of the undo steps"));
+    AddRow("size", tr("Size"), tr("Bounding box of the surface, in world units"));
+    AddRow("memory", tr("Memory"), tr("Memory used by all meshes and undo steps"));
+    AddRow("undo", tr("Undo"), tr("Memory and disk space used by the undo steps"));
     AddRow("dabs", tr("Last stroke"), tr("Dabs of the last stroke"));
     AddRow("dab", tr("Dab"), tr("Time of one dab of the last stroke"));
-    AddRow("latency", tr("Pen to picture"), tr("From a pen sample to the frame that shows it"));
+    AddRow("latency", tr("Pen latency"), tr("From a pen sample to the frame that shows it"));
     connect(&engine, &Engine::StateChanged, this, &InfoPanel::Refresh);
     connect(&engine, &Engine::StrokeAdvanced, this, [this](const StrokeFigures& newest) {
         figures = newest;

@@ -44,8 +44,8 @@ LayersPanel::LayersPanel(const ActionContext& context, QWidget* parent)
     listLayout = new QVBoxLayout(list);
     listLayout->setContentsMargins(2, 2, 2, 2);
     listLayout->setSpacing(1);
-    hint = MakeHint(tr("A layer holds what is sculpted while it records. Its strength can be "
-                       "changed at any time."),
+    hint = MakeHint(tr("A layer stores everything that is sculpted while it is recording. Its "
+                       "strength can be changed at any time."),
                     list);
     listLayout->addWidget(hint);
     listLayout->addStretch();

@@ -19,7 +19,7 @@ LevelsPanel::LevelsPanel(Engine& given, ActionRegistry& actions, QWidget* parent
     setAccessibleName(tr("Levels"));
     QVBoxLayout* layout = MakePanelLayout(this);
     level = new ValueSlider(
-        tr("Level"), tr("The level that is shown and sculpted; the lowest is 0"), this);
+        tr("Level"), tr("The level that is displayed and sculpted; the lowest is 0"), this);
     layout->addWidget(level);
     counts = new QLabel(this);
     layout->addWidget(counts);

@@ -40,11 +40,11 @@ MaskPanel::MaskPanel(Engine& given, ActionRegistry& actions, QWidget* parent)
     layout->addWidget(cavity);
     layout->addStretch();
 
-    sign = new PanelCombo(tr("Where"), tr("Which parts of the surface are masked"), cavity);
+    sign = new PanelCombo(tr("Where"), tr("The parts of the surface to mask"), cavity);
     sign->addItem(tr("Cavities"), "cavity");
     sign->addItem(tr("Ridges"), "ridge");
     sign->addItem(tr("Both"), "both");
-    mode = new PanelCombo(tr("Mode"), tr("How it combines with the present mask"), cavity);
+    mode = new PanelCombo(tr("Mode"), tr("How the result combines with the current mask"), cavity);
     mode->addItem(tr("Add to mask"), "raise");
     mode->addItem(tr("Replace mask"), "replace");
     mode->addItem(tr("Subtract"), "subtract");
@@ -63,8 +63,9 @@ MaskPanel::MaskPanel(Engine& given, ActionRegistry& actions, QWidget* parent)
         cavity->Body()->addWidget(made);
         return made;
     };
-    from = slider(tr("From curvature"), tr("Curvature from which the mask is full"), 2, 0.25);
-    softness = slider(tr("Softness"), tr("Curvature over which the mask fades"), 2, 0.5);
+    from = slider(
+        tr("From curvature"), tr("Curvature from which the surface is fully masked"), 2, 0.25);
+    softness = slider(tr("Softness"), tr("Curvature range over which the mask fades"), 2, 0.5);
     amount = slider(tr("Amount"), tr("Strength of the mask"), 1, 1);
     auto* apply = new QPushButton(tr("Mask by Cavity"), cavity);
     apply->setFocusPolicy(Qt::NoFocus);

@@ -42,15 +42,17 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
          0.002,
          2,
          true);
-    SettingAppearance& pixels = add("radiusPixels",
-                                    Text::tr("Screen radius"),
-                                    Brush,
-                                    Text::tr("Keeps the brush at this radius in pixels, however "
-                                             "near the surface is."));
+    SettingAppearance& pixels =
+        add("radiusPixels",
+            Text::tr("Screen radius"),
+            Brush,
+            Text::tr(
+                "Keeps the brush at this radius in pixels, regardless of the surface's distance."));
     soft(pixels, 2, 500, true);
     pixels.unit = QStringLiteral("px");
     pixels.firstValue = 60;
-    scaled(add("strength", Text::tr("Strength"), Brush, Text::tr("Effect of a dab.")), 1, percent);
+    scaled(
+        add("strength", Text::tr("Strength"), Brush, Text::tr("Strength of a dab.")), 1, percent);
     add("falloff",
         Text::tr("Falloff"),
         Brush,
@@ -58,11 +60,11 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
     add("direction",
         Text::tr("Direction"),
         Brush,
-        Text::tr("Where the brush moves the surface to."));
+        Text::tr("Direction in which the brush moves the surface."));
     scaled(add("buildUpRate",
                Text::tr("Build-up"),
                Brush,
-               Text::tr("How soon the surface has had enough of one stroke.")),
+               Text::tr("How quickly the effect of a stroke saturates.")),
            100,
            percent);
     scaled(add("strengthBias",
@@ -75,16 +77,16 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
     add("pressureControlsStrength",
         Text::tr("Pressure controls strength"),
         Pressure,
-        Text::tr("A harder press makes stronger dabs."));
+        Text::tr("Pressing harder makes dabs stronger."));
     add("strengthCurve",
         Text::tr("Strength curve"),
         Pressure,
-        Text::tr("What a pressure counts for the strength."))
+        Text::tr("Maps the pen pressure to the pressure used for the strength."))
         .dependsOn = "pressureControlsStrength";
     add("pressureControlsSize",
         Text::tr("Pressure controls size"),
         Pressure,
-        Text::tr("A harder press makes larger dabs."));
+        Text::tr("Pressing harder makes dabs larger."));
     scaled(add("sizeBias",
                Text::tr("Minimum size"),
                Pressure,
@@ -95,32 +97,32 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
     add("sizeCurve",
         Text::tr("Size curve"),
         Pressure,
-        Text::tr("What a pressure counts for the size."))
+        Text::tr("Maps the pen pressure to the pressure used for the size."))
         .dependsOn = "pressureControlsSize";
     scaled(add("tilt.size",
                Text::tr("Tilt to size"),
                Pressure,
-               Text::tr("By how much dabs of a pen that lies flat are larger.")),
+               Text::tr("How much larger dabs become when the pen lies flat.")),
            100,
            percent);
     scaled(add("tilt.strength",
                Text::tr("Tilt to strength"),
                Pressure,
-               Text::tr("By how much dabs of a pen that lies flat are stronger.")),
+               Text::tr("How much stronger dabs become when the pen lies flat.")),
            100,
            percent);
     for (const char* name : {"tilt.size", "tilt.strength"}) soft(rows[name], -100, 100);
     SettingAppearance& spacing = add("spacing",
                                      Text::tr("Spacing"),
                                      Stroke,
-                                     Text::tr("Distance of dabs, relative to the radius."));
+                                     Text::tr("Distance between dabs, relative to the radius."));
     soft(spacing, 1, 200, true);
     spacing.unit = percent;
-    SettingAppearance& smoothing = add("smoothing",
-                                       Text::tr("Smoothing"),
-                                       Stroke,
-                                       Text::tr("Averages the path of the pen over this length, "
-                                                "relative to the viewport's height."));
+    SettingAppearance& smoothing = add(
+        "smoothing",
+        Text::tr("Smoothing"),
+        Stroke,
+        Text::tr("Averages the pen's path over this length, relative to the viewport's height."));
     scaled(smoothing, 100, percent);
     soft(smoothing, 0, 30);
     smoothing.firstValue = 0.0625;
@@ -132,25 +134,26 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
     scaled(steady, 100, percent);
     soft(steady, 0, 30);
     steady.firstValue = 0.04;
-    SettingAppearance& airbrush = add("airbrush",
-                                      Text::tr("Airbrush"),
-                                      Stroke,
-                                      Text::tr("Dabs per second while the pen rests; 0: none."));
+    SettingAppearance& airbrush =
+        add("airbrush",
+            Text::tr("Airbrush"),
+            Stroke,
+            Text::tr("Minimum number of dabs per second, even while the pen is at rest; 0: off."));
     soft(airbrush, 0, 60);
     airbrush.unit = QStringLiteral("/s");
     scaled(add("randomSize",
                Text::tr("Random size"),
                Stroke,
-               Text::tr("By how much dabs are made smaller at random.")),
+               Text::tr("Maximum amount by which dabs are randomly made smaller.")),
            100,
            percent);
 
-    add("stamp.enabled", Text::tr("Use stamp"), Stamp, Text::tr("Shapes the dabs by an image."));
-    add("stamp.path", Text::tr("Image"), Stamp, Text::tr("The image of the stamp."));
+    add("stamp.enabled", Text::tr("Use stamp"), Stamp, Text::tr("Shapes the dabs with an image."));
+    add("stamp.path", Text::tr("Image"), Stamp, Text::tr("The stamp's image."));
     add("stamp.positioning",
         Text::tr("Orientation"),
         Stamp,
-        Text::tr("Where the top of the stamp points."));
+        Text::tr("Direction in which the top of the stamp points."));
     SettingAppearance& rotation = add(
         "stamp.rotation", Text::tr("Rotation"), Stamp, Text::tr("Rotates the stamp clockwise."));
     soft(rotation, -180, 180);
@@ -158,7 +161,7 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
     scaled(add("stamp.randomRotation",
                Text::tr("Random rotation"),
                Stamp,
-               Text::tr("Rotates the stamp of each dab at random.")),
+               Text::tr("Randomly rotates the stamp of each dab.")),
            100,
            percent);
     SettingAppearance& factor = add(
@@ -167,26 +170,25 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
     SettingAppearance& offset = add("stamp.offset",
                                     Text::tr("Offset"),
                                     Stamp,
-                                    Text::tr("The value of the image that does not move the "
-                                             "surface."));
+                                    Text::tr("The image value that leaves the surface unchanged."));
     soft(offset, -1, 1);
-    SettingAppearance& gap = add("stamp.spacing",
-                                 Text::tr("Copy spacing"),
-                                 Stamp,
-                                 Text::tr("Room between two copies along the stroke, relative to "
-                                          "the radius."));
+    SettingAppearance& gap =
+        add("stamp.spacing",
+            Text::tr("Copy spacing"),
+            Stamp,
+            Text::tr("Gap between two copies along the stroke, relative to the radius."));
     soft(gap, -100, 300);
     gap.unit = percent;
     SettingAppearance& randomGap = add("stamp.randomSpacing",
                                        Text::tr("Random spacing"),
                                        Stamp,
-                                       Text::tr("Adds to the room between copies at random."));
+                                       Text::tr("Randomly widens the gap between copies."));
     soft(randomGap, 0, 300);
     randomGap.unit = percent;
     add("stamp.tiled",
         Text::tr("Tiled"),
         Stamp,
-        Text::tr("Repeats the image without end instead of once per dab."));
+        Text::tr("Repeats the image endlessly instead of once per dab."));
     add("stamp.inverted", Text::tr("Inverted"), Stamp, Text::tr("Inverts the image."));
     add("stamp.onSurface",
         Text::tr("Lie on surface"),
@@ -195,11 +197,11 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
     add("stamp.randomize",
         Text::tr("Scatter"),
         Stamp,
-        Text::tr("Gives each stamp a position, size and rotation at random."));
+        Text::tr("Gives each stamp a random position, size and rotation."));
     add("stamp.buildUp",
         Text::tr("Build up by stamp"),
         Stamp,
-        Text::tr("Build-up counts what the stamp lets through instead of whole dabs."));
+        Text::tr("Build-up accounts for the stamp's values instead of counting whole dabs."));
     add("stamp.bilinear",
         Text::tr("Interpolate pixels"),
         Stamp,
@@ -211,15 +213,16 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
     add("facing.enabled",
         Text::tr("Front faces only"),
         Advanced,
-        Text::tr("Less effect where the surface turns away from the view."));
-    SettingAppearance& start = add("facing.start",
-                                   Text::tr("Full up to"),
-                                   Advanced,
-                                   Text::tr("Angle to the view up to which the effect is full."));
+        Text::tr("Reduces the effect where the surface faces away from the view."));
+    SettingAppearance& start =
+        add("facing.start",
+            Text::tr("Full up to"),
+            Advanced,
+            Text::tr("Angle to the view direction up to which the effect is full."));
     SettingAppearance& fade = add("facing.range",
                                   Text::tr("Fades over"),
                                   Advanced,
-                                  Text::tr("Angle over which the effect fades."));
+                                  Text::tr("Angle range over which the effect fades to none."));
     for (SettingAppearance* row : {&start, &fade}) {
         row->unit = degrees;
         row->dependsOn = "facing.enabled";
@@ -227,7 +230,7 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
     add("globalPlane",
         Text::tr("One plane per stroke"),
         Advanced,
-        Text::tr("The plane is the mean over the whole stroke."));
+        Text::tr("The plane is averaged over the whole stroke."));
     add("updatePlane",
         Text::tr("Plane follows stroke"),
         Advanced,
@@ -243,13 +246,13 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
     add("tilt.rotate",
         Text::tr("Tilt turns stamp"),
         Advanced,
-        Text::tr("The top of the stamp points where the pen leans to."));
+        Text::tr("The top of the stamp points in the direction in which the pen leans."));
     return rows;
 }
 
 double Limit(const nlohmann::json& range, const char* name, const char* exclusive, double none) {
     if (range.contains(name)) return range.at(name).get<double>();
-    // A value next to the limit, so that the limit itself cannot be typed.
+    // The value next to the limit, so that the limit itself cannot be entered.
     if (range.contains(exclusive)) return range.at(exclusive).get<double>() + 1e-6;
     return none;
 }
@@ -284,7 +287,7 @@ QString TitleOf(SettingGroup group) {
 }
 
 QString ChoiceText(const QString& value) {
-    static const std::map<QString, QString> texts = {{"tool", Text::tr("As the tool does")},
+    static const std::map<QString, QString> texts = {{"tool", Text::tr("Tool default")},
                                                      {"upright", Text::tr("Upright")},
                                                      {"stroke", Text::tr("Along the stroke")},
                                                      {"start", Text::tr("As at the start")},

@@ -31,7 +31,7 @@ struct SettingAppearance {
 /// their name and belong to the group Advanced.
 SettingAppearance AppearanceOf(const ToolSetting& setting);
 
-/// Title of a group, translated.
+/// Translated title of a group.
 QString TitleOf(SettingGroup group);
 /// Display name of an enumeration value, such as "Surface normal" for "surfaceNormal".
 QString ChoiceText(const QString& value);

@@ -15,8 +15,8 @@ namespace trovik::studio {
 class Engine;
 
 /// The control of one setting of the active tool, chosen by its range: a switch, a list, a slider,
-/// a slider with a switch for optional numbers, or a curve. It sends the step "set" when the user
-/// changes it.
+/// a slider with a switch for optional numbers, or a curve. It runs the step "set" when the user
+/// changes the value.
 class SettingControl : public QWidget {
     Q_OBJECT
 public:

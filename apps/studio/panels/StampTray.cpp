@@ -157,7 +157,7 @@ void StampTray::Refill() {
         const QString name = QFileInfo(path).completeBaseName();
         button->setAccessibleName(tr("Stamp %1").arg(name));
         button->setToolTip(
-            tr("<b>%1</b><br>Shapes the dabs by this image.").arg(name.toHtmlEscaped()));
+            tr("<b>%1</b><br>Shapes the dabs with this image.").arg(name.toHtmlEscaped()));
         connect(button, &QToolButton::clicked, this, [this, path] { Choose(path); });
         tiles->addWidget(button);
         buttons[path] = button;

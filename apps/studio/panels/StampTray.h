@@ -20,9 +20,9 @@ class SettingList;
 /// cannot be read.
 QImage StampThumbnail(const QString& path, int side);
 
-/// Thumbnails of the stamps: first those that were used recently, then those of the stamp folders.
-/// A click selects one for the active tool; a dropped image is selected and remembered. The tool's
-/// stamp settings are below the thumbnails. Images are read on other threads.
+/// Thumbnails of the stamps: first the recently used ones, then those in the stamp folders. A click
+/// selects a stamp for the active tool; a dropped image is selected and added to the recent stamps.
+/// The tool's stamp settings are below the thumbnails. Images are read on other threads.
 class StampTray : public QWidget {
     Q_OBJECT
 public:

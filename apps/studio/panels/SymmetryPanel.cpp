@@ -49,7 +49,7 @@ SymmetryPanel::SymmetryPanel(Engine& given, ActionRegistry& actions, QWidget* pa
     range.softLeast = 1;
     range.softMost = 24;
     copies->SetRange(range);
-    axis = MakeAxes(tr("Radial axis"), tr("The axis that copies go about"), strokes);
+    axis = MakeAxes(tr("Radial axis"), tr("The axis about which the copies are rotated"), strokes);
     axis->setCurrentIndex(1);
     auto* radial = new QHBoxLayout;
     radial->setSpacing(4);
@@ -62,7 +62,7 @@ SymmetryPanel::SymmetryPanel(Engine& given, ActionRegistry& actions, QWidget* pa
 
     auto* mesh = new Section(tr("Symmetrize mesh"), this);
     layout->addWidget(mesh);
-    symmetrizeAxis = MakeAxes(tr("Axis"), tr("The axis across the plane of symmetry"), mesh);
+    symmetrizeAxis = MakeAxes(tr("Axis"), tr("The axis perpendicular to the symmetry plane"), mesh);
     side = new PanelCombo(tr("Side"), tr("The half whose shape is kept"), mesh);
     side->addItem(tr("Keep + side"), "positive");
     side->addItem(tr("Keep - side"), "negative");

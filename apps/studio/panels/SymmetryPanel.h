@@ -14,7 +14,7 @@ class Engine;
 class PanelCombo;
 class ValueSlider;
 
-/// Symmetry of strokes and of the mesh.
+/// Stroke and mesh symmetry.
 class SymmetryPanel : public QWidget {
     Q_OBJECT
 public:

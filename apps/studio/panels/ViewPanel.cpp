@@ -21,7 +21,8 @@ ViewPanel::ViewPanel(ViewModel& model, ActionRegistry& actions, QWidget* parent)
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(1);
     auto* surface = new Section(tr("Surface"), this);
-    matcap = new PanelCombo(tr("Matcap"), tr("The material that the surface is shown in"), surface);
+    matcap =
+        new PanelCombo(tr("Matcap"), tr("The material in which the surface is shown"), surface);
     for (const MatcapName& name : MatcapTitles()) matcap->addItem(name.title, name.name);
     auto* row = new QHBoxLayout;
     row->setSpacing(4);
@@ -38,8 +39,7 @@ ViewPanel::ViewPanel(ViewModel& model, ActionRegistry& actions, QWidget* parent)
     auto* scene = new Section(tr("Scene"), this);
     AddActionButtons(
         scene, actions, {"view.grid", "view.ground", "view.orthographic", "view.frame"});
-    fieldOfView =
-        new ValueSlider(tr("Field of view"), tr("Angle of the camera from top to bottom"), scene);
+    fieldOfView = new ValueSlider(tr("Field of view"), tr("The camera's vertical angle"), scene);
     ValueSlider::Range range;
     range.least = 5;
     range.most = 120;
@@ -61,7 +61,7 @@ ViewPanel::ViewPanel(ViewModel& model, ActionRegistry& actions, QWidget* parent)
         button->setText(names[i]);
         button->setFocusPolicy(Qt::NoFocus);
         button->setAccessibleName(tr("Background, %1").arg(names[i]));
-        button->setToolTip(tr("Chooses a colour of the background"));
+        button->setToolTip(tr("Chooses the background colour"));
         button->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
         connect(button, &QToolButton::clicked, this, [this, i] { ChooseColor(i); });
         background->addWidget(button, 1);

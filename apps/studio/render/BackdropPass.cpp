@@ -15,7 +15,7 @@ void main() {
 }
 )";
 
-// The colours change slowly over many pixels: without noise of half a step, bands would show.
+// The gradient changes slowly over many pixels; noise of half a quantisation step prevents banding.
 const char* const backgroundFragmentShader = R"(
 uniform vec3 bottom;
 uniform vec3 top;
@@ -61,8 +61,8 @@ vec4 Over(vec4 front, vec4 behind) {
         (front.rgb * front.a + behind.rgb * behind.a * (1.0 - front.a)) / max(alpha, 1e-6), alpha);
 }
 
-// Coverage of the lines x = n * distance and the same in y, each fading where lines are narrower
-// than pixels.
+// Coverage of the lines x = n * distance and y = n * distance, which fade out where they get too
+// dense.
 vec2 Lines(float distance, float width) {
     vec2 scaled = floorPoint / distance;
     vec2 slope = vec2(length(vec2(dFdx(scaled.x), dFdy(scaled.x))),
@@ -144,7 +144,7 @@ double BackdropPass::GridSpacing(const AxisAlignedBoundingBox& worldBox) {
 double BackdropPass::FloorHeight(const AxisAlignedBoundingBox& worldBox) {
     if (worldBox.IsEmpty()) return 0.0;
     const double spacing = GridSpacing(worldBox);
-    // Rounding of the lowest vertex must not lower the floor by a line.
+    // Rounding of the lowest vertex must not lower the floor by a grid line.
     return std::floor(worldBox.minY / spacing + 0.05) * spacing;
 }
 
@@ -171,7 +171,7 @@ uint64_t BackdropPass::DrawFloor(const RenderSettings& settings,
     SetUniform(*floor, "gridOpacity", settings.hasGrid ? 1.0f : 0.0f);
     SetUniform(*floor, "groundOpacity", settings.hasGround ? 1.0f : 0.0f);
 
-    // The planes of the view enclose the surface, not the floor.
+    // The view's near and far planes enclose the surface, not the floor.
     gl.glEnable(GL_DEPTH_CLAMP);
     gl.glDepthFunc(GL_LEQUAL);
     gl.glDepthMask(GL_FALSE);

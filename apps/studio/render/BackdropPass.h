@@ -14,7 +14,7 @@ public:
     BackdropPass(const BackdropPass&) = delete;
     BackdropPass& operator=(const BackdropPass&) = delete;
 
-    /// Covers the framebuffer and leaves its depth values unchanged. \return the number of draw
+    /// Fills the framebuffer and leaves its depth values unchanged. \return the number of draw
     /// calls.
     uint64_t DrawBackground(const RenderSettings& settings, const RenderView& view);
     /// Blends the grid and the ground plane over the surface and background, with depth test. They
@@ -34,7 +34,7 @@ private:
     Gl& gl;
     std::unique_ptr<QOpenGLShaderProgram> background;
     std::unique_ptr<QOpenGLShaderProgram> floor;
-    /// Has no attributes; the shader derives corners from the vertex number.
+    /// Has no attributes; the shader derives the corners from the vertex number.
     GLuint vertexArray = 0;
 };
 

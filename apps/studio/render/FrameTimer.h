@@ -14,7 +14,7 @@ class FrameTimer {
 public:
     struct Result {
         double seconds;
-        /// The tag of Begin.
+        /// The tag passed to Begin.
         uint32_t tag;
     };
 

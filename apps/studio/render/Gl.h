@@ -23,8 +23,8 @@ std::unique_ptr<QOpenGLShaderProgram> MakeProgram(const char* vertexText,
                                                   const char* fragmentText,
                                                   const QByteArray& defines = {});
 
-/// Sets a uniform of the program in use. Unknown names are ignored, because program variants lack
-/// the uniforms that they do not need. Matrices keep the row-vector convention: in the shader,
+/// Sets a uniform of the program in use. Unknown names are ignored, because program variants do not
+/// have the uniforms that they do not need. Matrices keep the row-vector convention: in the shader,
 /// `matrix * vec4(p, 1)` is p times the matrix here.
 void SetUniform(QOpenGLShaderProgram& program, const char* name, const Matrix& value);
 void SetUniform(QOpenGLShaderProgram& program, const char* name, const Vector& value);

@@ -98,7 +98,7 @@ IdImage DrawIds(SurfaceBuffers& surface,
 
     const IdFramebuffer framebuffer(gl, view.width, view.height);
     if (!framebuffer.IsComplete())
-        throw std::runtime_error("the graphics driver cannot draw a picture of face numbers");
+        throw std::runtime_error("the graphics driver cannot render face numbers");
     const auto program = MakeProgram(idVertexShader, idFragmentShader);
     program->bind();
     const Matrix localToClip = toWorld * view.worldToClip;

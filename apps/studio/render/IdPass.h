@@ -6,7 +6,7 @@
 
 namespace trovik::studio {
 
-/// The surface under each pixel, in rows from the top.
+/// The surface under each pixel, in rows from top to bottom.
 struct IdImage {
     static constexpr uint32_t none = 0xffffffffu;
 

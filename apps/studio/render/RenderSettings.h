@@ -63,13 +63,13 @@ struct Overlays {
     std::vector<BrushRing> mirroredRings;
     /// Planes of symmetry as mesh-local axes 0, 1, 2.
     std::vector<int> symmetryPlanes;
-    /// The path of the stroke on the viewport, device pixels: from the brush to the pen.
+    /// The stroke's path on the viewport from the brush to the pen, in device pixels.
     std::vector<std::array<float, 2>> lazyString;
     /// The box or lasso that is being drawn, in device pixels; closed.
     std::vector<std::array<float, 2>> selection;
 };
 
-/// Work of the last frame.
+/// Statistics of the last frame.
 struct RenderStats {
     uint64_t patchesUploaded = 0;
     uint64_t bytesUploaded = 0;

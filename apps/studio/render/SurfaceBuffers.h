@@ -29,7 +29,7 @@ public:
     /// Writes the vertices of a patch.
     void Upload(const UploadQueue::Patch& patch);
 
-    /// The next two functions need no context.
+    /// The next two functions do not need a context.
     const std::shared_ptr<const PatchLayout>& Layout() const { return layout; }
     /// Whether every patch has been uploaded.
     bool IsComplete() const { return arrivedCount == arrived.size(); }
@@ -40,10 +40,9 @@ public:
         uint64_t triangles = 0;
         uint64_t culled = 0;
     };
-    /// Draws the patches that have arrived and are in view, with the current program.
-    /// \param strideLog2  level of detail of grids; has no effect on buckets.
-    /// \param beforePage  called before each draw call with the number of the page's first vertex,
-    /// counted in the whole layout.
+    /// Draws the uploaded patches that are in view, with the current program. \param strideLog2
+    /// level of detail of grids; has no effect on buckets. \param beforePage  called before each
+    /// draw call with the number of the page's first vertex, counted in the whole layout.
     Drawn Draw(const FrustumCuller& culler,
                uint32_t strideLog2,
                const std::function<void(uint64_t firstVertex)>& beforePage = {});
@@ -60,7 +59,8 @@ public:
 private:
     struct Page {
         GLuint vertexArray = 0;
-        /// Vertex array with the same vertices and the edge indices; 0 until edges are drawn.
+        /// Vertex array with the same vertices and the edge indices; 0 until edges are drawn for
+        /// the first time.
         GLuint edgeArray = 0;
         GLuint buffer = 0;
         uint32_t firstPatch = 0;
@@ -91,7 +91,7 @@ private:
     std::vector<Page> pages;
     GLuint indexBuffer = 0;
     GLuint edgeBuffer = 0;
-    /// Per patch, of bucket layouts.
+    /// Per patch; bucket layouts only.
     std::vector<IndexRange> triangles;
     std::vector<IndexRange> edges;
     /// Per patch.

@@ -9,7 +9,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// Of the array in the shader.
+/// Size of the array in the shader.
 constexpr int maxRings = 33;
 /// Opacity of the falloff preview where the falloff is 1.
 constexpr float falloffOpacity = 0.30f;
@@ -76,7 +76,7 @@ QOpenGLShaderProgram& SurfacePass::Variant(const SurfaceBuffers& surface, const 
         if (isUsed) defines += QByteArray("#define ") + name + '\n';
     };
     add(settings.isFlat, "FLAT");
-    // The normals of flat triangles have no derivative.
+    // Flat normals have no derivatives within a triangle.
     add(settings.cavity > 0.0f && !settings.isFlat, "CAVITY");
     add(settings.hasWireframe && surface.Layout()->IsGrid(), "WIRE");
     add(settings.showsMask, "MASK");
@@ -113,7 +113,7 @@ void SurfacePass::SetRings(QOpenGLShaderProgram& program, const Overlays& overla
         const Vector color = ColorOf(ring.color);
         colors.emplace_back(color.x, color.y, color.z);
     };
-    // Position 0 belongs to the brush; a radius below zero draws nothing.
+    // Position 0 is for the brush ring; a negative radius draws nothing.
     if (overlays.ring.has_value())
         add(*overlays.ring);
     else

@@ -17,7 +17,8 @@ uniform int gridSide;
 
 out vec3 worldPosition;
 out vec3 viewPosition;
-// Edge pixels of steep triangles take attributes from far outside of the triangle otherwise.
+// Otherwise, attributes at edge pixels of steep triangles are extrapolated far outside the
+// triangle.
 centroid out vec3 viewNormal;
 flat out uint faceFlags;
 #ifdef CAVITY
@@ -99,7 +100,7 @@ uniform float pixelRatio;
 
 layout(location = 0) out vec4 fragment;
 
-// Framebuffers hold encoded colours; highlights approach white without a corner in the curve.
+// Framebuffers store encoded colours; highlights roll off smoothly to white.
 vec3 Encoded(vec3 linear) {
     vec3 soft = 1.0 - exp(-1.3 * max(linear, 0.0));
     return mix(12.92 * soft,
@@ -145,7 +146,7 @@ void main() {
     vec3 color = texture(matcap, at * 0.5 + 0.5).rgb;
 
 #ifdef CAVITY
-    // Divergence of the normal over the picture: 2 / radius, in pixels, for a sphere seen from the
+    // Screen-space divergence of the normal: 2 / radius, in pixels, for a sphere seen from the
     // front. Limited, and fading toward silhouettes, where it grows without bound.
     vec3 bent = normalize(bentNormal) * (gl_FrontFacing ? 1.0 : -1.0);
     float bend = (dFdx(bent).x + dFdy(bent).y) * pixelRatio;
@@ -170,7 +171,7 @@ void main() {
         vec2 slope = vec2(length(vec2(dFdx(scaled.x), dFdy(scaled.x))),
                           length(vec2(dFdx(scaled.y), dFdy(scaled.y))));
         vec2 pixels = abs(fract(scaled + 0.5) - 0.5) / max(slope, 1e-20);
-        // Lines closer than a few pixels would only grey the surface.
+        // Lines only a few pixels apart would just make the surface grey.
         vec2 visible = 1.0 - smoothstep(0.12, 0.34, slope * pixelRatio);
         float weight = level == 0 ? 0.42 : 0.42 + 0.06 * float(level);
         vec2 covered = visible * vec2(Line(pixels.x, pixelRatio), Line(pixels.y, pixelRatio));
@@ -211,7 +212,7 @@ layout(location = 0) in vec3 position;
 uniform mat4 localToClip;
 void main() {
     gl_Position = localToClip * vec4(position, 1.0);
-    // Toward the eye, so that the faces next to a line do not cover it.
+    // Offset toward the eye, so that the faces next to a line do not cover it.
     gl_Position.z -= 2e-4 * gl_Position.w;
 }
 )";

@@ -26,9 +26,9 @@ public:
     void Reset(std::shared_ptr<const PatchLayout> ofLayout);
     /// Adds the patches of an update, which must have this layout. Cost: O(patches).
     void Add(const std::shared_ptr<const SurfaceUpdate>& update);
-    /// Removes patches whose vertices take at most `byteBudget` bytes together, but at least one
-    /// patch, and calls upload for each. If not all patches fit, those come first for whose box
-    /// `isPreferred` returns true; otherwise they are in the order of Add.
+    /// Removes patches with at most `byteBudget` bytes of vertices in total, but at least one
+    /// patch, and calls `upload` for each. If not all patches fit, those for whose box
+    /// `isPreferred` returns true come first; otherwise, patches are in the order of Add.
     void Take(uint64_t byteBudget,
               const std::function<bool(const AxisAlignedBoundingBox&)>& isPreferred,
               const std::function<void(const Patch&)>& upload);

@@ -12,8 +12,8 @@ namespace trovik::studio {
 
 class FrameTimer;
 
-/// Draws the surface that the engine sends, with background, floor and brush ring. It stores
-/// positions only in GPU buffers and in updates that wait for upload.
+/// Draws the surface sent by the engine, with background, floor and brush ring. Positions are
+/// stored only in GPU buffers and in updates that are waiting for upload.
 ///
 /// Unless stated otherwise, all functions and the destructor require the constructor's context:
 /// OpenGL 3.3 or later, core profile.
@@ -25,13 +25,13 @@ public:
     ViewportRenderer(const ViewportRenderer&) = delete;
     ViewportRenderer& operator=(const ViewportRenderer&) = delete;
 
-    /// Bytes that a frame uploads while a pen draws, and otherwise.
+    /// Maximum bytes uploaded per frame while a pen is drawing, and otherwise.
     static constexpr uint64_t penBudget = uint64_t{8} << 20;
     static constexpr uint64_t restBudget = uint64_t{32} << 20;
     static constexpr uint64_t unlimitedBudget = ~uint64_t{0};
 
-    /// Adds an update; its patches are uploaded by the next frames. An update of another layout
-    /// replaces the surface.
+    /// Adds an update, whose patches are uploaded by the next frames. An update with a different
+    /// layout replaces the surface.
     void Add(const std::shared_ptr<const SurfaceUpdate>& update);
     /// Removes the surface; later updates may have the previous layout.
     void Clear();
@@ -52,12 +52,12 @@ public:
         double secondsAtRest = 1e9;
     };
     /// Uploads patches within the budget and draws a frame into the bound framebuffer, which must
-    /// have a depth buffer. Apart from bound objects, the state afterwards is that of a new
-    /// context.
+    /// have a depth buffer. Afterwards, the state of the context is that of a new one, except for
+    /// bound objects.
     void Draw(const Frame& frame);
     /// Whether the last frame was drawn with less detail. Needs no context.
     bool IsCoarse() const { return drawnStrideLog2 > 0; }
-    /// Of the last frame. Needs no context.
+    /// Statistics of the last frame. Needs no context.
     const RenderStats& Stats() const { return stats; }
     /// GPU time of the newest measured frame, in seconds; 0 before the first measurement.
     double FrameSeconds() const { return frameSeconds; }

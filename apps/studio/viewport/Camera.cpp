@@ -18,14 +18,14 @@ constexpr float maxFieldOfView = 120.0f;
 /// Limits of the distance from eye to target, world units.
 constexpr double minDistance = 1e-6;
 constexpr double maxDistance = 1e8;
-/// Margin that Frame leaves free, as a factor of the box size.
+/// Margin around the box in Frame, as a factor of the box size.
 constexpr double frameMargin = 1.12;
 
 double HalfTangent(double degrees) { return std::tan(degrees * std::numbers::pi / 360.0); }
 
 double DegreesOf(double halfTangent) { return std::atan(halfTangent) * 360.0 / std::numbers::pi; }
 
-/// Double-precision vectors, so that sums of many small motions do not drift.
+/// Double-precision vectors, so that many small motions do not add up to a drift.
 struct Precise {
     double x, y, z;
 
@@ -176,7 +176,7 @@ void Camera::Frame(const AxisAlignedBoundingBox& worldBox) {
         distance = std::max(distance, reach * frameMargin + nearer);
         radius = std::max(radius, offset.Length());
     });
-    // A box that is a single point is shown from the current distance.
+    // If the box is a single point, the current distance is kept.
     if (radius == 0.0) distance = (Precise(eye) - Precise(target)).Length();
     distance = std::clamp(distance, minDistance, maxDistance);
     eye = (centre + axes.Back().Normalized() * distance).ToVector();
@@ -223,8 +223,8 @@ RenderView Camera::ToRenderView(const AxisAlignedBoundingBox& worldBox) const {
             farthest = std::max(farthest, depth);
         });
     }
-    // A little more than the box, or rounding would clip faces that lie in its sides; and a limited
-    // ratio, since it decides the precision of depths.
+    // Slightly larger than the box, because rounding would otherwise clip faces on its sides. The
+    // ratio is limited, because it determines the depth precision.
     farthest = std::max(farthest * 1.01, distance * 1e-3);
     nearest = std::clamp(nearest * 0.99, farthest * 1e-4, farthest * 0.999);
 

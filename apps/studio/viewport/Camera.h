@@ -24,7 +24,7 @@ public:
     /// From a document or bookmark; keeps the size.
     void SetView(const StrokeView& view);
     void SetOrthographic(bool on);
-    /// Sets the vertical angle in degrees, 5 to 120; objects at the target keep their size.
+    /// Sets the vertical angle in degrees, 5 to 120; objects at the target keep their screen size.
     void SetFieldOfView(float degrees);
 
     /// Rotates eye and target about a pivot, as if the pointer rotated the surface: about the
@@ -33,10 +33,10 @@ public:
     void Orbit(const Vector& pivot, float dx, float dy);
     /// Rotates about the view direction. \param radians  counterclockwise.
     void Roll(float radians);
-    /// Moves so that a point at the depth of `anchor` follows the pointer.
+    /// Pans so that a point at the depth of `anchor` follows the pointer.
     void Pan(const Vector& anchor, float dx, float dy);
-    /// Multiplies the distance to a point by a factor; below 1 means closer. The point keeps its
-    /// pixel.
+    /// Multiplies the distance to a point by a factor; values below 1 move closer. The point stays
+    /// at the same pixel.
     void Dolly(const Vector& anchor, float factor);
     /// Looks at the target along a world direction, from the same distance.
     void LookAlong(const Vector& direction, const Vector& upDirection);

@@ -12,7 +12,7 @@ namespace trovik::studio {
 namespace {
 
 constexpr qreal margin = 12.0;
-/// Around the text, for its shadow.
+/// Margin around the text for its shadow.
 constexpr qreal padding = 4.0;
 
 QPolygonF ToLogical(const std::vector<std::array<float, 2>>& points, qreal pixelRatio) {
@@ -87,7 +87,7 @@ void Hud::DrawOutlines(QPainter& painter, const Overlays& overlays) {
         painter.setBrush(QColor(255, 255, 255, 18));
         painter.drawPolygon(outline);
         painter.setBrush(Qt::NoBrush);
-        // Dark below the dashes, so that they show on every surface.
+        // A dark line below the dashes keeps them visible on every surface.
         painter.setPen(QPen(QColor(0, 0, 0, 170), 1.5));
         painter.drawPolygon(outline);
         QPen dashes(QColor(255, 255, 255, 235), 1.5);

@@ -10,10 +10,10 @@ class QPainter;
 
 namespace trovik::studio {
 
-/// Texts and outlines that are drawn over the viewport with QPainter.
+/// Texts and outlines drawn over the viewport with QPainter.
 class Hud {
 public:
-    /// Sets the lines of the lower left corner, from top to bottom. \return whether they have
+    /// Sets the lines in the bottom left corner, from top to bottom. \return whether they have
     /// changed.
     bool SetLines(const QStringList& newLines);
     const QStringList& Lines() const { return lines; }

@@ -23,7 +23,7 @@ constexpr float edgeStart = 0.56f;
 struct Face {
     const char* label;
     Vector normal;
-    /// Of the label.
+    /// Right and up directions of the label.
     Vector right;
     Vector up;
 };
@@ -37,7 +37,7 @@ const std::array<Face, 6> faces = {{
     {QT_TRANSLATE_NOOP("ViewCube", "Bottom"), {0, -1, 0}, {1, 0, 0}, {0, 0, 1}},
 }};
 
-/// Directions of a camera: rows right, up, back.
+/// Camera directions; the rows are right, up, back.
 struct Axes {
     explicit Axes(const Camera& camera) : matrix(camera.ToStrokeView().ToWorld()) {
         // The position of the eye has no effect.

@@ -14,8 +14,8 @@ class QPainter;
 
 namespace trovik::studio {
 
-/// The cube in the upper right corner of the viewport. It shows the orientation of the world; its
-/// faces, edges and corners represent 26 view directions. Positions are logical pixels of the
+/// The cube in the top right corner of the viewport. It shows the orientation of the world; its
+/// faces, edges and corners represent 26 view directions. Positions are in logical pixels of the
 /// widget.
 class ViewCube {
 public:
@@ -25,7 +25,7 @@ public:
     /// Draws the cube with the orientation in which a camera sees the world. Repeated calls with
     /// equal arguments copy a cached image.
     void Draw(QPainter& painter, const Camera& camera, const QSizeF& viewport);
-    /// The view direction, of length 1, that the part of the cube under a point represents; empty
+    /// The view direction, of length 1, represented by the part of the cube under a point; empty
     /// off the cube.
     static std::optional<Vector> HitTest(const QPointF& point,
                                          const Camera& camera,

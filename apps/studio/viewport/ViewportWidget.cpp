@@ -14,10 +14,10 @@ namespace trovik::studio {
 
 namespace {
 
-/// After this time without a motion of the camera a frame is drawn with all detail; a little more
-/// than LodChoice waits.
+/// After this time without camera motion, a frame is drawn at full detail; slightly longer than the
+/// delay in LodChoice.
 constexpr int restMilliseconds = 160;
-/// While this many bytes wait for upload, updates are left with the engine.
+/// While this many bytes are waiting for upload, no further updates are taken from the engine.
 constexpr uint64_t maxPendingBytes = 2 * ViewportRenderer::restBudget;
 
 double SteadySeconds() {

@@ -39,14 +39,14 @@ public:
     void FrameAll();
     /// Lines of text in the lower left corner.
     void SetHudLines(const QStringList& lines);
-    /// While a pen draws, frames upload less data, so that they keep up with the pen.
+    /// While a pen is drawing, frames upload less data, so that they keep up with the pen.
     void SetStroking(bool on) { isStroking = on; }
     /// For clicks: ViewCube::HitTest with View() and size().
     ViewCube& Cube() { return viewCube; }
 
     /// World box of the surface; empty without a document.
     AxisAlignedBoundingBox WorldBounds() const;
-    /// Work of the last frame.
+    /// Statistics of the last frame.
     const RenderStats& Stats() const;
     /// Seconds from the newest pen sample that a frame showed completely to the end of that frame;
     /// 0 before the first one.
@@ -57,9 +57,9 @@ public:
     /// Whether all updates that have arrived are drawn, at full detail.
     bool IsComplete() const;
     /// Requests every patch from the engine again and uploads it, which must not change the image.
-    /// For tests and after the loss of the context.
+    /// For tests and for use after the context was lost.
     void UploadAll();
-    /// Why the viewport cannot be drawn, one line; empty if it can.
+    /// The reason why the viewport cannot be drawn, in one line; empty if it can.
     const QString& Problem() const { return problem; }
 
 Q_SIGNALS:
@@ -93,7 +93,7 @@ private:
     QString problem;
     bool isStroking = false;
     bool isGrabbing = false;
-    /// Since the camera moved.
+    /// Time since the camera last moved.
     QElapsedTimer sinceMotion;
     /// Draws a frame at full detail when the camera has been at rest for a while.
     QTimer restTimer;

@@ -180,7 +180,7 @@ void MainWindow::showEvent(QShowEvent* event) {
 void MainWindow::closeEvent(QCloseEvent* event) {
     if (!mayClose && files->HasUnsavedWork()) {
         event->ignore();
-        // Qt ignores a close within a close event.
+        // Qt ignores close() during a close event.
         const auto closeNow = [this] {
             mayClose = true;
             close();
@@ -203,7 +203,8 @@ void MainWindow::dropEvent(QDropEvent* event) {
     const QList<QUrl> urls = event->mimeData()->urls();
     if (urls.isEmpty() || !urls.first().isLocalFile()) return;
     event->acceptProposedAction();
-    // Deferred, because a dialog may follow, which would block the source program of the drag.
+    // Deferred, because a dialog may follow, which would block the program from which the file was
+    // dragged.
     QMetaObject::invokeMethod(
         this,
         [this, path = urls.first().toLocalFile()] { files->Open(path); },

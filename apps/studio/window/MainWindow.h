@@ -21,7 +21,7 @@ class WelcomeHint;
 /// right, menus, a bar with radius, strength and symmetry, and a status bar. It adds all actions to
 /// the registry.
 ///
-/// Panels never keep the keyboard focus: it returns to the viewport after each entry, and when the
+/// Panels never keep the keyboard focus: it returns to the viewport after each entry and when the
 /// pointer enters the viewport.
 class MainWindow : public QMainWindow {
     Q_OBJECT

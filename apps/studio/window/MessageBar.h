@@ -9,7 +9,7 @@ class QTimer;
 namespace trovik::studio {
 
 /// A message over the lower edge of a widget. Errors stay until they are closed or replaced; notes
-/// disappear after some seconds.
+/// disappear after a few seconds.
 class MessageBar : public QFrame {
     Q_OBJECT
 public:

@@ -33,27 +33,27 @@ PreferencesDialog::PreferencesDialog(Preferences& preferences, Keymap& keymap, Q
         AddChoice(tr("Navigation"),
                   tr("Default: the middle button orbits, with Shift it pans, with Ctrl it zooms. "
                      "Alt-drag: Alt and the left button orbits. Pen: a drag next to the surface "
-                     "orbits. The keys of the preset apply as well."),
+                     "orbits. The preset's keys also apply."),
                   presets);
     Choose(navigation, preferences.Navigation());
     QSpinBox* undo = AddWhole(
         tr("Undo memory (MiB)"), tr("Memory for undo steps"), 64, 65536, preferences.UndoBudget());
     undo->setSingleStep(256);
     QCheckBox* undoFile = AddCheck(tr("Older undo steps on disk"),
-                                   tr("Keeps undo steps beyond that memory in a temporary file"),
+                                   tr("Stores undo steps beyond this limit in a temporary file"),
                                    preferences.UsesUndoFile());
     QComboBox* position =
         AddChoice(tr("Pen position"),
-                  tr("From the tablet, which is finer, or from the cursor, for tablets whose pen "
-                     "and cursor differ"),
+                  tr("From the tablet, which is more precise, or from the cursor, for tablets on "
+                     "which pen and cursor positions differ"),
                   {{tr("Tablet"), "device"}, {tr("Cursor"), "pointer"}});
     Choose(position, preferences.PenPosition());
     QComboBox* eraser = AddChoice(tr("Eraser end"),
-                                  tr("What strokes with the eraser end of the pen do"),
+                                  tr("The effect of strokes with the pen's eraser end"),
                                   {{tr("Inverts the tool"), "invert"}, {tr("Smooths"), "smooth"}});
     Choose(eraser, preferences.Eraser());
     QComboBox* barrel = AddChoice(tr("Barrel button"),
-                                  tr("What a drag with the pen's button does"),
+                                  tr("The effect of dragging with the pen's barrel button"),
                                   {{tr("Pans"), "pan"}, {tr("Orbits"), "orbit"}});
     Choose(barrel, preferences.BarrelButton());
 

@@ -12,7 +12,7 @@ class Engine;
 class ValueSlider;
 
 /// The slim bar at the top: undo and redo, radius, strength, their pressure switches, symmetry,
-/// frequent views.
+/// common views.
 class QuickBar : public QToolBar {
     Q_OBJECT
 public:

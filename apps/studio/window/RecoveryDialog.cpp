@@ -25,7 +25,7 @@ bool IsChange(const JournalStep& step) {
     return false;
 }
 
-/// A line of the list of steps: the label of the step's undo step, or the names of its fields.
+/// A row of the step list: the label of the corresponding undo step, or the step's field names.
 QString StepText(const JournalStep& step) {
     QString text = QString::fromStdString(step.label);
     if (text.isEmpty() && step.step.is_object()) {
@@ -101,13 +101,13 @@ RecoveryDialog::RecoveryDialog(std::vector<RecoverableWork> given, QWidget* pare
     columns->addLayout(right, 3);
     picture = new QLabel(this);
     picture->setAlignment(Qt::AlignCenter);
-    picture->setAccessibleName(tr("Picture of the work"));
+    picture->setAccessibleName(tr("Image of the work"));
     details = new QLabel(this);
     details->setWordWrap(true);
     details->setObjectName(QStringLiteral("hint"));
     steps = new QListWidget(this);
     steps->setAccessibleName(tr("Steps"));
-    steps->setToolTip(tr("What was done since the work was opened or saved, the newest first"));
+    steps->setToolTip(tr("Steps since the document was opened or saved, newest first"));
     steps->setSelectionMode(QAbstractItemView::NoSelection);
     right->addWidget(picture);
     right->addWidget(details);
@@ -117,10 +117,10 @@ RecoveryDialog::RecoveryDialog(std::vector<RecoverableWork> given, QWidget* pare
                       u'\n' + QLocale().toString(work.time, QLocale::ShortFormat));
     auto* buttons = new QDialogButtonBox(this);
     recover = buttons->addButton(tr("Recover"), QDialogButtonBox::AcceptRole);
-    recover->setToolTip(tr("Opens the work as it was"));
+    recover->setToolTip(tr("Restores the work and opens it"));
     static_cast<QPushButton*>(recover)->setDefault(true);
     auto* later = buttons->addButton(tr("Later"), QDialogButtonBox::RejectRole);
-    later->setToolTip(tr("Keeps the journals; the next start asks again"));
+    later->setToolTip(tr("Keeps the journals; asks again at the next start"));
     auto* discard = buttons->addButton(tr("Discard"), QDialogButtonBox::DestructiveRole);
     discard->setToolTip(tr("Deletes the journal of the chosen work"));
     // An accidental key press must not discard work.

@@ -12,7 +12,7 @@ class QListWidget;
 
 namespace trovik::studio {
 
-/// The recoverable work in a journal.
+/// Work that can be recovered from a journal.
 struct RecoverableWork {
     QString journalPath;
     /// The mesh or scene that the work started from.
@@ -26,8 +26,8 @@ struct RecoverableWork {
     QString problem;
 };
 
-/// Reads the journals of a folder that were not closed, newest first. Journals that a running
-/// process writes are omitted. Cost: reads the files. May be called on any thread.
+/// Reads the journals in a folder that were not closed, newest first. Journals that a running
+/// process is writing are omitted. Cost: reads the files. May be called on any thread.
 std::vector<RecoverableWork> FindRecoverableWork(const QString& folder);
 
 /// Offers to recover unsaved work.

@@ -19,8 +19,7 @@ StatusNumbers::StatusNumbers(Engine& given, ViewModel& model, QWidget* parent)
     layout->setContentsMargins(8, 0, 6, 0);
     text = new QLabel(this);
     text->setAccessibleName(tr("Document"));
-    text->setToolTip(
-        tr("Level, faces, memory, undo bytes, time of a dab, time from pen to picture"));
+    text->setToolTip(tr("Level, faces, memory, undo bytes, time per dab, pen latency"));
     layout->addWidget(text);
     connect(&engine, &Engine::StateChanged, this, &StatusNumbers::Refresh);
     connect(&engine, &Engine::StrokeAdvanced, this, [this](const StrokeFigures& figures) {
@@ -46,7 +45,7 @@ void StatusNumbers::Refresh() {
                       tr("undo %1").arg(BytesText(state.historyBytes + state.historyBytesOnDisk))};
     if (millisecondsPerDab > 0.0) parts.append(tr("dab %1 ms").arg(millisecondsPerDab, 0, 'f', 2));
     if (view.PenLatency() > 0.0)
-        parts.append(tr("pen to picture %1 ms").arg(view.PenLatency() * 1000.0, 0, 'f', 0));
+        parts.append(tr("pen latency %1 ms").arg(view.PenLatency() * 1000.0, 0, 'f', 0));
     text->setText(parts.join(QStringLiteral("   ·   ")));
 }
 
@@ -60,10 +59,10 @@ JobBar::JobBar(Engine& engine, QWidget* parent) : QWidget(parent) {
     progress->setFixedSize(160, fontMetrics().height());
     progress->setTextVisible(false);
     progress->setAccessibleName(tr("Progress"));
-    progress->setToolTip(tr("How far the running command is"));
+    progress->setToolTip(tr("Progress of the running command"));
     cancel = MakeIconButton(QStringLiteral("cancel"),
                             tr("Cancel"),
-                            tr("Stops the command; the document stays as it was before"),
+                            tr("Stops the command; the document is not changed"),
                             this);
     const int side = fontMetrics().height() - 2;
     cancel->setIconSize({side, side});
@@ -80,7 +79,7 @@ JobBar::JobBar(Engine& engine, QWidget* parent) : QWidget(parent) {
             this,
             [this](const QString& name, const QString& phase, quint64 done, quint64 total) {
                 label->setText(name == phase || phase.isEmpty() ? name : name + ": " + phase);
-                // In thousandths; a range of 0 shows that the total is unknown.
+                // In thousandths; a range of 0 indicates that the total is unknown.
                 progress->setRange(0, total == 0 ? 0 : 1000);
                 if (total > 0)
                     progress->setValue(static_cast<int>(static_cast<double>(done) * 1000.0 /

@@ -39,13 +39,13 @@ void MainWindow::AddWindowActions() {
                  .run = [this] { TogglePanels(); }});
     actions.Add({.id = "window.fullscreen",
                  .text = tr("Full Screen"),
-                 .description = tr("Covers the whole screen, and back."),
+                 .description = tr("Toggles full screen."),
                  .keys = {QKeySequence("F11")},
                  .icon = "frame",
                  .run = [this] { isFullScreen() ? showNormal() : showFullScreen(); }});
     actions.Add({.id = "window.preferences",
                  .text = tr("Preferences…"),
-                 .description = tr("Theme, size of the interface, navigation, undo memory, pen."),
+                 .description = tr("Theme, interface size, navigation, undo memory, pen."),
                  .keys = {QKeySequence("Ctrl+,")},
                  .icon = "preferences",
                  .run = [this] { PreferencesDialog(context.preferences, keymap, this).exec(); }});
@@ -57,7 +57,7 @@ void MainWindow::AddWindowActions() {
                  .run = [this] { KeymapEditor(context.actions, keymap, this).exec(); }});
     actions.Add({.id = "help.welcome",
                  .text = tr("First Steps"),
-                 .description = tr("Shows the hint of the first start again."),
+                 .description = tr("Shows the first-start hint again."),
                  .keys = {QKeySequence("F1")},
                  .icon = "about",
                  .run = [this] {
@@ -145,7 +145,7 @@ void MainWindow::About() {
     QMessageBox::about(this,
                        tr("About Trovik Studio"),
                        tr("<b>Trovik Studio %1</b><p>Digital sculpting on exact levels, with "
-                          "layers and a journal that loses nothing.<p>Licence: Apache-2.0")
+                          "layers and a journal for crash recovery.<p>Licence: Apache-2.0")
                            .arg(QStringLiteral(TROVIK_VERSION)));
 }
 
