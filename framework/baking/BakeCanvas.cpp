@@ -178,7 +178,10 @@ void BakeCanvas::PadEdge(const TilePoint& from,
     const auto inside = [repeat](double texel, double size) {
         return static_cast<std::size_t>(repeat ? texel - std::floor(texel / size) * size : texel);
     };
+    // The counters are whole numbers, which may exceed the range of integers for tiled coordinates.
+    // NOLINTNEXTLINE(clang-analyzer-security.FloatLoopCounter)
     for (double y = first(ay, dy); y <= last(ay, dy, height); y += 1.0) {
+        // NOLINTNEXTLINE(clang-analyzer-security.FloatLoopCounter)
         for (double x = first(ax, dx); x <= last(ax, dx, width); x += 1.0) {
             const std::size_t texel = inside(y, height) * options.width + inside(x, width);
             if (taken[texel] != 0) continue;
