@@ -9,7 +9,7 @@ namespace trovik::studio {
 
 std::optional<CommandLine> ReadCommandLine(int argc, char** argv, int& status) {
     CommandLine commandLine;
-    CLI::App program("Sculpts meshes of many millions of faces with pen or mouse.",
+    CLI::App program("Sculpts meshes of many millions of faces with a pen or mouse.",
                      "trovik-studio");
     program.set_version_flag("--version", std::string("trovik-studio ") + TROVIK_VERSION);
     program.add_option(
@@ -17,8 +17,8 @@ std::optional<CommandLine> ReadCommandLine(int argc, char** argv, int& status) {
     program
         .add_option("--play",
                     commandLine.events,
-                    "Plays an event file (docs/studio-events.md), such as one that was recorded "
-                    "with File > Record Events")
+                    "Plays an event file (docs/studio-events.md), such as one recorded with File > "
+                    "Record Events")
         ->check(CLI::ExistingFile);
     program.add_option(
         "--save", commandLine.save, "Saves the scene under this name after opening and playback");

@@ -12,11 +12,11 @@ int main(int argc, char** argv) {
     const std::string platform = PlatformFor(*commandLine);
     if (!platform.empty()) qputenv("QT_QPA_PLATFORM", QByteArray::fromStdString(platform));
 
-    // Arguments are parsed above; otherwise Qt would remove those that it recognises.
+    // Arguments are parsed above, because Qt removes those that it recognises.
     int qtArgumentCount = 1;
     QApplication application(qtArgumentCount, argv);
-    // The constructor switches compression on, after which a busy window receives few of the
-    // samples of a pen.
+    // The constructor turns on event compression, which drops most pen samples while the window is
+    // busy.
     QCoreApplication::setAttribute(Qt::AA_CompressHighFrequencyEvents, false);
     QCoreApplication::setAttribute(Qt::AA_CompressTabletEvents, false);
     QApplication::setApplicationName(QStringLiteral("trovik-studio"));

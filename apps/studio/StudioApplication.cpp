@@ -53,7 +53,7 @@ StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line
     engine = std::make_unique<Engine>(
         commandLine.hasNoJournal ? std::string() : StudioFolders::Journals().toStdString());
     actions = std::make_unique<ActionRegistry>(nullptr);
-    // Added before the window is created, because the window puts them into its menus.
+    // Actions are added before the window is created, because the window adds them to its menus.
     AddSelectionActions();
     AddTabletTester();
     AddEventActions();
@@ -73,7 +73,7 @@ StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line
     connect(&window->Files(), &FileActions::Refused, work.get(), &CommandLineWork::Fail);
     connect(recorder.get(), &EventRecorder::Interrupted, this, [this] {
         recorder->Stop();
-        window->ShowNote(tr("Another document was opened; the recording of events has ended."));
+        window->ShowNote(tr("Event recording has ended because another document was opened."));
     });
     if (const QString problem = keymap->Load(); !problem.isEmpty()) window->ShowError(problem);
     if (commandLine.viewportWidth > 0) viewport->setFixedWidth(commandLine.viewportWidth);
@@ -212,8 +212,8 @@ void StudioApplication::AddTabletTester() {
 void StudioApplication::AddEventActions() {
     actions->Add({.id = "file.recordEvents",
                   .text = tr("Record Events"),
-                  .description = tr("Records pen, mouse, keys and commands. Choose it again to "
-                                    "stop and write an event file."),
+                  .description = tr("Records pen, mouse and key input and commands. Choose again "
+                                    "to stop and write an event file."),
                   .run = [this] { RecordEvents(); }});
     actions->Add({.id = "file.playEvents",
                   .text = tr("Play Events…"),
@@ -307,7 +307,8 @@ void StudioApplication::StorePicture() {
 }
 
 void StudioApplication::OpenFirst() {
-    // Before a file is opened that the work may have started from.
+    // Recovery is offered before a file is opened, because the work may have started from that
+    // file.
     const bool mayAsk =
         !commandLine.quits && commandLine.events.empty() && !commandLine.hasNoJournal;
     if (mayAsk && OfferRecovery()) return;

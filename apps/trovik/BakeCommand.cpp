@@ -162,13 +162,14 @@ void AddBakeCommand(CLI::App& program) {
         ->check(CLI::IsMember({1, 4, 16}));
     verb->add_option("--padding",
                      options->bake.padding,
-                     "Width of the filled border around each UV island, in texels (default: 8)")
+                     "Padding around each UV island, in texels (default: 8)")
         ->check(CLI::Range(0, 256));
     verb->add_flag(
         "--repeat", options->bake.repeat, "Wraps UVs outside 0 to 1, for a repeating texture");
-    verb->add_option("--unsubdivide",
-                     options->unsubdivide,
-                     "Coarser levels to reconstruct below the mesh, which must be a refinement")
+    verb->add_option(
+            "--unsubdivide",
+            options->unsubdivide,
+            "Number of coarser levels to reconstruct below the mesh, which must be a refinement")
         ->check(CLI::Range(0u, 12u));
     verb->add_flag("-q,--quiet", options->quiet, "Prints no progress and no summary");
     verb->add_flag("--json", options->json, "Prints the summary as JSON on standard output");

@@ -21,7 +21,7 @@ const std::map<std::string, std::string>& Examples() {
          "  trovik sculpt bust.json -o out -q       writes files to the folder out, prints "
          "nothing\n"
          "  trovik sculpt bust.json --json          prints the summary as JSON\n"
-         "  trovik sculpt bust.json --strict        stops at a step without effect\n"
+         "  trovik sculpt bust.json --strict        stops at the first step without effect\n"
          "  trovik sculpt bust.json --check         reports errors without sculpting\n"
          "  make-script | trovik sculpt -           reads a script from standard input\n"},
         {"info",

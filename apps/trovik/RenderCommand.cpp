@@ -172,7 +172,7 @@ void Render(const RenderArguments& wanted) {
 
 void AddRenderCommand(CLI::App& program) {
     auto options = std::make_shared<RenderArguments>();
-    CLI::App* verb = program.add_subcommand("render", "Renders a mesh or a scene into an image");
+    CLI::App* verb = program.add_subcommand("render", "Renders a mesh or a scene to an image");
     verb->add_option("mesh", options->mesh, "Mesh file or scene (.trovik)")->required();
     verb->add_option("picture", options->picture, "Image file (PNG, JPEG, TIFF)")->required();
     verb->add_option("--levels", options->levels, "Subdivision levels to add")
@@ -197,7 +197,7 @@ void AddRenderCommand(CLI::App& program) {
         ->check(CLI::Range(1, 4096));
     verb->add_option("--shading", options->shading, "Shading mode")
         ->check(CLI::IsMember(ShadingModeNames()));
-    verb->add_option("--matcap", options->options.matcap, "Material of the shading mode matcap")
+    verb->add_option("--matcap", options->options.matcap, "Material for the shading mode matcap")
         ->check(CLI::IsMember(Matcap::Names()));
     verb->add_flag("--wireframe", options->options.wireframe, "Draws the edges of the faces");
     verb->add_flag("--transparent",

@@ -28,8 +28,8 @@ QAction* ActionRegistry::Add(const ActionInfo& info) {
     action->setObjectName(info.id);
     action->setCheckable(info.isCheckable);
     if (!info.icon.isEmpty()) action->setIcon(Icon(info.icon));
-    // Floating docks are separate windows; keys that are pressed in them must trigger the main
-    // window's actions too.
+    // Floating docks are separate windows; keys pressed in them must also trigger the main window's
+    // actions.
     action->setShortcutContext(Qt::WindowShortcut);
     ShowKeys(entry);
     connect(action, &QAction::triggered, this, [this, id = info.id, run = info.run] {

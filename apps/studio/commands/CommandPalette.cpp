@@ -29,7 +29,7 @@ QString Category(const QString& id) {
     return name;
 }
 
-/// Icon, text and category at the left, the key at the right.
+/// Icon, text and category on the left, the key on the right.
 class ActionRow : public QStyledItemDelegate {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
@@ -83,11 +83,11 @@ CommandPalette::CommandPalette(ActionRegistry& registry, QWidget* window)
     query = new QLineEdit(this);
     query->setPlaceholderText(tr("Search commands"));
     query->setAccessibleName(tr("Search commands"));
-    query->setToolTip(tr("Type parts of a command's name; Return runs the selected one"));
+    query->setToolTip(tr("Type parts of a command's name; Return runs the selected command"));
     query->addAction(Icon(QStringLiteral("search")), QLineEdit::LeadingPosition);
     list = new QListWidget(this);
     list->setAccessibleName(tr("Commands"));
-    list->setToolTip(tr("The commands that match; click one to run it"));
+    list->setToolTip(tr("Matching commands; click one to run it"));
     list->setItemDelegate(new ActionRow(list));
     list->setFocusPolicy(Qt::NoFocus);
     list->setUniformItemSizes(true);
@@ -162,7 +162,7 @@ void CommandPalette::Refill() {
         }
         item->setData(keyRole, key);
     }
-    // Held keys are listed only to show their key.
+    // Selects the first item that can be run. Actions on held keys are listed only to show the key.
     int first = 0;
     while (first + 1 < list->count() && !(list->item(first)->flags() & Qt::ItemIsEnabled)) ++first;
     list->setCurrentRow(first);

@@ -85,7 +85,7 @@ void FileActions::AddTransferActions() {
     QAction* displace =
         actions.Add({.id = "file.displace",
                      .text = tr("Import Displacement…"),
-                     .description = tr("Displaces the surface by a displacement map."),
+                     .description = tr("Displaces the surface with a displacement map."),
                      .icon = "import",
                      .run = [this] { ImportDisplacement(); }});
     QAction* screenshot = actions.Add({.id = "file.screenshot",
@@ -121,8 +121,8 @@ void FileActions::AddScriptActions() {
     QAction* save = actions.Add(
         {.id = "file.script.save",
          .text = tr("Save Actions as Script…"),
-         .description = tr("Writes all strokes and commands since the document was opened as a "
-                           "script that gives the same surface, bit for bit."),
+         .description = tr("Writes a script of all strokes and commands since the document was "
+                           "opened. Running it reproduces the surface bit for bit."),
          .icon = "script",
          .run = [this] {
              const QString path = AskToSave(tr("Save Actions as Script"),

@@ -214,7 +214,7 @@ void FileActions::AskAndOpen(bool withOptions) {
 }
 
 void FileActions::Save(const std::function<void()>& then) {
-    // Recovered work has not been saved to a file of the user's yet.
+    // Recovered work has not yet been saved to one of the user's files.
     const std::string& scene = context.engine.Document().scenePath;
     if (scene.empty())
         SaveAs(then);

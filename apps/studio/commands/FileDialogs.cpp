@@ -65,9 +65,9 @@ NewDialog::NewDialog(QWidget* parent) : FormDialog(tr("New Sculpture"), tr("Crea
     }
     shapes->button(0)->setChecked(true);
     AddRow(row);
-    segments =
-        AddWhole(tr("Base segments"), tr("Faces along an edge of the base mesh"), 1, 512, 16);
-    levels = AddWhole(tr("Levels"), tr("Finer levels above the base mesh"), 0, 8, 3);
+    segments = AddWhole(
+        tr("Base segments"), tr("Number of faces along each edge of the base mesh"), 1, 512, 16);
+    levels = AddWhole(tr("Levels"), tr("Number of finer levels above the base mesh"), 0, 8, 3);
     counts = AddText(tr("Faces"));
     connect(segments, &QSpinBox::valueChanged, this, &NewDialog::ShowCounts);
     connect(levels, &QSpinBox::valueChanged, this, &NewDialog::ShowCounts);
@@ -105,7 +105,7 @@ ImportDialog::ImportDialog(const QString& fileName, QWidget* parent)
                       tr("The unit of the coordinates in the file; the values are not converted"),
                       UnitChoices(tr("As in the file")));
     up = AddChoice(tr("Up axis"), tr("The axis that points up"), UpChoices(tr("As in the file")));
-    levels = AddWhole(tr("Levels"), tr("Finer levels to add above the mesh"), 0, 8, 0);
+    levels = AddWhole(tr("Levels"), tr("Number of finer levels to add above the mesh"), 0, 8, 0);
 }
 
 std::string ImportDialog::Units() const { return Chosen(units); }
@@ -187,7 +187,7 @@ BakeDialog::BakeDialog(const DocumentState& state, QWidget* parent)
                           static_cast<int>(i)});
     from = AddChoice(tr("Detail from"), tr("The level whose detail is baked"), levels);
     from->setCurrentIndex(static_cast<int>(state.currentLevel));
-    to = AddChoice(tr("Onto"), tr("The coarser level that the map is for"), levels);
+    to = AddChoice(tr("Onto"), tr("The coarser level to which the map applies"), levels);
     size =
         AddChoice(tr("Size"),
                   tr("Width and height in pixels"),
@@ -198,15 +198,16 @@ BakeDialog::BakeDialog(const DocumentState& state, QWidget* parent)
                   tr("The format of the file"),
                   {{"OpenEXR (.exr)", ".exr"}, {"TIFF (.tif)", ".tif"}, {"PNG (.png)", ".png"}});
     bits = AddChoice(tr("Depth"),
-                     tr("How exactly values are stored"),
+                     tr("Precision of the stored values"),
                      {{tr("32-bit float"), "float"}, {tr("16 bits"), 16}});
     samples = AddChoice(tr("Samples"),
                         tr("Samples per pixel; more are slower and smoother"),
                         {{"1", 1}, {"4", 4}, {"16", 16}});
     samples->setCurrentIndex(1);
-    padding =
-        AddWhole(tr("Padding"), tr("Pixels by which the map continues beyond seams"), 0, 256, 8);
-    repeat = AddCheck(tr("Repeats"), tr("The UVs run beyond 0 to 1, so the map repeats"), false);
+    padding = AddWhole(
+        tr("Padding"), tr("Width of the padding around each UV island, in pixels"), 0, 256, 8);
+    repeat =
+        AddCheck(tr("Repeats"), tr("The UVs extend outside 0 to 1, so the map repeats"), false);
     connect(map, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
     connect(format, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
     connect(from, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
@@ -223,7 +224,7 @@ void BakeDialog::ShowOptions() {
     GoButton()->setEnabled(from->currentData().toInt() > to->currentData().toInt());
     GoButton()->setToolTip(GoButton()->isEnabled()
                                ? tr("Asks for the file, then bakes")
-                               : tr("The detail has to come from a higher level"));
+                               : tr("The detail must come from a higher level"));
 }
 
 nlohmann::json BakeDialog::Options() const {
@@ -260,7 +261,7 @@ DisplacementDialog::DisplacementDialog(const QString& fileName, QWidget* parent)
     mid =
         AddNumber(tr("Middle"), tr("The value that leaves the surface unchanged"), -1e6, 1e6, 0.5);
     scale = AddNumber(tr("Scale"), tr("Length that the value 1 represents"), -1e6, 1e6, 1);
-    repeat = AddCheck(tr("Repeats"), tr("The map repeats beyond its border"), false);
+    repeat = AddCheck(tr("Repeats"), tr("Repeats the map beyond its borders"), false);
     ShowRow(mid, false);
     ShowRow(scale, false);
     connect(hasScale, &QCheckBox::toggled, this, [this](bool on) {

@@ -15,8 +15,8 @@ bool StartsWord(const QString& text, qsizetype at) {
     return at == 0 || !text[at - 1].isLetterOrNumber();
 }
 
-/// The best score for the letters of `word` from index `from` in `text` from index `at`. Texts are
-/// short, so it is enough to try every word start and the next occurrence.
+/// The best score for matching `word`, starting at index `from`, against `text`, starting at index
+/// `at`. Texts are short, so it is enough to try every word start and the next occurrence.
 int WordScore(const QString& word, const QString& text) {
     // A contiguous match of a query word scores higher than scattered letters.
     int best = 0;
@@ -30,7 +30,7 @@ int WordScore(const QString& word, const QString& text) {
     qsizetype previous = -2;
     qsizetype at = 0;
     for (const QChar letter : word) {
-        // Prefers the start of a later word over the next occurrence inside one.
+        // Prefers the start of a later word over the next occurrence inside a word.
         qsizetype found = -1;
         for (qsizetype i = at; i < text.size(); ++i) {
             if (text[i] != letter) continue;

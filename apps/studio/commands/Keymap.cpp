@@ -90,7 +90,7 @@ QList<QKeySequence> Keymap::PresetKeys(const QString& id) const {
     const ActionInfo* info = actions.Info(id);
     if (info == nullptr) return {};
     QList<QKeySequence> keys = info->keys;
-    // A preset may give a default key to another action.
+    // A preset may assign one action's default key to another action.
     for (const auto& [other, taken] : presetKeys)
         for (const QKeySequence& key : taken) keys.removeAll(key);
     return keys;

@@ -95,7 +95,7 @@ QWidget* KeymapEditor::MakeTopRow() {
     connect(presets, &QComboBox::activated, this, [this](int index) {
         StopCapture();
         keymap.SetPreset(presets->itemData(index).toString());
-        Say(tr("All keys are those of the preset %1.").arg(presets->itemText(index)));
+        Say(tr("All keys now match the preset %1.").arg(presets->itemText(index)));
     });
     return row;
 }
@@ -113,7 +113,7 @@ QWidget* KeymapEditor::MakeButtons() {
         layout->addWidget(button);
         return button;
     };
-    reset = add(tr("Reset"), tr("Gives the selected action the key of the preset"), [this] {
+    reset = add(tr("Reset"), tr("Resets the selected action's key to that of the preset"), [this] {
         const QString id = SelectedId();
         if (id.isEmpty()) return;
         StopCapture();
@@ -121,10 +121,10 @@ QWidget* KeymapEditor::MakeButtons() {
         if (losers.isEmpty()) return;
         Say(tr("%1 lost its key.").arg(actions.Info(losers.first())->text));
     });
-    add(tr("Reset All"), tr("Gives all actions the keys of the preset"), [this] {
+    add(tr("Reset All"), tr("Resets all keys to those of the preset"), [this] {
         StopCapture();
         keymap.SetPreset(keymap.Preset());
-        Say(tr("All keys are those of the preset."));
+        Say(tr("All keys now match the preset."));
     });
     layout->addStretch();
     add(tr("Import…"), tr("Reads a keymap file"), [this] { ImportFile(); });
@@ -233,7 +233,7 @@ void KeymapEditor::TakeKey(const QKeySequence& key) {
     const QString shown = key.toString(QKeySequence::NativeText);
     if (!owner.isEmpty() && owner != id && contested != key) {
         contested = key;
-        Say(tr("%1 belongs to %2. Press it again to take it, or press another key.")
+        Say(tr("%1 belongs to %2. Press it again to reassign it, or press another key.")
                 .arg(shown, actions.Info(owner)->text));
         return;
     }

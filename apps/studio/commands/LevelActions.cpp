@@ -32,8 +32,8 @@ void AddLevelActions(const ActionContext& context) {
     const auto always = [](const DocumentState&) { return true; };
     add({.id = "level.subdivide",
          .text = Text::tr("Subdivide…"),
-         .description =
-             Text::tr("Adds finer levels on top, after showing their number of faces and memory."),
+         .description = Text::tr("Adds finer levels on top, after showing how many faces and how "
+                                 "much memory they add."),
          .icon = "subdivide",
          .run =
              [context] {
@@ -66,7 +66,7 @@ void AddLevelActions(const ActionContext& context) {
     add({.id = "level.unsubdivide",
          .text = Text::tr("Unsubdivide"),
          .description = Text::tr("Adds a coarser level below the lowest one if the lowest level is "
-                                 "the subdivision of a coarser mesh. The surface does not change."),
+                                 "a subdivision of a coarser mesh. The surface does not change."),
          .icon = "unsubdivide",
          .run = [context] { context.Run("unsubdivide", 1, Text::tr("Unsubdivide")); }},
         always);
@@ -93,7 +93,7 @@ void AddLevelActions(const ActionContext& context) {
          .run =
              [context] { context.Run("deleteLevels", "lower", Text::tr("Delete lower levels")); }},
         HasLower);
-    // The texts of buttons in the levels panel.
+    // Labels of the buttons in the levels panel.
     actions.Find("level.delete.higher")->setIconText(Text::tr("Delete higher"));
     actions.Find("level.delete.lower")->setIconText(Text::tr("Delete lower"));
     actions.Find("level.subdivide.once")->setIconText(Text::tr("Subdivide"));

@@ -85,7 +85,7 @@ Point OnSphere(const Point& cube) {
     return point;
 }
 
-/// Maps the square cross sections of the cube to discs: squares around the middle become circles.
+/// Maps the square cross sections of the cube to discs: squares around the centre become circles.
 Point OnCylinder(const Point& cube) {
     const double x = cube[0], z = cube[2];
     const double ring = std::max(std::abs(x), std::abs(z));

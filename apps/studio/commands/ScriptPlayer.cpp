@@ -71,7 +71,7 @@ QString ScriptPlayer::Run(const QString& path) {
     }
     const bool opens = !request.meshPath.empty() || !request.scenePath.empty();
     if (!opens && !engine.HasDocument())
-        return tr("%1: it names no mesh, and none is open").arg(path);
+        return tr("%1: the script does not name a mesh, and no document is open").arg(path);
     Stop();
     steps = std::move(read);
     next = 0;

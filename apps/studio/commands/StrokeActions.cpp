@@ -22,8 +22,8 @@ void AddStrokeActions(const ActionContext& context) {
                      .icon = "tool-smooth"});
     actions.AddHeld({.id = "stroke.invert",
                      .text = Text::tr("Invert While Held"),
-                     .description = Text::tr("Strokes have the opposite effect: carve instead of "
-                                             "raise, unmask instead of mask."),
+                     .description = Text::tr("Strokes have the opposite effect: they carve instead "
+                                             "of raising, and unmask instead of masking."),
                      .keys = {QKeySequence(Qt::Key_Control)},
                      .icon = "tool-fill"});
     actions.AddHeld({.id = "stroke.mask",
@@ -31,11 +31,12 @@ void AddStrokeActions(const ActionContext& context) {
                      .description = Text::tr("Strokes paint the mask, regardless of the tool."),
                      .keys = {QKeySequence("Q")},
                      .icon = "mask"});
-    actions.AddHeld({.id = "stroke.line",
-                     .text = Text::tr("Straight Line While Held"),
-                     .description = Text::tr("The stroke runs straight from press to release."),
-                     .keys = {QKeySequence("V")},
-                     .icon = "strength"});
+    actions.AddHeld(
+        {.id = "stroke.line",
+         .text = Text::tr("Straight Line While Held"),
+         .description = Text::tr("Draws the stroke as a straight line from press to release."),
+         .keys = {QKeySequence("V")},
+         .icon = "strength"});
     actions.AddHeld({.id = "stroke.abandon",
                      .text = Text::tr("Cancel Stroke"),
                      .description = Text::tr(

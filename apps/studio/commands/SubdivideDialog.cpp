@@ -16,7 +16,7 @@ LevelForecast ForecastLevels(const DocumentState& state, int times) {
     forecast.faces = state.levels.back().faces;
     forecast.vertices = state.levels.back().vertices;
     for (int i = 0; i < times; ++i) {
-        // A new vertex for each face and each edge; closed quads have two edges per face.
+        // Each face and each edge gets a new vertex; a closed quad mesh has two edges per face.
         forecast.vertices += 3 * forecast.faces;
         forecast.faces *= 4;
         forecast.bytes += forecast.faces * LevelForecast::bytesPerFace +

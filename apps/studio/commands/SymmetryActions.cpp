@@ -88,7 +88,7 @@ void AddSymmetryActions(const ActionContext& context) {
         {.id = "symmetry.symmetrize",
          .text = Text::tr("Symmetrize +X to -X"),
          .description = Text::tr(
-             "Gives the half of the mesh at negative x the mirrored shape of the other half."),
+             "Makes the half of the mesh at negative x the mirror image of the other half."),
          .icon = "symmetrize",
          .run = [context] {
              context.Run("symmetrize", {{"axis", "x"}, {"from", "positive"}});
@@ -97,7 +97,7 @@ void AddSymmetryActions(const ActionContext& context) {
         {.id = "symmetry.symmetrize.negative",
          .text = Text::tr("Symmetrize -X to +X"),
          .description = Text::tr(
-             "Gives the half of the mesh at positive x the mirrored shape of the other half."),
+             "Makes the half of the mesh at positive x the mirror image of the other half."),
          .icon = "symmetrize",
          .run = [context] {
              context.Run("symmetrize", {{"axis", "x"}, {"from", "negative"}});

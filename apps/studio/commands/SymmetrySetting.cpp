@@ -32,8 +32,8 @@ SymmetrySetting SymmetrySetting::Of(const DocumentState& state) {
     setting.isTopological = state.symmetry.topological;
     const std::vector<Matrix>& maps = state.symmetry.maps;
     if (setting.isTopological || maps.empty()) return setting;
-    // Coinciding copies are omitted, so the number of maps does not determine the number of copies
-    // about the axis: n copies with planes give at most 8 n maps.
+    // Coincident copies are omitted, so the number of copies cannot be computed from the number of
+    // maps: n copies about the axis, with planes, give at most 8 n maps.
     for (int copies = 1; copies <= static_cast<int>(maps.size()) + 1; ++copies) {
         for (unsigned bits = 0; bits < 8; ++bits) {
             for (int axis = 0; axis < (copies == 1 ? 1 : 3); ++axis) {

@@ -30,7 +30,7 @@ void AddTool(const ActionContext& context, const ToolAppearance& tool) {
     context.EnableWithDocument(action);
 }
 
-/// The plug-in's tools that are not in the list.
+/// Adds the plug-in's tools for which there is no action yet.
 void AddNewTools(const ActionContext& context) {
     for (const std::string& name : context.State().tools) {
         const QString tool = QString::fromStdString(name);
@@ -59,7 +59,7 @@ void ChangeStrength(const ActionContext& context, double by) {
     Set(context, "strength", std::clamp(strength->value.get<double>() + by, 0.0, 100.0));
 }
 
-/// For a switch, and for a length that is false while it is off.
+/// Whether a setting is on: a boolean, or a length that is false or null while it is off.
 bool IsOn(const nlohmann::json& value) {
     return value.is_boolean() ? value.get<bool>() : !value.is_null();
 }
@@ -102,13 +102,13 @@ void AddToolActions(const ActionContext& context) {
     const auto add = [&](const ActionInfo& info) { context.EnableWithDocument(actions.Add(info)); };
     add({.id = "brush.larger",
          .text = Text::tr("Larger Brush"),
-         .description = Text::tr("Makes the brush a ninth larger."),
+         .description = Text::tr("Makes the brush about 11 percent larger."),
          .keys = {QKeySequence("]")},
          .icon = "plus",
          .run = [context] { ScaleRadius(context, 1.0 / 0.9); }});
     add({.id = "brush.smaller",
          .text = Text::tr("Smaller Brush"),
-         .description = Text::tr("Makes the brush a tenth smaller."),
+         .description = Text::tr("Makes the brush 10 percent smaller."),
          .keys = {QKeySequence("[")},
          .icon = "minus",
          .run = [context] { ScaleRadius(context, 0.9); }});
@@ -153,12 +153,13 @@ void AddToolActions(const ActionContext& context) {
          .description = Text::tr("The brush follows the pen at a distance, for smooth curves."),
          .keys = {QKeySequence("Shift+S")},
          .icon = "falloff"});
-    AddSwitch(context,
-              "facing.enabled",
-              {.id = "brush.facing",
-               .text = Text::tr("Front Faces Only"),
-               .description = Text::tr("Less effect where the surface turns away from the view."),
-               .icon = "isolate"});
+    AddSwitch(
+        context,
+        "facing.enabled",
+        {.id = "brush.facing",
+         .text = Text::tr("Front Faces Only"),
+         .description = Text::tr("Reduces the effect where the surface faces away from the view."),
+         .icon = "isolate"});
 }
 
 }  // namespace trovik::studio

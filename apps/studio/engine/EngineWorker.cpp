@@ -17,7 +17,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// Limit for packed vertices that wait for the UI thread; beyond it, changes are merged before they
+/// Limit on packed vertices waiting for the UI thread; beyond it, changes are merged before they
 /// are packed.
 constexpr std::size_t maxWaitingBytes = std::size_t{32} << 20;
 /// Size limit of one update, so that an opened mesh appears progressively.
@@ -240,7 +240,7 @@ void EngineWorker::Serve(OpenRequest& request) {
         *opened = session->Opened();
         opened->notes.insert(opened->notes.begin(), notes.begin(), notes.end());
         if (!request.journalPath.empty()) {
-            // The new journal starts from the recovered scene; the old one is no longer offered.
+            // The new journal starts from the recovered scene, so the old one is no longer offered.
             std::error_code ignored;
             std::filesystem::rename(
                 request.journalPath, request.journalPath + ".recovered", ignored);

@@ -154,7 +154,7 @@ void LiveSession::BeginStroke(const StrokeStart& start) {
     strokeSeed = document.Settings().strokesBegun + 1;
     options.seed = strokeSeed;
     if (start.steadyPixels >= 0.0f) options.steady = start.steadyPixels;
-    // A copy that follows the drag has no path to straighten.
+    // A stamp copy that follows the drag has no path to straighten.
     if (document.Brush().StrokeDrawMode() == static_cast<int>(DrawMode::AlongPath))
         options.shape.line = start.isLine;
     strokeStart = start;
@@ -181,7 +181,7 @@ void LiveSession::AddSamples(const std::vector<PenPoint>& points) {
 void LiveSession::Tick(double milliseconds) {
     Stroke([&] {
         if (strokePoints.empty() || milliseconds <= strokePoints.back().milliseconds) return;
-        // A tick would apply all waiting dabs at once; a later one covers its time.
+        // A tick now would apply all waiting dabs at once; a later tick covers this time.
         if (hasBacklog) return;
         // Recorded as a repetition of the last sample at this time.
         PenPoint resting = strokePoints.back();

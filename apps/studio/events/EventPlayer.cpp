@@ -24,7 +24,7 @@ constexpr int pollMilliseconds = 4;
 /// If an event waits longer, the engine is considered unresponsive.
 constexpr qint64 maxWaitMilliseconds = qint64{20} * 60 * 1000;
 
-/// As does a press next to a menu.
+/// Closes open menus, as a press next to a menu would.
 void ClosePopups() {
     while (QWidget* popup = QApplication::activePopupWidget())
         if (!popup->close()) return;
@@ -118,7 +118,7 @@ bool EventPlayer::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void EventPlayer::Advance() {
-    // One event per turn of the event loop, so that frames are drawn in between.
+    // Plays one event per event loop iteration, so that frames are drawn in between.
     if (isPlaying && !isResizing && PlayNext()) QTimer::singleShot(0, this, &EventPlayer::Advance);
 }
 

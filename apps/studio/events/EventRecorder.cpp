@@ -116,7 +116,7 @@ void EventRecorder::RecordCamera(uint32_t time) {
 
 void EventRecorder::RecordStep(const nlohmann::json& step) {
     hasRunStep = true;
-    // Steps of gestures are effects of the recorded input.
+    // Steps that gestures run are effects of the recorded input.
     if (!isRecording || from.input.IsHandling() || OnlyWritesFiles(step)) return;
     Put(Now(), StepInput{step});
 }

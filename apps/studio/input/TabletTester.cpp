@@ -23,7 +23,7 @@ namespace {
 
 /// Number of log lines that are kept.
 constexpr int maxLogLines = 500;
-/// A larger distance between pen and cursor makes strokes appear next to the pen.
+/// If pen and cursor are farther apart than this, strokes appear next to the pen tip.
 constexpr double maxOffset = 20.0;
 
 QString Kind(const QTabletEvent& event) {

@@ -172,7 +172,7 @@ void ViewportInput::PressKnown(const PointerEvent& press, bool isOnSurface) {
     } else if (press.button == Qt::LeftButton) {
         BeginStroke(press);
     } else if (press.button == Qt::RightButton) {
-        // The menu has its own event loop; its result is not part of the press.
+        // Queued, because the menu runs its own event loop.
         const QPoint at =
             viewport.mapToGlobal((press.position / viewport.devicePixelRatioF()).toPoint());
         QMetaObject::invokeMethod(

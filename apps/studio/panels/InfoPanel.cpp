@@ -27,8 +27,8 @@ InfoPanel::InfoPanel(Engine& given, ViewModel& model, QWidget* parent)
     AddRow("memory", tr("Memory"), tr("Memory used by all meshes and undo steps"));
     AddRow("undo", tr("Undo"), tr("Memory and disk space used by the undo steps"));
     AddRow("dabs", tr("Last stroke"), tr("Dabs of the last stroke"));
-    AddRow("dab", tr("Dab"), tr("Time of one dab of the last stroke"));
-    AddRow("latency", tr("Pen latency"), tr("From a pen sample to the frame that shows it"));
+    AddRow("dab", tr("Dab"), tr("Time per dab in the last stroke"));
+    AddRow("latency", tr("Pen latency"), tr("Delay from a pen sample to the frame that shows it"));
     connect(&engine, &Engine::StateChanged, this, &InfoPanel::Refresh);
     connect(&engine, &Engine::StrokeAdvanced, this, [this](const StrokeFigures& newest) {
         figures = newest;

@@ -64,7 +64,7 @@ MaskPanel::MaskPanel(Engine& given, ActionRegistry& actions, QWidget* parent)
         return made;
     };
     from = slider(
-        tr("From curvature"), tr("Curvature from which the surface is fully masked"), 2, 0.25);
+        tr("From curvature"), tr("Curvature above which the surface is fully masked"), 2, 0.25);
     softness = slider(tr("Softness"), tr("Curvature range over which the mask fades"), 2, 0.5);
     amount = slider(tr("Amount"), tr("Strength of the mask"), 1, 1);
     auto* apply = new QPushButton(tr("Mask by Cavity"), cavity);

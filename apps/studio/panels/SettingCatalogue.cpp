@@ -56,7 +56,7 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
     add("falloff",
         Text::tr("Falloff"),
         Brush,
-        Text::tr("How the effect decreases from the centre of the brush to its rim."));
+        Text::tr("How the effect falls off from the centre of the brush to its edge."));
     add("direction",
         Text::tr("Direction"),
         Brush,
@@ -126,11 +126,11 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
     scaled(smoothing, 100, percent);
     soft(smoothing, 0, 30);
     smoothing.firstValue = 0.0625;
-    SettingAppearance& steady = add("stabiliser",
-                                    Text::tr("Steady stroke"),
-                                    Stroke,
-                                    Text::tr("Length of the string by which the pen pulls the "
-                                             "brush, relative to the viewport's height."));
+    SettingAppearance& steady = add(
+        "stabiliser",
+        Text::tr("Steady stroke"),
+        Stroke,
+        Text::tr("Distance at which the brush trails the pen, relative to the viewport's height."));
     scaled(steady, 100, percent);
     soft(steady, 0, 30);
     steady.firstValue = 0.04;
@@ -144,7 +144,7 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
     scaled(add("randomSize",
                Text::tr("Random size"),
                Stroke,
-               Text::tr("Maximum amount by which dabs are randomly made smaller.")),
+               Text::tr("Maximum amount by which dabs shrink at random.")),
            100,
            percent);
 
@@ -218,11 +218,11 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
         add("facing.start",
             Text::tr("Full up to"),
             Advanced,
-            Text::tr("Angle to the view direction up to which the effect is full."));
+            Text::tr("Largest angle to the view direction at which the brush has full effect."));
     SettingAppearance& fade = add("facing.range",
                                   Text::tr("Fades over"),
                                   Advanced,
-                                  Text::tr("Angle range over which the effect fades to none."));
+                                  Text::tr("Angle range over which the effect fades out."));
     for (SettingAppearance* row : {&start, &fade}) {
         row->unit = degrees;
         row->dependsOn = "facing.enabled";
@@ -242,7 +242,8 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
     add("drawFromCenter",
         Text::tr("Draw from centre"),
         Advanced,
-        Text::tr("The copy grows from the press point instead of between press and release."));
+        Text::tr(
+            "The copy grows outward from where you press, instead of spanning press to release."));
     add("tilt.rotate",
         Text::tr("Tilt turns stamp"),
         Advanced,
@@ -252,7 +253,7 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
 
 double Limit(const nlohmann::json& range, const char* name, const char* exclusive, double none) {
     if (range.contains(name)) return range.at(name).get<double>();
-    // The value next to the limit, so that the limit itself cannot be entered.
+    // The next value above the limit, so that the limit itself cannot be entered.
     if (range.contains(exclusive)) return range.at(exclusive).get<double>() + 1e-6;
     return none;
 }

@@ -68,7 +68,7 @@ private:
     PanelCombo* box;
 };
 
-/// A number, with a switch if it may be off (false or null).
+/// A number field, with a switch if the setting can be off (false or null).
 class NumberControl : public SettingControl {
 public:
     NumberControl(Engine& given, const ToolSetting& setting, QWidget* parent, bool isOptional)
@@ -153,7 +153,7 @@ SettingControl* SettingControl::Make(Engine& engine, const ToolSetting& setting,
     if (AcceptsType(setting, "array")) return new CurveControl(engine, setting, parent);
     const bool isNumber = AcceptsType(setting, "number") || AcceptsType(setting, "integer");
     if (isNumber) {
-        // In pixels the radius has no value until it is set.
+        // The radius in pixels has no value until it is set.
         const bool isOptional =
             AcceptsType(setting, "boolean") || setting.value.is_null() ||
             // A radius in pixels is null while the radius in world units applies.

@@ -32,7 +32,7 @@ namespace trovik::studio {
 namespace {
 
 constexpr int tileSide = 56;
-/// Size limit for thumbnails; larger images are not read.
+/// Images larger than this get no thumbnail.
 constexpr std::size_t maxThumbnailBytes = std::size_t{1} << 28;
 const QStringList imageFilters{"*.tif", "*.tiff", "*.png", "*.exr", "*.jpg", "*.jpeg"};
 
@@ -201,7 +201,7 @@ void StampTray::Refresh() {
     for (auto button = buttons.begin(); button != buttons.end(); ++button)
         button.value()->setChecked(!file.isEmpty() &&
                                    QFileInfo(button.key()).canonicalFilePath() == file);
-    current->setText(name.empty() ? tr("The active tool has no stamp. Click one to use it.")
+    current->setText(name.empty() ? tr("The active tool has no stamp. Click a stamp to use it.")
                      : isOn
                          ? tr("In use: %1").arg(QFileInfo(QString::fromStdString(name)).fileName())
                          : tr("Off: %1").arg(QFileInfo(QString::fromStdString(name)).fileName()));

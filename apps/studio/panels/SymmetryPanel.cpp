@@ -41,7 +41,7 @@ SymmetryPanel::SymmetryPanel(Engine& given, ActionRegistry& actions, QWidget* pa
     }
     strokes->Body()->addLayout(planes);
     copies = new ValueSlider(
-        tr("Radial copies"), tr("Copies of each dab about the axis; 1: none"), strokes);
+        tr("Radial copies"), tr("Number of copies of each dab about the axis; 1: off"), strokes);
     ValueSlider::Range range;
     range.isWhole = true;
     range.least = 1;
@@ -74,7 +74,7 @@ SymmetryPanel::SymmetryPanel(Engine& given, ActionRegistry& actions, QWidget* pa
     auto* apply = new QPushButton(tr("Symmetrize"), mesh);
     apply->setFocusPolicy(Qt::NoFocus);
     apply->setAccessibleName(apply->text());
-    apply->setToolTip(tr("Gives the other half of the mesh the mirrored shape"));
+    apply->setToolTip(tr("Makes the other half of the mesh a mirror image of the kept half"));
     mesh->Body()->addWidget(apply);
     layout->addStretch();
 

@@ -114,8 +114,8 @@ void SurfaceBuffers::MakeIndices() {
                     GL_STATIC_DRAW);
 }
 
-// Triangles of one face follow one another and begin with the same vertex, which begins those of no
-// other face: so the diagonals of quads can be left out.
+// The triangles of a face are consecutive and begin with the same vertex; the triangles of other
+// faces begin with other vertices. This identifies the diagonals of quads, which are omitted.
 void SurfaceBuffers::MakeEdges() {
     std::vector<uint16_t> lines;
     std::vector<std::array<uint16_t, 2>> sides;

@@ -27,7 +27,7 @@ Matrix WorldToView(const RenderView& view) {
     return matrix;
 }
 
-/// Transforms normals, which are multiplied by the inverse transpose.
+/// Returns the matrix that transforms normals, the inverse transpose.
 Matrix NormalToView(const Matrix& toWorld, const Matrix& worldToView) {
     Matrix inverse = toWorld;
     inverse.Invert(nullptr);
@@ -113,7 +113,7 @@ void SurfacePass::SetRings(QOpenGLShaderProgram& program, const Overlays& overla
         const Vector color = ColorOf(ring.color);
         colors.emplace_back(color.x, color.y, color.z);
     };
-    // Position 0 is for the brush ring; a negative radius draws nothing.
+    // Index 0 is for the brush ring; a negative radius draws nothing.
     if (overlays.ring.has_value())
         add(*overlays.ring);
     else

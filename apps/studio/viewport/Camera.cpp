@@ -9,8 +9,8 @@ namespace trovik::studio {
 
 namespace {
 
-/// How many times farther than in perspective the eye stands in orthographic projection. A larger
-/// factor flattens the view more, but moves the rays of strokes, which are single precision.
+/// How many times farther away the eye is in orthographic projection than in perspective. A larger
+/// factor flattens the view more, but makes stroke rays, which are single precision, less accurate.
 constexpr double orthographicFactor = 32.0;
 /// A smaller field of view indicates orthographic projection.
 constexpr float minFieldOfView = 5.0f;
@@ -46,7 +46,7 @@ struct Precise {
         const double length = Length();
         return length > 0.0 ? *this * (1.0 / length) : *this;
     }
-    /// About an axis of unit length, counterclockwise.
+    /// Rotates counterclockwise about a unit axis.
     Precise Rotated(const Precise& axis, double radians) const {
         const double c = std::cos(radians);
         return *this * c + (axis & *this) * std::sin(radians) + axis * ((axis | *this) * (1.0 - c));
@@ -169,7 +169,8 @@ void Camera::Frame(const AxisAlignedBoundingBox& worldBox) {
     double radius = 0.0;
     ForEachCorner(worldBox, [&](const Precise& corner) {
         const Precise offset = corner - centre;
-        // In orthographic projection, the eye is farther away, so less is added for the depth.
+        // In orthographic projection, the eye is farther away, so the depth of a corner counts
+        // less.
         const double nearer = (offset | axes.Back()) / (isOrthographic ? orthographicFactor : 1.0);
         const double reach = std::max(std::abs(offset | axes.Right()) / tangentX,
                                       std::abs(offset | axes.Up()) / tangentY);
@@ -200,7 +201,7 @@ StrokeView Camera::ToStrokeView() const {
         view.verticalFieldOfView =
             static_cast<float>(DegreesOf(HalfTangent(fieldOfView) / orthographicFactor));
     }
-    // An up direction along the line of sight has no right axis.
+    // The right axis is undefined if the up direction is parallel to the line of sight.
     if ((view.up & (view.eye - view.target).Normalized()).Length() < 1e-6f)
         view.up = std::abs(offset.y) > 0.9 * distance ? Vector(0.0f, 0.0f, -1.0f)
                                                       : Vector(0.0f, 1.0f, 0.0f);

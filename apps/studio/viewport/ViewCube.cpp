@@ -15,7 +15,7 @@ namespace {
 
 constexpr qreal areaSize = 104.0;
 constexpr qreal margin = 10.0;
-/// Half the length of an edge, logical pixels.
+/// Half the length of an edge, in logical pixels.
 constexpr qreal halfEdge = 27.0;
 /// Threshold above which a cube coordinate, -1 to 1, belongs to the adjacent face as well.
 constexpr float edgeStart = 0.56f;
@@ -60,7 +60,7 @@ Vector PartAt(const Vector& point) {
     return {part(point.x), part(point.y), part(point.z)};
 }
 
-/// Of a coordinate of a part: the range on the cube.
+/// The range of cube coordinates that a part covers along one axis.
 std::array<float, 2> RangeOf(float part) {
     if (part > 0.0f) return {edgeStart, 1.0f};
     if (part < 0.0f) return {-1.0f, -edgeStart};

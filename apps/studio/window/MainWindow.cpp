@@ -203,8 +203,7 @@ void MainWindow::dropEvent(QDropEvent* event) {
     const QList<QUrl> urls = event->mimeData()->urls();
     if (urls.isEmpty() || !urls.first().isLocalFile()) return;
     event->acceptProposedAction();
-    // Deferred, because a dialog may follow, which would block the program from which the file was
-    // dragged.
+    // Deferred, because a dialog may open and block the program from which the file was dragged.
     QMetaObject::invokeMethod(
         this,
         [this, path = urls.first().toLocalFile()] { files->Open(path); },

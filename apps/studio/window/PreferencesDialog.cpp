@@ -24,7 +24,7 @@ PreferencesDialog::PreferencesDialog(Preferences& preferences, Keymap& keymap, Q
     Choices scales;
     for (const int percent : {75, 90, 100, 110, 125, 150, 175, 200})
         scales.push_back({QStringLiteral("%1 %").arg(percent), percent / 100.0});
-    QComboBox* scale = AddChoice(tr("Interface size"), tr("Size of texts and controls"), scales);
+    QComboBox* scale = AddChoice(tr("Interface size"), tr("Size of text and controls"), scales);
     Choose(scale, preferences.UiScale());
     Choices presets;
     for (const QString& preset : Keymap::Presets())
@@ -44,8 +44,8 @@ PreferencesDialog::PreferencesDialog(Preferences& preferences, Keymap& keymap, Q
                                    preferences.UsesUndoFile());
     QComboBox* position =
         AddChoice(tr("Pen position"),
-                  tr("From the tablet, which is more precise, or from the cursor, for tablets on "
-                     "which pen and cursor positions differ"),
+                  tr("Takes the position from the tablet, which is more precise, or from the "
+                     "cursor, for tablets on which pen and cursor positions differ"),
                   {{tr("Tablet"), "device"}, {tr("Cursor"), "pointer"}});
     Choose(position, preferences.PenPosition());
     QComboBox* eraser = AddChoice(tr("Eraser end"),
@@ -57,7 +57,7 @@ PreferencesDialog::PreferencesDialog(Preferences& preferences, Keymap& keymap, Q
                                   {{tr("Pans"), "pan"}, {tr("Orbits"), "orbit"}});
     Choose(barrel, preferences.BarrelButton());
 
-    // Changes of theme and size apply while the dialog is open.
+    // Theme and size changes take effect while the dialog is open.
     const QString themeBefore = preferences.Theme();
     const double scaleBefore = preferences.UiScale();
     connect(theme, &QComboBox::activated, this, [&preferences, theme] {

@@ -52,7 +52,8 @@ RecoverableWork Describe(const QFileInfo& file) {
         work.source = QString::fromStdString(content.base.source);
         for (const JournalStep& step : content.steps)
             if (IsChange(step)) work.steps.append(StepText(step));
-        // A journal that was restarted from a snapshot holds unsaved work without any step.
+        // A journal that was restarted from a snapshot contains unsaved work even if it has no
+        // steps.
         if (work.steps.isEmpty() && work.source.startsWith(work.journalPath))
             work.steps.append(RecoveryDialog::tr("Work before the last undo or redo"));
     } catch (const std::exception& error) {
@@ -85,17 +86,18 @@ RecoveryDialog::RecoveryDialog(std::vector<RecoverableWork> given, QWidget* pare
     setWindowTitle(tr("Recover Work"));
     resize(720, 440);
     auto* layout = new QVBoxLayout(this);
-    auto* intro = new QLabel(tr("The studio ended before this work was saved. Everything up to the "
-                                "last finished dab can "
-                                "be recovered."),
-                             this);
+    auto* intro =
+        new QLabel(tr("The studio stopped before this work was saved. Everything up to the "
+                      "last finished dab can "
+                      "be recovered."),
+                   this);
     intro->setWordWrap(true);
     layout->addWidget(intro);
     auto* columns = new QHBoxLayout;
     layout->addLayout(columns, 1);
     list = new QListWidget(this);
     list->setAccessibleName(tr("Unsaved work"));
-    list->setToolTip(tr("Choose the work to recover"));
+    list->setToolTip(tr("Select the session to recover"));
     columns->addWidget(list, 2);
     auto* right = new QVBoxLayout;
     columns->addLayout(right, 3);
@@ -122,7 +124,7 @@ RecoveryDialog::RecoveryDialog(std::vector<RecoverableWork> given, QWidget* pare
     auto* later = buttons->addButton(tr("Later"), QDialogButtonBox::RejectRole);
     later->setToolTip(tr("Keeps the journals; asks again at the next start"));
     auto* discard = buttons->addButton(tr("Discard"), QDialogButtonBox::DestructiveRole);
-    discard->setToolTip(tr("Deletes the journal of the chosen work"));
+    discard->setToolTip(tr("Deletes the journal of the selected session"));
     // An accidental key press must not discard work.
     discard->setAutoDefault(false);
     layout->addWidget(buttons);

@@ -43,7 +43,7 @@ WelcomeHint::WelcomeHint(ActionRegistry& actions, Preferences& stored, QWidget* 
     auto* close = new QPushButton(tr("Start"), this);
     close->setFocusPolicy(Qt::NoFocus);
     close->setAccessibleName(tr("Start"));
-    close->setToolTip(tr("Closes this hint; the menu Help shows it again"));
+    close->setToolTip(tr("Closes this hint; the Help menu shows it again"));
     layout->addWidget(close, row, 1, Qt::AlignRight);
     connect(close, &QPushButton::clicked, this, &WelcomeHint::Dismiss);
     over->installEventFilter(this);

@@ -31,12 +31,14 @@ void MainWindow::AddWindowActions() {
                  .keys = {QKeySequence("Ctrl+Space"), QKeySequence("F3")},
                  .icon = "search",
                  .run = [this] { palette->Open(); }});
-    actions.Add({.id = "window.panels",
-                 .text = tr("Show or Hide Panels"),
-                 .description = tr("Gives the whole window to the viewport, and back."),
-                 .keys = {QKeySequence("Tab")},
-                 .icon = "isolate",
-                 .run = [this] { TogglePanels(); }});
+    actions.Add(
+        {.id = "window.panels",
+         .text = tr("Show or Hide Panels"),
+         .description =
+             tr("Hides the panels so that the viewport fills the window, or shows them again."),
+         .keys = {QKeySequence("Tab")},
+         .icon = "isolate",
+         .run = [this] { TogglePanels(); }});
     actions.Add({.id = "window.fullscreen",
                  .text = tr("Full Screen"),
                  .description = tr("Toggles full screen."),
@@ -144,8 +146,8 @@ void MainWindow::AddPanels() {
 void MainWindow::About() {
     QMessageBox::about(this,
                        tr("About Trovik Studio"),
-                       tr("<b>Trovik Studio %1</b><p>Digital sculpting on exact levels, with "
-                          "layers and a journal for crash recovery.<p>Licence: Apache-2.0")
+                       tr("<b>Trovik Studio %1</b><p>Multiresolution digital sculpting with layers "
+                          "and a journal for crash recovery.<p>Licence: Apache-2.0")
                            .arg(QStringLiteral(TROVIK_VERSION)));
 }
 
