@@ -25,8 +25,8 @@ struct CurvatureRange {
     /// weight 1.
     float from = 0.25f;
     float to = 3.402823466e+38f;
-    /// Outside that range, the weight decreases linearly to 0 over this difference in scaled
-    /// curvature.
+    /// Width of the falloff outside that range, in scaled curvature: the weight falls linearly to 0
+    /// over this distance.
     float softness = 0.0f;
     /// Number of rings over which the curvature is averaged; each ring is one step of
     /// BlurredFreeze.
