@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-/// The texts that a panel shows for a preference.
+/// The strings that a panel shows for a preference.
 struct PreferenceInfo {
     QString category;
     QString label;
@@ -24,7 +24,7 @@ TROVIK_API const PreferenceInfo* FindPreferenceInfo(const std::string& key);
 /// Returns all registered keys, sorted.
 TROVIK_API std::vector<std::string> PreferenceKeys();
 /// Stored values, as text, for keys that are not registered yet. Registering a key removes its
-/// value from here.
+/// value from this map.
 TROVIK_API std::map<std::string, std::string>& PendingPreferences();
 
 /// Returns a message text stating that a value's type differs from the preference's type.
