@@ -23,7 +23,7 @@ public:
     /// from the last call, or after ForgetPixels. \throw HostError if the file cannot be written.
     std::string Pixels(Image& image, const QString& name, uint8_t channels);
     /// Forces the pixels to be read again. Called at the start of each stroke, because a new image
-    /// can have the address of a deleted one.
+    /// may have the same address as a deleted one.
     void ForgetPixels() { lastRead = {}; }
     /// A number for the image object, assigned in the order of first use, starting at 0.
     unsigned ImageNumber(const Image* image);
