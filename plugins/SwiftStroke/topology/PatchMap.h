@@ -5,9 +5,9 @@
 
 namespace trovik {
 
-/// Lists, for each face of the lowest quad level, up to ten faces around its corners: those that a
-/// change at the face's seams can affect. Renderers are notified of these faces; the geometry of
-/// seams does not depend on the map. It is a child node of the level, built when it is linked, and
+/// For each face of the lowest quad level, lists up to ten faces around its corners, which a change
+/// at the face's seams can affect. Renderers are notified of these faces; the geometry of seams
+/// does not depend on the map. It is a child node of the level, is built when it is linked, and is
 /// saved with the scene.
 class PatchMap : public TreeNode, public AdjacentVertexEnumerator {
 public:
@@ -30,8 +30,8 @@ public:
     /// Adds `face` to the current row; ignored if the row already has ten faces.
     void Operator(uint32_t vertex, uint32_t face) override;
 
-    /// Row f has the entries f * 10 to f * 10 + 9: distinct faces in order of discovery, then empty
-    /// slots.
+    /// Row f consists of the entries f * 10 to f * 10 + 9, which contain distinct faces in order of
+    /// discovery, then empty slots.
     Store<uint32_t> neighbourFaces{"unknown"};
     uint32_t currentFace = 0;
 };
