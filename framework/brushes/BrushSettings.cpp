@@ -26,8 +26,8 @@ void TransferFalloff(BrushOperation::Private& settings, Stream& stream) {
         stream.WriteElements(samples.array, sizeof(float), count);
         return;
     }
-    // Samples are read one at a time, so that a wrong count fails at the end of the file instead of
-    // in an allocation.
+    // Samples are read one at a time, so that a wrong count causes an end-of-file error and not a
+    // huge allocation.
     std::vector<float> values;
     for (uint32_t i = 0; i < count; ++i) {
         float value = 0.0f;

@@ -33,7 +33,7 @@ struct BrushOperation::Private {
     QString stampName;       ///< returned by MaskName
     QString stampImagePath;  ///< StampConfiguration::path from which stampImage was loaded
     std::shared_ptr<Image> stampImage;  ///< null if there is none
-    /// Stamp images of other tools, by path, for as long as they are in use elsewhere.
+    /// Stamp images of other tools, by path, while they are in use elsewhere.
     std::map<QString, std::weak_ptr<Image>> cachedStampImages;
     bool stampTiled = false;
     bool stampInverted = false;
@@ -43,7 +43,7 @@ struct BrushOperation::Private {
     Matrix stampMatrix;              ///< set by the stroke loop for each dab
     bool mirroredStampRead = false;  ///< mask 1
 
-    Vector directionVector;  ///< argument of the last SetDirectionVector, for the cursor
+    Vector directionVector;  ///< last argument of SetDirectionVector, used for the cursor
     bool directionVectorSet = false;
 
     BrushConfiguration* active = nullptr;

@@ -16,7 +16,7 @@ namespace trovik {
 ///
 /// A dab changes each vertex under it (VerticesUnderDab) by a weight w, which is the product of the
 /// falloff at the vertex's distance, the facing factor, the stamp value and the strength (percent /
-/// 100), clamped to [0, 1]. With s the vertex's mask weight, amount / 127, the new mask weight is
+/// 100), clamped to [0, 1]. If s is the vertex's mask weight (amount / 127), the new mask weight is
 ///
 ///     freezing                      s + (1 - s) w
 ///     ModifierInvert: unfreezing    s - s w

@@ -76,8 +76,8 @@ public:
     };
     /// \param over  the area that the image covers, up to its borders.
     ViewImage(const FloatImage& image, Channel channel, bool inverted, const ViewBox& over);
-    /// Weight at a position; 0 outside the area. Interpolated bilinearly between pixel centres,
-    /// constant beyond the outermost ones.
+    /// Weight at a position; 0 outside the area. Interpolated bilinearly between pixel centres and
+    /// constant beyond the outermost centres.
     float WeightAt(const ViewPoint& position) const;
 
 private:

@@ -47,7 +47,7 @@ public:
         int16_t unused[3] = {0, 0, 0};
     };
 
-    /// Absorbs the level's changes since the last call.
+    /// Updates the stored data for changes to the level since the last call.
     /// \param layers  layers of the level, lowest first.
     /// Cost: O(touched vertices).
     void Settle(const LevelMesh& level, const Layers& layers);
@@ -123,7 +123,7 @@ private:
                                  const Layers& layers,
                                  const Touched* first,
                                  const Touched* last);
-    /// Absorbs a position that differs from the expected one into the vertex's data.
+    /// Updates the vertex's data for a position that differs from the expected one.
     static void AbsorbMove(LayeredVertex& layeredVertex,
                            const Layers& layers,
                            const Touched* first,

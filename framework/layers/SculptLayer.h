@@ -23,8 +23,8 @@ namespace trovik {
 /// If a level has several layers, they belong to a LayerStack, which composes them all. The
 /// functions of this class treat all other layers as part of the rest position.
 ///
-/// Memory: 40 bytes per touched vertex, and 4 KiB for each range of 1024 vertices that contains
-/// one.
+/// Memory: 40 bytes per touched vertex, and 4 KiB for each range of 1024 vertices that contains a
+/// touched one.
 class TROVIK_API SculptLayer : public trovik::Layer {
 public:
     /// Borrows the level. A layer must not be used after its level is destroyed.
@@ -49,7 +49,7 @@ public:
     bool Writable() const override { return given.writable && given.visible; }
 
     /// Returns the slot of the vertex. A new slot has the current position of the vertex as its
-    /// rest position, and offset 0.
+    /// rest position and an offset of 0.
     uint32_t SlotOf(uint32_t vertex);
     /// Returns the slot of the vertex, or noSlot.
     uint32_t FindSlot(uint32_t vertex) const;
