@@ -27,7 +27,7 @@ TROVIK_API std::vector<std::string> PreferenceKeys();
 /// value from this map.
 TROVIK_API std::map<std::string, std::string>& PendingPreferences();
 
-/// Returns a message text stating that a value's type differs from the preference's type.
+/// Returns a message stating that a value's type differs from that of the preference.
 TROVIK_API std::string WrongPreference(const Attribute& attribute, const std::string& given);
 
 /// Returns the path of the user's preferences file: trovik/preferences.json in $XDG_CONFIG_HOME, by

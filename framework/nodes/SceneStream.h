@@ -66,8 +66,8 @@ public:
     uint64_t Offset() const { return origin + position; }
     uint32_t Format() const { return format; }
 
-    /// \throw Error* if fewer bytes are left. Called before memory is allocated for a count from
-    /// the file.
+    /// \throw Error* if fewer bytes are left. Called before allocating memory for an element count
+    /// that was read from the file.
     void Expect(uint64_t count, uint64_t elementSize) const;
     /// Skips bytes.
     /// \throw Error* if fewer are left.

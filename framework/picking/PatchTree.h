@@ -66,8 +66,8 @@ public:
     /// Recomputes all boxes.
     void RefitAll();
     /// Recomputes the boxes below and above the faces of level `patchLevelIndex` that a traversal
-    /// visited, regardless of what the visitor returned, because a face next to a changed one
-    /// shares a border that may have moved.
+    /// visited. This includes faces for which the visitor returned false, because a face next to a
+    /// changed one shares a border that may have moved.
     void Refit(uint32_t patchLevelIndex, const std::vector<FaceVisit>& visited);
 
     /// Whether the boxes still match the level. False if the level's index or level 0 has changed,
@@ -107,7 +107,7 @@ private:
 
     void SurfaceChanged(const SurfaceChange& change) override;
     bool IsAttached() const;
-    /// Marks the leaves that are descendants or ancestors of a patch for refitting.
+    /// Marks for refitting the leaves that are descendants or ancestors of a patch.
     void TouchLeaves(uint32_t patchLevelIndex, uint32_t patch);
 
     static Box EmptyBox();
