@@ -43,8 +43,9 @@ double LargestComponent(const Way& whole, const Way& part, double& partOut) {
     return best;
 }
 
-/// Whether `middle` is redundant on the segment from `from` to `to`. Differences and products of
-/// floats are exact in double precision, so the result has no rounding error.
+/// Whether `middle` can be dropped, because it lies on the segment from `from` to `to` and has the
+/// values interpolated there. Differences and products of floats are exact in double precision, so
+/// the result has no rounding error.
 bool IsBetween(const PathSample& from, const PathSample& middle, const PathSample& to, bool timed) {
     const Way whole = Between(from.position, to.position);
     const Way part = Between(from.position, middle.position);

@@ -53,7 +53,7 @@ public:
     /// Lengths at which the path turns by more than about 2.6 degrees, in ascending order.
     const std::vector<double>& Corners() const { return corners; }
     const std::vector<Pause>& Pauses() const { return rests; }
-    /// Whether the path ends in a pause, which another sample at the same position extends.
+    /// Whether the path ends in a pause, which another sample at the same position would extend.
     bool IsPaused() const { return !rests.empty() && rests.back().last + 1 == knots.size(); }
     const std::vector<PathSample>& Knots() const { return knots; }
     /// Arc length at each knot.

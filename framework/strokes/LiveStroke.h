@@ -67,19 +67,19 @@ public:
     void Add(const PathSample& sample) { Add(std::vector<PathSample>{sample}); }
     using Budget = std::chrono::steady_clock::duration;
     /// Adds samples within a time budget, so that a backlog of large dabs does not delay the next
-    /// frame: applies dabs until the budget is spent, but at least one. The dabs are bit-identical
-    /// regardless of how they are distributed over calls. \return whether final dabs are left over;
-    /// the next call applies them first. With DrawMode::FromCenter and AcrossPoints, the budget is
-    /// ignored, because only one copy is moved.
+    /// frame: applies at least one dab, and more until the budget is spent. The dabs are
+    /// bit-identical regardless of how they are distributed over calls. \return whether final dabs
+    /// are left over; the next call applies them first. With DrawMode::FromCenter and AcrossPoints,
+    /// the budget is ignored, because only one copy is moved.
     bool Add(const std::vector<PathSample>& samples, Budget budget);
-    /// Applies dabs left over from Add. \return whether any are still left. \throw the exceptions
-    /// of Add.
+    /// Applies dabs left over from Add. \return whether any dabs are still left over. \throw the
+    /// exceptions of Add.
     bool Continue(Budget budget);
-    /// Reports that the pen is still at its last position at this time, in seconds on the clock of
-    /// the samples; equivalent to adding the last sample again with this time. Does nothing before
-    /// the first sample, or if `time` is not later than the last sample. Call it about 60 times a
+    /// Reports that the pen is still at its last position at `time`, in seconds on the clock of the
+    /// samples. Equivalent to adding the last sample again with this time. Does nothing before the
+    /// first sample, or if `time` is not later than the last sample. Call it about 60 times a
     /// second while the pen reports nothing: it applies the dabs of an airbrush and releases
-    /// samples that were held back by time.
+    /// samples whose delay has passed.
     void Tick(double time);
     /// Applies the remaining dabs after the last sample.
     void Release();

@@ -14,7 +14,8 @@ namespace trovik {
 /// Applies dabs along a path, spaced by path length on the current surface. Each dab is applied
 /// where the path length from the previous dab, measured around corners, reaches the previous dab's
 /// spacing. The distance covered towards the next dab is carried over from sample to sample. Dabs
-/// depend on the shape of the path, not on its samples (see ArcPath) or on when they are requested.
+/// depend on the shape of the path, but not on its sampling (see ArcPath) or on when they are
+/// requested.
 ///
 /// No dabs are applied off the mesh. Where the path returns to the mesh, a dab is applied
 /// immediately if the last dab is at least one spacing away. With DabDynamics::airbrush, a dab is
@@ -53,8 +54,8 @@ public:
     /// Applies all final dabs, or as many of them as the deadline allows. The clock is read after
     /// each dab, so at least one is applied. The dabs are bit-identical regardless of how they are
     /// distributed over calls. \return whether all final dabs have been applied.
-    /// \throw HostError if the path has become too long: from PathSteps::CheckLength, before any
-    /// dab is applied, or from PathSteps::Take. Exceptions from PathOptions::poll pass through.
+    /// \throw HostError if the path has become too long; thrown by PathSteps::CheckLength before
+    /// any dab is applied, or by PathSteps::Take. Exceptions from PathOptions::poll pass through.
     bool Advance(Deadline deadline = noDeadline);
     /// Ends the path and applies the remaining dabs. \throw the exceptions of Advance.
     void Finish();

@@ -18,7 +18,8 @@ public:
     PathResampler(const ArcPath& path, double step, double ahead = 0.0);
 
     /// Appends the samples that are now final and have not been returned yet. While the pen pauses
-    /// at the end of the path, samples of the pause are final at once unless `ahead` is positive.
+    /// at the end of the path, samples of the pause are final immediately unless `ahead` is
+    /// positive.
     /// \param position  returns the position of the sample at a length; called with ascending
     /// lengths.
     /// \param isWhole  whether the path is complete, which makes all samples final.
@@ -41,7 +42,7 @@ private:
     double most;
     std::size_t corner = 0;
     std::size_t rest = 0;
-    /// The next knot of the pause that is being resampled, 0 if there is none, and the position of
+    /// The next knot of the pause that is being resampled (0 if there is none), and the position of
     /// the pause.
     std::size_t knot = 0;
     Vector there;

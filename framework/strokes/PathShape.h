@@ -36,8 +36,8 @@ TROVIK_API std::vector<PathSample> Shaped(std::vector<PathSample> samples,
                                           const PathShape& shape,
                                           bool timed = false);
 
-/// The straight line from the first to the last position. Pressure, tilt and time are those at the
-/// same fraction of the path.
+/// The straight line from the first to the last position. Pressure, tilt and time are taken from
+/// the same fraction of the path.
 TROVIK_API std::vector<PathSample> Straightened(const std::vector<PathSample>& samples);
 
 /// The centripetal Catmull-Rom curve through the positions: it interpolates each position, is

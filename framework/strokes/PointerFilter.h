@@ -48,17 +48,16 @@ struct PointerLimits {
 ///    samples get the pressure from before the jump. Samples after a position jump right before the
 ///    release are dropped.
 ///
-/// A stream without faults passes through bit-identical.
+/// A stream without faults passes through unchanged, bit for bit.
 ///
 /// A sample is returned once all of these conditions hold; the numbers refer to the list above:
 ///
 /// - 1, 2: the next sample at another position or time has arrived.
-/// - 2, 3: a sample whose time is `lateTime` later has arrived, or `lateSamples` more samples have.
-///   For a group of decreasing times, this must also hold for the next group.
-/// - 5: the times of the next four samples are final, or the time of a sample `settleTime` later
-///   is.
-/// - 4, for the first samples only: the time of the fifth sample is final, or the time of a sample
-///   `settleTime` after the first is.
+/// - 2, 3: a sample whose time is `lateTime` later has arrived, or `lateSamples` more samples have
+///   arrived. For a group of decreasing times, this must also hold for the next group.
+/// - 5: the next four samples, or a sample `settleTime` later, have their final times.
+/// - 4, for the first samples only: the fifth sample, or a sample `settleTime` after the first, has
+///   its final time.
 ///
 /// At 125 samples per second, a sample is returned 56 ms after it was drawn, and the first sample
 /// after 88 ms; at 1000 samples per second, the delays are 50 ms and 54 ms. With a `lateTime` of 0,

@@ -45,7 +45,7 @@ struct String {
     /// Vector from the weight to the pen.
     Place pull{};
 
-    /// Moves the pen by `way` along `toward`. \return the displacement that results for the weight.
+    /// Moves the pen by `way` along `toward`. \return the vector by which the dragged weight moves.
     Place Move(const Place& toward, double way) {
         const double ahead = Dot(pull, toward);
         const double room = length * length - Dot(pull, pull);

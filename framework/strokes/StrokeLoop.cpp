@@ -92,7 +92,7 @@ void StrokeLoop::Begin(BrushOperation::Modifier strokeModifier, uint64_t seed) {
     mainDabs.clear();
     falloff = brush.Settings().falloff.Current();
     BeginStroke();
-    // A modifier key can have changed the tool.
+    // A modifier key may have changed the tool.
     stamps.Begin(brush, geometry, tree, seed);
     sizeRandom = StrokeRandom(seed ^ sizeSalt);
     inPairs = mirrors.size() > 1 && KeepsPlane();

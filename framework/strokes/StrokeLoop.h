@@ -66,10 +66,10 @@ public:
     /// A brush stores the plane of a stroke for one mirrored side only. If the tool uses such a
     /// plane and there is more than one mirrored side, the other sides are applied in pairs, each
     /// in an additional stroke after the first; all strokes are undone together.
-    /// \param mode  returned by MirrorConfiguration::MirrorMode from now on. With Topological, the
-    /// mirrored dab comes from the mesh's MirrorVertex, regardless of the maps; there is no
-    /// mirrored dab where MirrorVertex returns -1. \throw HostError while a stroke is open; the
-    /// mirrors are then unchanged.
+    /// \param mode  the value that MirrorConfiguration::MirrorMode returns from now on. With
+    /// Topological, the mirrored dab comes from the mesh's MirrorVertex, regardless of the maps;
+    /// there is no mirrored dab where MirrorVertex returns -1. \throw HostError while a stroke is
+    /// open; the mirrors are then unchanged.
     void SetMirrors(int mode, std::vector<Matrix> pointMaps);
 
     /// Sets the (borrowed) observer of all calls into the brush; null removes it.
@@ -81,8 +81,8 @@ public:
 
     /// Begins a stroke. Loads the stamp's file if necessary. \param seed  seed of all random values
     /// of the stroke.
-    /// \throw HostError if the file cannot be read; no stroke has then begun. Also if a stroke is
-    /// already open; that stroke is not affected.
+    /// \throw HostError if the file cannot be read, in which case no stroke begins, or if a stroke
+    /// is already open; the open stroke is not affected.
     void Begin(BrushOperation::Modifier modifier, uint64_t seed = 0);
     /// Applies one dab. Throws HostError if no stroke is open, as does WholeMesh.
     void Dab(const StrokeDab& dab);
@@ -126,7 +126,7 @@ private:
     bool KeepsPlane() const;
     void ApplyOtherPairs(const std::function<void()>& poll);
     void SettleSides();
-    /// Restores hidden vertices that the brush changed to their values before the stroke.
+    /// Restores the values from before the stroke at hidden vertices that the brush changed.
     void RestoreHidden();
     void Announce(const std::vector<uint32_t>& vertices);
     void ClearLastWalks();
@@ -134,7 +134,7 @@ private:
         StrokeDab dab;
         Matrix pointMap;
     };
-    /// The dab's topological mirror image; empty if it has none, and in other modes.
+    /// The dab's topological mirror image; empty if there is none, and in other mirror modes.
     std::optional<MirroredDab> AcrossTopology(const StrokeDab& dab) const;
     /// Reports the patches that a dab's traversals have visited.
     void ReportDab();

@@ -43,7 +43,7 @@ public:
         last = dab.position;
         loop.Dab(dab);
         ++count;
-        // A minimum distance, so that following the path always ends.
+        // A minimum distance, so that following the path always terminates.
         distance = std::max(loop.Spacing(options.radius, options.spacing), options.radius * 1e-3f);
         if (options.progress) options.progress();
     }
