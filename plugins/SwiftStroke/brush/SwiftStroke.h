@@ -35,7 +35,7 @@ struct DeferredNormal {
 static_assert(sizeof(DeferredNormal) == 8);
 
 /// The brush: fifteen tools in one class. It is a scene node, an operation that the host's stroke
-/// loop calls, and the visitor of the mesh traversals that find the patches and vertices under the
+/// loop calls, and the visitor for the mesh traversals that find the patches and vertices under the
 /// brush.
 ///
 /// A stroke consists of one BeginStroke, one ApplyDab for every hit, and one EndStroke. A dab

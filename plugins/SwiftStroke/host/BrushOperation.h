@@ -188,8 +188,8 @@ public:
     /// Returns the projective matrix that maps mesh-local positions to stamp pixels for the current
     /// dab.
     virtual Matrix MaskMatrix(int mask) const;
-    /// Returns whether the mask is inverted: a value v is then read as 1 - v + offset instead of v
-    /// - offset, where offset is MaskOffset(mask).
+    /// Returns whether the mask is inverted. With o = MaskOffset(mask), a value v then reads as
+    /// (1 - v) + o, otherwise as v - o.
     virtual bool IsMaskInverted(int mask) const;
     /// Returns the factor that is applied to all mask values, 1 by default. Brushes call this for
     /// every dab.
@@ -301,8 +301,8 @@ public:
     virtual int FalloffIndex() const;
     /// Returns the number of alternate behaviours that a modifier key can select, 0 or 1.
     virtual unsigned AlternateBehaviorCount() const;
-    /// Returns the name of an alternate behaviour, such as "Smooth"; empty for an index beyond the
-    /// count.
+    /// Returns the name of an alternate behaviour, such as "Smooth"; empty if the index is out of
+    /// range.
     virtual QString AlternateBehavior(unsigned index) const;
     /// Returns whether strokes snap to curves (strokeOptionE).
     virtual bool IsSnapToCurve() const;

@@ -22,8 +22,9 @@ enum NodeEventType : int {
     NodeEventSourceConnected = 2,
 };
 
-/// Base class of all objects in a scene. A node has a name, attributes, and a version that counts
-/// its changes, and it can be streamed. Used only on the main thread of the host.
+/// Base class of all objects in a scene. A node has a name, attributes and a version that counts
+/// its changes. It can be written to a stream and read from one. Used only on the main thread of
+/// the host.
 class TROVIK_API Node {
 public:
     Node();
@@ -75,7 +76,7 @@ public:
     /// \return null if no attribute has this name.
     Attribute* AttributeByName(const QString& name) const;
 
-    /// Adds a node whose OnEvent is called by this node's ContentChanged.
+    /// Adds a listener, whose OnEvent is called by this node's ContentChanged.
     void AddListener(Node* listener);
     void RemoveListener(Node* listener);
 

@@ -93,7 +93,8 @@ void PackNormals(
         }
         return;
     }
-    // Fewer than four cells are processed in a copy, because the grid may end after them.
+    // If there are fewer than four cells, they are processed in a copy, because the grid may end
+    // after them.
     HWVector copy[3][6];
     for (uint32_t i = 0; i < 6; ++i) {
         const uint32_t from = std::min(i, count + 1);

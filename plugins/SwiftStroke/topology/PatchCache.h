@@ -68,7 +68,7 @@ public:
         HWVector lower;
         HWVector upper;
         bool hasNan = false;
-        /// State of ringEnds, which only a few patches need.
+        /// Result of the search for `ringEnds`, which only a few patches need.
         enum class Ring { NotSearched, Found, Open } ring = Ring::NotSearched;
         RingEnds ringEnds = {};
 
@@ -82,8 +82,7 @@ public:
     /// Clears data that may be out of date. Must be called at the start of a dab.
     /// \param smoothsLayer  see SwiftStroke::SmoothsLayer.
     void Check(const MeshChange& change, int32_t patchLevel, bool smoothsLayer);
-    /// Enables patch look-up and adding patches if patches are deep enough for the cache to be
-    /// useful.
+    /// Enables looking up and adding patches if they are deep enough for the cache to be useful.
     void Open() { isOpen = level >= shallowest; }
     bool IsOpen() const { return isOpen; }
     /// Must be called when a dab has ended without an exception. Otherwise, the next Check clears

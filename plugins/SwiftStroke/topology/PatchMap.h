@@ -5,10 +5,10 @@
 
 namespace trovik {
 
-/// For each face of the lowest quad level, lists up to ten faces around its corners, which a change
-/// at the face's seams can affect. Renderers are notified of these faces; the geometry of seams
-/// does not depend on the map. It is a child node of the level, is built when it is linked, and is
-/// saved with the scene.
+/// For each face of the lowest quad level, lists the faces around its corners (at most ten) that a
+/// change at the face's seams can affect. Renderers are notified of these faces; the geometry of
+/// seams does not depend on the map. It is a child node of the level, is built when it is linked,
+/// and is saved with the scene.
 class PatchMap : public TreeNode, public AdjacentVertexEnumerator {
 public:
     static constexpr uint32_t rowLength = 10;
@@ -31,7 +31,7 @@ public:
     void Operator(uint32_t vertex, uint32_t face) override;
 
     /// Row f consists of the entries f * 10 to f * 10 + 9, which contain distinct faces in order of
-    /// discovery, then empty slots.
+    /// discovery, followed by empty slots.
     Store<uint32_t> neighbourFaces{"unknown"};
     uint32_t currentFace = 0;
 };

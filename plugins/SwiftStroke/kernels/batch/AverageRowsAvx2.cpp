@@ -78,7 +78,7 @@ private:
 };
 static_assert(RowBatches::capacity + rowCount - 1 <= 256);
 
-/// Bounds of the moves of four rows, two cells at a time.
+/// Bounds of the moved vertices in four rows, extended two cells at a time.
 class WideBounds {
 public:
     TROVIK_AVX2_INLINE explicit WideBounds(const DabConstants& dab)

@@ -83,8 +83,8 @@ TROVIK_FORCE_INLINE float PlainPixel(const SwiftStroke& brush, uint32_t column, 
 }
 
 /// The four pixels and weights of a bilinear lookup. The base pixel is the rounded coordinate; the
-/// weights are the fractional part of the coordinate minus 0.5. The base is therefore one pixel
-/// higher than usual; results depend on this convention.
+/// weights are the fractional parts of (coordinate - 0.5). The base is therefore one pixel higher
+/// than usual; results depend on this convention.
 struct BilinearRead {
     BilinearRead(const SwiftStroke& brush, const StampPosition& stampPosition, bool tiled) {
         const float du = static_cast<float>(static_cast<double>(stampPosition.u) - 0.5);
