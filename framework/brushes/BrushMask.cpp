@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The brush's masks: -1 is its stamp, 1 is the mirrored lookup of the stamp.
+/// \file The brush's masks, by number: -1 is the stamp, 1 is the mirrored stamp lookup.
 #include "framework/brushes/BrushSettings.h"
 
 namespace trovik {

@@ -18,7 +18,7 @@ namespace {
 
 constexpr float largest = 100.0f;
 
-/// A setting modified by pressure: the fraction `bias` (percent) does not depend on pressure.
+/// Scales a setting by pressure; `bias` is the pressure-independent part, in percent.
 float UnderPressure(float setting, float bias, float pressure) {
     const float fixed = bias * 0.01f;
     return setting * ((1.0f - fixed) * pressure + fixed);

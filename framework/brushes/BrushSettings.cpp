@@ -9,8 +9,7 @@ namespace trovik {
 
 namespace {
 
-/// Transfers the samples of a user-defined curve; a curve in the table is identified by its index
-/// alone.
+/// Reads or writes the falloff: the curve's index and, for a user-defined curve, its samples.
 void TransferFalloff(BrushOperation::Private& settings, Stream& stream) {
     int32_t index = settings.falloffIndex;
     stream.Transfer(index);
@@ -27,8 +26,8 @@ void TransferFalloff(BrushOperation::Private& settings, Stream& stream) {
         stream.WriteElements(samples.array, sizeof(float), count);
         return;
     }
-    // Samples are read one at a time, so that a wrong count fails at the end of the file instead of
-    // in an allocation.
+    // Samples are read one at a time, so that a wrong count causes an end-of-file error and not a
+    // huge allocation.
     std::vector<float> values;
     for (uint32_t i = 0; i < count; ++i) {
         float value = 0.0f;
@@ -39,7 +38,7 @@ void TransferFalloff(BrushOperation::Private& settings, Stream& stream) {
     settings.falloffIndex = customFalloffIndex;
 }
 
-/// Replaces NaN and infinity, which a file may contain, with `otherwise`.
+/// Replaces a non-finite value, which a file may contain, with `otherwise`.
 void Finite(float& value, float otherwise) {
     if (!std::isfinite(value)) value = otherwise;
 }

@@ -13,18 +13,17 @@
 
 namespace trovik {
 
-/// A brush's host-side state: everything that a stroke script or a panel can set and that is not an
-/// attribute.
+/// A brush's host-side state: all settings that scripts and panels can change, except attributes.
 struct BrushOperation::Private {
     explicit Private(BrushOperation& brush) : strokeResources(brush) {}
 
     float size = 25.0f;      ///< 0 to 100
     float strength = 15.0f;  ///< 0 to 100, in percent
-    float sizeBias = 0.0f;   ///< percent that does not depend on pressure
+    float sizeBias = 0.0f;   ///< pressure-independent part, in percent
     float strengthBias = 0.0f;
     bool orientedToSurface = true;
     bool screenSpace = false;
-    bool inverted = false;  ///< the open stroke began with ModifierInvert
+    bool inverted = false;  ///< whether the open stroke began with ModifierInvert
 
     int falloffIndex = smoothFalloffIndex;  ///< customFalloffIndex: user-defined samples
     FalloffTable falloff{falloffIndex};
@@ -34,7 +33,7 @@ struct BrushOperation::Private {
     QString stampName;       ///< returned by MaskName
     QString stampImagePath;  ///< StampConfiguration::path from which stampImage was loaded
     std::shared_ptr<Image> stampImage;  ///< null if there is none
-    /// Stamp images of other tools, by path, for as long as they are in use elsewhere.
+    /// Stamp images of other tools, by path, while they are in use elsewhere.
     std::map<QString, std::weak_ptr<Image>> cachedStampImages;
     bool stampTiled = false;
     bool stampInverted = false;
@@ -44,11 +43,11 @@ struct BrushOperation::Private {
     Matrix stampMatrix;              ///< set by the stroke loop for each dab
     bool mirroredStampRead = false;  ///< mask 1
 
-    Vector directionVector;  ///< argument of the last SetDirectionVector, for the cursor
+    Vector directionVector;  ///< last argument of SetDirectionVector, used for the cursor
     bool directionVectorSet = false;
 
     BrushConfiguration* active = nullptr;
-    /// Stored settings by tool, as bytes of a stream.
+    /// Stored settings of each tool, serialised.
     std::map<const BrushConfiguration*, std::vector<uint8_t>> stored;
 
     StrokeResources strokeResources;

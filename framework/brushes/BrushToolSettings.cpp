@@ -53,12 +53,13 @@ void BrushOperation::RestoreConfiguration(const BrushConfiguration* configuratio
     TransferToolSettings(stream);
 }
 
-// Transfers everything that a tool sets or that the user may change for it. The brush size is
-// shared by all tools.
+// Reads or writes all settings that a tool sets or that the user can change for it. The brush size
+// is shared by all tools.
 void BrushOperation::TransferToolSettings(Stream& stream) {
     for (Attribute* attribute : Attributes()) {
         // An attribute that is connected to a source has no value of its own. The connection may no
-        // longer exist when the settings are restored, so whether there was one is stored as well.
+        // longer exist when the settings are restored, so the settings also store whether there was
+        // one.
         uint8_t own = attribute->Source() == nullptr ? 1 : 0;
         stream.Transfer(own);
         if (own == 0) continue;

@@ -18,7 +18,7 @@ struct Curve {
     float (*value)(float x);
 };
 
-/// Ordered by index. Scenes store the index, so new curves must be appended.
+/// Ordered by index. Scenes store the index, so new curves must be added at the end.
 constexpr Curve curves[] = {
     {"constant", [](float) { return 1.0f; }},
     {"linear", [](float x) { return 1.0f - x; }},

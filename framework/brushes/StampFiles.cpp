@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The folder at the start of the tools' own stamp names.
+/// The folder name at the start of the tools' default stamp names.
 constexpr const char* toolFolder = "Stamps";
 constexpr const char* extensions[] = {".tif", ".tiff", ".png", ".exr", ".jpg", ".jpeg"};
 

@@ -18,10 +18,10 @@ struct ToolTraits {
 
     StrengthUnit strengthUnit = StrengthUnit::Length;
     float radiiAtFullStrength = 1.0f;
-    /// With a vector stamp, the strength is a percentage regardless of the unit, because the
-    /// stamp's values are fractions of its side.
+    /// With a vector stamp, whose values are fractions of its side, the strength is a percentage
+    /// regardless of `strengthUnit`.
     bool vectorStampTakesPercent = true;
-    /// With StampPositioning::Tool, the stamp rotates with the stroke.
+    /// Whether the stamp follows the stroke direction with StampPositioning::Tool.
     bool rotatesStampAlongStroke = false;
     /// Copies of the stamp are placed side by side: the dab distance is two radii plus the tool's
     /// gap, and the stroke's spacing is ignored.
@@ -31,8 +31,8 @@ struct ToolTraits {
     bool worksOnPlane = false;
 };
 
-/// The traits of a catalogue entry; the defaults if it is null. Cost: a search in a list of about
-/// twenty names.
+/// The traits of a catalogue entry, or the defaults if it is null. Cost: a search in a list of
+/// about twenty names.
 TROVIK_API const ToolTraits& TraitsOf(const BrushConfiguration* tool);
 /// The traits of the brush's active tool.
 inline const ToolTraits& TraitsOf(const BrushOperation& brush) {

@@ -13,7 +13,7 @@ namespace trovik {
 enum class FreezeMode : int {
     /// The maximum of b and g.
     Raise,
-    /// g, even if it is 0.
+    /// The new amount g replaces b, even if g is 0.
     Replace,
     /// b + g, at most 127.
     Add,

@@ -14,16 +14,16 @@ namespace trovik {
 /// like any other brush, with the same paths, mirrors, pressure, falloffs, facing angles and
 /// stamps.
 ///
-/// A dab changes each vertex under it (VerticesUnderDab) with a weight w: falloff at its distance,
-/// times facing factor, times stamp, times strength in percent / 100, clamped to 0 to 1. With s the
-/// vertex's mask weight, amount / 127, the new mask weight is
+/// A dab changes each vertex under it (VerticesUnderDab) by a weight w, which is the product of the
+/// falloff at the vertex's distance, the facing factor, the stamp value and the strength (percent /
+/// 100), clamped to [0, 1]. If s is the vertex's mask weight (amount / 127), the new mask weight is
 ///
 ///     freezing                      s + (1 - s) w
 ///     ModifierInvert: unfreezing    s - s w
 ///     ModifierSmooth: blurring      s + (m - s) w
 ///
 /// where m is the mean mask weight of its neighbours before the dab. During a stroke, mask weights
-/// are stored in single precision; the amounts are rounded from these weights.
+/// are stored in single precision and rounded to amounts.
 ///
 /// At the end of a stroke, one undo step labelled "Freeze" is added to the geometry's history. No
 /// other code may change the mask during the stroke. Cost of a dab: O(faces under it).
@@ -63,8 +63,8 @@ private:
     Vector Eye() const;
 
     LevelMesh* level = nullptr;
-    /// The stroke's falloff, which is not affected by later settings. Borrowed from the base class
-    /// for the duration of the stroke.
+    /// The stroke's falloff, which later changes to the setting do not affect. Borrowed from the
+    /// base class for the duration of the stroke.
     const Store<float>* falloff = nullptr;
     Modifier strokeModifier = ModifierNone;
     std::unique_ptr<FreezeRecords> records;

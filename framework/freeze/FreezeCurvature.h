@@ -9,7 +9,7 @@ namespace trovik {
 
 /// The sign of the curvature that an operation selects.
 enum class CurvatureSign : int {
-    /// Concave: around the vertex, the surface rises towards the normal.
+    /// Concave: the surface around the vertex rises in the direction of the normal.
     Cavity,
     /// Convex: the surface falls away around the vertex.
     Ridge,
@@ -25,8 +25,8 @@ struct CurvatureRange {
     /// weight 1.
     float from = 0.25f;
     float to = 3.402823466e+38f;
-    /// Outside that range, the weight decreases linearly to 0 over this difference in scaled
-    /// curvature.
+    /// Width of the falloff outside that range, in scaled curvature: the weight falls linearly to 0
+    /// over this width.
     float softness = 0.0f;
     /// Number of rings over which the curvature is averaged; each ring is one step of
     /// BlurredFreeze.
@@ -35,7 +35,7 @@ struct CurvatureRange {
 
 /// The scaled curvature at each vertex p of the bound level, computed from world positions: the
 /// mean over its neighbours q of the curvature towards q, 2 (q - p) . n / |q - p|^2, times `size`,
-/// where n is the normal at p. Neighbours are weighted as for BlurredFreeze. 0 for a vertex without
+/// where n is the normal at p. Neighbours are weighted as in BlurredFreeze. 0 for a vertex without
 /// faces.
 /// \param size, rings  see CurvatureRange. Cost: O(faces).
 TROVIK_API std::vector<float> ScaledCurvatures(const LevelGeometry& geometry,

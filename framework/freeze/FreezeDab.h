@@ -10,8 +10,8 @@
 namespace trovik {
 
 /// A vertex within reach of a dab: it is within the radius (world units) of the hit, and connected
-/// to the hit's face by faces that have a corner in that sphere. Parts of the surface that are near
-/// in space but not along the surface are not reached.
+/// to the hit's face through faces that have a corner in that sphere. Parts of the surface that are
+/// near the hit only in space, not along the surface, are not reached.
 struct FreezeReach {
     uint32_t vertex;
     /// A face that contains the vertex.
@@ -26,9 +26,9 @@ TROVIK_API std::vector<FreezeReach> VerticesUnderDab(LevelMesh& level,
                                                      const Vector& center,
                                                      float radius);
 
-/// The mask weights of the vertices that a stroke has touched. During a stroke, they are stored
-/// without rounding to freeze amounts, so that many weak dabs add up to the same result as a few
-/// strong ones.
+/// The mask weights of the vertices that a stroke has touched. During a stroke, they are not
+/// rounded to freeze amounts, so that many weak dabs add up to the same result as a few strong
+/// ones.
 class TROVIK_API FreezeRecords {
 public:
     explicit FreezeRecords(LevelMesh& strokeLevel) : level(strokeLevel) {}

@@ -15,9 +15,9 @@ namespace trovik {
 
 namespace {
 
-/// A vertex is visible unless its line of sight hits the surface at least this fraction of its
-/// distance in front of it. Because of rounding, the surface around the vertex itself can be hit
-/// slightly in front of it.
+/// Tolerance of the visibility test, as a fraction of the distance between eye and vertex. A vertex
+/// is hidden only if the surface is hit at least this far in front of it, because rounding can
+/// place a hit on the vertex's own faces slightly in front of it.
 constexpr float sightTolerance = 1e-4f;
 
 /// A viewport's camera, prepared for projecting many positions.
@@ -121,8 +121,8 @@ bool ViewBox::Holds(const ViewPoint& point) const {
            point.y >= std::min(from.y, to.y) && point.y < std::max(from.y, to.y);
 }
 
-// A side includes its upper end but not its lower end, so that a corner at the same height as the
-// position is counted once.
+// A side includes its upper end but not its lower end, so that a corner level with the position is
+// counted once.
 bool ViewLasso::Holds(const ViewPoint& point) const {
     bool inside = false;
     for (std::size_t i = 0; i < corners.size(); ++i) {

@@ -12,7 +12,7 @@
 
 namespace trovik {
 
-/// Selects the vertices that an operation in the view reaches.
+/// The vertices that an operation in the view affects.
 enum class ViewReach : int {
     /// Vertices not occluded by the mesh.
     Visible,
@@ -44,8 +44,8 @@ TROVIK_API std::vector<float> WeightsInView(const LevelGeometry& geometry,
                                             ViewReach reach,
                                             const std::function<float(const ViewPoint&)>& weightAt);
 
-/// A viewport rectangle, including its left and upper sides but not the others. The corners may be
-/// in any order.
+/// A viewport rectangle, including its left and upper sides but not the others. The two corners may
+/// be given in either order.
 struct TROVIK_API ViewBox {
     ViewPoint from;
     ViewPoint to;
@@ -53,8 +53,8 @@ struct TROVIK_API ViewBox {
 };
 
 /// A closed polygon in the viewport; the last corner is connected to the first. A point is inside
-/// if a horizontal line to the right crosses the polygon an odd number of times, so a loop within a
-/// loop is a hole.
+/// if a horizontal ray to the right crosses the polygon an odd number of times (even-odd rule), so
+/// a loop within a loop is a hole.
 class TROVIK_API ViewLasso {
 public:
     explicit ViewLasso(std::vector<ViewPoint> lassoCorners) : corners(std::move(lassoCorners)) {}
@@ -69,15 +69,15 @@ class TROVIK_API ViewImage {
 public:
     enum class Channel : int {
         /// 0.2126 red + 0.7152 green + 0.0722 blue, computed from the values in the file; for a
-        /// grey image, its value.
+        /// grey image, the value itself.
         Luminance,
         /// 1 if the image has no alpha channel.
         Alpha,
     };
     /// \param over  the area that the image covers, up to its borders.
     ViewImage(const FloatImage& image, Channel channel, bool inverted, const ViewBox& over);
-    /// Weight at a position; 0 outside the area. Interpolated bilinearly between pixel centres,
-    /// constant beyond the outermost ones.
+    /// Weight at a position; 0 outside the area. Interpolated bilinearly between pixel centres and
+    /// constant beyond the outermost centres.
     float WeightAt(const ViewPoint& position) const;
 
 private:

@@ -18,7 +18,7 @@ TROVIK_API std::vector<float> WeightsOfGroup(const LevelGeometry& geometry,
                                              uint32_t levelIndex,
                                              uint32_t group);
 
-/// Returns 1 near `center`, 0 at `radius` and beyond. The weight falls linearly over the outer
+/// Returns 1 near `center`, 0 at `radius` and beyond. The weight falls off linearly over the outer
 /// fraction `soft` (0 to 1) of the radius. World space.
 TROVIK_API std::vector<float> WeightsInSphere(const LevelGeometry& geometry,
                                               const Vector& center,

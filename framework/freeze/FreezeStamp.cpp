@@ -10,7 +10,7 @@ namespace trovik {
 
 namespace {
 
-/// A limit for pixel coordinates; stamps are never repeated that often.
+/// Limit for pixel coordinates; no real stamp is tiled that many times.
 constexpr float farthest = 1e9f;
 
 int64_t Wrapped(int64_t coordinate, int64_t size) {

@@ -109,8 +109,8 @@ void LayerBase::AbsorbMove(LayeredVertex& layeredVertex,
             !SameBits(state.rest, Sum(layeredVertex.base, layers, first, last, touch)))
             continue;
         // The last stroke that moved the vertex was in this layer, so the base is unchanged. The
-        // stroke may have rounded the sum differently, or it may have deferred the position, which
-        // has then not been computed yet.
+        // stroke may have rounded the sum differently, or it may have deferred computing the
+        // position.
         if (SameBits(present, layer.Composite(touch->slot)))
             Note(layeredVertex, Sum(layeredVertex.base, layers, first, last), present);
         return;

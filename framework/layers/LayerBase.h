@@ -15,9 +15,10 @@ namespace trovik {
 /// only on the base and the layers, so hiding and showing layers in any order restores
 /// bit-identical positions.
 ///
-/// Strokes, however, write differently rounded sums and their own normals. For each vertex, the
-/// last such position and normal are stored here together with the result computed from the layers,
-/// and replace that result whenever it is computed again.
+/// Strokes, however, write differently rounded sums and their own normals. For each vertex, this
+/// class stores the last position and normal that a stroke wrote, along with the result computed
+/// from the layers. Whenever the computation gives that result again, the stored position and
+/// normal replace it.
 class TROVIK_API LayerBase {
 public:
     using Layers = std::vector<std::shared_ptr<SculptLayer>>;
@@ -26,18 +27,18 @@ public:
     struct LayeredVertex {
         uint32_t vertex = 0;
         Vector base;
-        /// If the computed sum equals `sum`, the vertex is at `place` instead.
+        /// If the computed sum equals `sum`, the vertex is at `position` instead.
         Vector sum;
         Vector position;
     };
     static bool SameLayeredVertex(const LayeredVertex& a, const LayeredVertex& b);
-    /// A vertex's data in another state, if it had any.
+    /// The data of a vertex in another state; it may have had none.
     struct OtherLayeredVertex {
         LayeredVertex layeredVertex;
         bool isKnown = false;
     };
-    /// If the positions of a vertex's surrounding faces match the hash `ring`, this normal replaces
-    /// the computed one.
+    /// This normal replaces the computed one while the hash of the positions around the vertex
+    /// equals `ring`.
     struct StoredNormal {
         uint64_t ring = 0;
         uint32_t vertex = 0;
@@ -46,7 +47,7 @@ public:
         int16_t unused[3] = {0, 0, 0};
     };
 
-    /// Absorbs the level's changes since the last call.
+    /// Updates the stored data for changes to the level since the last call.
     /// \param layers  layers of the level, lowest first.
     /// Cost: O(touched vertices).
     void Settle(const LevelMesh& level, const Layers& layers);
@@ -61,7 +62,7 @@ public:
     /// Updates the level after its layers or their offsets have changed since Settle: positions,
     /// the normals around moved vertices, and the state that each layer stores for a vertex.
     Replaced Compose(LevelMesh& level, const Layers& layers);
-    /// Called after a layer change that does not change the surface: records that the current
+    /// Called after a layer change that leaves the surface unchanged: records that the current
     /// positions belong to the new layers.
     void Keep(const LevelMesh& level, const Layers& layers);
 
@@ -76,9 +77,8 @@ public:
         LayeredVertex layeredVertex;
         std::vector<Entry> entries;
     };
-    /// Returns the data of one vertex, with the changes since the last call to Settle absorbed.
-    /// There are no entries if no layer touches the vertex. Cost: O(layers + log(touched
-    /// vertices)).
+    /// Returns the data of one vertex, including changes since the last call to Settle. There are
+    /// no entries if no layer touches the vertex. Cost: O(layers + log(touched vertices)).
     VertexLayers VertexLayersOf(const LevelMesh& level,
                                 const Layers& layers,
                                 uint32_t vertex) const;
@@ -123,7 +123,7 @@ private:
                                  const Layers& layers,
                                  const Touched* first,
                                  const Touched* last);
-    /// Absorbs a position that differs from the expected one into the vertex's data.
+    /// Updates the vertex's data for a position that differs from the expected one.
     static void AbsorbMove(LayeredVertex& layeredVertex,
                            const Layers& layers,
                            const Touched* first,

@@ -17,14 +17,14 @@ namespace trovik {
 ///
 /// A vertex may also move independently of the layer: by a stroke on another layer or without an
 /// active layer, or by a change propagated from a coarser level. On the next access, the layer
-/// detects that the position differs from the one that it wrote, and adds the difference to the
-/// rest position.
+/// detects that the position differs from the one it wrote, and adds the difference to the rest
+/// position.
 ///
 /// If a level has several layers, they belong to a LayerStack, which composes them all. The
-/// functions of this class treat the other layers as part of the rest position.
+/// functions of this class treat all other layers as part of the rest position.
 ///
-/// Memory: 40 bytes per touched vertex, and 4 KiB for each range of 1024 vertices that contains
-/// one.
+/// Memory: 40 bytes per touched vertex, and 4 KiB for each range of 1024 vertices that contains a
+/// touched one.
 class TROVIK_API SculptLayer : public trovik::Layer {
 public:
     /// Borrows the level. A layer must not be used after its level is destroyed.
@@ -49,7 +49,7 @@ public:
     bool Writable() const override { return given.writable && given.visible; }
 
     /// Returns the slot of the vertex. A new slot has the current position of the vertex as its
-    /// rest position, and offset 0.
+    /// rest position and an offset of 0.
     uint32_t SlotOf(uint32_t vertex);
     /// Returns the slot of the vertex, or noSlot.
     uint32_t FindSlot(uint32_t vertex) const;
@@ -99,7 +99,7 @@ public:
     void SwapState(uint32_t slot, State& state);
     /// Computes the position from rest, effective strength and offset.
     Vector Composite(uint32_t slot) const;
-    /// Updates the composite position of one vertex to the current strength.
+    /// Updates the composite position of one vertex for the current strength.
     void Compose(uint32_t slot);
     /// A handle that points to this layer while it exists, and to null afterwards. Used by objects
     /// that may outlive the layer.

@@ -8,7 +8,7 @@ namespace trovik {
 
 namespace {
 
-// Never destroyed: descriptors of libraries may be unregistered until the process ends.
+// Never destroyed: libraries may unregister their descriptors until the process ends.
 std::vector<const ClassDesc*>& Registry() {
     static auto* registry = new std::vector<const ClassDesc*>;
     return *registry;

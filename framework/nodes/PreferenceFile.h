@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-/// The texts that a panel shows for a preference.
+/// The strings that a panel shows for a preference.
 struct PreferenceInfo {
     QString category;
     QString label;
@@ -24,10 +24,10 @@ TROVIK_API const PreferenceInfo* FindPreferenceInfo(const std::string& key);
 /// Returns all registered keys, sorted.
 TROVIK_API std::vector<std::string> PreferenceKeys();
 /// Stored values, as text, for keys that are not registered yet. Registering a key removes its
-/// value from here.
+/// value from this map.
 TROVIK_API std::map<std::string, std::string>& PendingPreferences();
 
-/// Returns a message text stating that a value's type differs from the preference's type.
+/// Returns a message stating that a value's type differs from that of the preference.
 TROVIK_API std::string WrongPreference(const Attribute& attribute, const std::string& given);
 
 /// Returns the path of the user's preferences file: trovik/preferences.json in $XDG_CONFIG_HOME, by

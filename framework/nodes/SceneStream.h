@@ -21,7 +21,7 @@ public:
     using Stream::Transfer;
     static constexpr uint32_t currentFormat = 334;
 
-    /// Creates a stream for writing. The class versions are the current ones in the registry.
+    /// Creates a stream for writing. The class versions are taken from the registry.
     explicit SceneStream(uint32_t format = currentFormat);
     /// Creates a stream for reading.
     /// \throw Error* if the bytes are not a scene or end within the header.
@@ -36,8 +36,8 @@ public:
     /// \param what  the name of the section for messages, such as "chunk LEVL".
     SceneStream Section(const uint8_t* bytes, uint64_t size, uint64_t offset, QString what) const;
 
-    /// Sets the version with which a class is written, so that the stream looks like one from an
-    /// older program.
+    /// Sets the class version to write, so that the stream looks as if an older program had written
+    /// it.
     void SetClassVersion(const ClassDesc* classDesc, int version);
     /// Returns the header and the data of a written stream.
     std::vector<uint8_t> ToBytes() const;
@@ -66,8 +66,8 @@ public:
     uint64_t Offset() const { return origin + position; }
     uint32_t Format() const { return format; }
 
-    /// \throw Error* if fewer bytes are left. Called before memory is allocated for a count from
-    /// the file.
+    /// \throw Error* if fewer bytes are left. Called before allocating memory for an element count
+    /// that was read from the file.
     void Expect(uint64_t count, uint64_t elementSize) const;
     /// Skips bytes.
     /// \throw Error* if fewer are left.

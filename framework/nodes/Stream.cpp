@@ -15,7 +15,7 @@ void Stream::Transfer(QString& text) {
         WriteElements(utf8.constData(), 1, bytes);
         return;
     }
-    // Read in pieces, so that an invalid length fails at the end of the file instead of in an
+    // Read in pieces, so that an invalid length causes an end-of-file error and not a huge
     // allocation.
     utf8.clear();
     char piece[4096];

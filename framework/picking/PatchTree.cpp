@@ -79,7 +79,7 @@ uint32_t PatchTree::FacesUnder(uint32_t levelIndex) const {
     return faces;
 }
 
-// Hidden faces are sorted into the tree near their position, in case they are shown again.
+// Hidden faces are sorted into the tree by position, in case they are shown again.
 PatchTree::Box PatchTree::CornerBox(uint32_t baseFace) const {
     const LevelMesh& lowest = *level->Hierarchy().Level(0);
     const uint32_t corner = lowest.faceVertexIndices.array[std::size_t{baseFace} * baseChildren];
@@ -104,7 +104,7 @@ void PatchTree::BuildTop(JobControl* job) {
     topLeafOfBaseFace.resize(boxes.size());
     topNodes.push_back({EmptyBox(), 0, static_cast<uint32_t>(boxes.size())});
     topParent.push_back(noParent);
-    // Children are appended after their parent, so one pass splits everything.
+    // Children are appended after their parent, so one pass splits all nodes.
     JobPhase phase(job, "Sorting the pick tree", boxes.size());
     for (uint32_t node = 0; node < topNodes.size(); ++node) {
         SplitTop(node, centres);
@@ -159,7 +159,7 @@ void PatchTree::TouchLeaves(uint32_t patchLevelIndex, uint32_t patch) {
 void PatchTree::NextRefit() {
     touched.clear();
     if (++refit != 0) return;
-    // After 2^32 refits, old stamps would be valid again.
+    // The refit number has wrapped around, so stamps of old refits would be valid again.
     for (std::vector<uint32_t>& stamps : patchStamps) std::fill(stamps.begin(), stamps.end(), 0u);
     std::fill(topStamps.begin(), topStamps.end(), 0u);
     refit = 1;
@@ -218,9 +218,9 @@ void PatchTree::RefitLeaf(uint32_t patch) {
     }
     const uint32_t corners = FacesUnder(leafLevel) * level->CornersPerFace();
     const uint32_t* vertex = level->faceVertexIndices.array + std::size_t{patch} * corners;
-    // Processes all three axes at once; the fourth lane contains the data after a position. minps
-    // and maxps return their second operand if either operand is NaN, so NaN does not change the
-    // box.
+    // Processes all three axes at once; the fourth lane contains unrelated data that follows the
+    // position in memory. minps and maxps return their second operand if either operand is NaN, so
+    // NaN does not change the box.
     __m128 low = _mm_set1_ps(std::numeric_limits<float>::infinity());
     __m128 high = _mm_set1_ps(-std::numeric_limits<float>::infinity());
     const auto extend = [&](uint32_t corner) {

@@ -19,8 +19,8 @@ struct PickHit {
     uint32_t face = 0;
     /// Mesh-local.
     Vector position;
-    /// Mesh-local, unit length: the interpolated packed vertex normals or, if their sum vanishes,
-    /// the normal of the hit triangle.
+    /// Unit normal, mesh-local: interpolated from the packed vertex normals or, if their weighted
+    /// sum vanishes, the normal of the hit triangle.
     Vector normal;
     /// For a ray, the position is origin + t * direction. For Nearest, t is the distance.
     float t = 0.0f;
@@ -28,8 +28,8 @@ struct PickHit {
 
 /// Finds intersections of rays with the bound level of a geometry. The recursive face order already
 /// forms a tree: this class stores one box per patch, from leaf patches of a few faces up to the
-/// faces of level 0, and a tree of boxes above those. Cost: a pick is logarithmic in the number of
-/// faces; a refit is proportional to the region that changed.
+/// faces of level 0, and builds a tree of boxes above them. Cost: a pick is logarithmic in the
+/// number of faces; a refit is proportional to the region that changed.
 ///
 ///        top nodes      median splits of the faces of level 0
 ///        level 0        one box per face
@@ -66,13 +66,13 @@ public:
     /// Recomputes all boxes.
     void RefitAll();
     /// Recomputes the boxes below and above the faces of level `patchLevelIndex` that a traversal
-    /// visited, regardless of what the visitor returned, because a face next to a changed one
-    /// shares a border that may have moved.
+    /// visited. This includes faces for which the visitor returned false, because a face next to a
+    /// changed one shares a border that may have moved.
     void Refit(uint32_t patchLevelIndex, const std::vector<FaceVisit>& visited);
 
     /// Whether the boxes still match the level. False if the level's index or level 0 has changed,
-    /// or if the level is detached from its geometry. After a change that was reported in such a
-    /// state, permanently false.
+    /// or if the level is detached from its geometry. Permanently false once a change has been
+    /// reported in such a state.
     bool IsCurrent() const { return !missedChange && IsAttached(); }
     const LevelMesh* Level() const { return level; }
 
@@ -89,7 +89,7 @@ public:
     uint64_t BoxesRefitted() const { return boxesRefitted; }
 
 private:
-    /// Empty if a component of low exceeds that of high.
+    /// Empty if any component of `low` exceeds that of `high`.
     struct Box {
         std::array<float, 3> low;
         std::array<float, 3> high;
@@ -107,7 +107,7 @@ private:
 
     void SurfaceChanged(const SurfaceChange& change) override;
     bool IsAttached() const;
-    /// Marks the leaves that are descendants or ancestors of a patch for refitting.
+    /// Marks for refitting the leaves that are descendants or ancestors of a patch.
     void TouchLeaves(uint32_t patchLevelIndex, uint32_t patch);
 
     static Box EmptyBox();

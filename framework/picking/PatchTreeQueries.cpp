@@ -12,8 +12,8 @@ namespace trovik {
 
 namespace {
 
-/// Relative amount by which the distance of a box is reduced: much larger than the rounding error
-/// of either query, too small to cause additional visits.
+/// Relative amount by which the distance to a box is reduced: much larger than the rounding error
+/// of either query, but too small to cause additional visits.
 constexpr double boxSlack = 1e-9;
 
 double Lower(double t) { return t * (t > 0.0 ? 1.0 - boxSlack : 1.0 + boxSlack); }
@@ -51,7 +51,7 @@ PickHit MakeHit(const LevelMesh& mesh, const Best& best) {
             position[axis] += best.weights[i] * corners[i][axis];
         if (vertex >= mesh.vertexNormals.fill) continue;
         const PackedNormal& packed = mesh.vertexNormals.array[vertex];
-        // Only the direction matters, so the words need no scaling.
+        // Only the direction matters, so the packed integers are not scaled.
         const Vector3d words = {static_cast<double>(packed.x),
                                 static_cast<double>(packed.y),
                                 static_cast<double>(packed.z)};

@@ -25,8 +25,8 @@ inline Vector3d Cross(const Vector3d& a, const Vector3d& b) {
 }
 inline double Square(double a) { return a * a; }
 
-/// A point on a triangle, as barycentric weights with sum 1; `t` is the ray parameter or the
-/// squared distance.
+/// A point on a triangle, as barycentric coordinates that add up to 1; `t` is the ray parameter or
+/// the squared distance.
 struct TrianglePoint {
     std::array<double, 3> weights;
     double t;
@@ -86,8 +86,8 @@ private:
     double along;
 };
 
-/// The point on a triangle nearest to `p`: on the corner, edge or interior whose Voronoi region
-/// contains `p`. A degenerate triangle is treated as its edges.
+/// The point on a triangle nearest to `p`: it is on the corner, edge or interior whose Voronoi
+/// region contains `p`. A degenerate triangle is treated as three edges.
 inline TrianglePoint NearestOfTriangle(const Vector3d& p,
                                        const Vector3d& a,
                                        const Vector3d& b,

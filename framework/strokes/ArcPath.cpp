@@ -43,8 +43,9 @@ double LargestComponent(const Way& whole, const Way& part, double& partOut) {
     return best;
 }
 
-/// Whether `middle` adds nothing to the segment from `from` to `to`. Differences and products of
-/// floats are exact in double precision, so the result has no rounding error.
+/// Whether `middle` can be dropped, because it lies on the segment from `from` to `to` and has the
+/// values interpolated there. Differences and products of floats are exact in double precision, so
+/// the result has no rounding error.
 bool IsBetween(const PathSample& from, const PathSample& middle, const PathSample& to, bool timed) {
     const Way whole = Between(from.position, to.position);
     const Way part = Between(from.position, middle.position);
@@ -53,7 +54,7 @@ bool IsBetween(const PathSample& from, const PathSample& middle, const PathSampl
         return false;
     double fraction = 0.0;
     const double all = LargestComponent(whole, part, fraction);
-    // Strictly inside; otherwise the pen reversed or paused there.
+    // Must be strictly between the ends; otherwise the pen reversed or paused there.
     if (all == 0.0 || fraction / all <= 0.0 || fraction / all >= 1.0) return false;
     const auto straight = [&](double a, double m, double b) {
         return (m - a) * all == (b - a) * fraction;

@@ -22,11 +22,11 @@ namespace trovik {
 /// samples).
 class TROVIK_API ArcPath {
 public:
-    /// Where pressure, tilt or time changes while the position does not, selects the value before
-    /// or after the change.
+    /// Where pressure, tilt or time changes at a fixed position, selects the value before or after
+    /// the change.
     enum class Side { Before, After };
-    /// A pause: the pen stays at the length `at` from knot `first` to knot `last` while time
-    /// passes. The last pause of a path can grow.
+    /// A pause: from knot `first` to knot `last`, time passes while the pen stays at the length
+    /// `at`. The last pause of a path can still grow.
     struct Pause {
         double at;
         std::size_t first;
@@ -44,8 +44,8 @@ public:
     /// The sample at a length, which is clamped to the range of the path. The path must not be
     /// empty.
     PathSample At(double at, Side side = Side::After) const;
-    /// Direction of the path, not normalised. Past the end, it is the direction of the last
-    /// segment; before the start, and for a path of length 0, it is zero.
+    /// Direction of the path at a length, not normalised. Past the end, it is the direction of the
+    /// last segment; before the start, and for a path of length 0, it is zero.
     Vector Along(double at, Side side = Side::After) const;
     /// The sample at a time during a pause.
     PathSample During(const Pause& rest, double time) const;
@@ -53,7 +53,7 @@ public:
     /// Lengths at which the path turns by more than about 2.6 degrees, in ascending order.
     const std::vector<double>& Corners() const { return corners; }
     const std::vector<Pause>& Pauses() const { return rests; }
-    /// Whether the path ends in a pause, which another sample at the same position extends.
+    /// Whether the path ends in a pause, which another sample at the same position would extend.
     bool IsPaused() const { return !rests.empty() && rests.back().last + 1 == knots.size(); }
     const std::vector<PathSample>& Knots() const { return knots; }
     /// Arc length at each knot.

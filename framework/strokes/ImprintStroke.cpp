@@ -38,7 +38,7 @@ void ImprintStroke::Press(const PathSample& sample) {
 }
 
 void ImprintStroke::Drag(const PathSample& sample) {
-    // Reverts the surface before it is hit, so that the copy is placed on the original surface.
+    // Reverts the surface before picking, so that the copy is placed on the original surface.
     loop.RevertStroke();
     const auto copy =
         view != nullptr ? CopyInView(sample.position) : CopyOnSurface(sample.position);

@@ -8,21 +8,23 @@ namespace trovik {
 /// Values of BrushOperation::StrokeDrawMode.
 enum class DrawMode : int {
     AlongPath = 0,
-    /// One dab centred at the press; its radius is the distance from the press to the pointer.
+    /// One dab centred on the press point; its radius is the distance from there to the pointer.
     FromCenter = 1,
-    /// One dab centred between the press and the pointer, both of which lie on its rim.
+    /// One dab centred halfway between the press point and the pointer, which lie at opposite ends
+    /// of its diameter.
     AcrossPoints = 2,
 };
 
-/// Places one copy of the stamp by press, drag and release, within one stroke of the loop. Each
-/// motion reverts the surface and applies the copy again, so that only the last copy remains. The
-/// copy's up direction points from the press to the pointer unless the stamp's positioning
-/// overrides it. A drag of length 0 applies a copy with the brush radius at the press.
+/// Places one copy of the stamp by press, drag and release, within one stroke of the stroke loop.
+/// Each motion reverts the surface and applies the copy again, so that only the last copy remains.
+/// The copy's up direction points from the press point to the pointer unless the stamp positioning
+/// overrides it. If the pointer does not move, the copy has the brush radius and is placed at the
+/// press point.
 ///
-/// Positions are in viewport coordinates or, without a view, in world space, where the nearest
-/// point on the surface is used. In a view, distances are measured in the plane through the dab
-/// centre perpendicular to the view direction, so the pointer may leave the mesh. No copy is
-/// applied if the dab centre is off the mesh.
+/// Positions are in viewport coordinates or, without a view, in world space; a world position is
+/// projected to the nearest point on the surface. In a view, distances are measured in the plane
+/// through the dab centre perpendicular to the view direction, so the pointer may leave the mesh.
+/// No copy is applied if the dab centre is off the mesh.
 class TROVIK_API ImprintStroke {
 public:
     /// Borrows all arguments. Use the object between the loop's Begin and End. `options.spacing` is
@@ -36,9 +38,9 @@ public:
                   const PathOptions& options);
 
     void Press(const PathSample& sample);
-    /// Records the position of the press without applying a dab.
+    /// Records the press point without applying a dab.
     void Start(const Vector& position) { press = position; }
-    /// Moves the copy to the sample. The last call is the release.
+    /// Moves the copy to the sample. The last call places the final copy.
     void Drag(const PathSample& sample);
     /// Number of main dabs applied so far, including reverted ones.
     unsigned Count() const { return count; }

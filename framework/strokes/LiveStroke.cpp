@@ -61,7 +61,7 @@ bool LiveStroke::Apply(const std::vector<PathSample>& samples, PathDabs::Deadlin
 
 void LiveStroke::Tick(double time) {
     if (taken.empty() || !(time > taken.back().time)) return;
-    // In the other modes, placing the copy again would give the same result.
+    // In the other modes, time has no effect: placing the copy again would give the same result.
     if (settings.mode != DrawMode::AlongPath) return;
     PathSample sample = taken.back();
     sample.time = time;

@@ -15,7 +15,7 @@ namespace trovik {
 /// How pen samples are converted to dabs.
 struct LiveStrokeSettings {
     PathSpace space = PathSpace::View;
-    /// The camera, used in both spaces. It must not move during the stroke.
+    /// The camera, which is used in both coordinate spaces. It must not move during the stroke.
     StrokeView view;
     /// Whether pen and driver faults are removed (see PointerFilter).
     bool isFiltered = true;
@@ -28,8 +28,8 @@ struct LiveStrokeSettings {
 
 /// A stroke that is applied while it is drawn: samples are added as the pen reports them, and each
 /// dab is applied as soon as no later sample can affect it. Only the samples and their timestamps
-/// matter: the dabs are bit-identical regardless of how the samples are divided into calls and of
-/// when the calls are made. A recorded stroke is a live stroke with all samples added at once.
+/// matter: the dabs are bit-identical regardless of how the samples are divided into calls and when
+/// the calls are made. A recorded stroke is a live stroke with all samples added at once.
 ///
 /// A dab's delay is the sum of these delays:
 ///
@@ -39,7 +39,7 @@ struct LiveStrokeSettings {
 /// - snapping: none
 /// - smoothing: half the smoothing length along the path
 /// - stabiliser: none
-/// - PathDabs: half a pixel of the path, or a quarter of the spacing
+/// - PathDabs: half a pixel along the path, or a quarter of the spacing
 /// - straight line: until the release, because its direction depends on the last position
 ///
 /// With DrawMode::FromCenter and AcrossPoints, the copy follows the pen without delay: each call
@@ -61,25 +61,25 @@ public:
     /// Adds the next samples, in the order in which they arrived, and applies the dabs that become
     /// final.
     /// \throw PathRefused for a sample that PathSteps rejects; HostError if shaping makes the path
-    /// too long. Exceptions from the brush pass through. An exception ends the stroke at that
-    /// point.
+    /// too long. Exceptions from the brush pass through. After an exception, no more dabs of the
+    /// stroke are applied.
     void Add(const std::vector<PathSample>& samples);
     void Add(const PathSample& sample) { Add(std::vector<PathSample>{sample}); }
     using Budget = std::chrono::steady_clock::duration;
     /// Adds samples within a time budget, so that a backlog of large dabs does not delay the next
-    /// frame: applies dabs until the budget is spent, but at least one. The dabs are bit-identical
-    /// regardless of how they are distributed over calls. \return whether there are still dabs that
-    /// could be applied now; the next call applies them first. With DrawMode::FromCenter and
-    /// AcrossPoints, the budget is ignored, because only one copy is moved.
+    /// frame: applies at least one dab, and more until the budget is spent. The dabs are
+    /// bit-identical regardless of how they are distributed over calls. \return whether final dabs
+    /// are left over; the next call applies them first. With DrawMode::FromCenter and AcrossPoints,
+    /// the budget is ignored, because only one copy is moved.
     bool Add(const std::vector<PathSample>& samples, Budget budget);
-    /// Applies dabs left over from Add. \return whether any are still left. \throw the exceptions
-    /// of Add.
+    /// Applies dabs left over from Add. \return whether any dabs are still left over. \throw the
+    /// exceptions of Add.
     bool Continue(Budget budget);
-    /// Reports that the pen is still at its last position at this time, in seconds on the clock of
-    /// the samples; equivalent to adding the last sample again with this time. Does nothing before
-    /// the first sample, or if `time` is not later than the last sample. Call it about 60 times a
+    /// Reports that the pen is still at its last position at `time`, in seconds on the clock of the
+    /// samples. Equivalent to adding the last sample again with this time. Does nothing before the
+    /// first sample, or if `time` is not later than the last sample. Call it about 60 times a
     /// second while the pen reports nothing: it applies the dabs of an airbrush and releases
-    /// samples that were held back by time.
+    /// samples whose delay has passed.
     void Tick(double time);
     /// Applies the remaining dabs after the last sample.
     void Release();
@@ -91,9 +91,9 @@ public:
     /// too long is then rejected before the first dab.
     void Take(const std::vector<PathSample>& samples);
 
-    /// The path along which dabs would be applied if the pen were lifted now; used to draw a
-    /// straight line, or a path that lags behind the pen, over the view. Samples are in the same
-    /// space as the added ones. Cost: recomputes the path of the whole stroke.
+    /// The path along which dabs would be applied if the pen were lifted now. Useful as an overlay
+    /// for a straight line, or for a path that lags behind the pen. The samples are in the same
+    /// space as the added ones. Cost: computes the path of the whole stroke.
     std::vector<PathSample> Preview() const;
     /// Number of main dabs applied so far; each placement of a copy counts.
     unsigned Count() const;

@@ -17,9 +17,10 @@ struct MirrorSetting {
     int axis = 1;
 };
 
-/// Returns the maps from points to their mirrored copies, all different from each other and from
-/// the identity, in order of rotation; those without a rotation come first. Two planes give three
-/// maps, n copies give n - 1, and both together give all products. Quarter turns are exact.
+/// Returns the maps from points to their mirrored copies, in order of rotation; those without a
+/// rotation come first. All maps are different from each other and from the identity. Two planes
+/// give three maps, n copies give n - 1, and both together give all products. Quarter turns are
+/// exact.
 TROVIK_API std::vector<Matrix> MirrorMaps(const MirrorSetting& setting);
 
 /// The maximum number of maps.

@@ -74,7 +74,8 @@ bool PathDabs::Go(bool isWhole, Deadline deadline) {
     }
 }
 
-/// Small enough that dab positions depend on the spacing and not on the steps.
+/// Returns a step length small enough that dab positions depend on the spacing and not on the
+/// steps.
 double PathDabs::Step() const {
     if (space == PathSpace::View) return 0.5;
     const float radius = here ? RadiusAt(*here) : options.radius;
@@ -183,7 +184,7 @@ void PathDabs::ApplyDabAt(const PickHit& hit, const PathSample& sample) {
         StrengthAtRadius(loop.Brush(), options.strength(dab.pressure), options.radius, dab.size);
     const float lean = std::min(sample.tilt.Length(), 1.0f);
     dab.strength *= 1.0f + dynamics.tiltToStrength * lean;
-    // During a pause, the continuation of the path is not known yet.
+    // During a pause, it is not yet known how the path continues.
     const bool isPaused = rest < path.Pauses().size() && path.Pauses()[rest].at == walked;
     const Vector along =
         path.Along(walked, isPaused ? ArcPath::Side::Before : ArcPath::Side::After);

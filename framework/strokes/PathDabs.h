@@ -12,32 +12,32 @@
 namespace trovik {
 
 /// Applies dabs along a path, spaced by path length on the current surface. Each dab is applied
-/// where the distance from the previous dab, measured along the path and its corners, reaches the
-/// previous dab's spacing. The distance covered towards the next dab is carried over from sample to
-/// sample. Dabs depend on the shape of the path, not on its samples (see ArcPath) or on when they
-/// are requested.
+/// where the path length from the previous dab, measured around corners, reaches the previous dab's
+/// spacing. The distance covered towards the next dab is carried over from sample to sample. Dabs
+/// depend on the shape of the path, but not on its sampling (see ArcPath) or on when they are
+/// requested.
 ///
-/// No dabs are applied off the mesh. Where the path returns to the mesh, a dab is applied at once
-/// if the last one is at least the spacing away. With DabDynamics::airbrush, a dab is also applied
-/// whenever its time interval has passed since the last dab; while the pen is paused, dabs are
-/// applied as soon as a sample reports the pause.
+/// No dabs are applied off the mesh. Where the path returns to the mesh, a dab is applied
+/// immediately if the last dab is at least one spacing away. With DabDynamics::airbrush, a dab is
+/// also applied whenever its time interval has passed since the last dab; while the pen is paused,
+/// dabs are applied as soon as a sample reports the pause.
 ///
 /// A dab's radius is options.radius (or the radius in pixels) modified by
 /// BrushOperation::EffectiveBrushSize, tilt and randomness, and at least a hundredth of the
 /// unmodified radius. Its pressure is the pen's pressure mapped by the strength curve, and its
 /// strength is options.strength at that pressure, scaled with the radius if the tool's strength is
-/// a length. Its heading is the direction in which the path continues; for a paused airbrush, it is
-/// the path's direction on arrival, or zero at the press. Random values are derived from the loop's
-/// seed and the dab number.
+/// a length. Its heading is the direction in which the path continues. For a paused airbrush, it is
+/// the direction in which the path arrived, or zero if the pen has not moved yet. Random values are
+/// derived from the loop's seed and the dab number.
 ///
-/// Delay: the dab at the press waits until the pen moves or, with an airbrush, for the next sample.
-/// Every other dab waits until the path extends one step (half a pixel, or a quarter of the
+/// Delay: the dab at the press point waits until the pen moves or, with an airbrush, for the next
+/// sample. Every other dab waits until the path extends one step (half a pixel, or a quarter of the
 /// spacing) beyond it.
 class TROVIK_API PathDabs {
 public:
     /// Borrows loop, geometry and tree. Use the object between the loop's Begin and End.
-    /// \param view  the camera, used in both spaces.
-    /// \throw HostError under the conditions described at PathSteps.
+    /// \param view  the camera, which is used in both coordinate spaces.
+    /// \throw HostError under the conditions described for PathSteps.
     PathDabs(StrokeLoop& loop,
              LevelGeometry& geometry,
              const PatchTree& tree,
@@ -51,11 +51,11 @@ public:
     using Deadline = std::chrono::steady_clock::time_point;
     static constexpr Deadline noDeadline = Deadline::max();
 
-    /// Applies the dabs that are final, or as many of them as fit before the deadline. The clock is
-    /// read after each dab, so at least one is applied. The dabs are bit-identical regardless of
-    /// how they are distributed over calls. \return whether all final dabs have been applied.
-    /// \throw HostError if the path has become too long: from PathSteps::CheckLength, before any
-    /// dab is applied, or from PathSteps::Take. Exceptions from PathOptions::poll pass through.
+    /// Applies all final dabs, or as many of them as the deadline allows. The clock is read after
+    /// each dab, so at least one is applied. The dabs are bit-identical regardless of how they are
+    /// distributed over calls. \return whether all final dabs have been applied.
+    /// \throw HostError if the path has become too long; thrown by PathSteps::CheckLength before
+    /// any dab is applied, or by PathSteps::Take. Exceptions from PathOptions::poll pass through.
     bool Advance(Deadline deadline = noDeadline);
     /// Ends the path and applies the remaining dabs. \throw the exceptions of Advance.
     void Finish();

@@ -13,15 +13,16 @@ namespace trovik {
 class TROVIK_API PathResampler {
 public:
     /// Borrows the path.
-    /// \param ahead  length of path that must be known beyond a sample before its position can be
-    /// computed.
+    /// \param ahead  path length beyond a sample that must be known before the sample's position
+    /// can be computed.
     PathResampler(const ArcPath& path, double step, double ahead = 0.0);
 
     /// Appends the samples that are now final and have not been returned yet. While the pen pauses
-    /// at the end of the path, samples of the pause are final at once unless `ahead` is positive.
+    /// at the end of the path, samples of the pause are final immediately unless `ahead` is
+    /// positive.
     /// \param position  returns the position of the sample at a length; called with ascending
     /// lengths.
-    /// \param isWhole  the path is complete; all samples are final.
+    /// \param isWhole  whether the path is complete, which makes all samples final.
     void Take(const std::function<Vector(double at)>& position,
               bool isWhole,
               std::vector<PathSample>& out);
@@ -41,7 +42,7 @@ private:
     double most;
     std::size_t corner = 0;
     std::size_t rest = 0;
-    /// The next knot of the pause that is being resampled, 0 if there is none, and the position of
+    /// The next knot of the pause that is being resampled (0 if there is none), and the position of
     /// the pause.
     std::size_t knot = 0;
     Vector there;

@@ -16,7 +16,8 @@ struct PathSample {
     /// 0 to 1.
     float pressure = 1.0f;
     /// Pen tilt: the projection onto the viewport of a unit vector along the pen towards its upper
-    /// end, x to the right and y down. Zero means upright, length 1 flat. z is unused.
+    /// end, x to the right and y down. Zero means that the pen is upright, length 1 that it lies
+    /// flat. z is unused.
     Vector tilt;
     /// Timestamp in seconds since an arbitrary moment. Used only by airbrush dabs and the pointer
     /// filter.

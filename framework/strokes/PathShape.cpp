@@ -32,8 +32,8 @@ class PositionIntegral {
 public:
     explicit PositionIntegral(const ArcPath& way) : path(way) {}
 
-    /// The integral up to a length below that of the path, or up to any length once the path is
-    /// complete.
+    /// The integral up to a length less than that of the path or, once the path is complete, up to
+    /// any length.
     Place UpTo(double at) {
         const auto& reached = path.Reached();
         auto next = static_cast<std::size_t>(std::upper_bound(reached.begin(), reached.end(), at) -
@@ -113,7 +113,7 @@ private:
         poll.Take();
         const double reach = std::min({half, at, path.Length() - at});
         // This close to an end, the mean equals the position, and the difference computed below
-        // would be only rounding error.
+        // would consist of rounding errors only.
         if (reach < 1e-6 * half) return path.At(at).position;
         const Place before = integral.UpTo(at - reach);
         const Place sum = integral.UpTo(at + reach) - before;

@@ -10,33 +10,34 @@ namespace trovik {
 /// How a pen path is modified before dabs are applied along it. Lengths are in the units of the
 /// samples: viewport pixels or world units.
 struct PathShape {
-    /// Control points of the curve to which the pen snaps when near; empty disables snapping.
+    /// Control points of the curve to which the pen snaps when it is near; empty disables snapping.
     std::vector<Vector> snapTo;
     /// Distance within which the pen snaps.
     float snapDistance = 0.0f;
-    /// The snapping curve is smooth instead of piecewise linear.
+    /// Whether the snapping curve is smooth instead of piecewise linear.
     bool snapSmoothly = false;
     /// Path length over which positions are averaged.
     float smoothing = 0.0f;
     /// Distance by which the stabiliser (lazy brush) makes the brush lag behind the pen.
     float steady = 0.0f;
-    /// Replaces the path with the straight line from the first to the last position.
+    /// Whether to replace the path with the straight line from the first to the last position.
     bool line = false;
-    /// Replaces the path with a smooth curve through the samples.
+    /// Whether to replace the path with a smooth curve through the samples.
     bool curve = false;
 };
 
 /// Applies a shape to a path: first the curve through the samples or the straight line, then
 /// snapping, smoothing and the stabiliser. If none of them is set, returns the samples unchanged.
 /// Throws HostError if the curve needs more than maxPathSteps (see PathSteps.h) chords, or if
-/// snapping, smoothing or the stabiliser takes more than maxPathSteps steps of 1/16 of its length.
+/// snapping, smoothing or the stabiliser takes more than maxPathSteps steps, each 1/16 of its
+/// length parameter.
 /// \param timed  whether to store times; see ArcPath.
 TROVIK_API std::vector<PathSample> Shaped(std::vector<PathSample> samples,
                                           const PathShape& shape,
                                           bool timed = false);
 
-/// The straight line from the first to the last position. Pressure, tilt and time are those at the
-/// same fraction of the path.
+/// The straight line from the first to the last position. Pressure, tilt and time are taken from
+/// the same fraction of the path.
 TROVIK_API std::vector<PathSample> Straightened(const std::vector<PathSample>& samples);
 
 /// The centripetal Catmull-Rom curve through the positions: it interpolates each position, is

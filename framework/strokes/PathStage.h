@@ -42,16 +42,17 @@ TROVIK_API std::unique_ptr<PathStage> CurveStage();
 ///
 /// For this stage, SmoothingStage and StabiliserStage: `poll` is called regularly during long work,
 /// and its exceptions pass through. Add throws HostError if the path takes more than maxPathSteps
-/// steps of 1/16 of the stage's length. \param timed  whether times count; see ArcPath.
+/// steps, each 1/16 of the stage's length parameter. \param timed  whether to store times; see
+/// ArcPath.
 TROVIK_API std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve,
                                                 float distance,
                                                 bool timed,
                                                 const StepPoll& poll = StepPoll());
 /// Replaces each position with the mean of the path positions within a window of this `length`
-/// (above 0) around it. Towards the ends, the window shrinks to the length that is available on
-/// both sides, so the first and last positions do not change. A straight path does not change.
-/// Pressure, tilt and time keep their arc length on the path. A position is held back until the pen
-/// has moved half the length farther along the path, even if the pen pauses.
+/// (above 0) around it. Near the ends, the window shrinks to what is available on both sides, so
+/// the first and last positions do not change. A straight path does not change. Pressure, tilt and
+/// time stay at their arc length on the path. A position is held back until the pen has moved
+/// farther along the path by half the length, even if the pen pauses.
 TROVIK_API std::unique_ptr<PathStage> SmoothingStage(float length,
                                                      bool timed,
                                                      const StepPoll& poll = StepPoll());

@@ -35,7 +35,7 @@ double Distance(const Vector& a, const Vector& b) {
 }
 
 bool IsTooLong(double length, double step) {
-    // A step of 0 and NaN lengths count as too long.
+    // A zero step and a NaN length also count as too long.
     return length != 0.0 && !(length / step <= maxPathSteps);
 }
 
@@ -151,8 +151,9 @@ void PathSteps::Take() {
     poll.Take();
     taken += 1.0;
     if (taken > maxPathSteps)
-        throw HostError("the stroke took more than " + Whole(maxPathSteps) +
-                        " steps along its path; the radius or the spacing is too small for it");
+        throw HostError(
+            "the stroke took more than " + Whole(maxPathSteps) +
+            " steps along its path; the radius or the spacing is too small for this path");
 }
 
 }  // namespace trovik

@@ -33,14 +33,14 @@ public:
     std::size_t sample;
 };
 
-/// \throw HostError that states the spacing if it is not within minSpacing to maxSpacing.
+/// \throw HostError if the spacing is not within minSpacing to maxSpacing; the message states it.
 TROVIK_API void CheckSpacing(float spacing);
 
-/// \throw HostError that states both lengths if a path takes more than maxPathSteps.
+/// \throw HostError if a path takes more than maxPathSteps; the message states both lengths.
 /// \param work  the purpose of the steps, for the message.
 TROVIK_API void CheckStepCount(double pathLength, double step, const std::string& work);
 
-/// Calls a function once every 256 steps, so that an exception from it can stop long work.
+/// Calls a function once every 256 steps; an exception from it stops the work.
 class StepPoll {
 public:
     explicit StepPoll(std::function<void()> polled = {}) : call(std::move(polled)) {}
@@ -68,8 +68,8 @@ public:
 
     /// Appends a sample of the unshaped path. From the second sample on, the number of steps is
     /// predicted from the radius at the start of the path. \throw PathRefused for a sample that is
-    /// not finite, is farther from the viewport's corner than the steps can reach, or makes the
-    /// path too long.
+    /// not finite, that is farther from the viewport's corner than maxPathSteps steps, or that
+    /// makes the path too long.
     void Add(const PathSample& sample);
     /// Checks the bounds of a single sample, for strokes that do not follow their path.
     void CheckPosition(const PathSample& sample);
@@ -81,7 +81,7 @@ public:
     void Take();
 
 private:
-    /// Path length of one step or one dab, whichever is shorter.
+    /// The length of one step or the dab spacing, whichever is shorter.
     double StepLength(const Vector& first);
     std::string StepText() const;
 

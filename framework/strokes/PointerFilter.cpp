@@ -84,7 +84,8 @@ std::vector<PointerFilter::Pool> PointerFilter::Pools() const {
     return pools;
 }
 
-/// A group's mean is the time at its centre; between centres, times are interpolated linearly.
+/// The time at a group's centre is the group's mean; between centres, times are interpolated
+/// linearly.
 double PointerFilter::TimeOf(std::size_t sample,
                              const std::vector<Pool>& pools,
                              std::size_t pool) const {
@@ -103,7 +104,8 @@ double PointerFilter::TimeOf(std::size_t sample,
         const double fraction = (at - from->Middle()) / (to->Middle() - from->Middle());
         return from->Mean() + (to->Mean() - from->Mean()) * fraction;
     }
-    // Before the first group, or after the last.
+    // The sample is before the first group's centre or after the last group's, so its time is
+    // extrapolated.
     const auto pace = [](const Pool& a, const Pool& b) {
         return (b.Mean() - a.Mean()) / (b.Middle() - a.Middle());
     };
@@ -125,7 +127,7 @@ void PointerFilter::Settle(double newest, bool isWhole) {
         const bool isForced = isWhole || samples.size() - settled > limits.lateSamples;
         if (!isForced) {
             double until = std::max(raw[settled], own.Mean());
-            // For a group of several samples, the mean of the next group counts as well.
+            // If the group has several samples, the mean of the next group must be old enough, too.
             if (own.count > 1) {
                 if (pool + 1 == pools.size()) break;
                 until = std::max(until, pools[pool + 1].Mean());
@@ -137,7 +139,7 @@ void PointerFilter::Settle(double newest, bool isWhole) {
         samples[settled].time = time;
         ++settled;
         const bool isThrough = settled == own.first + own.count;
-        // A group that does not end consists of wrong times.
+        // A group that exceeds the limit consists of wrong times and is cut off here.
         if (!isThrough && settled - base <= limits.lateSamples) continue;
         lastPool = {isThrough ? own
                               : Pool{own.Mean() * static_cast<double>(settled - own.first),
@@ -182,7 +184,7 @@ void PointerFilter::RemoveSpike() {
         float longest = 0.0f;
         for (std::size_t k = i > window ? i - window : 1; k < i; ++k)
             longest = std::max(longest, StepTo(k - 1, k));
-        // With so few samples, a long step is a short, straight stroke, not a jump.
+        // With so few samples, a long step is part of a short, straight stroke and not a jump.
         if (i < 3) continue;
         if (StepTo(i - 1, i) <= std::max(limits.minJumpPixels, limits.positionJump * longest))
             continue;

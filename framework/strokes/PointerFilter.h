@@ -8,7 +8,7 @@
 
 namespace trovik {
 
-/// Thresholds by which the filter distinguishes device faults from hand movements.
+/// Thresholds that distinguish device faults from hand movements.
 struct PointerLimits {
     /// A larger pressure drop between two samples right after the press, or a larger rise right
     /// before the release, counts as a fault.
@@ -35,33 +35,33 @@ struct PointerLimits {
 ///    closest to that of the preceding sample; at the press, it keeps the one with the lowest
 ///    pressure.
 /// 2. Late samples: a sample that is older than samples that arrived before it is moved into time
-///    order if that shortens the path. Otherwise, only its time is wrong, and it is not moved; nor
-///    is a sample that is later than the limits.
-/// 3. Times that still decrease: consecutive samples get the mean of their times until no time
-///    decreases, which gives the ascending times nearest by least squares. Times between the
-///    centres of such groups are interpolated linearly. A time earlier than that of finalised
-///    samples becomes the latest finalised time.
+///    order if that shortens the path. Otherwise, only its time is wrong, and it is not moved. A
+///    sample that exceeds the limits is not moved either.
+/// 3. Times that still decrease: the times of consecutive samples are replaced with their mean
+///    until no time decreases. The result is the ascending sequence closest to the original times
+///    in the least-squares sense. Times between the centres of such groups are interpolated
+///    linearly. A time earlier than that of finalised samples becomes the latest finalised time.
 /// 4. Pressure spike at the press (blot): if pressure drops by a jump right after the press, the
-///    samples before the drop get the pressures of a ramp with the slope of the two samples after
-///    it, clamped to at least 0.
-/// 5. Pressure spike at the release: if pressure rises by a jump right before the release, the
-///    samples from there on get the pressure before the jump. Samples after a position jump right
-///    before the release are dropped.
+///    pressures before the drop are replaced with a linear ramp, which has the slope between the
+///    two samples after the drop and is clamped to at least 0.
+/// 5. Pressure spike at the release: if pressure rises by a jump right before the release, these
+///    samples get the pressure from before the jump. Samples after a position jump right before the
+///    release are dropped.
 ///
-/// A stream without faults passes through bit-identical.
+/// A stream without faults passes through unchanged, bit for bit.
 ///
 /// A sample is returned once all of these conditions hold; the numbers refer to the list above:
 ///
 /// - 1, 2: the next sample at another position or time has arrived.
-/// - 2, 3: a sample whose time is `lateTime` later has arrived, or `lateSamples` more samples. In a
-///   group of decreasing times, this must hold for the next group.
-/// - 5: the times of the four samples after it are final, or that of a sample `settleTime` later.
-/// - 4: only for the first samples, the time of the fifth sample is final, or that of a sample
-///   `settleTime` after the first.
+/// - 2, 3: a sample whose time is `lateTime` later has arrived, or `lateSamples` more samples have
+///   arrived. For a group of decreasing times, this must also hold for the next group.
+/// - 5: the next four samples, or a sample `settleTime` later, have their final times.
+/// - 4, for the first samples only: the fifth sample, or a sample `settleTime` after the first, has
+///   its final time.
 ///
-/// At 125 samples per second, a sample is returned 56 ms after it was drawn, and the press after
-/// 88 ms; at 1000 samples per second, after 50 ms and 54 ms. With a `lateTime` of 0, late samples
-/// are not reordered, and a delay of 4 samples remains.
+/// At 125 samples per second, a sample is returned 56 ms after it was drawn, and the first sample
+/// after 88 ms; at 1000 samples per second, the delays are 50 ms and 54 ms. With a `lateTime` of 0,
+/// late samples are not reordered, and the delay is 4 samples.
 ///
 /// Cost: O(lateSamples) per sample.
 class TROVIK_API PointerFilter {
@@ -96,13 +96,13 @@ private:
     /// Corrects the blot. \return whether the samples at the press are final.
     bool RemoveBlot(bool isWhole);
     void RemoveSpike();
-    /// Whether the release can no longer change this sample, the first one not yet returned.
+    /// Whether the release can no longer change this sample, which is the next one to be returned.
     bool IsBeforeTail(std::size_t sample) const;
     std::vector<PathSample> Out(bool isWhole);
     float StepTo(std::size_t a, std::size_t b) const;
 
     PointerLimits limits;
-    /// The last sample, which a duplicate can replace, and the pressure before it.
+    /// The last sample, which a duplicate can replace, and the pressure of the sample before it.
     std::vector<PathSample> last;
     float before = 0.0f;
     /// All earlier samples in order, and their original times. Times from index `settled` on are
@@ -110,8 +110,8 @@ private:
     std::vector<PathSample> samples;
     std::vector<double> raw;
     std::size_t settled = 0;
-    /// The first sample whose group is not completely final, and the first and the last of the
-    /// groups before it.
+    /// The first sample of the first group that is not completely final, and the first and the last
+    /// group before that one.
     std::size_t base = 0;
     std::vector<Pool> firstPool;
     std::vector<Pool> lastPool;

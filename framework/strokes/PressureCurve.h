@@ -23,7 +23,7 @@ public:
     static constexpr std::size_t maxCurvePoints = 32;
 
     PressureCurve() = default;
-    /// \throw HostError with the message of Flaw if the points are invalid.
+    /// \throw HostError with the message from Flaw if the points are invalid.
     explicit PressureCurve(std::vector<Point> points);
 
     /// Describes why the points are invalid: their number, a pressure or value outside 0 to 1, or

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The stabiliser. The pen drags a weight on a cord. Between two samples the pen moves
-/// straight, and the weight under a taut cord follows a tractrix: the tangent of half the angle
+/// \file The stabiliser. The pen drags a weight on a cord. Between two samples, the pen moves in a
+/// straight line, and the weight on a taut cord follows a tractrix: the tangent of half the angle
 /// between cord and path decreases by a factor of e for each cord length that the pen moves. The
 /// weight's position is therefore exact at any time, and an additional sample on the path changes
 /// nothing.
@@ -24,7 +24,7 @@ Place Sum(const Place& a, const Place& b, double f) {
     return {a[0] + b[0] * f, a[1] + b[1] * f, a[2] + b[2] * f};
 }
 
-/// Length of a pen step relative to the cord: short enough that chords approximate the curve well.
+/// Length of a pen step relative to the cord, short enough that chords approximate the curve well.
 constexpr double stepFraction = 1.0 / 16.0;
 
 /// Computes e^-x for 0 <= x <= stepFraction from its series, with identical results on every
@@ -45,7 +45,7 @@ struct String {
     /// Vector from the weight to the pen.
     Place pull{};
 
-    /// Moves the pen by `way` along `toward`. \return the displacement of the weight.
+    /// Moves the pen by `way` along `toward`. \return the vector by which the dragged weight moves.
     Place Move(const Place& toward, double way) {
         const double ahead = Dot(pull, toward);
         const double room = length * length - Dot(pull, pull);

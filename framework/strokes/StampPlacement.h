@@ -17,10 +17,10 @@ namespace trovik {
 class TROVIK_API StampPlacement {
 public:
     /// A stamp that lies flat on the surface.
-    /// \param middle, normal, toward world. `normal` has any length but 0. `toward`, the image's up
-    /// direction, is projected onto the surface. If the projection vanishes, `Up` is the camera's
-    /// up direction projected onto the surface, and if that vanishes too, the camera's view
-    /// direction.
+    /// \param middle, normal, toward world. `normal` may have any non-zero length. `toward`, the
+    /// image's up direction, is projected onto the surface. If the projection vanishes, `Up` is the
+    /// camera's up direction projected onto the surface, and if that vanishes too, the camera's
+    /// view direction.
     /// \param radius  world units, more than 0.
     static StampPlacement OnSurface(const Vector& middle,
                                     const Vector& normal,
@@ -28,9 +28,9 @@ public:
                                     const Vector& toward,
                                     const Matrix& cameraToWorld);
 
-    /// A stamp projected from the camera: it lies at `middle`, perpendicular to the view direction,
-    /// and has the given radius there. All points on a line of sight read the same pixel. If
-    /// `middle` is less than one radius from the eye, the projection is parallel.
+    /// A stamp projected from the camera: it is centred on `middle`, perpendicular to the view
+    /// direction, and has the given radius there. All points on a line of sight read the same
+    /// pixel. If `middle` is less than one radius from the eye, the projection is parallel.
     /// \param toward  as for OnSurface, but projected onto the image plane; if the projection
     /// vanishes, the camera's up direction is used.
     static StampPlacement ByCamera(const Vector& middle,

@@ -18,7 +18,7 @@ enum class StampPositioning : int {
     Tool = 0,
     /// Centred on the dab, upright in the view.
     Upright = 1,
-    /// Centred on the dab, its up direction along the stroke.
+    /// Centred on the dab, with its up direction along the stroke.
     Stroke = 2,
     /// At the position and with the size of the first dab of the stroke.
     Start = 3,
@@ -38,7 +38,7 @@ public:
                const LevelGeometry& geometry,
                const PatchTree& tree,
                uint64_t seed);
-    /// Returns to the state after Begin.
+    /// Resets to the state right after Begin.
     void Restart();
 
     /// Applies the stamp settings to a dab. A randomised stamp (such as that of Spray) moves the
@@ -52,7 +52,7 @@ public:
 
     /// Distance to the next dab in world units: `fraction` times the radius. Repeat with a stamp
     /// places its copies side by side instead: the distance is two radii plus the brush's stamp
-    /// spacing (in percent of the radius) plus a random part. Call once per dab.
+    /// spacing (in percent of the radius) plus random jitter. Call once per dab.
     float Spacing(float radius, float fraction);
 
 private:

@@ -22,10 +22,10 @@ namespace {
 
 constexpr int mirroredStampMask = 1;
 constexpr uint8_t shapeChange = SurfaceChange::Positions | SurfaceChange::Normals;
-/// Separates the random numbers for sizes from those of the stamp.
+/// Separates the random numbers for dab sizes from those for the stamp.
 constexpr uint64_t sizeSalt = 0x94d1f3a76c20e5b3u;
 
-/// Reinstates, until the end of the scope, the falloff with which a brush's stroke began.
+/// Restores, until the end of the scope, the falloff that the brush had when its stroke began.
 class FalloffOfStroke {
 public:
     FalloffOfStroke(FalloffTable& table, FalloffTable::Samples ofStroke)
@@ -92,7 +92,7 @@ void StrokeLoop::Begin(BrushOperation::Modifier strokeModifier, uint64_t seed) {
     mainDabs.clear();
     falloff = brush.Settings().falloff.Current();
     BeginStroke();
-    // A modifier key can have changed the tool.
+    // A modifier key may have changed the tool.
     stamps.Begin(brush, geometry, tree, seed);
     sizeRandom = StrokeRandom(seed ^ sizeSalt);
     inPairs = mirrors.size() > 1 && KeepsPlane();
@@ -119,7 +119,7 @@ void StrokeLoop::Dab(const StrokeDab& pathDab) {
     try {
         StrokeDab dab = pathDab;
         stamps.PlaceStamp(dab);
-        // Looked up before the dab moves the face under it.
+        // Must be looked up before the dab moves the face under it.
         const auto across = AcrossTopology(dab);
         Apply(dab, 0);
         const std::size_t sides = inPairs ? 1 : mirrors.size();
@@ -173,11 +173,11 @@ bool StrokeLoop::KeepsPlane() const {
     return update != nullptr && (isOn(global) || !isOn(update));
 }
 
-// Two remaining sides form a pair: one is the image of the other under a map, like the mirrored
-// side and the main side.
+// The remaining sides form pairs: one side is the image of the other under a map, just like the
+// mirrored side and the main side.
 void StrokeLoop::ApplyOtherPairs(const std::function<void()>& poll) {
     UndoHistory& history = geometry.History();
-    // For the user, this is one stroke: a falloff chosen during it applies to the next one.
+    // To the user, this is a single stroke: a falloff chosen during it applies to the next stroke.
     const FalloffOfStroke ofStroke(brush.Settings().falloff, falloff);
     const std::vector<StrokeDab> dabs = std::exchange(mainDabs, {});
     for (std::size_t first = 1; first < mirrors.size(); first += 2) {
@@ -318,7 +318,7 @@ void StrokeLoop::ClearLastWalks() {
 
 // The traversed level is the one whose patches the dab visited. A visit to a patch writes normals
 // even if no vertex of the patch was reached. A patch shares its border vertices with the patches
-// around it, so these are reported as well.
+// around it, so those patches are reported as well.
 void StrokeLoop::ReportDab() {
     if (geometry.Observers().empty()) return;
     const uint32_t bound = geometry.BoundIndex();

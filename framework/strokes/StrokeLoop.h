@@ -41,7 +41,7 @@ struct StrokeDab {
 struct StrokeTotals {
     /// Number of calls to ApplyDab, including mirrored ones.
     uint64_t dabs = 0;
-    /// Vertices that a stroke moved, each counted once per stroke.
+    /// Number of vertices moved, each counted once per stroke.
     uint64_t verticesMoved = 0;
     /// Time spent inside the brush.
     double seconds = 0.0;
@@ -51,51 +51,52 @@ struct StrokeTotals {
 /// mirrored dabs of each main dab, tracks the previous hit on each side, and reports changed
 /// patches, which updates the patch tree.
 ///
-/// Errors: exceptions from the brush pass through after the stroke has been ended.
+/// Errors: an exception from the brush ends the stroke and is then passed on to the caller.
 class TROVIK_API StrokeLoop {
 public:
     /// Borrows brush, geometry and tree.
     StrokeLoop(BrushOperation& brush, LevelGeometry& geometry, PatchTree& tree);
 
     /// Sets the maps from points (mesh-local) to their mirrored positions. Each map adds one
-    /// mirrored dab; an empty list disables mirroring. A map is a reflection, a rotation or both,
-    /// about the mesh's origin. With a reflection in a coordinate plane of the mesh, a stroke
-    /// preserves the symmetry of a symmetric surface bit for bit; see SettleSymmetry.
+    /// mirrored dab; an empty list disables mirroring. A map is a reflection, a rotation or a
+    /// combination of both, about the mesh's origin. With a reflection in a coordinate plane of the
+    /// mesh, a stroke preserves the symmetry of a symmetric surface bit for bit; see
+    /// SettleSymmetry.
     ///
     /// A brush stores the plane of a stroke for one mirrored side only. If the tool uses such a
-    /// plane and there are more sides, they are applied in pairs, each in an additional stroke
-    /// after the first; all of them are undone together.
-    /// \param mode  returned by MirrorConfiguration::MirrorMode from now on. With Topological, the
-    /// mirrored dab comes from the mesh's MirrorVertex, regardless of the maps; there is no
-    /// mirrored dab where MirrorVertex returns -1. \throw HostError while a stroke is open; the
-    /// mirrors are then unchanged.
+    /// plane and there is more than one mirrored side, the other sides are applied in pairs, each
+    /// in an additional stroke after the first; all strokes are undone together.
+    /// \param mode  the value that MirrorConfiguration::MirrorMode returns from now on. With
+    /// Topological, the mirrored dab comes from the mesh's MirrorVertex, regardless of the maps;
+    /// there is no mirrored dab where MirrorVertex returns -1. \throw HostError while a stroke is
+    /// open; the mirrors are then unchanged.
     void SetMirrors(int mode, std::vector<Matrix> pointMaps);
 
-    /// Sets the observer of all calls into the brush, which is borrowed; null removes it.
+    /// Sets the (borrowed) observer of all calls into the brush; null removes it.
     void SetObserver(StrokeObserver* newObserver) { observer = newObserver; }
 
-    /// Sets the listener for the operations of this loop, which is borrowed; null removes it. Its
+    /// Sets the (borrowed) listener for the operations of this loop; null removes it. Its
     /// exceptions reach the caller after the stroke has ended.
     void SetInputListener(StrokeInputListener* newListener) { listener = newListener; }
 
     /// Begins a stroke. Loads the stamp's file if necessary. \param seed  seed of all random values
     /// of the stroke.
-    /// \throw HostError if the file cannot be read, in which case no stroke has begun, or if a
-    /// stroke is already open, which is not affected.
+    /// \throw HostError if the file cannot be read, in which case no stroke begins, or if a stroke
+    /// is already open; the open stroke is not affected.
     void Begin(BrushOperation::Modifier modifier, uint64_t seed = 0);
-    /// Applies one dab. Like WholeMesh, throws HostError if no stroke is open.
+    /// Applies one dab. Throws HostError if no stroke is open, as does WholeMesh.
     void Dab(const StrokeDab& dab);
     /// Applies the tool to the whole bound level at once, within a stroke. \param strength  as in
     /// StrokeDab. \param byFacing  reduces the effect where the surface faces away from the camera.
     void WholeMesh(float strength, bool byFacing);
     /// \param poll  called for each dab of mirrored sides that are applied in additional strokes;
-    /// an exception from it skips the remaining dabs. The listener is notified of the end in any
+    /// if it throws, the remaining dabs are skipped. The listener is notified of the end in any
     /// case.
     void End(const std::function<void()>& poll = {});
     /// Ends a cancelled stroke without the mirrored sides that are applied in additional strokes.
     void Break();
     /// Restores the bound mesh bit-exactly to its state before the stroke. The stroke continues as
-    /// if no dab had been applied. Used by tools that reapply a dab on each motion. Cost:
+    /// if no dab had been applied. Used by tools that apply their dab again on each motion. Cost:
     /// proportional to the number of vertices that the stroke touched.
     void RevertStroke();
     /// Distance from the last dab to the next one along a path, in world units.
@@ -125,7 +126,7 @@ private:
     bool KeepsPlane() const;
     void ApplyOtherPairs(const std::function<void()>& poll);
     void SettleSides();
-    /// Restores the values before the stroke at hidden vertices if the brush changed them.
+    /// Restores the values from before the stroke at hidden vertices that the brush changed.
     void RestoreHidden();
     void Announce(const std::vector<uint32_t>& vertices);
     void ClearLastWalks();
@@ -133,7 +134,7 @@ private:
         StrokeDab dab;
         Matrix pointMap;
     };
-    /// The dab's topological mirror image; empty if it has none, and in other modes.
+    /// The dab's topological mirror image; empty if there is none, and in other mirror modes.
     std::optional<MirroredDab> AcrossTopology(const StrokeDab& dab) const;
     /// Reports the patches that a dab's traversals have visited.
     void ReportDab();
@@ -153,8 +154,8 @@ private:
     StrokeTotals totals;
     AxisAlignedBoundingBox dirtyBox;
     BrushOperation::Modifier modifier = BrushOperation::ModifierNone;
-    /// Whether mirrors beyond the first are applied in additional strokes, and the dabs recorded
-    /// for that purpose.
+    /// Whether mirrors beyond the first are applied in additional strokes, and the main dabs
+    /// recorded for these strokes.
     bool inPairs = false;
     std::vector<StrokeDab> mainDabs;
     /// The falloff of the brush when the stroke began.

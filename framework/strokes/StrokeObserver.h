@@ -13,7 +13,7 @@ namespace trovik {
 
 class LevelMesh;
 
-/// One call of the host into a brush. `kind` determines which members are set; the others keep
+/// One call from the host into a brush. `kind` determines which members are set; the others keep
 /// their initial values.
 struct BrushCall {
     enum Kind : int { SetActiveConfiguration, BeginStroke, ApplyDab, ApplyToWholeMesh, EndStroke };
@@ -24,7 +24,7 @@ struct BrushCall {
     BrushOperation& brush;
     /// SetActiveConfiguration: the tool.
     const BrushConfiguration* configuration = nullptr;
-    /// BeginStroke, ApplyToWholeMesh; null if the brush receives no mesh.
+    /// BeginStroke, ApplyToWholeMesh: the mesh argument; null if the brush receives no mesh.
     Mesh* mesh = nullptr;
     BrushOperation::Modifier modifier = BrushOperation::ModifierNone;
     BrushOperation::TriggerType trigger = BrushOperation::TriggerStroke;
@@ -40,17 +40,17 @@ struct BrushCall {
     bool byFacing = false;
 };
 
-/// Notified immediately before and after every call into a brush. An observer must not change
-/// anything that the brush can see, and must not throw.
+/// Notified immediately before and after every call into a brush. An observer must not throw or
+/// change any state that the brush reads.
 class TROVIK_API StrokeObserver {
 public:
     virtual void BeforeCall(const BrushCall& call) = 0;
-    /// \param error  message of the exception that the brush threw, which is then rethrown; null if
-    /// the call returned.
+    /// \param error  message of the exception that the brush threw, which is rethrown afterwards;
+    /// null if the call returned.
     virtual void AfterCall(const BrushCall& call, const std::string* error) = 0;
     /// Called before the host runs a command that may change meshes without the brush, such as
-    /// "undo". Within a stroke, every such change is announced; between strokes, announcing it is
-    /// optional.
+    /// "undo". Within a stroke, the host calls this before every such change; between strokes, the
+    /// call is optional.
     virtual void BeforeCommand(BrushOperation& brush, const std::string& name) {
         (void)brush, (void)name;
     }

@@ -43,7 +43,7 @@ public:
         last = dab.position;
         loop.Dab(dab);
         ++count;
-        // A minimum distance, so that following the path always ends.
+        // A minimum distance, so that following the path always terminates.
         distance = std::max(loop.Spacing(options.radius, options.spacing), options.radius * 1e-3f);
         if (options.progress) options.progress();
     }
@@ -76,8 +76,7 @@ constexpr int halvings = 10;
 
 /// Follows the path from sample to sample in steps of at most `step`. `probe(position)` returns the
 /// hit there; `heading(hit, along)` converts the direction of a segment to the direction of the
-/// stroke on the surface. If a step overshoots, the position at which the dab is due is searched
-/// for within it.
+/// stroke on the surface. If a step overshoots, the due position within it is found by bisection.
 template <typename Probe, typename Heading>
 void ApplyDabsAlong(const std::vector<PathSample>& samples,
                     float step,
@@ -109,7 +108,7 @@ void ApplyDabsAlong(const std::vector<PathSample>& samples,
                 float near = reached;
                 float far = fraction;
                 PickHit due = *hit;
-                // If the path has just returned to the mesh, there is no earlier hit to measure
+                // If the path has just returned to the mesh, there is no previous hit to measure
                 // from.
                 for (int n = 0; before && n < halvings; ++n) {
                     const float middle = (near + far) * 0.5f;

@@ -36,14 +36,14 @@ struct PathOptions {
     std::function<float(float pressure)> strength;
     /// Called after each dab.
     std::function<void()> progress;
-    /// Called regularly while the path is followed, whether or not dabs are applied. An exception
+    /// Called regularly while following the path, whether or not dabs are applied. An exception
     /// from it stops the stroke at that point.
     std::function<void()> poll;
 };
 
 /// Applies dabs along viewport samples, spaced by straight-line distance in world space. Each dab
-/// hits the current shape of the surface; there are no dabs where the path leaves the mesh.
-/// Pressure is interpolated. \return the number of main dabs.
+/// uses the surface as changed by the previous dabs; no dabs are applied where the path leaves the
+/// mesh. Pressure is interpolated. \return the number of main dabs.
 /// \throw HostError if radius or spacing is out of range, and PathRefused for a path that is too
 /// long, both before the first dab; see PathSteps.
 TROVIK_API unsigned StrokeAlongView(StrokeLoop& loop,

@@ -17,9 +17,9 @@ Vector Position(const Mesh& mesh, uint32_t vertex) {
     return {v.x, v.y, v.z};
 }
 
-/// Corner weights, each 0 to 1 with sum 1, of the projection of `p` onto the triangle's plane. If
-/// the projection is outside the triangle, negative weights are set to 0 and the others rescaled,
-/// which gives a point on the border.
+/// Barycentric coordinates of the projection of `p` onto the triangle's plane, each 0 to 1. If the
+/// projection is outside the triangle, negative weights are set to 0 and the others rescaled, which
+/// yields a point on the border.
 std::array<float, 3> CornerWeightsAt(const Triangle& t, const Vector& p) {
     const Vector a = t[1] - t[0];
     const Vector b = t[2] - t[0];

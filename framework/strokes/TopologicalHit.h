@@ -13,14 +13,14 @@ struct TopologicalHit {
     /// On the same mesh, with its mirror flag set.
     SurfacePoint hit;
     /// Maps points around the hit to those around its image (mesh-local): a reflection that
-    /// preserves lengths and angles. If the two faces are each other's reflection in the plane x =
-    /// 0, it is exactly that reflection.
+    /// preserves lengths and angles. If the two faces are reflections of each other in the plane x
+    /// = 0, it is exactly that reflection.
     Matrix pointMap;
 };
 
 /// Returns the counterpart of a hit: on the mirrored face, with the same corner weights. The hit's
-/// offset from its face and its normal are converted from the frame of one face to that of the
-/// other, so that they follow a pose.
+/// normal and its offset from the face are converted from the frame of one face to that of the
+/// other, so that they are correct on a posed mesh as well.
 /// \return nothing if the face has no mirror image (Mesh::MirrorVertex returns -1). Cost: O(level).
 TROVIK_API std::optional<TopologicalHit> AcrossTopologicalMirror(const SurfacePoint& hit);
 

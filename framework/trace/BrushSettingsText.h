@@ -9,21 +9,20 @@
 
 namespace trovik {
 
-/// The brush's attributes as a JSON object. \param buildUpRate  JSON text that replaces the value
-/// of the build-up rate attribute; empty to use that value.
+/// The brush's attributes as a JSON object. \param buildUpRate  JSON text to write instead of the
+/// build-up rate attribute's value; empty to write that value.
 TROVIK_API std::string BrushAttributesText(const BrushOperation& brush,
                                            const std::string& buildUpRate = {});
 /// "builduprate" as JSON text.
 TROVIK_API std::string BuildUpRateText(const BrushOperation& brush);
 
-/// All host values that a brush may read when a stroke begins: the settings members of the trace,
-/// from "tool" to "renderers", in order. The falloff table and the stamp pixels are written to
-/// `arrays`.
+/// All host values that a brush may read when a stroke begins: the trace's settings members, from
+/// "tool" to "renderers", in order. The falloff table and the stamp pixels are written to `arrays`.
 /// \throw HostError if they cannot be written.
 TROVIK_API JsonFields BrushSettingsFields(const BrushOperation& brush, TraceArrays& arrays);
 
-/// "m0" for the first geometry in the scene, "m1" for the second and so on; JSON null if there is
-/// no mesh or if it is not in the scene.
+/// "m0" for the first geometry in the scene, "m1" for the second and so on; JSON null if `mesh` is
+/// null or not in the scene.
 TROVIK_API std::string MeshIdText(const Mesh* mesh);
 
 /// World position of the active camera, as JSON text.

@@ -7,8 +7,8 @@
 
 namespace trovik {
 
-/// 64-bit hash for detecting changes. It is not cryptographic and never stored in files; file
-/// content is identified by ContentHash (framework/io). It reads eight bytes at a time in four
+/// 64-bit hash for detecting changes. It is not cryptographic and is never stored in files;
+/// ContentHash (framework/io) identifies file content. It reads eight bytes at a time in four
 /// independent lanes, so that hashing whole meshes is limited by memory bandwidth. Each step is a
 /// bijection of its lane, so changing a single word always changes the hash. \param seed  the hash
 /// of the preceding part, if content is hashed in parts.

@@ -35,9 +35,9 @@ public:
     void Absorb(const States& now);
     /// Makes the next call to Find report the mesh, whether or not its state has changed.
     void Force(std::size_t mesh, const std::string& reason);
-    /// The meshes whose state differs from the one in the trace.
+    /// The meshes whose state differs from that in the trace.
     std::vector<Change> Find(const States& now);
-    /// Records that the state of this mesh in the trace no longer includes the mirror.
+    /// Records that this mesh's state in the trace no longer includes the mirror.
     void ClearMirror(std::size_t mesh);
 
 private:

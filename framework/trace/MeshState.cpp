@@ -32,8 +32,8 @@ void WriteText(const std::string& path, const std::string& text) {
     if (std::fclose(file) != 0 || !written) ThrowFileError("write", path, reason);
 }
 
-/// Receives the files of a state. Writing and hashing share this interface, so that their content
-/// cannot differ.
+/// Receives the files of a state. Writing and hashing share this interface, so that both process
+/// the same content.
 class StateSink {
 public:
     virtual void Array(const std::string& name,

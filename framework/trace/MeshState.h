@@ -17,8 +17,8 @@ inline constexpr const char* mirrorCornersFile = "mirror_corners.npy";
 /// and flags, and the bound level's data, including the records of an open change. docs/trace.md
 /// describes every file.
 ///
-/// \param unlocker  determines the value of "lockable". \param mirrorCorners  whether to write the
-/// topological mirror of every corner too. Cost: proportional to the size of the files.
+/// \param unlocker  determines the value of "lockable". \param mirrorCorners  whether to also write
+/// the topological mirror of every corner. Cost: proportional to the size of the files.
 /// \throw HostError with the name of a file and the system's error message.
 TROVIK_API void WriteMeshState(const std::string& folder,
                                LevelGeometry& geometry,

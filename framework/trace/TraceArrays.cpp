@@ -17,8 +17,8 @@ namespace {
 constexpr uint32_t floatFormat = 3;
 constexpr uint32_t floatDepth = 5;
 
-/// Identifies content by two different hashes and the header, which contains the shape. Stamps are
-/// too large to be kept for comparison.
+/// Identifies content by two different hashes and the header, which contains the shape. Keeping
+/// stamps for comparison would take too much memory.
 std::string Fingerprint(const std::string& header, std::string_view bytes) {
     return header + std::to_string(ChangeHash(bytes)) + "/" +
            std::to_string(std::hash<std::string_view>()(bytes));

@@ -19,11 +19,12 @@ public:
     /// File of a falloff table: float32 [n]. \throw HostError if it cannot be written.
     std::string Falloff(const Store<float>& samples);
     /// File of a stamp's pixels as returned by Image::getTile: float32 [height, width, channels].
-    /// The pixels are read again only if the image object, its version, its size or `name` differs
-    /// from the last call, or after ForgetPixels. \throw HostError if the file cannot be written.
+    /// The pixels are read again only after ForgetPixels, or if the image object, its version, its
+    /// size or `name` has changed since the last call. \throw HostError if the file cannot be
+    /// written.
     std::string Pixels(Image& image, const QString& name, uint8_t channels);
     /// Forces the pixels to be read again. Called at the start of each stroke, because a new image
-    /// can have the address of a deleted one.
+    /// may have the same address as a deleted one.
     void ForgetPixels() { lastRead = {}; }
     /// A number for the image object, assigned in the order of first use, starting at 0.
     unsigned ImageNumber(const Image* image);

@@ -18,23 +18,22 @@ namespace trovik {
 struct TraceOptions {
     /// Folder of the trace, which is created if necessary. An earlier trace in it is replaced.
     std::string folder;
-    /// Writes the state of every mesh after each dab whose number is a multiple of this value; 0
-    /// disables these states.
+    /// Writes the state of every mesh once every N dabs; 0 turns this off.
     unsigned every = 0;
 };
 
-/// Writes a trace: the inputs of every call into a brush, and its effects that are visible to the
-/// host. docs/trace.md describes the format.
+/// Writes a trace: the inputs of every call into a brush, and the effects that the host can
+/// observe. docs/trace.md describes the format.
 ///
 /// The state `before` is written when the first stroke begins, so that it includes the setup up to
-/// that point. The recorder observes all geometries in the scene, but only during calls. A call's
-/// lines are on disk by the time the call returns, so after a crash, the trace is complete up to
-/// the last completed call.
+/// that point. The recorder observes all geometries in the scene while a call is running. The lines
+/// for a call are on disk when the call returns, so after a crash, the trace includes every
+/// completed call.
 ///
-/// If the host changes a mesh between two calls, its state is written before the second one.
-/// Between strokes, any change is detected by comparing hashes of all arrays; within a stroke, only
-/// changes after a BeforeCommand are detected. Cost: two passes over all arrays of all meshes for
-/// each stroke, one for each command.
+/// If the host changes a mesh between two calls, the mesh's state is written before the second
+/// call. Between strokes, any change is detected by comparing hashes of all arrays; within a
+/// stroke, only changes after a BeforeCommand are detected. Cost: two passes over all arrays of all
+/// meshes per stroke, and one pass per command.
 ///
 /// Errors: calls into the brush never throw because of the trace. After a failure, nothing more is
 /// written, and ThrowIfFailed reports the failure.
@@ -101,22 +100,22 @@ private:
     HostChanges hostChanges;
     unsigned changeCount = 0;
     bool inStroke = false;
-    /// Settings after the last call, to detect later changes by the host.
+    /// Settings after the last call, for detecting later changes by the host.
     JsonFields settings;
     std::map<const Mesh*, int> freezeQueries;
 
     // State of the current call.
     JsonFields input;
     std::size_t messagesBefore = 0;
-    /// "builduprate" when a stroke began, as JSON text.
+    /// Value of "builduprate" when the stroke began, as JSON text.
     std::string buildUpRateBefore;
     bool directionWasSet = false;
     bool walked = false;
     std::vector<FaceVisit> lastWalk;
     std::vector<std::string> finished;
 
-    /// Vertices that SettleSymmetry changed before the call to EndStroke, for the line that follows
-    /// that call's line.
+    /// Vertices that SettleSymmetry changed before the call to EndStroke. They are written on a
+    /// line of their own after the line for that call.
     struct Settled {
         JsonFields in, out;
         std::size_t mesh = 0;

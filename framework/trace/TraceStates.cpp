@@ -90,8 +90,8 @@ void TraceRecorder::WriteHostChanges(BrushOperation& brush) {
     }
 }
 
-// The line contains only positions, which determine the normals. Layer offsets require a complete
-// state.
+// The line contains only positions, which determine the normals. If the mesh has a layer, its
+// offsets require a complete state as well.
 void TraceRecorder::WriteSettled() {
     for (const Settled& line : settled) {
         WriteCall(settling, line.in, line.out);

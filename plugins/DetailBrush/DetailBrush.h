@@ -34,8 +34,8 @@ public:
     void Serialize(Stream& stream) override;
     void OnNodeEvent(const Attribute& attribute, NodeEventType type) override;
     bool CheckValidity() override;
-    /// Returns the position at first touch if the open change has a record of the vertex, otherwise
-    /// the current position.
+    /// Returns the vertex's position at first touch if the open change has a record of it,
+    /// otherwise its current position.
     Vector VertexOriginalPosition(Mesh* mesh, uint32_t vertex) override;
     void OnEdgeSplit(Mesh* mesh, uint32_t vertexA, uint32_t vertexB, uint32_t newVertex) override;
     void OnEdgeFlip(Mesh* mesh, uint32_t vertexA, uint32_t vertexB) override;

@@ -18,11 +18,12 @@ extern const ClassDesc patchMapClass;
 extern const Preferences::Bool renderSwiftStroke;
 /// Scales the target depth of patches.
 extern const Preferences::Float swiftStrokeLevelFactor;
-/// Whether planes are sampled from the positions and normals at first touch in the stroke.
+/// Whether planes are sampled from the positions and normals that the vertices had at first touch
+/// in the stroke.
 extern const Preferences::Bool useOriginalDataForFlatten;
 /// Whether the weight of a plane sample is 1 - distance / radius instead of 1.
 extern const Preferences::Bool useVertexWeightsForFlatten;
-/// Test mode only: restrict Wax to raising or to lowering the surface.
+/// Effective in test mode only: restrict Wax to raising or to lowering the surface.
 extern const Preferences::Bool waxFillsOnly;
 extern const Preferences::Bool waxScrapesOnly;
 

@@ -115,7 +115,7 @@ void SwiftStroke::Serialize(Stream& stream) {
     DetailBrush::Serialize(stream);
     stream << buildUpRate;
     bilinearSample.Serialize(stream);
-    // Data of class version 0 ends here; the three attributes keep their values.
+    // Class version 0 contains no more data; these three attributes then keep their values.
     if (stream.ClassVersion(StaticClass()) > 0) {
         affectAllLayers.Serialize(stream);
         globalPlane.Serialize(stream);

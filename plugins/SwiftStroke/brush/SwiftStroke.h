@@ -16,11 +16,11 @@ enum class Tool : uint32_t;
 struct PatchVertexEntry {
     uint32_t vertex;  ///< vertex index in the mesh
     uint32_t face;    ///< a face of the patch that uses the vertex
-    uint32_t cell;    ///< cell of the halo grids
+    uint32_t cell;    ///< cell in the halo grids
 };
 static_assert(sizeof(PatchVertexEntry) == 12);
 
-/// A mesh that the stroke has bound, and its undo record.
+/// A mesh that the stroke has bound, with its undo record.
 struct MeshChangePair {
     Mesh* mesh;
     MeshChange* change;
@@ -35,7 +35,7 @@ struct DeferredNormal {
 static_assert(sizeof(DeferredNormal) == 8);
 
 /// The brush: fifteen tools in one class. It is a scene node, an operation that the host's stroke
-/// loop calls, and the visitor of the mesh traversals that find the patches and vertices under the
+/// loop calls, and the visitor for the mesh traversals that find the patches and vertices under the
 /// brush.
 ///
 /// A stroke consists of one BeginStroke, one ApplyDab for every hit, and one EndStroke. A dab
@@ -84,8 +84,8 @@ public:
     // --- Stroke (stroke/) ---
     void BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType trigger) override;
     void EndStroke() override;
-    /// Applies the tool once at one point on the surface. A dab that cannot run (no falloff, no
-    /// mesh, no direction yet) returns without an error and does not change `box`.
+    /// Applies the tool once at a point on the surface. A dab that cannot run (no falloff, no mesh,
+    /// no direction yet) returns without an error and does not change `box`.
     /// \param hit  mesh-local.
     /// \param position  dab centre, world space.
     /// \param size  radius, world units.
@@ -128,8 +128,8 @@ public:
     // --- Kernels (kernels/) ---
     template <KernelSwitches switches>
     bool PatchKernel(uint32_t face);
-    /// The part that is common to all kernels; it calls one kernel's loops through `movers`. See
-    /// kernels/batch/RunPatch.cpp.
+    /// The part of a kernel that is the same for all kernels; it calls the kernel's own loops
+    /// through `movers`. See kernels/batch/RunPatch.cpp.
     bool RunPatch(uint32_t face, const KernelSwitches& switches, const BatchMovers& movers);
     /// Returns the switches of this dab, excluding withFreeze.
     KernelSwitches DabSwitches() const;
@@ -159,23 +159,23 @@ public:
     void ReadPatchPositions(const uint32_t* slice);
     /// Returns whether this dab may use and extend the patch cache of the stroke.
     bool MayUsePatchCache();
-    /// If the patch cache shows that the patch is culled, applies the side effects that a visit to
-    /// the patch would have.
+    /// If the patch cache shows that the patch is culled, applies only the side effects of a visit
+    /// to it.
     /// \return false, without any effect, if the patch is not culled.
     bool SkipCulledPatch(uint32_t patch);
-    /// Finds the ghost vertices near the ends of a patch's sides.
+    /// Finds the ghost vertices near both ends of each side of a patch.
     /// \return false if a side of the patch is open.
     bool FindRingEnds(uint32_t patch, PatchCache::RingEnds& ends) const;
-    /// Reads the cells that are needed for the normals at the corners of a culled patch.
+    /// Reads the cells from which the normals at a culled patch's corners are computed.
     void ReadCornerCells(const PatchCache::Patch& patch);
     /// Returns whether the four corners of the patch in the work list are distinct vertices. If so,
     /// no two sides of the patch are joined, and each vertex is listed once.
     bool ListsEachVertexOnce() const;
-    /// Whether the vertices and normals of a listed patch are prefetched just before use rather
-    /// than when the list is built. In a deep patch, an early prefetch would be evicted from the
-    /// CPU caches before its use.
+    /// Whether the vertices and normals of a listed patch are prefetched just before use instead of
+    /// when the list is built. In a deep patch, an early prefetch would be evicted from the CPU
+    /// caches before its use.
     bool PrefetchesLate() const { return patchLevel >= 6; }
-    /// Whether patchVertexList belongs to the patch with this slice.
+    /// Whether patchVertexList was built for the patch with this slice.
     bool IsListed(const uint32_t* slice) const {
         return slice == listedSlice && patchLevel == listedLevel;
     }
@@ -186,7 +186,7 @@ public:
     /// equals the true ring mean. `saved` receives the original values of the eight modified cells.
     void CorrectCorners(uint32_t patch, Vector (&saved)[8]);
     void RestoreCorners(const Vector (&saved)[8]);
-    /// Reads the vertex's value in the active layer; creates its record if necessary.
+    /// Reads the vertex's value in the active layer and creates the vertex's record if necessary.
     void ReadLayerValue(Vector& out, uint32_t vertex, uint32_t face);
     void FlushDeferredNormals();
     /// \return whether the vertex is visited for the first time in this traversal and is inside the
@@ -226,7 +226,8 @@ public:
     /// Writes x, y, z of a unit normal to the packed normal of the vertex in `mesh`.
     void setVertexNormal(uint32_t vertex, const HWVector& normal);
 
-    /// The change of the most recent binding. Requires a bound mesh, which always has a change.
+    /// The open change of the mesh that was bound last. Requires a bound mesh, which always has a
+    /// change.
     MeshChange* CurrentChange() const { return meshChanges[meshChanges.fill - 1].change; }
     /// Whether Smooth averages values of the active layer. If so, it creates records for every
     /// vertex that it reads, including ghost vertices.
@@ -263,7 +264,7 @@ public:
     bool meshHasLayer = false;
 
     // --- Direction and plane ---
-    /// Each vertex moves along its own stored normal.
+    /// Whether each vertex moves along its own stored normal.
     bool followVertexNormal = false;
     float planeClampMin = -100000000.0f;
     float planeClampMax = 100000000.0f;
@@ -343,7 +344,7 @@ public:
 
     // --- Stamp cache ---
     bool stampEnabled = false;
-    /// Only compared, never dereferenced after the rebuild.
+    /// After the rebuild, only compared and never dereferenced.
     Image* stampImage = nullptr;
     uint32_t stampImageVersion = 0;
     uint32_t stampWidth = 0;
@@ -360,7 +361,7 @@ public:
     float stampScaleV = 0.0f;
     float stampScaleHeight = 0.0f;
 
-    /// All bindings of this stroke, in order; the change of the last one is the current change.
+    /// All bindings of this stroke, in order; the last entry contains the current change.
     Store<MeshChangePair> meshChanges{"unknown"};
     uint32_t gridStride = 0;
     HWVector* positionGrid = nullptr;
@@ -372,7 +373,7 @@ public:
     uint32_t refineInterval = 0;
     bool strokeActive = false;
     PatchCache patchCache;
-    /// For comparisons in tests: if false, no visit to a patch is skipped or cached.
+    /// If false, no patch is skipped or cached. Tests use this to compare results.
     bool usesPatchCache = true;
 
 private:

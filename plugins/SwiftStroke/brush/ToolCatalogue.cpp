@@ -13,7 +13,7 @@ namespace {
 struct ToolRow {
     Tool tool;
     const char* name;
-    /// The host's tool tip resolves ${SHORTCUT:...}.
+    /// The host replaces ${SHORTCUT:...} when it displays the tool tip.
     const char* help;
 };
 

@@ -28,7 +28,7 @@ enum class Tool : uint32_t {
 /// after the library is loaded.
 void RegisterTools();
 
-/// The catalogue entry of Smooth, which a stroke with the Smooth modifier activates. Null before
+/// The catalogue entry of Smooth, which a stroke with ModifierSmooth activates. Null before
 /// RegisterTools.
 extern BrushConfiguration* smoothConfiguration;
 

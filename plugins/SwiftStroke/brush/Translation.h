@@ -5,9 +5,9 @@
 
 namespace trovik {
 
-/// Translates a text into the user's language, in the context "SwiftStroke". All user-visible texts
-/// pass through this function.
-/// \param comment  distinguishes identical texts with different meanings; may be null.
+/// Translates a string into the user's language, in the context "SwiftStroke". All user-visible
+/// strings pass through this function.
+/// \param comment  distinguishes identical strings with different meanings; may be null.
 QString Translate(const char* text, const char* comment = nullptr);
 
 }  // namespace trovik

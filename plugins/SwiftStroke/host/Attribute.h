@@ -13,7 +13,7 @@ namespace trovik {
 template <typename T>
 class AttributeInstance;
 
-/// A boolean and a number that the panel shows in one row.
+/// A Boolean and a number that the panel shows in one row.
 struct CheckableFloat {
     bool checked = false;
     float value = 0.0f;
@@ -21,8 +21,8 @@ struct CheckableFloat {
 };
 
 /// A named, typed, connectable value of a node, shown in the property panel. Its owner is notified
-/// of its events. An attribute may have targets: attributes that receive its value whenever it is
-/// set.
+/// of events. An attribute may have targets, which are attributes that receive its value whenever
+/// it is set.
 class TROVIK_API Attribute {
 public:
     /// Adds the attribute to the owner's list.
@@ -38,11 +38,12 @@ public:
     /// \return false, without changing the value, if the text is not a value of this type.
     virtual bool SetFromString(const QString& text) = 0;
     /// Connects `target`, which then follows this attribute. If the target had a different source,
-    /// that connection ends.
+    /// it is disconnected from that source.
     virtual void AddTarget(Attribute& target, bool silent);
     virtual void UpdateTargets();
     virtual int TargetType() const;
-    /// For attributes that refer to a node. Other attributes ignore these calls and return null.
+    /// For attributes that refer to a node; other attributes ignore calls to these functions and
+    /// return null.
     virtual void SetPointerValue(Node* node, bool silent);
     virtual Node* PointerValue() const;
     virtual bool ValidatePointerValue(Node* node) const;
@@ -149,7 +150,7 @@ public:
         StartEvent(NodeEventSourceConnected);
         target.StartEvent(NodeEventTargetConnected);
     }
-    /// A target of a different type cannot receive the value; its owner is only notified of a
+    /// A target of a different type cannot receive the value; only its owner is notified of a
     /// change.
     void UpdateTargets() override {
         for (uint32_t i = 0; i < TargetCount(); ++i) {
@@ -166,7 +167,7 @@ public:
             return Attribute::CreateEditorWidget(parent, width);
     }
 
-    /// Stores the value, updates the targets, and notifies the owner unless `silent` is set.
+    /// Stores the value, updates the targets and, unless `silent` is set, notifies the owner.
     virtual void SetValue(const T& newValue, bool silent = false) {
         value = newValue;
         UpdateTargets();
@@ -175,7 +176,7 @@ public:
 
     const T& Value() const { return value; }
     operator const T&() const { return value; }
-    /// Both assignments set the value without a notification.
+    /// Both assignment operators set the value without notifying the owner.
     const T& operator=(const AttributeInstance& other) {
         SetValue(other.value, true);
         return value;

@@ -13,7 +13,8 @@ public:
     /// \param name  not copied; only the pointer is stored.
     /// \param elementSize  in bytes.
     Block(const char* name, uint32_t elementSize);
-    /// Removes the block from the list. The code that registered bytes must unregister them.
+    /// Removes the block from the list. Bytes must be unregistered by the code that registered
+    /// them.
     ~Block();
     Block(const Block&) = delete;
     Block& operator=(const Block&) = delete;
@@ -29,7 +30,8 @@ public:
     /// \param alignment  a power of two.
     static void* AlignedAlloc(uint64_t size, uint64_t alignment);
     static void AlignedFree(void* memory);
-    /// Logs the memory usage of the blocks that hold at least the fraction `share` of the total.
+    /// Logs the memory usage of each block that accounts for at least the fraction `share` of the
+    /// total.
     static void LogAll(float share, bool everyBlock);
 
     static Block* s_pHead;

@@ -10,9 +10,9 @@ namespace trovik {
 
 class BrushConfiguration;
 
-/// Process-wide switch for the facing falloff, which depends on the angle between the surface and
-/// the view. The panel shows it in one row with the two angles (BrushOperation::facingAngleStart
-/// and facingAngleRange).
+/// Process-wide switch for the facing falloff, which depends on the angle between the surface
+/// normal and the view direction. The panel shows it in one row with the two angles
+/// (BrushOperation::facingAngleStart and facingAngleRange).
 class TROVIK_API CheckableFloatArray {
 public:
     static bool s_bActive;
@@ -58,13 +58,13 @@ public:
     StampConfiguration();
     ~StampConfiguration();
 
-    /// The image file; empty if there is none.
+    /// Path of the image file; empty if there is none.
     QString path;
     /// Whether the stamp is used.
     bool enabled = false;
     /// Range of the random stamp rotation per dab, as a fraction of a full turn, 0 to 1.
     float randomTurn = 0.0f;
-    /// Whether each dab applies the stamp at a random position, size and rotation.
+    /// Whether each dab applies the stamp with a random position, size and rotation.
     bool randomize = false;
 };
 
@@ -75,7 +75,8 @@ public:
 
     int MirrorMode() const { return mode; }
     void SetMirrorMode(int newMode) { mode = newMode; }
-    /// Sets the matrix that maps mesh-local points at the main hit to the current mirrored hit.
+    /// Sets the matrix that maps mesh-local points around the main hit to those around the current
+    /// mirrored hit.
     void SetPointMap(const Matrix& map) { pointMap = map; }
     const Matrix& PointMap() const { return pointMap; }
     /// Applies the point map to (p, w), in mesh-local coordinates and without a perspective
@@ -103,21 +104,21 @@ inline constexpr int stampMask = -1;
 /// A stroke consists of one BeginStroke, one ApplyDab for each hit, and one EndStroke. The order of
 /// the virtual functions is part of the binary interface. Unless stated otherwise, the base class's
 /// getters and setters return and store the setting, and all functions are called on the host's
-/// main thread. A `mask` argument is stampMask for the stamp of the brush, or 1 for the additional
-/// stamp lookup at the mirror vertex; no mask exists for any other value.
+/// main thread. A `mask` argument is stampMask for the brush's stamp, or 1 for the additional stamp
+/// lookup at the mirror vertex. There are no other masks.
 class TROVIK_API BrushOperation : public Operation {
 public:
     /// Modifier key held at the start of a stroke. ModifierSmooth replaces the tool with Smooth for
     /// the stroke; ModifierInvert inverts the effect of the stroke.
     enum Modifier : int { ModifierNone = 0, ModifierSmooth = 1, ModifierInvert = 2 };
-    /// 0: a sculpting stroke; any other value: a gesture that does not sculpt.
+    /// 0 for a sculpting stroke; any other value for a gesture that does not sculpt.
     enum TriggerType : int { TriggerStroke = 0, TriggerOther = 1 };
 
     BrushOperation();
     ~BrushOperation() override;
 
-    /// Returns how a stroke places dabs. 0: dabs along the path (the default); 1: one dab that is
-    /// centred at the press point and grows with the distance to the pointer; 2: one dab whose
+    /// Returns how a stroke places dabs. 0 (the default): dabs along the path. 1: one dab that is
+    /// centred on the press point and grows with the distance to the pointer. 2: one dab whose
     /// diameter extends from the press point to the pointer.
     virtual int StrokeDrawMode() const;
     /// Returns whether the brush size is a screen-space size. False by default.
@@ -126,20 +127,20 @@ public:
     virtual float BrushSize() const;
     /// Returns the brush strength in percent, 0 to MaxBrushStrength().
     virtual float BrushStrength() const;
-    /// Sets the brush size, clamped to 0 to MaxBrushSize(); NaN becomes 0.
+    /// Sets the brush size, clamped to [0, MaxBrushSize()]; NaN becomes 0.
     virtual void SetBrushSize(float size);
-    /// Sets the brush strength in percent, clamped to 0 to MaxBrushStrength(); NaN becomes 0.
+    /// Sets the brush strength in percent, clamped to [0, MaxBrushStrength()]; NaN becomes 0.
     virtual void SetBrushStrength(float strength);
-    /// Returns the brush size at a pressure of 0 to 1. Pressure has an effect if strokeOptionD is
-    /// set: it multiplies the size by (1 - b) * pressure + b, where b is BrushSizeBias() / 100.
+    /// Returns the brush size at a pressure of 0 to 1. If strokeOptionD is set, the size is
+    /// multiplied by (1 - b) * pressure + b, where b is BrushSizeBias() / 100.
     virtual float EffectiveBrushSize(float pressure) const;
     /// Returns the brush strength at a pressure of 0 to 1. If PressureControlsBrushStrength()
-    /// returns true, pressure scales the strength as it scales the size in EffectiveBrushSize, with
-    /// BrushStrengthBias().
+    /// returns true, pressure scales the strength in the same way as EffectiveBrushSize scales the
+    /// size, but with BrushStrengthBias().
     virtual float EffectiveBrushStrength(float pressure) const;
-    /// Returns the fraction of the size that does not depend on pressure, in percent.
+    /// Returns the pressure-independent part of the size, in percent.
     virtual float BrushSizeBias() const;
-    /// Returns the fraction of the strength that does not depend on pressure, in percent.
+    /// Returns the pressure-independent part of the strength, in percent.
     virtual float BrushStrengthBias() const;
     /// Returns the upper limit of the brush size, 100 by default.
     virtual float MaxBrushSize() const;
@@ -187,19 +188,18 @@ public:
     /// Returns the projective matrix that maps mesh-local positions to stamp pixels for the current
     /// dab.
     virtual Matrix MaskMatrix(int mask) const;
-    /// Returns whether the values v of the mask are inverted: 1 - v + offset instead of v - offset,
-    /// where offset is MaskOffset(mask).
+    /// Returns whether the mask is inverted. With o = MaskOffset(mask), a value v then reads as
+    /// (1 - v) + o, otherwise as v - o.
     virtual bool IsMaskInverted(int mask) const;
     /// Returns the factor that is applied to all mask values, 1 by default. Brushes call this for
     /// every dab.
     virtual float MaskFactor(int mask) const;
-    /// Returns whether the mask is repeated in both directions.
+    /// Returns whether the mask is tiled in both directions.
     virtual bool IsMaskTiled(int mask) const;
     /// Returns the file name of the mask. A name that contains ".vdm" or "_vdm" marks a vector
     /// displacement map.
     virtual QString MaskName(int mask) const;
-    /// Returns whether a vertex's build-up grows by its weight including the mask (true) or
-    /// excluding it (false).
+    /// Returns whether the weight that is added to a vertex's build-up includes the mask.
     virtual bool MaskBuildUp(int mask) const;
     /// Returns the opacity image of the mask. The base class has none and returns an image with
     /// width 0.
@@ -207,10 +207,10 @@ public:
     /// Returns the value that is subtracted from the mask values; see IsMaskInverted.
     virtual float MaskOffset(int mask) const;
     /// Called after the mask's path has been set. Updates the name and, if the image is already in
-    /// memory, the image; the host loads all other images.
+    /// memory, the image. Otherwise, the host loads the image.
     virtual void OnMaskChanged(int mask);
 
-    /// Returns the rate at which repeated dabs of a stroke add up, 1 by default.
+    /// Returns the rate at which repeated dabs in one stroke add up, 1 by default.
     virtual float BuildUpRate() const;
     /// Returns whether the current tool places a single copy of the stamp per stroke. False by
     /// default.
@@ -221,8 +221,8 @@ public:
     virtual bool PressureControlsBrushStrength() const;
     /// Returns whether the current stroke was started with ModifierInvert.
     virtual bool IsInverted() const;
-    /// Returns whether the stamp lies in the tangent plane of the surface. If not, it is projected
-    /// from the active camera.
+    /// Returns whether the stamp lies in the tangent plane of the surface; otherwise, it is
+    /// projected from the active camera.
     virtual bool IsOrientedToSurface() const;
     /// Sets whether the stamp lies in the tangent plane of the surface.
     virtual void SetOrientedToSurface(bool on);
@@ -280,7 +280,7 @@ public:
     virtual void StoreConfiguration(const BrushConfiguration* configuration);
     /// Restores the stored settings of a tool. Has no effect if there are none.
     virtual void RestoreConfiguration(const BrushConfiguration* configuration);
-    /// Returns the name of an icon to be shown at the cursor; empty by default.
+    /// Returns the name of an icon to show at the cursor; empty by default.
     virtual QString OverlayIcon() const;
     /// Returns the offset of that icon from the cursor in pixels; 0 by default.
     virtual int OverlayOffset() const;
@@ -290,19 +290,19 @@ public:
     virtual const BrushOperation& operator=(const BrushOperation& other);
     /// Always returns true. The function exists only to preserve the layout of the interface.
     virtual bool AlwaysTrueQuery() const;
-    /// Returns whether the brush does its own picking. False by default.
+    /// Returns whether the brush picks the surface itself. False by default.
     virtual bool CustomPicker() const;
     /// Returns the node whose attributes the panel shows: this brush.
     virtual Node* AttributeHolderNode();
     /// Selects a falloff curve by its index in the table of curves. An unknown index selects the
-    /// smooth curve. The index -1 keeps user-defined samples if they are current.
+    /// smooth curve. The index -1 keeps the current samples if they are user-defined.
     virtual void SetFalloffIndex(int index);
     /// Returns the index of the current falloff curve, or -1 for user-defined samples.
     virtual int FalloffIndex() const;
     /// Returns the number of alternate behaviours that a modifier key can select, 0 or 1.
     virtual unsigned AlternateBehaviorCount() const;
-    /// Returns the name of an alternate behaviour, such as "Smooth"; empty for an index beyond the
-    /// count.
+    /// Returns the name of an alternate behaviour, such as "Smooth"; empty if the index is out of
+    /// range.
     virtual QString AlternateBehavior(unsigned index) const;
     /// Returns whether strokes snap to curves (strokeOptionE).
     virtual bool IsSnapToCurve() const;
@@ -329,8 +329,8 @@ public:
 
     /// Adds a tool to the process-wide catalogue, which takes ownership.
     static void AddConfiguration(BrushConfiguration* configuration);
-    /// Returns a tool of the catalogue by index, in the order of addition; null for an index beyond
-    /// the end.
+    /// Returns a tool from the catalogue by index, in the order in which tools were added; null if
+    /// the index is out of range.
     static BrushConfiguration* Configuration(uint32_t index);
     static uint32_t ConfigurationCount();
 
@@ -354,14 +354,14 @@ public:
         QString name;
     };
 
-    // Settings that the tools set. The panel shows only visible attributes; the tool determines
-    // which ones are visible.
+    // Settings controlled by the active tool. The panel shows only visible attributes; the tool
+    // determines which ones are visible.
     AttributeInstance<int> directionAttribute;
     AttributeInstance<CheckableFloat> strokeSmoothingAttribute;
     AttributeInstance<CheckableFloat> steadyStrokeAttribute;
     /// The gap between adjacent copies of the stamp, in percent of the radius.
     AttributeInstance<float> strokeFloatA;
-    /// The maximum random addition to that gap, in percent of the radius.
+    /// The maximum random increase of that gap, in percent of the radius.
     AttributeInstance<float> strokeFloatB;
     /// Whether pressure affects the strength.
     AttributeInstance<bool> strokeOptionC;
@@ -369,7 +369,7 @@ public:
     AttributeInstance<bool> strokeOptionD;
     /// Whether strokes snap to curves.
     AttributeInstance<bool> strokeOptionE;
-    /// How the stamp is positioned in each dab.
+    /// How each dab positions the stamp.
     AttributeInstance<int> resetOptionA;
     /// The rotation of the stamp, in degrees clockwise.
     AttributeInstance<int> separatorOption;
@@ -382,7 +382,7 @@ public:
     float facingAngleRange = 90.0f;
     /// The factor that the tool applies to the strength of every dab.
     float brushStrengthScale = 1.0f;
-    /// If not 0, dabs on a mesh other than the bound one are ignored.
+    /// If not 0, dabs on any mesh other than the bound one are ignored.
     int strokeMeshLocked = 0;
 
 protected:

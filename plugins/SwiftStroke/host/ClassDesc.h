@@ -10,7 +10,7 @@ namespace trovik {
 class Node;
 
 /// Describes one class of scene nodes. The constructor adds the descriptor to the host's registry.
-/// A descriptor should exist for as long as its library is loaded.
+/// A descriptor should exist as long as its library is loaded.
 class TROVIK_API ClassDesc {
 public:
     /// \param parent, displayParent  descriptors of the base class: for casts, and for display in
@@ -38,7 +38,7 @@ public:
     int Version() const { return version; }
     /// \return the new node, owned by the caller; null for an abstract class.
     Node* Create(unsigned count = 1) const { return factory == nullptr ? nullptr : factory(count); }
-    /// True for `base` itself and for all classes derived from it.
+    /// True for `base` itself and all classes derived from it.
     bool IsDerivedFrom(const ClassDesc* base) const;
 
     /// The registry, in order of construction.

@@ -5,9 +5,9 @@
 /// BrushOperation::SetFalloffIndex.
 namespace trovik {
 
-/// The default of most tools. The host also falls back to it if a curve is unknown.
+/// The default of most tools, and the host's fallback for unknown curves.
 inline constexpr int smoothFalloffIndex = 2;
-/// Full strength nearly up to the rim.
+/// Full strength almost up to the rim.
 inline constexpr int plateauFalloffIndex = 7;
 /// User-defined samples, named "custom".
 inline constexpr int customFalloffIndex = -1;

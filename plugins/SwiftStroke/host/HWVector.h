@@ -16,7 +16,8 @@ namespace trovik {
 /// the lowest lane; w is 0 for a position. The order in memory is therefore w, z, y, x.
 class alignas(16) HWVector {
 public:
-    /// Leaves the lanes uninitialised, so that grids of vectors can be allocated without clearing.
+    /// Leaves the lanes uninitialised, so that grids of vectors can be allocated without clearing
+    /// them.
     HWVector() = default;
     explicit HWVector(__m128 value) : lanes(value) {}
     HWVector(float x, float y, float z, float w) : lanes(_mm_set_ps(x, y, z, w)) {}
@@ -67,7 +68,7 @@ public:
         if (dot != 0.0f) *this *= 1.0f / std::sqrt(dot);
     }
 
-    /// Per lane. If the comparison fails, for example for NaN, the result is the second operand.
+    /// Per lane. If the comparison is false, as it is for NaN, the result is the second operand.
     static HWVector Minimum(const HWVector& a, const HWVector& b) {
         return HWVector(_mm_min_ps(a.lanes, b.lanes));
     }

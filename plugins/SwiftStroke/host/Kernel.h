@@ -63,19 +63,19 @@ public:
 
     virtual trovik::Interface* Interface() = 0;
     virtual trovik::Scene* Scene() = 0;
-    /// True while the host is in its automated test mode, which enables preferences and behaviours
-    /// for tuning.
+    /// True while the host is in its automated test mode, which enables additional preferences and
+    /// behaviours for tuning.
     virtual bool IsTestModeOn() const = 0;
 
     /// Sum of the bits of all guarded functions currently on the stack; see TVCrashReporterFlag.
     uint32_t crashFlags = 0;
-    /// Receives commands as text; nodes may connect a string attribute to this one.
+    /// Receives commands as text. Nodes may connect a string attribute to this attribute.
     AttributeInstance<QString> kernelCommandAttribute;
 };
 
 TROVIK_API extern Kernel* g_pKernel;
 
-/// Scope guard for each public entry point of a plug-in. It records, for crash reports, which
+/// Scope guard for each public entry point of a plug-in. For crash reports, it records which
 /// functions are on the stack: it adds `bit` to Kernel::crashFlags and subtracts it at the end of
 /// the scope.
 class TROVIK_API TVCrashReporterFlag {

@@ -28,7 +28,7 @@ struct TROVIK_API Matrix {
     /// same.
     Vector AffineTransform(const Vector& p, float w) const;
 
-    /// Returns the product this * right, which applies this matrix first, then `right`.
+    /// Returns the product this * right, which applies this matrix first and then `right`.
     Matrix operator*(const Matrix& right) const;
 };
 static_assert(sizeof(Matrix) == 64);

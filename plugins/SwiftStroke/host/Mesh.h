@@ -13,8 +13,8 @@
 /// for everything else.
 ///
 /// Corners and sides are numbered in the same direction: side k joins corner k to corner k + 1. A
-/// patch consists of all descendants of one face of a coarser level: 2^L faces per side, stored
-/// contiguously as one slice.
+/// patch consists of all descendants of one face of a coarser level. It has 2^L faces per side,
+/// which are stored contiguously as one slice.
 ///
 ///      corner 0 --- side 0 --> corner 1
 ///         ^                       |
@@ -41,7 +41,7 @@ struct TROVIK_API SurfacePoint {
     bool mirror = false;
 };
 
-/// Visitor of a flood fill over faces, called on the traversing thread. An exception ends the
+/// Visitor for a flood fill over faces, called on the traversing thread. An exception ends the
 /// traversal and propagates to its caller.
 class TROVIK_API FaceEnumerator {
 public:
@@ -53,7 +53,7 @@ protected:
     ~FaceEnumerator() = default;
 };
 
-/// Visitor of a flood fill over vertices; `face` is a face that uses the vertex.
+/// Visitor for a flood fill over vertices; `face` is a face that uses the vertex.
 class TROVIK_API VertexEnumerator {
 public:
     virtual void Operator(Mesh* mesh, uint32_t vertex, uint32_t face) = 0;
@@ -63,7 +63,7 @@ protected:
     ~VertexEnumerator() = default;
 };
 
-/// Visitor of the vertices that share an edge with one vertex.
+/// Visitor for the vertices that share an edge with a given vertex.
 class TROVIK_API AdjacentVertexEnumerator {
 public:
     virtual void Operator(uint32_t vertex, uint32_t face) = 0;
@@ -72,7 +72,7 @@ protected:
     ~AdjacentVertexEnumerator() = default;
 };
 
-/// Implemented by code that locks a mesh. The mesh queries it to find out whether the lock may be
+/// Implemented by code that locks a mesh. The mesh calls it to find out whether the lock may be
 /// transferred.
 class TROVIK_API MeshUnlocker {
 public:
@@ -112,8 +112,8 @@ public:
     static const ClassDesc* StaticClass();
 };
 
-/// Collects the undo records of one mesh during one stroke. The code that started the change must
-/// delete it.
+/// Collects the undo records of one mesh during one stroke. Must be deleted by the code that
+/// started it.
 ///
 /// To look up a vertex's record, let k be the vertex's changeLink. If k is below *recordCount and
 /// record k belongs to the vertex, it is the result. Otherwise the vertex has no record, and its
@@ -125,7 +125,8 @@ public:
     MeshChange& operator=(const MeshChange&) = delete;
 
     /// Creates the record of a vertex that has none: copies the vertex's position, normal and link
-    /// word, and sets its link to the record. The reference is valid until the next call.
+    /// word into the record, and sets the vertex's link to the record. The reference is valid until
+    /// the next call.
     /// \param face  a face that uses the vertex.
     /// \param withLayerSlot  whether to reserve a slot in the active layer.
     /// \throw Error::s_cBadAlloc if memory cannot be allocated.
@@ -133,7 +134,7 @@ public:
                                    uint32_t face,
                                    Vertex& vertexRecord,
                                    bool withLayerSlot);
-    /// Returns whether there is room for this many more records. If so, Add_uncached does not
+    /// Returns whether there is room for `count` more records. If so, Add_uncached does not
     /// reallocate and cannot fail; see RecordMaker.
     bool HasRoom(uint32_t count = 1) const {
         return uint64_t{records->fill} + count <= records->capacity;
@@ -142,19 +143,20 @@ public:
 
     /// Ends the change at the end of a stroke and passes it to the undo history.
     /// \param keepTopology  whether the faces of the mesh are unchanged.
-    /// \param joinPrevious  whether the step joins the undo step of the change that was finished
-    /// before it.
+    /// \param joinPrevious  whether to merge the step into the undo step of the change that was
+    /// finished before it.
     virtual void Finish(bool keepTopology, bool joinPrevious) = 0;
 
     Mesh* mesh;
     Store<StoredVertexInfo>* records;
     uint32_t* recordCount;
-    /// Number of edits to the mesh's positions or normals since this change was opened, excluding
-    /// the brush's own edits through its kernels or the layer. Valid if countsOutsideEdits is set.
+    /// Number of edits to the mesh's positions or normals since this change was opened. Edits that
+    /// the brush itself makes through its kernels or the layer do not count. Valid if
+    /// countsOutsideEdits is set.
     uint32_t outsideEdits = 0;
     /// Declares that the host increments outsideEdits for every such edit. A brush may then reuse
-    /// results of the previous dab as long as the count is unchanged. By default the flag is false,
-    /// and every dab reads the mesh again.
+    /// results of the previous dab while the count is unchanged. By default the flag is false, and
+    /// every dab reads the mesh again.
     bool countsOutsideEdits = false;
 
 protected:
@@ -176,7 +178,7 @@ public:
     /// 1: quads, 0: triangles.
     int32_t meshType = 1;
     uint32_t faceCount = 0;
-    /// A vertex whose stamp word equals this value has been visited in the current traversal.
+    /// A vertex whose visit stamp equals this value has been visited in the current traversal.
     uint32_t visitStamp = 1;
     Store<Vertex> vertices;
     Store<PackedNormal> vertexNormals;
@@ -192,7 +194,7 @@ public:
     virtual MeshChange* StartChange() = 0;
     /// Reports each vertex that shares an edge with `vertex` exactly once, in rotational order
     /// starting at `face`.
-    /// \return the number of reported vertices.
+    /// \return the number of vertices reported.
     virtual uint32_t EnumerateAdjacentVertices(AdjacentVertexEnumerator* enumerator,
                                                uint32_t vertex,
                                                uint32_t face) = 0;
@@ -200,8 +202,8 @@ public:
     /// Tester returns true, calls Operator and continues across sides 0 to 3. The cost depends only
     /// on the number of faces reached. Does not change visitStamp.
     virtual void EnumerateFaces(uint32_t face, FaceEnumerator* enumerator, int reserved) = 0;
-    /// Flood fill over vertices in the same way, starting at the corners of `face`. Adds 1 to
-    /// visitStamp at the end.
+    /// Flood fill over vertices, which works in the same way and starts at the corners of `face`.
+    /// Adds 1 to visitStamp at the end.
     virtual void EnumerateVertices(uint32_t face, VertexEnumerator* enumerator) = 0;
     /// Returns the topological mirror vertex of a corner, or -1 if there is none.
     virtual int32_t MirrorVertex(uint32_t face,
@@ -215,8 +217,8 @@ public:
     virtual void FaceNormal(Vector* out, uint32_t face) = 0;
     virtual trovik::Geometry* Geometry() = 0;
     /// Requests permission to change the mesh. If the result is false, the mesh must not be
-    /// changed. The unlocker is borrowed until Unlock. A brush that is destroyed mid-stroke does
-    /// not call Unlock: the host releases the lock in the destructor of the brush base class.
+    /// changed. The unlocker is borrowed until Unlock. A brush that is destroyed during a stroke
+    /// does not call Unlock; the destructor of the host's brush base class releases the lock.
     virtual bool Lock(MeshUnlocker* unlocker) = 0;
     /// Returns a non-zero value if at least one vertex is frozen.
     virtual int FreezeQuery() = 0;
@@ -283,7 +285,8 @@ private:
     uint32_t normalCount;
 };
 
-/// Result of QuadEdgeNeighbour at an open border. Any value above 0x80000000 is possible.
+/// Result of QuadEdgeNeighbour at an open border. Brushes treat any value above 0x80000000 as an
+/// open border.
 inline constexpr uint32_t openBorder = 0xffffffffu;
 /// Bit of Mesh::faceFlags.
 inline constexpr uint8_t faceIsLive = 2;
@@ -298,10 +301,10 @@ public:
     /// Index tables for a patch that is refined `level` times, with N = 2^level faces per side.
     /// They are built once and exist until the process ends. `level` must be at most 15.
     ///
-    /// For each of the (N + 1)^2 grid points in row order: the offset of its vertex index in the
+    /// For each of the (N + 1)^2 grid points, row by row: the offset of its vertex index in the
     /// patch's slice of faceVertexIndices.
     static const Store<uint32_t>& QuadVertexIndexTable(uint32_t level);
-    /// For each of the N^2 cells in row order: the number of the face within the patch.
+    /// For each of the N^2 cells, row by row: the number of the cell's face within the patch.
     static const Store<uint32_t>& QuadIndexTable(uint32_t level);
     /// The inverse table: for each face within the patch, its cell, row * N + column.
     static const Store<uint32_t>& InvertedQuadIndexTable(uint32_t level);

@@ -6,8 +6,8 @@
 #include <cstddef>
 #include <type_traits>
 
-/// \file Mesh records that a brush reads and writes directly. Their layout is part of the contract,
-/// because the vertex loops access the bytes without function calls.
+/// \file Mesh records that a brush reads and writes directly. Their layout is part of the
+/// interface, because the vertex loops access the bytes directly.
 namespace trovik {
 
 /// One vertex of a level.

@@ -22,8 +22,9 @@ enum NodeEventType : int {
     NodeEventSourceConnected = 2,
 };
 
-/// Base class of all objects in a scene. A node has a name, attributes, and a version that counts
-/// its changes, and it can be streamed. Used only on the main thread of the host.
+/// Base class of all objects in a scene. A node has a name, attributes and a version that counts
+/// its changes. It can be written to a stream and read from one. Used only on the main thread of
+/// the host.
 class TROVIK_API Node {
 public:
     Node();
@@ -32,13 +33,13 @@ public:
 
     /// Called once by the factory after construction.
     virtual void Initialize();
-    /// Called when an attribute of this node has sent an event.
+    /// Called when one of this node's attributes has sent an event.
     virtual void OnNodeEvent(const Attribute& attribute, NodeEventType type);
     /// Called when a node that this node listens to has changed.
     virtual void OnEvent(const Node& source, NodeEventType type);
     virtual QString Name() const;
     virtual void SetName(const QString& name);
-    /// Identifier that does not change when the node is saved and loaded.
+    /// Identifier that stays the same when the node is saved and loaded.
     virtual QString StringID() const;
     virtual void SetStringID(const QString& id);
     virtual QString DisplayName() const;
@@ -51,8 +52,8 @@ public:
     virtual void Serialize(Stream& stream);
     /// \return false if the node's content is inconsistent.
     virtual bool CheckValidity();
-    /// Copies the names, and the values of attributes that have the same name and type in both
-    /// nodes. Sends no events.
+    /// Copies the names, and the values of those attributes that have the same name and type in
+    /// both nodes. Sends no events.
     virtual void CopyTo(Node& target) const;
     /// \return a new node of the same class with the same content, owned by the caller.
     virtual Node* Duplicate() const;
@@ -70,12 +71,12 @@ public:
     /// \param silent  if false, value events are sent.
     void LoadTemplate(const QString& name, bool silent);
 
-    /// Attributes in order of creation, owned by the objects that declare them.
+    /// Attributes in the order of their creation; the objects that declare them own them.
     const std::vector<Attribute*>& Attributes() const { return attributes; }
     /// \return null if no attribute has this name.
     Attribute* AttributeByName(const QString& name) const;
 
-    /// Adds a node whose OnEvent is called by this node's ContentChanged.
+    /// Adds a listener, whose OnEvent is called by this node's ContentChanged.
     void AddListener(Node* listener);
     void RemoveListener(Node* listener);
 

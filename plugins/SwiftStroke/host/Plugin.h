@@ -7,9 +7,9 @@
 
 namespace trovik {
 
-/// Registers a loadable library with the host. Each library defines one as a static object. The
-/// constructor adds it to the host's list, and the host calls `initialise` after loading the
-/// library.
+/// Registers a loadable library with the host. Each library defines one static object of this
+/// class. The constructor adds it to the host's list, and the host calls `initialise` after loading
+/// the library.
 class TROVIK_API Plugin {
 public:
     Plugin(const QString& name,

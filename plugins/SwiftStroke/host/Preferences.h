@@ -5,9 +5,8 @@
 
 namespace trovik {
 
-/// A setting that belongs to the user rather than to a scene. The constructor registers it with the
-/// host, which owns the attribute and stores its value. Settings with the same key share one
-/// attribute.
+/// A setting that is stored per user and not per scene. The constructor registers it with the host,
+/// which owns the attribute and stores its value. Settings with the same key share one attribute.
 namespace Preferences {
 
 class TROVIK_API Bool {

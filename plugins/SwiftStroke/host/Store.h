@@ -9,9 +9,9 @@
 
 namespace trovik {
 
-/// The growable array that the whole system uses. Appending grows its capacity from 0 to 1, 3, 7,
-/// 15 and so on. Element i is array[i] if i is below the capacity, and array[0] otherwise; code
-/// that reads `array` directly must handle the index in the same way.
+/// The growable array that is used throughout the host and its plug-ins. Appending grows its
+/// capacity from 0 to 1, 3, 7, 15 and so on. Element i is array[i] if i is below the capacity, and
+/// array[0] otherwise; code that reads `array` directly must handle the index in the same way.
 ///
 /// Errors: if memory accounting rejects an allocation, Error::s_cBadAlloc is thrown. If the
 /// allocation itself fails, the failure is logged, and the array does not grow.
@@ -56,7 +56,7 @@ public:
         }
         Block::SetAllocatorID(nullptr);
         if (grown == nullptr) {
-            // Nothing was allocated, so the bytes must be unregistered.
+            // Nothing was allocated, so the bytes registered for it must be unregistered.
             Block::UnregisterMemoryBlock(bytes);
             return false;
         }
@@ -75,8 +75,8 @@ public:
         return true;
     }
 
-    /// Sets the fill count to n. If n exceeds the current count, the capacity becomes exactly n;
-    /// unless `keep` is set, the old contents are released first.
+    /// Sets the fill count to n. If n exceeds the current count, the capacity becomes exactly n,
+    /// and unless `keep` is set, the old contents are released first.
     bool SetFill(uint32_t n, bool keep) {
         if (n <= fill) {
             fill = n;
@@ -100,7 +100,7 @@ public:
 
     T* array = nullptr;
     uint32_t capacity = 0;
-    /// If true, growth copies memory; if false, growth copies element by element.
+    /// Whether growth copies the elements as raw memory instead of one by one.
     bool plainCopy = true;
     Block* self;
     uint32_t fill = 0;

@@ -7,12 +7,12 @@ namespace trovik {
 
 class ClassDesc;
 
-/// A scene file that is being read or written. A single Serialize function implements both
-/// directions: it checks IsStoring and calls the matching function of each pair. All numbers in the
-/// file are little-endian.
+/// A scene file that is being read or written. One Serialize function implements both directions:
+/// it checks IsStoring and calls the read or write function accordingly. All numbers in the file
+/// are little-endian.
 ///
-/// Errors: a read beyond the end, or a stored length that exceeds the file, throws a host Error.
-/// Data that was read before the error must be discarded.
+/// Errors: a host Error is thrown for a read beyond the end or a stored length that exceeds the
+/// file. Data that was read before the error must be discarded.
 class TROVIK_API Stream {
 public:
     virtual ~Stream();
@@ -28,7 +28,7 @@ public:
     virtual void ReadElements(void* elements, uint32_t elementSize, uint64_t count) = 0;
     virtual void WriteElements(const void* elements, uint32_t elementSize, uint64_t count) = 0;
 
-    /// Transfers a whole store, fill count first.
+    /// Transfers a whole store, starting with its fill count.
     virtual void ReadStore(Store<uint32_t>& store) = 0;
     virtual void WriteStore(const Store<uint32_t>& store) = 0;
 

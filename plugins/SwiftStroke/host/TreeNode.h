@@ -21,9 +21,10 @@ public:
     virtual TreeNode* Parent() const;
     virtual TreeNode* NextSibling() const;
     virtual TreeNode* PrevSibling() const;
-    /// Moves a child to the position after `after`; null moves it to the front.
+    /// Moves a child to the position after the child `after`; null moves it to the front.
     virtual void MoveChild(TreeNode* child, TreeNode* after);
-    /// \return the child at this index among the children of the class or a derived class, or null.
+    /// \return the child at this index, counting only children of the class or a derived class;
+    /// null if there is no such child.
     virtual TreeNode* ChildByClass(const ClassDesc* classDesc, uint32_t index);
     /// \return the first child of the class. If there is none and `create` is set, one is created
     /// and added.
@@ -37,7 +38,7 @@ public:
     virtual void SetLocked(bool locked);
     virtual bool HiddenFromUI() const;
     virtual void SetHiddenFromUI(bool hidden);
-    /// Called when the parent of the node has changed.
+    /// Called when the node's parent has changed.
     virtual void OnLinked();
 
     void SetStringID(const QString& id) override;

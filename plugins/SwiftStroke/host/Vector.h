@@ -7,9 +7,9 @@
 
 namespace trovik {
 
-/// Three floats. The function that returns a vector specifies its space (world or mesh-local). Sums
-/// are evaluated from left to right without fused operations, so that results are bit-identical on
-/// all machines.
+/// Three floats. Functions that return a vector specify its space (world or mesh-local). Sums are
+/// evaluated from left to right without fused operations, so that results are bit-identical on all
+/// machines.
 struct Vector {
     float x = 0.0f;
     float y = 0.0f;
@@ -64,7 +64,7 @@ struct AxisAlignedBoundingBox {
     float maxX = -1.0f, maxY = -1.0f, maxZ = -1.0f;
 
     bool IsEmpty() const { return minX > maxX; }
-    /// If the box is empty, it becomes the point; otherwise it is extended to contain the point.
+    /// An empty box becomes the point; any other box is extended to contain it.
     void Extend(const Vector& p) {
         if (IsEmpty()) {
             *this = {p.x, p.y, p.z, p.x, p.y, p.z};

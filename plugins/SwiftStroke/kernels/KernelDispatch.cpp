@@ -33,7 +33,7 @@ bool SwiftStroke::Tester(Mesh* walked, uint32_t face) {
     listedSlice = nullptr;
     const uint32_t faceBase = facesPerPatch * face;
     if (faceBase >= mesh->faceCount) return false;
-    // The first face of a patch determines whether the whole patch is live.
+    // The whole patch is live if its first face is.
     if ((mesh->faceFlags[faceBase] & faceIsLive) == 0) return false;
     if (useTessellator && CurrentMeshEditable()) return DetailBrush::Tester(walked, face);
     if (planeSampling) return SamplePlanePatch(face);
@@ -41,7 +41,7 @@ bool SwiftStroke::Tester(Mesh* walked, uint32_t face) {
 
     Vector modifiedCells[8];
     if (isSmooth) {
-        // Building the list prefetches the vertices from which the grid is then filled.
+        // Building the list prefetches the vertices, from which the grid is filled afterwards.
         BuildWorkList(face);
         FillPatchHalo(walked, face);
         CorrectCorners(face, modifiedCells);
@@ -51,14 +51,13 @@ bool SwiftStroke::Tester(Mesh* walked, uint32_t face) {
     const bool reached = (this->*kernel)(face);
 
     // The normals require the neighbours' true positions in the ghost cells. If Smooth averages
-    // positions, they have already been read, and only eight cells were modified.
+    // positions, these have already been read, and only eight cells were modified.
     if (isSmooth && affectAllLayers.Value())
         RestoreCorners(modifiedCells);
     else
         FillPatchHalo(walked, face);
 
-    // Necessary even if no vertex was reached, because the patch may share a seam with a patch that
-    // moved.
+    // Necessary even if the dab reached no vertex, because a patch across a seam may have moved.
     RefreshPatchNormals(PatchSlice(face));
     if (!reached) return false;
     NotifyRenderersOfPatch(face, faceBase);

@@ -5,7 +5,7 @@
 
 namespace trovik {
 
-/// Conditions that are constant for a whole patch, so that the vertex loop does not test them.
+/// Conditions that are constant for a whole patch and are therefore not tested in the vertex loop.
 /// Member k is bit k of the index into the kernel table.
 struct KernelSwitches {
     bool withStamp = false;          ///< bit 0: the weight is multiplied by a stamp
@@ -14,7 +14,7 @@ struct KernelSwitches {
                                      ///< average positions
     bool withFreeze = false;         ///< bit 3: the freeze amount reduces the weight
     bool throughLayer = false;       ///< bit 4: write through the sculpt layer
-    bool averageBit = false;         ///< bit 5: together with pullBit selects the family, see below
+    bool averageBit = false;         ///< bit 5: selects the family, with pullBit; see below
     bool tiledStamp = false;         ///< bit 6: wrap stamp coordinates
     bool pullBit = false;            ///< bit 7
     bool notifyPerVertex = false;    ///< bit 8: notify every renderer of each written vertex
@@ -72,7 +72,8 @@ struct FixedSwitches {
     static constexpr bool tiledStamp = switches.tiledStamp;
     static constexpr bool notifyPerVertex = switches.notifyPerVertex;
     static constexpr bool inWorldSpace = switches.inWorldSpace;
-    /// The vertex has a grid cell: the step writes to the grid and averages over it.
+    /// Whether the vertex has a grid cell. If so, the vertex step writes to the grid and averages
+    /// over it.
     static constexpr bool withGrid = true;
 };
 

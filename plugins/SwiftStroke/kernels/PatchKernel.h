@@ -43,7 +43,7 @@ __attribute__((noinline)) bool MoveBatch(DabConstants& patch,
             v.weight = batch.weight[i];
         }
         reached |= MoveVertex(sw, dab, v);
-        // Stored after the move. A store before it would force the compiler to assume that the
+        // Stored after the move. After an earlier store, the compiler would have to assume that the
         // vertex may have changed.
         if constexpr (sw.family == Family::Pushing && !sw.withStamp && !sw.withoutRadius)
             v.record->buildUp = batch.buildUp[i];
@@ -55,7 +55,7 @@ __attribute__((noinline)) bool MoveBatch(DabConstants& patch,
 
 /// Returns whether a kernel may process two rows at once. This requires that it averages positions
 /// and that no renderer is notified per vertex. Each average depends on the one to its left through
-/// a chain of additions, so processing two independent rows hides latency.
+/// a chain of additions; processing two independent rows hides the latency of that chain.
 constexpr bool MayPairRows(const KernelSwitches& s) {
     return FamilyOf(s.averageBit, s.pullBit) == Family::Averaging && s.alongVertexNormal &&
            !s.withStamp && !s.tiledStamp && !s.withoutRadius && !s.throughLayer &&
@@ -88,10 +88,11 @@ TROVIK_FORCE_INLINE void AverageInRow(const DabConstants& dab,
     left = position;
 }
 
-/// Runs the second stage for two rows. The lower row is processed one vertex behind the upper row:
-/// it needs the new value above it, while the upper row needs the old value below it. A cell
-/// contains the current position of its vertex until the vertex is processed. The bounds are
-/// therefore computed after both rows, in list order, from the old and new values of the cells.
+/// Runs the second stage for two rows. The lower row is processed one vertex behind the upper row,
+/// because it needs the new values from the upper row, while the upper row needs the old values
+/// from the lower row. A cell contains the current position of its vertex until the vertex is
+/// processed. The bounds are therefore computed after both rows, in list order, from the cells' old
+/// and new values.
 template <KernelSwitches switches>
 __attribute__((noinline)) bool MoveRowPair(DabConstants& patch,
                                            const PatchVertexEntry* entries,

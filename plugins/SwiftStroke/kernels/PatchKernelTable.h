@@ -23,7 +23,7 @@ private:
     std::array<PatchKernelPointer, KernelSwitches::count> entries{};
 };
 
-/// Writes the kernels of shard `shard` to its 64 entries. Defined in the instance files.
+/// Writes the 64 kernels of a shard to the shard's table entries. Defined in the instance files.
 template <unsigned shard>
 void FillPatchKernelShard(PatchKernelPointer* entries);
 

@@ -2,7 +2,7 @@
 
 /// \file Computes the normals of a patch by central differences over its grid. Four adjacent cells
 /// of a row are transposed to four x, four y and four z values. Each number is computed by the same
-/// operations, in the same order, as in HWVector's products and HWVector::Normalize.
+/// operations as in HWVector's products and HWVector::Normalize, in the same order.
 #include "kernels/PatchNormals.h"
 
 #include "brush/SwiftStroke.h"
@@ -52,7 +52,7 @@ TROVIK_FORCE_INLINE void PackFour(const HWVector* cell,
     const __m128 dot =
         _mm_add_ps(_mm_mul_ps(n.z, n.z), _mm_add_ps(_mm_mul_ps(n.y, n.y), _mm_mul_ps(n.x, n.x)));
     const __m128 one = _mm_set1_ps(1.0f);
-    // A vector whose dot product is 0 does not change, so its factor is 1.
+    // A vector whose dot product with itself is 0 does not change, so its factor is 1.
     const __m128 isZero = _mm_cmpeq_ps(dot, _mm_setzero_ps());
     const __m128 inverse = _mm_div_ps(one, _mm_sqrt_ps(dot));
     const __m128 factor = _mm_or_ps(_mm_andnot_ps(isZero, inverse), _mm_and_ps(isZero, one));
@@ -93,7 +93,8 @@ void PackNormals(
         }
         return;
     }
-    // Fewer than four cells are processed in a copy, because the grid may end after them.
+    // If there are fewer than four cells, they are processed in a copy, because the grid may end
+    // after them.
     HWVector copy[3][6];
     for (uint32_t i = 0; i < 6; ++i) {
         const uint32_t from = std::min(i, count + 1);
@@ -119,7 +120,7 @@ public:
           scaleSquared(brush.brushSpace->inverseScale * brush.brushSpace->inverseScale),
           pack(CurrentVectorWidth() == VectorWidth::Eight ? &PackNormalsWide : &PackNormals) {}
 
-    /// Processes the rows as one sequence, including the ghost cells between them. This costs less
+    /// Processes the rows as one sequence, including the ghost cells between them. This is cheaper
     /// than processing partial groups at the end of each row.
     void All() {
         const uint32_t cells = (points - 1) * stride + points;
@@ -144,11 +145,11 @@ public:
     }
 
 private:
-    /// Stores packed normals, from index `first` on, for `count` entries of the patch list.
+    /// Stores `count` packed normals, starting at index `first`, for entries of the patch list.
     void Put(uint32_t first, uint32_t count, uint32_t index) {
         const uint64_t* from = packed.normals + first;
-        // Copied to local variables, because the compiler must assume that a written normal may
-        // alias the members.
+        // Copied to local variables, because the compiler must assume that storing a normal may
+        // change the members.
         PackedNormal* const to = normals;
         if (list == nullptr) {
             for (const uint32_t* at = indexTable + index; count > 0; --count)

@@ -17,8 +17,8 @@ struct PackedRow {
 /// Computes normals by central differences at `count` cells (1 to 64) starting at `cell`, in a grid
 /// whose rows are `stride` cells apart. A normal is the cross product of the differences along the
 /// row and along the column, multiplied by `scale` per component, then normalised and packed as in
-/// HWVector. Reads only the `count` + 2 cells from `cell` - 1 on, in this row and the two adjacent
-/// rows.
+/// HWVector. Reads only the `count` + 2 cells that start at `cell` - 1, in this row and the two
+/// adjacent rows.
 void PackNormals(
     const HWVector* cell, uint32_t stride, uint32_t count, const HWVector& scale, PackedRow& out);
 /// Computes bit-identical results, eight cells at a time. Requires VectorWidth::Eight.

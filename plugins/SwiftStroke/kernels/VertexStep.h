@@ -11,10 +11,10 @@
 /// runs all of it, for meshes without quads (VertexKernel.cpp). The patch kernels (PatchKernel.h)
 /// run the first stage, up to the weight, over batches of vertices (kernels/batch), and then the
 /// second stage: MoveVertex or a batch version of it. The batch versions use the same operations in
-/// the same order; tests check that their results are bit-identical to those of StepVertex.
+/// the same order, and tests check that their results are bit-identical to those of StepVertex.
 namespace trovik {
 
-/// Does not move the vertex, but updates the grid.
+/// Leaves the vertex where it is, but updates the grid.
 template <class Switches>
 TROVIK_FORCE_INLINE bool LeaveVertex(const Switches& sw,
                                      const DabConstants& dab,

@@ -45,9 +45,9 @@ void SwiftStroke::FillWorkList(uint32_t patch, const VertexAt& vertexAt) {
     const uint32_t* faceTable =
         SubdivisionLevel::QuadIndexTable(static_cast<uint32_t>(patchLevel)).array;
 
-    // Each entry uses the face to the upper left of the vertex, or the nearest face of the patch.
-    // Data for later stages is prefetched here, because those stages reach it only through the
-    // list.
+    // Each entry uses the face to the upper left of the vertex, or the nearest face if the patch
+    // does not contain that one. Data for later stages is prefetched here, because those stages
+    // access it only through the list.
     const auto fetched = [=, &vertexAt](uint32_t index) {
         const uint32_t vertex = vertexAt(index);
         if constexpr (fetches) {

@@ -20,14 +20,15 @@ struct BrushSpace {
     HWVector boundsMax;
     /// 1 / scale of the mesh's transform, per axis.
     HWVector inverseScale;
-    /// Full width and height of the stamp image, as vectors in the stamp's plane.
+    /// Width and height of the whole stamp image, as vectors in the stamp's plane.
     HWVector stampAxisU;
     HWVector stampAxisV;
-    /// Multiplying (x, y, z, 1) by this matrix and dividing by the fourth component gives a stamp
+    /// Multiplying (x, y, z, 1) by this matrix and dividing by the fourth component yields a stamp
     /// pixel. Rows in memory order.
     float stampMatrix[4][4];
-    /// Rows of the local-to-world matrix as HWVectors, so that multiplying rows by components gives
-    /// the world position without shuffles. Set only if the scale of the mesh is not uniform.
+    /// Rows of the local-to-world matrix, as HWVectors. Adding the rows multiplied by a position's
+    /// components yields the world position without shuffles. Set only if the scale of the mesh is
+    /// not uniform.
     HWVector meshToWorld[4];
 };
 static_assert(std::is_trivial_v<BrushSpace>);

@@ -49,8 +49,8 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
     const TVCrashReporterFlag flag(4, 0x400);
     if (!HasFaces(hit.mesh)) return;
     if (!wholeMesh && falloffTable == nullptr) return;
-    // A traversal can end with an exception, for example if memory for a record cannot be
-    // allocated. The pending normals belong to this dab's mesh; the next dab's mesh may be smaller.
+    // A traversal can throw an exception, for example if memory for a record cannot be allocated.
+    // The pending normals belong to this dab's mesh; the next dab's mesh may be smaller.
     const AtScopeEnd dropPendingNormals([this] { deferredNormals.SetFill(0, true); });
     mirrorPass = hit.mirror ? 1 : 0;
     dabReserved = 0;
@@ -84,7 +84,7 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
     dirtyBox = &box;
     brushSpace->boundsMax = HWVector(hit.position);
     brushSpace->boundsMin = brushSpace->boundsMax;
-    // Called before plane sampling, which changes the mesh's visit stamp.
+    // Must be called before plane sampling, which changes the mesh's visit stamp.
     patchCache.Check(*CurrentChange(), patchLevel, SmoothsLayer());
     if (!PrepareDab(hit)) return;
     dabStamp = mesh->visitStamp;
@@ -103,7 +103,7 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
             else
                 patchCache.Forget();
             {
-                // Runs even after an exception, because the records contain this dab's mark, which
+                // Must also run after an exception: the records contain this dab's mark, which
                 // later dabs must not reuse.
                 const AtScopeEnd endWalk([this] { ++mesh->visitStamp; });
                 patchMesh->EnumerateFaces(hit.face / facesPerPatch, this, 0);
@@ -132,7 +132,7 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
 int32_t SwiftStroke::WantedPatchLevel(float size, float edge) const {
     const float factor = swiftStrokeLevelFactor;
     const float wanted = std::trunc(factor * (logf(size * 0.5f / edge) / logf(2.0f)));
-    // Minus infinity (size 0), NaN (0/0) and values beyond the integer range count as 0.
+    // Minus infinity (from size 0), NaN (from 0/0) and values beyond the integer range count as 0.
     if (!(wanted > 0.0f) || wanted >= 2147483648.0f) return 0;
     return static_cast<int32_t>(wanted);
 }
@@ -153,7 +153,7 @@ void SwiftStroke::SplitPatchLevel(int32_t wanted) {
         patchMeshLevel = static_cast<uint32_t>(level - wanted);
         patchLevel = wanted;
     }
-    // Patches must be quads; if the base has triangles, level 1 is the coarsest level with quads.
+    // Patches must be quads; if level 0 has triangles, level 1 is the coarsest level with quads.
     const Geometry* geometry = mesh->Geometry();
     if (patchMeshLevel == 0 && geometry->LowestLevel()->meshType != 1 && patchLevel != 0) {
         ++patchMeshLevel;

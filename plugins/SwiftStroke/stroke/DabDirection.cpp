@@ -54,7 +54,7 @@ bool FollowsStroke(int mode) { return mode == DirectionForward || mode == Direct
 }  // namespace
 
 bool SwiftStroke::PrepareDab(const SurfacePoint& hit) {
-    // Keeps the plane that was determined earlier in this stroke.
+    // The plane determined earlier in this stroke is kept.
     if (isPlaneTool && planeDistances[mirrorPass] != 0.0f && !updatePlane.Value()) return true;
 
     followVertexNormal = false;
@@ -64,7 +64,7 @@ bool SwiftStroke::PrepareDab(const SurfacePoint& hit) {
     if (wholeMesh && !SmoothsLayer()) mode = DirectionVertexNormal;
     if (isSmear) mode = DirectionForward;
 
-    // A stroke has no heading before its second hit.
+    // A stroke has no direction of travel before its second hit.
     if (FollowsStroke(mode) && PreviousPatchPosition() == Vector()) return false;
     if (mode >= DirectionSurfaceNormal && mode <= DirectionPlaneYZ) WriteDirection(mode, hit);
     if (mirrorPass != 0) MirrorDirection(mode, hit);
@@ -104,7 +104,8 @@ void SwiftStroke::WriteDirection(int mode, const SurfacePoint& hit) {
 }
 
 void SwiftStroke::MirrorDirection(int mode, const SurfacePoint& hit) {
-    // For axis and view directions, the main pass's direction is mirrored.
+    // For axis and view directions, the mirrored pass uses the mirror image of the main pass's
+    // direction.
     if (mode >= DirectionAxisX && mode <= DirectionPlaneYZ) {
         const MirrorConfiguration& mirror = MirrorConfig();
         planePoints[1] = mirror.Transform(planePoints[0], 1.0f, &hit);

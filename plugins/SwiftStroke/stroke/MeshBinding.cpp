@@ -32,7 +32,8 @@ void SwiftStroke::SetMesh(Mesh* newMesh) {
         ReadMesh();
         OpenChange();
     } catch (...) {
-        // Without a change of its own, the mesh's edits would be recorded in another mesh's change.
+        // If the mesh had no change of its own, its edits would be recorded in another mesh's
+        // change.
         FinishMesh();
         throw;
     }
@@ -59,9 +60,10 @@ void SwiftStroke::ReadMesh() {
     if (mesh->meshType == 1) BindPatchMap();
 }
 
-/// Opens the undo record of the bound mesh. Unbinds the mesh if the pair cannot be stored.
+/// Opens the undo record of the bound mesh. Unbinds the mesh if memory for the MeshChangePair
+/// cannot be allocated.
 void SwiftStroke::OpenChange() {
-    // Deletes the change unless a pair owns it.
+    // Deletes the change unless ownership passes to a MeshChangePair.
     std::unique_ptr<MeshChange> change(mesh->StartChange());
     const uint32_t pairs = meshChanges.fill;
     meshChanges.Append({mesh, change.get()});
@@ -78,7 +80,7 @@ void SwiftStroke::BindPatchMap() {
     if (patchMapMesh->meshType != 1) patchMapMesh = mesh->Geometry()->LevelByIndex(1);
     patchMap = dynamic_cast<PatchMap*>(patchMapMesh->ChildByClass(&patchMapClass, true));
     if (patchMap == nullptr || patchMap->neighbourFaces.fill != 0) return;
-    // The map was loaded from a scene without a table. A new map builds its table when it is
+    // The map was loaded from a scene and has no table. A new map builds its table when it is
     // linked.
     patchMapMesh->RemoveChild(patchMap);
     delete patchMap;

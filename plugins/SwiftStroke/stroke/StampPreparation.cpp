@@ -30,7 +30,7 @@ void SwiftStroke::PrepareStamp() {
     stampIsVector = stampEnabled && IsVectorStampName(MaskName(stampMask));
     if (!stampEnabled || image == nullptr) return;
 
-    // The factor is compared as well, although it does not affect the cached pixels.
+    // The comparison includes the factor, although it does not affect the cached pixels.
     const bool current = image == stampImage && IsMaskInverted(stampMask) == stampInverted &&
                          MaskFactor(stampMask) == stampFactor &&
                          MaskOffset(stampMask) == stampOffset &&
@@ -71,8 +71,7 @@ void SwiftStroke::RebuildStamp() {
                         stampPixels,
                         &descriptor);
 
-    // The offset is added to the values of an inverted stamp and subtracted from those of a regular
-    // stamp.
+    // An inverted stamp adds the offset to its values; any other stamp subtracts it.
     const float offset = MaskOffset(stampMask);
     for (uint32_t i = 0; i < count; ++i) {
         stampPixels[i] = stampInverted ? (1.0f - stampPixels[i]) + offset : stampPixels[i] - offset;

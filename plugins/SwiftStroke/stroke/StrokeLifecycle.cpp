@@ -10,8 +10,8 @@ namespace trovik {
 
 namespace {
 
-/// Returns the number of dabs between two refinements for a stroke smoothing distance. 0.15f and
-/// 0.1f are above the double-precision thresholds.
+/// Returns the number of dabs between two refinements, which depends on the stroke smoothing
+/// distance. 0.15f and 0.1f are slightly above the double-precision thresholds.
 uint32_t RefineIntervalFor(float distance) {
     if (distance > 0.25f) return 1;
     if (static_cast<double>(distance) > 0.15) return 3;
@@ -25,8 +25,8 @@ uint32_t RefineIntervalFor(float distance) {
 void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType trigger) {
     const TVCrashReporterFlag flag(4, 0x20);
     if (modifier == ModifierSmooth && ActiveConfiguration() == nullptr) {
-        // There is no tool to return to, so the stroke does not start. Without a falloff, dabs have
-        // no effect; see also ApplyToWholeMesh.
+        // There is no tool to return to, so the stroke does not start. Without a falloff table,
+        // dabs have no effect; see also ApplyToWholeMesh.
         falloffTable = nullptr;
         strokeActive = false;
         return;
@@ -62,7 +62,8 @@ void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType t
         planePoints[pass] = Vector();
     }
 
-    // Strength is in world units, so a mesh with a larger scale requires smaller local steps.
+    // Strength is in world units, so a mesh with a larger scale requires smaller mesh-local
+    // displacements.
     strokeStrengthScale = 1.0f;
     if (strokeMesh != nullptr) {
         Vector scale;
@@ -71,8 +72,7 @@ void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType t
         brushSpace->inverseScale =
             volume == 0.0f ? HWVector(Vector(1.0f, 1.0f, 1.0f))
                            : HWVector(Vector(1.0f / scale.x, 1.0f / scale.y, 1.0f / scale.z));
-        // Uses the magnitude, so that a mirrored mesh has the same step length; powf of a negative
-        // volume would be NaN.
+        // Uses the absolute value, because powf of a negative volume (mirrored mesh) would be NaN.
         const float side = powf(std::fabs(volume), 0.33333334f);
         strokeStrengthScale = side;
         if (side != 0.0f) strokeStrengthScale = 1.0f / side;
@@ -123,7 +123,7 @@ void SwiftStroke::EndStroke() {
         try {
             pair.change->Finish(keepTopology, joinPrevious);
         } catch (...) {
-            // The stroke must end for all of its meshes before the first error is rethrown.
+            // The stroke must end for all its meshes before the first error is rethrown.
             if (failure == nullptr) failure = std::current_exception();
         }
         delete pair.change;

@@ -9,7 +9,7 @@ namespace trovik {
 
 namespace {
 
-/// Below this sum of weights, there are no usable samples.
+/// If the weights add up to less than this, there are no usable samples.
 constexpr float minSampleWeight = 0.0001f;
 
 /// Returns the number of cells along one arm: about one brush radius, at least one, at most a patch
@@ -31,8 +31,8 @@ void SwiftStroke::SamplePlane(const SurfacePoint& hit) {
     else
         SampleArea(hit, sampledNormal, sampledPosition);
 
-    // Only a plane tool with a global plane averages over the stroke; the samples of all dabs then
-    // have the same weight.
+    // Only a plane tool with a global plane averages over the whole stroke, with the same weight
+    // for each dab.
     if (!isPlaneTool || !globalPlane.Value()) planeDabCount = 0;
     const auto earlier = static_cast<float>(planeDabCount);
     const float share = 1.0f / (earlier + 1.0f);
@@ -81,15 +81,15 @@ void SwiftStroke::SampleCross(const SurfacePoint& hit, Vector& normal, Vector& p
             const Vector p(
                 record.originalPosition[0], record.originalPosition[1], record.originalPosition[2]);
             const float weight = 1.0f - inverseRadius * (p - localCenter).Length();
-            // With a radius of 0, even the vertex at the centre has no valid weight: zero times
-            // infinity is NaN, which must not end up in the direction.
+            // With a radius of 0, even the weight of the vertex at the centre is NaN (zero times
+            // infinity), which must not end up in the direction.
             if (!(weight >= 0.0f)) break;
             normalSum = normalSum + HWVector(UnpackNormal(record.originalNormal)) * weight;
             positionSum = positionSum + HWVector(p) * weight;
             weightSum += weight;
             ++samples;
             // At an open border, the cursor does not move and the same cell is counted again, so
-            // border cells have a greater weight.
+            // border cells have more weight.
             cursor.Step(0);
         }
     }
@@ -104,7 +104,7 @@ void SwiftStroke::SampleCross(const SurfacePoint& hit, Vector& normal, Vector& p
     position = static_cast<Vector>(positionSum * (1.0f / weightSum));
 }
 
-/// Runs the dab's traversal without moving vertices, and sums the samples inside the brush.
+/// Runs the dab's traversal without moving vertices and adds up the samples inside the brush.
 void SwiftStroke::SampleArea(const SurfacePoint& hit, Vector& normal, Vector& position) {
     planeSampleNormalSum = Vector();
     planeSamplePositionSum = Vector();

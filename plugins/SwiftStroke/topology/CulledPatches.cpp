@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Applies the effects of a dab to a patch that it cannot reach. PatchCache explains why
-/// there are no other effects.
+/// \file Applies the effects that a dab has on a patch out of its reach. PatchCache explains why
+/// there are no others.
 #include "brush/SwiftStroke.h"
 #include "kernels/stages/DabConstants.h"
 #include "topology/PatchSides.h"
@@ -10,7 +10,7 @@ namespace trovik {
 
 namespace {
 
-/// Returns the position along a side of its k-th vertex in RingEnds.
+/// Returns the position of a side's k-th RingEnds vertex along that side.
 uint32_t RingEndAt(uint32_t k, uint32_t size) { return k < 2 ? k : size - 3 + k; }
 
 /// The vertex of a patch that is `x` steps along the row and `y` steps along the column away from
@@ -22,7 +22,7 @@ struct NearCorner {
     uint32_t column;
 };
 
-/// Steps from a corner: first to the vertices whose normals are recomputed, then to the vertices
+/// Steps from a corner, first to the vertices whose normals are recomputed and then to the vertices
 /// around them.
 constexpr uint8_t stepsFromCorner[][2] = {{0, 0}, {1, 0}, {0, 1}, {2, 0}, {0, 2}, {1, 1}};
 constexpr uint32_t refreshedAtCorner = 3;
@@ -68,7 +68,7 @@ void SwiftStroke::ReadCornerCells(const PatchCache::Patch& patch) {
 bool SwiftStroke::SkipCulledPatch(uint32_t patch) {
     PatchCache::Patch* known = patchCache.Find(patch);
     // The box is mesh-local, so it cannot be compared with a radius that is measured in world
-    // space. A box that was computed from NaN positions is not valid either.
+    // space. A box computed from NaN positions is not valid either.
     if (known == nullptr || known->hasNan || nonUniformScale) return false;
     const HWVector& c = brushSpace->center;
     const float center[3] = {c.X(), c.Y(), c.Z()};

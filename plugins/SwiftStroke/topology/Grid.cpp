@@ -5,7 +5,7 @@ namespace trovik {
 
 namespace {
 
-/// The cursor treats this value itself as a neighbour; only greater values are open borders.
+/// The cursor treats this value as a neighbour; only greater values mark open borders.
 constexpr uint32_t lastNeighbour = 0x80000000u;
 
 [[noreturn]] void ThrowWrongParameter(const char* function, int line) {
@@ -78,8 +78,8 @@ uint32_t GridFace::Corner(uint32_t k) const {
     return mesh->faceVertexIndices[4 * Face() + ((rotation + k) & 3u)];
 }
 
-// Two patches have opposite directions along their common edge, and the rotation compensates for
-// that: the coordinate along the border never changes.
+// Adjacent patches have opposite directions along their common edge. The rotation compensates for
+// that, so the coordinate along the border never changes.
 bool GridFace::Cross(uint32_t k) {
     const uint32_t old = patch;
     const uint32_t neighbour = patchMesh->QuadEdgeNeighbour(patch, (rotation + k) & 3u);

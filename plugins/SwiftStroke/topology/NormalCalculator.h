@@ -5,9 +5,9 @@
 
 namespace trovik {
 
-/// Computes a vertex normal as the mean of the unit normals of the faces with which the vertex's
-/// neighbours are reported. A face counts once for each neighbour reported with it; face areas have
-/// no influence.
+/// Computes a vertex normal as the mean of the unit normals of the faces around the vertex. Each
+/// neighbouring vertex is reported with one of these faces, and a face counts once for each
+/// neighbour reported with it. Face areas have no effect.
 class NormalCalculator final : public AdjacentVertexEnumerator {
 public:
     explicit NormalCalculator(Mesh* askedMesh) : mesh(askedMesh) {}

@@ -95,7 +95,7 @@ void PatchCache::StartAdding(uint32_t count) {
         if (runs.capacity() - runs.size() < count) runs.reserve(2 * runs.capacity() + count);
         isAdding = true;
     } catch (const std::bad_alloc&) {
-        // An allocation failure is ignored, because the cache is only an optimisation.
+        // Allocation failures are ignored, because the cache is only an optimisation.
     }
 }
 
@@ -112,7 +112,7 @@ void PatchCache::AddEntries(const PatchVertexEntry* entries,
     uint32_t* const vertices = pendingVertices + pendingCount;
     InFours(count, [=](std::size_t i) { vertices[i] = entries[i].vertex; });
 
-    // The fourth component of each entry is not part of the position.
+    // The fourth float of each entry is not part of the position.
     __m128 lower = _mm_loadu_ps(positions[0]);
     __m128 upper = lower;
     __m128 nanMask = _mm_setzero_ps();
@@ -160,7 +160,7 @@ void PatchCache::Keep(uint32_t patch) {
             taken += wantedVertices;
             isAdding = false;
         } catch (const std::bad_alloc&) {
-            // An allocation failure is ignored, because the cache is only an optimisation.
+            // Allocation failures are ignored, because the cache is only an optimisation.
         }
     }
     StopAdding();
@@ -171,7 +171,7 @@ bool SwiftStroke::MayUsePatchCache() {
     if (!CurrentChange()->countsOutsideEdits) return false;
     // If the layer does not accept changes, kernels do not mark any records.
     if (meshHasLayer && layer != nullptr && !layer->Writable()) return false;
-    // Reading the stamp at mirror vertices creates records between those of a patch.
+    // Reading the stamp at mirror vertices creates records in between those of a patch.
     return !WantsMirroredStampRead();
 }
 

@@ -16,20 +16,20 @@ namespace trovik {
 
 struct PatchVertexEntry;
 
-/// The patch cache: data about the patches that dabs of the current stroke have visited. From the
-/// first visit on, each vertex of such a patch has a record, and the record's index and the
-/// position in it never change.
+/// The patch cache: data about the patches that dabs of the current stroke have visited. After the
+/// first visit, each vertex of such a patch has a record, whose index and recorded position never
+/// change.
 ///
 /// The cache stores the vertices in the order of the work list, and the indices of their records.
 /// Most records are consecutive, because the patch that first touched the vertices created them in
-/// that order. Later visits then need neither the index tables nor the look-up through the
-/// vertices.
+/// that order. Later visits therefore need neither the index tables nor the record look-up through
+/// the vertices.
 ///
 /// If the bounding box of the recorded positions is out of reach of the brush, the patch is
 /// *culled*: none of its vertices moves in this dab, no matter which patch visits them. Culled
-/// patches surround the patches that move; they are about a quarter of all patches that a dab
-/// visits. The effects of the kernel and of the normals pass are then applied without reading the
-/// vertices:
+/// patches surround the patches that move and make up about a quarter of all patches that a dab
+/// visits. The effects of the kernel and of the normal computation are then applied without reading
+/// the vertices:
 ///
 /// - Each record's mark is set to the dab's mark.
 /// - The normals of the corners and of the vertices next to them on the edge are recomputed,
@@ -47,8 +47,8 @@ struct PatchVertexEntry;
 /// while the change of the mesh counts outside edits (MeshChange::countsOutsideEdits). It is
 /// cleared when the mesh, its change, the patch depth, the mesh's visit stamp or the count of
 /// outside edits differs from the state after the previous dab. It is also cleared when Smooth
-/// starts or stops averaging layer values, because while it does, a visit also creates records for
-/// the vertices around a patch.
+/// starts or stops averaging layer values, because visits during layer averaging also create
+/// records for the vertices around a patch.
 class PatchCache {
 public:
     /// Consecutive records.
@@ -68,21 +68,21 @@ public:
         HWVector lower;
         HWVector upper;
         bool hasNan = false;
-        /// State of ringEnds, which only a few patches need.
+        /// Result of the search for `ringEnds`, which only a few patches need.
         enum class Ring { NotSearched, Found, Open } ring = Ring::NotSearched;
         RingEnds ringEnds = {};
 
-        /// Returns whether every point of the box fails the distance test of the weights, in single
-        /// precision and with the same order of additions. Rounding is monotonic, so the nearest
-        /// point of the box has the smallest products.
+        /// Returns whether every point of the box fails the distance test that the weights use, in
+        /// single precision and with the same order of additions. Rounding is monotonic, so the
+        /// nearest point of the box has the smallest products.
         bool IsBeyond(const float center[3], float radiusSquared) const;
     };
 
     void Forget();
-    /// Must be called at the start of a dab; clears data that may be out of date.
+    /// Clears data that may be out of date. Must be called at the start of a dab.
     /// \param smoothsLayer  see SwiftStroke::SmoothsLayer.
     void Check(const MeshChange& change, int32_t patchLevel, bool smoothsLayer);
-    /// Enables looking up and adding patches, if they are deep enough for the cache to be useful.
+    /// Enables looking up and adding patches if they are deep enough for the cache to be useful.
     void Open() { isOpen = level >= shallowest; }
     bool IsOpen() const { return isOpen; }
     /// Must be called when a dab has ended without an exception. Otherwise, the next Check clears
@@ -91,7 +91,8 @@ public:
 
     /// \return null if the patch is not in the cache or if the cache is not open.
     Patch* Find(uint32_t patch);
-    /// Returns the records of the patch's vertices, in order. Valid until the next patch is added.
+    /// Returns the records of the patch's vertices, in order. The result is valid until the next
+    /// patch is added.
     std::span<const Run> RunsOf(const Patch& patch) const {
         return {runs.data() + patch.firstRun, patch.runCount};
     }
@@ -110,7 +111,7 @@ public:
                     const float (*positions)[4],
                     StoredVertexInfo* const* records,
                     const StoredVertexInfo* firstRecord);
-    /// Stores the patch if all its entries have been added.
+    /// Stores the patch if all its entries were added.
     void Keep(uint32_t patch);
     /// Discards entries that were not stored.
     void StopAdding();
@@ -120,7 +121,7 @@ private:
     uint32_t* FindRoom(uint32_t count);
     void AddRun(const Run& run);
 
-    /// With fewer subdivisions, almost all vertices of a patch are on its edge.
+    /// In patches with fewer subdivisions, almost all vertices are on the edge.
     static constexpr int32_t shallowest = 3;
 
     /// Null while a dab is running and after a dab was interrupted.

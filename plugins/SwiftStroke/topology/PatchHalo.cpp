@@ -10,7 +10,8 @@ namespace trovik {
 
 namespace {
 
-/// A corner of the patch: its index in the index tables, its cell, and the steps into the patch.
+/// A corner of the patch: its index in the index tables, its cell, and the steps from there into
+/// the patch.
 struct Corner {
     uint32_t vertexIndex;
     uint32_t faceCell;
@@ -185,7 +186,7 @@ void SwiftStroke::Operator(uint32_t vertex, uint32_t face) {
         value = Vector(v.x, v.y, v.z);
     }
     ++ringCount;
-    // The sum starts with the first value, so that the sign of a zero is preserved.
+    // The sum starts with the first value instead of 0, so that the sign of a zero is preserved.
     ringSum = ringCount == 1 ? value : ringSum + value;
 }
 

@@ -5,10 +5,10 @@
 
 namespace trovik {
 
-/// Lists, for each face of the lowest quad level, up to ten faces around its corners: those that a
+/// For each face of the lowest quad level, lists the faces around its corners (at most ten) that a
 /// change at the face's seams can affect. Renderers are notified of these faces; the geometry of
-/// seams does not depend on the map. It is a child node of the level, built when it is linked, and
-/// saved with the scene.
+/// seams does not depend on the map. It is a child node of the level, is built when it is linked,
+/// and is saved with the scene.
 class PatchMap : public TreeNode, public AdjacentVertexEnumerator {
 public:
     static constexpr uint32_t rowLength = 10;
@@ -30,8 +30,8 @@ public:
     /// Adds `face` to the current row; ignored if the row already has ten faces.
     void Operator(uint32_t vertex, uint32_t face) override;
 
-    /// Row f has the entries f * 10 to f * 10 + 9: distinct faces in order of discovery, then empty
-    /// slots.
+    /// Row f consists of the entries f * 10 to f * 10 + 9, which contain distinct faces in order of
+    /// discovery, followed by empty slots.
     Store<uint32_t> neighbourFaces{"unknown"};
     uint32_t currentFace = 0;
 };

@@ -4,11 +4,11 @@
 #include <cstdint>
 
 /// \file
-/// Positions of the sides of a patch in the grid and in the index tables of the adjacent patches.
+/// Positions of a patch's sides in the grid and in the index tables of the adjacent patches.
 namespace trovik {
 
-/// When ghost cells are read, a result of QuadEdgeNeighbour denotes a neighbour only if it is below
-/// this value. The grid cursor also treats the value itself as a neighbour.
+/// Reading ghost cells treats a result of QuadEdgeNeighbour as a neighbour only if it is below this
+/// value. The grid cursor also treats the value itself as a neighbour.
 inline constexpr uint32_t firstOpen = 0x80000000u;
 
 struct Walk {
@@ -16,8 +16,8 @@ struct Walk {
     int32_t step;
 };
 
-/// Returns the start and step, in the vertex table, of the row of vertices one step inside the
-/// patch from `side`, in the direction of that side.
+/// Returns the row of vertices one step inside the patch from `side`, as its start and step in the
+/// vertex table. The row runs in the direction of the side.
 ///   side 0: row 1, left to right       side 2: row size - 1, right to left
 ///   side 1: column size - 1, downward  side 3: column 1, upward
 inline Walk NeighbourWalk(uint32_t side, uint32_t size) {

@@ -8,8 +8,8 @@ namespace trovik {
 
 namespace {
 
-/// Returns the word that contains the vertex's visit stamp: in its record, or in the vertex itself
-/// if it has no record.
+/// Returns the word that contains the vertex's visit stamp. It is in the vertex's record or, if
+/// there is none, in the vertex itself.
 uint32_t& StampWord(Mesh& mesh, uint32_t vertex) {
     Vertex& v = mesh.vertices.array[vertex];
     if (v.changeLink < mesh.changeRecordCount) {
@@ -45,7 +45,8 @@ bool SwiftStroke::SamplePlaneVertexUnchecked(uint32_t vertex) {
     if (distanceSquared > radiusSquared) return false;
 
     float weight = 1.0f;
-    // With a radius of 0, only a vertex at the centre gets here, and 0 / 0 would be NaN.
+    // With a radius of 0, only a vertex at the centre passes the test above, and 0 / 0 would be
+    // NaN.
     if (useVertexWeightsForFlatten && radius != 0.0f)
         weight = 1.0f - std::sqrt(distanceSquared) / radius;
     PackedNormal normal;

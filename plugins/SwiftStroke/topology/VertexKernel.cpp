@@ -16,13 +16,14 @@ static_assert(sizeof(OriginalDataRecord) == 28);
 
 }  // namespace
 
-// Meshes without quads have no grid for the kernels, so the traversal visits single vertices. It
-// uses the same vertex step, with the switches as run-time values.
+// Meshes without quads have no grid for the kernels, so the traversal visits individual vertices.
+// It uses the same vertex step, with the switches as run-time values.
 bool SwiftStroke::Tester(Mesh*, uint32_t vertex, uint32_t face) {
     const TVCrashReporterFlag flag(4, 0x800);
     if (planeSampling) return SamplePlaneVertex(vertex);
 
-    // Precedes all tests, because the normal of an unreached vertex changes if its neighbours move.
+    // Must precede all tests, because the normal of a vertex that is not reached also changes if
+    // its neighbours move.
     deferredNormals.Append({face, vertex});
     const bool mirroredStamp = WantsMirroredStampRead();
     if (meshHasLayer && layer != nullptr && !layer->Writable()) return false;

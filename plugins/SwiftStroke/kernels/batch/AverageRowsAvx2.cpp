@@ -2,8 +2,8 @@
 
 /// \file Averages four rows at once. Each average depends on the one to its left, through a chain
 /// of additions, and on the one above. Each row is therefore processed one vertex behind the row
-/// above it, and each register contains two rows. Every average uses exactly the operands that it
-/// would use if the rows were processed one after the other.
+/// above it, and each register contains two rows. Every average uses exactly the same operands as
+/// if the rows were processed one after the other.
 #include "kernels/batch/VertexBatch.h"
 
 #if defined(__x86_64__)
@@ -27,7 +27,7 @@ struct FourRows {
     Vertex* vertices;
     /// First cell of the top row.
     HWVector* cells;
-    /// 1 in mesh-local space, where the multiplication has no effect.
+    /// 1 in mesh-local space, where scaling has no effect.
     HWVector scale;
     const float (*weights)[RowBatches::capacity];
 
@@ -53,10 +53,10 @@ public:
             }
         }
     }
-    /// Returns the number of consecutive steps from `step` on at which the vertices of all rows
-    /// move.
+    /// Returns the number of consecutive steps, starting at `step`, in which the vertices of all
+    /// rows move.
     uint32_t Together(uint32_t step) const { return LengthOf(all, step, 0); }
-    /// Returns the number of consecutive steps from `step` on at which no vertex moves.
+    /// Returns the number of consecutive steps, starting at `step`, in which no vertex moves.
     uint32_t Idle(uint32_t step) const { return LengthOf(any, step, ~uint64_t{0}); }
 
 private:
@@ -78,7 +78,7 @@ private:
 };
 static_assert(RowBatches::capacity + rowCount - 1 <= 256);
 
-/// Bounds of the moves of four rows, two cells at a time.
+/// Bounds of the moved vertices in four rows, extended two cells at a time.
 class WideBounds {
 public:
     TROVIK_AVX2_INLINE explicit WideBounds(const DabConstants& dab)
@@ -136,7 +136,7 @@ TROVIK_AVX2_INLINE __m256 Averaged(__m256 position,
                          inWorldSpace ? _mm256_mul_ps(displacement, scale) : displacement);
 }
 
-/// Processes steps at which the vertices of all four rows move.
+/// Processes steps in which the vertices of all four rows move.
 TROVIK_AVX2_INLINE void AverageAllRows(
     const FourRows& rows, uint32_t step, uint32_t count, bool inWorldSpace, WideBounds& allBounds) {
     WideBounds bounds = allBounds;
@@ -198,7 +198,7 @@ TROVIK_AVX2 bool HoldNegativeZero(const HWVector* cells, uint32_t count) {
     return (_mm256_movemask_ps(_mm256_castsi256_ps(found)) & 0xee) != 0;
 }
 
-/// Stores the bounds, which were extended without regard to list order.
+/// Stores the bounds, which were accumulated without regard to list order.
 /// \return false, without any effect, if the order matters: if a position is NaN, or if a bound is
 /// a zero whose sign depends on the order.
 TROVIK_AVX2_INLINE bool StoreBounds(DabConstants& patch,

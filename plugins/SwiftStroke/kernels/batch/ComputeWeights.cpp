@@ -94,8 +94,8 @@ uint64_t ComputeWeights(const WeightTerms& terms, uint32_t count, VertexBatch& b
         if (lanes == 0) continue;
         within |= static_cast<uint64_t>(lanes) << first;
 
-        // An index beyond the table has weight 0; values beyond the integer range are converted to
-        // such an index.
+        // An index beyond the table yields weight 0; values beyond the integer range are converted
+        // to such an index.
         const __m128i wanted = _mm_cvttps_epi32(_mm_mul_ps(_mm_sqrt_ps(squared), falloffScale));
         const __m128i outside =
             _mm_or_si128(_mm_srai_epi32(wanted, 31), _mm_cmpgt_epi32(wanted, last));

@@ -18,7 +18,7 @@ struct WideLanes {
     __m256 x, y, z;
 };
 
-/// Computes one component of a world position; `r` contains that component's entries of the four
+/// Computes one component of a world position; `r` contains that component's entries from the four
 /// matrix rows.
 TROVIK_AVX2 inline __m256 ToWorldComponent(
     const WideLanes& p, float r0, float r1, float r2, float r3) {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file The second stage of the vertex step, two vertices at a time, for kernels in which the
-/// order of vertices matters only for the bounds. The operations match those of the stages line by
-/// line; see their files for comments.
+/// vertex order affects only the bounds. The operations match those of the stages line by line; see
+/// their files for comments.
 #include "kernels/KernelSwitches.h"
 #include "kernels/batch/VertexBatch.h"
 
@@ -53,7 +53,8 @@ TROVIK_AVX2_INLINE __m256 NormalsOf(const StoredVertexInfo& first, const StoredV
     return ReversedPair(numbers);
 }
 
-/// Returns, in every lane, the dot product that HWVector has in its lowest lane.
+/// Returns the dot product in every lane, computed as for the lowest lane of HWVector's dot
+/// product.
 TROVIK_AVX2_INLINE __m256 Dot(__m256 a, __m256 b) {
     const __m256 products = _mm256_mul_ps(a, b);
     const __m256 pairs =
@@ -69,7 +70,8 @@ TROVIK_AVX2_INLINE __m256 DisplacementOf(const WideDab& dab, Way way, __m256 pos
     const __m256 height = Dot(dir, position);
     __m256 move = _mm256_add_ps(dab.planeOffset, _mm256_sub_ps(dab.planeDistance, height));
     move = _mm256_mul_ps(move, dab.planeSign);
-    // If the operands are equal or NaN, both instructions return the second operand: the move.
+    // If the operands are equal or either is NaN, both instructions return the second operand,
+    // which is the move.
     move = _mm256_min_ps(dab.clampMax, move);
     move = _mm256_max_ps(dab.clampMin, move);
     return _mm256_mul_ps(dir, move);

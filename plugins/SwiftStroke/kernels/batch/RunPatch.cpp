@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The part that is common to all patch kernels: the first stage of the vertex step, batch by
-/// batch. The switches are tested once per patch or per batch here; the loops over vertices do not
-/// test them.
+/// \file The part that all patch kernels have in common: the first stage of the vertex step, batch
+/// by batch. The switches are tested once per patch or per batch here; the loops over vertices do
+/// not test them.
 #include "kernels/batch/VectorWidth.h"
 #include "kernels/batch/VertexBatch.h"
 #include "kernels/stages/DabConstants.h"
@@ -51,11 +51,11 @@ public:
           weigh(WeightFunctionFor(kernelSwitches)),
           wideMover(IsWide() ? WideMoverFor(kernelSwitches) : nullptr),
           wideRowMover(IsWide() && kernelMovers.rowPair != nullptr ? WideRowMoverFor() : nullptr),
-          // A mirrored stamp lookup creates records between the vertices' own records, and records
-          // must be in the order of first touch. Every vertex is then processed separately.
+          // With a mirrored stamp lookup, every vertex is processed separately: the lookup creates
+          // further records, and records must be in the order of first touch.
           longest(kernelSwitches.withStamp && mirroredStamp ? 1 : VertexBatch::capacity) {}
 
-    /// Processes all entries from `entries` on.
+    /// Processes the entries from `entries` to `end`.
     /// \param records  the records of these entries if the patch is cached, otherwise null.
     /// \return whether the dab reached a vertex.
     bool Run(const PatchVertexEntry* entries,
@@ -167,7 +167,7 @@ private:
                 if (length < wanted) break;
             } catch (...) {
                 // The allocation of the first record failed. The vertices before it are moved
-                // first; the next batch then repeats the error.
+                // first; the error then recurs in the next batch.
                 break;
             }
         }

@@ -8,10 +8,11 @@ namespace trovik {
 
 namespace {
 
-/// Creates the record of vertex `at` of the batch, which has none. The record array may be
-/// reallocated; pointers to the records of earlier vertices are then updated.
+/// Creates the record of vertex `at` of the batch, which has none. If the record array is
+/// reallocated, pointers to the records of earlier vertices are updated.
 /// \return false if memory could not be allocated and the batch can end before this vertex: the
-/// earlier vertices are processed, and the next batch starts here and repeats the error.
+/// earlier vertices are processed, and the next batch starts with this vertex and repeats the
+/// error.
 __attribute__((noinline)) bool MakeRecord(const PatchVertexEntry* entries,
                                           uint32_t at,
                                           Vertex* vertices,

@@ -20,7 +20,7 @@ struct VertexBatch {
     /// Position at first touch; the fourth component is the mark that the record had before this
     /// dab.
     alignas(32) float start[capacity][4];
-    /// The falloff weight, damped by build-up if the family uses it.
+    /// The falloff weight, damped by build-up if the kernel family uses build-up.
     alignas(32) float weight[capacity];
     /// In: the build-up of the record. Out: the build-up plus the weight of this dab.
     alignas(32) float buildUp[capacity];
@@ -48,7 +48,7 @@ struct WeightTerms {
     const BrushSpace* space = nullptr;
 };
 
-/// One row of a patch, split into as many batches as necessary.
+/// One row of a patch, split into batches.
 struct RowBatches {
     static constexpr uint32_t most = 3;
     /// Longer rows are not supported.
@@ -81,8 +81,8 @@ struct BatchMovers {
                     const RowBatches& lower);
 };
 
-/// Extends the dab's bounds to contain the old and new cell values of the moving vertices of a row,
-/// in list order.
+/// Extends the dab's bounds to contain the old and new cell values of a row's moving vertices, in
+/// list order.
 /// \return whether any vertex moved.
 bool ExtendBounds(DabConstants& patch,
                   const HWVector* now,
@@ -102,7 +102,7 @@ using WideMover = bool (*)(DabConstants& patch,
 WideMover WideMoverFor(const KernelSwitches& switches);
 
 /// Moves four rows of `points` entries at once, as BatchMovers::rowPair does for two. Reads the
-/// positions from the grid, which contains them in averaging kernels.
+/// positions from the grid, which averaging kernels have filled.
 using WideRowMover = bool (*)(DabConstants& patch,
                               const PatchVertexEntry* entries,
                               uint32_t points,
@@ -115,7 +115,7 @@ WideRowMover WideRowMoverFor();
 /// Looks up the records of `count` entries, creates the missing ones, and marks them all with
 /// `dabStamp`.
 /// \return the number of processed entries; less than `count` if memory for a record could not be
-/// allocated. Errors: those of MeshChange::Add_uncached, if the first entry already fails.
+/// allocated. Errors: those of MeshChange::Add_uncached, if the very first entry fails.
 uint32_t TouchBatch(const PatchVertexEntry* entries,
                     uint32_t count,
                     Vertex* vertices,
@@ -134,8 +134,7 @@ struct RecordWalk {
 
 /// Fills the batch like TouchBatch, for the next `count` entries of a cached patch, all of which
 /// have records.
-/// \param fetched  the entries, if their vertices should be prefetched during the loop; otherwise
-/// null.
+/// \param fetched  the entries if the loop should prefetch their vertices; otherwise null.
 void TouchCached(RecordWalk& walk,
                  uint32_t count,
                  const PatchVertexEntry* fetched,
@@ -148,7 +147,7 @@ void TouchCached(RecordWalk& walk,
 uint64_t FreshOf(const VertexBatch& batch, uint32_t count, uint32_t dabStamp);
 
 /// Returns whether any vertex that was already marked is within the radius. In a mesh without
-/// quads, a patch also counts as reached if a different patch has moved such a vertex.
+/// quads, a patch also counts as reached if another patch has moved such a vertex.
 bool MarkedWithinReach(const VertexBatch& batch,
                        uint32_t count,
                        const WeightTerms& terms,
@@ -161,7 +160,8 @@ void FaceBatch(const SwiftStroke& brush,
                const WeightTerms& terms,
                VertexBatch& batch);
 
-/// How weights use build-up, which applies only to pushing. With a stamp, the stamp stage adds it.
+/// How weights use build-up, which only pushing kernels have. With a stamp, the stamp stage adds
+/// it.
 enum class BuildUp { None, Damps, DampsAndGrows };
 
 /// Computes the weights of a batch.

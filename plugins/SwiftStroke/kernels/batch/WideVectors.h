@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-/// \file Functions shared by the eight-lane loops, such as operations on two vectors side by side.
-/// To be included only by files that implement VectorWidth::Eight. Each half uses the same
-/// operations as HWVector, in the same order.
+/// \file Functions that the eight-lane loops share, such as operations on two vectors at a time. To
+/// be included only by files that implement VectorWidth::Eight. Each half uses the same operations
+/// as HWVector, in the same order.
 #include "kernels/stages/DabConstants.h"
 
 #include <immintrin.h>
@@ -34,7 +34,7 @@ TROVIK_AVX2_INLINE __m256 PositionPairOf(const Vertex& first, const Vertex& seco
     return ReversedPair(CombineHalves(_mm_loadu_ps(&first.x), _mm_loadu_ps(&second.x)));
 }
 
-/// Writes x, y and z and preserves the link.
+/// Writes x, y and z; the link is preserved.
 TROVIK_AVX2_INLINE void StorePlain(Vertex& v, __m128 plain) {
     _mm_storeu_ps(&v.x, _mm_blend_ps(plain, _mm_loadu_ps(&v.x), 8));
 }

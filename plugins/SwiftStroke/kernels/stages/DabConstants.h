@@ -8,7 +8,7 @@
 namespace trovik {
 
 /// Values that are constant for all vertices of a patch, and the bounds, which the loop extends.
-/// They are collected once, so that the loop reads them from registers and the stack.
+/// They are collected before the loop, which then reads them from registers and the stack.
 struct DabConstants {
     DabConstants(SwiftStroke& swiftStroke, bool mirroredStampRead)
         : brush(swiftStroke),
@@ -83,7 +83,7 @@ struct VertexState {
     HWVector current;
     /// Position at first touch in the stroke, from which distances are measured.
     HWVector startPosition;
-    /// The start position in the space in which distances are measured.
+    /// The start position, in the space in which distances are measured.
     HWVector measured;
     float weight;
     /// The weight per stamp channel, used by vector stamps.

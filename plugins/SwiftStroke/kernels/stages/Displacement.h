@@ -46,7 +46,7 @@ TROVIK_FORCE_INLINE HWVector AveragingDisplacement(const Switches& sw,
     return mean - HWVector(own);
 }
 
-/// Returns the displacement along dir to the plane, limited by the clamps; the upper limit is
+/// Returns the displacement to the plane along `dir`, limited by the clamps; the upper clamp is
 /// applied first.
 TROVIK_FORCE_INLINE HWVector PlaningDisplacement(const DabConstants& dab,
                                                  const VertexState& v,
@@ -60,7 +60,7 @@ TROVIK_FORCE_INLINE HWVector PlaningDisplacement(const DabConstants& dab,
     return dir * move;
 }
 
-/// Returns the component of a stamp axis that is perpendicular to dir, normalised.
+/// Returns the component of a stamp axis perpendicular to `dir`, normalised.
 TROVIK_FORCE_INLINE HWVector TangentAcross(const HWVector& axis, const HWVector& dir) {
     HWVector tangent = dir & (axis & dir);
     tangent.Normalize();
@@ -68,8 +68,8 @@ TROVIK_FORCE_INLINE HWVector TangentAcross(const HWVector& axis, const HWVector&
 }
 
 /// Converts the channels of a vector stamp (tangent U, height, tangent V) to a displacement. The
-/// tangent channels are in units of 1/100 of the stamp's sides, the height in units of 1/100 of the
-/// geometric mean of both sides.
+/// unit of the tangent channels is 1/100 of the stamp's sides, and that of the height is 1/100 of
+/// the sides' geometric mean.
 TROVIK_FORCE_INLINE HWVector FrameByStamp(const DabConstants& dab,
                                           const VertexState& v,
                                           const HWVector& dir,

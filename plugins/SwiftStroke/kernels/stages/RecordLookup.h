@@ -15,8 +15,8 @@ TROVIK_FORCE_INLINE StoredVertexInfo* FindRecord(const MeshChange& change,
     return record->vertexIndex == vertex ? record : nullptr;
 }
 
-/// Returns the record of the vertex, creating it at first touch. The reference is valid until the
-/// next record is created.
+/// Returns the vertex's record and creates it at first touch. The reference is valid until the next
+/// record is created.
 TROVIK_FORCE_INLINE StoredVertexInfo& TouchRecord(
     MeshChange& change, uint32_t vertex, uint32_t face, Vertex& vertexRecord, bool withLayerSlot) {
     StoredVertexInfo* record = FindRecord(change, vertex, vertexRecord.changeLink);

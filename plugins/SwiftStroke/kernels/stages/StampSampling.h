@@ -68,8 +68,8 @@ TROVIK_FORCE_INLINE int32_t WrapPixel(int32_t coordinate, uint32_t size) {
     return static_cast<int32_t>(wrapped < 0 ? wrapped + size : wrapped);
 }
 
-/// Returns one pixel of a vector stamp times the factor: the first channel becomes y, the second x,
-/// the third z.
+/// Returns one pixel of a vector stamp, multiplied by the factor: the first channel becomes y, the
+/// second x and the third z.
 TROVIK_FORCE_INLINE HWVector VectorPixel(const SwiftStroke& brush, uint32_t column, uint32_t row) {
     const float* pixel =
         brush.stampPixels + (static_cast<std::size_t>(row) * brush.stampWidth + column) * 3;
@@ -82,9 +82,9 @@ TROVIK_FORCE_INLINE float PlainPixel(const SwiftStroke& brush, uint32_t column, 
            brush.stampFactor;
 }
 
-/// The four pixels and weights of a bilinear lookup. The base pixel is the rounded coordinate,
-/// while the fractions are those of the coordinate minus one half. The base is therefore one pixel
-/// higher than usual; results depend on this convention.
+/// The four pixels and weights of a bilinear lookup. The base pixel is the rounded coordinate; the
+/// weights are the fractional parts of (coordinate - 0.5). The base is therefore one pixel higher
+/// than usual; results depend on this convention.
 struct BilinearRead {
     BilinearRead(const SwiftStroke& brush, const StampPosition& stampPosition, bool tiled) {
         const float du = static_cast<float>(static_cast<double>(stampPosition.u) - 0.5);
@@ -128,7 +128,7 @@ TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw,
     }
 
     if (sw.tiledStamp) {
-        // A stamp without pixels covers nothing; for untiled stamps, the range check below ensures
+        // A stamp without pixels has no effect; for untiled stamps, the range check below ensures
         // this.
         if (brush.stampWidth == 0 || brush.stampHeight == 0) return StageResult::OutOfReach;
         stampPosition.column = WrapPixel(stampPosition.column, brush.stampWidth);
@@ -170,8 +170,8 @@ TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw,
     return StageResult::Continue;
 }
 
-/// Applies the stamp and adds the build-up: either before the stamp lookup, so that build-up also
-/// grows outside the stamp, or after it, so that build-up includes the stamp value. For a vector
+/// Applies the stamp and adds the build-up. If it is added before the stamp lookup, build-up also
+/// grows outside the stamp; if it is added afterwards, it includes the stamp value. For a vector
 /// stamp, the lowest lane of the weight is 0 after the lookup, so adding it then has no effect.
 template <class Switches>
 TROVIK_FORCE_INLINE StageResult ApplyStamp(const Switches& sw,

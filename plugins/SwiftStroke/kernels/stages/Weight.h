@@ -6,9 +6,9 @@
 
 namespace trovik {
 
-/// Returns the facing factor, which depends on the angle between surface and view: 1 below
-/// facingAngleStart, 0 beyond start + range. Reads the camera for each vertex. The caller checks
-/// whether the facing falloff is on.
+/// Returns the facing factor, which depends on the angle between the surface normal and the view
+/// direction: 1 below facingAngleStart, 0 beyond facingAngleStart + facingAngleRange. Reads the
+/// camera for each vertex. The caller checks whether the facing falloff is on.
 inline float FacingFactor(const SwiftStroke& brush, const StoredVertexInfo& record) {
     const Vector normal = UnpackNormal(record.originalNormal);
     const Vector origin;
@@ -21,14 +21,14 @@ inline float FacingFactor(const SwiftStroke& brush, const StoredVertexInfo& reco
     toEye.Normalize();
     const float cosine = (toEye.y * normal.y + toEye.x * normal.x) + toEye.z * normal.z;
     float angle = acosf(cosine) * 57.29578f;
-    // Rounding can make the cosine greater than 1; the surface then faces the camera directly.
+    // Rounding can make the cosine exceed 1 if the surface faces the camera directly.
     if (std::isnan(angle)) angle = 0.0f;
 
     const float start = brush.facingAngleStart;
     const float range = brush.facingAngleRange;
     if (start > angle) return 1.0f;
     if (angle > start + range) return 0.0f;
-    // With a range of 0, an angle that equals the start still counts as facing.
+    // With a range of 0, an angle equal to the start still counts as facing.
     if (range == 0.0f) return 1.0f;
     return 1.0f - (angle - start) / range;
 }
