@@ -25,15 +25,15 @@ public:
     /// The depth of grids with 33 x 33 vertices.
     static constexpr uint32_t maxDepth = 5;
 
-    /// Buffers for grids of 2^depth cells per side, `depth` up to maxDepth. They are computed by
-    /// the first call and are never freed. Callable from any thread.
+    /// Returns the indices for grids of 2^depth cells per side; `depth` is at most maxDepth. They
+    /// are computed on the first call and are never freed. Callable from any thread.
     static const GridIndices& OfDepth(uint32_t depth);
 
     /// The whole buffer: all strides in sequence, full detail first.
     std::span<const uint16_t> Buffer() const { return indices; }
     /// Number of strides: depth + 1. The last stride draws a patch as a single cell.
     uint32_t StrideCount() const { return static_cast<uint32_t>(first.size()) - 1; }
-    /// Position in Buffer() of the triangles with stride 2^strideLog2.
+    /// Index in Buffer() at which the triangles with stride 2^strideLog2 begin.
     uint32_t FirstIndex(uint32_t strideLog2) const { return first[strideLog2]; }
     /// Triangles with stride 2^strideLog2, three indices each.
     std::span<const uint16_t> Triangles(uint32_t strideLog2) const {

@@ -10,8 +10,8 @@
 
 namespace trovik {
 
-/// Copies patches of a level into the format in which they are uploaded. A packed patch is a copy
-/// of the level's current state; packing the same state again gives the same bytes.
+/// Copies patches of a level into the format used for upload. A packed patch is a copy of the
+/// level's current state; packing the same state again gives the same bytes.
 ///
 /// The level is only read. Several packers may run at the same time, but no thread may write to the
 /// level meanwhile.
@@ -31,7 +31,7 @@ public:
     /// \param out  at least layout.VertexCount(patches) vertices. It is written and not read, so it
     /// may be write-combined memory.
     /// \param threads  maximum number of threads, including the calling one; the bytes do not
-    /// depend on it. Lists that take less time than starting threads are packed on the calling
+    /// depend on it. A list that is packed faster than threads are started is packed on the calling
     /// thread.
     /// \return the number of vertices written.
     uint64_t Pack(std::span<const uint32_t> patches,

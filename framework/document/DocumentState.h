@@ -77,7 +77,8 @@ struct DocumentState {
     /// Size of the history in bytes, in memory and in its temporary file.
     uint64_t historyBytes = 0;
     uint64_t historyBytesOnDisk = 0;
-    /// Bytes of all accounted arrays of the process, and the limit (0 if there is none).
+    /// Total size of all arrays in the process's memory accounting, in bytes, and its limit (0 if
+    /// there is none).
     int64_t memoryBytes = 0;
     int64_t memoryLimit = 0;
 

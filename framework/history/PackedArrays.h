@@ -32,7 +32,7 @@ TROVIK_API void UnpackArrays(const std::vector<uint8_t>& packed,
                              PackMethod method,
                              const std::vector<StepArray>& arrays);
 
-/// Converts packed bytes to the other method, piece by piece and without the arrays.
+/// Converts packed bytes to the other method, piece by piece, without needing the arrays.
 /// \throw HostError if `packed` is damaged.
 TROVIK_API std::vector<uint8_t> Repack(const std::vector<uint8_t>& packed,
                                        PackMethod from,

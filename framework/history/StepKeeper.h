@@ -16,10 +16,11 @@ namespace trovik {
 
 class StepRecord;
 
-/// Stores the steps of one history. A step is either open, as it was created, or has its arrays
-/// packed in memory or in a file. The keeper's worker thread packs, repacks and writes in the order
-/// of the requests; the first request starts it. If the system cannot start a thread, the work is
-/// done immediately on the caller's thread. The keeper itself must be used by one thread only.
+/// Stores the steps of one history. A step is either open, with its arrays uncompressed, or its
+/// arrays are packed in memory or in a file. The keeper's worker thread packs, repacks and writes
+/// in the order of the requests; the first request starts it. If the system cannot start a thread,
+/// the work is done immediately on the caller's thread. The keeper itself must be used by one
+/// thread only.
 ///
 /// A step whose arrays are packed still has all its other members, so its type, label and small
 /// members can be read.
@@ -37,8 +38,8 @@ public:
     /// Deletes the step immediately; waits while it is being processed.
     void Drop(const Handle& record);
 
-    /// Requests that the arrays be packed. Has no effect on a step with fewer than `minBytes` in
-    /// arrays.
+    /// Requests that the arrays be packed. Has no effect if the step's arrays have fewer than
+    /// `minBytes` bytes.
     void Pack(const Handle& record, uint64_t minBytes);
     /// Packs the arrays tightly and immediately, on the calling thread.
     void PackNow(const Handle& record, uint64_t minBytes);
@@ -78,7 +79,8 @@ public:
     /// Whether steps can be moved into a file, that is, a folder was set and no error has occurred
     /// since.
     bool CanSpill() const;
-    /// Returns the file error once; afterwards returns an empty string.
+    /// Returns the file error the first time it is called after the error, and an empty string
+    /// otherwise.
     std::string TakeProblem();
     std::string SpillPath() const;
 

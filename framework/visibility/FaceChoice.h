@@ -32,8 +32,9 @@ TROVIK_API FaceChoice FacesOfMaterial(const LevelGeometry& geometry, uint32_t ma
 /// O(faces).
 TROVIK_API FaceChoice FacesOfComponent(const LevelGeometry& geometry, uint32_t face);
 
-/// The visible faces whose corners are all within reach and satisfy `isInside`.
-/// \param isInside  tests a position on the viewport; see WeightsInView, also for `tree` and cost.
+/// The visible faces whose corners are all within `reach` and satisfy `isInside`.
+/// \param isInside  tests a position on the viewport; see WeightsInView, which also describes
+/// `tree` and the cost.
 TROVIK_API FaceChoice FacesInView(const LevelGeometry& geometry,
                                   const PatchTree& tree,
                                   const StrokeView& view,
