@@ -33,9 +33,9 @@ public:
     JournalRecorder& operator=(const JournalRecorder&) = delete;
 
     void BeginStep(const nlohmann::json& step);
-    /// Undo or redo of steps from before the recorded ones, for example from before a save, cannot
-    /// be replayed from the journal's base. In that case the scene is written next to the journal,
-    /// and the journal restarts from that scene.
+    /// Undoing or redoing steps that precede the recorded ones, for example steps made before a
+    /// save, cannot be replayed from the journal's base. In that case the scene is written next to
+    /// the journal, and the journal restarts from that scene.
     void EndStep(bool failed);
     void Close();
     std::string TakeProblem() { return journal.TakeProblem(); }

@@ -71,7 +71,7 @@ struct FacingParameters {
     }
 };
 
-/// Name of a curve, its number, or samples from the centre to the rim.
+/// Name of a curve, its number, or samples from the centre to the edge.
 using FalloffSetting = std::variant<std::string, int, std::vector<float>>;
 using DirectionSetting = std::variant<std::string, int>;
 /// Off (false), on with the current length (true), or a length as a fraction of the viewport
