@@ -10,9 +10,8 @@
 
 namespace trovik {
 
-/// The patches of a layout that have to be packed again, collected from surface changes. The
-/// changes of several dabs in one region are merged, so that each patch is packed only once for all
-/// of them.
+/// The patches of a layout that have to be packed again, collected from surface changes. Changes
+/// from several dabs in one region are merged, so that each patch is packed only once.
 ///
 /// Not thread-safe; the changes arrive on the document's thread.
 class TROVIK_API DirtyPatches {
@@ -30,7 +29,7 @@ public:
     /// new layout, pack all of its patches and use a new DirtyPatches.
     bool LayoutChanged() const { return layoutChanged; }
 
-    /// The dirty patches, each once, in the order in which they were first added.
+    /// The dirty patches, without duplicates, in the order in which they were first added.
     std::span<const uint32_t> Patches() const { return patches; }
     bool IsEmpty() const { return patches.empty(); }
     /// The kinds of change to a patch, as a combination of SurfaceChange::What; 0 if the patch is

@@ -35,7 +35,7 @@ static_assert(offsetof(DisplayVertex, normalX) == 12 && offsetof(DisplayVertex, 
 inline constexpr uint8_t displayFaceIsHidden = 1;
 /// DisplayVertex::flags >> displayGroupShift is the face's DisplayGroup.
 inline constexpr unsigned displayGroupShift = 1;
-/// Face groups with index 0 to displayGroupCount - 1 get different values of DisplayGroup.
+/// Face groups with index 0 to displayGroupCount - 1 get different DisplayGroup values.
 inline constexpr uint32_t displayGroupCount = 127;
 
 /// The number that represents a face group in DisplayVertex::flags: 0 for faces without a group,

@@ -21,7 +21,7 @@ TROVIK_API AxisAlignedBoundingBox TransformBox(const AxisAlignedBoundingBox& box
                                                const Matrix& matrix);
 
 /// A mesh-local cone that contains the normals of a set of triangles. The front of a triangle is
-/// the side from which its corners run counterclockwise.
+/// the side from which its corners appear in counterclockwise order.
 struct TROVIK_API NormalCone {
     /// Unit length, or zero if the triangles face too many directions to be culled.
     Vector axis;

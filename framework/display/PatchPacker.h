@@ -28,8 +28,8 @@ public:
     PatchPacker(const LevelMesh& level, const PatchLayout& layout);
 
     /// Packs patches consecutively, in the order of the list.
-    /// \param out  at least layout.VertexCount(patches) vertices. It is written and not read, so it
-    /// may be write-combined memory.
+    /// \param out  at least layout.VertexCount(patches) vertices. It is only written, never read,
+    /// so it may be write-combined memory.
     /// \param threads  maximum number of threads, including the calling one; the bytes do not
     /// depend on it. A list that is packed faster than threads are started is packed on the calling
     /// thread.

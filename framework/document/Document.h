@@ -275,7 +275,7 @@ private:
              std::unique_ptr<BrushOperation> sceneBrush,
              JobControl* job);
     /// Builds the geometry from the imported mesh, with `levels` levels above it, and installs it
-    /// in the document. If building throws, nothing has changed.
+    /// in the document. If this throws, nothing has changed.
     void BuildGeometry(uint32_t levels, uint64_t byteBudget, JobControl* job);
     /// Selects the tree and the loops of the current level.
     void FollowLevel(JobControl* job = nullptr);

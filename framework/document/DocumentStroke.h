@@ -56,7 +56,7 @@ TROVIK_API void BeginStroke(Document& document,
                             BrushOperation::Modifier modifier,
                             std::optional<uint64_t> seed);
 
-/// A stroke that a user draws with pen or mouse in a document's view, from press to release. A
+/// A stroke that a user draws with a pen or mouse in a document's view, from press to release. A
 /// "pen" stroke in a script with the same samples gives a bit-identical result. The stroke is one
 /// undo step and is recorded in the document's journal, if it has one.
 ///

@@ -11,8 +11,8 @@ namespace trovik {
 /// coordinate plane of the mesh were exactly symmetric before the stroke, one moves to the mean of
 /// its position and the mirrored position of the other, and the other moves to the mirror image of
 /// that mean. A vertex that was in the plane returns to it. Pairs that agree stay bit-identical.
-/// Without this, the two sides could differ by more than rounding near the plane, where a dab and
-/// its image overlap and are applied one after the other.
+/// Without this, the two sides could differ by more than rounding errors near the plane, where a
+/// dab and its image overlap and are applied one after the other.
 ///
 /// Pairs with different freeze amounts are not changed.
 ///

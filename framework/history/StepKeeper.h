@@ -53,7 +53,7 @@ public:
     /// \throw HostError if its packed bytes cannot be read or are damaged; the step is then
     /// unchanged.
     UndoStep& Open(const Handle& record);
-    /// Returns the step, possibly without its arrays, which must not be accessed.
+    /// Returns the step. Its arrays may be empty and must not be accessed.
     static UndoStep& Shell(const Handle& record);
 
     /// Waits until all requests are completed.

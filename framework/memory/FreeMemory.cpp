@@ -21,7 +21,8 @@ constexpr uint64_t unlimited = std::numeric_limits<uint64_t>::max();
 
 uint64_t Difference(uint64_t limit, uint64_t used) { return limit > used ? limit - used : 0; }
 
-/// Returns the only number in a file, or nothing if the file is missing or contains "max".
+/// Returns the single number that a file contains, or nothing if the file is missing or contains
+/// "max".
 std::optional<uint64_t> NumberIn(const fs::path& path) {
     std::ifstream file(path);
     uint64_t number = 0;

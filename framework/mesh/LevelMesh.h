@@ -83,8 +83,9 @@ public:
         if (older.MissesPosition(vertex)) NoteOlderPosition(vertex);
         StorePosition(vertex, p);
     }
-    /// If a change is open, counts one edit of positions or normals in it. Code that writes to the
-    /// storage directly must call this once per edit, unless it writes on behalf of the brush.
+    /// If a change is open, increments its count of edits to positions or normals from outside the
+    /// brush. Code that writes to the storage directly must call this once per edit, unless it
+    /// writes on behalf of the brush.
     void CountOutsideEdit() {
         if (outsideEditCount != nullptr) ++*outsideEditCount;
     }
@@ -176,10 +177,11 @@ public:
     /// were started. Changes register themselves. Not owned.
     std::vector<LevelChange*>& Changes() { return changes; }
 
-    /// Faces that were passed to the visitor's Tester in the last EnumerateFaces on this level, in
-    /// order.
+    /// Faces that were passed to the visitor's Tester in the last EnumerateFaces call on this
+    /// level, in order.
     const std::vector<FaceVisit>& LastFaceWalk() const { return lastFaceWalk; }
-    /// Vertices that were passed to the visitor's Tester in the last EnumerateVertices, in order.
+    /// Vertices that were passed to the visitor's Tester in the last EnumerateVertices call, in
+    /// order.
     const std::vector<FaceVisit>& LastVertexWalk() const { return lastVertexWalk; }
     /// Empties both lists, so that a caller can detect whether a walk ran afterwards.
     void ClearLastWalks() {
@@ -191,7 +193,7 @@ public:
     /// ComputeNormals.
     void ComputeNormalsOf(const std::vector<uint32_t>& which, JobControl* job = nullptr);
     /// Overload for callers that already have the faces around the vertices.
-    /// \param faces  in ascending order; may include others.
+    /// \param faces  all faces around the vertices, in ascending order; may include other faces.
     void ComputeNormalsOf(const IndexSet& which,
                           const std::vector<uint32_t>& faces,
                           JobControl* job = nullptr);

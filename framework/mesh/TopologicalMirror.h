@@ -30,14 +30,14 @@ public:
     /// A map that exchanges front and back, or top and bottom, instead of left and right is not
     /// accepted, even if the connectivity allows it.
     ///
-    /// A seed is a pair of faces that share an edge and are near mirror images of each other, or a
-    /// single face that nearly mirrors itself; the best match is tried first. The map is extended
+    /// A seed is a pair of faces that share an edge and are nearly mirror images of each other, or
+    /// a single face that nearly mirrors itself; the best match is tried first. The map is extended
     /// from a seed to the neighbouring faces, and is discarded at the first contradiction. A
     /// connected component maps either to itself or to another component. A component without a
     /// mirror image is omitted.
     /// \return null if no component has a mirror image.
-    /// Cost: O(faces) if the first seed is correct and at most a few hundred times that, plus
-    /// O(components^2). Temporary memory: about 20 bytes per face and 12 per vertex.
+    /// Cost: O(faces) if the first seed is correct, otherwise at most a few hundred times that,
+    /// plus O(components^2). Temporary memory: about 20 bytes per face and 12 per vertex.
     /// \throw Cancelled.
     static std::unique_ptr<TopologicalMirror> Find(LevelMesh& base,
                                                    int axis = 0,

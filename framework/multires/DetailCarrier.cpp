@@ -199,8 +199,8 @@ void DetailCarrier::Up(const OlderValues<Vector>& seen,
     const std::vector<uint32_t> changed = Changed(coarse, seen, job);
     if (changed.empty()) return;
 
-    // Refined points change in the faces around a changed vertex. The surface rotates around those
-    // points as well, so the rotations of one additional ring of points are computed, from the
+    // Refined points change in the faces around a changed vertex. The surface also rotates at the
+    // points next to them, so rotations are computed for one additional ring of points, using the
     // points of all these faces.
     const std::vector<uint32_t> faces = WithFacesAround(coarse, FacesAt(coarse, changed));
     JobPhase phase(job, "Propagating details up", faces.size());

@@ -37,7 +37,8 @@ public:
     /// Restores visitStampWord in the changeLink of every vertex whose link still refers to its
     /// record, and pushes the undo step: the pre-stroke position, normal and layer offset of each
     /// touched vertex. Vertices whose values are bit-identical to before are omitted; if no vertex
-    /// changed, nothing is pushed. Hidden vertices are exactly at their pre-stroke positions.
+    /// changed, nothing is pushed. Afterwards, hidden vertices are exactly at their pre-stroke
+    /// positions.
     ///
     /// Finish without `joinPrevious` starts a new stroke in all histories. Later steps of other
     /// meshes join only steps of that stroke, each in its own geometry's history.

@@ -213,8 +213,8 @@ private:
         std::vector<uint32_t> vertexMap;
         std::vector<uint32_t> faceMap;
     };
-    /// Renumbers level `first` and all higher ones according to the level below each. Afterwards
-    /// the faces of the levels refer to the new vertices; RenumberLevels updates all other data.
+    /// Renumbers level `first` and each higher level to match the level below it. Afterwards the
+    /// faces of the levels refer to the new vertices; RenumberLevels updates all other data.
     /// \param facesBefore  receives the previous faces of each level; may be null.
     std::vector<LevelNumbers> RefineNumbers(uint32_t first,
                                             FaceRenumbering faces,
