@@ -38,7 +38,7 @@ public:
     uint32_t VertexCount(uint32_t bucket) const {
         return firstVertex[bucket + 1] - firstVertex[bucket];
     }
-    /// For each vertex of the bucket, its number in the level.
+    /// For each vertex of the bucket, its vertex number in the level.
     std::span<const uint32_t> Vertices(uint32_t bucket) const {
         return {vertices.data() + firstVertex[bucket], VertexCount(bucket)};
     }
@@ -46,8 +46,9 @@ public:
     std::span<const uint32_t> FlagFaces(uint32_t bucket) const {
         return {flagFaces.data() + firstVertex[bucket], VertexCount(bucket)};
     }
-    /// Triangles as triples of bucket vertices; the first of each triple stores the flags of its
-    /// face. A quad consists of the triangles (0, 1, 2) and (0, 2, 3), as for picking.
+    /// Triangles as triples of vertex numbers within the bucket; the first vertex of each triple
+    /// stores the flags of its face. A quad consists of the triangles (0, 1, 2) and (0, 2, 3), as
+    /// for picking.
     std::span<const uint16_t> Triangles(uint32_t bucket) const {
         return {triangles.data() + firstIndex[bucket], firstIndex[bucket + 1] - firstIndex[bucket]};
     }

@@ -16,7 +16,7 @@ namespace trovik {
 /// For stride s, the cell with corners (row, column), (row, column + s), (row + s, column + s),
 /// (row + s, column) consists of the triangles (0, 1, 2) and (0, 2, 3) of those corners. At full
 /// detail, picking uses the same triangles. Each triangle begins with the corner that stores the
-/// flags of the face there (DisplayVertex::flags); a coarser cell has the flags of its first face.
+/// flags of the face there (DisplayVertex::flags); a coarser cell uses the flags of its first face.
 ///
 /// A stride keeps every s-th vertex of each border, so neighbouring patches with equal stride meet
 /// without cracks. Neighbouring patches with different strides leave cracks.

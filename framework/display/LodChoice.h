@@ -17,7 +17,7 @@ public:
     struct Options {
         /// Target time for drawing a frame while the camera moves, in seconds.
         double targetSeconds = 0.008;
-        /// Time after the last movement until frames are drawn at full detail, in seconds.
+        /// Delay after the last movement before frames are drawn at full detail, in seconds.
         double restSeconds = 0.150;
         /// Base-2 logarithm of the largest stride; values above the depth of the patches have no
         /// further effect.

@@ -28,7 +28,7 @@ namespace trovik {
 /// threads.
 class TROVIK_API PatchLayout {
 public:
-    /// Depth of a patch (33 x 33 vertices) unless there are too few levels below the level.
+    /// Depth of a patch (33 x 33 vertices), or less if there are too few levels below.
     static constexpr uint32_t maxDepth = GridIndices::maxDepth;
     static constexpr uint32_t minDepth = 2;
 

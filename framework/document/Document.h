@@ -91,8 +91,8 @@ public:
         Activate();
         return *brush;
     }
-    /// The pick tree of the current level. It is updated with every reported change of the surface.
-    /// Each level has its own tree.
+    /// The pick tree of the current level. It is updated after every reported surface change. Each
+    /// level has its own tree.
     PatchTree& Tree() { return *tree; }
     /// Call UpdateCamera after changing it.
     StrokeView& View() { return settings.view; }
@@ -159,8 +159,8 @@ public:
     /// Deletes all undo steps.
     void ClearHistory();
     std::size_t HistoryPosition() const { return geometry->History().Position(); }
-    /// Adds an undo step whose change has already been made to the geometry, and updates everything
-    /// that depends on the surface. Does nothing if the step is null.
+    /// Adds an undo step for a change that has already been made to the geometry, and updates
+    /// everything that depends on the surface. Does nothing if the step is null.
     /// \param join  undo the step together with the previous one.
     /// \throw HostError if a stroke is open; the change has then been reverted by applying the
     /// step.
@@ -217,8 +217,8 @@ public:
 
     /// Uses the document's view as the kernel's camera.
     void UpdateCamera();
-    /// Adds renderers as child nodes of the current level. They move along when another level
-    /// becomes current. They display nothing and only receive change notifications.
+    /// Adds renderers as child nodes of the current level. If another level becomes current, they
+    /// are attached to that level. They display nothing and only receive change notifications.
     /// \param updateFactors  one factor per renderer; see MeshRenderer.
     void SetRenderers(const std::vector<float>& updateFactors);
     /// Returns the visible faces of the current level for a render. The result borrows the level's
@@ -227,7 +227,7 @@ public:
     /// Call this after changing the surface without a stroke and without Push.
     void RefreshSurface();
 
-    /// Statistics of all strokes of the document.
+    /// Statistics for all strokes of the document.
     StrokeTotals Totals() const;
     /// The file that was opened.
     const std::string& MeshPath() const { return path; }
@@ -254,7 +254,7 @@ public:
     void SetJournal(DocumentJournal* newJournal) { journal = newJournal; }
     /// Sets the observer of all calls into the brush; null removes it. Borrowed.
     void SetObserver(StrokeObserver* newObserver);
-    /// Notifies the stroke observer of a command that may change the mesh.
+    /// Notifies the stroke observer that a command is about to run that may change the mesh.
     void AnnounceCommand(const std::string& name) {
         if (strokeObserver != nullptr) strokeObserver->BeforeCommand(SculptBrush(), name);
     }
@@ -294,7 +294,7 @@ private:
     void BecomeActive();
     /// Stores the process globals in the document to which they belong.
     static void StoreGlobals();
-    /// Compares the document with the state of the last notification, and notifies the observers of
+    /// Compares the document with its state at the last notification, and notifies the observers of
     /// the differences.
     void NotifyChanges();
     void NotifyCamera();

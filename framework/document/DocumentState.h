@@ -64,7 +64,8 @@ struct DocumentState {
         /// Number of mirrored dabs applied in addition to each dab.
         uint32_t copies = 0;
         bool topological = false;
-        /// Map the mesh-local position of a dab to the positions of its copies; see MirrorMaps.
+        /// Matrices that map the mesh-local position of a dab to the positions of its copies; see
+        /// MirrorMaps.
         std::vector<Matrix> maps;
     };
     Symmetry symmetry;

@@ -70,7 +70,8 @@ class TROVIK_API DocumentStroke {
 public:
     /// Begins a stroke with PenStrokeOptions::Interactive.
     explicit DocumentStroke(Document& document);
-    /// Begins the stroke. The document's tool, view and settings must not change until its end.
+    /// Begins the stroke. The document's tool, view and settings must not change until the stroke
+    /// ends.
     /// \throw HostError if another stroke is open, which then stays open, or if the document's
     /// radius or spacing is out of range.
     DocumentStroke(Document& document, const PenStrokeOptions& options);

@@ -7,7 +7,7 @@ namespace trovik {
 
 namespace {
 
-/// The undo step for changes to level contents and to which level is bound; the hierarchy stays the
+/// The undo step for a change of the bound level and of level contents; the hierarchy stays the
 /// same.
 class LevelStep : public UndoStep {
 public:

@@ -17,7 +17,7 @@ namespace trovik {
 /// Pairs with different freeze amounts are not changed.
 ///
 /// \param change  open on the level; the moves become part of it. \param axes  axes perpendicular
-/// to the planes, 0 x, 1 y, 2 z, each at most once. \return the vertices whose position or normal
+/// to the planes (0 x, 1 y, 2 z), without duplicates. \return the vertices whose position or normal
 /// has changed, in ascending order. \throw Error* if an allocation fails; nothing has then moved.
 /// Cost: proportional to the vertices that the stroke touched.
 TROVIK_API std::vector<uint32_t> SettleSymmetry(LevelMesh& level,

@@ -16,11 +16,11 @@ namespace trovik {
 
 class StepRecord;
 
-/// Stores the steps of one history. A step is either open, with its arrays uncompressed, or its
-/// arrays are packed in memory or in a file. The keeper's worker thread packs, repacks and writes
-/// in the order of the requests; the first request starts it. If the system cannot start a thread,
-/// the work is done immediately on the caller's thread. The keeper itself must be used by one
-/// thread only.
+/// Stores the steps of one history. A step is either open, with uncompressed arrays, or packed,
+/// with compressed arrays in memory or in a file. The keeper's worker thread packs, repacks and
+/// writes in the order of the requests; the first request starts it. If the system cannot start a
+/// thread, the work is done immediately on the caller's thread. The keeper itself must be used by
+/// one thread only.
 ///
 /// A step whose arrays are packed still has all its other members, so its type, label and small
 /// members can be read.
@@ -76,11 +76,11 @@ public:
     /// file; bytes in an existing file stay there.
     /// \throw HostError if the file cannot be created.
     void SetSpillFolder(const std::string& folder);
-    /// Whether steps can be moved into a file, that is, a folder was set and no error has occurred
+    /// Whether steps can be moved into a file: a folder has been set and no error has occurred
     /// since.
     bool CanSpill() const;
-    /// Returns the file error the first time it is called after the error, and an empty string
-    /// otherwise.
+    /// Returns the file error if there is one that has not been returned before, otherwise an empty
+    /// string.
     std::string TakeProblem();
     std::string SpillPath() const;
 

@@ -105,7 +105,8 @@ public:
     /// memory, no more steps are written, and TakeProblem returns the reason.
     /// \throw HostError if the file cannot be created in the folder.
     void SetSpillFolder(const std::string& folder);
-    /// Returns the file error since the last call, in one line; empty if there was none.
+    /// Returns the file error that occurred since the last call, in one line; empty if there was
+    /// none.
     std::string TakeProblem();
     /// Total size of the steps in the file, in bytes.
     uint64_t SpilledBytes() const;

@@ -111,7 +111,7 @@ private:
                 v.z * cosine + sideways.z + axis.z * f};
     }
 
-    /// If the normals are closer to opposite than this, they no longer determine the shortest
+    /// If the normals are closer than this to being opposite, they no longer determine the shortest
     /// rotation.
     static constexpr double oppositeMargin = 1e-6;
 

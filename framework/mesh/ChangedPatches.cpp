@@ -47,8 +47,8 @@ public:
     }
 
 private:
-    /// Returns the entry of the level in which the vertex is new; null if that level is not above
-    /// the patch level.
+    /// Returns the entry for the lowest level that contains the vertex; null if that level is not
+    /// above the patch level.
     NewVertices* NewVerticesOf(uint32_t vertex) {
         for (std::size_t i = born.size(); i-- > 0;)
             if (vertex >= firstNew[i]) return &born[i];

@@ -51,7 +51,7 @@ public:
     /// no mirror image. Cost: O(level).
     std::optional<Corner> Across(uint32_t level, uint32_t face, uint32_t corner) const;
 
-    /// For each level-0 face: its image face * 4 + shift, or openBorder. Used to store a mirror.
+    /// For each level-0 face: 4 * image face + shift, or openBorder. Used to store a mirror.
     const std::vector<uint32_t>& Images() const { return images; }
     /// Restores a mirror from such a list.
     /// \return null if the list does not fit this base: a different number of faces, or faces that
@@ -66,7 +66,7 @@ private:
     friend class TopologicalMirrorSearch;
     /// Number of corners of each level-0 face.
     uint32_t baseCorners = 4;
-    /// For each level-0 face: its image face * 4 + shift, or openBorder.
+    /// For each level-0 face: 4 * image face + shift, or openBorder.
     std::vector<uint32_t> images;
 };
 

@@ -29,9 +29,9 @@ constexpr uint64_t walkLimit = 200;
 constexpr double exactRatio = 1e-10;
 
 struct Seed {
-    /// The squared distance between one face and the other's reflection in a plane x = c, relative
-    /// to their size, plus the squared distance between that plane and x = 0, relative to the
-    /// component's size.
+    /// The sum of two squared distances: from one face to the other's reflection in a plane x = c,
+    /// relative to the size of the faces, and from that plane to x = 0, relative to the size of the
+    /// component.
     double error;
     uint32_t face;
     uint32_t across;

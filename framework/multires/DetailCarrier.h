@@ -61,7 +61,7 @@ public:
 
 private:
     /// Moves the fine vertices whose lowest-numbered coarse face is between firstOwner and
-    /// lastOwner. `faces` must be sorted and contain all faces around them.
+    /// lastOwner. `faces` must be sorted and contain all faces around those vertices.
     void CarryFaces(const std::vector<uint32_t>& faces,
                     uint32_t firstOwner,
                     uint32_t lastOwner,

@@ -14,8 +14,8 @@ namespace trovik {
 
 class StrokeStep;
 
-/// The MeshChange of a LevelMesh. It holds the records of a stroke, and Finish turns them into one
-/// undo step.
+/// Implements MeshChange for a LevelMesh. It holds the records of a stroke, and Finish turns them
+/// into one undo step.
 ///
 /// A stroke that leaves a mesh and returns to it creates two changes for that mesh. Only the later
 /// one is linked. The effect of the earlier one is recorded when it is unlinked, so that the two

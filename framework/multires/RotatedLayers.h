@@ -22,8 +22,7 @@ namespace trovik {
 /// by strokes or from a finer level affect the layer base; the offsets above it keep their
 /// direction.
 ///
-/// Cost and memory: 44 bytes for each moved vertex that a layer touches, and 40 more for each such
-/// layer.
+/// Cost and memory: 44 bytes for each moved vertex with layer data, plus 40 for each of its layers.
 class TROVIK_API RotatedLayers {
 public:
     /// Borrows the level and the layer base until Finish.

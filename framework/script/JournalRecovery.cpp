@@ -181,7 +181,7 @@ private:
         Fail("byte " + std::to_string(step->byte) + ": the step \"" + Name(*step) + "\" made " +
              std::to_string(counter.count) + " dabs, but the journal has " +
              std::to_string(step->dabs) +
-             "; this program does not reproduce the work of the program that recorded it (" +
+             "; this program's results differ from those of the program that recorded it (" +
              content.base.program + ")");
     }
 

@@ -43,8 +43,9 @@ struct ToolDescription {
     std::vector<ToolSetting> settings;
 };
 
-/// All tools: those of the plug-ins' brushes, in their order, followed by the freeze tool. The
-/// settings of each are read from a new brush. The plug-ins must have been loaded (LoadPlugins).
+/// All tools: those of the plug-ins' brushes, in their order, followed by the freeze tool. Each
+/// tool's settings are read from a newly created brush. The plug-ins must have been loaded
+/// (LoadPlugins).
 TROVIK_API std::vector<ToolDescription> DescribeTools();
 
 }  // namespace trovik
