@@ -221,7 +221,7 @@ public:
     /// are attached to that level. They display nothing and only receive change notifications.
     /// \param updateFactors  one factor per renderer; see MeshRenderer.
     void SetRenderers(const std::vector<float>& updateFactors);
-    /// Returns the visible faces of the current level for a render. The result borrows the level's
+    /// Returns the visible faces of the current level for rendering. The result borrows the level's
     /// arrays.
     RenderMesh ShownMesh() const;
     /// Call this after changing the surface without a stroke and without Push.

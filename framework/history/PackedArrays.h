@@ -26,7 +26,7 @@ enum class PackMethod : uint8_t { Quick, Tight };
 TROVIK_API std::vector<uint8_t> PackArrays(const std::vector<StepArray>& arrays, PackMethod method);
 
 /// Unpacks into the arrays, which must have the same types as the packed ones.
-/// \throw HostError if the bytes are not a result of PackArrays for such arrays; the arrays are
+/// \throw HostError if the bytes were not produced by PackArrays from such arrays; the arrays are
 /// then empty.
 TROVIK_API void UnpackArrays(const std::vector<uint8_t>& packed,
                              PackMethod method,

@@ -145,7 +145,7 @@ public:
     /// \param faces  without duplicates.
     /// Cost: linear in the number of these faces, at most O(faces of the level).
     void ToggleHidden(std::span<const FaceRun> faces);
-    /// Updates the counts and the hidden vertices after faceFlags was written directly. Cost:
+    /// Updates the counts and the hidden vertices after faceFlags has been written directly. Cost:
     /// O(faces).
     void RefreshHidden();
 
@@ -215,7 +215,7 @@ private:
     void MakeBaseTables(JobControl* job = nullptr);
     void DropBaseTables();
     void NoteOlderPosition(uint32_t vertex);
-    /// Marks a walk as running, and notifies the observers when it ends, normally or by an
+    /// Marks a walk as running, and notifies the observers when it ends, whether normally or by an
     /// exception.
     class WalkScope;
     /// Calls report(adjacent vertex, face) in the order of EnumerateAdjacentVertices.

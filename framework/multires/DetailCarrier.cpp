@@ -67,7 +67,7 @@ public:
             quads.push_back(quad);
             normals.push_back(NormalsOf(quad));
         }
-        // Lists of the corners at each point, each in ascending order, stored consecutively.
+        // The corners at each point: one ascending list per point, stored consecutively.
         uint32_t total = 0;
         for (uint32_t& end : ends) {
             const uint32_t count = end;

@@ -104,8 +104,7 @@ private:
     /// is read.
     uint32_t vertexCount;
     Store<StoredVertexInfo> recordStore;
-    /// The earlier layer states, in the order of the records; contains only records with a layer
-    /// slot.
+    /// The previous layer states of the records that have a layer slot, in record order.
     std::vector<LayerBefore> layerBefore;
     /// The layer of the stroke, which may be deleted before the change; null if there is none.
     std::shared_ptr<SculptLayer*> layer;

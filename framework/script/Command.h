@@ -87,8 +87,8 @@ public:
 
     /// \param run  executes the command on the context's document. Errors in parameters are
     /// reported as FieldFault.
-    /// \param check  checks everything that needs no sculpting: names, files, conflicts between
-    /// fields; null if reading the parameters is sufficient.
+    /// \param check  checks everything that does not require sculpting: names, files, conflicts
+    /// between fields; null if reading the parameters is sufficient.
     /// \param prepare  see CommandEntry.
     CommandRegistration(CommandTraits traits,
                         Function run,

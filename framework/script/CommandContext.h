@@ -25,7 +25,7 @@ public:
     ScriptProgress progress;
     /// Whether parameters are only checked, without sculpting or writing files.
     bool isChecking = false;
-    /// While checking: whether a stroke is open after the steps checked so far.
+    /// During a check: whether a stroke would be open after the steps checked so far.
     bool leavesStrokeOpen = false;
     /// Memory limit, in bytes, for all levels that one command creates.
     uint64_t subdivideBudget = std::numeric_limits<uint64_t>::max();

@@ -14,7 +14,7 @@ namespace trovik {
 
 namespace {
 
-/// Runs a check. \return false if it failed; a line describing the error has then been added.
+/// Runs a check. \return false if it failed, after adding a line that describes the error.
 template <typename Work>
 bool Attempt(std::vector<std::string>& faults, const Work& work) {
     try {

@@ -28,8 +28,8 @@ TROVIK_API FaceChoice FacesOfGroup(const LevelGeometry& geometry, uint32_t group
 /// index into SurfaceAttributes::materialNames, or `none`.
 TROVIK_API FaceChoice FacesOfMaterial(const LevelGeometry& geometry, uint32_t material);
 
-/// The connected component that contains a face of the bound level, including hidden faces. Cost:
-/// O(faces).
+/// The faces of the connected component that contains this face of the bound level, including
+/// hidden faces. Cost: O(faces).
 TROVIK_API FaceChoice FacesOfComponent(const LevelGeometry& geometry, uint32_t face);
 
 /// The visible faces whose corners are all within `reach` and satisfy `isInside`.
