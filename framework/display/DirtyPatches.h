@@ -10,8 +10,8 @@
 
 namespace trovik {
 
-/// The patches of a layout that have to be packed again, collected from surface changes. Changes
-/// from several dabs in one region are merged, so that each patch is packed only once.
+/// Collects, from surface changes, the patches of a layout that must be packed again. Changes from
+/// several dabs in one region are merged, so that each patch is packed only once.
 ///
 /// Not thread-safe; the changes arrive on the document's thread.
 class TROVIK_API DirtyPatches {

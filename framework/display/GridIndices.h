@@ -9,9 +9,9 @@
 
 namespace trovik {
 
-/// The triangles of a square grid of vertices in row order, at full detail and with strides of 2,
-/// 4, 8 and so on for level of detail, in one buffer. All grid patches of all meshes share this
-/// buffer, because indices are relative to the patch's first vertex.
+/// One index buffer for the triangles of a square grid of vertices in row order: at full detail,
+/// and with strides of 2, 4, 8 and so on for level of detail. All grid patches of all meshes share
+/// this buffer, because indices are relative to the patch's first vertex.
 ///
 /// For stride s, the cell with corners (row, column), (row, column + s), (row + s, column + s),
 /// (row + s, column) consists of the triangles (0, 1, 2) and (0, 2, 3) of those corners. At full

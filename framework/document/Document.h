@@ -250,7 +250,7 @@ public:
     /// Transfers the document to the calling thread. No other thread may be using it.
     void SetOwnerThread() { owner = std::this_thread::get_id(); }
 
-    /// Records strokes and saves in a journal from now on; null detaches the journal. Borrowed.
+    /// From now on, records strokes and saves in this journal; null detaches the journal. Borrowed.
     void SetJournal(DocumentJournal* newJournal) { journal = newJournal; }
     /// Sets the observer of all calls into the brush; null removes it. Borrowed.
     void SetObserver(StrokeObserver* newObserver);

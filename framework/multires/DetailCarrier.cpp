@@ -85,7 +85,7 @@ public:
         const uint32_t* const end = slots.data() + ends[point];
         for (const uint32_t* slot = first; slot != end; ++slot) turn.AddNormal(normals[*slot / 4]);
         turn.CloseNormals();
-        // An inner edge is contributed by both of its faces, a border edge by only one.
+        // An inner edge is added by both of its faces, a border edge by only one.
         edges.clear();
         for (const uint32_t* slot = first; slot != end; ++slot) {
             const RefinedRegion::Quad& quad = quads[*slot / 4];

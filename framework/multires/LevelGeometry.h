@@ -57,8 +57,8 @@ public:
     /// Returns the size of `times` additional levels. Cost: O(faces) of level 0.
     LevelForecast Forecast(uint32_t times = 1) const;
     /// Checks that `times` additional levels fit into memory.
-    /// \param additionalBytes  memory that the caller needs in addition to the levels, such as for
-    /// a render.
+    /// \param additionalBytes  memory that the caller needs in addition to the levels, for example
+    /// for a render.
     /// \throw HostError "subdividing to level L would give F faces and V vertices and take B bytes;
     /// REASON" if the levels exceed the budget ("the budget is N"), if the levels and the
     /// additional bytes exceed the result of QueryFreeMemory ("only N bytes of memory are free

@@ -19,8 +19,8 @@ public:
     /// Starts the journal and attaches itself to the document, whose history must be empty. Borrows
     /// the document.
     /// \param setup  a stroke script without steps that sets up the document in its current state.
-    /// \param script  the script path to which paths of the setup and of steps are relative, as for
-    /// ScriptRunner.
+    /// \param script  the script path, to which paths in the setup and in steps are relative, as
+    /// for ScriptRunner.
     /// \param files  resolves the files that steps name; borrowed.
     JournalRecorder(const JournalOptions& options,
                     Document& document,

@@ -11,7 +11,7 @@
 namespace trovik {
 
 struct RecoveryOptions {
-    /// Whether to recover the part before the damage from a damaged journal.
+    /// Whether to recover the part of a damaged journal that precedes the damage.
     bool untilDamage = false;
     ScriptProgress progress;
 };
