@@ -10,9 +10,8 @@
 
 namespace trovik {
 
-/// The patches of a layout that have to be packed again, collected from surface changes. The
-/// changes of several dabs in one region are merged, so that each patch is packed only once for all
-/// of them.
+/// Collects, from surface changes, the patches of a layout that must be packed again. Changes from
+/// several dabs in one region are merged, so that each patch is packed only once.
 ///
 /// Not thread-safe; the changes arrive on the document's thread.
 class TROVIK_API DirtyPatches {
@@ -21,16 +20,16 @@ public:
     explicit DirtyPatches(const PatchLayout& layout);
 
     /// Adds a change. Changes of other levels are ignored, because those levels are not displayed;
-    /// SurfaceChange::Topology of any level sets LayoutChanged. Cost for grids: linear in the
-    /// patches of the change and the patches of the layout that they overlap. Cost for buckets:
-    /// linear in the faces of the changed patches.
+    /// SurfaceChange::Topology of any level sets LayoutChanged. Cost: for grids, linear in the
+    /// number of changed patches and of the layout patches that they overlap; for buckets, linear
+    /// in the number of faces in the changed patches.
     void Add(const SurfaceChange& change);
 
-    /// Whether the layout no longer describes the displayed level. The caller must create a new
-    /// one, pack all of its patches and use a new DirtyPatches.
+    /// Whether the layout no longer describes the displayed level. The caller must then create a
+    /// new layout, pack all of its patches and use a new DirtyPatches.
     bool LayoutChanged() const { return layoutChanged; }
 
-    /// The dirty patches, each once, in the order in which they were first added.
+    /// The dirty patches, without duplicates, in the order in which they were first added.
     std::span<const uint32_t> Patches() const { return patches; }
     bool IsEmpty() const { return patches.empty(); }
     /// The kinds of change to a patch, as a combination of SurfaceChange::What; 0 if the patch is

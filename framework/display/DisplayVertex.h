@@ -10,8 +10,8 @@ namespace trovik {
 /// One vertex of a patch, in the format that a viewport uploads. All members are bit-exact copies
 /// of the level's data; nothing is converted or rounded.
 ///
-/// `flags` belongs to a face, not to the vertex: in the index lists of this folder each triangle
-/// begins with the vertex that stores the flags of its face, and no vertex stores flags of two
+/// `flags` belongs to a face, not to the vertex: in the index lists of PatchLayout, each triangle
+/// begins with the vertex that stores the flags of its face, and no vertex stores the flags of two
 /// faces. A shader reads them with flat interpolation and the first-vertex convention.
 struct DisplayVertex {
     /// Mesh-local position.
@@ -20,8 +20,8 @@ struct DisplayVertex {
     int16_t normalX, normalY, normalZ;
     /// Freeze amount, 0 to 127.
     uint8_t freeze;
-    /// Bit 0: the face is hidden. Bits 1 to 7: DisplayGroup of the face. 0 in a vertex at which no
-    /// triangle starts.
+    /// Bit 0: the face is hidden. Bits 1 to 7: DisplayGroup of the face. 0 if no triangle starts at
+    /// the vertex.
     uint8_t flags;
 
     bool operator==(const DisplayVertex&) const = default;
@@ -35,11 +35,12 @@ static_assert(offsetof(DisplayVertex, normalX) == 12 && offsetof(DisplayVertex, 
 inline constexpr uint8_t displayFaceIsHidden = 1;
 /// DisplayVertex::flags >> displayGroupShift is the face's DisplayGroup.
 inline constexpr unsigned displayGroupShift = 1;
-/// Face groups with index 0 to displayGroupCount - 1 get different values of DisplayGroup.
+/// Face groups with index 0 to displayGroupCount - 1 get different DisplayGroup values.
 inline constexpr uint32_t displayGroupCount = 127;
 
 /// The number that represents a face group in DisplayVertex::flags: 0 for faces without a group,
-/// otherwise 1 to 127, repeating from the 128th group on. It identifies a colour, not the group.
+/// otherwise 1 to 127. From the 128th group on, the numbers repeat. The number identifies a colour,
+/// not the group.
 /// \param faceGroup  index into SurfaceAttributes::groupNames.
 constexpr uint8_t DisplayGroup(uint32_t faceGroup) {
     return static_cast<uint8_t>(1 + faceGroup % displayGroupCount);

@@ -69,8 +69,8 @@ private:
                 out.triangles.push_back(static_cast<uint16_t>(numbers[corner % corners]));
     }
 
-    /// A corner at which the triangles can start and whose vertex stores no flags yet; corner 0 if
-    /// there is none. Starting a quad at corner 2 does not change its diagonal.
+    /// Returns a corner at which the face's triangles can start and whose vertex does not store any
+    /// flags yet; 0 if there is none. Starting a quad at corner 2 does not change its diagonal.
     uint32_t FlagCorner(const std::array<uint32_t, 4>& numbers) const {
         for (uint32_t k = 0; k < corners; k += corners == 4 ? 2 : 1)
             if (out.flagFaces[out.firstVertex.back() + numbers[k]] == noFace) return k;

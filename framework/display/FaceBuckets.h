@@ -13,18 +13,18 @@ namespace trovik {
 /// group) by repeatedly halving them along their longest axis, and triangulates each group with its
 /// own 16-bit vertex indices.
 ///
-/// The triangles of each face start at a vertex at which no other face's triangles start, so that
-/// this vertex can store the flags of the face. Quads of a consistently oriented mesh need no
-/// additional vertices for that. Triangle meshes have twice as many faces as vertices, so about
-/// half of their faces get a copy of a vertex.
+/// All triangles of a face start at the same vertex, and no other face's triangles start there, so
+/// the vertex can store the flags of the face. For a consistently oriented quad mesh, this requires
+/// no additional vertices. A triangle mesh has about twice as many faces as vertices, so about half
+/// of its faces need a duplicated vertex.
 ///
-/// Stores indices only, not positions: valid until faces or vertices of the level are renumbered.
-/// The division depends only on the positions at the time of construction. May be read by several
-/// threads.
+/// Stores indices only, not positions, and is valid until the faces or vertices of the level are
+/// renumbered. The division depends only on the positions at the time of construction. May be read
+/// by several threads.
 class TROVIK_API FaceBuckets {
 public:
     static constexpr uint32_t maxFaces = 4096;
-    /// The entry in FlagFaces of a vertex at which no triangle starts.
+    /// The entry in FlagFaces for a vertex at which no triangle starts.
     static constexpr uint32_t noFace = 0xffffffffu;
 
     /// Cost: O(n log n) for n faces. Memory: about 30 bytes per face.
@@ -38,7 +38,7 @@ public:
     uint32_t VertexCount(uint32_t bucket) const {
         return firstVertex[bucket + 1] - firstVertex[bucket];
     }
-    /// For each vertex of the bucket, its number in the level.
+    /// For each vertex of the bucket, its vertex number in the level.
     std::span<const uint32_t> Vertices(uint32_t bucket) const {
         return {vertices.data() + firstVertex[bucket], VertexCount(bucket)};
     }
@@ -46,8 +46,9 @@ public:
     std::span<const uint32_t> FlagFaces(uint32_t bucket) const {
         return {flagFaces.data() + firstVertex[bucket], VertexCount(bucket)};
     }
-    /// Triangles as triples of bucket vertices; the first of each triple stores the flags of its
-    /// face. A quad consists of the triangles (0, 1, 2) and (0, 2, 3), as for picking.
+    /// Triangles as triples of vertex numbers within the bucket; the first vertex of each triple
+    /// stores the flags of its face. A quad consists of the triangles (0, 1, 2) and (0, 2, 3), as
+    /// for picking.
     std::span<const uint16_t> Triangles(uint32_t bucket) const {
         return {triangles.data() + firstIndex[bucket], firstIndex[bucket + 1] - firstIndex[bucket]};
     }

@@ -21,8 +21,8 @@ FrustumCuller::FrustumCuller(const Matrix& localToClip, ClipDepth depth) {
 
 bool FrustumCuller::IsOutside(const AxisAlignedBoundingBox& box) const {
     if (box.IsEmpty()) return true;
-    // Much larger than the rounding errors of these sums and of a renderer's clip coordinates in
-    // single precision; much smaller than a pixel.
+    // The margin is much larger than the rounding errors of these sums and of a renderer's
+    // single-precision clip coordinates, but much smaller than a pixel.
     constexpr double slack = 1e-5;
     const std::array<double, 3> low = {static_cast<double>(box.minX),
                                        static_cast<double>(box.minY),

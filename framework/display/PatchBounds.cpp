@@ -11,8 +11,8 @@ namespace trovik {
 
 namespace {
 
-/// Added to sines and subtracted from cosines: much larger than the rounding errors below, too
-/// small to affect how many patches are culled.
+/// Safety margin, added to sines and subtracted from cosines. It is much larger than the rounding
+/// errors below, but too small to affect how many patches are culled.
 constexpr double slack = 1e-6;
 
 Vector3d PositionOf(const DisplayVertex& v) { return ToDouble({v.x, v.y, v.z}); }

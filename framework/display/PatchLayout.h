@@ -17,7 +17,7 @@ namespace trovik {
 ///     grids     All levels that are refined from quads at least twice. A patch is one face of
 ///               PatchLevel() with its descendants: a grid of (2^Depth() + 1)^2 vertices in row
 ///               order, at most 33 x 33. All patches share GridIndices::OfDepth(Depth()).
-///     buckets   All other levels: about 4096 faces each, with indices of their own (FaceBuckets).
+///     buckets   All other levels. A patch has up to 4096 faces and its own indices (FaceBuckets).
 ///
 /// Vertices of a grid are ordered as in SubdivisionLevel::QuadVertexIndexTable. The flags of the
 /// face at cell (row, column) are stored in the vertex at (row, column); vertices of the last row
@@ -28,7 +28,7 @@ namespace trovik {
 /// threads.
 class TROVIK_API PatchLayout {
 public:
-    /// Depth of a patch if the level has enough levels below it: 33 x 33 vertices.
+    /// Depth of a patch (33 x 33 vertices), or less if there are too few levels below.
     static constexpr uint32_t maxDepth = GridIndices::maxDepth;
     static constexpr uint32_t minDepth = 2;
 
@@ -68,8 +68,8 @@ public:
 
     /// Calls visit(patch) for the patches that contain descendants of `face` of level `levelIndex`,
     /// which must be at most Level(). A bucket may be visited more than once. Cost for grids: O(1)
-    /// if `levelIndex` is at least PatchLevel(), otherwise linear in the patches below the face.
-    /// Cost for buckets: linear in the faces below the face.
+    /// if `levelIndex` is at least PatchLevel(), otherwise linear in the number of patches under
+    /// the face. Cost for buckets: linear in the number of faces under the face.
     template <class Visit>
     void VisitPatchesUnder(uint32_t levelIndex, uint32_t face, Visit visit) const {
         const uint64_t under = FacesUnder(levelIndex);

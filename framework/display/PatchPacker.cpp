@@ -35,7 +35,8 @@ void PackVertex(const Vertex& vertex,
     word |= uint64_t{static_cast<uint8_t>(vertex.freeze & freezeAmountMask)} << freezeShift;
     word |= uint64_t{flags} << flagsShift;
     auto* bytes = reinterpret_cast<unsigned char*>(&out);
-    // One 16-byte store, whose last four bytes the word overwrites, is faster than two stores.
+    // A single 16-byte store is faster than two smaller ones. The word then overwrites its last
+    // four bytes.
     std::memcpy(bytes, &vertex, 16);
     std::memcpy(bytes + offsetof(DisplayVertex, normalX), &word, sizeof word);
 }
@@ -126,7 +127,7 @@ void PatchPacker::PackGrid(uint32_t patch, DisplayVertex* out) const {
     const uint32_t* slot = layout.GridSlots();
     const Vertex* vertices = level.vertices.array;
     const PackedNormal* normals = level.vertexNormals.array;
-    // A patch descends from one face of level 0.
+    // All faces of a patch descend from one level-0 face.
     const uint8_t group = GroupFlags(static_cast<uint32_t>(firstFace / layout.FacesUnder(0)));
     const auto pack = [&](uint8_t flags) {
         const uint32_t vertex = slice[*slot++];

@@ -10,11 +10,11 @@
 
 namespace trovik {
 
-/// Copies patches of a level into the format in which they are uploaded. A packed patch is a copy
-/// of the level's current state; packing the same state again gives the same bytes.
+/// Copies patches of a level into the format used for upload. A packed patch is a copy of the
+/// level's current state; packing the same state again gives the same bytes.
 ///
 /// The level is only read. Several packers may run at the same time, but no thread may write to the
-/// level meanwhile.
+/// level while they run.
 class TROVIK_API PatchPacker {
 public:
     /// Work done since the packer was constructed.
@@ -28,11 +28,11 @@ public:
     PatchPacker(const LevelMesh& level, const PatchLayout& layout);
 
     /// Packs patches consecutively, in the order of the list.
-    /// \param out  at least layout.VertexCount(patches) vertices. It is written and not read, so it
-    /// may be write-combined memory.
-    /// \param threads  maximum number of threads, including the calling one; the bytes do not
-    /// depend on it. Lists that take less time than starting threads are packed on the calling
-    /// thread.
+    /// \param out  at least layout.VertexCount(patches) vertices. It is only written, never read,
+    /// so it may be write-combined memory.
+    /// \param threads  maximum number of threads, including the calling one; the result does not
+    /// depend on it. Lists that are too short to benefit from several threads are packed on the
+    /// calling thread.
     /// \return the number of vertices written.
     uint64_t Pack(std::span<const uint32_t> patches,
                   std::span<DisplayVertex> out,

@@ -46,21 +46,22 @@ struct DisplacementOptions;
 /// kernel per process. Brush, SculptBrush and Loop set the kernel's camera and mesh to those of
 /// this document. Do not keep the references that they return: call them again after another
 /// document has been used.
-// Members are ordered by their initialisation.
+// Members are declared in the order in which they must be initialised.
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding)
 class TROVIK_API Document {
 public:
     /// Opens a mesh file, splits the mesh where it is not an oriented manifold, and loads the
     /// plug-ins.
     /// \param given  units and up axis; they take precedence over those of the file.
-    /// \throw Cancelled. The constructor from polygons and OpenScene throw it, too.
+    /// \throw Cancelled. OpenScene and the other public constructor throw it, too.
     explicit Document(const std::string& meshPath,
                       const MeshSpace& given = {},
                       JobControl* job = nullptr);
-    /// Creates a document from polygons in memory. \param name  replaces the file in messages.
+    /// Creates a document from polygons in memory. \param name  used in messages instead of a file
+    /// name.
     Document(const std::string& name, PolygonMesh polygons, JobControl* job = nullptr);
-    /// Opens a scene file, which restores the state in which it was saved. SaveScene describes the
-    /// content of the file.
+    /// Opens a scene file and restores the state in which it was saved. See SaveScene for the
+    /// contents of the file.
     static std::unique_ptr<Document> OpenScene(const std::string& scenePath,
                                                JobControl* job = nullptr);
     /// Ends an open stroke.
@@ -90,12 +91,12 @@ public:
         Activate();
         return *brush;
     }
-    /// The pick tree of the current level. It is updated with every reported change of the surface.
-    /// Each level has its own tree.
+    /// The pick tree of the current level. It is updated after every reported surface change. Each
+    /// level has its own tree.
     PatchTree& Tree() { return *tree; }
     /// Call UpdateCamera after changing it.
     StrokeView& View() { return settings.view; }
-    /// Radius, spacing and pen settings of the following strokes; may be read and changed. Call
+    /// Radius, spacing and pen settings for subsequent strokes; callers may change them. Call
     /// NoteToolChanged after changing them.
     SceneSettings& Settings() { return settings; }
 
@@ -111,14 +112,15 @@ public:
         const std::function<void(const std::string& temporaryPath)>& beforeReplacing = {},
         JobControl* job = nullptr);
     /// Whether the sculpture differs from the last file that was opened or saved. Undoing back to
-    /// the saved state makes it unmodified again. Tools, symmetry and camera do not count.
+    /// the saved state makes it unmodified again. Changes to tools, symmetry and camera do not
+    /// count.
     bool IsModified() const { return modified; }
     /// Parts of the mesh file or scene that were not loaded, one line each.
     const std::vector<std::string>& Notes() const { return notes; }
 
     /// Restores the mesh as it was imported, without layers, mask, hidden faces or undo steps, and
     /// adds `levels` levels. Until the new mesh is complete, both meshes are in memory.
-    /// \param byteBudget  bytes that the added levels may take.
+    /// \param byteBudget  maximum size of the added levels in bytes.
     /// \throw HostError if the levels exceed the budget or the free memory; Cancelled. In both
     /// cases, nothing has changed or been reported.
     void Reset(uint32_t levels = 0,
@@ -129,12 +131,12 @@ public:
     /// reported.
     /// \param times  number of levels to add, each as its own undo step; either all of them are
     /// added or none. If `times` is greater than 1 and an exception is thrown, observers may have
-    /// received the addition and the removal of some levels.
+    /// been notified of levels that were added and removed again.
     void Subdivide(uint64_t byteBudget = LevelGeometry::unlimitedBytes,
                    JobControl* job = nullptr,
                    uint32_t times = 1);
-    /// Deletes the levels above the current one, or those below it. \return false if there are
-    /// none.
+    /// Deletes the levels above the current one, or those below it. \return false if there are no
+    /// such levels.
     bool DeleteLevels(bool lower, JobControl* job = nullptr);
     /// Adds a coarser level below level 0. \param times  as above.
     /// \throw HostError if level 0 is not a refinement.
@@ -157,8 +159,8 @@ public:
     /// Deletes all undo steps.
     void ClearHistory();
     std::size_t HistoryPosition() const { return geometry->History().Position(); }
-    /// Adds an undo step whose change has already been made to the geometry, and updates everything
-    /// that depends on the surface. Does nothing if the step is null.
+    /// Adds an undo step for a change that has already been made to the geometry, and updates
+    /// everything that depends on the surface. Does nothing if the step is null.
     /// \param join  undo the step together with the previous one.
     /// \throw HostError if a stroke is open; the change has then been reverted by applying the
     /// step.
@@ -179,7 +181,8 @@ public:
 
     /// Mirrors the following strokes across planes perpendicular to the mesh's own axes, and adds
     /// copies that are rotated about one of the axes.
-    /// \throw HostError for more copies than maxMirrorMaps; the mirrors are then unchanged.
+    /// \throw HostError if there are more copies than maxMirrorMaps; the mirrors are then
+    /// unchanged.
     void SetMirrors(const MirrorSetting& setting);
     /// Mirrors the following strokes by the mesh's connectivity, independent of its pose.
     /// \throw HostError if the mesh has no topological mirror; Cancelled. In both cases, the
@@ -207,24 +210,24 @@ public:
     /// Creates one undo step.
     /// \param chosen  see ChangeVisibilityAsStep. \return false if nothing changes.
     bool ChangeVisibility(VisibilityChange change, const FaceChoice& chosen = {});
-    /// Sets the mesh's transform to world space. Creates one undo step.
+    /// Sets the transform from mesh-local to world space. Creates one undo step.
     void SetTransform(const MatrixTransform& transform);
     /// See DisplaceByMap. Creates one undo step. \throw Cancelled; nothing has then changed.
     void Displace(const DisplacementOptions& options, JobControl* job = nullptr);
 
-    /// Makes the document's view the camera of the kernel.
+    /// Uses the document's view as the kernel's camera.
     void UpdateCamera();
-    /// Adds renderers as child nodes of the current level. They move along when another level
-    /// becomes current. They display nothing and only receive change notifications.
+    /// Adds renderers as child nodes of the current level. If another level becomes current, they
+    /// are attached to that level. They display nothing and only receive change notifications.
     /// \param updateFactors  one factor per renderer; see MeshRenderer.
     void SetRenderers(const std::vector<float>& updateFactors);
-    /// Returns the visible faces of the current level for a render. The result borrows the level's
+    /// Returns the visible faces of the current level for rendering. The result borrows the level's
     /// arrays.
     RenderMesh ShownMesh() const;
     /// Call this after changing the surface without a stroke and without Push.
     void RefreshSurface();
 
-    /// Statistics of all strokes of the document.
+    /// Statistics for all strokes of the document.
     StrokeTotals Totals() const;
     /// The file that was opened.
     const std::string& MeshPath() const { return path; }
@@ -235,28 +238,28 @@ public:
     /// Removing an observer that was not added has no effect.
     void AddObserver(DocumentObserver& observer);
     void RemoveObserver(DocumentObserver& observer);
-    /// Passes a problem to the observers.
+    /// Reports a problem to the observers.
     void ReportProblem(const std::string& message);
     /// Returns and clears the last problem of the undo history; empty if there is none.
     std::string TakeHistoryProblem();
 
     /// Returns the values shown in panels. On the owner thread they are up to date. Other threads
-    /// get the values of the owner thread's last call, or the initial ones. Cost: after a change
-    /// O(levels + layers + undo steps), otherwise one atomic load.
+    /// get the values as of the owner thread's last call, or the initial values. Cost: after a
+    /// change O(levels + layers + undo steps), otherwise one atomic load.
     std::shared_ptr<const DocumentState> State() const;
     /// Transfers the document to the calling thread. No other thread may be using it.
     void SetOwnerThread() { owner = std::this_thread::get_id(); }
 
-    /// Records strokes and saves in a journal from now on; null detaches the journal. Borrowed.
+    /// From now on, records strokes and saves in this journal; null detaches the journal. Borrowed.
     void SetJournal(DocumentJournal* newJournal) { journal = newJournal; }
     /// Sets the observer of all calls into the brush; null removes it. Borrowed.
     void SetObserver(StrokeObserver* newObserver);
-    /// Notifies the stroke observer of a command that may change the mesh.
+    /// Notifies the stroke observer that a command is about to run that may change the mesh.
     void AnnounceCommand(const std::string& name) {
         if (strokeObserver != nullptr) strokeObserver->BeforeCommand(SculptBrush(), name);
     }
-    /// Sets the listener that receives the inputs of every stroke, after the journal; null removes
-    /// it. Borrowed.
+    /// Sets the listener that receives the inputs of every stroke, after the journal has received
+    /// them; null removes it. Borrowed.
     void SetInputListener(StrokeInputListener* newListener) { inputListener = newListener; }
 
 private:
@@ -272,13 +275,14 @@ private:
              std::unique_ptr<BrushOperation> sceneBrush,
              JobControl* job);
     /// Builds the geometry from the imported mesh, with `levels` levels above it, and installs it
-    /// in the document. If building throws, nothing has changed.
+    /// in the document. If this throws, nothing has changed.
     void BuildGeometry(uint32_t levels, uint64_t byteBudget, JobControl* job);
     /// Selects the tree and the loops of the current level.
     void FollowLevel(JobControl* job = nullptr);
     void ApplyMirrors();
     void PushLevels(std::unique_ptr<UndoStep> step);
-    /// Makes `times` steps and pushes them. If one throws, the steps before it are reverted.
+    /// Creates `times` steps and pushes them. If creating one throws, the previous ones are
+    /// reverted.
     template <typename MakeStep>
     void PushAllOrNone(uint32_t times, const MakeStep& makeStep);
     void PlaceRenderers();
@@ -290,7 +294,7 @@ private:
     void BecomeActive();
     /// Stores the process globals in the document to which they belong.
     static void StoreGlobals();
-    /// Compares the document with the state of the last notification, and notifies the observers of
+    /// Compares the document with its state at the last notification, and notifies the observers of
     /// the differences.
     void NotifyChanges();
     void NotifyCamera();

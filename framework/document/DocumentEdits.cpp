@@ -77,7 +77,7 @@ bool Document::BindLevel(uint32_t level, JobControl* job) {
     return true;
 }
 
-// Observers are notified even if a step throws after changing a part of the surface.
+// Observers are notified even if a step throws after changing part of the surface.
 template <typename Steps>
 bool Document::WalkHistory(const char* work, const Steps& steps) {
     RequireNoStroke(work);
@@ -129,7 +129,8 @@ void Document::Push(std::unique_ptr<UndoStep> step, bool join) {
     try {
         RequireNoStroke("change the mesh");
     } catch (const HostError&) {
-        // The step's change has already been made and could not be undone later.
+        // The change has already been made, and without its step in the history it could not be
+        // undone later.
         step->Apply(*geometry);
         throw;
     }

@@ -13,7 +13,8 @@ class JobControl;
 /// The document calls it; see Document::SetJournal.
 class TROVIK_API DocumentJournal : public StrokeInputListener {
 public:
-    /// Called when a scene is complete in a temporary file that is about to replace `scenePath`.
+    /// Called when a scene has been written completely to a temporary file, just before that file
+    /// replaces `scenePath`.
     /// \param job  the job of the save; may be null.
     /// \throw HostError or Cancelled to cancel the save; the old scene then remains.
     virtual void OnSceneWritten(const std::string& scenePath,

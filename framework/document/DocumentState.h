@@ -64,7 +64,8 @@ struct DocumentState {
         /// Number of mirrored dabs applied in addition to each dab.
         uint32_t copies = 0;
         bool topological = false;
-        /// Map the mesh-local position of a dab to the positions of its copies; see MirrorMaps.
+        /// Matrices that map the mesh-local position of a dab to the positions of its copies; see
+        /// MirrorMaps.
         std::vector<Matrix> maps;
     };
     Symmetry symmetry;
@@ -77,7 +78,8 @@ struct DocumentState {
     /// Size of the history in bytes, in memory and in its temporary file.
     uint64_t historyBytes = 0;
     uint64_t historyBytesOnDisk = 0;
-    /// Bytes of all accounted arrays of the process, and the limit (0 if there is none).
+    /// Total size of all arrays in the process's memory accounting, in bytes, and its limit (0 if
+    /// there is none).
     int64_t memoryBytes = 0;
     int64_t memoryLimit = 0;
 

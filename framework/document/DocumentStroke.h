@@ -49,16 +49,16 @@ struct TROVIK_API PenStrokeOptions {
 TROVIK_API LiveStrokeSettings PenStrokeSettings(Document& document,
                                                 const PenStrokeOptions& options);
 
-/// Begins a stroke with the document's loop, as scripts do. The undo step is labelled with the
+/// Begins a stroke in the document's stroke loop, as scripts do. The undo step is labelled with the
 /// tool's name. Without a seed, the document's next seed is used.
 /// \throw HostError if a stroke is already open; that stroke stays open.
 TROVIK_API void BeginStroke(Document& document,
                             BrushOperation::Modifier modifier,
                             std::optional<uint64_t> seed);
 
-/// A stroke that a user draws with pen or mouse in a document's view, from press to release. A
+/// A stroke that a user draws with a pen or mouse in a document's view, from press to release. A
 /// "pen" stroke in a script with the same samples gives a bit-identical result. The stroke is one
-/// undo step, and a journal records it.
+/// undo step and is recorded in the document's journal, if it has one.
 ///
 /// While it is open, Document rejects every operation that would change the mesh, the tool or the
 /// mirrors. If the stroke is ended through the document's loop, this object ignores further
@@ -70,7 +70,8 @@ class TROVIK_API DocumentStroke {
 public:
     /// Begins a stroke with PenStrokeOptions::Interactive.
     explicit DocumentStroke(Document& document);
-    /// Begins the stroke. The document's tool, view and settings must not change until its end.
+    /// Begins the stroke. The document's tool, view and settings must not change until the stroke
+    /// ends.
     /// \throw HostError if another stroke is open, which then stays open, or if the document's
     /// radius or spacing is out of range.
     DocumentStroke(Document& document, const PenStrokeOptions& options);

@@ -30,7 +30,7 @@ struct HistoryEntry {
 /// per step.
 class TROVIK_API HistoryEntries {
 public:
-    /// Assigns this tool and the current time to steps that are new since the last call.
+    /// Assigns this tool and the current time to steps added since the last call.
     /// \return whether the steps or the position have changed since the last call.
     bool Update(const UndoHistory& history, const std::string& tool);
     /// Call this after the sculpture was replaced without an undo step: the state gets a new

@@ -7,7 +7,7 @@ namespace trovik {
 
 namespace {
 
-/// The undo step of a mask change. It stores the freeze amounts to restore for some vertices of a
+/// The undo step for a mask change. It stores the freeze amounts to restore for some vertices of a
 /// level; the level need not be bound.
 class FreezeStep : public UndoStep {
 public:

@@ -63,7 +63,7 @@ std::unique_ptr<UndoStep> LayerEdit::Finish(const std::string& label) {
     step->active = std::move(activeBefore);
     step->rows = std::move(rowsBefore);
     if (sameActive && step->vertices.empty() && step->entries.empty() && SameRows(*step)) {
-        // If there is no undo step, nothing else restores the layer base.
+        // Without an undo step, the layer base must be restored here.
         ground.Exchange(step->layeredVertices);
         return nullptr;
     }

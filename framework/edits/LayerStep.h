@@ -10,7 +10,7 @@
 
 namespace trovik {
 
-/// The undo step of a change to the layers of one level. It stores the state to switch to: the
+/// The undo step for a change to the layers of one level. It stores the state to switch to: the
 /// layers, their order and properties, the active layer, and every vertex and layer entry that
 /// changed. A layer that was removed, or whose addition was undone, is owned by the step.
 class TROVIK_API LayerStep : public UndoStep {

@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-/// \name Operations on layers. Each returns its undo step, not yet pushed.
+/// \name Operations on layers. Each function returns its undo step without pushing it.
 /// @{
 
 /// Adds a layer above those of the bound level and activates it for the following strokes.
@@ -22,7 +22,7 @@ TROVIK_API std::unique_ptr<UndoStep> RemoveLayerAsStep(LevelGeometry& geometry, 
 TROVIK_API std::unique_ptr<UndoStep> SetLayerPropertiesAsStep(
     LevelGeometry& geometry, SculptLayer& layer, const SculptLayer::Properties& properties);
 /// Moves the layer to index `index` within its level; 0 is the lowest, and an index that is too
-/// large means the highest.
+/// large selects the highest.
 TROVIK_API std::unique_ptr<UndoStep> MoveLayerAsStep(LevelGeometry& geometry,
                                                      SculptLayer& layer,
                                                      std::size_t index);
@@ -30,7 +30,7 @@ TROVIK_API std::unique_ptr<UndoStep> MoveLayerAsStep(LevelGeometry& geometry,
 /// layers.
 TROVIK_API std::unique_ptr<UndoStep> SelectLayerAsStep(LevelGeometry& geometry, SculptLayer* layer);
 /// Adds a copy directly above the layer and activates it. The copy has the same effect as the
-/// layer, so the surface is displaced once more.
+/// layer, so the surface is displaced a second time.
 TROVIK_API std::unique_ptr<UndoStep> DuplicateLayerAsStep(LevelGeometry& geometry,
                                                           SculptLayer& layer,
                                                           const std::string& name);

@@ -7,7 +7,8 @@ namespace trovik {
 
 namespace {
 
-/// A change of level contents and of the bound level; the hierarchy stays the same.
+/// The undo step for a change of the bound level and of level contents; the hierarchy stays the
+/// same.
 class LevelStep : public UndoStep {
 public:
     LevelStep(LevelSwitch done, const LevelGeometry& geometry)

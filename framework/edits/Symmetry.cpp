@@ -24,8 +24,8 @@ Vector Mirrored(Vector v, int axis) {
     return v;
 }
 
-/// The mean of a position and the mirrored position of its twin; for the twin, the mean is the
-/// mirror image.
+/// The mean of a position and the mirrored position of its twin. The twin gets the mirror image of
+/// the mean.
 Vector Mean(const Vector& a, const Vector& b, int axis) {
     const Vector other = Mirrored(b, axis);
     return {0.5f * (a.x + other.x), 0.5f * (a.y + other.y), 0.5f * (a.z + other.z)};

@@ -32,7 +32,7 @@ private:
 };
 
 /// Hides or shows faces of the bound level and all their descendants, and returns the undo step,
-/// not yet pushed. All faces of the geometry may be hidden.
+/// not yet pushed. It is allowed to hide all faces of the geometry.
 /// \param wanted  one value for each face of the bound level. \return null if nothing changes.
 /// \throw HostError while a stroke is open. Cost: see FacesToToggle and ToggleHidden.
 TROVIK_API std::unique_ptr<VisibilityStep> SetVisibilityAsStep(

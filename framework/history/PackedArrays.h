@@ -26,13 +26,13 @@ enum class PackMethod : uint8_t { Quick, Tight };
 TROVIK_API std::vector<uint8_t> PackArrays(const std::vector<StepArray>& arrays, PackMethod method);
 
 /// Unpacks into the arrays, which must have the same types as the packed ones.
-/// \throw HostError if the bytes are not a result of PackArrays for such arrays; the arrays are
+/// \throw HostError if the bytes were not produced by PackArrays from such arrays; the arrays are
 /// then empty.
 TROVIK_API void UnpackArrays(const std::vector<uint8_t>& packed,
                              PackMethod method,
                              const std::vector<StepArray>& arrays);
 
-/// Converts packed bytes to the other method, piece by piece and without the arrays.
+/// Converts packed bytes to the other method, piece by piece, without needing the arrays.
 /// \throw HostError if `packed` is damaged.
 TROVIK_API std::vector<uint8_t> Repack(const std::vector<uint8_t>& packed,
                                        PackMethod from,

@@ -16,10 +16,11 @@ namespace trovik {
 
 class StepRecord;
 
-/// Stores the steps of one history. A step is either open, as it was created, or has its arrays
-/// packed in memory or in a file. The keeper's worker thread packs, repacks and writes in the order
-/// of the requests; the first request starts it. If the system cannot start a thread, the work is
-/// done immediately on the caller's thread. The keeper itself must be used by one thread only.
+/// Stores the steps of one history. A step is either open, with uncompressed arrays, or packed,
+/// with compressed arrays in memory or in a file. The keeper's worker thread packs, repacks and
+/// writes in the order of the requests; the first request starts it. If the system cannot start a
+/// thread, the work is done immediately on the caller's thread. The keeper itself must be used by
+/// one thread only.
 ///
 /// A step whose arrays are packed still has all its other members, so its type, label and small
 /// members can be read.
@@ -37,8 +38,8 @@ public:
     /// Deletes the step immediately; waits while it is being processed.
     void Drop(const Handle& record);
 
-    /// Requests that the arrays be packed. Has no effect on a step with fewer than `minBytes` in
-    /// arrays.
+    /// Requests that the arrays be packed. Has no effect if the step's arrays have fewer than
+    /// `minBytes` bytes.
     void Pack(const Handle& record, uint64_t minBytes);
     /// Packs the arrays tightly and immediately, on the calling thread.
     void PackNow(const Handle& record, uint64_t minBytes);
@@ -52,7 +53,7 @@ public:
     /// \throw HostError if its packed bytes cannot be read or are damaged; the step is then
     /// unchanged.
     UndoStep& Open(const Handle& record);
-    /// Returns the step, possibly without its arrays, which must not be accessed.
+    /// Returns the step. Its arrays may be empty and must not be accessed.
     static UndoStep& Shell(const Handle& record);
 
     /// Waits until all requests are completed.
@@ -75,10 +76,11 @@ public:
     /// file; bytes in an existing file stay there.
     /// \throw HostError if the file cannot be created.
     void SetSpillFolder(const std::string& folder);
-    /// Whether steps can be moved into a file, that is, a folder was set and no error has occurred
+    /// Whether steps can be moved into a file: a folder has been set and no error has occurred
     /// since.
     bool CanSpill() const;
-    /// Returns the file error once; afterwards returns an empty string.
+    /// Returns the file error if there is one that has not been returned before, otherwise an empty
+    /// string.
     std::string TakeProblem();
     std::string SpillPath() const;
 

@@ -50,8 +50,8 @@ void UndoHistory::ApplyStep(std::size_t index, LevelGeometry& geometry) {
     keeper->Open(record).Apply(geometry);
     keeper->Remeasure(record);
     if (keeper->Bytes() <= budget) return;
-    // Undoing many steps could open steps faster than the thread packs them, and could leave them
-    // larger than when they were tightly packed.
+    // Undoing many steps could unpack them faster than the thread repacks them, and could leave
+    // them less tightly packed than before.
     keeper->PackNow(record, keeping.minPackedBytes);
     if (!keeper->CanSpill() || keeper->Bytes() <= budget) return;
     SpillFarthest();

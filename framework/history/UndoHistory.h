@@ -44,9 +44,9 @@ struct UndoKeeping {
 class StepKeeper;
 class StepRecord;
 
-/// The steps of one geometry within a byte budget. The oldest steps are dropped first, but the
-/// newest always remains. Pushing a step drops the undone steps. Joined steps form a group, which
-/// is undone, redone and dropped as a whole.
+/// The undo steps of one geometry, limited by a byte budget. The oldest steps are dropped first,
+/// but the newest always remains. Pushing a step drops the undone steps. Joined steps form a group,
+/// which is undone, redone and dropped as a whole.
 ///
 /// A background thread compresses finished steps: quickly at first, and tightly once enough newer
 /// steps follow. The selection of steps to drop does not depend on the progress of that thread: if
@@ -86,8 +86,8 @@ public:
     /// \return false if there is nothing to undo.
     /// If a step throws, the steps of its group that were already undone stay undone, and the
     /// position matches the mesh.
-    /// \throw HostError if the step is in the file and cannot be read back intact, and during a
-    /// stroke on the geometry (SetGuard).
+    /// \throw HostError if the step is in the file and cannot be read back intact, or if a stroke
+    /// is open on the geometry (SetGuard).
     bool Undo(LevelGeometry& geometry);
     bool Redo(LevelGeometry& geometry);
     void Clear();
@@ -105,7 +105,8 @@ public:
     /// memory, no more steps are written, and TakeProblem returns the reason.
     /// \throw HostError if the file cannot be created in the folder.
     void SetSpillFolder(const std::string& folder);
-    /// Returns the file error since the last call, in one line; empty if there was none.
+    /// Returns the file error that occurred since the last call, in one line; empty if there was
+    /// none.
     std::string TakeProblem();
     /// Total size of the steps in the file, in bytes.
     uint64_t SpilledBytes() const;

@@ -41,8 +41,8 @@ public:
             high = before + part;
             low = part - (high - before);
         }
-        // If the sum was a tie, `low` is half a unit in the last place. The lower parts, which are
-        // not added yet, then determine the direction of rounding.
+        // If the rounding was a tie, `low` is half a unit in the last place. The lower parts, which
+        // have not been added yet, then determine the direction of rounding.
         if (i > 0 && std::signbit(low) == std::signbit(parts[i - 1])) {
             const double twice = low * 2.0;
             const double further = high + twice;

@@ -54,9 +54,9 @@ private:
 /// ExactSum for terms whose running sum in double precision is inexact.
 TROVIK_API DoubleVector SumByExpansion(const Vector* terms, std::size_t count);
 
-/// Returns the sum of the terms, computed exactly and rounded once to double precision. The sum
-/// does not depend on their order, and negating all terms negates it. The sum of an empty list is
-/// zero. If a term is non-finite, so is the sum.
+/// Returns the sum of the terms, computed exactly and rounded once to double precision. The order
+/// of the terms does not affect the sum, and negating all terms negates it. The sum of an empty
+/// list is zero. If a term is non-finite, so is the sum.
 inline DoubleVector ExactSum(const Vector* terms, std::size_t count) {
     RunningSum quick;
     for (std::size_t i = 0; i < count; ++i) quick.Add(terms[i]);

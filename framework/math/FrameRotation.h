@@ -12,8 +12,8 @@ namespace trovik {
 /// The other two axes need not be chosen, because only the rotation matters. The rotation consists
 /// of the shortest rotation from normal to normal, followed by a rotation about the normal by the
 /// angle that best aligns the old edges with the new ones. The alignment is by least squares over
-/// all edges of the vertex, so that no edge is preferred, and that poles of any valence and borders
-/// are handled alike.
+/// all edges of the vertex, so that no edge is preferred, and borders and poles of any valence are
+/// handled alike.
 ///
 /// The rotation preserves lengths under any deformation of the surface. If the normals of the faces
 /// cancel, for example where two coincident sheets face each other, the face that is largest in
@@ -111,7 +111,7 @@ private:
                 v.z * cosine + sideways.z + axis.z * f};
     }
 
-    /// If the normals are closer to opposite than this, they no longer determine the shortest
+    /// If the normals are closer than this to being opposite, they no longer determine the shortest
     /// rotation.
     static constexpr double oppositeMargin = 1e-6;
 
@@ -126,7 +126,8 @@ private:
     /// Cross and dot product of the two normals.
     Double3 axis;
     double cosine = 1.0;
-    /// Sums over the edges, which determine the angle about the normal, and an upper bound on them.
+    /// Sums over the edges that determine the angle about the normal, and an upper bound on those
+    /// sums.
     double across = 0.0;
     double along = 0.0;
     double size = 0.0;
@@ -140,7 +141,7 @@ private:
 struct SurfaceMove {
     Vector before;
     Vector after;
-    /// Completed with CloseEdges, or unused if there is no surface to rotate with.
+    /// CloseEdges has been called on it. If there is no surface to rotate with, it is the identity.
     FrameRotation turn;
 
     /// Returns the new position of `position`. A position that coincides with the point moves

@@ -44,7 +44,7 @@ void Log(const std::string& line) {
         std::clog << line << '\n';
 }
 
-// The account has a single total; for each name, only the number of arrays is available.
+// The account has a single total; for each name, only the number of arrays is known.
 void WriteLog(float share, bool everyBlock) {
     const Account& account = TheAccount();
     std::map<std::string, int64_t> blocksByName;

@@ -9,8 +9,8 @@
 namespace trovik {
 
 /// Sets the fill count of a store to `count`, discards the old contents, and sets every element to
-/// `value`. Store itself reports a failed allocation only by its return value; this function is for
-/// arrays that the caller requires.
+/// `value`. Store itself reports a failed allocation only by its return value; this function throws
+/// instead.
 /// \throw std::bad_alloc if the allocation fails, Error::s_cBadAlloc if memory accounting rejects
 /// it.
 template <typename T>
@@ -19,7 +19,7 @@ void FillStore(Store<T>& store, uint32_t count, const T& value) {
     std::fill_n(store.array, count, value);
 }
 
-/// Sets the fill count like FillStore, for arrays whose elements the caller sets.
+/// Like FillStore, but does not set the elements.
 template <typename T>
 void ResizeStore(Store<T>& store, uint32_t count) {
     if (!store.SetFill(count, false)) throw std::bad_alloc();

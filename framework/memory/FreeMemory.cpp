@@ -21,7 +21,8 @@ constexpr uint64_t unlimited = std::numeric_limits<uint64_t>::max();
 
 uint64_t Difference(uint64_t limit, uint64_t used) { return limit > used ? limit - used : 0; }
 
-/// Returns the only number in a file, or nothing if the file is missing or contains "max".
+/// Returns the single number that a file contains, or nothing if the file is missing or contains
+/// "max".
 std::optional<uint64_t> NumberIn(const fs::path& path) {
     std::ifstream file(path);
     uint64_t number = 0;
@@ -44,7 +45,7 @@ std::optional<uint64_t> FieldIn(const fs::path& path, const std::string& key) {
     return std::nullopt;
 }
 
-/// Lowers `least` to the number of bytes that a limit leaves, if that is less.
+/// Lowers `least` to the number of bytes left under a limit, if that is less.
 void Apply(FreeMemory& least, uint64_t bytes, const char* limit) {
     if (bytes < least.bytes) least = {bytes, limit};
 }

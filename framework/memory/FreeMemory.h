@@ -25,8 +25,9 @@ struct FreeMemory {
 ///   version 1 or 2; file pages that the kernel can drop count as free,
 /// - the remainder of RLIMIT_AS and RLIMIT_DATA.
 ///
-/// The result is a snapshot: other processes change it. Sources that cannot be read impose no
-/// limit. Cost: about 100 microseconds, to read about ten small files in /proc and /sys.
+/// The result is a snapshot, because other processes also allocate and free memory. Sources that
+/// cannot be read impose no limit. Cost: about 100 microseconds, to read about ten small files in
+/// /proc and /sys.
 /// \param systemRoot  folder that contains `proc` and `sys`.
 TROVIK_API FreeMemory QueryFreeMemory(const std::string& systemRoot = "/");
 

@@ -18,7 +18,7 @@ TROVIK_API void PreferLargePages(void* memory, uint64_t bytes);
 TROVIK_API void ReleasePages(void* memory, uint64_t bytes);
 
 /// Returns memory to the system that the program has freed but the allocator still holds. Holds the
-/// allocator's locks for a few milliseconds, so it is only worthwhile after large objects were
+/// allocator's locks for a few milliseconds, so it is only worthwhile after large objects have been
 /// freed.
 TROVIK_API void ReleaseFreedMemory();
 

@@ -36,7 +36,7 @@ Vector At(const PolygonMesh& mesh, uint32_t vertex) {
 
 std::array<float, 3> Plain(const Vector& v) { return {v.x, v.y, v.z}; }
 
-/// The input for the refined position of a polygon mesh's vertex.
+/// The points that determine the refined position of one vertex of a polygon mesh.
 struct Surroundings {
     /// The face point and the next corner of each face at the vertex.
     std::vector<Vector> around;

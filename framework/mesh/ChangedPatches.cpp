@@ -47,20 +47,21 @@ public:
     }
 
 private:
-    /// Returns the entry of the level in which the vertex is new; null if that level is not above
-    /// the patch level.
+    /// Returns the entry for the lowest level that contains the vertex; null if that level is not
+    /// above the patch level.
     NewVertices* NewVerticesOf(uint32_t vertex) {
         for (std::size_t i = born.size(); i-- > 0;)
             if (vertex >= firstNew[i]) return &born[i];
         return nullptr;
     }
 
-    /// A new vertex on the border between two patches belongs to both. Adds the patches adjacent to
-    /// the owners that are not owners themselves and contain such a vertex.
+    /// A new vertex on the border between two patches belongs to both. Adds the patches that share
+    /// such a vertex with an adjacent owner and are not owners themselves.
     void AddAcross(const std::vector<uint32_t>& owners,
                    const std::vector<uint32_t>& vertices,
                    std::vector<uint32_t>& patches) {
-        // There are far fewer vertices on such sides than in the list.
+        // The vertices on these sides are collected first; there are far fewer of them than in the
+        // list.
         std::vector<uint32_t> onSides;
         std::vector<uint32_t> across;
         for (const uint32_t patch : owners) {
@@ -92,7 +93,7 @@ private:
                    uint32_t below,
                    std::vector<uint32_t>& inside) const {
         if (below == 0) return;
-        // The sides of the two children that form the side; see LevelTopology.cpp.
+        // The side consists of one side of each of these children; see LevelTopology.cpp.
         const uint32_t firstChild = face * corners + side;
         const uint32_t secondChild = face * corners + (side + 1) % corners;
         const uint32_t firstSide = corners == 4 ? side : 0;

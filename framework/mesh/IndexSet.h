@@ -36,7 +36,7 @@ private:
     static constexpr uint32_t pageNumbers = 512;
     static constexpr std::size_t noPage = ~std::size_t{0};
 
-    /// Subtracting it from a lower number wraps around, which yields a page beyond the last one.
+    /// Subtracting it from a lower page number wraps around to a page beyond the last one.
     std::size_t firstPage = 0;
     /// For each page of numbers, its index in the stored ranks.
     std::vector<std::size_t> pages;

@@ -20,9 +20,9 @@ enum class ObserverOrder {
     Later
 };
 
-/// The levels of one mesh, reduced to the interface that a single level needs, because its topology
-/// depends on the levels below it. LevelGeometry, the only implementation, adds the propagation of
-/// edits between levels.
+/// The part of a level hierarchy's interface that a single level needs: its topology depends on the
+/// levels below it. LevelGeometry, the only implementation, adds the propagation of edits between
+/// levels.
 class TROVIK_API LevelHierarchy : public Geometry {
 public:
     uint32_t LevelCount() const { return static_cast<uint32_t>(levels.size()); }
@@ -32,7 +32,7 @@ public:
     const TopologicalMirror* Mirror() const { return mirror.get(); }
 
     /// Adds an observer of all levels. Has no effect if it is already in the list. The observer is
-    /// borrowed. Observers of the same order are called in the order in which they were added.
+    /// borrowed. Observers with the same order are called in the order in which they were added.
     void AddObserver(GeometryObserver& observer, ObserverOrder order = ObserverOrder::Later);
     /// Removes an observer. Has no effect if it was not added.
     void RemoveObserver(GeometryObserver& observer);
@@ -44,7 +44,7 @@ public:
     /// \param what  a combination of SurfaceChange::What.
     /// @{
 
-    /// Reports the patches of level max(0, level - 5) with a face that uses one of the vertices.
+    /// Reports the patches of level max(0, level - 5) that contain a face with one of the vertices.
     /// Reports nothing if the list is empty. Cost: linear in the number of vertices.
     void ReportVertices(uint32_t level, uint8_t what, const std::vector<uint32_t>& vertices);
     /// Reports the listed patches.
@@ -61,7 +61,7 @@ public:
     /// Implements LevelMesh::Layer.
     virtual trovik::Layer* LayerOf(LevelMesh& level) = 0;
     /// Called by the destructor of each level, including levels that were removed from the list.
-    /// All levels must be destroyed before the implementation is.
+    /// All levels must be destroyed before the implementing object.
     virtual void LevelDestroyed(LevelMesh& level) = 0;
 
 protected:

@@ -83,8 +83,9 @@ public:
         if (older.MissesPosition(vertex)) NoteOlderPosition(vertex);
         StorePosition(vertex, p);
     }
-    /// If a change is open, counts one edit of positions or normals in it. Code that writes to the
-    /// storage directly must call this once per edit, unless it writes on behalf of the brush.
+    /// If a change is open, increments its count of edits to positions or normals from outside the
+    /// brush. Code that writes to the storage directly must call this once per edit, unless it
+    /// writes on behalf of the brush.
     void CountOutsideEdit() {
         if (outsideEditCount != nullptr) ++*outsideEditCount;
     }
@@ -144,7 +145,7 @@ public:
     /// \param faces  without duplicates.
     /// Cost: linear in the number of these faces, at most O(faces of the level).
     void ToggleHidden(std::span<const FaceRun> faces);
-    /// Updates the counts and the hidden vertices after faceFlags was written directly. Cost:
+    /// Updates the counts and the hidden vertices after faceFlags has been written directly. Cost:
     /// O(faces).
     void RefreshHidden();
 
@@ -176,10 +177,11 @@ public:
     /// were started. Changes register themselves. Not owned.
     std::vector<LevelChange*>& Changes() { return changes; }
 
-    /// Faces that were passed to the visitor's Tester in the last EnumerateFaces on this level, in
-    /// order.
+    /// Faces that were passed to the visitor's Tester in the last EnumerateFaces call on this
+    /// level, in order.
     const std::vector<FaceVisit>& LastFaceWalk() const { return lastFaceWalk; }
-    /// Vertices that were passed to the visitor's Tester in the last EnumerateVertices, in order.
+    /// Vertices that were passed to the visitor's Tester in the last EnumerateVertices call, in
+    /// order.
     const std::vector<FaceVisit>& LastVertexWalk() const { return lastVertexWalk; }
     /// Empties both lists, so that a caller can detect whether a walk ran afterwards.
     void ClearLastWalks() {
@@ -191,7 +193,7 @@ public:
     /// ComputeNormals.
     void ComputeNormalsOf(const std::vector<uint32_t>& which, JobControl* job = nullptr);
     /// Overload for callers that already have the faces around the vertices.
-    /// \param faces  in ascending order; may include others.
+    /// \param faces  all faces around the vertices, in ascending order; may include other faces.
     void ComputeNormalsOf(const IndexSet& which,
                           const std::vector<uint32_t>& faces,
                           JobControl* job = nullptr);
@@ -213,7 +215,7 @@ private:
     void MakeBaseTables(JobControl* job = nullptr);
     void DropBaseTables();
     void NoteOlderPosition(uint32_t vertex);
-    /// Marks a walk as running, and notifies the observers when it ends, normally or by an
+    /// Marks a walk as running, and notifies the observers when it ends, whether normally or by an
     /// exception.
     class WalkScope;
     /// Calls report(adjacent vertex, face) in the order of EnumerateAdjacentVertices.

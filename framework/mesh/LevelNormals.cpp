@@ -70,7 +70,7 @@ void LevelMesh::ComputeNormalsOf(const IndexSet& which,
     JobPhase phase(job, "Updating normals", uint64_t{faces.size()} + which.Count());
     std::vector<Vector> sums(which.Count());
     const uint32_t corners = CornersPerFace();
-    // Adds in the same order as ComputeNormals, so that the results are bit-identical.
+    // Sums in the same order as ComputeNormals, so that the results are bit-identical.
     for (const uint32_t face : faces) {
         Vector normal;
         FaceNormal(&normal, face);

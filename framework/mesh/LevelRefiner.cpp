@@ -6,8 +6,8 @@ namespace trovik {
 LevelRefiner::LevelRefiner(LevelMesh& coarseLevel, JobControl* jobControl)
     : coarse(coarseLevel), job(jobControl), corners(coarseLevel.CornersPerFace()) {}
 
-// An edge belongs to the lower-numbered of its two faces, or, if a face is its own neighbour, to
-// the lower-numbered side, because that face or side is visited first.
+// An edge belongs to the lower-numbered of its two faces, which is visited first. If a face is its
+// own neighbour, the edge belongs to the lower-numbered side.
 bool LevelRefiner::OwnsEdge(uint32_t face, uint32_t side, uint32_t neighbour) const {
     if (neighbour == openBorder) return true;
     const uint32_t other = neighbour >> 2;

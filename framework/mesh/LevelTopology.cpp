@@ -22,8 +22,8 @@ namespace trovik {
 
 namespace {
 
-/// The position of a side of a child: a side inside the parent borders a sibling, any other side is
-/// one half of a side of the parent.
+/// Where a child's side lies: a side inside the parent borders a sibling; any other side is half of
+/// one of the parent's sides.
 struct ChildSide {
     bool inside;
     uint32_t sibling;
@@ -125,8 +125,8 @@ uint32_t LevelMesh::LowestFaceOf(uint32_t vertex, uint32_t near) {
         face = hierarchy->Level(0)->baseVertexFace.array[vertex];
         if (face == openBorder) return openBorder;
     } else {
-        // New vertices are numbered by faces of the level below; the face point is the last vertex
-        // of each face.
+        // New vertices are numbered in the order of the faces of the level below; the last new
+        // vertex of each face is its face point.
         const LevelMesh& born = *hierarchy->Level(level);
         const uint32_t childCount = level == 1 && triangleBase ? 3 : 4;
         const auto facePoint = [&born, childCount](uint32_t above) {

@@ -75,8 +75,8 @@ public:
     std::uint32_t LargestFace() const { return largestFace; }
     /// Length of the UV list; 0 if the mesh has no UVs.
     std::uint64_t UvCount() const { return uvCount; }
-    /// Whether every corner has a UV and all corners of each vertex have the same one. Vertex
-    /// blocks have UVs only in this case.
+    /// Whether every corner has a UV and all corners of each vertex have the same UV. Vertex blocks
+    /// have UVs only in this case.
     bool UvsFollowVertices() const { return uvsFollowVertices; }
     bool HasNormals() const { return hasNormals; }
     bool HasColors() const { return hasColors; }

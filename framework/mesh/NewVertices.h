@@ -61,8 +61,8 @@ public:
     uint32_t Patch() const { return patch; }
 
 private:
-    /// New vertices are numbered by faces of the level below; the face point of each face comes
-    /// last.
+    /// New vertices are numbered in the order of the faces of the level below; the face point of
+    /// each face comes last.
     uint32_t EndOf(uint32_t ofPatch) const {
         constexpr uint32_t facePoint = 2;
         const uint32_t* slots =

@@ -11,8 +11,8 @@
 
 namespace trovik {
 
-/// An older state of one value per vertex of a level. It stores the old values of the vertices that
-/// have been written since. All other vertices still have their old values.
+/// An older state of a level's values, one value per vertex. It stores the old values of the
+/// vertices that have been written since. All other vertices still have their old values.
 ///
 /// Memory: the recorded values, one bit per vertex up to the highest recorded one, and another half
 /// bit per vertex after Sort.
@@ -42,7 +42,7 @@ public:
     /// per 64 vertices of the level.
     void Sort();
     /// Returns the recorded value, or null if the vertex was not written. Sort must have been
-    /// called after the last Note.
+    /// called since the last call to Note.
     const Value* Find(uint32_t vertex) const {
         const std::size_t word = vertex / wordBits;
         if (word >= marks.size()) return nullptr;

@@ -30,7 +30,7 @@ public:
 
     explicit StrokeResources(BrushOperation& ofBrush) : brush(ofBrush) {}
     /// Cleans up a stroke that was not ended: finishes and deletes its changes in the order in
-    /// which they were started, which makes them one undo step, and unlocks the meshes. A change
+    /// which they were started, so that they form one undo step, and unlocks the meshes. A change
     /// that cannot be finished is deleted without an undo step.
     ~StrokeResources();
     StrokeResources(const StrokeResources&) = delete;

@@ -10,7 +10,7 @@ namespace trovik {
 ///
 /// A patch is a face of level `patchLevel` (at most `level`) with all its descendants in `level`.
 /// It owns the vertices at the corners of those faces, so a vertex on a border belongs to every
-/// patch around it. All data outside the listed patches is byte-identical to before.
+/// patch around it. Data outside the listed patches has not changed.
 struct SurfaceChange {
     enum What : uint8_t {
         Positions = 1,

@@ -30,14 +30,14 @@ public:
     /// A map that exchanges front and back, or top and bottom, instead of left and right is not
     /// accepted, even if the connectivity allows it.
     ///
-    /// A seed is a pair of faces that share an edge and are near mirror images of each other, or a
-    /// single face that nearly mirrors itself; the best match is tried first. The map is extended
+    /// A seed is a pair of faces that share an edge and are nearly mirror images of each other, or
+    /// a single face that nearly mirrors itself; the best match is tried first. The map is extended
     /// from a seed to the neighbouring faces, and is discarded at the first contradiction. A
     /// connected component maps either to itself or to another component. A component without a
     /// mirror image is omitted.
     /// \return null if no component has a mirror image.
-    /// Cost: O(faces) if the first seed is correct and at most a few hundred times that, plus
-    /// O(components^2). Temporary memory: about 20 bytes per face and 12 per vertex.
+    /// Cost: O(faces) if the first seed is correct, otherwise at most a few hundred times that,
+    /// plus O(components^2). Temporary memory: about 20 bytes per face and 12 per vertex.
     /// \throw Cancelled.
     static std::unique_ptr<TopologicalMirror> Find(LevelMesh& base,
                                                    int axis = 0,
@@ -51,7 +51,7 @@ public:
     /// no mirror image. Cost: O(level).
     std::optional<Corner> Across(uint32_t level, uint32_t face, uint32_t corner) const;
 
-    /// For each level-0 face: its image face * 4 + shift, or openBorder. Used to store a mirror.
+    /// For each level-0 face: 4 * image face + shift, or openBorder. Used to store a mirror.
     const std::vector<uint32_t>& Images() const { return images; }
     /// Restores a mirror from such a list.
     /// \return null if the list does not fit this base: a different number of faces, or faces that
@@ -66,7 +66,7 @@ private:
     friend class TopologicalMirrorSearch;
     /// Number of corners of each level-0 face.
     uint32_t baseCorners = 4;
-    /// For each level-0 face: its image face * 4 + shift, or openBorder.
+    /// For each level-0 face: 4 * image face + shift, or openBorder.
     std::vector<uint32_t> images;
 };
 

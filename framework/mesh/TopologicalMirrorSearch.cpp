@@ -22,16 +22,16 @@ constexpr std::size_t seedLimit = 1024;
 constexpr std::size_t mirrorLimit = 8;
 /// Maximum number of other components to try as the mirror image of a component.
 constexpr std::size_t partnerLimit = 4;
-/// Maximum total number of steps of the walks from one list of seeds, as a multiple of the
-/// component's face count.
+/// Maximum total number of walk steps for one list of seeds, as a multiple of the component's face
+/// count.
 constexpr uint64_t walkLimit = 200;
 /// A seed or map whose error is at most this fraction of its size is a reflection up to rounding.
 constexpr double exactRatio = 1e-10;
 
 struct Seed {
-    /// The squared distance between one face and the other's reflection in a plane x = c, relative
-    /// to their size, plus the squared distance between that plane and x = 0, relative to the
-    /// component's size.
+    /// The sum of two squared distances: from one face to the other's reflection in a plane x = c,
+    /// relative to the size of the faces, and from that plane to x = 0, relative to the size of the
+    /// component.
     double error;
     uint32_t face;
     uint32_t across;
@@ -117,10 +117,10 @@ private:
     std::vector<uint32_t> vertexImages;
     std::vector<Component> parts;
     std::vector<uint32_t> partOf;
-    /// The entries that the current walk has made, in order.
+    /// The entries added by the current walk, in order.
     std::vector<uint32_t> walked;
     std::vector<uint32_t> pairedVertices;
-    /// Number of steps that the walks may still take.
+    /// Remaining number of walk steps.
     uint64_t steps = 0;
 };
 
@@ -296,8 +296,8 @@ TopologicalMirrorSearch::Map TopologicalMirrorSearch::BestMap(std::size_t number
     return best;
 }
 
-/// Extends the seeds to maps and adds these to `maps`.
-/// \return whether the last one is a reflection.
+/// Extends each seed to a map and adds it to `maps`.
+/// \return whether the last map is a reflection.
 bool TopologicalMirrorSearch::TrySeeds(std::vector<Seed>& seeds, std::vector<Map>& maps) {
     if (seeds.empty()) return false;
     steps = walkLimit * parts[partOf[seeds.front().face]].faces.size() + 10000;

@@ -15,15 +15,15 @@ class LevelMesh;
 void MakeSet(std::vector<uint32_t>& list);
 
 /// Returns, in ascending order, the faces that use any of the vertices. Cost: linear in the number
-/// of vertices, lowest if neighbouring vertices are close together in the list; at most linear in
-/// the size of the level.
+/// of vertices, but at most linear in the size of the level; lowest if neighbouring vertices are
+/// close together in the list.
 TROVIK_API std::vector<uint32_t> FacesAt(LevelMesh& level, const std::vector<uint32_t>& vertices);
 
 /// Overload for callers that already have some faces of the vertices, such as those of a region.
 /// `faces` then contains all faces of most vertices, and only vertices on the region's border are
 /// searched individually.
-/// \param faces  in ascending order; at least one face of each vertex that has any; may include
-/// others.
+/// \param faces  in ascending order; must include at least one face of each vertex that has faces,
+/// and may include others.
 TROVIK_API std::vector<uint32_t> FacesAt(LevelMesh& level,
                                          const IndexSet& vertices,
                                          const std::vector<uint32_t>& faces);

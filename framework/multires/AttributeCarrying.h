@@ -11,7 +11,7 @@ class JobControl;
 class LevelGeometry;
 struct CoarseFaces;
 
-/// \file Converts surface attributes for a different level 0 than the one they belong to.
+/// \file Converts surface attributes when a different level becomes level 0.
 
 /// Returns the attributes of level 0 refined to a level (AttributeRefinement.h), as they would be
 /// if that level were level 0. Cost: O(faces of the level).

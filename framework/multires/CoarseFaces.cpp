@@ -140,8 +140,8 @@ CoarseFaces Gather(LevelMesh& mesh, const RoleSearch& search, uint32_t corners, 
         for (uint32_t k = 0; k < corners; ++k) {
             const uint32_t c = search.VertexCorner(face);
             coarse.fineFaces.face[face] = next * corners + k;
-            // The corner that is the vertex in a refinement: corner k for a child of a quad, corner
-            // 0 for a child of a triangle.
+            // The corner that a refinement assigns to the coarse vertex: corner k for child k of a
+            // quad, corner 0 for a child of a triangle.
             const uint32_t turned = corners == 4 ? k : 0;
             coarse.fineFaces.turn[face] = static_cast<uint8_t>((turned - c) & 3u);
             coarse.faceVertices.push_back(number[search.At(face, c)]);

@@ -67,7 +67,7 @@ public:
             quads.push_back(quad);
             normals.push_back(NormalsOf(quad));
         }
-        // Lists of the corners at each point, each in ascending order, stored consecutively.
+        // The corners at each point: one ascending list per point, stored consecutively.
         uint32_t total = 0;
         for (uint32_t& end : ends) {
             const uint32_t count = end;
@@ -85,7 +85,7 @@ public:
         const uint32_t* const end = slots.data() + ends[point];
         for (const uint32_t* slot = first; slot != end; ++slot) turn.AddNormal(normals[*slot / 4]);
         turn.CloseNormals();
-        // An inner edge is contributed by both of its faces, a border edge by only one.
+        // An inner edge is added by both of its faces, a border edge by only one.
         edges.clear();
         for (const uint32_t* slot = first; slot != end; ++slot) {
             const RefinedRegion::Quad& quad = quads[*slot / 4];
@@ -199,8 +199,8 @@ void DetailCarrier::Up(const OlderValues<Vector>& seen,
     const std::vector<uint32_t> changed = Changed(coarse, seen, job);
     if (changed.empty()) return;
 
-    // Refined points change in the faces around a changed vertex. The surface rotates around those
-    // points as well, so the rotations of one additional ring of points are computed, from the
+    // Refined points change in the faces around a changed vertex. The surface also rotates at the
+    // points next to them, so rotations are computed for one additional ring of points, using the
     // points of all these faces.
     const std::vector<uint32_t> faces = WithFacesAround(coarse, FacesAt(coarse, changed));
     JobPhase phase(job, "Propagating details up", faces.size());

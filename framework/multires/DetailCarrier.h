@@ -25,12 +25,12 @@ namespace trovik {
 /// that layers of the fine level store for the vertex rotate with its detail (RotatedLayers).
 ///
 /// Downwards: a coarse vertex moves by a weighted mean of the displacements of the fine vertices at
-/// and around it: 1/4 of the same vertex, 1/2 of the mean of its edge points, and 1/4 of the mean
-/// of its face points. On a border, the weights are 1/2 for the same vertex and 1/4 for each border
-/// edge point; a vertex with one face moves exactly with its fine vertex. The weights are
-/// non-negative and sum to one, so no coarse vertex moves farther than the fine vertices did, and a
-/// translation of the fine level translates the coarse level. The fine level stays bit-identical;
-/// changes that the coarse level cannot represent remain in the detail.
+/// and around it. The weights are 1/4 for the same vertex, 1/2 for the mean of its edge points, and
+/// 1/4 for the mean of its face points. On a border, the weights are 1/2 for the same vertex and
+/// 1/4 for each border edge point; a vertex with one face moves exactly with its fine vertex. The
+/// weights are non-negative and sum to one, so no coarse vertex moves farther than the fine
+/// vertices did, and a translation of the fine level translates the coarse level. The fine level
+/// stays bit-identical; changes that the coarse level cannot represent remain in the detail.
 ///
 /// Cost in either direction: linear in the number of vertices that were written since the last
 /// synchronisation, plus recomputing the surroundings of those that moved.
@@ -61,7 +61,7 @@ public:
 
 private:
     /// Moves the fine vertices whose lowest-numbered coarse face is between firstOwner and
-    /// lastOwner. `faces` must be sorted and contain all faces around them.
+    /// lastOwner. `faces` must be sorted and contain all faces around those vertices.
     void CarryFaces(const std::vector<uint32_t>& faces,
                     uint32_t firstOwner,
                     uint32_t lastOwner,

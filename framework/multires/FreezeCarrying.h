@@ -16,9 +16,9 @@ namespace trovik {
 /// means are rounded to nearest, halves up. Downwards, a coarse vertex gets the amount of the same
 /// fine vertex; the fine vertices in between are ignored.
 ///
-/// Only changes are propagated. Upwards, a fine vertex gets a new amount only if the amount of its
-/// coarse vertex, of an end of its edge, or of a corner of its face changed. Switching down and up
-/// again without an edit therefore leaves every amount unchanged.
+/// Only changes are propagated. Upwards, a fine vertex gets a new amount only if the amount has
+/// changed at its coarse vertex, at an end of its edge, or at a corner of its face. Switching down
+/// and up again without an edit therefore leaves every amount unchanged.
 
 /// Computes all amounts of `fine`, which has none yet, from those of `coarse`.
 /// \throw Cancelled.

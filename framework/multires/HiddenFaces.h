@@ -23,7 +23,7 @@ enum class FaceVisibility : uint8_t { Keep, Hide, Show };
 /// Returns, in ascending order, the faces of the highest level that must be toggled so that the
 /// faces of the bound level and their descendants match `wanted`.
 /// \param wanted  one entry per face of the bound level.
-/// Cost: linear in the number of highest-level descendants of faces that are not kept.
+/// Cost: linear in the number of highest-level descendants of the faces to hide or show.
 TROVIK_API std::vector<FaceRun> FacesToToggle(const LevelGeometry& geometry,
                                               const std::vector<FaceVisibility>& wanted);
 
@@ -45,8 +45,8 @@ TROVIK_API std::vector<FaceRun> FacesOnLevel(const LevelGeometry& geometry,
 TROVIK_API void HideChildren(const LevelMesh& coarse, LevelMesh& fine);
 /// Hides exactly those faces of `coarse` whose children on `fine` are all hidden.
 TROVIK_API void HideParents(LevelMesh& coarse, const LevelMesh& fine);
-/// Updates the hidden faces of all levels from the highest level, after code has written its face
-/// flags.
+/// Derives the hidden faces of all lower levels from those of the highest level. Call this after
+/// writing the highest level's face flags directly.
 TROVIK_API void UpdateHiddenFromHighest(LevelGeometry& geometry);
 
 }  // namespace trovik

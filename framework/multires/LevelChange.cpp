@@ -18,7 +18,7 @@ namespace trovik {
 
 namespace {
 
-/// Number of the current stroke, counted over all geometries, so that a step does not join a step
+/// Number of the current stroke, counted across all geometries, so that a step does not join a step
 /// of an earlier stroke. Like all changes, it is accessed only on the host's main thread.
 uint64_t currentStroke = 1;
 

@@ -14,8 +14,8 @@ namespace trovik {
 
 class StrokeStep;
 
-/// The MeshChange of a LevelMesh. It holds the records of a stroke, and Finish turns them into one
-/// undo step.
+/// Implements MeshChange for a LevelMesh. It holds the records of a stroke, and Finish turns them
+/// into one undo step.
 ///
 /// A stroke that leaves a mesh and returns to it creates two changes for that mesh. Only the later
 /// one is linked. The effect of the earlier one is recorded when it is unlinked, so that the two
@@ -37,7 +37,8 @@ public:
     /// Restores visitStampWord in the changeLink of every vertex whose link still refers to its
     /// record, and pushes the undo step: the pre-stroke position, normal and layer offset of each
     /// touched vertex. Vertices whose values are bit-identical to before are omitted; if no vertex
-    /// changed, nothing is pushed. Hidden vertices are exactly at their pre-stroke positions.
+    /// changed, nothing is pushed. Afterwards, hidden vertices are exactly at their pre-stroke
+    /// positions.
     ///
     /// Finish without `joinPrevious` starts a new stroke in all histories. Later steps of other
     /// meshes join only steps of that stroke, each in its own geometry's history.
@@ -103,8 +104,7 @@ private:
     /// is read.
     uint32_t vertexCount;
     Store<StoredVertexInfo> recordStore;
-    /// The earlier layer states, in the order of the records; contains only records with a layer
-    /// slot.
+    /// The previous layer states of the records that have a layer slot, in record order.
     std::vector<LayerBefore> layerBefore;
     /// The layer of the stroke, which may be deleted before the change; null if there is none.
     std::shared_ptr<SculptLayer*> layer;

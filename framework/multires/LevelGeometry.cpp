@@ -83,7 +83,7 @@ uint64_t LevelGeometry::CountNextLevelVertices() const {
     return uint64_t{levels.back()->VertexCount()} + levels.back()->faceCount + CountEdges();
 }
 
-// A refinement has two edges per coarse edge, and one per face corner.
+// A refinement has two edges for each coarse edge and one for each face corner.
 uint64_t LevelGeometry::CountEdges() const {
     const LevelMesh& base = *levels.front();
     uint64_t edges =

@@ -37,7 +37,7 @@ public:
     /// \throw HostError if one of the levels has an open change, that is, during a stroke.
     /// \param action  the name of the action for the message, such as "undo".
     void RefuseInStroke(const std::string& action) const;
-    /// Whether the level is currently in the hierarchy, that is, was not removed.
+    /// Whether the level is currently in the hierarchy and has not been removed from it.
     bool Holds(const LevelMesh* level) const;
     LevelMesh* Bound() const { return levels[bound].get(); }
     uint32_t BoundIndex() const { return bound; }
@@ -57,8 +57,8 @@ public:
     /// Returns the size of `times` additional levels. Cost: O(faces) of level 0.
     LevelForecast Forecast(uint32_t times = 1) const;
     /// Checks that `times` additional levels fit into memory.
-    /// \param additionalBytes  memory that the caller needs in addition to the levels, such as for
-    /// a render.
+    /// \param additionalBytes  memory that the caller needs in addition to the levels, for example
+    /// for a render.
     /// \throw HostError "subdividing to level L would give F faces and V vertices and take B bytes;
     /// REASON" if the levels exceed the budget ("the budget is N"), if the levels and the
     /// additional bytes exceed the result of QueryFreeMemory ("only N bytes of memory are free
@@ -213,8 +213,8 @@ private:
         std::vector<uint32_t> vertexMap;
         std::vector<uint32_t> faceMap;
     };
-    /// Renumbers level `first` and all higher ones according to the level below each. Afterwards
-    /// the faces of the levels refer to the new vertices; RenumberLevels updates all other data.
+    /// Renumbers level `first` and each higher level to match the level below it. Afterwards the
+    /// faces of the levels refer to the new vertices; RenumberLevels updates all other data.
     /// \param facesBefore  receives the previous faces of each level; may be null.
     std::vector<LevelNumbers> RefineNumbers(uint32_t first,
                                             FaceRenumbering faces,

@@ -26,7 +26,7 @@ void Permute(T* elements, std::size_t count, const std::vector<uint32_t>& map) {
     for (std::size_t i = 0; i < count; ++i) elements[map[i]] = before[i];
 }
 
-/// Returns the mirror, converted to the faces of `level` as its base.
+/// Returns the mirror, converted to the faces of `level`, which becomes its base.
 std::unique_ptr<TopologicalMirror> MirrorOfLevel(const TopologicalMirror& mirror,
                                                  const LevelMesh& level,
                                                  JobControl* job) {
@@ -52,7 +52,7 @@ std::unique_ptr<TopologicalMirror> MirrorOfCoarse(const TopologicalMirror& mirro
     std::vector<uint32_t> images(coarseLevel.faceCount, openBorder);
     for (uint32_t face = 0; face < coarseLevel.faceCount; ++face) {
         phase.Add();
-        // In the refinement, the vertex is corner 0 of child 0.
+        // Corner 0 of child 0 is a vertex of the coarse mesh.
         const uint32_t fineFace = back.face[face * coarse.corners];
         const auto across = mirror.Across(0, fineFace, back.turn[face * coarse.corners]);
         if (!across) continue;

@@ -12,9 +12,9 @@ namespace trovik {
 
 /// Layer data of the vertices that move because the level below changed. The layer base moves with
 /// the surface as a vertex without layers would. Every offset rotates with the detail of its
-/// vertex, regardless of the layer's strength and visibility. Hiding a layer after the change is
-/// therefore bit-identical to propagating the change without the layer, and showing it again
-/// restores the previous positions exactly.
+/// vertex, regardless of the layer's strength and visibility. Hiding a layer after the change
+/// therefore gives the same result, bit for bit, as propagating the change without the layer, and
+/// showing it again restores the previous positions exactly.
 ///
 /// A rotated offset keeps its length, up to single-precision rounding.
 ///
@@ -22,8 +22,7 @@ namespace trovik {
 /// by strokes or from a finer level affect the layer base; the offsets above it keep their
 /// direction.
 ///
-/// Cost and memory: 44 bytes for each moved vertex that a layer touches, and 40 more for each such
-/// layer.
+/// Cost and memory: 44 bytes for each moved vertex with layer data, plus 40 for each of its layers.
 class TROVIK_API RotatedLayers {
 public:
     /// Borrows the level and the layer base until Finish.
@@ -31,7 +30,7 @@ public:
 
     /// Called once per vertex, before the vertex moves to `position`.
     void Turn(uint32_t vertex, const Vector& position, const SurfaceMove& move);
-    /// Called once, after the last call of Turn.
+    /// Called once, after the last call to Turn.
     void Finish();
     /// Whether no offset was rotated.
     bool IsEmpty() const { return layeredVertices.empty(); }

@@ -19,8 +19,8 @@ namespace trovik {
 ///
 /// All of these functions throw Cancelled if the job is cancelled; the geometry is then unchanged.
 ///
-/// Memory: 32 bytes per changed vertex, and 16 per vertex whose change is still to be propagated; 5
-/// bytes per freeze amount; for each vertex with layer data 44 bytes, and 40 more for each layer
+/// Memory: 32 bytes per changed vertex, and 16 per vertex whose change has not been propagated yet;
+/// 5 bytes per freeze amount; 44 bytes per vertex with layer data, plus 40 for each of its layers
 /// (RotatedLayers).
 TROVIK_API std::unique_ptr<UndoStep> BindLevelAsStep(LevelGeometry& geometry,
                                                      uint32_t index,
@@ -42,13 +42,14 @@ TROVIK_API std::unique_ptr<UndoStep> DeleteLevelsAsStep(LevelGeometry& geometry,
                                                         bool lower,
                                                         JobControl* job = nullptr);
 
-/// Adds a coarser level below the base, whose refinement is the base; see CoarseFaces.h. Vertices
-/// and faces are renumbered.
+/// Adds a coarser level whose refinement is the base, which becomes the new base; see
+/// CoarseFaces.h. Vertices and faces are renumbered.
 /// \throw HostError if the base is not a refinement.
 TROVIK_API std::unique_ptr<UndoStep> UnsubdivideAsStep(LevelGeometry& geometry,
                                                        JobControl* job = nullptr);
 
-/// Moves all levels below the bound level to its shape; see LevelGeometry::ApplyToLowerLevels.
+/// Propagates the shape of the bound level to all levels below; see
+/// LevelGeometry::ApplyToLowerLevels.
 /// \return null if the bound level is the base, or if no vertex moved.
 TROVIK_API std::unique_ptr<UndoStep> ApplyToBaseAsStep(LevelGeometry& geometry,
                                                        JobControl* job = nullptr);

@@ -53,7 +53,7 @@ private:
     std::vector<NormalWords> normals;
     std::vector<LayerEntry> layerEntries;
     std::shared_ptr<SculptLayer*> layer;
-    /// Layer strength with which `positions` was composed.
+    /// The layer strength that was used to compose `positions`.
     float layerStrength = 0.0f;
 };
 

@@ -22,7 +22,7 @@ struct CommandInput {
     enum Recorded {
         /// The journal records the content before the command runs.
         BeforeCommand,
-        /// As BeforeCommand, unless the same run has written the file, in which case recovery
+        /// Like BeforeCommand, unless the same run has written the file; in that case recovery
         /// writes it again.
         UnlessWritten,
         /// The journal records the content when a stroke uses the file.
@@ -70,7 +70,7 @@ struct CommandEntry {
     std::function<nlohmann::json()> describe;
 };
 
-/// All commands: first those that run before the other commands of their step, then by name.
+/// All commands, sorted by name; those that run before the other commands of their step come first.
 TROVIK_API const std::vector<CommandEntry>& Commands();
 /// \return null for an unknown name.
 TROVIK_API const CommandEntry* FindCommand(const std::string& name);
@@ -87,8 +87,8 @@ public:
 
     /// \param run  executes the command on the context's document. Errors in parameters are
     /// reported as FieldFault.
-    /// \param check  checks everything that needs no sculpting: names, files, conflicts between
-    /// fields; null if reading the parameters is sufficient.
+    /// \param check  checks everything that does not require sculpting: names, files, conflicts
+    /// between fields; null if reading the parameters is sufficient.
     /// \param prepare  see CommandEntry.
     CommandRegistration(CommandTraits traits,
                         Function run,

@@ -15,7 +15,7 @@ namespace {
 
 /// A point in a script counts as far from the surface if its distance exceeds this fraction of the
 /// mesh's diagonal. Points are often taken from the mesh file, and a refined surface lies inside
-/// the original one: by 8 percent for a cube.
+/// the original one, by 8 percent for a cube.
 constexpr float farFraction = 0.1f;
 
 std::string Short(float number) {

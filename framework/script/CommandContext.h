@@ -25,7 +25,7 @@ public:
     ScriptProgress progress;
     /// Whether parameters are only checked, without sculpting or writing files.
     bool isChecking = false;
-    /// While checking: whether a stroke is open after the steps checked so far.
+    /// During a check: whether a stroke would be open after the steps checked so far.
     bool leavesStrokeOpen = false;
     /// Memory limit, in bytes, for all levels that one command creates.
     uint64_t subdivideBudget = std::numeric_limits<uint64_t>::max();
@@ -60,9 +60,9 @@ public:
     /// Records that a file has been written or, when checking, would be written.
     void NoteWritten(const std::string& file);
 
-    /// Diagonal of the bounding box of the current level, world units.
+    /// Diagonal of the current level's bounding box, in world units.
     float Diagonal() const;
-    /// Radius of a dab at a point, world units.
+    /// Radius of a dab at a point, in world units.
     float RadiusAt(const Vector& point) const;
 
     /// State that the commands of one source file share across steps; created at first use.

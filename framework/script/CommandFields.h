@@ -23,7 +23,7 @@
 ///
 /// and this function is used to read and write it, and to describe it for the schema test. A field
 /// of type std::optional may be missing; any other missing field keeps its initial value. Supported
-/// are float, int, uint32_t, uint64_t, bool, std::string, Vector, std::nullptr_t (null), Yes
+/// types: float, int, uint32_t, uint64_t, bool, std::string, Vector, std::nullptr_t (null), Yes
 /// (true), enumerations with EnumNames, types with Fields, and std::vector, std::array and
 /// std::variant of these. For other types, specialise FieldValue.
 namespace trovik {
@@ -31,8 +31,8 @@ namespace trovik {
 /// The value `true`, for commands and fields that accept no other value.
 struct Yes {};
 
-/// To be specialised for enumerations, with a static member `names` that lists pairs of name and
-/// value.
+/// Must be specialised for each enumeration, with a static member `names` that lists (name, value)
+/// pairs.
 template <typename Enum>
 struct EnumNames;
 

@@ -15,7 +15,7 @@ namespace trovik {
 /// Settings for running steps: the folders of their files, their permissions, and the receiver of
 /// their progress.
 struct CommandOptions {
-    /// The name of the steps in messages. It is also a file path: the files that steps read are
+    /// The name that messages use for the steps. It is also a file path: files that steps read are
     /// searched for in its folder. The file itself need not exist.
     std::string name = "step";
     /// Folder for the files that steps write; the working folder if empty.
@@ -58,8 +58,8 @@ public:
     void SetUp(const std::string& command, const FieldReader& parameters);
     /// Calls the `prepare` function of the step's commands.
     void Prepare(const FieldReader& step);
-    /// Checks a step without running it; see CommandEntry::check. Tool selections, settings,
-    /// transforms, mirrors and cameras are applied. \param report  see CommandEntry.
+    /// Checks a step without running it; see CommandEntry::check. However, tool selections,
+    /// settings, transforms, mirrors and cameras do take effect. \param report  see CommandEntry.
     void Check(const FieldReader& step,
                const std::function<void(const std::function<void()>&)>& report);
     /// Passes history and journal errors to the progress receiver and to the document's observers.

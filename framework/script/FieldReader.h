@@ -9,8 +9,8 @@
 
 namespace trovik {
 
-/// A value in a script, with its position for messages. The schema has already checked names and
-/// types; this class checks the rest.
+/// A value in a script, with its position for error messages. The schema has already checked names
+/// and types; this class checks the rest.
 class TROVIK_API FieldReader {
 public:
     FieldReader(const nlohmann::json& value, std::string file, std::string pointer);
@@ -18,7 +18,8 @@ public:
     bool Has(const char* key) const { return value.contains(key); }
     FieldReader At(const char* key) const;
     FieldReader At(std::size_t index) const;
-    /// Returns a reader of another value with the same position; the value must outlive the reader.
+    /// Returns a reader for another value that reports the position of this one; the value must
+    /// outlive the reader.
     FieldReader With(const nlohmann::json& other) const { return {other, file, pointer}; }
     std::size_t Size() const { return value.size(); }
     const nlohmann::json& Json() const { return value; }
@@ -36,7 +37,7 @@ public:
 
     /// \throw HostError "FILE: POINTER: reason".
     [[noreturn]] void Fail(const std::string& reason) const;
-    /// Throws for a value within this one. \param relative  JSON pointer from this value.
+    /// Throws for a value within this one. \param relative  JSON pointer relative to this value.
     [[noreturn]] void FailAt(const std::string& relative, const std::string& reason) const;
 
 private:

@@ -217,7 +217,7 @@ void JournalRecorder::EndStepBySnapshot(const StepEnd& end, const std::string& l
 
 void JournalRecorder::Close() { journal.Close(); }
 
-// If the stamp file changes before the journal is replayed, the result would differ.
+// If the stamp file changed before the journal was replayed, the result would differ.
 void JournalRecorder::NoteStamp() {
     const BrushOperation::Private& settings = document.Brush().Settings();
     if (!settings.stamp.enabled || settings.stamp.path.isEmpty()) return;

@@ -19,8 +19,8 @@ public:
     /// Starts the journal and attaches itself to the document, whose history must be empty. Borrows
     /// the document.
     /// \param setup  a stroke script without steps that sets up the document in its current state.
-    /// \param script  the script path to which paths of the setup and of steps are relative, as for
-    /// ScriptRunner.
+    /// \param script  the script path, to which paths in the setup and in steps are relative, as
+    /// for ScriptRunner.
     /// \param files  resolves the files that steps name; borrowed.
     JournalRecorder(const JournalOptions& options,
                     Document& document,
@@ -33,9 +33,9 @@ public:
     JournalRecorder& operator=(const JournalRecorder&) = delete;
 
     void BeginStep(const nlohmann::json& step);
-    /// Undo or redo of steps from before the recorded ones, for example from before a save, cannot
-    /// be replayed from the journal's base. In that case the scene is written next to the journal,
-    /// and the journal restarts from that scene.
+    /// Undoing or redoing steps that precede the recorded ones, for example steps made before a
+    /// save, cannot be replayed from the journal's base. In that case the scene is written next to
+    /// the journal, and the journal restarts from that scene.
     void EndStep(bool failed);
     void Close();
     std::string TakeProblem() { return journal.TakeProblem(); }

@@ -181,7 +181,7 @@ private:
         Fail("byte " + std::to_string(step->byte) + ": the step \"" + Name(*step) + "\" made " +
              std::to_string(counter.count) + " dabs, but the journal has " +
              std::to_string(step->dabs) +
-             "; this program does not reproduce the work of the program that recorded it (" +
+             "; this program's results differ from those of the program that recorded it (" +
              content.base.program + ")");
     }
 
@@ -237,8 +237,8 @@ private:
     void RepeatDab(Document& document, const StrokeInput& input) {
         LevelMesh& mesh = *document.Geometry().Bound();
         if (input.face >= mesh.faceCount)
-            Fail("a dab in the journal is on face " + std::to_string(input.face) +
-                 ", but the number of faces is " + std::to_string(mesh.faceCount));
+            Fail("a dab in the journal refers to face " + std::to_string(input.face) +
+                 ", but the mesh has only " + std::to_string(mesh.faceCount));
         const auto vector = [](const std::array<float, 3>& v) { return Vector(v[0], v[1], v[2]); };
         StrokeDab dab;
         dab.hit = SurfacePoint(&mesh, 0, input.face);

@@ -11,18 +11,18 @@
 namespace trovik {
 
 struct RecoveryOptions {
-    /// Whether to recover the part before the damage from a damaged journal.
+    /// Whether to recover the part of a damaged journal that precedes the damage.
     bool untilDamage = false;
     ScriptProgress progress;
 };
 
-/// The recovered work of a journal.
+/// The work recovered from a journal.
 struct RecoveredWork {
-    /// Has the state of the process that wrote the journal, except that an open stroke has been
-    /// ended after its last complete dab.
+    /// In the state that it had in the process that wrote the journal, except that an open stroke
+    /// has been ended after its last complete dab.
     std::unique_ptr<ScriptRunner> runner;
     JournalContent content;
-    /// Number of steps and dabs of the journal that were replayed.
+    /// Number of journal steps and dabs that were replayed.
     std::size_t steps = 0;
     uint64_t dabs = 0;
     /// The skipped parts and the reasons, one line each.
@@ -38,8 +38,8 @@ struct RecoveredWork {
 TROVIK_API RecoveredWork RedoJournal(const std::string& journalPath,
                                      const RecoveryOptions& options = {});
 
-/// Calls RedoJournal and saves the result as a scene. The journal is not changed. Whether the scene
-/// can be written is checked first (CheckWritable).
+/// Calls RedoJournal and saves the result as a scene. The journal is not changed. First checks that
+/// the scene can be written (CheckWritable).
 TROVIK_API RecoveredWork RecoverJournal(const std::string& journalPath,
                                         const std::string& scenePath,
                                         const RecoveryOptions& options = {});

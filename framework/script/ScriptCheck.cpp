@@ -14,7 +14,7 @@ namespace trovik {
 
 namespace {
 
-/// Runs a check. \return false if it failed; a line describing the error has then been added.
+/// Runs a check. \return false if it failed, after adding a line that describes the error.
 template <typename Work>
 bool Attempt(std::vector<std::string>& faults, const Work& work) {
     try {
@@ -29,7 +29,7 @@ bool Attempt(std::vector<std::string>& faults, const Work& work) {
     return false;
 }
 
-/// The number at the beginning of a text; empty if the text does not begin with a number.
+/// The number at the beginning of a string; empty if the string does not begin with a number.
 std::optional<std::size_t> Number(const std::string& text) {
     std::size_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -56,7 +56,7 @@ void RemoveFaulty(nlohmann::json& script, const std::vector<JsonFault>& faults) 
     if (!script.contains("steps")) script["steps"] = nlohmann::json::array();
 }
 
-/// The mesh on which settings and tools are checked if the script has none.
+/// The mesh used to check settings and tools if the script does not specify one.
 PolygonMesh Cube() {
     PolygonMesh cube;
     cube.positions = {{-1, -1, -1},

@@ -85,7 +85,7 @@ fs::path Canonical(const fs::path& path) {
     std::error_code failed;
     fs::path resolved = fs::weakly_canonical(path, failed);
     if (failed) throw HostError("cannot resolve " + path.string() + ": " + failed.message());
-    // A trailing separator of a folder would add an element.
+    // A trailing separator would add an empty element to the path.
     return resolved.has_filename() ? resolved : resolved.parent_path();
 }
 

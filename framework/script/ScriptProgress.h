@@ -25,8 +25,8 @@ struct ScriptProgress {
     /// journal could not be written. The work continues. If the function is empty, `message`
     /// receives the warnings about the journal.
     std::function<void(const std::string&)> warning;
-    /// Receives the progress of long steps, and can cancel the run between steps and dabs and
-    /// within long steps: the run then throws Cancelled. Borrowed.
+    /// Receives the progress of long steps. It can cancel the run between steps, between dabs and
+    /// within long steps; the run then throws Cancelled. Borrowed.
     JobControl* job = nullptr;
 };
 

@@ -18,7 +18,8 @@ struct ToolSetting {
     /// Whether the tool has this setting. If not, `value` is null, and a script that sets it is
     /// rejected or has no effect.
     bool applies = true;
-    /// The value in the form that scripts use; null if nothing is set, such as a curve or a path.
+    /// The value in the form that scripts use; null if there is no value, for example no curve or
+    /// no path.
     nlohmann::json value;
     /// The accepted range, with the keywords of a JSON schema: "minimum", "exclusiveMinimum",
     /// "maximum", "exclusiveMaximum", "choices", and "type". Empty for a setting without limits.
@@ -43,8 +44,9 @@ struct ToolDescription {
     std::vector<ToolSetting> settings;
 };
 
-/// All tools: those of the plug-ins' brushes, in their order, followed by the freeze tool. The
-/// settings of each are read from a new brush. The plug-ins must have been loaded (LoadPlugins).
+/// All tools: those of the plug-ins' brushes, in their order, followed by the freeze tool. Each
+/// tool's settings are read from a newly created brush. The plug-ins must have been loaded
+/// (LoadPlugins).
 TROVIK_API std::vector<ToolDescription> DescribeTools();
 
 }  // namespace trovik

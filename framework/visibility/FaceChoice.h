@@ -28,12 +28,13 @@ TROVIK_API FaceChoice FacesOfGroup(const LevelGeometry& geometry, uint32_t group
 /// index into SurfaceAttributes::materialNames, or `none`.
 TROVIK_API FaceChoice FacesOfMaterial(const LevelGeometry& geometry, uint32_t material);
 
-/// The connected component that contains a face of the bound level, including hidden faces. Cost:
-/// O(faces).
+/// The faces of the connected component that contains this face of the bound level, including
+/// hidden faces. Cost: O(faces).
 TROVIK_API FaceChoice FacesOfComponent(const LevelGeometry& geometry, uint32_t face);
 
-/// The visible faces whose corners are all within reach and satisfy `isInside`.
-/// \param isInside  tests a position on the viewport; see WeightsInView, also for `tree` and cost.
+/// The visible faces whose corners are all within `reach` and satisfy `isInside`.
+/// \param isInside  tests a position on the viewport; see WeightsInView, which also describes
+/// `tree` and the cost.
 TROVIK_API FaceChoice FacesInView(const LevelGeometry& geometry,
                                   const PatchTree& tree,
                                   const StrokeView& view,

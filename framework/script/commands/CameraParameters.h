@@ -5,7 +5,7 @@
 
 namespace trovik {
 
-/// Camera parameters; missing ones are not changed.
+/// Camera parameters; missing parameters keep their current values.
 struct CameraParameters {
     std::optional<int> width;
     std::optional<int> height;
@@ -14,8 +14,8 @@ struct CameraParameters {
     std::optional<Vector> eye;
     std::optional<Vector> target;
     std::optional<Vector> up;
-    /// Direction from the mesh to the eye, used if `eye` is missing; the camera frames the whole
-    /// mesh.
+    /// Direction from the mesh to the eye, used if `eye` is missing; the distance is chosen so that
+    /// the whole mesh is in view.
     std::optional<Vector> from;
 
     template <typename Visitor>

@@ -23,7 +23,7 @@ struct TriangleNote {
     bool isGiven = false;
 };
 
-/// Returns the bytes that the memory account's limit leaves.
+/// Returns the number of bytes left under the memory accounting limit.
 uint64_t AccountedRoom() {
     const int64_t limit = MemoryAccount::Limit();
     if (limit <= 0) return std::numeric_limits<uint64_t>::max();

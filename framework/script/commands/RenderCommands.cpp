@@ -125,7 +125,7 @@ void CheckKinds(const RenderParameters& parameters) {
     AtField("/file", [&] { CheckRenderPath(*parameters.file, hasAlpha); });
 }
 
-/// The paths of the image files to write; with "frames" one path per frame.
+/// The paths of the image files to write; if "frames" is given, one path per frame.
 std::vector<std::string> Targets(const CommandContext& context,
                                  const RenderParameters& parameters) {
     if (!parameters.file) return {};

@@ -71,13 +71,13 @@ struct FacingParameters {
     }
 };
 
-/// Name of a curve, its number, or samples from the centre to the rim.
+/// Name of a curve, its number, or samples from the centre to the edge.
 using FalloffSetting = std::variant<std::string, int, std::vector<float>>;
 using DirectionSetting = std::variant<std::string, int>;
 /// Off (false), on with the current length (true), or a length as a fraction of the viewport
 /// height.
 using LengthSetting = std::variant<bool, float>;
-/// Pairs of pressure and value; null selects the identity.
+/// (pressure, value) pairs; null selects the identity.
 using CurveSetting = std::variant<std::nullptr_t, std::vector<std::array<float, 2>>>;
 
 struct SettingsParameters {

@@ -11,7 +11,7 @@ namespace trovik {
 
 namespace {
 
-/// Whether dabs differ from those along an unshaped path.
+/// Whether the dynamics affect the dabs of a path.
 bool Shapes(const DabDynamics& dynamics) {
     return !dynamics.strengthCurve.IsIdentity() || !dynamics.sizeCurve.IsIdentity() ||
            dynamics.randomSize > 0.0f || dynamics.radiusPixels > 0.0f;
@@ -67,7 +67,7 @@ PenStrokeOptions PenOf(CommandContext& context, const StrokeParameters& stroke) 
     pen.isFiltered = isPen && path.filter.value_or(true);
     pen.progress = context.DabProgress();
     pen.poll = [&context] { context.ThrowIfCancelled(); };
-    // Samples of scripts are exact, so the tool's smoothing and stabiliser apply only to pens.
+    // Script samples are exact, so the tool's smoothing and stabiliser apply only to pen input.
     if (!isPen || path.smoothing) pen.smoothing = path.smoothing.value_or(0.0f);
     if (!isPen || path.stabiliser) pen.steady = path.stabiliser.value_or(0.0f);
     if (!IsImprint(context.document.Brush())) pen.shape = ShapeOf(stroke);

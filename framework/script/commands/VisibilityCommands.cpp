@@ -122,7 +122,7 @@ FaceChoice OfNumbers(const LevelMesh& level, const std::vector<std::array<uint64
         if (count > level.faceCount - first) {
             throw FieldFault(pointer + "/1",
                              "there are only " + std::to_string(level.faceCount - first) +
-                                 " faces from number " + std::to_string(first) + " on");
+                                 " faces from face " + std::to_string(first) + " to the end");
         }
         std::fill_n(chosen.begin() + first, count, uint8_t{1});
     }
@@ -167,7 +167,7 @@ void Change(CommandContext& context, const FaceParameters& choice) {
     if (std::find(chosen.begin(), chosen.end(), 1) == chosen.end())
         context.Warn("no face is selected; nothing is hidden or shown");
     else if (!context.document.ChangeVisibility(change, chosen))
-        context.Warn("no face changes its visibility");
+        context.Warn("the faces already have this visibility; nothing is hidden or shown");
     WarnIfAllHidden(context);
 }
 
