@@ -71,8 +71,8 @@ public:
     /// now; the next call applies them first. DrawMode::FromCenter and AcrossPoints move one copy
     /// and ignore the budget.
     bool Add(const std::vector<PathSample>& samples, Budget budget);
-    /// Applies dabs that remain from Add. \return whether dabs remain. \throw the exceptions of
-    /// Add.
+    /// Applies dabs that remain from Add or Release. \return whether dabs remain. \throw the
+    /// exceptions of Add.
     bool Continue(Budget budget);
     /// Reports that the pen is still at its last position at this time, in the seconds of the
     /// samples; equivalent to adding the last sample again with this time. Does nothing before the
@@ -82,6 +82,10 @@ public:
     void Tick(double time);
     /// Applies the remaining dabs after the last sample.
     void Release();
+    /// Releases the stroke, which then accepts no samples, and applies dabs within a time budget.
+    /// \return whether dabs remain; Continue applies them. Until they are applied, the stroke can
+    /// be abandoned.
+    bool Release(Budget budget);
     /// Restores the surface bit-exactly to its state before the stroke and discards the samples.
     /// The stroke accepts nothing afterwards.
     void Abandon();
@@ -100,6 +104,7 @@ public:
 private:
     void Pass(const std::vector<PathSample>& clean);
     bool Apply(const std::vector<PathSample>& samples, PathDabs::Deadline deadline);
+    bool FinishRelease(PathDabs::Deadline deadline);
 
     StrokeLoop& loop;
     LiveStrokeSettings settings;
@@ -112,6 +117,8 @@ private:
     PathSteps steps;
     PathDabs dabs;
     ImprintStroke imprint;
+    /// No samples follow; dabs may remain.
+    bool isReleased = false;
     bool isOver = false;
 };
 
