@@ -70,6 +70,8 @@ struct JournalStep {
     /// Whether the step ended before the journal did, and whether it ended with an error.
     bool isOver = false;
     bool failed = false;
+    /// Whether the step was cancelled; `failed` is then false.
+    bool cancelled = false;
 };
 
 /// A scene that was saved before one of the steps.
@@ -98,6 +100,15 @@ struct JournalContent {
 /// \param untilDamage  reads the part before the first damage, which is noted, instead of throwing.
 /// \throw HostError "FILE: byte N: reason".
 TROVIK_API JournalContent ReadJournal(const std::string& path, bool untilDamage = false);
+
+/// Path of the copy of a journal's source file that is made when a save replaces that file; see
+/// JournalOptions::isInteractive. \param source  JournalBase::source.
+TROVIK_API std::string KeptSourceOf(const std::string& journalPath, const std::string& source);
+
+/// Whether the steps from this one on can be repeated from a scene that was saved before it: a
+/// scene has no undo history, so none of them may undo or redo a step from before it. May return
+/// false although the steps can be repeated, but not the reverse.
+TROVIK_API bool CanStartAt(const JournalContent& content, std::size_t step);
 
 /// A step as shown in lists: "step", "dabs", "vertices", "undoBytes", "finished".
 TROVIK_API nlohmann::json SummaryOf(const JournalStep& step);

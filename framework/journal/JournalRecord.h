@@ -58,12 +58,15 @@ struct DabMark {
 
 struct StepEnd {
     uint32_t dabs;
-    /// 1 if the step ended with an error, having done a part of its work. For a stroke, 1 if it was
-    /// broken off; see StrokeInputListener::OnStrokeEnded.
+    /// 1 if the step ended with an error, having done a part of its work; 2 if it was cancelled,
+    /// having changed nothing apart from its dabs. For a stroke, 1 if it was broken off; see
+    /// StrokeInputListener::OnStrokeEnded.
     uint32_t failed;
     uint64_t vertices;
     /// Size of the undo step; 0 if there is none.
     uint64_t undoBytes;
+
+    static constexpr uint32_t cancelled = 2;
 };
 
 struct StrokeStart {
