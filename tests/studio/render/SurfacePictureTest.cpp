@@ -4,6 +4,7 @@
 /// A viewport that was given only the changed patches shows the same picture, bit for bit, as one
 /// that was given the whole surface; its buffers hold the same bytes.
 #include "tests/display/PackedLevel.h"
+#include "tests/studio/WaitFor.h"
 #include "tests/studio/render/OffscreenViewport.h"
 
 #include <gtest/gtest.h>
@@ -167,6 +168,19 @@ TEST_F(SurfacePictureTest, DrawsTheWireframeOfBuckets) {
     const QImage lines = viewport.Draw();
     EXPECT_GT(viewport.Renderer().Stats().drawCalls, calls);
     EXPECT_EQ(lines, Fresh());
+
+    // A frame with a limited budget does not wait for the lines.
+    viewport.Renderer().Clear();
+    shown.Do(R"({"level": 0})");
+    shown.Do(R"({"level": 1})");
+    Follow();
+    viewport.frame.uploadBudget = ViewportRenderer::restBudget;
+    QImage drawn = viewport.Draw();
+    EXPECT_TRUE(WaitFor([&] {
+        drawn = viewport.Draw();
+        return !viewport.Renderer().HasPending();
+    }));
+    EXPECT_EQ(drawn, lines);
 }
 
 TEST_F(SurfacePictureTest, CountsItsWork) {
