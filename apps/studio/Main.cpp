@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CommandLine.h"
 #include "StudioApplication.h"
+#include "window/UiWatchdog.h"
 
 #include <QApplication>
+
+#include <cstdio>
+#include <memory>
 
 int main(int argc, char** argv) {
     using namespace trovik::studio;
@@ -14,9 +18,13 @@ int main(int argc, char** argv) {
 
     // Arguments are parsed above, because Qt removes those that it recognises.
     int qtArgumentCount = 1;
-    QApplication application(qtArgumentCount, argv);
-    // The constructor turns on event compression, which drops most pen samples while the window is
-    // busy.
+    // Set to 1 to print how long the UI thread was busy.
+    const bool measuresTimes = qEnvironmentVariableIntValue("TROVIK_UI_TIMES") == 1;
+    const std::unique_ptr<QApplication> application =
+        measuresTimes ? std::make_unique<UiWatchdogApplication>(qtArgumentCount, argv)
+                      : std::make_unique<QApplication>(qtArgumentCount, argv);
+    // The constructor switches compression on, after which a busy window receives few of the
+    // samples of a pen.
     QCoreApplication::setAttribute(Qt::AA_CompressHighFrequencyEvents, false);
     QCoreApplication::setAttribute(Qt::AA_CompressTabletEvents, false);
     QApplication::setApplicationName(QStringLiteral("trovik-studio"));
@@ -26,5 +34,14 @@ int main(int argc, char** argv) {
 
     StudioApplication studio(*commandLine);
     studio.Start();
-    return QApplication::exec();
+    const int result = QApplication::exec();
+    if (const auto* watchdog = qobject_cast<UiWatchdogApplication*>(application.get()))
+        std::fprintf(stderr,
+                     "trovik-studio: longest event %.2f ms (%s), %llu of %llu over %.0f ms\n",
+                     watchdog->Times().longest,
+                     qPrintable(watchdog->Times().longestEvent),
+                     static_cast<unsigned long long>(watchdog->Times().overLimit),
+                     static_cast<unsigned long long>(watchdog->Times().events),
+                     UiWatchdogApplication::limitMilliseconds);
+    return result;
 }

@@ -6,7 +6,7 @@
 #include "commands/Keymap.h"
 #include "commands/Preferences.h"
 #include "commands/SymmetrySetting.h"
-#include "engine/LiveSession.h"
+#include "engine/JournalFolder.h"
 #include "events/EventRecorder.h"
 #include "framework/errors/HostError.h"
 #include "input/TabletTester.h"
@@ -16,7 +16,6 @@
 #include "window/RecoveryDialog.h"
 #include "window/Theme.h"
 
-#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QThreadPool>
@@ -93,6 +92,8 @@ StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line
 }
 
 StudioApplication::~StudioApplication() {
+    // Tasks that read journals post their results to this object.
+    QThreadPool::globalInstance()->waitForDone();
     work.reset();
     recorder.reset();
     // Destroy the window first: its dialogs and panels use the other objects.
@@ -264,7 +265,8 @@ void StudioApplication::WhenOpened() {
     const OpenedDocument& document = engine->Document();
     Camera camera = viewport->View();
     camera.SetView(document.view);
-    const bool isNewView = document.scenePath.empty() && !document.isRecovered;
+    const bool isNewView =
+        document.scenePath.empty() && !document.isRecovered && !document.isFromScript;
     if (isNewView) camera.Frame(document.bounds);
     viewport->SetView(camera);
     // A radius in pixels is suitable for a mesh of any size.
@@ -272,8 +274,22 @@ void StudioApplication::WhenOpened() {
         engine->Run({{"set", {{"radiusPixels", firstRadius * viewport->devicePixelRatioF()}}}});
 }
 
-bool StudioApplication::OfferRecovery() {
-    std::vector<RecoverableWork> works = FindRecoverableWork(StudioFolders::Journals());
+void StudioApplication::FindRecovery() {
+    const QString folder = StudioFolders::Journals();
+    // Reading journals can take long.
+    QThreadPool::globalInstance()->start([this, folder] {
+        auto works = std::make_shared<std::vector<RecoverableWork>>(FindRecoverableWork(folder));
+        RemoveLeftovers(folder.toStdString());
+        QMetaObject::invokeMethod(
+            this,
+            [this, works] {
+                if (!OfferRecovery(std::move(*works))) OpenFirst();
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+bool StudioApplication::OfferRecovery(std::vector<RecoverableWork> works) {
     if (works.empty()) return false;
     RecoveryDialog dialog(works, window.get());
     dialog.exec();
@@ -285,10 +301,10 @@ bool StudioApplication::OfferRecovery() {
         return true;
     }
     if (dialog.Chosen() != RecoveryDialog::Choice::Discard) return false;
-    const std::string journal = dialog.Journal().toStdString();
-    QFile::remove(dialog.Journal());
-    QFile::remove(QString::fromStdString(PicturePathOf(journal)));
-    return OfferRecovery();
+    RemoveJournal(dialog.Journal().toStdString());
+    std::erase_if(works,
+                  [&](const RecoverableWork& one) { return one.journalPath == dialog.Journal(); });
+    return OfferRecovery(std::move(works));
 }
 
 void StudioApplication::StorePicture() {
@@ -306,24 +322,27 @@ void StudioApplication::StorePicture() {
     });
 }
 
+bool StudioApplication::MayAsk() const {
+    return !commandLine.quits && commandLine.events.empty() && !commandLine.hasNoJournal;
+}
+
 void StudioApplication::OpenFirst() {
-    // Recovery is offered before a file is opened, because the work may have started from that
-    // file.
-    const bool mayAsk =
-        !commandLine.quits && commandLine.events.empty() && !commandLine.hasNoJournal;
-    if (mayAsk && OfferRecovery()) return;
     if (!commandLine.file.empty()) {
         window->Files().Open(
             QFileInfo(QString::fromStdString(commandLine.file)).absoluteFilePath());
         return;
     }
     window->Files().OpenPrimitive(Primitive::Sphere, firstSegments, firstLevels);
-    if (mayAsk) window->ShowWelcome();
+    if (MayAsk()) window->ShowWelcome();
 }
 
 void StudioApplication::Start() {
     window->show();
-    OpenFirst();
+    // Before a file is opened that the work may have started from.
+    if (MayAsk())
+        FindRecovery();
+    else
+        OpenFirst();
 }
 
 }  // namespace trovik::studio

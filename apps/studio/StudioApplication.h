@@ -12,6 +12,7 @@
 #include <QTimer>
 
 #include <memory>
+#include <vector>
 
 namespace trovik::studio {
 
@@ -20,6 +21,7 @@ class EventRecorder;
 class Keymap;
 class MainWindow;
 class Preferences;
+struct RecoverableWork;
 class ViewportInput;
 class ViewportWidget;
 
@@ -55,8 +57,13 @@ private:
     void PlayEvents();
     void ApplyPreferences();
     void ShowSymmetry();
+    /// Whether there is a user to ask at the start.
+    bool MayAsk() const;
+    /// Looks for unfinished work, removes what is left of finished work, and goes on with
+    /// OfferRecovery and OpenFirst.
+    void FindRecovery();
     /// \return whether the user chose to recover work.
-    bool OfferRecovery();
+    bool OfferRecovery(std::vector<RecoverableWork> works);
     void OpenFirst();
     /// Stores an image of the document next to its journal.
     void StorePicture();

@@ -158,6 +158,8 @@ public:
     bool JumpTo(std::size_t position);
     /// Deletes all undo steps.
     void ClearHistory();
+    /// Deletes the steps that could be redone.
+    void DropUndone();
     std::size_t HistoryPosition() const { return geometry->History().Position(); }
     /// Adds an undo step for a change that has already been made to the geometry, and updates
     /// everything that depends on the surface. Does nothing if the step is null.

@@ -124,6 +124,12 @@ void Document::ClearHistory() {
     NotifyChanges();
 }
 
+void Document::DropUndone() {
+    RequireNoStroke("change the history");
+    geometry->History().DropUndone();
+    NotifyChanges();
+}
+
 void Document::Push(std::unique_ptr<UndoStep> step, bool join) {
     if (step == nullptr) return;
     try {

@@ -58,7 +58,7 @@ DocumentStroke::DocumentStroke(Document& edited)
     : DocumentStroke(edited, PenStrokeOptions::Interactive()) {}
 
 DocumentStroke::DocumentStroke(Document& edited, const PenStrokeOptions& options)
-    : document(edited) {
+    : document(edited), mirrorPoll(options.mirrorPoll) {
     const auto begin = [&] {
         live.emplace(document.Loop(),
                      document.Geometry(),
@@ -113,7 +113,10 @@ bool DocumentStroke::Add(const std::vector<PathSample>& samples, LiveStroke::Bud
 
 bool DocumentStroke::Continue(LiveStroke::Budget budget) {
     bool remain = false;
-    Do([&] { remain = live->Continue(budget); });
+    Do([&] {
+        remain = live->Continue(budget);
+        if (isReleased && !remain) End();
+    });
     return remain;
 }
 
@@ -124,9 +127,23 @@ void DocumentStroke::Tick(double time) {
 void DocumentStroke::Release() {
     Do([&] {
         live->Release();
-        isOver = true;
-        document.Loop().End();
+        End();
     });
+}
+
+bool DocumentStroke::Release(LiveStroke::Budget budget) {
+    bool remain = false;
+    Do([&] {
+        isReleased = true;
+        remain = live->Release(budget);
+        if (!remain) End();
+    });
+    return remain;
+}
+
+void DocumentStroke::End() {
+    isOver = true;
+    document.Loop().End(mirrorPoll);
 }
 
 void DocumentStroke::Abandon() {

@@ -34,6 +34,9 @@ struct TROVIK_API PenStrokeOptions {
     /// Called regularly while the path is traversed, whether or not dabs are applied. An exception,
     /// such as Cancelled, ends the stroke at that point.
     std::function<void()> poll;
+    /// Called after the last dab of the path for each dab of mirrored sides that are applied in
+    /// additional strokes; see StrokeLoop::End. An exception skips the remaining ones.
+    std::function<void()> mirrorPoll;
 
     /// Options for live pen input, where dabs have to follow the pen closely. `limits.lateTime` is
     /// 0, because window systems deliver samples in order; the delay is then 4 samples (30 ms at
@@ -91,6 +94,10 @@ public:
     void Tick(double time);
     /// Applies the remaining dabs and ends the stroke.
     void Release();
+    /// Releases the stroke within a time budget: no samples are accepted afterwards. \return
+    /// whether dabs remain. Continue applies them, and the call that applies the last one ends the
+    /// stroke. Until then, Abandon reverts the stroke.
+    bool Release(LiveStroke::Budget budget);
     /// Ends the stroke and restores the surface bit-exactly, without an undo step.
     void Abandon();
 
@@ -104,10 +111,13 @@ private:
     void Do(Work work);
     /// Whether this is the document's open stroke.
     bool IsOpen() const;
+    void End();
 
     Document& document;
     std::optional<LiveStroke> live;
+    std::function<void()> mirrorPoll;
     uint64_t number = 0;
+    bool isReleased = false;
     bool isOver = false;
 };
 

@@ -22,7 +22,7 @@ UndoHistory::UndoHistory(uint64_t budgetBytes)
 UndoHistory::~UndoHistory() = default;
 
 void UndoHistory::Push(std::unique_ptr<UndoStep> step) {
-    while (steps.size() > done) DropLast();
+    DropUndone();
     if (std::exchange(joinNext, false)) step->joinPrevious = true;
     if (done == 0) step->joinPrevious = false;
     steps.push_back({keeper->Add(std::move(step)), false});
@@ -122,6 +122,11 @@ const UndoStep& UndoHistory::Shell(std::size_t index) const {
 void UndoHistory::DropLast() {
     keeper->Drop(steps.back().record);
     steps.pop_back();
+}
+
+void UndoHistory::DropUndone() {
+    while (steps.size() > done) DropLast();
+    std::erase_if(opened, [this](std::size_t index) { return index >= done; });
 }
 
 void UndoHistory::DropFirst() {

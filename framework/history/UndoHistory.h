@@ -91,6 +91,8 @@ public:
     bool Undo(LevelGeometry& geometry);
     bool Redo(LevelGeometry& geometry);
     void Clear();
+    /// Drops the steps that could be redone.
+    void DropUndone();
     void SetBudget(uint64_t bytes);
     uint64_t Budget() const { return budget; }
     void SetKeeping(const UndoKeeping& newKeeping) { keeping = newKeeping; }

@@ -86,7 +86,20 @@ void Journal::Guarded(const Write& write) {
 
 void Journal::GiveUp(const std::string& reason) {
     problem = reason + "; the journal ends here, and the work continues without it";
+    failure = reason;
     writer.reset();
+}
+
+bool Journal::Resume(const JournalBase& base) {
+    inStep = false;
+    try {
+        Start(base);
+    } catch (const HostError&) {
+        return false;
+    }
+    problem.clear();
+    failure.clear();
+    return true;
 }
 
 void Journal::BeginStep(const nlohmann::json& json) {
@@ -122,6 +135,7 @@ void Journal::End(RecordKind kind, JournalStep& ended, StepEnd end, const std::s
     Guarded([&] {
         std::string content(reinterpret_cast<const char*>(&end), sizeof end);
         writer->Append(kind, content + label);
+        writer->RequireInPlace();
         if (options.syncSteps)
             writer->Sync();
         else
@@ -206,6 +220,10 @@ void Journal::Close() {
         writer->Sync();
         writer.reset();
     });
+}
+
+void Journal::RequireFile() {
+    Guarded([&] { writer->RequireInPlace(); });
 }
 
 std::string Journal::TakeProblem() {

@@ -18,6 +18,10 @@ struct JournalOptions {
     /// the machine crashes. Without this option, the journal survives a crash of the process but
     /// not of the machine.
     bool syncSteps = false;
+    /// For programs that continue after saves and cancelled steps. The journal then continues after
+    /// a save instead of restarting from the scene, so that undoing work from before the save is
+    /// recorded as a step, and cancelled steps are recorded as ended.
+    bool isInteractive = false;
 };
 
 /// Records the inputs of all steps and strokes as they occur, so that RecoverJournal can replay
@@ -73,10 +77,20 @@ public:
 
     /// Ends the journal because the caller cannot record its work; see TakeProblem.
     void GiveUp(const std::string& reason);
+    /// Continues a journal that ended early from a base that contains all work so far. Must not be
+    /// called within a step or stroke. The file of the old journal stays until the new one replaces
+    /// it. \return whether the journal is being written again.
+    bool Resume(const JournalBase& base);
 
     bool IsInStep() const { return inStep; }
+    bool IsInteractive() const { return options.isInteractive; }
     /// Whether the journal is still being written.
     bool IsAlive() const { return writer != nullptr; }
+    /// Why the journal is not being written, in one line; empty while it is, and after Close.
+    const std::string& Failure() const { return failure; }
+    /// Ends the journal if its file was removed or replaced: records would be lost with it. Each
+    /// end of a step and a stroke checks this, too. Cost: one system call.
+    void RequireFile();
     const std::string& Path() const { return options.path; }
     /// Returns the reason why the journal ended early, as one line, and clears it; empty if there
     /// is nothing to report.
@@ -96,6 +110,7 @@ private:
     bool inStep = false;
     nlohmann::json past = nlohmann::json::array();
     std::string problem;
+    std::string failure;
 };
 
 }  // namespace trovik

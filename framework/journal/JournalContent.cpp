@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <filesystem>
 
 namespace trovik {
 
@@ -175,7 +176,8 @@ private:
             Refuse("a step has the wrong number of dabs");
         step.isOver = true;
         step.endsStroke = ofStroke;
-        step.failed = end.failed != 0;
+        step.cancelled = !ofStroke && end.failed == StepEnd::cancelled;
+        step.failed = end.failed != 0 && !step.cancelled;
         step.vertices = end.vertices;
         step.undoBytes = end.undoBytes;
         inStep = false;
@@ -304,12 +306,43 @@ JournalContent ReadJournal(const std::string& path, bool untilDamage) {
     return content;
 }
 
+std::string KeptSourceOf(const std::string& journalPath, const std::string& source) {
+    return journalPath + ".base" + std::filesystem::path(source).extension().string();
+}
+
+// A step that pushed several undo steps counts as one, so a position may be rejected needlessly,
+// but never accepted wrongly.
+bool CanStartAt(const JournalContent& content, std::size_t step) {
+    int64_t undoable = 0, redoable = 0;
+    for (; step < content.steps.size(); ++step) {
+        const JournalStep& next = content.steps[step];
+        const auto count = [&](const char* command) -> int64_t {
+            if (!next.step.is_object() || !next.step.contains(command)) return 0;
+            const json& times = next.step.at(command);
+            return times.is_number_integer() ? times.get<int64_t>() : 1;
+        };
+        const int64_t undone = count("undo"), redone = count("redo");
+        if ((undone != 0 || redone != 0) && next.failed) return false;
+        if (undone > undoable) return false;
+        undoable -= undone;
+        redoable += undone;
+        if (redone > redoable) return false;
+        redoable -= redone;
+        undoable += redone;
+        if (next.step.is_object() && next.step.contains("reset")) undoable = redoable = 0;
+        if (next.undoBytes == 0 || undone != 0 || redone != 0) continue;
+        ++undoable;
+        redoable = 0;
+    }
+    return true;
+}
+
 json SummaryOf(const JournalStep& step) {
     return {{"step", LabelOf(step)},
             {"dabs", step.dabs},
             {"vertices", step.vertices},
             {"undoBytes", step.undoBytes},
-            {"finished", step.isOver && !step.failed}};
+            {"finished", step.isOver && !step.failed && !step.cancelled}};
 }
 
 }  // namespace trovik

@@ -71,6 +71,8 @@ struct JournalStep {
     /// Whether the step is complete, and whether it ended with an error.
     bool isOver = false;
     bool failed = false;
+    /// Whether the step was cancelled; `failed` is then false.
+    bool cancelled = false;
 };
 
 /// A scene that was saved, and the step before which it was saved.
@@ -100,6 +102,15 @@ struct JournalContent {
 /// instead of throwing.
 /// \throw HostError "FILE: byte N: reason".
 TROVIK_API JournalContent ReadJournal(const std::string& path, bool untilDamage = false);
+
+/// Path of the copy of a journal's source file that is made when a save replaces that file; see
+/// JournalOptions::isInteractive. \param source  JournalBase::source.
+TROVIK_API std::string KeptSourceOf(const std::string& journalPath, const std::string& source);
+
+/// Whether the steps from this one on can be repeated from a scene that was saved before it: a
+/// scene has no undo history, so none of them may undo or redo a step from before it. May return
+/// false although the steps can be repeated, but not the reverse.
+TROVIK_API bool CanStartAt(const JournalContent& content, std::size_t step);
 
 /// Returns a summary of a step for lists, with the fields "step", "dabs", "vertices", "undoBytes"
 /// and "finished".

@@ -59,12 +59,15 @@ struct DabMark {
 
 struct StepEnd {
     uint32_t dabs;
-    /// 1 if the step ended with an error after some of its work was done. For a stroke, 1 if it was
-    /// cancelled or failed; see StrokeInputListener::OnStrokeEnded.
+    /// 1 if the step ended with an error after some of its work was done; 2 if it was cancelled and
+    /// changed nothing except by its dabs. For a stroke, 1 if it was cancelled or failed; see
+    /// StrokeInputListener::OnStrokeEnded.
     uint32_t failed;
     uint64_t vertices;
     /// Size of the undo step; 0 if there is none.
     uint64_t undoBytes;
+
+    static constexpr uint32_t cancelled = 2;
 };
 
 struct StrokeStart {

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/stat.h>
 
 namespace trovik {
 
@@ -68,6 +69,15 @@ void JournalWriter::Sync() {
     Flush();
     if (DiskCalls::Current().Sync(file) != 0 && errno != EINVAL && errno != EROFS)
         ThrowFileError("write", path, errno);
+}
+
+void JournalWriter::RequireInPlace() const {
+    struct stat own {};
+    struct stat there {};
+    if (::fstat(file, &own) != 0) ThrowFileError("write", path, errno);
+    if (::stat(path.c_str(), &there) != 0) ThrowFileError("write", path, errno);
+    if (own.st_ino != there.st_ino || own.st_dev != there.st_dev)
+        throw HostError("cannot write " + path + ": another file has replaced it");
 }
 
 void JournalWriter::PutInPlace(bool mayReplace) {

@@ -41,6 +41,8 @@ public:
     void Flush();
     /// Calls Flush and waits for the disk. After that, the records survive a crash of the machine.
     void Sync();
+    /// \throw HostError if the path no longer refers to the file that this object writes.
+    void RequireInPlace() const;
     /// Calls Sync and renames the journal to its path. Call it once. \param mayReplace  whether an
     /// existing file may be replaced; otherwise, the call fails if there is one.
     void PutInPlace(bool mayReplace);

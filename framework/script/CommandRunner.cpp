@@ -76,6 +76,7 @@ void CommandRunner::Do(const FieldReader& step) {
         step.Fail(text);
     } catch (const Cancelled&) {
         // The step did not fail: it is unfinished, as after a crash.
+        if (isJournaled) journal->CancelStep();
         throw;
     } catch (...) {
         end(true);
@@ -136,11 +137,22 @@ void CommandRunner::ReportProblems() {
     const ScriptProgress& progress = context.progress;
     const std::string ofHistory = context.document.TakeHistoryProblem();
     if (!ofHistory.empty() && progress.message) progress.message(ofHistory);
-    const std::string ofJournal = journal == nullptr ? std::string() : journal->TakeProblem();
+    if (journal == nullptr || journal->GetJournal().IsInteractive()) return;
+    const std::string ofJournal = journal->TakeProblem();
     if (ofJournal.empty()) return;
     const auto& warn = progress.warning ? progress.warning : progress.message;
     if (warn) warn(ofJournal);
     context.document.ReportProblem(ofJournal);
+}
+
+void CommandRunner::ResumeJournal() {
+    if (journal != nullptr) journal->Resume(context.Job());
+}
+
+std::string CommandRunner::JournalFailure() {
+    if (journal == nullptr) return {};
+    journal->RequireFile();
+    return journal->GetJournal().Failure();
 }
 
 void CommandRunner::Close() {

@@ -64,6 +64,12 @@ public:
                const std::function<void(const std::function<void()>&)>& report);
     /// Passes history and journal errors to the progress receiver and to the document's observers.
     void ReportProblems();
+    /// Why the journal is not being written, in one line; empty while it is, and if none is kept.
+    /// Checks whether the file of the journal still exists. ReportProblems does not report the
+    /// failure of an interactive journal, because the program can call this at any time.
+    std::string JournalFailure();
+    /// See JournalRecorder::Resume. Has no effect if the journal is being written, or none is kept.
+    void ResumeJournal();
     /// Finishes the work: ends an open stroke and the journal.
     void Close();
 

@@ -4,12 +4,12 @@
 #include "framework/brushes/BrushSettings.h"
 #include "framework/brushes/StampFiles.h"
 #include "framework/errors/HostError.h"
-#include "framework/nodes/PreferenceFile.h"
 #include "framework/script/Command.h"
 
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <utility>
 
 namespace trovik {
 
@@ -17,51 +17,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Setup fields on which the steps depend and that a scene does not contain.
-constexpr const char* setupNotInScene[] = {
-    "preferences", "testMode", "memoryLimit", "undoBudget", "renderers"};
-
-std::string Absolute(const std::string& path) {
-    std::error_code failed;
-    const fs::path absolute = fs::absolute(path, failed);
-    return failed ? path : absolute.lexically_normal().string();
-}
-
-/// All current preferences, because they may differ when the journal is replayed.
-nlohmann::json PresentPreferences() {
-    nlohmann::json values = nlohmann::json::object();
-    for (const std::string& key : PreferenceKeys()) {
-        const std::string text = FindPreference(key)->AsString().toStdString();
-        const nlohmann::json value = nlohmann::json::parse(text, nullptr, false);
-        if (value.is_boolean() || value.is_number()) values[key] = value;
-    }
-    return values;
-}
-
-std::string ProgramName() { return std::string("trovik ") + TROVIK_VERSION; }
-
 std::array<float, 3> Three(const Vector& v) { return {v.x, v.y, v.z}; }
 
 }  // namespace
-
-JournalBase JournalRecorder::MakeBase(Document& document,
-                                      const nlohmann::json& setup,
-                                      const std::string& script,
-                                      const ScriptFiles& files,
-                                      JobControl* job) {
-    JournalBase base;
-    base.output = Absolute(files.OutputFolder());
-    base.outsideAllowed = files.IsOutsideAllowed();
-    base.program = ProgramName();
-    base.script = Absolute(script);
-    base.source = Absolute(document.MeshPath());
-    base.content = HashFile(base.source, job);
-    base.setup = setup;
-    base.setup.erase("steps");
-    base.setup[setup.contains("scene") ? "scene" : "mesh"] = base.source;
-    base.setup["preferences"] = PresentPreferences();
-    return base;
-}
 
 JournalRecorder::JournalRecorder(const JournalOptions& options,
                                  Document& edited,
@@ -73,7 +31,11 @@ JournalRecorder::JournalRecorder(const JournalOptions& options,
       setup(scriptSetup),
       script(scriptPath),
       files(scriptFiles),
-      journal(options, MakeBase(edited, scriptSetup, scriptPath, scriptFiles, job)) {
+      journal(options, MakeBase(edited, scriptSetup, scriptPath, scriptFiles, job)),
+      source(Absolute(edited.MeshPath())) {
+    // Left by an earlier journal with this name, which was closed.
+    std::error_code ignored;
+    fs::remove(KeptSourceOf(journal.Path(), source), ignored);
     document.SetJournal(this);
     MarkHistory();
 }
@@ -91,14 +53,17 @@ void JournalRecorder::BeginStep(const nlohmann::json& step) {
     historyBefore = document.Geometry().History().Position();
     undoes = false;
     redoes = false;
+    int commands = 0;
     nlohmann::json whole;
     for (const CommandEntry& entry : Commands()) {
         if (!step.contains(entry.traits.name)) continue;
+        ++commands;
         undoes = undoes || entry.traits.history == HistoryUse::Undo;
         redoes = redoes || entry.traits.history == HistoryUse::Redo;
         for (const CommandInput& input : entry.traits.inputs)
             NoteInput(step, entry.traits.name, input, whole);
     }
+    isCompound = commands > 1;
     journal.BeginStep(whole.is_null() ? step : whole);
 }
 
@@ -145,6 +110,19 @@ void JournalRecorder::EndStep(bool failed) {
         journal.EndStep(Ended(failed), history.NextLabel());
 }
 
+// A cancelled command has changed nothing except by its dabs, which recovery repeats. The commands
+// before it in the same step, and the additional strokes of mirrored sides, are not repeated.
+void JournalRecorder::CancelStep() {
+    if (!journal.IsInteractive()) return;
+    StepEnd end = Ended(false);
+    end.failed = StepEnd::cancelled;
+    const std::string& label = document.Geometry().History().NextLabel();
+    if (isCompound || document.Settings().mirrorMaps.size() > 1)
+        EndStepBySnapshot(end, label);
+    else
+        journal.EndStep(end, label);
+}
+
 bool JournalRecorder::LeftItsHistory() const {
     if (redoes && redoFromBefore) return true;
     if (!undoes || newestAtStart == nullptr) return false;
@@ -152,67 +130,6 @@ bool JournalRecorder::LeftItsHistory() const {
     for (std::size_t i = history.Position(); i < history.StepCount(); ++i)
         if (&history.Shell(i) == newestAtStart) return true;
     return false;
-}
-
-JournalBase JournalRecorder::BaseFrom(const JournalFile& scene) {
-    nlohmann::json reduced = nlohmann::json::object();
-    for (const char* field : setupNotInScene)
-        if (setup.contains(field)) reduced[field] = setup.at(field);
-    reduced["scene"] = scene.path;
-    reduced["preferences"] = PresentPreferences();
-    setup = reduced;
-    return {Absolute(script),
-            setup,
-            scene.path,
-            scene.content,
-            ProgramName(),
-            {},
-            Absolute(files.OutputFolder()),
-            files.IsOutsideAllowed()};
-}
-
-void JournalRecorder::ForgetPreviousJournal() {
-    recordedFiles.clear();
-    MarkHistory();
-}
-
-void JournalRecorder::OnSceneWritten(const std::string& scenePath,
-                                     const std::string& temporaryPath,
-                                     JobControl* job) {
-    if (!journal.IsAlive()) return;
-    saved = {Absolute(scenePath), HashFile(temporaryPath, job)};
-    journal.Saved(saved);
-}
-
-// No matter when the process ends, everything can be restored, either from the old scene with the
-// old journal or from the new scene with either journal.
-void JournalRecorder::OnSaved(const std::string&) {
-    if (!journal.IsAlive()) return;
-    journal.RestartFrom(BaseFrom(saved));
-    ForgetPreviousJournal();
-    if (snapshot.empty() || !journal.IsAlive()) return;
-    std::error_code ignored;
-    fs::remove(snapshot, ignored);
-    snapshot.clear();
-}
-
-void JournalRecorder::EndStepBySnapshot(const StepEnd& end, const std::string& label) {
-    const std::string before = snapshot;
-    JournalFile scene{Absolute(journal.Path() + "." + std::to_string(++snapshots) + ".trovik"), {}};
-    try {
-        if (journal.IsAlive()) {
-            document.WriteScene(scene.path);
-            scene.content = HashFile(scene.path);
-            snapshot = scene.path;
-        }
-    } catch (const HostError& error) {
-        journal.GiveUp(error.what());
-    }
-    journal.EndStepAndRestart(end, label, BaseFrom(scene));
-    ForgetPreviousJournal();
-    if (before.empty() || before == snapshot || !journal.IsAlive()) return;
-    std::error_code ignored;
-    fs::remove(before, ignored);
 }
 
 void JournalRecorder::Close() { journal.Close(); }

@@ -37,8 +37,17 @@ public:
     /// save, cannot be replayed from the journal's base. In that case the scene is written next to
     /// the journal, and the journal restarts from that scene.
     void EndStep(bool failed);
+    /// Records that the step was cancelled. Without JournalOptions::isInteractive, the step stays
+    /// unfinished, as after a crash.
+    void CancelStep();
     void Close();
     std::string TakeProblem() { return journal.TakeProblem(); }
+    const Journal& GetJournal() const { return journal; }
+    void RequireFile() { journal.RequireFile(); }
+    /// Continues a journal that ended early: writes the scene next to it, and restarts it from that
+    /// scene. \throw HostError while a stroke is open, and if a file cannot be written; Cancelled.
+    /// In these cases nothing has changed.
+    void Resume(JobControl* job);
 
 private:
     void OnStrokeBegun(BrushOperation::Modifier modifier, uint64_t seed) override;
@@ -51,6 +60,8 @@ private:
                         JobControl* job) override;
     void OnSaved(const std::string& scenePath) override;
 
+    /// The path itself if the working folder does not exist.
+    static std::string Absolute(const std::string& path);
     static JournalBase MakeBase(Document& document,
                                 const nlohmann::json& setup,
                                 const std::string& script,
@@ -65,6 +76,10 @@ private:
     StepEnd Ended(bool failed) const;
     /// The base of a journal that continues from this scene.
     JournalBase BaseFrom(const JournalFile& scene);
+    /// Keeps the file that the journal starts from if a scene is about to replace it.
+    void KeepSource(const std::string& scenePath);
+    JournalFile WriteSnapshot(JobControl* job);
+    void RemoveOlderSnapshot(const std::string& before);
     /// Resets the state that refers to the previous journal.
     void ForgetPreviousJournal();
     void MarkHistory();
@@ -77,11 +92,18 @@ private:
     std::string script;
     const ScriptFiles& files;
     Journal journal;
+    /// The file that the journal starts from, the copy of it that a save made necessary, and
+    /// whether that copy could not be made.
+    std::string source;
+    std::string keptSource;
+    bool losesSource = false;
     StrokeTotals totalsBefore;
     std::size_t historyBefore = 0;
     /// Whether the current step contains an undo command, and whether it contains a redo command.
     bool undoes = false;
     bool redoes = false;
+    /// Whether the current step consists of several commands.
+    bool isCompound = false;
     std::vector<std::string> recordedFiles;
     /// The newest undo step when the journal started; null if there was none.
     const UndoStep* newestAtStart = nullptr;

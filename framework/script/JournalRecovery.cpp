@@ -108,13 +108,19 @@ private:
 
     /// Determines where the replay can start. \return the index of the first step to replay.
     std::size_t ChooseStart() {
-        // If nothing followed a save, the scene already contains all the work.
+        // The fewer steps follow a save, the less has to be repeated.
         const auto& saves = content.saves;
-        if (!saves.empty() && saves.back().stepsBefore == content.steps.size() &&
-            HasExpectedContent(saves.back().scene, options.progress.job))
-            return StartFrom(saves.back());
-        if (HasExpectedContent({content.base.source, content.base.content}, options.progress.job))
+        for (auto save = saves.rbegin(); save != saves.rend(); ++save)
+            if (CanStartAt(content, save->stepsBefore) &&
+                HasExpectedContent(save->scene, options.progress.job))
+                return StartFrom(*save);
+        for (const std::string& source :
+             {content.base.source, KeptSourceOf(path, content.base.source)}) {
+            if (!HasExpectedContent({source, content.base.content}, options.progress.job)) continue;
+            nlohmann::json& setup = content.base.setup;
+            setup[setup.contains("scene") ? "scene" : "mesh"] = source;
             return 0;
+        }
         for (auto save = saves.rbegin(); save != saves.rend(); ++save)
             if (HasExpectedContent(save->scene, options.progress.job)) return StartFrom(*save);
         Fail("the source file of the work, " + content.base.source +
@@ -149,21 +155,36 @@ private:
         return script;
     }
 
+    /// A cancelled stroke without dabs has nevertheless been counted, and has ended the open
+    /// stroke.
+    void SkipCancelled() {
+        if (!step->step.contains("stroke")) return;
+        Document& document = work.runner->GetDocument();
+        if (!step->step.at("stroke").value("continue", false)) ++document.Settings().strokesBegun;
+        document.Loop().Break();
+    }
+
     void RedoStep(std::size_t number) {
+        if (step->cancelled && step->dabs == 0) {
+            SkipCancelled();
+            return;
+        }
         if (!step->isOver && step->dabs == 0) {
             work.notes.push_back(path + ": the last step, \"" + Name(*step) +
                                  "\", was not finished and is skipped");
             return;
         }
         counter.count = 0;
-        counter.limit = step->isOver ? std::numeric_limits<uint32_t>::max() : step->dabs;
+        const bool isWhole = step->isOver && !step->cancelled;
+        counter.limit = isWhole ? std::numeric_limits<uint32_t>::max() : step->dabs;
         bool failed = false;
         try {
             work.runner->Do(step->step, number);
         } catch (const EndOfJournal&) {
-            work.notes.push_back(path +
-                                 ": the last stroke ends after its last complete dab, number " +
-                                 std::to_string(step->dabs));
+            if (!step->cancelled)
+                work.notes.push_back(path +
+                                     ": the last stroke ends after its last complete dab, number " +
+                                     std::to_string(step->dabs));
         } catch (const HostError& error) {
             if (!step->failed) Fail("byte " + std::to_string(step->byte) + ": " + error.what());
             failed = true;

@@ -73,6 +73,8 @@ public:
     void Save(const std::string& scenePath) { document->Save(scenePath); }
     /// Finishes the work: ends an open stroke and the journal.
     void Close() { commands->Close(); }
+    /// Runs the document's commands; valid after Open.
+    CommandRunner& Runner() { return *commands; }
     /// The opened document. Between steps, strokes may be applied with its loop; they are
     /// journaled. All other changes must be made by steps.
     Document& GetDocument() { return *document; }

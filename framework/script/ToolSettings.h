@@ -24,6 +24,8 @@ struct ToolSetting {
     /// The accepted range, with the keywords of a JSON schema: "minimum", "exclusiveMinimum",
     /// "maximum", "exclusiveMaximum", "choices", and "type". Empty for a setting without limits.
     nlohmann::json range;
+
+    bool operator==(const ToolSetting&) const = default;
 };
 
 /// Names of the values of the stamp setting "positioning", in the order of StampPositioning.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/strokes/LiveStroke.h"
 
+#include <utility>
+
 namespace trovik {
 
 LiveStroke::LiveStroke(StrokeLoop& strokeLoop,
@@ -47,6 +49,7 @@ bool LiveStroke::Continue(Budget budget) {
 bool LiveStroke::Apply(const std::vector<PathSample>& samples, PathDabs::Deadline deadline) {
     if (isOver) return false;
     try {
+        if (isReleased) return FinishRelease(deadline);
         Take(samples);
         if (settings.mode == DrawMode::AlongPath) return !dabs.Advance(deadline);
         if (samples.empty()) return false;
@@ -60,7 +63,7 @@ bool LiveStroke::Apply(const std::vector<PathSample>& samples, PathDabs::Deadlin
 }
 
 void LiveStroke::Tick(double time) {
-    if (taken.empty() || !(time > taken.back().time)) return;
+    if (isReleased || taken.empty() || !(time > taken.back().time)) return;
     // In the other modes, time has no effect: placing the copy again would give the same result.
     if (settings.mode != DrawMode::AlongPath) return;
     PathSample sample = taken.back();
@@ -69,7 +72,7 @@ void LiveStroke::Tick(double time) {
 }
 
 void LiveStroke::Take(const std::vector<PathSample>& samples) {
-    if (isOver) return;
+    if (isOver || isReleased) return;
     for (const PathSample& sample : samples) {
         if (settings.mode == DrawMode::AlongPath)
             steps.Add(sample);
@@ -87,17 +90,41 @@ void LiveStroke::Pass(const std::vector<PathSample>& clean) {
 
 void LiveStroke::Release() {
     if (isOver) return;
-    isOver = true;
-    if (settings.mode == DrawMode::AlongPath) {
-        if (settings.isFiltered) Pass(filter.Finish());
-        for (const PathSample& sample : shaper.Finish()) dabs.Add(sample);
-        dabs.Finish();
-        return;
+    try {
+        FinishRelease(PathDabs::noDeadline);
+    } catch (...) {
+        isOver = true;
+        throw;
     }
+}
+
+bool LiveStroke::Release(Budget budget) {
+    if (isOver) return false;
+    try {
+        return FinishRelease(std::chrono::steady_clock::now() + budget);
+    } catch (...) {
+        isOver = true;
+        throw;
+    }
+}
+
+/// \return whether dabs remain.
+bool LiveStroke::FinishRelease(PathDabs::Deadline deadline) {
+    const bool isFirst = !std::exchange(isReleased, true);
+    if (settings.mode == DrawMode::AlongPath) {
+        if (isFirst) {
+            if (settings.isFiltered) Pass(filter.Finish());
+            for (const PathSample& sample : shaper.Finish()) dabs.Add(sample);
+        }
+        isOver = dabs.Finish(deadline);
+        return !isOver;
+    }
+    isOver = true;
     const auto clean = settings.isFiltered ? Filtered(taken, settings.limits) : taken;
-    if (clean.empty()) return;
+    if (clean.empty()) return false;
     imprint.Start(clean.front().position);
     imprint.Drag(clean.back());
+    return false;
 }
 
 void LiveStroke::Abandon() {

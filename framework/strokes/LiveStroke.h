@@ -72,7 +72,7 @@ public:
     /// are left over; the next call applies them first. With DrawMode::FromCenter and AcrossPoints,
     /// the budget is ignored, because only one copy is moved.
     bool Add(const std::vector<PathSample>& samples, Budget budget);
-    /// Applies dabs left over from Add. \return whether any dabs are still left over. \throw the
+    /// Applies dabs that remain from Add or Release. \return whether dabs remain. \throw the
     /// exceptions of Add.
     bool Continue(Budget budget);
     /// Reports that the pen is still at its last position at `time`, in seconds on the clock of the
@@ -83,6 +83,10 @@ public:
     void Tick(double time);
     /// Applies the remaining dabs after the last sample.
     void Release();
+    /// Releases the stroke, which then accepts no samples, and applies dabs within a time budget.
+    /// \return whether dabs remain; Continue applies them. Until they are applied, the stroke can
+    /// be abandoned.
+    bool Release(Budget budget);
     /// Restores the surface bit-exactly to its state before the stroke and discards the samples.
     /// The stroke then accepts no further input.
     void Abandon();
@@ -101,6 +105,7 @@ public:
 private:
     void Pass(const std::vector<PathSample>& clean);
     bool Apply(const std::vector<PathSample>& samples, PathDabs::Deadline deadline);
+    bool FinishRelease(PathDabs::Deadline deadline);
 
     StrokeLoop& loop;
     LiveStrokeSettings settings;
@@ -113,6 +118,8 @@ private:
     PathSteps steps;
     PathDabs dabs;
     ImprintStroke imprint;
+    /// No samples follow; dabs may remain.
+    bool isReleased = false;
     bool isOver = false;
 };
 

@@ -42,7 +42,7 @@ PathDabs::PathDabs(StrokeLoop& strokeLoop,
 
 bool PathDabs::Advance(Deadline deadline) { return Go(false, deadline); }
 
-void PathDabs::Finish() { Go(true, noDeadline); }
+bool PathDabs::Finish(Deadline deadline) { return Go(true, deadline); }
 
 /// \return false if it stopped at the deadline.
 bool PathDabs::Go(bool isWhole, Deadline deadline) {

@@ -57,8 +57,10 @@ public:
     /// \throw HostError if the path has become too long; thrown by PathSteps::CheckLength before
     /// any dab is applied, or by PathSteps::Take. Exceptions from PathOptions::poll pass through.
     bool Advance(Deadline deadline = noDeadline);
-    /// Ends the path and applies the remaining dabs. \throw the exceptions of Advance.
-    void Finish();
+    /// Ends the path and applies the remaining dabs, or as many as fit before the deadline; further
+    /// calls continue. \return whether all dabs have been applied. \throw the exceptions of
+    /// Advance.
+    bool Finish(Deadline deadline = noDeadline);
     /// Number of main dabs applied.
     unsigned Count() const { return count; }
 

@@ -227,6 +227,45 @@ TEST_F(DocumentStrokeTest, AbandonedStrokeRestoresEverything) {
     }
 }
 
+TEST_F(DocumentStrokeTest, ReleasedStrokeCanBeAbandonedUntilAllDabsAreApplied) {
+    auto work = Work("Sculpt");
+    Document& document = work->GetDocument();
+    const std::string before = BitsOf(document);
+    const auto samples = ReadPenStream(FileOf("everything"));
+    DocumentStroke stroke(document);
+    stroke.Add(samples, LiveStroke::Budget::zero());
+    ASSERT_TRUE(stroke.Release(LiveStroke::Budget::zero()));
+    ASSERT_TRUE(stroke.Continue(LiveStroke::Budget::zero()));
+    EXPECT_FALSE(stroke.IsOver());
+    EXPECT_TRUE(document.IsStrokeOpen());
+    EXPECT_NE(BitsOf(document), before);
+    stroke.Abandon();
+    EXPECT_FALSE(document.IsStrokeOpen());
+    EXPECT_EQ(BitsOf(document), before);
+    EXPECT_FALSE(document.Undo());
+}
+
+TEST_F(DocumentStrokeTest, ReleaseInTurnsEqualsReleaseAtOnce) {
+    const auto samples = ReadPenStream(FileOf("everything"));
+    const auto draw = [&](bool inTurns) {
+        auto work = Work("Sculpt", settingsOfPens[1]);
+        DocumentStroke stroke(work->GetDocument());
+        stroke.Add(samples, LiveStroke::Budget::zero());
+        unsigned turns = 0;
+        if (inTurns) {
+            for (bool remain = stroke.Release(LiveStroke::Budget::zero()); remain; ++turns)
+                remain = stroke.Continue(LiveStroke::Budget::zero());
+            EXPECT_GT(turns, 3u);
+        } else {
+            stroke.Release();
+        }
+        EXPECT_TRUE(stroke.IsOver());
+        EXPECT_EQ(work->GetDocument().HistoryPosition(), 1u);
+        return BitsOf(work->GetDocument());
+    };
+    EXPECT_EQ(draw(true), draw(false));
+}
+
 TEST_F(DocumentStrokeTest, DestroyedStrokeIsReleased) {
     auto work = Work("Sculpt");
     {

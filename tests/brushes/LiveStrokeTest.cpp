@@ -79,8 +79,15 @@ protected:
                 remain = stroke.Continue(LiveStroke::Budget::zero());
                 EXPECT_LE(stroke.Count(), before + 1);
             }
-            // The remaining dabs are applied at the release.
             stroke.Add({middle, samples.end()}, LiveStroke::Budget::zero());
+            remain = stroke.Release(LiveStroke::Budget::zero());
+            while (remain) {
+                const unsigned before = stroke.Count();
+                // Samples after the release have no effect.
+                stroke.Add(samples.front());
+                remain = stroke.Continue(LiveStroke::Budget::zero());
+                EXPECT_LE(stroke.Count(), before + 2);
+            }
         });
     }
     void ExpectSameInAnyPieces(const std::vector<PathSample>& samples) {

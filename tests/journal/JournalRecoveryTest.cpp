@@ -9,7 +9,7 @@
 #include "framework/strokes/DabAtHit.h"
 #include "framework/strokes/DabStrength.h"
 #include "tests/jobs/TestJob.h"
-#include "tests/journal/JournalWork.h"
+#include "tests/journal/RecoveredJournal.h"
 
 #include <gtest/gtest.h>
 
@@ -22,62 +22,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using nlohmann::json;
-
-json Stroke(float x, float y) {
-    return {{"stroke", {{"surface", {{x, y, 1.0f, 0.5f}, {-x, 0.5f * y, 1.0f}}}}}};
-}
-
-json Tool(const char* name) {
-    return {{"tool", name}, {"set", {{"radius", 0.3}, {"strength", 40}}}};
-}
-
-class RecoveredJournal : public ::testing::Test {
-protected:
-    /// Runs the steps with a journal, to the end of the script or the first error.
-    void Run(const json& steps) {
-        script = FillScript(folder, steps);
-        ScriptRunner runner(script, folder.Path(""), {});
-        runner.SetJournal({Journal(), false});
-        try {
-            runner.Run();
-        } catch (const HostError& error) {
-            failure = error.what();
-        }
-    }
-
-    /// Opens the cube; the test then runs the steps one by one.
-    std::unique_ptr<ScriptRunner> Open(const json& mirror = {"x"}) {
-        script = FillScript(folder, json::array(), mirror);
-        auto runner = std::make_unique<ScriptRunner>(script, folder.Path(""), ScriptProgress{});
-        runner->SetJournal({Journal(), false});
-        runner->Open(ReadStrokeScript(script));
-        return runner;
-    }
-
-    std::string Journal() const { return folder.Path("work.journal"); }
-    std::string Scene(const std::string& name) const { return folder.Path(name + ".trovik"); }
-    std::string Recovered() {
-        RecoverJournal(Journal(), Scene("recovered"));
-        return TemporaryFolder::Content(Scene("recovered"));
-    }
-
-    QuickDisk disk;
-    TemporaryFolder folder;
-    std::string script;
-    std::string failure;
-};
-
-/// Applies dabs directly through the stroke loop, as a program with a pointer does.
-void DabThroughTheLoop(Document& document, float x, float y) {
-    const auto hit = HitNear(document.Geometry(), document.Tree(), Vector(x, y, 1.0f));
-    ASSERT_TRUE(hit.has_value());
-    StrokeDab dab = DabAt(document.Geometry(), *hit);
-    dab.size = 0.3f;
-    dab.pressure = 0.7f;
-    dab.strength = DabStrength(document.Brush(), dab.pressure, dab.size);
-    dab.heading = Vector(1.0f, 0.0f, 0.0f);
-    document.Loop().Dab(dab);
-}
 
 TEST_F(RecoveredJournal, EqualsTheSceneThatTheScriptSaved) {
     json steps = {Tool("Sculpt"), Stroke(0.5f, 0.2f), Tool("Spray"), Stroke(0.3f, 0.1f)};

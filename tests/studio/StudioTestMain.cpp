@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <QApplication>
+#include "window/UiWatchdog.h"
+
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -10,6 +11,6 @@ int main(int argc, char** argv) {
          {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME"})
         qputenv(variable, home.path().toUtf8());
     testing::InitGoogleTest(&argc, argv);
-    const QApplication application(argc, argv);
+    const trovik::studio::UiWatchdogApplication application(argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -57,7 +57,14 @@ void FileActions::AddDocumentActions() {
                      .keys = {QKeySequence("Ctrl+Alt+S")},
                      .icon = "save",
                      .run = [this] { SaveIncremental(); }});
-    for (QAction* action : {save, saveAs, incremental}) context.EnableWithDocument(action);
+    QAction* copy =
+        actions.Add({.id = "file.saveCopy",
+                     .text = tr("Save a Copy…"),
+                     .description = tr("Saves into another scene file, and keeps working on the "
+                                       "present one."),
+                     .icon = "save",
+                     .run = [this] { SaveCopy(); }});
+    for (QAction* action : {save, saveAs, incremental, copy}) context.EnableWithDocument(action);
 }
 
 void FileActions::AddTransferActions() {

@@ -34,7 +34,7 @@ FileActions::FileActions(const ActionContext& given, QObject* parent)
     connect(&context.engine, &Engine::Opened, this, [this] {
         const OpenedDocument& document = context.engine.Document();
         const QString source = QString::fromStdString(document.sourcePath);
-        // Primitives are cache files, not the user's files.
+        // Primitives are not files of the user's.
         if (!document.isRecovered && !source.isEmpty() &&
             !source.startsWith(StudioFolders::Primitives()))
             context.preferences.AddRecentFile(source);
@@ -71,22 +71,19 @@ void FileActions::OpenPrimitive(std::optional<Primitive> primitive,
                                 int levels) {
     OpenRequest request;
     request.levels = levels;
-    try {
-        if (primitive) {
-            request.meshPath =
-                WritePrimitive(*primitive, segments, StudioFolders::Primitives().toStdString());
-            request.title = NameOf(*primitive);
-        } else {
-            request.meshPath = FindShippedMesh("bust.obj");
-            request.title = "bust";
-            if (request.meshPath.empty()) {
-                Q_EMIT Refused(tr("bust.obj is not installed"));
-                return;
-            }
+    if (primitive) {
+        request.title = NameOf(*primitive);
+        const std::string folder = StudioFolders::Primitives().toStdString();
+        request.makeMesh = [shape = *primitive, segments, folder] {
+            return WritePrimitive(shape, segments, folder);
+        };
+    } else {
+        request.meshPath = FindShippedMesh("bust.obj");
+        request.title = "bust";
+        if (request.meshPath.empty()) {
+            Q_EMIT Refused(tr("bust.obj is not installed"));
+            return;
         }
-    } catch (const std::exception& error) {
-        Q_EMIT Refused(QString::fromUtf8(error.what()));
-        return;
     }
     WhenSaved([this, request] { context.engine.Open(request); });
 }
@@ -231,6 +228,17 @@ void FileActions::SaveAs(const std::function<void()>& then) {
 void FileActions::SaveTo(const QString& path, const std::function<void()>& then) {
     context.engine.Run({{"save", path.toStdString()}}, tr("Saving"), [then](const QString& error) {
         if (error.isEmpty() && then) then();
+    });
+}
+
+void FileActions::SaveCopy() {
+    const QString path = AskToSave(tr("Save a Copy"),
+                                   QStringLiteral("save"),
+                                   QStringLiteral(".trovik"),
+                                   tr("Scenes (*.trovik)"));
+    if (path.isEmpty()) return;
+    context.engine.SaveCopy(path.toStdString(), [this, path](const QString& error) {
+        if (error.isEmpty()) Q_EMIT Succeeded(tr("Saved a copy as %1").arg(path));
     });
 }
 

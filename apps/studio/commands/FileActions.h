@@ -57,6 +57,7 @@ private:
     void Save(const std::function<void()>& then = {});
     void SaveAs(const std::function<void()>& then = {});
     void SaveTo(const QString& path, const std::function<void()>& then = {});
+    void SaveCopy();
     void SaveIncremental();
     void Export();
     void Bake();

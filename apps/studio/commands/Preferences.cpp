@@ -29,7 +29,7 @@ QString StudioFolders::Journals() {
 }
 
 QString StudioFolders::Primitives() {
-    return Below(QStandardPaths::GenericCacheLocation, QStringLiteral("/primitives"));
+    return Below(QStandardPaths::GenericDataLocation, QStringLiteral("/primitives"));
 }
 
 Preferences::Preferences(const QString& path, QObject* parent)

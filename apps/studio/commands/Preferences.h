@@ -14,7 +14,8 @@ struct StudioFolders {
     static QString Config();
     /// $XDG_STATE_HOME/trovik: journals.
     static QString Journals();
-    /// $XDG_CACHE_HOME/trovik/primitives.
+    /// $XDG_DATA_HOME/trovik/primitives: meshes from which journals and action scripts start, so
+    /// they do not belong in the cache, which users clear.
     static QString Primitives();
 };
 

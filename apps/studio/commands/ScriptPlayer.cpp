@@ -2,9 +2,10 @@
 #include "commands/ScriptPlayer.h"
 
 #include "engine/Engine.h"
+#include "framework/errors/HostError.h"
+#include "framework/script/ScriptDocument.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -39,39 +40,66 @@ void ResolveFiles(json& step, const QDir& folder) {
 /// Setup fields that are also steps, in the order in which they are applied.
 constexpr const char* setupSteps[] = {"transform", "mirror", "camera"};
 
+/// Why the studio cannot set up a script; empty if it can.
+QString RefusalOf(const json& script, bool opens) {
+    if (script.contains("mesh") && script.contains("scene"))
+        return ScriptPlayer::tr("a script has either \"mesh\" or \"scene\", not both");
+    // It would also apply to all documents that are opened later.
+    if (script.contains("memoryLimit"))
+        return ScriptPlayer::tr(
+            "the studio does not support \"memoryLimit\"; remove it, or run the "
+            "script with trovik sculpt");
+    if (opens) return {};
+    for (const auto& [name, value] : script.items()) {
+        const bool isStep = std::any_of(
+            std::begin(setupSteps), std::end(setupSteps), [&, field = name](const char* step) {
+                return field == step;
+            });
+        if (name != "steps" && !isStep)
+            return ScriptPlayer::tr(
+                       "\"%1\" needs a script with \"mesh\" or \"scene\"; it cannot be "
+                       "applied to the open document")
+                .arg(QString::fromStdString(name));
+    }
+    return {};
+}
+
 }  // namespace
 
 ScriptPlayer::ScriptPlayer(Engine& given, QObject* parent) : QObject(parent), engine(given) {}
 
 QString ScriptPlayer::Run(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) return path + ": " + file.errorString();
     json script;
-    OpenRequest request;
-    std::vector<json> read;
     try {
-        script = json::parse(file.readAll().toStdString());
-        const QDir folder = QFileInfo(path).absoluteDir();
+        script = ReadStrokeScript(path.toStdString());
+    } catch (const HostError& fault) {
+        return QString::fromUtf8(fault.what());
+    }
+    const QDir folder = QFileInfo(path).absoluteDir();
+    const bool opens = script.contains("mesh") || script.contains("scene");
+    const QString refusal = RefusalOf(script, opens);
+    if (!refusal.isEmpty()) return path + ": " + refusal;
+    if (!opens && !engine.HasDocument())
+        return tr("%1: it names no mesh, and none is open").arg(path);
+    std::vector<json> read;
+    // The setup of a script that opens no file is applied as steps.
+    if (!opens)
+        for (const char* name : setupSteps)
+            if (script.contains(name)) read.push_back({{name, script[name]}});
+    for (json& step : script.at("steps")) {
+        ResolveFiles(step, folder);
+        // A step that contained only a comment does nothing.
+        if (!step.empty()) read.push_back(std::move(step));
+    }
+    OpenRequest request;
+    if (opens) {
         for (const char* name : {"mesh", "scene"})
             if (script.contains(name)) Resolve(script[name], folder);
         request.meshPath = script.value("mesh", std::string());
         request.scenePath = script.value("scene", std::string());
-        request.levels = script.value("levels", 0);
-        request.units = script.value("units", std::string());
-        request.up = script.value("up", std::string());
-        for (const char* name : setupSteps)
-            if (script.contains(name)) read.push_back({{name, script[name]}});
-        for (json step : script.at("steps")) {
-            ResolveFiles(step, folder);
-            // A step that contains only a comment does nothing.
-            if (!(step.size() == 1 && step.contains("comment"))) read.push_back(std::move(step));
-        }
-    } catch (const json::exception& fault) {
-        return path + ": " + QString::fromUtf8(fault.what());
+        script.erase("steps");
+        request.setup = std::move(script);
     }
-    const bool opens = !request.meshPath.empty() || !request.scenePath.empty();
-    if (!opens && !engine.HasDocument())
-        return tr("%1: the script does not name a mesh, and no document is open").arg(path);
     Stop();
     steps = std::move(read);
     next = 0;

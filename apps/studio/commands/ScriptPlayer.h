@@ -12,7 +12,9 @@ namespace trovik::studio {
 class Engine;
 
 /// Runs a stroke script on the open document, or on the mesh or scene that it names, step by step.
-/// Files that the script reads are searched in its folder. It stops at the first error, which the
+/// Files that the script reads are searched in its folder. All fields of the script's setup are
+/// applied, except that "memoryLimit" is refused, and without a mesh or scene all but "transform",
+/// "mirror" and "camera". It stops at the first error, which the
 /// engine reports.
 ///
 /// Call on the UI thread only.

@@ -3,6 +3,10 @@
 
 #include "framework/io/OutputFile.h"
 
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
 namespace trovik::studio {
 
 namespace {
@@ -27,15 +31,62 @@ bool OnlyWritesFiles(const nlohmann::json& step) {
     return false;
 }
 
+PackedSamples::PackedSamples(const std::vector<PenPoint>& points) {
+    hasTilt = std::any_of(points.begin(), points.end(), [](const PenPoint& point) {
+        return point.tiltX != 0.0f || point.tiltY != 0.0f;
+    });
+    bytes.resize(points.size() * BytesPerSample());
+    std::byte* next = bytes.data();
+    const auto put = [&next](const auto& value) {
+        std::memcpy(next, &value, sizeof value);
+        next += sizeof value;
+    };
+    for (const PenPoint& point : points) {
+        for (const float value : {point.x, point.y, point.pressure}) put(value);
+        put(point.milliseconds);
+        if (!hasTilt) continue;
+        put(point.tiltX);
+        put(point.tiltY);
+    }
+}
+
+PenPoint PackedSamples::At(std::size_t index) const {
+    const std::byte* next = bytes.data() + index * BytesPerSample();
+    const auto take = [&next](auto& value) {
+        std::memcpy(&value, next, sizeof value);
+        next += sizeof value;
+    };
+    PenPoint point;
+    for (float* value : {&point.x, &point.y, &point.pressure}) take(*value);
+    take(point.milliseconds);
+    if (!hasTilt) return point;
+    take(point.tiltX);
+    take(point.tiltY);
+    return point;
+}
+
 void ActionLog::AddStep(const nlohmann::json& step) {
-    if (!OnlyWritesFiles(step)) steps.push_back(step);
+    if (!OnlyWritesFiles(step)) entries.emplace_back(step);
 }
 
 void ActionLog::AddStroke(const StrokeStart& start,
                           uint64_t seed,
                           const std::vector<PenPoint>& points) {
+    entries.emplace_back(
+        Stroke{PackedSamples(points), seed, start.modifier, start.isLine, start.steadyPixels});
+}
+
+std::size_t ActionLog::SampleBytes() const {
+    std::size_t sum = 0;
+    for (const auto& entry : entries)
+        if (const auto* stroke = std::get_if<Stroke>(&entry)) sum += stroke->samples.Bytes();
+    return sum;
+}
+
+nlohmann::json ActionLog::ToJson(const Stroke& stroke) {
     nlohmann::json pen = nlohmann::json::array();
-    for (const PenPoint& point : points) {
+    for (std::size_t i = 0; i < stroke.samples.Count(); ++i) {
+        const PenPoint point = stroke.samples.At(i);
         nlohmann::json sample = {point.x, point.y, point.pressure, point.milliseconds};
         if (point.tiltX != 0.0f || point.tiltY != 0.0f) {
             sample.push_back(point.tiltX);
@@ -44,20 +95,30 @@ void ActionLog::AddStroke(const StrokeStart& start,
         pen.push_back(std::move(sample));
     }
     nlohmann::json path = {{"interactive", true}};
-    if (start.isLine) path["line"] = true;
-    if (start.steadyPixels >= 0.0f) path["stabiliser"] = start.steadyPixels;
-    nlohmann::json stroke = {{"pen", std::move(pen)}, {"path", std::move(path)}, {"seed", seed}};
-    if (start.modifier == BrushOperation::ModifierSmooth) stroke["modifier"] = "smooth";
-    if (start.modifier == BrushOperation::ModifierInvert) stroke["modifier"] = "invert";
-    steps.push_back({{"stroke", std::move(stroke)}});
+    if (stroke.isLine) path["line"] = true;
+    if (stroke.steadyPixels >= 0.0f) path["stabiliser"] = stroke.steadyPixels;
+    nlohmann::json fields = {
+        {"pen", std::move(pen)}, {"path", std::move(path)}, {"seed", stroke.seed}};
+    if (stroke.modifier == BrushOperation::ModifierSmooth) fields["modifier"] = "smooth";
+    if (stroke.modifier == BrushOperation::ModifierInvert) fields["modifier"] = "invert";
+    return {{"stroke", std::move(fields)}};
 }
 
+// One step at a time: the JSON of all strokes at once would take many times the memory of the
+// samples.
 void ActionLog::Write(const std::string& path) const {
-    nlohmann::json document = script;
-    document["steps"] = steps;
     OutputFile file(path);
-    file.Write(document.dump(1));
-    file.Put('\n');
+    file.Write("{\n");
+    for (const auto& [name, value] : script.items())
+        if (name != "steps") file.Write(nlohmann::json(name).dump() + ": " + value.dump() + ",\n");
+    file.Write("\"steps\": [");
+    bool isFirst = true;
+    for (const auto& entry : entries) {
+        file.Write(std::exchange(isFirst, false) ? "\n" : ",\n");
+        const auto* stroke = std::get_if<Stroke>(&entry);
+        file.Write((stroke != nullptr ? ToJson(*stroke) : std::get<nlohmann::json>(entry)).dump());
+    }
+    file.Write("\n]}\n");
     file.Commit();
 }
 

@@ -5,7 +5,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstddef>
 #include <string>
+#include <variant>
 #include <vector>
 
 namespace trovik::studio {
@@ -13,8 +15,26 @@ namespace trovik::studio {
 /// Whether a step only writes files and does not change the document.
 bool OnlyWritesFiles(const nlohmann::json& step);
 
+/// Samples of a stroke in 20 bytes each, or 28 if the pen of the stroke was ever tilted. Values are
+/// stored unchanged.
+class PackedSamples {
+public:
+    PackedSamples() = default;
+    explicit PackedSamples(const std::vector<PenPoint>& points);
+
+    std::size_t Count() const { return bytes.size() / BytesPerSample(); }
+    std::size_t BytesPerSample() const { return hasTilt ? 28 : 20; }
+    std::size_t Bytes() const { return bytes.capacity(); }
+    PenPoint At(std::size_t index) const;
+
+private:
+    bool hasTilt = false;
+    std::vector<std::byte> bytes;
+};
+
 /// The steps and strokes since a document was opened, as a stroke script whose result is
-/// bit-identical. Used only on the engine thread.
+/// bit-identical. Strokes are kept in binary form; their JSON is made when the script is written.
+/// Used only on the engine thread.
 class ActionLog {
 public:
     /// \param setup  the script, without steps, that opened the document.
@@ -25,13 +45,24 @@ public:
     /// Adds a stroke that was released, with its samples and ticks.
     void AddStroke(const StrokeStart& start, uint64_t seed, const std::vector<PenPoint>& points);
 
-    std::size_t StepCount() const { return steps.size(); }
+    std::size_t StepCount() const { return entries.size(); }
+    /// Memory of the samples of all strokes, in bytes.
+    std::size_t SampleBytes() const;
     /// \throw HostError if the file cannot be written.
     void Write(const std::string& path) const;
 
 private:
+    struct Stroke {
+        PackedSamples samples;
+        uint64_t seed = 0;
+        BrushOperation::Modifier modifier = BrushOperation::ModifierNone;
+        bool isLine = false;
+        float steadyPixels = -1.0f;
+    };
+    static nlohmann::json ToJson(const Stroke& stroke);
+
     nlohmann::json script;
-    std::vector<nlohmann::json> steps;
+    std::vector<std::variant<nlohmann::json, Stroke>> entries;
 };
 
 /// The script step that sets the document's camera to the view.

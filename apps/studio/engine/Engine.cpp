@@ -19,16 +19,19 @@ constexpr int busyPollMilliseconds = 50;
 Engine::Engine(const std::string& journalFolder, QObject* parent)
     : QObject(parent), worker(std::make_unique<EngineWorker>(*this, journalFolder)) {
     auto* poll = new QTimer(this);
-    connect(poll, &QTimer::timeout, this, [this] {
-        if (worker->IsLong() == isBusy) return;
-        isBusy = !isBusy;
-        Q_EMIT BusyChanged(isBusy);
-        if (IsIdle()) Q_EMIT BecameIdle();
-    });
+    connect(poll, &QTimer::timeout, this, [this] { NoteBusy(worker->LongRequest()); });
     poll->start(busyPollMilliseconds);
 }
 
 Engine::~Engine() = default;
+
+void Engine::NoteBusy(uint64_t request) {
+    const bool wasBusy = IsBusy();
+    busyRequest = request;
+    if (IsBusy() == wasBusy) return;
+    Q_EMIT BusyChanged(IsBusy());
+    if (IsIdle()) Q_EMIT BecameIdle();
+}
 
 void Engine::Open(const OpenRequest& request) {
     OpenRequest withPreferences = request;
@@ -41,6 +44,10 @@ void Engine::SetApplicationData(const std::string& name, std::vector<uint8_t> by
 }
 
 void Engine::Save(const std::string& scenePath) { Run({{"save", scenePath}}, tr("Saving")); }
+
+void Engine::SaveCopy(const std::string& scenePath, Done done) {
+    worker->Post(SaveCopyRequest{scenePath, std::move(done)});
+}
 
 void Engine::SaveActions(const std::string& scriptPath) {
     worker->Post(SaveActionsRequest{scriptPath});
@@ -64,10 +71,12 @@ void Engine::AddSamples(std::vector<PenPoint> points) {
 
 void Engine::Tick(double milliseconds) { worker->Post(StrokeTick{milliseconds}); }
 void Engine::EndStroke() { worker->Post(StrokeEnd{false}); }
-void Engine::AbandonStroke() { worker->Post(StrokeEnd{true}); }
-bool Engine::IsIdle() const { return !isBusy && idleNumber == worker->NewestRequest(); }
+void Engine::AbandonStroke() { worker->AbandonStroke(); }
+bool Engine::AcceptsStrokes() const { return !IsBusy() || worker->IsStroke(busyRequest); }
+void Engine::ResumeJournal() { worker->Post(ResumeJournalRequest{}); }
+bool Engine::IsIdle() const { return !IsBusy() && idleNumber == worker->NewestRequest(); }
 bool Engine::HasUpdates() const { return worker->HasUpdates(); }
-void Engine::CancelJob() { worker->Cancel(); }
+void Engine::CancelJob() { worker->Cancel(busyRequest); }
 void Engine::Pick(float x, float y) { worker->Pick(x, y); }
 void Engine::RequestSurface() { worker->Post(SurfaceRequest{}); }
 

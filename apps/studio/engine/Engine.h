@@ -45,13 +45,16 @@ public:
     void SetApplicationData(const std::string& name, std::vector<uint8_t> bytes);
     /// Saves to a path as the step "save" does; ends with Saved or Failed.
     void Save(const std::string& scenePath);
+    /// Called on the UI thread when a request has finished; `error` is empty, or one line.
+    using Done = std::function<void(const QString& error)>;
+    /// Writes a scene file that does not become the file of the document. Errors are reported by
+    /// Failed as well.
+    void SaveCopy(const std::string& scenePath, Done done = {});
     /// Writes the actions since the document was opened as a stroke script; Failed on error.
     void SaveActions(const std::string& scriptPath);
 
     // --- Changes ---
 
-    /// Called on the UI thread when a step has finished; `error` is empty, or one line.
-    using Done = std::function<void(const QString& error)>;
     /// Runs a step. Errors are reported by Failed as well. Steps that read the view (mask and
     /// visibility by box or lasso, renders) use the view of SetView at the time of this call.
     /// \param label  shown with the progress of a long step; empty: the name of the step.
@@ -67,19 +70,33 @@ public:
     /// the pen is pressed.
     void Tick(double milliseconds);
     void EndStroke();
-    /// Reverts the surface bit-exactly to its state before the stroke.
+    /// Reverts the surface bit-exactly to its state before the newest stroke, unless all of its
+    /// dabs have been applied: while the stroke is open, and also after its release while its dabs
+    /// are still being applied.
     void AbandonStroke();
 
     // --- Jobs ---
 
     /// Whether a step or another request has been running for longer than 200 ms, so that strokes
     /// and steps would wait.
-    bool IsBusy() const { return isBusy; }
-    /// Cancels the running request.
+    bool IsBusy() const { return busyRequest != 0; }
+    /// Cancels the request that BusyChanged or JobProgressed reported last. If it has ended
+    /// meanwhile, the call has no effect on the requests after it. Cancelling the rest of a
+    /// released stroke abandons the stroke.
     void CancelJob();
+    /// Whether a new stroke begins soon: the engine is not busy, or only with earlier strokes.
+    bool AcceptsStrokes() const;
     /// Whether all requests so far, including picks, have been carried out and their results have
     /// arrived. Surface updates may still wait for TakeUpdates.
     bool IsIdle() const;
+
+    // --- Journal ---
+
+    /// Why the journal of the document is not being written, in one line; empty while it is. The
+    /// engine tries to continue it from time to time.
+    const QString& JournalFailure() const { return journalFailure; }
+    /// Tries to continue the journal now. Errors are reported by Noted.
+    void ResumeJournal();
 
     // --- What panels and viewport show ---
 
@@ -110,6 +127,8 @@ Q_SIGNALS:
     void SettingsChanged();
     void HoverPicked(const trovik::studio::HoverHit& hit);
     void StrokeAdvanced(const trovik::studio::StrokeFigures& figures);
+    /// JournalFailure returns something new.
+    void JournalFailureChanged(const QString& failure);
     /// A job has been running for longer than 200 ms. \param total  0 if unknown.
     void JobProgressed(const QString& label, const QString& phase, quint64 done, quint64 total);
     void BusyChanged(bool busy);
@@ -125,12 +144,17 @@ Q_SIGNALS:
 private:
     friend class EngineWorker;
 
+    /// \param request  the request that has been running for a long time; 0 for none.
+    void NoteBusy(uint64_t request);
+
     std::unique_ptr<EngineWorker> worker;
     std::unique_ptr<const OpenedDocument> opened;
     std::shared_ptr<const DocumentState> state;
     std::shared_ptr<const ToolSettingList> settings;
     nlohmann::json preferences;
-    bool isBusy = false;
+    QString journalFailure;
+    /// The request that has been running for a long time; 0 if there is none.
+    uint64_t busyRequest = 0;
     /// Number of the newest request that was carried out before the engine thread had no work left.
     uint64_t idleNumber = 0;
 };

@@ -10,28 +10,30 @@ constexpr auto reportInterval = std::chrono::milliseconds(50);
 
 }  // namespace
 
-void EngineJob::Begin(const QString& newLabel) {
+void EngineJob::Begin(uint64_t request, const QString& newLabel) {
     label = newLabel;
-    isCancelled = false;
     begun = Clock::now();
     reported = {};
-    isRunning = true;
+    running = request;
 }
 
 bool EngineJob::End() {
-    isRunning = false;
+    running = 0;
     return reported != Clock::time_point();
 }
 
-bool EngineJob::IsLong() const { return isRunning && Clock::now() - begun.load() > silentTime; }
+uint64_t EngineJob::LongRequest() const {
+    const uint64_t request = running;
+    return request != 0 && Clock::now() - begun.load() > silentTime ? request : 0;
+}
 
 bool EngineJob::Report(uint64_t done, uint64_t total, const char* phase) {
     const Clock::time_point now = Clock::now();
     if (now - begun.load() > silentTime && now - reported > reportInterval) {
         reported = now;
-        listener(label, phase, done, total);
+        listener(running, label, phase, done, total);
     }
-    return !isCancelled && !isEnding;
+    return !IsCancelled();
 }
 
 }  // namespace trovik::studio

@@ -12,6 +12,7 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -82,18 +83,23 @@ struct PenPoint {
     double milliseconds = 0.0;
 };
 
-/// A document to open. Exactly one of the paths must be set.
+/// A document to open. Exactly one of the paths and `makeMesh` must be set.
 struct OpenRequest {
     std::string meshPath;
     std::string scenePath;
     /// Path of a journal whose process ended without closing it.
     std::string journalPath;
+    /// Writes the mesh file and returns its path. Called on the engine thread.
+    std::function<std::string()> makeMesh;
     /// Units and up axis of a mesh, as in stroke scripts; empty: those of the file.
     std::string units, up;
     /// Levels to add to a mesh.
     int levels = 0;
     /// Preference values by key, such as "Undo Budget"; the others have their defaults.
     nlohmann::json preferences;
+    /// Other fields of a stroke script's setup, such as "seed" and "mirror". Its preferences take
+    /// precedence over those above. Null if there are none.
+    nlohmann::json setup;
     /// Name of a new document that was made from a primitive; empty: the name of the file.
     std::string title;
 };
@@ -115,6 +121,8 @@ struct OpenedDocument {
     /// Notes about the file, one line each.
     std::vector<std::string> notes;
     bool isRecovered = false;
+    /// Whether a script opened it, with a setup of its own.
+    bool isFromScript = false;
 };
 
 /// Settings of the active tool, as ReadToolSettings returns them.

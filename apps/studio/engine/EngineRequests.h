@@ -24,6 +24,13 @@ struct ApplicationDataRequest {
 struct SaveActionsRequest {
     std::string path;
 };
+/// Writes a scene file that does not become the file of the document.
+struct SaveCopyRequest {
+    std::string path;
+    Engine::Done done;
+};
+/// Tries to continue a journal that could not be written.
+struct ResumeJournalRequest {};
 struct SurfaceRequest {};
 struct StrokeSamples {
     std::vector<PenPoint> points;
@@ -41,6 +48,8 @@ using EngineRequest = std::variant<OpenRequest,
                                    StepRequest,
                                    ApplicationDataRequest,
                                    SaveActionsRequest,
+                                   SaveCopyRequest,
+                                   ResumeJournalRequest,
                                    SurfaceRequest,
                                    StrokeStart,
                                    StrokeSamples,

@@ -5,13 +5,8 @@
 #include "framework/errors/HostError.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/nodes/PlainText.h"
-#include "framework/script/JournalRecovery.h"
 
-#include <QDateTime>
 #include <QMetaObject>
-
-#include <filesystem>
-#include <unistd.h>
 
 namespace trovik::studio {
 
@@ -23,8 +18,9 @@ constexpr std::size_t maxWaitingBytes = std::size_t{32} << 20;
 /// Size limit of one update, so that an opened mesh appears progressively.
 constexpr std::size_t maxUpdateBytes = std::size_t{8} << 20;
 
-/// Removes the script position (name and JSON pointer) from the start of a message.
-QString WithoutPosition(const std::string& message) {
+}  // namespace
+
+QString EngineWorker::WithoutPosition(const std::string& message) {
     const std::string prefix = "studio: ";
     if (message.compare(0, prefix.size(), prefix) != 0) return QString::fromStdString(message);
     std::size_t begin = prefix.size();
@@ -37,13 +33,16 @@ QString WithoutPosition(const std::string& message) {
     return reason;
 }
 
-}  // namespace
-
 EngineWorker::EngineWorker(Engine& resultReceiver, std::string folder)
     : engine(resultReceiver),
       journalFolder(std::move(folder)),
-      job([this](const QString& label, const char* phase, uint64_t done, uint64_t total) {
+      job([this](uint64_t number,
+                 const QString& label,
+                 const char* phase,
+                 uint64_t done,
+                 uint64_t total) {
           ToUi([=](Engine& to) {
+              to.NoteBusy(number);
               Q_EMIT to.JobProgressed(label, QString::fromLatin1(phase), done, total);
           });
       }),
@@ -57,7 +56,6 @@ EngineWorker::~EngineWorker() {
         requests.clear();
         pick.reset();
     }
-    job.Cancel();
     wake.notify_one();
     thread.join();
 }
@@ -66,18 +64,37 @@ void EngineWorker::Post(EngineRequest request) {
     {
         const std::lock_guard lock(mutex);
         ++newestRequest;
+        if (std::holds_alternative<StrokeStart>(request)) {
+            newestStroke = newestRequest;
+            isStrokeReleased = false;
+        } else if (std::holds_alternative<StrokeEnd>(request)) {
+            isStrokeReleased = true;
+        }
         // All waiting samples are added to the stroke at once.
         auto* samples = std::get_if<StrokeSamples>(&request);
-        auto* waiting = requests.empty() ? nullptr : std::get_if<StrokeSamples>(&requests.back());
+        auto* waiting =
+            requests.empty() ? nullptr : std::get_if<StrokeSamples>(&requests.back().request);
         if (samples != nullptr && waiting != nullptr) {
             waiting->points.insert(
                 waiting->points.end(), samples->points.begin(), samples->points.end());
             waiting->postedTime = samples->postedTime;
         } else {
-            requests.push_back(std::move(request));
+            requests.push_back({newestRequest, std::move(request)});
         }
     }
     wake.notify_one();
+}
+
+// The request that ends an abandoned stroke is posted in order, since others may follow it.
+void EngineWorker::AbandonStroke() {
+    bool isOpen = false;
+    {
+        const std::lock_guard lock(mutex);
+        if (newestStroke <= endedStroke) return;
+        abandonedStrokes.push_back(newestStroke);
+        isOpen = !isStrokeReleased;
+    }
+    if (isOpen) Post(StrokeEnd{true});
 }
 
 void EngineWorker::SetView(const StrokeView& newView) { uiView = newView; }
@@ -117,17 +134,30 @@ bool EngineWorker::HasWork() const {
     return hasSurfaceWork && waitingBytes < maxWaitingBytes;
 }
 
+// The surface may still have to wait for the UI thread, which takes no updates while the window is
+// hidden.
 bool EngineWorker::WaitForWork() {
     std::unique_lock lock(mutex);
-    if (!HasWork() && !hasSurfaceWork && idleRequest != newestRequest) ReportIdle();
-    wake.wait(lock, [this] { return HasWork(); });
+    if (!HasWork() && idleRequest != newestRequest) ReportIdle();
+    const auto hasWork = [this] { return HasWork(); };
+    if (session == nullptr || session->Opened().journalPath.empty())
+        wake.wait(lock, hasWork);
+    else
+        wake.wait_until(lock, journalWatch.NextTime(), hasWork);
     return !isEnding;
 }
 
-std::optional<EngineRequest> EngineWorker::NextRequest() {
+std::optional<EngineWorker::NumberedRequest> EngineWorker::NextRequest() {
     const std::lock_guard lock(mutex);
     if (requests.empty()) return std::nullopt;
-    EngineRequest next = std::move(requests.front());
+    const EngineRequest& front = requests.front().request;
+    const bool endsStroke = std::holds_alternative<OpenRequest>(front) ||
+                            std::holds_alternative<StepRequest>(front) ||
+                            std::holds_alternative<SaveCopyRequest>(front) ||
+                            std::holds_alternative<StrokeStart>(front);
+    if (endsStroke && session != nullptr && session->HasStroke())
+        return NumberedRequest{requests.front().number, StrokeEnd{false}};
+    NumberedRequest next = std::move(requests.front());
     requests.pop_front();
     return next;
 }
@@ -139,15 +169,16 @@ void EngineWorker::Loop() {
         ToUi([message](Engine& to) { Q_EMIT to.Noted(message); });
     });
     while (WaitForWork()) {
-        if (std::optional<EngineRequest> request = NextRequest())
-            Serve(*request);
-        else if (hasBacklog)
-            Guarded([this] { session->Continue(); });
-        else
-            AnswerPick();
+        Turn();
         hasBacklog = session != nullptr && session->HasBacklog();
+        if (session == nullptr || !session->HasStroke()) {
+            const std::lock_guard lock(mutex);
+            endedStroke = strokeNumber;
+            std::erase(abandonedStrokes, strokeNumber);
+        }
         SendSurface();
         SendState();
+        WatchJournal();
     }
     // The last document is closed normally when the application ends.
     Guarded([this] {
@@ -156,10 +187,22 @@ void EngineWorker::Loop() {
     session.reset();
 }
 
-template <typename Function>
-void EngineWorker::ToUi(Function function) {
+void EngineWorker::Turn() {
+    if (session != nullptr && session->HasStroke() && session->IsReleased()) {
+        ContinueRelease();
+    } else if (std::optional<NumberedRequest> next = NextRequest()) {
+        requestNumber = next->number;
+        Serve(next->request);
+    } else if (hasBacklog) {
+        Guarded([this] { session->Continue(); });
+    } else {
+        AnswerPick();
+    }
+}
+
+void EngineWorker::ToUi(std::function<void(Engine&)> function) {
     QMetaObject::invokeMethod(
-        &engine, [to = &engine, function] { function(*to); }, Qt::QueuedConnection);
+        &engine, [to = &engine, call = std::move(function)] { call(*to); }, Qt::QueuedConnection);
 }
 
 void EngineWorker::ReportIdle() {
@@ -170,12 +213,10 @@ void EngineWorker::ReportIdle() {
     });
 }
 
-template <typename Work>
-QString EngineWorker::Guarded(Work work) {
+QString EngineWorker::ErrorOf(const std::function<void()>& work) {
     QString error;
     try {
         work();
-        return error;
     } catch (const Cancelled&) {
         error = Engine::tr("Cancelled");
     } catch (const HostError& failure) {
@@ -188,156 +229,13 @@ QString EngineWorker::Guarded(Work work) {
     } catch (const std::exception& failure) {
         error = QString::fromUtf8(failure.what());
     }
-    ToUi([error](Engine& to) { Q_EMIT to.Failed(error); });
     return error;
 }
 
-ScriptProgress EngineWorker::Progress() {
-    ScriptProgress progress;
-    const auto note = [this](const std::string& text) {
-        const QString message = WithoutPosition(text);
-        ToUi([message](Engine& to) { Q_EMIT to.Noted(message); });
-    };
-    progress.message = note;
-    progress.warning = note;
-    progress.job = &job;
-    return progress;
-}
-
-void EngineWorker::Serve(EngineRequest& request) {
-    std::visit([this](auto& one) { Serve(one); }, request);
-}
-
-std::string EngineWorker::NewJournalPath() const {
-    if (journalFolder.empty()) return {};
-    static unsigned count = 0;
-    const std::string name =
-        QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss")).toStdString() +
-        "-" + std::to_string(::getpid()) + "-" + std::to_string(++count) + ".journal";
-    return (std::filesystem::path(journalFolder) / name).string();
-}
-
-void EngineWorker::Serve(OpenRequest& request) {
-    job.Begin(Engine::tr("Opening"));
-    auto opened = std::make_shared<OpenedDocument>();
-    const QString error = Guarded([&] {
-        if (!journalFolder.empty()) std::filesystem::create_directories(journalFolder);
-        OpenRequest source = request;
-        if (!request.journalPath.empty()) {
-            source.scenePath = request.journalPath + ".trovik";
-            source.title = request.title;
-            RecoveryOptions options;
-            options.untilDamage = true;
-            options.progress = Progress();
-            const RecoveredWork work =
-                RecoverJournal(request.journalPath, source.scenePath, options);
-            opened->notes = work.notes;
-        }
-        auto next = std::make_unique<LiveSession>(source, NewJournalPath(), Progress());
-        if (session != nullptr) session->Close();
-        session = std::move(next);
-        std::vector<std::string> notes = std::move(opened->notes);
-        *opened = session->Opened();
-        opened->notes.insert(opened->notes.begin(), notes.begin(), notes.end());
-        if (!request.journalPath.empty()) {
-            // The new journal starts from the recovered scene, so the old one is no longer offered.
-            std::error_code ignored;
-            std::filesystem::rename(
-                request.journalPath, request.journalPath + ".recovered", ignored);
-            opened->isRecovered = true;
-            opened->scenePath.clear();
-        }
-    });
-    EndJob();
-    if (!error.isEmpty()) return;
-    sentState = session->GetDocument().State();
-    auto settings = std::make_shared<const ToolSettingList>(
-        ReadToolSettings(session->GetDocument().Brush(), session->GetDocument().Settings()));
-    {
-        const std::lock_guard lock(mutex);
-        updates.clear();
-        waitingBytes = 0;
-    }
-    ToUi([opened, settings, state = sentState](Engine& to) {
-        to.opened = std::make_unique<const OpenedDocument>(*opened);
-        to.state = state;
-        to.settings = settings;
-        Q_EMIT to.Opened();
-        Q_EMIT to.StateChanged();
-        Q_EMIT to.SettingsChanged();
-    });
-}
-
-void EngineWorker::Serve(StepRequest& request) {
-    job.Begin(request.label);
-    const QString error = Guarded([&] {
-        if (session == nullptr) throw HostError("no document is open");
-        session->Run(request.step, request.view);
-    });
-    EndJob();
-    const std::string saved =
-        error.isEmpty() ? request.step.value("save", std::string()) : std::string();
-    ToUi([error, saved, done = std::move(request.done)](Engine& to) {
-        if (!saved.empty()) {
-            auto renamed = std::make_unique<OpenedDocument>(*to.opened);
-            renamed->scenePath = saved;
-            renamed->title = std::filesystem::path(saved).filename().string();
-            renamed->isRecovered = false;
-            to.opened = std::move(renamed);
-            Q_EMIT to.Saved(QString::fromStdString(saved));
-        }
-        if (done) done(error);
-    });
-}
-
-// The UI thread may have been too busy to notice that the request was a long one.
-void EngineWorker::EndJob() {
-    if (!job.End()) return;
-    ToUi([](Engine& to) {
-        to.isBusy = false;
-        Q_EMIT to.BusyChanged(false);
-    });
-}
-
-void EngineWorker::Serve(ApplicationDataRequest& request) {
-    if (session == nullptr) return;
-    session->GetDocument().Settings().applicationData[request.name] = std::move(request.bytes);
-}
-
-void EngineWorker::Serve(SaveActionsRequest& request) {
-    Guarded([&] {
-        if (session == nullptr) throw HostError("no document is open");
-        session->Actions().Write(request.path);
-    });
-}
-
-void EngineWorker::Serve(SurfaceRequest&) {
-    if (session != nullptr) session->Feed().SendAll();
-}
-
-void EngineWorker::Serve(StrokeStart& request) {
-    if (session != nullptr) Guarded([&] { session->BeginStroke(request); });
-}
-
-void EngineWorker::Serve(StrokeSamples& request) {
-    if (session == nullptr || !session->HasStroke()) return;
-    sampleTime = request.postedTime;
-    Guarded([&] { session->AddSamples(request.points); });
-    ToUi([figures = session->Figures()](Engine& to) { Q_EMIT to.StrokeAdvanced(figures); });
-}
-
-void EngineWorker::Serve(StrokeTick& request) {
-    if (session != nullptr) Guarded([&] { session->Tick(request.milliseconds); });
-}
-
-void EngineWorker::Serve(StrokeEnd& request) {
-    if (session == nullptr) return;
-    Guarded([&] {
-        if (request.isAbandoned)
-            session->AbandonStroke();
-        else
-            session->EndStroke();
-    });
+QString EngineWorker::Guarded(const std::function<void()>& work) {
+    const QString error = ErrorOf(work);
+    if (!error.isEmpty()) ToUi([error](Engine& to) { Q_EMIT to.Failed(error); });
+    return error;
 }
 
 void EngineWorker::AnswerPick() {
@@ -385,15 +283,21 @@ void EngineWorker::SendState() {
     if (session == nullptr) return;
     trovik::Document& document = session->GetDocument();
     std::shared_ptr<const DocumentState> state = document.State();
+    if (session->TakeToolChange()) {
+        ToolSettingList settings = ReadToolSettings(document.Brush(), document.Settings());
+        if (sentSettings == nullptr || *sentSettings != settings) {
+            sentSettings = std::make_shared<const ToolSettingList>(std::move(settings));
+            ToUi([sent = sentSettings](Engine& to) {
+                to.settings = sent;
+                Q_EMIT to.SettingsChanged();
+            });
+        }
+    }
     if (state == sentState) return;
     sentState = state;
-    auto settings = std::make_shared<const ToolSettingList>(
-        ReadToolSettings(document.Brush(), document.Settings()));
-    ToUi([state, settings](Engine& to) {
+    ToUi([state](Engine& to) {
         to.state = state;
         Q_EMIT to.StateChanged();
-        to.settings = settings;
-        Q_EMIT to.SettingsChanged();
     });
 }
 

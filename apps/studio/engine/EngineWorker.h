@@ -3,14 +3,18 @@
 
 #include "engine/EngineJob.h"
 #include "engine/EngineRequests.h"
+#include "engine/JournalWatch.h"
 #include "engine/LiveSession.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace trovik::studio {
 
@@ -32,8 +36,15 @@ public:
     const StrokeView& View() const { return uiView; }
     /// Replaces a pending pick.
     void Pick(float x, float y);
-    void Cancel() { job.Cancel(); }
-    bool IsLong() const { return job.IsLong(); }
+    /// Cancels a request if it is running. \param request  from LongRequest.
+    void Cancel(uint64_t request) { job.Cancel(request); }
+    /// The request that has been running for longer than 200 ms; 0 if there is none. A released
+    /// stroke whose dabs are being applied counts as a request.
+    uint64_t LongRequest() const { return job.LongRequest(); }
+    /// Abandons the stroke that was begun last, unless it has ended, even if it was released.
+    void AbandonStroke();
+    /// Whether a request is the rest of a stroke. \param request  from LongRequest.
+    bool IsStroke(uint64_t request) const { return request == newestReleased; }
     std::vector<std::shared_ptr<const SurfaceUpdate>> TakeUpdates();
     bool HasUpdates() const;
     /// Requests and picks are numbered in the order in which they are posted.
@@ -43,6 +54,10 @@ private:
     struct PickRequest {
         StrokeView view;
         float x, y;
+    };
+    struct NumberedRequest {
+        uint64_t number;
+        EngineRequest request;
     };
 
     // --- Engine thread ---
@@ -54,12 +69,18 @@ private:
     /// Blocks until there is work. \return false when the thread is to end.
     bool WaitForWork();
     bool HasWork() const;
-    std::optional<EngineRequest> NextRequest();
+    /// Carries out one request, or a part of the work that is left from earlier ones.
+    void Turn();
+    /// The next request. If a stroke is open that ends before this request, the stroke is released
+    /// instead.
+    std::optional<NumberedRequest> NextRequest();
     void Serve(EngineRequest& request);
     void Serve(OpenRequest& request);
     void Serve(StepRequest& request);
     void Serve(ApplicationDataRequest& request);
     void Serve(SaveActionsRequest& request);
+    void Serve(SaveCopyRequest& request);
+    void Serve(ResumeJournalRequest& request);
     void Serve(SurfaceRequest& request);
     void Serve(StrokeStart& request);
     void Serve(StrokeSamples& request);
@@ -67,20 +88,28 @@ private:
     void Serve(StrokeEnd& request);
     /// Runs a function and reports its exceptions. \return the error in one line; empty if there is
     /// none.
-    template <typename Work>
-    QString Guarded(Work work);
-    template <typename Request>
-    void RequireDocument(const Request& request) const;
+    QString Guarded(const std::function<void()>& work);
+    /// The same without a report.
+    static QString ErrorOf(const std::function<void()>& work);
+    /// Removes the script position (name and JSON pointer) from the start of a message.
+    static QString WithoutPosition(const std::string& message);
+    LiveSession& RequireSession() const;
+    /// Applies dabs of the released stroke for one turn, or abandons the stroke.
+    void ContinueRelease();
+    bool IsStrokeAbandoned() const;
+    /// Reports failures of the journal, and tries to continue it.
+    void WatchJournal();
+    /// \return the error in one line; empty if there is none.
+    QString TryJournal();
+    void SendJournalFailure();
     /// Ends the job of a request, and the display of its progress.
     void EndJob();
     void AnswerPick();
     void SendSurface();
     void SendState();
-    std::string NewJournalPath() const;
     ScriptProgress Progress();
     /// Calls function(engine) on the UI thread.
-    template <typename Function>
-    void ToUi(Function function);
+    void ToUi(std::function<void(Engine&)> function);
 
     Engine& engine;
     const std::string journalFolder;
@@ -90,18 +119,31 @@ private:
     mutable std::mutex mutex;
     std::condition_variable wake;
     // Guarded by the mutex.
-    std::deque<EngineRequest> requests;
+    std::deque<NumberedRequest> requests;
     std::optional<PickRequest> pick;
     std::vector<std::shared_ptr<const SurfaceUpdate>> updates;
     std::size_t waitingBytes = 0;
     uint64_t newestRequest = 0;
+    /// Requests that began strokes that were abandoned after their release.
+    std::vector<uint64_t> abandonedStrokes;
+    /// The newest request that began a stroke, and the newest stroke that has ended.
+    uint64_t newestStroke = 0;
+    uint64_t endedStroke = 0;
+    bool isStrokeReleased = true;
     /// The newest request when Engine::BecameIdle was last sent.
     uint64_t idleRequest = 0;
     bool isEnding = false;
+    /// The stroke whose rest is being applied, or was last.
+    std::atomic<uint64_t> newestReleased = 0;
 
     // Engine thread.
     std::unique_ptr<LiveSession> session;
     std::shared_ptr<const DocumentState> sentState;
+    std::shared_ptr<const ToolSettingList> sentSettings;
+    JournalWatch journalWatch;
+    /// The request that is being carried out, and the one that began the open stroke.
+    uint64_t requestNumber = 0;
+    uint64_t strokeNumber = 0;
     double sampleTime = 0.0;
     bool hasBacklog = false;
     bool hasSurfaceWork = false;

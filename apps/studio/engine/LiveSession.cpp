@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "engine/LiveSession.h"
 
+#include "engine/JournalFolder.h"
 #include "framework/display/PatchBounds.h"
+#include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
 #include "framework/mesh/SurfaceNormal.h"
 #include "framework/script/ScriptDocument.h"
@@ -15,22 +17,8 @@ namespace trovik::studio {
 
 namespace {
 
-/// Time budget for dabs before the surface is sent to the viewport: half a frame at 60 Hz.
-constexpr std::chrono::milliseconds dabBudget(8);
-
-std::vector<PathSample> PathSamples(const std::vector<PenPoint>& points) {
-    std::vector<PathSample> samples;
-    samples.reserve(points.size());
-    for (const PenPoint& point : points) {
-        PathSample sample(Vector(point.x, point.y, 0.0f), point.pressure);
-        sample.tilt = {point.tiltX, point.tiltY, 0.0f};
-        // The same conversion as for recorded pens in stroke scripts, so that a replay has the same
-        // times.
-        sample.time = point.milliseconds / 1000.0;
-        samples.push_back(sample);
-    }
-    return samples;
-}
+/// About as much as a scene takes without layers.
+constexpr uint64_t sceneBytesPerVertex = 16;
 
 bool IsSameView(const StrokeView& a, const StrokeView& b) {
     return a.eye == b.eye && a.target == b.target && a.up == b.up &&
@@ -40,8 +28,11 @@ bool IsSameView(const StrokeView& a, const StrokeView& b) {
 
 /// A script without steps that opens the requested document.
 nlohmann::json SetupOf(const OpenRequest& request) {
-    nlohmann::json setup = {{"steps", nlohmann::json::array()}};
-    if (!request.preferences.empty()) setup["preferences"] = request.preferences;
+    nlohmann::json setup = request.setup.is_object() ? request.setup : nlohmann::json::object();
+    setup["steps"] = nlohmann::json::array();
+    for (const auto& [key, value] : request.preferences.items())
+        if (!setup.contains("preferences") || !setup.at("preferences").contains(key))
+            setup["preferences"][key] = value;
     if (!request.scenePath.empty()) {
         setup["scene"] = std::filesystem::absolute(request.scenePath).string();
         return setup;
@@ -55,23 +46,20 @@ nlohmann::json SetupOf(const OpenRequest& request) {
 
 }  // namespace
 
-std::string PicturePathOf(const std::string& journalPath) {
-    return std::filesystem::path(journalPath).replace_extension(".png").string();
-}
-
 LiveSession::LiveSession(const OpenRequest& request,
                          const std::string& journalPath,
                          const ScriptProgress& progress)
-    : runner("studio", ".", progress), journal(journalPath) {
+    : runner("studio", ".", progress), journal(journalPath), recoveredJournal(request.journalPath) {
     // Users choose output files in dialogs, so all paths are allowed.
     runner.AllowOutside(true);
-    if (!journal.empty()) runner.SetJournal({.path = journal});
+    if (!journal.empty()) runner.SetJournal({.path = journal, .isInteractive = true});
     const nlohmann::json setup = SetupOf(request);
     runner.Open(setup);
     feed.emplace(GetDocument());
     actions.emplace(setup);
 
     trovik::Document& document = GetDocument();
+    document.AddObserver(tools);
     opened.sourcePath = request.scenePath.empty() ? request.meshPath : request.scenePath;
     opened.scenePath = request.scenePath;
     opened.journalPath = journal;
@@ -83,17 +71,41 @@ LiveSession::LiveSession(const OpenRequest& request,
     opened.view = document.View();
     opened.applicationData = document.Settings().applicationData;
     opened.notes = document.Notes();
+    opened.isFromScript = request.setup.is_object();
 }
 
-LiveSession::~LiveSession() { stroke.reset(); }
+LiveSession::~LiveSession() {
+    stroke.reset();
+    GetDocument().RemoveObserver(tools);
+}
 
 void LiveSession::Close() {
-    if (stroke) EndStroke();
+    ApplyStroke();
     runner.Close();
     if (journal.empty()) return;
-    std::error_code ignored;
-    std::filesystem::remove(journal, ignored);
-    std::filesystem::remove(PicturePathOf(journal), ignored);
+    RemoveJournal(journal);
+    if (!recoveredJournal.empty()) RemoveJournal(recoveredJournal);
+}
+
+void LiveSession::SaveCopy(const std::string& path, JobControl* job) {
+    GetDocument().WriteScene(path, SceneStream(), {}, job);
+}
+
+std::string LiveSession::JournalFailure() { return runner.Runner().JournalFailure(); }
+
+bool LiveSession::HasRoomForJournal() {
+    uint64_t vertices = 0;
+    for (const DocumentState::Level& level : GetDocument().State()->levels)
+        vertices += level.vertices;
+    std::error_code unknown;
+    const std::filesystem::path parent = std::filesystem::path(journal).parent_path();
+    const auto space = std::filesystem::space(parent, unknown);
+    return unknown || space.available > vertices * sceneBytesPerVertex;
+}
+
+void LiveSession::ResumeJournal() {
+    std::filesystem::create_directories(std::filesystem::path(journal).parent_path());
+    runner.Runner().ResumeJournal();
 }
 
 void LiveSession::Do(const nlohmann::json& step) {
@@ -107,136 +119,14 @@ void LiveSession::ShowView(const StrokeView& view) {
 
 void LiveSession::Run(const nlohmann::json& given, const StrokeView& view) {
     const nlohmann::json step = CheckedStep(given, "studio");
-    if (stroke) EndStroke();
     for (const char* seesView : {"mask", "hide", "show", "isolate", "render", "bake"})
         if (step.contains(seesView)) ShowView(view);
     const bool isMoved = step.contains("transform") || step.contains("undo") ||
                          step.contains("redo") || step.contains("reset");
     Do(step);
     if (isMoved) feed->SendTransform();
-}
-
-template <typename Work>
-void LiveSession::Stroke(Work work) {
-    if (!stroke) return;
-    try {
-        work();
-    } catch (Error* error) {
-        const std::string reason = error->Message().toStdString();
-        Error::Dispose(error);
-        EndAfterError();
-        throw HostError(reason);
-    } catch (...) {
-        EndAfterError();
-        throw;
-    }
-}
-
-void LiveSession::EndAfterError() {
-    stroke.reset();
-    hasBacklog = false;
-    SelectToolBefore();
-}
-
-void LiveSession::BeginStroke(const StrokeStart& start) {
-    if (stroke) EndStroke();
-    trovik::Document& document = GetDocument();
-    toolBefore.clear();
-    const std::string tool = document.State()->tool.name;
-    if (!start.tool.empty() && start.tool != tool) {
-        Do({{"tool", start.tool}});
-        toolBefore = tool;
-    }
-    ShowView(start.view);
-
-    PenStrokeOptions options = PenStrokeOptions::Interactive();
-    options.modifier = start.modifier;
-    strokeSeed = document.Settings().strokesBegun + 1;
-    options.seed = strokeSeed;
-    if (start.steadyPixels >= 0.0f) options.steady = start.steadyPixels;
-    // A stamp copy that follows the drag has no path to straighten.
-    if (document.Brush().StrokeDrawMode() == static_cast<int>(DrawMode::AlongPath))
-        options.shape.line = start.isLine;
-    strokeStart = start;
-    strokePoints.clear();
-    figures = {};
-    try {
-        stroke.emplace(document, options);
-    } catch (...) {
-        SelectToolBefore();
-        throw;
-    }
-}
-
-void LiveSession::AddSamples(const std::vector<PenPoint>& points) {
-    Stroke([&] {
-        strokePoints.insert(strokePoints.end(), points.begin(), points.end());
-        const auto begin = std::chrono::steady_clock::now();
-        const unsigned before = stroke->Count();
-        hasBacklog = stroke->Add(PathSamples(points), dabBudget);
-        NoteDabs(before, begin);
-    });
-}
-
-void LiveSession::Tick(double milliseconds) {
-    Stroke([&] {
-        if (strokePoints.empty() || milliseconds <= strokePoints.back().milliseconds) return;
-        // A tick now would apply all waiting dabs at once; a later tick covers this time.
-        if (hasBacklog) return;
-        // Recorded as a repetition of the last sample at this time.
-        PenPoint resting = strokePoints.back();
-        resting.milliseconds = milliseconds;
-        strokePoints.push_back(resting);
-        const auto begin = std::chrono::steady_clock::now();
-        const unsigned before = stroke->Count();
-        stroke->Tick(milliseconds / 1000.0);
-        NoteDabs(before, begin);
-    });
-}
-
-void LiveSession::Continue() {
-    Stroke([&] {
-        const auto begin = std::chrono::steady_clock::now();
-        const unsigned before = stroke->Count();
-        hasBacklog = stroke->Continue(dabBudget);
-        NoteDabs(before, begin);
-    });
-}
-
-void LiveSession::NoteDabs(unsigned before, std::chrono::steady_clock::time_point begin) {
-    figures.dabs = stroke->Count();
-    if (figures.dabs == before) return;
-    const std::chrono::duration<double, std::milli> passed =
-        std::chrono::steady_clock::now() - begin;
-    figures.millisecondsPerDab = passed.count() / (figures.dabs - before);
-}
-
-void LiveSession::EndStroke() {
-    Stroke([&] {
-        stroke->Release();
-        stroke.reset();
-        hasBacklog = false;
-        actions->AddStroke(strokeStart, strokeSeed, strokePoints);
-    });
-    SelectToolBefore();
-}
-
-void LiveSession::AbandonStroke() {
-    Stroke([&] {
-        stroke->Abandon();
-        stroke.reset();
-        hasBacklog = false;
-        // The stroke is not recorded or counted, so that a replay of the actions numbers strokes
-        // identically.
-        --GetDocument().Settings().strokesBegun;
-    });
-    SelectToolBefore();
-}
-
-void LiveSession::SelectToolBefore() {
-    if (toolBefore.empty()) return;
-    const std::string tool = std::exchange(toolBefore, std::string());
-    Do({{"tool", tool}});
+    // The user's file now has the recovered work.
+    if (step.contains("save") && !recoveredJournal.empty()) RemoveRecovered(recoveredJournal);
 }
 
 HoverHit LiveSession::Pick(const StrokeView& view, float x, float y) {

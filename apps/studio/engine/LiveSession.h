@@ -4,13 +4,16 @@
 #include "engine/ActionLog.h"
 #include "engine/EngineRequests.h"
 #include "engine/SurfaceFeed.h"
+#include "framework/document/DocumentObserver.h"
 #include "framework/document/DocumentStroke.h"
 #include "framework/script/ScriptRunner.h"
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace trovik::studio {
 
@@ -33,29 +36,57 @@ public:
     const ActionLog& Actions() const { return *actions; }
     const OpenedDocument& Opened() const { return opened; }
 
-    /// Runs a step; an open stroke is released first.
-    /// \throw HostError; Cancelled.
+    /// Runs a step. No stroke may be open. \throw HostError; Cancelled.
     void Run(const nlohmann::json& step, const StrokeView& view);
-    /// \throw HostError
-    void BeginStroke(const StrokeStart& start);
+    /// Begins a stroke. No other one may be open.
+    /// \param poll  called regularly while mirrored sides are applied after the release. If it
+    /// throws Cancelled, the stroke is abandoned. \throw HostError
+    void BeginStroke(const StrokeStart& start, std::function<void()> poll);
     /// Has no effect if no stroke is open. \throw HostError; the stroke has then ended.
     void AddSamples(const std::vector<PenPoint>& points);
     void Tick(double milliseconds);
-    /// Applies dabs that AddSamples could not apply within its time budget.
+    /// Applies dabs that AddSamples or ReleaseStroke could not apply within its time budget.
     void Continue();
-    void EndStroke();
+    /// Releases the stroke, which accepts no further samples, and applies dabs within the time
+    /// budget of a turn. The stroke is open until Continue has applied all of them.
+    void ReleaseStroke();
+    /// Reverts the surface bit-exactly to its state before the stroke, which may be released.
     void AbandonStroke();
     bool HasStroke() const { return stroke.has_value(); }
+    bool IsReleased() const { return isReleased; }
     bool HasBacklog() const { return hasBacklog; }
     const StrokeFigures& Figures() const { return figures; }
 
     /// The surface under a pixel of a view.
     HoverHit Pick(const StrokeView& view, float x, float y);
 
-    /// Ends the work normally: closes and removes the journal.
+    /// Whether settings of the brush, its tools or symmetry may have changed since the last call.
+    bool TakeToolChange() { return std::exchange(tools.hasChanged, false); }
+
+    /// Writes a scene file that does not become the file of the document.
+    void SaveCopy(const std::string& path, JobControl* job);
+    /// Why the journal is not being written; empty while it is, and if none is kept.
+    std::string JournalFailure();
+    /// Whether there is room on the disk for the scene from which a failed journal continues.
+    bool HasRoomForJournal();
+    /// Continues a failed journal from a snapshot. \throw HostError; Cancelled.
+    void ResumeJournal();
+
+    /// Ends the work normally: applies the rest of an open stroke, closes the journal, and removes
+    /// it with the files that belong to it.
     void Close();
 
 private:
+    struct ToolWatch final : DocumentObserver {
+        bool hasChanged = true;
+        void ToolChanged() override { hasChanged = true; }
+    };
+
+    /// Applies all dabs of an open stroke and ends it.
+    void ApplyStroke();
+    void FinishStroke();
+    void RevertUnfinishedMirrors();
+    const UndoStep* NewestUndoStep();
     void ShowView(const StrokeView& view);
     void Do(const nlohmann::json& step);
     /// Calls work() on the open stroke, if there is one. Any exception ends the stroke.
@@ -67,7 +98,10 @@ private:
 
     ScriptRunner runner;
     std::string journal;
+    /// The journal whose recovered work was opened; empty if there is none.
+    std::string recoveredJournal;
     OpenedDocument opened;
+    ToolWatch tools;
     std::optional<SurfaceFeed> feed;
     std::optional<ActionLog> actions;
 
@@ -77,11 +111,10 @@ private:
     std::vector<PenPoint> strokePoints;
     /// The tool to select again when the stroke ends; if empty, the tool does not change.
     std::string toolBefore;
+    const UndoStep* newestBefore = nullptr;
+    bool isReleased = false;
     bool hasBacklog = false;
     StrokeFigures figures;
 };
-
-/// The path of the document image that is stored next to the journal, for recovery after a crash.
-std::string PicturePathOf(const std::string& journalPath);
 
 }  // namespace trovik::studio

@@ -183,7 +183,7 @@ void ViewportInput::PressKnown(const PointerEvent& press, bool isOnSurface) {
 
 void ViewportInput::BeginStroke(const PointerEvent& press) {
     if (!engine.HasDocument()) return;
-    if (engine.IsBusy()) {
+    if (!engine.AcceptsStrokes()) {
         Q_EMIT Refused(tr("The sculpture cannot be changed until the running task has finished."));
         return;
     }
@@ -245,6 +245,8 @@ void ViewportInput::KeyPressed(int key) {
     if (key == Qt::Key_Escape || IsHeld("stroke.abandon")) {
         selection.reset();
         viewport.unsetCursor();
+        // A released stroke may still be waiting for its last dabs.
+        if (gesture == nullptr) engine.AbandonStroke();
         End(false);
         return;
     }

@@ -2,6 +2,7 @@
 #include "render/SurfaceBuffers.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace trovik::studio {
 
@@ -32,6 +33,7 @@ void SurfaceBuffers::Free() {
     }
     triangles.clear();
     edges.clear();
+    pendingEdges = {};
     vertexBytes = indexBytes = edgeBytes = 0;
 }
 
@@ -114,38 +116,16 @@ void SurfaceBuffers::MakeIndices() {
                     GL_STATIC_DRAW);
 }
 
-// The triangles of a face are consecutive and begin with the same vertex; the triangles of other
-// faces begin with other vertices. This identifies the diagonals of quads, which are omitted.
-void SurfaceBuffers::MakeEdges() {
-    std::vector<uint16_t> lines;
-    std::vector<std::array<uint16_t, 2>> sides;
-    for (uint32_t patch = 0; patch < layout->PatchCount(); ++patch) {
-        const auto list = layout->Triangles(patch);
-        sides.clear();
-        for (std::size_t i = 0; i < list.size();) {
-            const uint16_t first = list[i];
-            uint16_t last = list[i + 1];
-            sides.push_back({first, last});
-            for (; i < list.size() && list[i] == first; i += 3) {
-                sides.push_back({list[i + 1], list[i + 2]});
-                last = list[i + 2];
-            }
-            sides.push_back({last, first});
-        }
-        for (auto& side : sides)
-            if (side[0] > side[1]) std::swap(side[0], side[1]);
-        std::sort(sides.begin(), sides.end());
-        sides.erase(std::unique(sides.begin(), sides.end()), sides.end());
-        edges.push_back(
-            {static_cast<uint32_t>(lines.size()), static_cast<uint32_t>(sides.size() * 2)});
-        for (const auto& side : sides) lines.insert(lines.end(), side.begin(), side.end());
-    }
-    edgeBytes = lines.size() * sizeof lines[0];
+void SurfaceBuffers::MakeEdges(const FaceEdges& made) {
+    edges = made.patches;
+    edgeBytes = made.lines.size() * sizeof made.lines[0];
     gl.glBindVertexArray(0);
     gl.glGenBuffers(1, &edgeBuffer);
     gl.glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, edgeBuffer);
-    gl.glBufferData(
-        GL_ELEMENT_ARRAY_BUFFER, static_cast<GLsizeiptr>(edgeBytes), lines.data(), GL_STATIC_DRAW);
+    gl.glBufferData(GL_ELEMENT_ARRAY_BUFFER,
+                    static_cast<GLsizeiptr>(edgeBytes),
+                    made.lines.data(),
+                    GL_STATIC_DRAW);
     for (Page& page : pages) page.edgeArray = MakeVertexArray(page.buffer, edgeBuffer);
 }
 
@@ -216,6 +196,7 @@ SurfaceBuffers::Drawn SurfaceBuffers::Draw(
     const FrustumCuller& culler,
     uint32_t strideLog2,
     const std::function<void(uint64_t firstVertex)>& beforePage) {
+    isWaitingForEdges = false;
     if (layout == nullptr) return {};
     if (!layout->IsGrid())
         return DrawRanges(
@@ -232,9 +213,15 @@ SurfaceBuffers::Drawn SurfaceBuffers::Draw(
         culler, GL_TRIANGLES, false, [&](uint32_t) { return range; }, beforePage);
 }
 
-SurfaceBuffers::Drawn SurfaceBuffers::DrawEdges(const FrustumCuller& culler) {
+SurfaceBuffers::Drawn SurfaceBuffers::DrawEdges(const FrustumCuller& culler, bool waits) {
     if (layout == nullptr || layout->IsGrid()) return {};
-    if (edgeBuffer == 0) MakeEdges();
+    if (edgeBuffer == 0) {
+        if (!pendingEdges.valid()) pendingEdges = StartFaceEdges(layout);
+        const auto state = pendingEdges.wait_for(std::chrono::seconds(0));
+        isWaitingForEdges = !waits && state != std::future_status::ready;
+        if (isWaitingForEdges) return {};
+        MakeEdges(pendingEdges.get());
+    }
     Drawn drawn =
         DrawRanges(culler, GL_LINES, true, [this](uint32_t patch) { return edges[patch]; }, {});
     drawn.triangles = 0;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/display/FrustumCuller.h"
+#include "render/FaceEdges.h"
 #include "render/Gl.h"
 #include "render/UploadQueue.h"
 
@@ -46,8 +47,12 @@ public:
     Drawn Draw(const FrustumCuller& culler,
                uint32_t strideLog2,
                const std::function<void(uint64_t firstVertex)>& beforePage = {});
-    /// Bucket layouts only: draws the edges of faces as lines.
-    Drawn DrawEdges(const FrustumCuller& culler);
+    /// Bucket layouts only: draws the edges of faces as lines. The first call after a new layout
+    /// starts to compute them on another thread; they are drawn as soon as they are ready.
+    /// \param waits  waits for them.
+    Drawn DrawEdges(const FrustumCuller& culler, bool waits);
+    /// Whether the last frame left out edges that are being computed. Needs no context.
+    bool ArePendingEdges() const { return isWaitingForEdges; }
     /// The stride that Draw uses for a requested one.
     uint32_t UsedStrideLog2(uint32_t wanted) const;
 
@@ -68,16 +73,11 @@ private:
         uint64_t firstVertex = 0;
         uint64_t vertexCount = 0;
     };
-    /// A range of an index buffer.
-    struct IndexRange {
-        uint32_t first = 0;
-        uint32_t count = 0;
-    };
 
     void Free();
     void MakePages();
     void MakeIndices();
-    void MakeEdges();
+    void MakeEdges(const FaceEdges& made);
     GLuint MakeVertexArray(GLuint vertices, GLuint indices);
     template <typename RangeOf>
     Drawn DrawRanges(const FrustumCuller& culler,
@@ -94,6 +94,8 @@ private:
     /// Per patch; bucket layouts only.
     std::vector<IndexRange> triangles;
     std::vector<IndexRange> edges;
+    std::future<FaceEdges> pendingEdges;
+    bool isWaitingForEdges = false;
     /// Per patch.
     std::vector<AxisAlignedBoundingBox> boxes;
     std::vector<bool> arrived;

@@ -169,7 +169,7 @@ SurfaceBuffers::Drawn SurfacePass::Draw(SurfaceBuffers& surface, const Frame& fr
         SetUniform(*edges, "localToClip", localToClip);
         gl.glEnable(GL_BLEND);
         gl.glDepthMask(GL_FALSE);
-        drawn.calls += surface.DrawEdges(culler).calls;
+        drawn.calls += surface.DrawEdges(culler, frame.waits).calls;
         gl.glDepthMask(GL_TRUE);
         gl.glDisable(GL_BLEND);
     }

@@ -25,6 +25,8 @@ public:
         /// Device pixels per logical pixel; determines the line width.
         float pixelRatio;
         uint32_t strideLog2;
+        /// Waits for lines that are being computed instead of leaving them out.
+        bool waits;
     };
     /// Draws into the bound framebuffer, with depth test.
     SurfaceBuffers::Drawn Draw(SurfaceBuffers& surface, const Frame& frame);

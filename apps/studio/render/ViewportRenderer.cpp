@@ -76,9 +76,14 @@ void ViewportRenderer::Draw(const Frame& frame) {
     gl.glClear(GL_DEPTH_BUFFER_BIT);
 
     stats.drawCalls += backdropPass.DrawBackground(frame.settings, frame.view);
-    const SurfaceBuffers::Drawn drawn = surfacePass.Draw(
-        surface,
-        {frame.view, frame.settings, frame.overlays, toWorld, frame.pixelRatio, drawnStrideLog2});
+    const SurfaceBuffers::Drawn drawn = surfacePass.Draw(surface,
+                                                         {frame.view,
+                                                          frame.settings,
+                                                          frame.overlays,
+                                                          toWorld,
+                                                          frame.pixelRatio,
+                                                          drawnStrideLog2,
+                                                          frame.uploadBudget == unlimitedBudget});
     stats.drawCalls += drawn.calls;
     stats.trianglesDrawn = drawn.triangles;
     stats.patchesCulled = drawn.culled;

@@ -35,8 +35,8 @@ public:
     void Add(const std::shared_ptr<const SurfaceUpdate>& update);
     /// Removes the surface; later updates may have the previous layout.
     void Clear();
-    /// Whether patches are waiting for a frame. Needs no context.
-    bool HasPending() const { return !queue.IsEmpty(); }
+    /// Whether patches, or lines of the wireframe, are waiting for a frame. Needs no context.
+    bool HasPending() const { return !queue.IsEmpty() || surface.ArePendingEdges(); }
     /// Bytes of waiting patches. Needs no context.
     uint64_t PendingBytes() const { return queue.Bytes(); }
 

@@ -34,6 +34,7 @@ void FillMenus(QMainWindow& window, const ActionRegistry& actions, FileActions& 
           "file.save",
           "file.saveAs",
           "file.saveIncremental",
+          "file.saveCopy",
           "-",
           "file.import",
           "file.export",

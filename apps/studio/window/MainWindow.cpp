@@ -10,6 +10,7 @@
 #include "panels/BrushPanel.h"
 #include "panels/Controls.h"
 #include "panels/ToolShelf.h"
+#include "window/JournalNotice.h"
 #include "window/MessageBar.h"
 #include "window/PanelStack.h"
 #include "window/QuickBar.h"
@@ -68,6 +69,7 @@ MainWindow::MainWindow(Engine& engine,
     AddDocks();
     AddStatusBar();
     message = new MessageBar(viewport);
+    new JournalNotice(engine, registry, viewport);
     FillMenus(*this, registry, *files);
     ConnectEngine();
     resize(1440, 900);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "window/RecoveryDialog.h"
 
+#include "framework/errors/HostError.h"
 #include "framework/io/FileLock.h"
 #include "framework/journal/JournalContent.h"
 
@@ -40,6 +41,18 @@ QString StepText(const JournalStep& step) {
     return text;
 }
 
+/// Number of steps that the newest saved scene contains.
+std::size_t SavedSteps(const JournalContent& content) {
+    if (content.saves.empty()) return 0;
+    const JournalSave& newest = content.saves.back();
+    try {
+        if (HashFile(newest.scene.path) == newest.scene.content) return newest.stepsBefore;
+    } catch (const HostError&) {
+        // The scene was moved or removed, so the journal is the only record.
+    }
+    return 0;
+}
+
 RecoverableWork Describe(const QFileInfo& file) {
     RecoverableWork work;
     work.journalPath = file.absoluteFilePath();
@@ -50,10 +63,9 @@ RecoverableWork Describe(const QFileInfo& file) {
         const JournalContent content = ReadJournal(work.journalPath.toStdString(), true);
         if (content.isClosed) work.problem = QStringLiteral("closed");
         work.source = QString::fromStdString(content.base.source);
-        for (const JournalStep& step : content.steps)
-            if (IsChange(step)) work.steps.append(StepText(step));
-        // A journal that was restarted from a snapshot contains unsaved work even if it has no
-        // steps.
+        for (std::size_t i = SavedSteps(content); i < content.steps.size(); ++i)
+            if (IsChange(content.steps[i])) work.steps.append(StepText(content.steps[i]));
+        // A journal that was restarted from a snapshot holds unsaved work without any step.
         if (work.steps.isEmpty() && work.source.startsWith(work.journalPath))
             work.steps.append(RecoveryDialog::tr("Work before the last undo or redo"));
     } catch (const std::exception& error) {
@@ -69,6 +81,8 @@ std::vector<RecoverableWork> FindRecoverableWork(const QString& folder) {
     const QFileInfoList files =
         QDir(folder).entryInfoList({QStringLiteral("*.journal")}, QDir::Files, QDir::Time);
     for (const QFileInfo& file : files) {
+        // The process ended before the journal was complete, so it contains no step.
+        if (file.fileName().contains(QLatin1String(".part."))) continue;
         // A locked journal is still being written by a process.
         if (FileLock(file.absoluteFilePath().toStdString()).State() == FileLock::Result::Busy)
             continue;

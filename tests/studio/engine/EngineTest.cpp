@@ -1,81 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "engine/Engine.h"
 #include "framework/display/PatchPacker.h"
 #include "framework/document/Document.h"
 #include "framework/io/ContentHash.h"
 #include "framework/script/ScriptRunner.h"
-#include "tests/SourceFolder.h"
-#include "tests/studio/WaitFor.h"
+#include "tests/studio/engine/StudioEngine.h"
 
 #include <QEventLoop>
-#include <QTemporaryDir>
 #include <QTimer>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <filesystem>
 #include <set>
 
 namespace trovik::studio {
 
 namespace {
-
-class StudioEngine : public testing::Test {
-protected:
-    QTemporaryDir folder;
-    std::unique_ptr<Engine> engine = std::make_unique<Engine>(Path("journals"));
-    QStringList failures, notes;
-
-    void SetUp() override { Listen(); }
-
-    void Listen() {
-        QObject::connect(
-            engine.get(), &Engine::Failed, [this](const QString& m) { failures << m; });
-        QObject::connect(engine.get(), &Engine::Noted, [this](const QString& m) { notes << m; });
-    }
-
-    std::string Path(const char* name) { return folder.filePath(name).toStdString(); }
-
-    /// Waits until all requests so far have been carried out.
-    void Finish() {
-        bool isDone = false;
-        engine->Run(
-            {{"set", nlohmann::json::object()}}, {}, [&](const QString&) { isDone = true; });
-        ASSERT_TRUE(WaitFor([&] { return isDone; }));
-    }
-
-    void OpenBust() {
-        OpenRequest request;
-        request.meshPath = test::SourceFolder() + "/examples/meshes/bust.obj";
-        request.levels = 2;
-        engine->Open(request);
-        ASSERT_TRUE(WaitFor([this] { return engine->HasDocument() || !failures.empty(); }));
-        ASSERT_TRUE(failures.empty()) << failures.first().toStdString();
-        engine->SetView(engine->Document().view);
-    }
-
-    /// A stroke across the middle of the view, with a tick at its end.
-    void Draw(StrokeStart start, float y, int samples = 40) {
-        start.view = engine->Document().view;
-        engine->BeginStroke(start);
-        const auto width = static_cast<float>(start.view.width);
-        const auto height = static_cast<float>(start.view.height);
-        double time = 0.0;
-        for (int i = 0; i < samples; ++i) {
-            const float t = static_cast<float>(i) / static_cast<float>(samples - 1);
-            time = i * 7.5;
-            engine->AddSamples({{width * (0.42f + 0.16f * t),
-                                 height * (y + 0.02f * t * t),
-                                 0.3f + 0.7f * t,
-                                 0.1f,
-                                 -0.2f * t,
-                                 time}});
-        }
-        engine->Tick(time + 16.0);
-        engine->Tick(time + 32.0);
-    }
-};
 
 TEST_F(StudioEngine, OpensAMeshAndSendsItsWholeSurface) {
     OpenBust();
@@ -211,6 +151,54 @@ TEST_F(StudioEngine, AnAbandonedStrokeLeavesTheSceneAsItWas) {
     EXPECT_EQ(engine->State()->historyPosition, 0u);
 }
 
+TEST_F(StudioEngine, BecomesIdleWhileNobodyTakesTheSurface) {
+    OpenBust();
+    engine->Run({{"subdivide", 2}});
+    ASSERT_TRUE(WaitFor([this] { return engine->IsIdle(); }));
+    // Each change of the level sends 28 MB, which is more than may wait.
+    engine->Run({{"level", 2}});
+    engine->Run({{"level", 4}});
+    EXPECT_TRUE(WaitFor([this] { return engine->IsIdle(); }, 10'000));
+    std::size_t bytes = 0;
+    for (const auto& update : engine->TakeUpdates())
+        bytes += update->vertices.size() * sizeof(DisplayVertex);
+    EXPECT_GE(bytes, std::size_t{32} << 20);
+}
+
+TEST_F(StudioEngine, SendsSettingsOnlyWhenTheyDiffer) {
+    OpenBust();
+    Finish();
+    int settings = 0, states = 0;
+    QObject::connect(engine.get(), &Engine::SettingsChanged, [&] { ++settings; });
+    QObject::connect(engine.get(), &Engine::StateChanged, [&] { ++states; });
+    Draw({}, 0.4f);
+    engine->EndStroke();
+    engine->Run({{"undo", 1}});
+    engine->Run({{"set", {{"radius", engine->State()->tool.radius}}}});
+    Finish();
+    EXPECT_GE(states, 2);
+    EXPECT_EQ(settings, 0);
+    engine->Run({{"set", {{"strength", 61}}}});
+    Finish();
+    EXPECT_EQ(settings, 1);
+    EXPECT_EQ(engine->Setting("strength")->value, 61);
+}
+
+TEST_F(StudioEngine, WritesACopyThatIsNotTheFileOfTheDocument) {
+    OpenBust();
+    Draw({}, 0.4f);
+    engine->EndStroke();
+    bool isDone = false;
+    engine->SaveCopy(Path("copy.trovik"), [&](const QString&) { isDone = true; });
+    ASSERT_TRUE(WaitFor([&] { return isDone; }));
+    Finish();
+    EXPECT_TRUE(engine->State()->isModified);
+    EXPECT_TRUE(engine->State()->scenePath.empty());
+    engine->Save(Path("work.trovik"));
+    Finish();
+    EXPECT_EQ(HashFile(Path("copy.trovik")), HashFile(Path("work.trovik")));
+}
+
 TEST_F(StudioEngine, PicksTheSurfaceUnderThePointer) {
     OpenBust();
     HoverHit hit;
@@ -243,34 +231,6 @@ TEST_F(StudioEngine, CancelsALongStepAndKeepsTheDocument) {
     EXPECT_TRUE(isLong);
     EXPECT_EQ(error, "Cancelled");
     Finish();
-}
-
-TEST_F(StudioEngine, RecoversTheWorkOfAJournalThatWasNotClosed) {
-    OpenBust();
-    engine->Run({{"set", {{"radius", 0.12}}}});
-    Draw({}, 0.4f);
-    engine->EndStroke();
-    engine->Run({{"mirror", {"x"}}});
-    Draw({}, 0.5f);
-    Finish();
-    // The journal as a crash would leave it: the process has no chance to close it.
-    std::filesystem::copy(Path("journals"), Path("crashed"));
-    engine->Save(Path("work.trovik"));
-    Finish();
-    engine.reset();
-    EXPECT_TRUE(std::filesystem::is_empty(Path("journals")));
-
-    engine = std::make_unique<Engine>(Path("journals"));
-    Listen();
-    OpenRequest request;
-    request.journalPath = std::filesystem::directory_iterator(Path("crashed"))->path().string();
-    engine->Open(request);
-    ASSERT_TRUE(WaitFor([this] { return engine->HasDocument() || !failures.empty(); }));
-    ASSERT_TRUE(failures.empty()) << failures.first().toStdString();
-    EXPECT_TRUE(engine->Document().isRecovered);
-    engine->Save(Path("recovered.trovik"));
-    Finish();
-    EXPECT_EQ(HashFile(Path("work.trovik")), HashFile(Path("recovered.trovik")));
 }
 
 }  // namespace

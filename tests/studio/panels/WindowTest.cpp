@@ -9,6 +9,7 @@
 #include "panels/ValueSlider.h"
 #include "resources/Icons.h"
 #include "tests/studio/panels/StudioWindow.h"
+#include "window/JournalNotice.h"
 #include "window/PanelStack.h"
 
 #include <QAbstractButton>
@@ -242,6 +243,26 @@ TEST_F(StudioWindow, OpeningUnknownFilesIsRefused) {
         &window->Files(), &FileActions::Refused, [&](const QString& m) { refused = m; });
     window->Files().Open("/tmp/picture.bmp");
     EXPECT_TRUE(refused.startsWith("/tmp/picture.bmp: expected a scene"));
+}
+
+TEST_F(StudioWindow, ShowsThatTheJournalCannotBeWrittenUntilItCan) {
+    auto* notice = viewport->findChild<JournalNotice*>();
+    ASSERT_NE(notice, nullptr);
+    EXPECT_EQ(notice->Text(), "");
+    OpenSphere();
+    Q_EMIT engine.JournalFailureChanged(QStringLiteral("the disk is full"));
+    EXPECT_TRUE(notice->isVisible());
+    EXPECT_TRUE(notice->Text().contains(QStringLiteral("the disk is full")));
+    // Work continues while it is shown.
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+    Finish();
+    EXPECT_TRUE(notice->isVisible());
+    const auto buttons = notice->findChildren<QAbstractButton*>();
+    ASSERT_EQ(buttons.size(), 2);
+    for (const QAbstractButton* button : buttons) EXPECT_EQ(button->focusPolicy(), Qt::NoFocus);
+    EXPECT_TRUE(viewport->rect().contains(notice->geometry()));
+    Q_EMIT engine.JournalFailureChanged(QString());
+    EXPECT_FALSE(notice->isVisible());
 }
 
 }  // namespace trovik::studio

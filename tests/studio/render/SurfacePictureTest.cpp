@@ -3,6 +3,7 @@
 /// \file A viewport that received only the changed patches draws an image bit-identical to that of
 /// a viewport that received the whole surface, and its buffers are byte-identical, too.
 #include "tests/display/PackedLevel.h"
+#include "tests/studio/WaitFor.h"
 #include "tests/studio/render/OffscreenViewport.h"
 
 #include <gtest/gtest.h>
@@ -166,6 +167,19 @@ TEST_F(SurfacePictureTest, DrawsTheWireframeOfBuckets) {
     const QImage lines = viewport.Draw();
     EXPECT_GT(viewport.Renderer().Stats().drawCalls, calls);
     EXPECT_EQ(lines, Fresh());
+
+    // A frame with a limited budget does not wait for the lines.
+    viewport.Renderer().Clear();
+    shown.Do(R"({"level": 0})");
+    shown.Do(R"({"level": 1})");
+    Follow();
+    viewport.frame.uploadBudget = ViewportRenderer::restBudget;
+    QImage drawn = viewport.Draw();
+    EXPECT_TRUE(WaitFor([&] {
+        drawn = viewport.Draw();
+        return !viewport.Renderer().HasPending();
+    }));
+    EXPECT_EQ(drawn, lines);
 }
 
 TEST_F(SurfacePictureTest, CountsItsWork) {

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "commands/ScriptPlayer.h"
+#include "framework/io/ContentHash.h"
+#include "framework/script/ScriptRunner.h"
+#include "tests/studio/engine/StudioEngine.h"
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+
+namespace trovik::studio {
+
+namespace {
+
+class PlayedScript : public StudioEngine {
+protected:
+    ScriptPlayer player{*engine};
+
+    QString Write(const nlohmann::json& script) {
+        std::ofstream(Path("script.json")) << script;
+        return folder.filePath("script.json");
+    }
+    std::string Refusal(const nlohmann::json& script) {
+        return player.Run(Write(script)).toStdString();
+    }
+};
+
+TEST_F(PlayedScript, AppliesAllFieldsOfTheSetup) {
+    const nlohmann::json script = {
+        {"mesh", trovik::test::SourceFolder() + "/examples/meshes/bust.obj"},
+        {"units", "cm"},
+        {"levels", 1},
+        {"transform", {{"scale", 2}}},
+        {"mirror", {"x"}},
+        {"camera", {{"eye", {0, 10, 30}}, {"target", {0, 10, 0}}}},
+        {"seed", 77},
+        {"preferences", {{"Undo Budget", 123}}},
+        {"subdivideBudget", 40000000},
+        {"undoBudget", 50000000},
+        {"steps",
+         {{{"tool", "Wax"}, {"set", {{"radius", 0.3}, {"randomSize", 0.5}}}},
+          {{"stroke", {{"surface", {{0.5, 11, 2, 0.5}, {-0.5, 12, 2}}}}}}}}};
+    bool isFinished = false;
+    QString error;
+    QObject::connect(&player, &ScriptPlayer::Finished, [&](int, const QString& reason) {
+        isFinished = true;
+        error = reason;
+    });
+    ASSERT_EQ(player.Run(Write(script)), "");
+    ASSERT_TRUE(WaitFor([&] { return isFinished; }));
+    ASSERT_EQ(error, "");
+    EXPECT_TRUE(engine->Document().isFromScript);
+    engine->Save(Path("studio.trovik"));
+    QString refused;
+    engine->Run({{"subdivide", 3}}, {}, [&](const QString& reason) { refused = reason; });
+    Finish();
+    EXPECT_NE(refused, "") << "the budget of the script applies";
+
+    ScriptRunner runner(Path("script.json"), folder.path().toStdString(), {});
+    const ScriptResult result = runner.Run();
+    EXPECT_GT(result.totals.dabs, 3u);
+    runner.Save(Path("command.trovik"));
+    EXPECT_EQ(HashFile(Path("studio.trovik")), HashFile(Path("command.trovik")));
+}
+
+TEST_F(PlayedScript, RefusesWhatCannotBeApplied) {
+    const std::string mesh = trovik::test::SourceFolder() + "/examples/meshes/bust.obj";
+    const auto none = nlohmann::json::array();
+    EXPECT_THAT(Refusal({{"steps", none}}), testing::HasSubstr("names no mesh"));
+    EXPECT_THAT(Refusal({{"mesh", mesh}, {"memoryLimit", 1000000}, {"steps", none}}),
+                testing::HasSubstr("memoryLimit"));
+    EXPECT_THAT(Refusal({{"mesh", mesh}, {"scene", "a.trovik"}, {"steps", none}}),
+                testing::HasSubstr("not both"));
+    EXPECT_THAT(Refusal({{"mesh", mesh}, {"sead", 3}, {"steps", none}}),
+                testing::HasSubstr("sead"));
+    OpenBust();
+    for (const char* field : {"seed", "levels", "undoBudget"})
+        EXPECT_THAT(Refusal({{field, 1}, {"steps", none}}), testing::HasSubstr(field));
+    EXPECT_EQ(Refusal({{"mirror", {"x"}}, {"steps", none}}), "");
+    Finish();
+    EXPECT_TRUE(failures.empty());
+}
+
+}  // namespace
+
+}  // namespace trovik::studio
