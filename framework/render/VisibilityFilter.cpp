@@ -28,7 +28,7 @@ constexpr float normalLimit = 0.10f;
 constexpr float planeLimit = 0.6f;
 /// Differences up to this limit count as noise, in squared standard deviations.
 constexpr float noiseLimit = 9.0f;
-/// Smallest squared difference that is always smoothed: about one step of a byte.
+/// Squared difference that counts as noise regardless of the variance: about one byte step.
 constexpr float minNoise = 2e-5f;
 
 /// Decreases smoothly from 1 at 0 to 0 at 1 and beyond.
@@ -73,8 +73,8 @@ public:
         }
     }
 
-    /// Calls `work(x, y)` for each pixel that shows a surface, on all threads. The phase is polled
-    /// between rows, and all rows are added at the end.
+    /// Calls `work(x, y)` for each pixel that shows a surface, on all threads. The phase checks for
+    /// cancellation between rows, and counts all rows at the end.
     template <typename Work>
     void ForEach(JobPhase& phase, Work work) const {
         const std::thread::id caller = std::this_thread::get_id();

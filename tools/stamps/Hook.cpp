@@ -50,7 +50,7 @@ SpinePoint OnSpine(double s) {
 }
 
 /// Returns a point on the surface of the horn; `far` is 0 at its tip and 1 at its neck, and
-/// `heading` goes around it.
+/// `heading` is the direction around its centre line.
 Point3 HornPoint(double far, Point2 heading) {
     const double s = 1.0 - far;
     const SpinePoint spine = OnSpine(s);
@@ -63,7 +63,8 @@ Point3 HornPoint(double far, Point2 heading) {
         0.03 * Noise({heading.x * 3.0 + 40.0, heading.y * 3.0 + s * 2.0 + 40.0}, 4096, 21u);
     const double radius =
         NeckRadius * std::sqrt(tip) * taper * (1.0 + rings + grain * SmoothStep(0.0, 0.2, s));
-    // The radius applies perpendicular to the centre line, within its plane and across it.
+    // The radius is measured perpendicular to the centre line: one component lies in its plane, the
+    // other is perpendicular to that plane.
     const Point2 across{spine.heading.y, -spine.heading.x};
     return {spine.right + radius * heading.x * across.x,
             spine.up + radius * heading.x * across.y,
