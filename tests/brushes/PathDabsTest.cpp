@@ -43,7 +43,7 @@ TEST_F(PathDabsTest, ArcLengthAroundACornerCounts) {
 }
 
 TEST_F(PathDabsTest, RemainderIsCarriedFromSampleToSample) {
-    // Samples that are closer than the spacing, at distances that are not multiples of it.
+    // Samples closer together than the dab spacing, at distances that do not divide it evenly.
     std::vector<PathSample> samples;
     for (int i = 0; i <= 100; ++i) {
         const float x = 1.0f + 0.07f * static_cast<float>(i);

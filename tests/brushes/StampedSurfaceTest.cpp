@@ -158,8 +158,8 @@ TEST_F(StampedSurface, StampOnAScaledMeshHasItsSizeInWorldSpace) {
 }
 
 TEST_F(StampedSurface, VectorStampMovesInUnitsOfItsSide) {
-    // One pixel: half a side to the right, a quarter outwards from the surface, an eighth
-    // downwards.
+    // A single pixel that moves vertices half a side to the right, a quarter of a side outwards
+    // from the surface and an eighth of a side downwards.
     FloatImage image;
     image.width = image.height = 1;
     image.channels = 3;

@@ -141,7 +141,7 @@ TEST(PatchLayout, BucketsStayCompactWithNonFinitePositions) {
     level.SetPosition(17, {INFINITY, NAN, 0});
     const PatchLayout layout(level);
     ExpectEachTriangleOnce(level, layout);
-    // An infinite extent must not be chosen for every cut.
+    // The cuts must not always choose the axis with the infinite extent.
     EXPECT_LT(layout.TotalVertexCount(), 1.01 * level.VertexCount());
 }
 
@@ -149,7 +149,7 @@ TEST(PatchLayout, VisitsThePatchesWithDescendantsOfAFace) {
     ForEachLevel(4, [](LevelMesh& level, const std::string& name) {
         SCOPED_TRACE(name);
         const PatchLayout layout(level);
-        // Determine parents by vertices: child k of a face contains its corner k.
+        // Parents are identified by vertices: child k of a face contains its corner k.
         std::vector<uint32_t> ancestor(level.faceCount);
         for (uint32_t face = 0; face < level.faceCount; ++face) ancestor[face] = face;
         const auto patchOf = [&](uint32_t face) {

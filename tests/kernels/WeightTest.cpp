@@ -274,7 +274,7 @@ TEST_F(Weight, StrengthBiasOfWaxDoesNotDependOnPressure) {
     EXPECT_NEAR(bench.Height(middle), 2.0f * (0.8f * 0.25f + 0.2f), 1e-6f);
     EXPECT_NEAR(bench.Height(quarter), 1.0f * (0.8f * 0.25f + 0.2f), 1e-6f);
 
-    // Flatten, of the same family, ignores pressure.
+    // Flatten, a tool of the same family, ignores pressure.
     const float height = bench.Height(middle);
     bench.Restart(Tool::Flatten);
     bench.Aim({0.5f, 0.5f, 0.0f}, 2.0f);

@@ -152,7 +152,7 @@ TEST_F(DamagedScene, RadiusAndSpacingHaveTheRangeOfScripts) {
             if (chunk.name == "SETT") chunk.content.replace(place, 4, BytesOf(number));
         return Read(JoinScene(whole.substr(0, scene.headerBytes), chunks));
     };
-    // The offset after three vectors, the angle and the size of the view.
+    // Byte offsets: the view's three vectors, angle and size come before the radius.
     constexpr std::size_t radius = 48;
     constexpr std::size_t spacing = 52;
     EXPECT_EQ(readWith(spacing, 0.001f), "");

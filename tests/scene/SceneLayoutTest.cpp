@@ -162,7 +162,7 @@ TEST_F(SceneLayout, LevelHasPositionsNormalsMaskAndSeenState) {
     const auto seen = levl.Read<uint32_t>();
     EXPECT_GT(seen, 0u);
     levl.Skip(seen * 16);
-    // The strokes on the finer level were carried down to this level, but not yet to level 0.
+    // The strokes on the finer level were propagated to this level, but not yet to level 0.
     EXPECT_EQ(levl.Read<uint32_t>(), 26u) << "seen from below";
     EXPECT_EQ(levl.Read<uint32_t>(), 0u);
     EXPECT_EQ(levl.Read<float>(), document->Geometry().Seen(1).fromBelow.positions[0].x);

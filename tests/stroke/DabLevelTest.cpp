@@ -20,7 +20,7 @@ public:
     ~LevelFactor() { swiftStrokeLevelFactor.attribute->SetValue(1.0f, true); }
 };
 
-/// The brush's measure of a face: the diagonal of a quad or one side of a triangle.
+/// The size of a face as measured by the brush: the diagonal of a quad or one side of a triangle.
 float Measure(LevelMesh& mesh, uint32_t face) {
     const uint32_t first = face * mesh.CornersPerFace();
     return (mesh.Position(mesh.faceVertexIndices[first]) -

@@ -89,7 +89,7 @@ protected:
                 weights += w;
                 for (int k = 0; k < 2; ++k) {
                     const int next = cell[k] + moves[arm][k];
-                    // At the border the cursor does not move.
+                    // The cursor stops at the border.
                     if (next >= 0 && next < static_cast<int>(side)) cell[k] = next;
                 }
             }
@@ -349,8 +349,8 @@ TEST_F(Sampling, TrianglesAreSampledByTheVertexWalk) {
     }
     EXPECT_GT(count, 2);
     ExpectNear(b.planePoints[0], sum * static_cast<float>(1.0 / count), 1e-5f);
-    // The sampling traversal counts once, the sampling itself once more, and then the dab's own
-    // traversal.
+    // The visit stamp advances once for the sampling traversal, once for the sampling itself and
+    // once for the dab's own traversal.
     EXPECT_EQ(bottom.Mesh().visitStamp, stamp + 3);
     bottom.End();
 }

@@ -118,7 +118,7 @@ TEST(TriangleDab, UpdatesTheNormalsOfAllReportedVertices) {
         EXPECT_NEAR(n.y, normal[1] * 32767.0, 1.0);
         EXPECT_NEAR(n.z, normal[2] * 32767.0, 1.0);
     }
-    // The neighbours of moved vertices were reported, too, so that no normal is outdated.
+    // The neighbours of moved vertices were reported, too, so that no normal is stale.
     const auto after = BitsOf(mesh);
     for (uint32_t v = 0; v < before.size(); ++v) {
         if (std::equal(before[v].position, before[v].position + 3, after[v].position)) continue;

@@ -150,7 +150,7 @@ TEST_F(VertexKernel, ApplicationToAWholeMeshOfTrianglesMovesNothing) {
     for (const bool byFacing : {false, true}) {
         Open(Icosahedron());
         std::vector<Vector> before;
-        // One vertex is at the centre of the application, the world origin.
+        // One vertex is at the world origin, the centre of the whole-mesh pass.
         Mesh().SetPosition(Mesh().faceVertexIndices[1], {});
         for (uint32_t v = 0; v < 12; ++v) before.push_back(Mesh().Position(v));
         const auto bits = BitsOf(Mesh());
@@ -181,7 +181,7 @@ TEST_F(VertexKernel, StampThatDoesNotReachTheVertexReturnsFalse) {
     EXPECT_EQ(Height(0), 0.5f);
     EXPECT_FALSE(Step(4));
     EXPECT_EQ(Height(4), 0.0f);
-    // The whole-mesh pass has no separate code path here.
+    // The whole-mesh pass takes the same code path here.
     b.wholeMesh = true;
     EXPECT_FALSE(Step(5));
     b.wholeMesh = false;

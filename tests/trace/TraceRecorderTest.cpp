@@ -224,7 +224,8 @@ TEST_F(TraceRecorderTest, MessagesDirectionAndBoxAreReported) {
     EXPECT_EQ(out["messages"], R"(["a<br>", "b"])"_json);
     EXPECT_EQ(out["directionVector"], R"([0.0, 0.5, -1.0])"_json);
     EXPECT_EQ(out["box"], R"([1.0, 2.0, 3.0, 1.0, 2.0, 3.0])"_json);
-    // The direction remains for the host's cursor, but the next dab did not set it.
+    // The direction stays in the settings for the host's cursor, but is not reported for the next
+    // dab, which did not set it.
     brush.work = [](const SurfacePoint&, AxisAlignedBoundingBox&) {};
     out = Dab(first)["out"];
     EXPECT_TRUE(out["directionVector"].is_null());

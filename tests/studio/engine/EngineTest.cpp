@@ -55,7 +55,7 @@ protected:
         engine->SetView(engine->Document().view);
     }
 
-    /// A stroke across the middle of the view, with a tick at its end.
+    /// A stroke across the middle of the view, followed by two ticks.
     void Draw(StrokeStart start, float y, int samples = 40) {
         start.view = engine->Document().view;
         engine->BeginStroke(start);

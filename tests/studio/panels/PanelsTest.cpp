@@ -216,7 +216,7 @@ TEST_F(StudioWindow, LayersAreAddedRenamedMovedAndRemoved) {
     EXPECT_EQ(panel->Rows()[0]->Layer().name, "Layer 4") << "two layers have the same name";
     EXPECT_EQ(QApplication::focusWidget(), viewport);
 
-    // Drags the highest layer to the end.
+    // Drags the top layer to the end of the list.
     Q_EMIT panel->Rows()[0]->GripMoved(panel->Rows()[2]->geometry().bottom() + 4);
     Q_EMIT panel->Rows()[0]->GripReleased();
     Finish();

@@ -91,7 +91,7 @@ TEST_F(StudioWindow, MenusHoldActionsOfTheRegistry) {
         QAction* action = actions.Find(info.id);
         if (action != nullptr && inMenus.count(action) == 0) missing << info.id;
     }
-    // The only action without a menu item. It opens the default sphere, as the first start does.
+    // The only action without a menu item. It opens the default sphere, as on the first launch.
     EXPECT_EQ(missing, QStringList{"file.new.sphere"}) << missing.join(", ").toStdString();
 }
 
