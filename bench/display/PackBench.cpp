@@ -81,8 +81,8 @@ void Report(benchmark::State& state, uint64_t vertices) {
     state.SetBytesProcessed(items * static_cast<int64_t>(sizeof(DisplayVertex)));
 }
 
-/// Packs the patches of successive dabs in a stroke, nearly all of which are in the CPU caches.
-/// With `scattered`, each dab is at a different position, so that no patch is cached.
+/// Packs the patches of successive dabs in a stroke. Nearly all of these patches are in the CPU
+/// caches. With `scattered`, each dab is at a different position, so that no patch is cached.
 void PackDab(benchmark::State& state, bool scattered) {
     LevelMesh& level = Level(state.range(0));
     const PatchLayout layout(level);

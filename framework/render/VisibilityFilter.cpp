@@ -24,7 +24,8 @@ static_assert(filterReach == radius * (1 + 1 + 2 + 4));
 /// Two pixels belong to different surfaces if 1 minus the cosine of the angle between their normals
 /// exceeds this.
 constexpr float normalLimit = 0.10f;
-/// Maximum distance from the plane of the surface, in pixels per pixel of distance in the image.
+/// Maximum distance from the plane of the surface, in pixels, for each pixel of distance in the
+/// image.
 constexpr float planeLimit = 0.6f;
 /// Differences up to this limit count as noise, in squared standard deviations.
 constexpr float noiseLimit = 9.0f;
@@ -110,7 +111,7 @@ struct Mean {
     }
 };
 
-/// Variance of the fraction `mean` of free rays, estimated from `count` rays.
+/// Variance of `mean`, a fraction of unoccluded rays that is estimated from `count` rays.
 float BinomialVariance(float mean, float count) {
     return count > 0.0f ? std::max(0.0f, mean * (1.0f - mean)) / count : 0.0f;
 }

@@ -25,7 +25,8 @@ void WriteGeometryChunk(SceneStream& stream,
 GeometryChunk ReadGeometryChunk(SceneStream& stream);
 
 /// Chunk LEVL: the positions, normals, freeze bytes and face flags of one level, and its values as
-/// of the last update of the levels above and below. \throw Cancelled.
+/// of the last update of the levels above and below.
+/// \throw Cancelled.
 void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t index, JobControl* job);
 
 /// Reads the levels one by one and creates the geometry from them.

@@ -107,7 +107,7 @@ TEST(SteadyStroke, BrushFollowsAtTheLengthOfTheStabiliser) {
 
 TEST(SteadyStroke, PathAroundACornerIsATractrix) {
     // The stabiliser's cord lies along x when the pen turns at a right angle. Along a tractrix, the
-    // weight lags behind the pen's distance d by L tanh(d / L), and its lateral distance is L /
+    // brush lags behind the pen's distance d by L tanh(d / L), and its lateral distance is L /
     // cosh(d / L).
     const float L = 20.0f;
     const auto path = Stabilised(Through({{0, 0, 0}, {100, 0, 0}, {100, 45, 0}}), L);

@@ -114,7 +114,8 @@ TEST(PatchLayout, BucketsAreCompactAndOfAbout4096Faces) {
             area += static_cast<double>((box.maxX - box.minX) * (box.maxY - box.minY));
         }
         EXPECT_LT(area, 1.1 * n * n) << "the buckets overlap";
-        // Quads need extra vertices only at the borders, triangles one for each face.
+        // Quad meshes need extra vertices only at patch borders; triangle meshes need one for each
+        // face.
         const auto total = static_cast<double>(layout.TotalVertexCount());
         EXPECT_LT(total, (triangles ? 1.1 : 1.06) * faces);
     }

@@ -134,8 +134,8 @@ TEST(FaceChoiceTest, ViewSelectsVisibleFacesWithAllCornersInside) {
     for (const uint32_t face : inFront) both.insert(face + 16);
     EXPECT_EQ(choose(ViewReach::Visible), inFront);
     EXPECT_EQ(choose(ViewReach::Through), both);
-    // The occluded faces become visible once the front is hidden; the front itself is not selected
-    // any more.
+    // The occluded faces become visible once the front is hidden; the front itself is no longer
+    // selected.
     FaceChoice sheet(level.faceCount);
     std::fill_n(sheet.begin(), 16, uint8_t{1});
     auto step = ChangeVisibilityAsStep(geometry, VisibilityChange::Hide, sheet);

@@ -76,7 +76,8 @@ Point3 HookShape(Point2 p) {
     const Point2 heading = far > 1e-9 ? p * (1.0 / far) : Point2{1.0, 0.0};
     if (far <= RootEdge) return HornPoint(far / RootEdge, heading);
 
-    // The root: a cubic from the flat surface to the neck, with the direction of the neck.
+    // The root: a cubic curve from the flat surface to the neck, where it has the direction of the
+    // neck.
     const double t = (far - RootEdge) / (1.0 - RootEdge);
     constexpr double Reach = 1e-3;
     const Point3 neck = HornPoint(1.0, heading);
