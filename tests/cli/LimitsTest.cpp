@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-// A process with a sanitizer maps more address space than any limit allows.
+// With a sanitizer, a process maps more address space than the tested limits allow.
 #ifdef __SANITIZE_ADDRESS__
 #define SKIP_IF_SANITIZED() GTEST_SKIP() << "sanitizers need unlimited address space"
 #else

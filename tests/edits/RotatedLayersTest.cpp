@@ -181,12 +181,12 @@ TEST(RotatedLayers, TurnedOffAndOnAgainAfterEachDeformationGiveTheSameBits) {
         EXPECT_NE(StateOf(*layered.geometry.Bound()), before);
         layered.Give(LayerVisibilities()[1]);
         ASSERT_EQ(StateOf(*layered.geometry.Bound()), before) << bend;
-        // Within the rounding error of that many rotations.
+        // The tolerance is the rounding error of that many rotations.
         EXPECT_NEAR(layered.Layer(0).StateOfSlot(0).offset.Length(), length, 1e-6f);
     }
 }
 
-/// All data of the layers of all levels, and the layer bases.
+/// All layer data of all levels, including the layer bases.
 std::string LayersOf(const LevelGeometry& geometry) {
     std::string bytes;
     const auto put = [&bytes](const auto& value) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The weight of a vertex: tests each factor separately.
+/// \file Tests each factor of a vertex's weight separately.
 #include "framework/brushes/BrushSettings.h"
 #include "tests/kernels/KernelFixture.h"
 #include "tests/meshes/MeshZoo.h"
@@ -216,7 +216,8 @@ TEST_F(Weight, RangeOfZeroGivesASharpEdge) {
         bench.RunKernel(0);
         EXPECT_EQ(bench.Height(middle), 1.0f);
     }
-    // An angle equal to the start: 0 / 0 must not discard the vertex.
+    // If the angle equals the start of the falloff, the resulting 0 / 0 must not discard the
+    // vertex.
     bench.Restart(Tool::Sculpt);
     bench.mesh.vertexNormals.array[middle] = {0, 0, 0, 0};
     bench.Aim({0.5f, 0.5f, 0.0f}, 2.0f);

@@ -23,7 +23,7 @@ namespace {
 
 using Point = std::array<float, 3>;
 
-/// The positions as a set in which zeros of both signs are equal.
+/// The positions as a set, with zeros of both signs treated as equal.
 std::multiset<Point> PointSet(const std::vector<Point>& positions) {
     std::multiset<Point> points;
     for (Point p : positions) {

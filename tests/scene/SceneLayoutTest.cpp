@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The bytes of scene files as documented in docs/scene-format.md.
+/// \file Checks that the bytes of scene files match docs/scene-format.md.
 #include "framework/io/Crc32.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/scene/SampleScene.h"

@@ -127,7 +127,7 @@ TEST(DabLevel, UnrepresentableNumbersCountAsZero) {
     bench.End();
 }
 
-/// A single quad whose measure is exactly 4.
+/// A single quad whose diagonal is exactly 4.
 PolygonMesh WideQuad() {
     PolygonMesh quad;
     quad.positions = {{0, 0, 0}, {2, -2, 0}, {4, 0, 0}, {2, 2, 0}};

@@ -249,7 +249,7 @@ TEST_F(ToolEffect, FillOnlyRaisesVerticesBelowThePlane) {
 TEST_F(ToolEffect, AmplifyMovesAwayFromThePlane) {
     Dab(Tool::Amplify, 100.0f, 1);
     EXPECT_GT(Along(up).moved, 50);
-    // 100 x 0.2 x 0.01: each distance grows by a fifth.
+    // Each distance grows by a fifth: 100 x 0.2 x 0.01.
     EXPECT_NEAR(Deviation(after), 1.44f * Deviation(before), 0.01f * Deviation(before));
 }
 

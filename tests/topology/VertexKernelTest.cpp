@@ -351,8 +351,8 @@ TEST_F(OriginalRecords, HavePositionItemNumberAndMaskOfEachVertexAtFirstTouch) {
     EXPECT_EQ(data.recordCount, 3u);
     EXPECT_EQ(data.pages.fill, 2u);
     EXPECT_EQ(records, (std::vector<int32_t>{1, -1, -1, -1, -1, 0, -1, 2, -1}));
-    // The records do not depend on reach and movement: vertex 0 was moved after its record was
-    // created.
+    // Records do not depend on whether vertices are in reach or move: vertex 0 was moved after its
+    // record was created.
     EXPECT_EQ(Height(0), 1.0f);
     const uint32_t order[3] = {5, 0, 7};
     for (uint32_t i = 0; i < 3; ++i) {

@@ -77,7 +77,7 @@ TEST(FaceChoiceTest, ComponentsAreConnectedFaces) {
 TEST(FaceChoiceTest, RingsOfFacesAreAddedAndRemoved) {
     LevelGeometry geometry(GridMesh(7, 7));
     const LevelMesh& level = *geometry.Bound();
-    // By columns and rows of the faces' first corners.
+    // Identifies faces by the column and row of their lowest corner.
     const auto at = [&](uint32_t face) {
         Vector low(99, 99, 0);
         for (uint32_t k = 0; k < 4; ++k) {

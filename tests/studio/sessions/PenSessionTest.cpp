@@ -120,7 +120,7 @@ TEST(PenSession, TiltAndRestReachTheStroke) {
                       static_cast<float>(x / length),
                       static_cast<float>(y / length)};
         } else {
-            // A pen that is held still: the last sample with a later time.
+            // The pen is held still: repeats the last sample with a later time.
             sample = samples.back();
             sample[3] = event.time - 5000;
         }
