@@ -57,7 +57,7 @@ std::string NewNameNextTo(const fs::path& target) {
         .string();
 }
 
-/// Returns whether NewNameNextTo in any process generates this name for `target`.
+/// Returns whether NewNameNextTo could generate this name for `target`, in any process.
 bool IsNewNameOf(const fs::path& target, const std::string& name) {
     const std::string ending = std::string(partMark) + target.extension().string();
     const std::size_t dot = name.size() <= ending.size()

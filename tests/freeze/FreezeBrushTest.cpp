@@ -220,7 +220,8 @@ TEST_F(FreezeBrushTest, FacingReducesTheAmountWhereTheSurfaceTurnsAway) {
     camera.m[3][0] = 15.0f;
     HostKernel::Instance().Scene()->OwnCamera().Transform().SetMatrix(camera);
     Stroke({At(5.0f, 8.0f, 0.5f)});
-    // 10 and 3 units to the side and 10 units up: an angle of 46.2 degrees.
+    // The camera is 10 units above the vertex and offset by 10 and 3 units in the plane, so the
+    // angle is 46.2 degrees.
     const double angle = std::atan(std::sqrt(109.0) / 10.0) * 57.29578;
     EXPECT_EQ(grid.Level().Freeze(grid.At(5, 8)), std::lround(127.0 * (1.0 - angle / 90.0)));
     HostKernel::Instance().Scene()->OwnCamera().Transform().SetMatrix(Matrix());

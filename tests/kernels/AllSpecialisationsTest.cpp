@@ -238,7 +238,7 @@ std::vector<uint8_t> RunOnRandomPositions(const KernelSwitches& s,
 }
 
 /// Tests the kernels that reorder vertices with zeros of both signs, infinities and NaN. The bounds
-/// in particular then depend on the order.
+/// in particular then depend on the order of vertices.
 TEST(AllSpecialisations, AgreeOnZerosInfinitiesAndNaN) {
     for (unsigned index = 0; index < KernelSwitches::count; ++index) {
         const KernelSwitches s = KernelSwitches::FromIndex(index);

@@ -153,7 +153,7 @@ TEST(RefusingLayer, EndsTheKernelBeforeAnyVertex) {
     EXPECT_EQ(bench.brush.patchVertexList, nullptr);
     EXPECT_EQ(bench.BoxMin(), Vector(1.0f, 0.5f, 0.0f));
     EXPECT_EQ(bench.BoxMax(), Vector(1.0f, 0.5f, 0.0f));
-    // The normals of the patch are computed from the grid, so it contains the current positions.
+    // The patch's normals are computed from the grid, so the grid contains the current positions.
     EXPECT_EQ(bench.GridAt(1, 1), Vector(0.5f, 0.5f, 0.75f));
 
     const uint32_t raised = bench.VertexAt(0, 1, 0);

@@ -262,7 +262,8 @@ TEST_F(SceneLayout, FreezeBrushHasItsSettings) {
     ChunkReader brush(scene.Chunk("FRZB").content);
     EXPECT_EQ(brush.Read<uint8_t>(), 0u) << "another brush is active";
     const std::string data = brush.Text();
-    // Three strings, size, direction, smoothing, steady stroke, spacing, flags, stamp, fade.
+    // The strength follows three strings, size, direction, smoothing, steady stroke, spacing,
+    // flags, stamp and fade.
     const std::size_t strength = 3 * 4 + 4 + 4 + 5 + 5 + 8 + 3 + 8 + 5;
     EXPECT_EQ(NumberAt<float>(data, strength), 62.5f);
     EXPECT_EQ(NumberAt<int32_t>(data, data.size() - 4), 3) << "falloff";

@@ -199,7 +199,8 @@ TEST(TriangleDab, MeasuresInWorldSpaceUnderNonUniformScale) {
         Triple away{};
         for (std::size_t k = 0; k < 3; ++k) away[k] = scale[k] * (before[v][k] - before[5][k]);
         Triple wanted = before[v];
-        // The step is converted by the inverse scale of x; the product of the scales is 1.
+        // The step is multiplied by the inverse of the x scale. The product of the three scales is
+        // 1.
         if (Distance(away, {}) <= 0.9) {
             wanted[0] += 0.3 / 2.0;
             ++moved;

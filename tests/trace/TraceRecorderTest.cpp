@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The recorder with a brush that the tests control, on two meshes, for cases that no script
+/// \file Tests the recorder with a controlled brush on two meshes, for cases that no script
 /// produces.
 #include "framework/brushes/BrushSettings.h"
 #include "framework/errors/HostError.h"

@@ -267,7 +267,7 @@ TEST_F(StudioWindow, HistoryJumpsToAStep) {
     Finish();
     ASSERT_EQ(State().layers.size(), 4u);
     auto* panel = window->findChild<HistoryPanel*>();
-    // Positions count stored steps; several of them may be undone together.
+    // A history position counts stored steps, several of which may be undone together.
     std::vector<std::size_t> ends;
     for (std::size_t i = 0; i < State().history.size(); ++i)
         if (i + 1 == State().history.size() || !State().history[i + 1].joinsPrevious)
