@@ -32,8 +32,8 @@ struct Told {
     std::atomic<uint64_t> progress;
     /// The number of the current step, including steps that are not journaled.
     std::atomic<uint32_t> step;
-    /// The process stops and waits to be released before this step, or after this dab of the step.
-    /// This leaves time to kill it.
+    /// Before this step, or after this dab of the step, the process waits to be released, so that
+    /// it can be killed there.
     uint32_t aim;
     uint32_t aimedDab;
     std::atomic<bool> isWaiting;
