@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file Packs patches for display: the patches of a dab, and whole levels. `copy` is the lower
-/// bound: it copies as many bytes as packing the same patches writes. Compare ratios within one run
-/// instead of times. The benchmarks of whole levels measure wall-clock time because they use
+/// bound: it copies as many bytes as packing the same patches writes. Compare ratios within one
+/// run, not absolute times. The benchmarks of whole levels measure wall-clock time because they use
 /// several threads.
 #include "framework/display/DirtyPatches.h"
 #include "framework/display/PatchBounds.h"
@@ -52,8 +52,8 @@ LevelMesh& Level(int64_t levels) {
     return *geometry->Bound();
 }
 
-/// The number of patches of 33 x 33 vertices that a dab on 100 thousand vertices visits: 160
-/// thousand quads.
+/// The number of 33 x 33-vertex patches that a dab on 100 thousand vertices visits. Together they
+/// have 160 thousand quads.
 constexpr uint32_t patchesOfADab = 157;
 
 /// Returns the patches around a point, nearest first.
@@ -81,8 +81,8 @@ void Report(benchmark::State& state, uint64_t vertices) {
     state.SetBytesProcessed(items * static_cast<int64_t>(sizeof(DisplayVertex)));
 }
 
-/// Packs the patches of successive dabs in a stroke, nearly all of which are in the CPU caches.
-/// With `scattered`, each dab is at a different position, so that no patch is cached.
+/// Packs the patches of successive dabs in a stroke. Nearly all of these patches are in the CPU
+/// caches. With `scattered`, each dab is at a different position, so that no patch is cached.
 void PackDab(benchmark::State& state, bool scattered) {
     LevelMesh& level = Level(state.range(0));
     const PatchLayout layout(level);

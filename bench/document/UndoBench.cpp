@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Operations after a stroke, through a document, on planes of 1, 4 and 16 million quads: undo and
-/// redo of the stroke, the switch to the level below, and the switch to the level above when the
-/// finer level has detail that rotates with the surface. The cost should depend on the stroke, not
-/// on the mesh. The first argument of each benchmark is the number of subdivisions of a plane of 16
-/// x 16 quads; the second is the number of vertices under the dab. `copy` is the lower bound of the
-/// switch up: it copies the positions and normals of the fine vertices that move with the coarse
-/// ones.
+/// Document operations after a stroke on planes of 1, 4 and 16 million quads: undoing and redoing
+/// the stroke, switching to the level below, and switching to the level above if it has detail that
+/// rotates with the surface. The cost should depend on the stroke, not on the mesh. The first
+/// argument of each benchmark is the number of subdivisions of a plane of 16 x 16 quads; the second
+/// is the number of vertices under the dab. `copy` is the lower bound for switching to the level
+/// above: it copies the positions and normals of the fine vertices that move with the coarse ones.
 #include "framework/document/Document.h"
 #include "framework/strokes/DabAtHit.h"
 
@@ -112,9 +111,8 @@ double ThreadSeconds() {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-/// Times the measured part of each benchmark iteration. Records the minimum in wall-clock time and
-/// in CPU time of the thread, and the median of the latter. On a busy machine, the mean is not
-/// meaningful.
+/// Times the measured part of each benchmark iteration. Records the minimum wall-clock time, and
+/// the minimum and median CPU time of the thread. The mean is not meaningful on a busy machine.
 class Stopwatch {
 public:
     explicit Stopwatch(benchmark::State& ofState) : state(ofState) {}
@@ -174,7 +172,7 @@ void Redo(benchmark::State& state) {
     scene.document.Undo();
 }
 
-/// Switches to the adjacent level after a stroke on this one.
+/// Switches to the level above or below after a stroke on the bound level.
 void Switch(benchmark::State& state, bool down) {
     Scene& scene = Scene::Of(state);
     if (!down) scene.Roughen();

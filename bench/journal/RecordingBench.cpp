@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file The cost of recording a stroke in the journal, in an undo step and in a layer. Each
-/// benchmark applies the same stroke of about forty dabs. Compare ratios within one run instead of
-/// times, or count instructions: valgrind --tool=callgrind journal-bench --benchmark_filter=... .
+/// benchmark applies the same stroke of about forty dabs. Compare ratios within one run, not
+/// absolute times, or count instructions: valgrind --tool=callgrind journal-bench
+/// --benchmark_filter=... .
 #include "framework/script/ScriptDocument.h"
 #include "framework/script/ScriptRunner.h"
 
@@ -36,7 +37,7 @@ public:
         runner->Open(setup);
         Do({{"tool", "Sculpt"}, {"set", {{"radius", 0.2}, {"strength", 1}, {"spacing", 15}}}});
         if (withLayer) Do({{"layer", {{"add", "layer"}}}});
-        // Allocates the buffers that grow only once.
+        // The first stroke allocates buffers that later strokes reuse.
         Do(Stroke(false));
     }
     ~Work() {

@@ -46,9 +46,9 @@ BakeCanvas::BakeCanvas(const Options& given)
     if (options.padding > 0) distances.resize(taken.size(), std::numeric_limits<float>::infinity());
 }
 
-// Rows are counted from the top, but v is rounded from the bottom, so that surfaces mirrored in v
-// cover mirrored samples. Positions that differ by a whole number of tiles are rounded in the same
-// way.
+// Rows are counted from the top, but v is rounded before it is converted to rows, so that surfaces
+// mirrored in v cover mirrored samples. Positions that differ by a whole number of tiles are
+// rounded in the same way.
 BakeCanvas::FixedPoint BakeCanvas::Fixed(const TilePoint& point) const {
     const auto rounded = [](double part, std::uint32_t size) {
         return static_cast<std::int64_t>(std::floor(part * size * fixedOne + 0.5));

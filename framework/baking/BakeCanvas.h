@@ -19,9 +19,9 @@ using MapValue = std::array<float, 3>;
 
 /// One tile of a map, into which surfaces are rasterised.
 ///
-/// Texel (x, y), rows from the top, covers u from x / width to (x + 1) / width and v from 1 - (y +
-/// 1) / height to 1 - y / height. Each texel has a regular grid of samples. If a surface covers any
-/// of them, the value of the texel is the mean of its covered samples.
+/// Texel (x, y), with rows counted from the top, covers u from x / width to (x + 1) / width and v
+/// from 1 - (y + 1) / height to 1 - y / height. Each texel has a regular grid of samples. If a
+/// surface covers any of them, the value of the texel is the mean of its covered samples.
 ///
 /// Positions are rounded to 1/65536 of a texel, and coverage is computed with integers. A sample on
 /// the edge between two triangles therefore belongs to exactly one of them, and seams have no

@@ -48,9 +48,9 @@ TROVIK_API MapBits BitsFor(const MapFileOptions& file);
 
 /// Bakes a map (BakeMap) and writes it to a file, with a line of text that describes its values
 /// (MapText). Rows run from the top, v = 1, to the bottom. Channels of vectors and normals: in
-/// tangent space, red is along u (tangent), green along v (bitangent, +Y) and blue along the
-/// normal; mesh-local, they are x, y, z. Each file is either complete or absent. Identical levels
-/// produce identical files.
+/// tangent-space maps, red is along u (tangent), green along v (bitangent, +Y) and blue along the
+/// normal; in mesh-local maps, they are x, y and z. Each file is either complete or absent.
+/// Identical levels produce identical files.
 /// \throw HostError for the same reasons as BakeMap, for a file name that cannot be written (before
 /// baking starts), and if the displacement exceeds the requested range. Cancelled; tiles whose
 /// files are already complete are kept.

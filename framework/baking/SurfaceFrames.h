@@ -64,7 +64,7 @@ public:
     SurfaceFrame Frame(std::uint32_t number) const;
     std::uint32_t VertexOf(std::uint32_t number) const { return frames[number].vertex; }
     const std::array<float, 2>& UvOf(std::uint32_t number) const { return frames[number].uv; }
-    /// Iterate over the frames of a vertex: these return the first frame and the next one, or
+    /// To iterate over the frames of a vertex: the first frame and the one after a given frame, or
     /// `none` at the end.
     std::uint32_t FirstOf(std::uint32_t vertex) const { return firstFrames[vertex]; }
     std::uint32_t After(std::uint32_t number) const { return frames[number].next; }

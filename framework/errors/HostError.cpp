@@ -7,8 +7,8 @@ namespace trovik {
 
 HostError::HostError(const std::string& message) : std::runtime_error(PrintableText(message)) {}
 
-// Defined out of line, so that the type information exists only in this library and a catch clause
-// in an executable or a plug-in matches it.
+// Defined out of line so that only this library contains the type information. Otherwise, catch
+// clauses in executables and plug-ins might not match.
 HostError::~HostError() = default;
 
 }  // namespace trovik

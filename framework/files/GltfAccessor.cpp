@@ -129,7 +129,7 @@ GltfAccessors::Span GltfAccessors::Bytes(int view,
                         count - 1 <= (from.byteLength - offset - elementBytes) / stride));
     if (!fits) {
         location.Refuse(what + ": its " + std::to_string(count) +
-                        " elements reach beyond buffer view " + std::to_string(view));
+                        " elements extend past the end of buffer view " + std::to_string(view));
     }
     return {buffer.data() + from.byteOffset + offset, stride};
 }

@@ -41,7 +41,7 @@ public:
 
     /// \throw HostError "FILE: WHAT N: reason".
     [[noreturn]] void Refuse(const std::string& reason) const;
-    /// Returns a number that must be a valid index of one of `count` elements.
+    /// Returns `number` as an index after checking that it is valid for `count` elements.
     std::size_t Checked(int number, std::size_t count, const char* what) const;
 
 private:

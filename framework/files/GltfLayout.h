@@ -40,7 +40,7 @@ public:
         return vertex < source.VertexCount() ? vertex
                                              : copies[vertex - source.VertexCount()].vertex;
     }
-    /// Calls `take(index of the copy)` for the copies of a mesh vertex.
+    /// Calls `take(index)` for each copy of a mesh vertex.
     template <class Take>
     void ForEachCopyOf(std::uint32_t vertex, Take take) const {
         const auto first = copiesOf.find(vertex);

@@ -19,7 +19,7 @@ namespace trovik {
 ///
 /// Vertices (including isolated ones), faces and corners keep their order in the file. Faces that
 /// use a vertex twice are skipped and counted in `notes`. The result satisfies CheckPolygonMesh.
-/// \throw HostError for any other extension, and in the same cases as the reader of the format.
+/// \throw HostError for any other extension, and whenever the format's reader throws one.
 TROVIK_API PolygonMesh ReadMeshFile(const std::string& path, JobControl* job = nullptr);
 
 /// Writes a mesh file. The extension, in upper or lower case, selects the format: `.obj`, `.ply`

@@ -99,7 +99,7 @@ PolygonMesh ReadBinary(InputFile& file, std::uint32_t count, JobControl* job) {
                     throw HostError(file.Path() + ", byte " +
                                     std::to_string(file.Position() - StlFile::triangleBytes) +
                                     ": triangle " + std::to_string(number) +
-                                    " (counted from 0) has a corner that is not finite");
+                                    " (counted from 0) has a non-finite coordinate");
                 }
                 triangle[corner][axis] = number_;
             }

@@ -60,8 +60,8 @@ inline constexpr std::size_t maxIdleStampBytes = std::size_t{1} << 29;
 TROVIK_API bool IsVectorStampName(const std::string& fileName);
 
 /// A cache of stamps by file. A file is read again only if its size, modification time or identity
-/// has changed. The new pixels then replace those of the cached image, whose owners detect the new
-/// version. Use it only on the host's main thread.
+/// has changed. The new pixels then replace those of the cached image; its owners detect the change
+/// by its version. Use it only on the host's main thread.
 class TROVIK_API StampCache {
 public:
     static StampCache& Instance();

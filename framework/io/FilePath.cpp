@@ -34,8 +34,8 @@ std::function<void(const std::string&)>& Notes() {
 /// extension of the target.
 constexpr std::string_view partMark = ".part";
 
-/// Returns the start of the names of new files, up to the first dot, leaving room for a mark of
-/// `markBytes` bytes.
+/// Returns the part of a new file's name before the first dot, short enough to leave room for a
+/// suffix of `markBytes` bytes.
 std::string StemOfNewName(const fs::path& target, std::size_t markBytes) {
     // Most file systems limit names to 255 bytes. The limit also applies to the name of the new
     // file, which is longer than that of the target.
@@ -57,7 +57,7 @@ std::string NewNameNextTo(const fs::path& target) {
         .string();
 }
 
-/// Returns whether NewNameNextTo in any process generates this name for `target`.
+/// Returns whether NewNameNextTo could generate this name for `target`, in any process.
 bool IsNewNameOf(const fs::path& target, const std::string& name) {
     const std::string ending = std::string(partMark) + target.extension().string();
     const std::size_t dot = name.size() <= ending.size()

@@ -21,7 +21,7 @@ constexpr std::size_t ReadBytes = std::size_t{1} << 20;
 InputFile::InputFile(const std::string& filePath, JobControl* job)
     : path(filePath),
       size(RegularFileSize(filePath)),
-      // The elements are bytes, and each read covers many of them.
+      // The elements of the phase are bytes, and each read covers many of them.
       phase(job, "Reading the file", size, 1) {
     file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0) {

@@ -9,9 +9,9 @@
 
 namespace trovik {
 
-/// Returns the folders in which files that are installed with the program are searched, in order.
-/// These are the folders in an environment variable, separated by colons. If it is not set, they
-/// are those folders of `nextToProgram` that exist.
+/// Returns the folders to search for files that are installed with the program, in search order. An
+/// environment variable lists these folders, separated by colons. If it is not set, the folders in
+/// `nextToProgram` that exist are returned.
 /// \param nextToProgram  relative to the folder of the running program.
 TROVIK_API std::vector<std::string> ResourceFolders(
     const char* variable, std::initializer_list<const char*> nextToProgram);

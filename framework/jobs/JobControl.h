@@ -50,7 +50,9 @@ private:
     JobPace pace;
 };
 
-/// Reports once. \throw Cancelled if `job` cancels. \param job  if null, the function does nothing.
+/// Reports once.
+/// \param job  if null, the function does nothing.
+/// \throw Cancelled if the job is cancelled.
 TROVIK_API void ReportOrThrow(JobControl* job, uint64_t done, uint64_t total, const char* phase);
 
 }  // namespace trovik

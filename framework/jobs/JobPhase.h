@@ -13,13 +13,13 @@ namespace trovik {
 /// A phase without work (total 0) reports nothing. Not thread-safe.
 class TROVIK_API JobPhase {
 public:
-    /// Reports the beginning of the phase. \throw Cancelled if the job cancels; so do all other
-    /// members.
+    /// Reports the beginning of the phase.
     /// \param job  receives the reports; may be null. Borrowed.
     /// \param phaseName  a string literal.
     /// \param totalWork  total number of elements.
     /// \param elementsPerCheck  replaces JobPace::elements if it is smaller; for elements that take
     /// a long time.
+    /// \throw Cancelled if the job is cancelled; all other members throw it too.
     JobPhase(JobControl* job,
              const char* phaseName,
              uint64_t totalWork,

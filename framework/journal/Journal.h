@@ -47,8 +47,9 @@ public:
     void BeginStep(const nlohmann::json& json);
     /// Records that one more dab of the current step is complete.
     void DabDone();
-    /// Records the end of the current step. \param end  its `dabs` is set by this call. \param
-    /// label  the label of the undo step.
+    /// Records the end of the current step.
+    /// \param end  its `dabs` is set by this call.
+    /// \param label  the label of the undo step.
     void EndStep(const StepEnd& end, const std::string& label);
 
     /// Ends the current step and starts again from a base that contains its result. This combines

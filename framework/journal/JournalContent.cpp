@@ -137,7 +137,8 @@ private:
         return content.steps.back();
     }
 
-    /// Returns the open stroke that is not part of a step, or its current part.
+    /// Returns the current part of the open stroke that is not part of a step, after starting a
+    /// part if there is none.
     JournalStep& OpenStroke() {
         if (inStep) Refuse("stroke record inside a step");
         if (!inStrokePart) Start(JournalStep());

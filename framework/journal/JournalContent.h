@@ -24,8 +24,7 @@ struct JournalBase {
     ContentHash content;
     /// Name and version of the program.
     std::string program;
-    /// Steps that restore earlier settings that the source does not contain; null if there are
-    /// none.
+    /// Steps that restore earlier settings missing from the source; null if there are none.
     nlohmann::json carried;
     /// Absolute path of the folder for files that the script writes; empty in journals of old
     /// versions, which did not record it.

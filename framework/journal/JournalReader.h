@@ -35,8 +35,8 @@ public:
     const std::string& Path() const { return path; }
     /// The complete records up to the end or the damage.
     const std::vector<JournalRecord>& Records() const { return records; }
-    /// If the records end at damage, describes it as "FILE: byte N: reason"; otherwise empty, also
-    /// if only the end is truncated.
+    /// If reading stopped at a damaged record, describes the damage as "FILE: byte N: reason".
+    /// Empty otherwise, even if the end of the file is truncated.
     const std::string& Damage() const { return damage; }
     /// Describes the skipped end in one line; empty if nothing was skipped.
     const std::string& TruncatedEnd() const { return truncatedEnd; }

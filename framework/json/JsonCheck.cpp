@@ -21,7 +21,7 @@ bool IsOfType(const std::string& type, const json& value) {
     return value.is_null();
 }
 
-/// Returns whether an alternative restricts only which fields are present.
+/// Returns whether an alternative specifies nothing except which fields must be present.
 bool IsChoiceOfFields(const JsonRule& rule) {
     const auto all = [](const std::vector<const JsonRule*>& rules) {
         return std::all_of(

@@ -45,9 +45,8 @@ void CheckValue(const JsonRule& rule,
                 std::size_t maxFaults,
                 std::vector<JsonFault>& faults);
 
-/// Renames the fields of a value, at any depth, that have a former name. If
-/// an object has both the former and the current name, neither is renamed, and CheckValue reports
-/// it.
+/// Replaces former field names by the current ones in a value and in all values nested in it. If an
+/// object has both the former and the current name, neither is renamed, and CheckValue reports it.
 void RenameFormerFields(const JsonRule& rule, nlohmann::json& value);
 
 /// Returns whether the value has one of the rule's types.

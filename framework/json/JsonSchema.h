@@ -43,8 +43,8 @@ public:
         const nlohmann::json& document,
         std::size_t maxFaults = std::numeric_limits<std::size_t>::max()) const;
 
-    /// Gives fields with a former name their current name, at any depth. Messages about the
-    /// document then use the current names.
+    /// Replaces former field names by the current ones, at any depth. Messages about the document
+    /// then use the current names.
     void RenameFormerFields(nlohmann::json& document) const;
 
 private:

@@ -21,7 +21,7 @@ std::vector<std::string> PluginFolders() {
 }
 
 void LoadPlugin(const std::string& path, bool initialise) {
-    /// The plug-in records that each loaded file has registered.
+    /// For each loaded file, the plug-in records that it registered.
     static std::map<std::string, std::vector<Plugin*>> opened;
     std::error_code failed;
     const fs::path canonical = fs::canonical(path, failed);

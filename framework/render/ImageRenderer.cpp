@@ -184,7 +184,8 @@ Vector ImageRenderer::PlainColor(const SurfaceSample& sample, const Vector& toEy
     const Vector& n = sample.shadingNormal;
     switch (options.shading) {
         case ShadingMode::Matcap: {
-            // Relative to the ray, so that a sphere looks the same at every position in the image.
+            // The normal is measured relative to the ray, so that a sphere looks the same
+            // everywhere in the image.
             const Vector across = (view.Up() & toEye).Normalized();
             const Vector upwards = toEye & across;
             return FrozenTint(mesh, sample, matcap->At(n | across, n | upwards));

@@ -23,7 +23,7 @@ struct SamplePoint {
 /// independent of each other.
 class PixelSamples {
 public:
-    /// \param count  number of samples of the pixel, 1 to 65536.
+    /// \param count  number of samples per pixel, 1 to 65536.
     PixelSamples(int x, int y, int count)
         : tileHash(
               Mix(Mix(static_cast<uint32_t>(x) / tileSide) + static_cast<uint32_t>(y) / tileSide)),

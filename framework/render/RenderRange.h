@@ -8,7 +8,7 @@
 
 namespace trovik {
 
-/// The largest absolute world-space coordinate that renders accept for vertices and cameras.
+/// The largest absolute world-space coordinate that the renderer accepts for vertices and cameras.
 /// Squared distances then stay within float range.
 inline constexpr float maxRenderCoordinate = 1e18f;
 

@@ -65,7 +65,7 @@ float Shading::Headlight(const SurfaceSample& sample, const Vector& toEye) {
     return 0.35f + 0.65f * std::max(0.0f, sample.shadingNormal | toEye);
 }
 
-// A sum of wide sources without edges, so the result is a smooth function of the normal.
+// A sum of wide light sources with soft edges, so the result is a smooth function of the normal.
 Vector Shading::Surroundings(const Vector& normal) const {
     const float height = 0.5f + 0.5f * (normal | up);
     const Vector ground(0.135f, 0.113f, 0.100f);
@@ -76,7 +76,7 @@ Vector Shading::Surroundings(const Vector& normal) const {
            Vector(0.11f, 0.13f, 0.16f) * side;
 }
 
-/// An offset from the face prevents rays from hitting it because of rounding.
+/// Offsets the origin from the face, so that rounding errors do not make the ray hit that face.
 Vector Shading::Start(const SurfaceSample& sample, bool flat) const {
     const Vector& p = flat ? sample.position : sample.rayStart;
     const float size = std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(p.z), sample.distance});

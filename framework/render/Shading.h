@@ -16,10 +16,10 @@ struct LitSample {
     /// Reflected light from the surroundings and from the key light, without occlusion.
     Vector ambient;
     Vector key;
-    /// 1 if the ambient ray is free, 0 if it is blocked.
+    /// 1 if the ambient ray is unoccluded, 0 if it is blocked.
     float openness = 0.0f;
     /// The weight of the shadow ray (0 if it points below the horizon), and whether the ray is
-    /// free.
+    /// unoccluded.
     float keyWeight = 0.0f;
     float keyVisible = 0.0f;
 };

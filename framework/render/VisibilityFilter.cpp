@@ -24,11 +24,12 @@ static_assert(filterReach == radius * (1 + 1 + 2 + 4));
 /// Two pixels belong to different surfaces if 1 minus the cosine of the angle between their normals
 /// exceeds this.
 constexpr float normalLimit = 0.10f;
-/// Maximum distance from the plane of the surface, in pixels per pixel of distance in the image.
+/// Maximum distance from the plane of the surface, in pixels, for each pixel of distance in the
+/// image.
 constexpr float planeLimit = 0.6f;
 /// Differences up to this limit count as noise, in squared standard deviations.
 constexpr float noiseLimit = 9.0f;
-/// Smallest squared difference that is always smoothed: about one step of a byte.
+/// Squared difference that counts as noise regardless of the variance: about one byte step.
 constexpr float minNoise = 2e-5f;
 
 /// Decreases smoothly from 1 at 0 to 0 at 1 and beyond.
@@ -73,8 +74,8 @@ public:
         }
     }
 
-    /// Calls `work(x, y)` for each pixel that shows a surface, on all threads. The phase is polled
-    /// between rows, and all rows are added at the end.
+    /// Calls `work(x, y)` for each pixel that shows a surface, on all threads. The phase checks for
+    /// cancellation between rows, and counts all rows at the end.
     template <typename Work>
     void ForEach(JobPhase& phase, Work work) const {
         const std::thread::id caller = std::this_thread::get_id();
@@ -110,7 +111,7 @@ struct Mean {
     }
 };
 
-/// Variance of the fraction `mean` of free rays, estimated from `count` rays.
+/// Variance of `mean`, a fraction of unoccluded rays that is estimated from `count` rays.
 float BinomialVariance(float mean, float count) {
     return count > 0.0f ? std::max(0.0f, mean * (1.0f - mean)) / count : 0.0f;
 }

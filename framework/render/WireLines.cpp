@@ -9,7 +9,7 @@ namespace trovik {
 
 namespace {
 
-/// Width of the line on each of the two faces at an edge, in pixels.
+/// Line width on either side of an edge, in pixels.
 constexpr float halfWidth = 0.75f;
 constexpr float darkness = 0.78f;
 /// If the longest edge of a face is shorter than this, in pixels, lines would cover the face. They

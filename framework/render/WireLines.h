@@ -15,8 +15,8 @@ class WireLines {
 public:
     WireLines(const EmbreeScene& scene, const RenderViewport& view);
 
-    /// Returns the fraction of the light, 0 to 1, that the lines leave for a sample seen through a
-    /// point of the image.
+    /// Returns the fraction of light, 0 to 1, that remains after the lines darken a sample seen
+    /// through a point of the image.
     float Remaining(const SurfaceSample& sample, float pixelX, float pixelY);
 
 private:

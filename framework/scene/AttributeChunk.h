@@ -17,10 +17,10 @@ bool HasAttributes(const SurfaceAttributes& attributes);
 void WriteAttributes(SceneStream& stream,
                      const SurfaceAttributes& attributes,
                      const std::string& scenePath);
-/// \param counts  the element counts of the surface to which the attributes belong. \param name the
-/// name of the surface, for messages.
-/// \param scenePath  the path of the scene file. \throw Error* for lists that do not match the
-/// counts.
+/// \param counts  the element counts of the surface to which the attributes belong.
+/// \param name  the name of the surface, for messages.
+/// \param scenePath  the path of the scene file.
+/// \throw Error* for lists that do not match the counts.
 SurfaceAttributes ReadAttributes(SceneStream& stream,
                                  const SurfaceCounts& counts,
                                  const std::string& name,

@@ -32,9 +32,9 @@ enum LevelParts : uint32_t {
     AllParts = 127
 };
 
-/// The first format in which a level contains its positions when the level below was last updated
-/// and its freeze amounts when its neighbours were last updated, and in which the faces of the
-/// imported mesh may differ from those of level 0.
+/// The first format that stores, for each level, its positions as of the last update of the level
+/// below and its freeze amounts as of the last update of its neighbours. Also the first in which
+/// the faces of the imported mesh may differ from those of level 0.
 constexpr uint32_t carriedDownFormat = 331;
 
 struct VertexPosition {

@@ -15,10 +15,10 @@ class LevelGeometry;
 /// class.
 void WriteNodeChunk(SceneStream& stream, LevelGeometry& geometry);
 
-/// Each node is linked while all faces of its level are hidden, so that nodes that build their
-/// contents from the mesh when they are linked are still empty. They then read their data from the
-/// file, or stay empty if the file is too old to contain it. Nodes whose class is not registered
-/// are skipped, each with a line in `notes`.
+/// Some nodes build their contents from the mesh when they are linked. All faces of a node's level
+/// are therefore hidden while it is linked, so that it is still empty. Nodes then read their data
+/// from the file, or stay empty if the file is too old to contain it. Nodes whose class is not
+/// registered are skipped, each with a line in `notes`.
 void ReadNodeChunk(SceneStream& stream, LevelGeometry& geometry, std::vector<std::string>& notes);
 
 /// \throw Error* if the file contains the class in a newer version than this program supports.

@@ -20,7 +20,7 @@ namespace trovik {
 inline constexpr std::size_t chunkNameBytes = 4;
 inline constexpr std::size_t chunkHeaderBytes = 16;
 
-/// Writes a scene to a new file next to the old one, which it replaces at the end. Errors:
+/// Writes a scene to a new file next to the old one, and replaces the old one at the end. Errors:
 /// HostError naming the file and the system's reason.
 class TROVIK_API SceneWriter {
 public:

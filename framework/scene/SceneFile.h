@@ -85,8 +85,9 @@ struct LoadedScene {
 /// Reads a scene and loads the plug-ins for the classes of its nodes. If it throws, everything that
 /// was read is discarded.
 /// \param brush  a new brush that receives the settings of all tools, those of the active tool
-/// last; null to skip them. After an error, the brush must be discarded. \param freezeBrush  a new
-/// freeze brush, handled like `brush`. \throw HostError "FILE: byte N: reason"; Cancelled.
+/// last; null to skip them. After an error, the brush must be discarded.
+/// \param freezeBrush  a new freeze brush, handled like `brush`.
+/// \throw HostError "FILE: byte N: reason"; Cancelled.
 TROVIK_API LoadedScene LoadScene(const std::string& path,
                                  BrushOperation* brush,
                                  BrushOperation* freezeBrush = nullptr,

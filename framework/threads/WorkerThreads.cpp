@@ -52,7 +52,8 @@ unsigned CountGrantedThreads(unsigned wanted) {
     return static_cast<unsigned>(threads.size()) + 1;
 }
 
-/// Returns the number of threads, up to `wanted`, that fit into the address space left by the work.
+/// Returns the number of threads, up to `wanted`, that fit into the address space that the work
+/// does not need.
 unsigned CountAddressableThreads(unsigned wanted, uint64_t workBytes) {
     // Only address space is considered, because stacks reserve address space but use little
     // physical memory.

@@ -50,7 +50,8 @@ FloatImage Rasterized(BakeCanvas::Options options,
     return canvas.Finish(neutral, counts == nullptr ? own : *counts);
 }
 
-/// Returns the texels as digits, in rows from the top; a dot is the neutral value.
+/// Returns the texels as digits, one row per string, from the top; a dot stands for the neutral
+/// value.
 std::vector<std::string> TexelDigits(const FloatImage& image) {
     std::vector<std::string> rows;
     for (std::uint32_t y = 0; y < image.height; ++y) {

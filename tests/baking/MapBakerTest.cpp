@@ -18,8 +18,8 @@ BakeOptions Options(MapKind kind, MapSpace space, std::uint32_t width, std::uint
     return options;
 }
 
-/// Returns two square pieces of 2 x 2 quads with a distance of 3 in x. Each uses one half of the
-/// texture; with `mirrored`, the UVs of the right piece run from right to left.
+/// Returns two squares of 2 x 2 quads, offset by 3 in x. Each uses one half of the texture; with
+/// `mirrored`, the UVs of the right square run from right to left.
 PolygonMesh TwoSheets(bool mirrored) {
     PolygonMesh mesh;
     for (std::uint32_t sheet = 0; sheet < 2; ++sheet) {

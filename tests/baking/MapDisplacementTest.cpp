@@ -69,8 +69,8 @@ protected:
 };
 
 TEST_F(MapDisplacementTest, InterpolatesBetweenTexelCentresAndClampsBeyondThem) {
-    // The corner beyond the centre of the texel with value 0 does not move: 5 x 5 of 17 x 17
-    // vertices.
+    // Of the 17 x 17 vertices, 5 x 5 do not move: those in the corner beyond the centre of the
+    // texel with value 0.
     EXPECT_EQ(Displace(Map("d.exr", {0.0f, 4.0f, 8.0f, 16.0f})), 17u * 17u - 5u * 5u);
     // Texel centres are at 1 and 3; the top row is at y = 3.
     EXPECT_FLOAT_EQ(HeightAt(1, 1), 8.0f);

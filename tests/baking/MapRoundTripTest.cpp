@@ -138,7 +138,7 @@ TEST_F(MapRoundTrip, MapRefersToTheBaseThatFollowsTheSculpting) {
     const PolygonMesh mesh = ArchedSheet(4, 1.0f / 16.0f);
     const auto sculpted = Refined(mesh, levels);
     LevelMesh& level = *sculpted->Bound();
-    // Unlike in the tests above, binding level 0 carries this bulge down to it.
+    // Unlike in the tests above, binding level 0 propagates this bulge to it.
     for (std::uint32_t v = 0; v < level.VertexCount(); ++v)
         level.SetPosition(v, level.Position(v) + Wave(level.Position(v), v, 0.3f));
     level.ComputeNormals();

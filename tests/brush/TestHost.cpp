@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Creates the kernel, which a brush needs from its construction on, even if a single test
-/// runs.
+/// \file Creates the kernel, which must exist before any brush is constructed, even if only one
+/// test runs.
 #include "framework/nodes/HostKernel.h"
 
 namespace trovik::test {

@@ -19,8 +19,7 @@ struct Expected {
     float strength;
     CheckableFloat smoothing;
     float rate;
-    /// The cube of the build-up rate that is set together with the rate; -1 if the cube is
-    /// unchanged.
+    /// The cube of the build-up rate, if the tool sets it together with the rate; -1 otherwise.
     float cube;
     const char* stamp;
     bool stampEnabled;
@@ -181,7 +180,7 @@ TEST_P(EachTool, RestoresUserSettingsOnSecondActivation) {
     EXPECT_EQ(brush.Direction(), 6);
     EXPECT_EQ(brush.Settings().stamp.path, QStringLiteral("mine.tif"));
 
-    // The same after another tool was active.
+    // The values are also kept while another tool is active.
     const Tool other = e.tool == Tool::Sculpt ? Tool::Wax : Tool::Sculpt;
     brush.SetActiveConfiguration(RowOf(other));
     EXPECT_EQ(brush.BrushStrength(), 15.0f);

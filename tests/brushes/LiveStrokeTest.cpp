@@ -242,7 +242,7 @@ TEST_F(LiveStrokeTest, SmoothingLagsByHalfItsLength) {
             const double behind =
                 2.0 * i - 20.0 * (static_cast<double>(brush.dabs.back().position.x) - 3.0);
             EXPECT_GE(behind, 19.9);
-            // One smoothing step plus the spacing.
+            // At most one smoothing step plus the dab spacing farther behind.
             EXPECT_LE(behind, 20.0 + 2.5 + 5.0 + 2.0);
         }
     });
@@ -259,7 +259,7 @@ TEST_F(LiveStrokeTest, AirbrushContinuesByTheTimesOfTicks) {
         stroke.Tick(2.0);
         resting = brush.dabs.size();
     });
-    // Up to 3.55 s; the filter delays the last 0.05 s until the release.
+    // The pen is still until 3.55 s; the filter delays the last 0.05 s until the release.
     EXPECT_EQ(resting, 5u);
     EXPECT_EQ(live.size(), 6u);
     std::vector<PathSample> samples{Sample(400, 300, 0.5f, 3.0)};

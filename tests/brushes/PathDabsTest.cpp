@@ -43,7 +43,7 @@ TEST_F(PathDabsTest, ArcLengthAroundACornerCounts) {
 }
 
 TEST_F(PathDabsTest, RemainderIsCarriedFromSampleToSample) {
-    // Samples that are closer than the spacing, at distances that are not multiples of it.
+    // Samples closer together than the dab spacing, at distances that do not divide it evenly.
     std::vector<PathSample> samples;
     for (int i = 0; i <= 100; ++i) {
         const float x = 1.0f + 0.07f * static_cast<float>(i);
@@ -164,8 +164,8 @@ TEST_F(PathDabsTest, StampTopPointsInTheDirectionOfTheTilt) {
     brush.EnableStamp(64, 64);
     DabDynamics dynamics;
     dynamics.tiltRotatesStamp = true;
-    // To the right in the viewport, which is the grid's x direction. Row 0 is the top of the image,
-    // and pixel centres are at integers.
+    // The pen leans to the right in the viewport, which is the grid's x direction. Row 0 is the top
+    // of the image, and pixel centres are at integers.
     const Dabs right = InView({Leaning(Sample(400, 300), 0.6f, 0.0f)}, dynamics);
     const Vector position = right[0].hit.position;
     const Vector ahead = PixelOf(right[0].stampMatrix, position + Vector(0.25f, 0.0f, 0.0f));

@@ -17,7 +17,7 @@ std::vector<PathSample> Through(const std::vector<Vector>& positions) {
     return samples;
 }
 
-/// The largest distance between points at equal fractions of both paths.
+/// The largest distance between points at the same fraction of each path's length.
 float Apart(const std::vector<PathSample>& a, const std::vector<PathSample>& b) {
     const ArcPath first(a);
     const ArcPath second(b);
@@ -67,8 +67,8 @@ TEST(SmoothedPath, StraightPathAndItsPressureStayUnchanged) {
 }
 
 TEST(SmoothedPath, CornerBecomesAParabola) {
-    // At the corner, the mean covers the last ten units before it and the first ten after it. Each
-    // part is 5 away on average and has half the weight.
+    // At the corner, the mean covers the last ten units before it and the first ten after it. The
+    // samples of each part are 5 units from the corner on average and have half the weight.
     const ArcPath path(Smoothed(Through({{0, 0, 0}, {100, 0, 0}, {100, 100, 0}}), 20.0f));
     float nearest = 100.0f;
     for (const PathSample& sample : path.Knots())
@@ -107,7 +107,7 @@ TEST(SteadyStroke, BrushFollowsAtTheLengthOfTheStabiliser) {
 
 TEST(SteadyStroke, PathAroundACornerIsATractrix) {
     // The stabiliser's cord lies along x when the pen turns at a right angle. Along a tractrix, the
-    // weight lags behind the pen's distance d by L tanh(d / L), and its lateral distance is L /
+    // brush lags behind the pen's distance d by L tanh(d / L), and its lateral distance is L /
     // cosh(d / L).
     const float L = 20.0f;
     const auto path = Stabilised(Through({{0, 0, 0}, {100, 0, 0}, {100, 45, 0}}), L);

@@ -146,7 +146,7 @@ TEST_F(PointerFilterTest, AllFaultsAtOnceAreFiltered) {
 }
 
 TEST_F(PointerFilterTest, NaturalHandMotionIsNotAFault) {
-    // A press that softens, and an accelerating flick at the end.
+    // The pressure decreases while the pen accelerates, as in a flick.
     std::vector<PathSample> samples;
     for (int i = 0; i < 12; ++i) {
         const auto t = static_cast<float>(i);

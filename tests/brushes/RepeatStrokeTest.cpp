@@ -38,7 +38,7 @@ protected:
 
 TEST_F(RepeatedDabs, CopiesAreAdjacentWithTheSpacingBetweenThem) {
     Along({{{1.0f, 8.0f, 0.0f}}, {{14.0f, 8.0f, 0.0f}}}, 0.5f);
-    // Two radii plus a quarter of one.
+    // The centres are two and a quarter radii apart.
     ASSERT_EQ(brush.dabs.size(), 12u);
     for (std::size_t i = 1; i < brush.dabs.size(); ++i)
         EXPECT_NEAR(DistanceBefore(i), 1.125f, 2e-3f);

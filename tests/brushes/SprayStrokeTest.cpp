@@ -56,7 +56,7 @@ protected:
         brush.EnableStamp(8, 8);
         brush.SetStampRandomize(true);
     }
-    /// Many dabs of radius 2 at one position, far from the border.
+    /// Sprays many dabs of radius 2 at one position, far from the border.
     std::vector<RecordingBrush::Dab> Spray(uint64_t seed, int count = 400) {
         brush.dabs.clear();
         bench.loop.Begin(BrushOperation::ModifierNone, seed);

@@ -325,7 +325,7 @@ TEST_F(StampImageTest, IdleStampsAreDroppedLeastRecentlyUsedFirst) {
     const auto held = cache.Get(a);
     cache.Get(b);
     cache.Get(c);
-    // 256 bytes each, so there is room for one image in addition to those in use.
+    // Each image takes 256 bytes, so there is room for one in addition to those in use.
     cache.DropIdle(300);
     const uint64_t reads = cache.ReadCount();
     cache.Get(a);

@@ -67,7 +67,7 @@ TEST_F(StampScript, StampPathIsRelativeToTheScript) {
     EXPECT_EQ(Run(std::string(sculpt) + R"(, {"set": {"stamp": {"path": "./half.tif"}}},)" + dab),
               half);
     EXPECT_EQ(Run(std::string(sculpt) + R"(, {"set": {"stamp": {"path": "half"}}},)" + dab), half);
-    // Twice one half is one.
+    // A factor of 2 makes up for the image's value of one half.
     EXPECT_EQ(Run(std::string(sculpt) +
                   R"(, {"set": {"stamp": {"path": "half.tif", "factor": 2}}},)" + dab),
               plain);

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Everything that a stamp passes through: image, placement, loop, kernels. On a flat grid,
-/// Sculpt with a flat falloff reproduces the image: each vertex rises by the value of its pixel.
+/// \file Tests stamps from the image to the surface: image, placement, stroke loop and kernels. On
+/// a flat grid, Sculpt with a flat falloff reproduces the image: each vertex rises by the value of
+/// its pixel.
 #include "framework/strokes/DabStrength.h"
 #include "tests/brushes/LoopFixture.h"
 #include "tests/meshes/MirrorAtX.h"
@@ -27,8 +28,8 @@ protected:
     float HeightAt(uint32_t column, uint32_t row) {
         return bench.Mesh().Position(row * 17 + column).z;
     }
-    /// The value of the numbered image at the pixel nearest to these coordinates, with the brush's
-    /// rounding.
+    /// The value of the pixel nearest to these coordinates in the image with numbered pixels, with
+    /// the brush's rounding.
     static float Pixel(float u, float v) {
         const long column = std::lrint(u);
         const long row = std::lrint(v);
@@ -158,8 +159,8 @@ TEST_F(StampedSurface, StampOnAScaledMeshHasItsSizeInWorldSpace) {
 }
 
 TEST_F(StampedSurface, VectorStampMovesInUnitsOfItsSide) {
-    // One pixel: half a side to the right, a quarter outwards from the surface, an eighth
-    // downwards.
+    // A single pixel that moves vertices half a side to the right, a quarter of a side outwards
+    // from the surface and an eighth of a side downwards.
     FloatImage image;
     image.width = image.height = 1;
     image.channels = 3;

@@ -77,8 +77,8 @@ TEST_F(StrokePathTest, StraightDistanceCountsAroundACorner) {
         const Vector between = brush.dabs[i].position - brush.dabs[i - 1].position;
         EXPECT_NEAR(between.Length(), 0.5f, 1e-3f);
     }
-    // The last dab before the corner is at 4.0, so the next one is not half a unit farther along
-    // the path.
+    // The last dab before the corner is at x = 4.0. The next one is half a unit away in a straight
+    // line, not along the path.
     EXPECT_NEAR(brush.dabs[4].position.x, 4.0f, 1e-2f);
     EXPECT_NEAR(brush.dabs[5].position.y, 3.0f + std::sqrt(0.25f - 0.01f), 1e-2f);
 }

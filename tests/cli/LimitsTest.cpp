@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-// A process with a sanitizer maps more address space than any limit allows.
+// With a sanitizer, a process maps more address space than the tested limits allow.
 #ifdef __SANITIZE_ADDRESS__
 #define SKIP_IF_SANITIZED() GTEST_SKIP() << "sanitizers need unlimited address space"
 #else
@@ -178,7 +178,7 @@ TEST_F(Limits, FilesBeyondTheSizeLimitFailWithAnError) {
 }
 
 TEST_F(Limits, UnwritableJournalIsAWarningThatQuietDoesNotHide) {
-    // Each step has several kilobytes, so that the journal exceeds the limit.
+    // Each step adds several kilobytes to the journal, so that it exceeds the limit.
     std::string samples = "1";
     for (int i = 0; i < 400; ++i) samples += ", 0.5";
     std::string steps;

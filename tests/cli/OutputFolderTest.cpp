@@ -146,7 +146,7 @@ TEST_F(OutputFolder, CopiesOfMaterialFilesAreNotWrittenOutside) {
     fs::create_directories(folder / "out");
     WriteFile("lib/all.mtl", "newmtl red\n");
     WriteFile("red.obj", std::string("mtllib lib/all.mtl\nusemtl red\n") + sheet);
-    // It looks like an earlier copy, which an export would replace.
+    // The file looks like a copy from an earlier export, which a new export would replace.
     const std::string other = "# Copied by trovik from ../lib/all.mtl\nof somebody\n";
     WriteFile("other.mtl", other);
     fs::create_symlink(folder / "other.mtl", folder / "out/all.mtl");

@@ -43,7 +43,7 @@ TEST_F(RenderLimits, RenderInLittleAddressSpaceSucceedsOrFailsWithOneLine) {
         EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << outcome.error;
         EXPECT_FALSE(fs::exists(folder / "cube.png"));
     }
-    // The libraries for renders and images need several steps of additional address space.
+    // Loading the libraries for renders and images takes several increments of address space.
     EXPECT_GT(refusals, 5);
 }
 

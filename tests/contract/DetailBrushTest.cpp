@@ -70,7 +70,7 @@ TEST_F(DetailBrushTest, OriginalPositionComesFromTheRecord) {
     change->Add_uncached(2, 0, vertex, false);
     vertex.z = 5.0f;
     EXPECT_EQ(brush.VertexOriginalPosition(mesh, 2), Vector(1, 1, 0));
-    // A link that equals the index of another vertex's record is a visit stamp.
+    // A link to a record that belongs to another vertex is interpreted as a visit stamp.
     mesh->vertices.array[1].changeLink = 0;
     mesh->vertices.array[1].z = 7.0f;
     EXPECT_EQ(brush.VertexOriginalPosition(mesh, 1), Vector(1, 0, 7));

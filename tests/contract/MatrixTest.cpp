@@ -80,8 +80,8 @@ TEST(Matrix, InverseIsRoundedOnce) {
         inverse.Invert(&ok);
         ASSERT_TRUE(ok);
         // matrix * inverse, summed in double precision. Each entry of the inverse is off by at most
-        // half a unit in the last place, so the product is off by at most half a unit of the summed
-        // magnitudes.
+        // half a unit in the last place, so each entry of the product is off by at most half a unit
+        // in the last place of the summed magnitudes.
         for (int r = 0; r < 4; ++r) {
             for (int c = 0; c < 4; ++c) {
                 double product = 0.0;
@@ -116,8 +116,8 @@ TEST(Matrix, SingularMatrixIsLeftUnchanged) {
 }
 
 TEST(Matrix, ProductWithDependentAxesIsDetectedAsSingular) {
-    // The third row is the sum of a multiple of the first row and the second row, rounded. Its
-    // pivot is only a rounding residue.
+    // The third row is a multiple of the first row plus the second row, rounded. Its pivot is only
+    // a rounding residue.
     std::mt19937 engine(11);
     std::uniform_int_distribution<int> number(-1000, 1000);
     for (int round = 0; round < 500; ++round) {

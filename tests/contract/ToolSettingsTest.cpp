@@ -11,8 +11,7 @@
 namespace trovik {
 namespace {
 
-/// A brush that has two tools, of which the second starts with a higher strength, and that counts
-/// its events.
+/// A brush with two tools that counts its events. The second tool starts with a higher strength.
 class TwoToolBrush : public BrushOperation {
 public:
     using BrushOperation::SetActiveConfiguration;

@@ -106,7 +106,7 @@ TEST_F(SameBits, RepeatInOneProcessAndInAnother) {
 }
 
 TEST_F(SameBits, AreEqualInEveryBuild) {
-    // All builds so far have this value, optimised or not, with or without sanitizers. A different
+    // All builds produce this value, optimised or not, with or without sanitizers. A different
     // value means that strokes give different results, which the change log must mention.
     EXPECT_EQ(HashOf(RunHere()), 10946052926034741426ull);
 }

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file A copy of the surface that packs only the patches of each change stays byte-identical to a
-/// copy that is packed completely. TROVIK_RANDOM_EDITS sets the number of edits.
+/// \file A copy of the surface in which only the changed patches are repacked after each edit stays
+/// byte-identical to a copy that is repacked completely. TROVIK_RANDOM_EDITS sets the number of
+/// edits.
 #include "framework/display/DirtyPatches.h"
 #include "tests/display/PackedLevel.h"
 #include "tests/edits/RandomEdits.h"
@@ -115,8 +116,8 @@ private:
     std::unique_ptr<DirtyPatches> dirty;
     std::vector<DisplayVertex> uploaded;
     std::unique_ptr<SeenState> seen;
-    /// Identifies the face table: another level with the same number, or renumbered faces, has a
-    /// different one.
+    /// Identifies the face table. It changes if another level has the same number, or if faces are
+    /// renumbered.
     const uint32_t* faceTable = nullptr;
 };
 

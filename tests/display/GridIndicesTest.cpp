@@ -40,7 +40,8 @@ TEST(GridIndices, EachStrideCoversTheGridOnce) {
                 ASSERT_EQ(DoubleArea(a, b, c), stride * stride) << "same orientation, half a cell";
                 ASSERT_EQ(a.first % stride, 0);
                 ASSERT_EQ(a.second % stride, 0);
-                // Starts at the corner of its cell that has the flags, and ends on the diagonal.
+                // Each triangle starts at the cell corner that has the flags, and contains the
+                // opposite corner.
                 const Point diagonal(a.first + stride, a.second + stride);
                 ASSERT_TRUE(b == diagonal || c == diagonal);
                 auto& halves = c == diagonal ? firstHalves : secondHalves;

@@ -63,7 +63,7 @@ TEST(LodChoice, HasFullDetailWhileTheCameraIsStill) {
     ASSERT_GT(moving, 0u);
     EXPECT_EQ(choice.StrideLog2(0.149), moving);
     EXPECT_EQ(choice.StrideLog2(0.150), 0u);
-    // A frame drawn while the camera is still measures the cost of full detail and cannot reduce
+    // While the camera is stationary, a frame measures the cost of full detail and cannot reduce
     // the stride for movement.
     choice.FrameMeasured(0, 0.4);
     EXPECT_EQ(choice.StrideLog2(0.0), moving);

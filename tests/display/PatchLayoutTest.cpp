@@ -114,7 +114,8 @@ TEST(PatchLayout, BucketsAreCompactAndOfAbout4096Faces) {
             area += static_cast<double>((box.maxX - box.minX) * (box.maxY - box.minY));
         }
         EXPECT_LT(area, 1.1 * n * n) << "the buckets overlap";
-        // Quads need extra vertices only at the borders, triangles one for each face.
+        // Quad meshes need extra vertices only at patch borders; triangle meshes need one for each
+        // face.
         const auto total = static_cast<double>(layout.TotalVertexCount());
         EXPECT_LT(total, (triangles ? 1.1 : 1.06) * faces);
     }
@@ -141,7 +142,7 @@ TEST(PatchLayout, BucketsStayCompactWithNonFinitePositions) {
     level.SetPosition(17, {INFINITY, NAN, 0});
     const PatchLayout layout(level);
     ExpectEachTriangleOnce(level, layout);
-    // An infinite extent must not be chosen for every cut.
+    // The cuts must not always choose the axis with the infinite extent.
     EXPECT_LT(layout.TotalVertexCount(), 1.01 * level.VertexCount());
 }
 
@@ -149,7 +150,7 @@ TEST(PatchLayout, VisitsThePatchesWithDescendantsOfAFace) {
     ForEachLevel(4, [](LevelMesh& level, const std::string& name) {
         SCOPED_TRACE(name);
         const PatchLayout layout(level);
-        // Determine parents by vertices: child k of a face contains its corner k.
+        // Parents are identified by vertices: child k of a face contains its corner k.
         std::vector<uint32_t> ancestor(level.faceCount);
         for (uint32_t face = 0; face < level.faceCount; ++face) ancestor[face] = face;
         const auto patchOf = [&](uint32_t face) {

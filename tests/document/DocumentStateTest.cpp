@@ -65,7 +65,7 @@ TEST(DocumentState, IsBuiltOncePerChange) {
     EXPECT_FALSE(document->State()->isStrokeOpen);
 }
 
-// Another thread sees complete states in order, and builds none itself.
+// Another thread sees complete states, in order, and never builds one itself.
 TEST(DocumentState, CanBeReadByAnotherThreadWhileTheDocumentChanges) {
     const auto document = SphereDocument();
     std::atomic<bool> done = false;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Updates of a document's pick trees when the surface is changed by other means than dabs.
+/// \file Updates of a document's pick trees when the surface is changed by means other than dabs.
 #include "framework/document/Document.h"
 #include "framework/strokes/DabAtHit.h"
 #include "tests/edits/ReportedCopy.h"

@@ -40,7 +40,8 @@ Content ContentOf(std::size_t count, uint32_t seed) {
 
 TEST(PackedArrays, EveryLengthIsRestoredExactly) {
     for (const PackMethod method : {PackMethod::Quick, PackMethod::Tight}) {
-        // Empty, tiny, and on both sides of a piece boundary of one of the arrays.
+        // Empty and tiny arrays, and lengths on both sides of a piece boundary of one of the
+        // arrays.
         for (const std::size_t count : {0u, 1u, 2u, 21845u, 21846u, 65536u, 65537u, 200000u}) {
             const Content content = ContentOf(count, 7);
             Content other = content;
@@ -64,7 +65,7 @@ TEST(PackedArrays, OrderedNumbersShrinkTwentyfoldAndNoiseDoesNotGrow) {
     std::mt19937 random(3);
     std::vector<uint32_t> noise(100000);
     for (uint32_t& word : noise) word = static_cast<uint32_t>(random());
-    // A header of 12 bytes, and a length for each of two pieces.
+    // The data is preceded by a 12-byte header and the lengths of the two pieces.
     EXPECT_EQ(PackArrays({StepArray(noise)}, PackMethod::Quick).size(), 400000u + 12 + 2 * 4);
 }
 

@@ -78,13 +78,13 @@ TEST(RandomEdits, AreUndoneAndRedoneBitExactly) {
     const uint32_t wanted = CountFromEnvironment("TROVIK_RANDOM_EDITS", 500);
     std::size_t steps = 0;
     for (uint32_t edit = 0; edit < wanted; edit += editsPerMesh) {
-        // Each mesh has its own seed, so that one case can be examined alone.
+        // Each mesh has its own seed, so that a single case can be examined.
         RandomNumbers random(70260 + edit);
         switches.Draw(random);
         RandomEdits edits(random);
         LevelGeometry& geometry = edits.Geometry();
         UndoHistory& history = geometry.History();
-        // The contents of a step pass through each form: plain, packed, tightly packed, in a file.
+        // Steps are stored in every form: plain, packed, tightly packed, in a file.
         history.SetKeeping({random.OneOf({uint64_t{0}, uint64_t{4096}}), random.Below(20)});
         const bool inFile = random.Chance(0.3f);
         if (inFile) {

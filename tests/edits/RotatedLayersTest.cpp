@@ -21,7 +21,7 @@ Vector RotatedAboutTwoAxes(const Vector& p, float angle) {
     return RotatedAboutZ({turned.y, turned.z, turned.x}, angle);
 }
 
-/// A deformation that rotates points more the farther out they are, twists and stretches.
+/// A deformation that twists and stretches, and rotates points more the farther out they are.
 Vector Deformed(const Vector& p) {
     const Vector q = RotatedAboutZ(p, p.x * 0.7f + p.z * 0.4f);
     return {q.x * 1.2f, q.y, q.z + 0.3f * q.x * q.x};
@@ -181,12 +181,12 @@ TEST(RotatedLayers, TurnedOffAndOnAgainAfterEachDeformationGiveTheSameBits) {
         EXPECT_NE(StateOf(*layered.geometry.Bound()), before);
         layered.Give(LayerVisibilities()[1]);
         ASSERT_EQ(StateOf(*layered.geometry.Bound()), before) << bend;
-        // Within the rounding error of that many rotations.
+        // The tolerance is the rounding error of that many rotations.
         EXPECT_NEAR(layered.Layer(0).StateOfSlot(0).offset.Length(), length, 1e-6f);
     }
 }
 
-/// All data of the layers of all levels, and the layer bases.
+/// All layer data of all levels, including the layer bases.
 std::string LayersOf(const LevelGeometry& geometry) {
     std::string bytes;
     const auto put = [&bytes](const auto& value) {

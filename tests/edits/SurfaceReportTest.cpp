@@ -72,7 +72,7 @@ public:
         while (document.Redo()) Check();
     }
 
-    /// Checks that the copy equals the level, and the tree a newly built one.
+    /// Checks that the copy equals the level and that the tree equals a newly built one.
     void Check() {
         ASSERT_EQ(copy.Difference(), "") << "after " << story;
         const PatchTree fresh(document.Geometry().Bound());

@@ -21,7 +21,7 @@ using testing::HasSubstr;
 
 class UndoStorageTest : public ::testing::Test {
 protected:
-    /// Exchanges its array with an external one that represents the mesh.
+    /// Swaps its array with an external one that stands in for the mesh.
     class Step : public UndoStep {
     public:
         Step(std::vector<uint32_t>& ofMesh, std::vector<uint32_t> before)
@@ -117,7 +117,7 @@ TEST_F(UndoStorageTest, BudgetIsRespectedByDroppingTheOldestSteps) {
     EXPECT_GT(history.StepCount(), budget / 40100) << "more than would fit uncompressed";
     EXPECT_LT(history.StepCount(), 100u);
     EXPECT_EQ(history.Label(history.StepCount() - 1), "edit 100");
-    // The new step, and one step that exists both packed and unpacked.
+    // The peak includes the new step, and one step that exists both packed and unpacked.
     EXPECT_LE(history.PeakBytes(), budget + 2 * 40100);
     ExpectAllStates();
     EXPECT_LE(history.PeakBytes(), budget + 2 * 40100);

@@ -17,7 +17,7 @@ TEST(PrintableText, KeepsPrintableCharacters) {
 TEST(PrintableText, EscapesBytesThatAreNotUtf8) {
     EXPECT_EQ(PrintableText("a\x86z"), "a\\x86z");
     EXPECT_EQ(PrintableText("cut \xe5\xa4"), "cut \\xe5\\xa4");
-    // An overlong form, a surrogate, and a code point beyond the last one.
+    // Invalid UTF-8: overlong forms, surrogates, and code points beyond the last one.
     EXPECT_EQ(PrintableText("\xc0\xaf"), "\\xc0\\xaf");
     EXPECT_EQ(PrintableText("\xe0\x80\xaf"), "\\xe0\\x80\\xaf");
     EXPECT_EQ(PrintableText("\xed\xa0\x80"), "\\xed\\xa0\\x80");

@@ -78,7 +78,7 @@ TEST_F(GltfBufferFiles, MayBeLongerThanTheirByteLength) {
     EXPECT_EQ(Read(Document("data:application/octet-stream;base64," + base64)).positions[2],
               (std::array<float, 3>{0, 1, 0}));
     // Buffer views cannot access bytes past `byteLength`.
-    EXPECT_THAT(Refusal(Document("data/long%20one.bin", 35)), HasSubstr("reach beyond"));
+    EXPECT_THAT(Refusal(Document("data/long%20one.bin", 35)), HasSubstr("extend past the end of"));
     // A binary file with an internal and an external buffer.
     json document = Document("data/long%20one.bin");
     document["buffers"].insert(document["buffers"].begin(), json::object({{"byteLength", 36}}));

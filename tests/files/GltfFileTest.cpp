@@ -195,7 +195,7 @@ TEST(GltfFile, NodesAreMergedWithTheirTransforms) {
             EXPECT_NEAR(mesh.positions[vertex][axis], expected[vertex][axis], 1e-6) << vertex;
         }
     }
-    // The corner order of a mirrored triangle is reversed, so that its front face stays in front.
+    // The corner order of a mirrored triangle is reversed to preserve its front side.
     EXPECT_EQ(mesh.faceVertices, (Indices{0, 1, 2, 3, 5, 4}));
     EXPECT_EQ(mesh.attributes.groupNames, (std::vector<std::string>{"turned", "mirrored"}));
     EXPECT_EQ(mesh.attributes.faceGroups, (Indices{0, 1}));
@@ -248,10 +248,12 @@ TEST(GltfFile, BadDocumentsNamePartAndReason) {
     EXPECT_THAT(changed("/scenes/0/nodes", {7}), HasSubstr("scene 0: it refers to node 7"));
     EXPECT_THAT(changed("/scene", 3), HasSubstr("scene 3 is the default scene"));
     EXPECT_THAT(changed("/nodes/0/children", {0}), HasSubstr("node 0: it has several parents"));
-    EXPECT_THAT(changed("/accessors/0/count", 4),
-                HasSubstr("mesh 0, primitive 0: accessor 0: its 4 elements reach beyond"));
-    EXPECT_THAT(changed("/accessors/0/count", 4000000000u), HasSubstr("reach beyond"));
-    EXPECT_THAT(changed("/accessors/0/byteOffset", 4000000000u), HasSubstr("reach beyond"));
+    EXPECT_THAT(
+        changed("/accessors/0/count", 4),
+        HasSubstr("mesh 0, primitive 0: accessor 0: its 4 elements extend past the end of"));
+    EXPECT_THAT(changed("/accessors/0/count", 4000000000u), HasSubstr("extend past the end of"));
+    EXPECT_THAT(changed("/accessors/0/byteOffset", 4000000000u),
+                HasSubstr("extend past the end of"));
     EXPECT_THAT(changed("/accessors/0/type", "VEC2"),
                 HasSubstr("does not contain 3-component vectors"));
     EXPECT_THAT(changed("/accessors/0/bufferView", 9), HasSubstr("refers to buffer view 9"));
@@ -260,7 +262,7 @@ TEST(GltfFile, BadDocumentsNamePartAndReason) {
     EXPECT_THAT(changed("/bufferViews/0/buffer", 2), HasSubstr("buffer 2"));
     EXPECT_THAT(changed("/bufferViews/1/byteOffset", 14),
                 HasSubstr("accessor 1 refers to vertex 128 of 3"));
-    EXPECT_THAT(changed("/bufferViews/0/byteOffset", 8), HasSubstr("reach beyond"));
+    EXPECT_THAT(changed("/bufferViews/0/byteOffset", 8), HasSubstr("extend past the end of"));
     EXPECT_THAT(changed("/nodes/0/matrix", {1, 2}), HasSubstr("mesh.gltf: "));
     EXPECT_THAT(changed("/extensionsRequired", {"KHR_draco_mesh_compression"}),
                 HasSubstr("requires the extension 'KHR_draco_mesh_compression'"));

@@ -108,7 +108,7 @@ TEST(MeshSpace, LevelsConvertAfterTheirTransform) {
     LevelGeometry geometry(mesh);
     geometry.Transform().Set({2, 2, 2}, {0, 0, 0}, {0, 0, 100});
     const LevelSource source(geometry, {true, {1.0, UpAxis::Y}});
-    // 1 2 3, doubled and moved up, is 2 4 106 in centimetres with z up.
+    // The point (1, 2, 3), doubled and moved up, is (2, 4, 106) in centimetres with z up.
     const Point p = source.Position(4);
     EXPECT_FLOAT_EQ(p[0], 0.02f);
     EXPECT_FLOAT_EQ(p[1], 1.06f);

@@ -43,7 +43,7 @@ Faces FacesOf(const PolygonMesh& mesh) {
 void ExpectOrientedManifold(const PolygonMesh& mesh) {
     CheckPolygonMesh(mesh, "result");
     std::set<std::pair<std::uint32_t, std::uint32_t>> halfEdges;
-    // For each vertex, maps the next vertex to the previous vertex in each of its faces.
+    // For each vertex, maps the next corner to the previous corner in each of the vertex's faces.
     std::map<std::uint32_t, std::map<std::uint32_t, std::uint32_t>> links;
     for (const Indices& face : FacesOf(mesh)) {
         for (std::size_t i = 0; i < face.size(); ++i) {

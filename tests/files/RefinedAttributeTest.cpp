@@ -46,7 +46,7 @@ TEST(RefinedAttributes, Level0EqualsTheImport) {
 
 TEST(RefinedAttributes, TextureCoordinatesAreBilinearAndKeepTheSeam) {
     const PolygonMesh fine = Refined(TwoQuads(), 1);
-    // q0 covers (0, 0) to (0.5, 0.5), and q1 covers (0.75, 0.125) to (1, 0.625). Child k is at
+    // q0 covers (0, 0) to (0.5, 0.5), and q1 covers (0.75, 0.125) to (1, 0.625). Child face k is at
     // corner k.
     EXPECT_EQ(FaceUvs(fine, 0), (Uvs{{0, 0}, {0.25f, 0}, {0.25f, 0.25f}, {0, 0.25f}}));
     EXPECT_EQ(FaceUvs(fine, 1), (Uvs{{0.25f, 0}, {0.5f, 0}, {0.5f, 0.25f}, {0.25f, 0.25f}}));

@@ -127,7 +127,7 @@ TEST_P(SafeWriting, FailureOfAnySystemCallLeavesNoFile) {
             break;
         }
         if (disk.renamed) {
-            // At this point only syncing the folder can fail, and then the message says that the
+            // After the rename, only syncing the folder can fail; the message then says that the
             // file is in place.
             EXPECT_TRUE(message.empty() || message.find("in place") != std::string::npos)
                 << message;

@@ -160,7 +160,7 @@ TEST(StlFile, BadBinariesNameByteAndReason) {
     std::string infinite = whole;
     infinite.replace(84 + 50 + 12, 4, std::string("\0\0\x80\x7f", 4));
     EXPECT_THAT(Refusal(infinite),
-                HasSubstr("byte 134: triangle 1 (counted from 0) has a corner that is not finite"));
+                HasSubstr("byte 134: triangle 1 (counted from 0) has a non-finite coordinate"));
     std::string none = whole.substr(0, 84);
     none[80] = 0;
     EXPECT_THAT(Refusal(none), HasSubstr("no faces"));

@@ -69,13 +69,15 @@ TEST_F(FreezeBrushTest, MasksTheVerticesWithinItsRadius) {
 TEST_F(FreezeBrushTest, AmountIsFalloffTimesStrength) {
     SetFalloffSamples(brush, {1.0f, 0.75f, 0.5f, 0.25f});
     Stroke({At(5.0f, 5.0f, 4.0f, 50.0f)});
-    // A distance of 1 out of 4 selects sample 1, and so on: 127 * 0.5 * sample, rounded to nearest.
+    // With a radius of 4, a distance of 1 selects sample 1, and so on: 127 * 0.5 * sample, rounded
+    // to nearest.
     const auto row = grid.Row(5);
     EXPECT_EQ(Row(row.begin() + 1, row.begin() + 10), (Row{16, 16, 32, 48, 64, 48, 32, 16, 16}));
 }
 
 TEST_F(FreezeBrushTest, DabsOfAStrokeAccumulateInFullPrecision) {
-    // 1 - 0.995^300 of 127; if amounts were rounded after each dab, 0.635 would become 1.
+    // The result is 127 * (1 - 0.995^300). If amounts were rounded after each dab, the first dab
+    // would give 1 instead of 0.635.
     Stroke(std::vector<StrokeDab>(300, At(5.0f, 5.0f, 0.5f, 0.5f)));
     const double expected = 127.0 * (1.0 - std::pow(0.995, 300.0));
     EXPECT_EQ(grid.Level().Freeze(grid.At(5, 5)), std::lround(expected));
@@ -132,8 +134,8 @@ TEST_F(FreezeBrushTest, MovesNothingAndCostFollowsTheDab) {
     }
     EXPECT_EQ(loop.DirtyBox().minX, 3.0f);
     EXPECT_EQ(loop.DirtyBox().maxX, 7.0f);
-    // 4 faces around the hit vertex, then rings of faces; the traversal does not continue from a
-    // face without a corner in the ball.
+    // The traversal visits 4 faces around the hit vertex, then rings of faces. It does not continue
+    // from a face without a corner within the radius.
     const auto reached = VerticesUnderDab(grid.Level(), At(5.0f, 5.0f).hit.face, {5, 5, 0}, 2.0f);
     EXPECT_EQ(reached.size(), 13u);
     EXPECT_LE(grid.Level().LastFaceWalk().size(), 40u);
@@ -218,7 +220,8 @@ TEST_F(FreezeBrushTest, FacingReducesTheAmountWhereTheSurfaceTurnsAway) {
     camera.m[3][0] = 15.0f;
     HostKernel::Instance().Scene()->OwnCamera().Transform().SetMatrix(camera);
     Stroke({At(5.0f, 8.0f, 0.5f)});
-    // 10 and 3 units to the side and 10 units up: an angle of 46.2 degrees.
+    // The camera is 10 units above the vertex and offset by 10 and 3 units in the plane, so the
+    // angle is 46.2 degrees.
     const double angle = std::atan(std::sqrt(109.0) / 10.0) * 57.29578;
     EXPECT_EQ(grid.Level().Freeze(grid.At(5, 8)), std::lround(127.0 * (1.0 - angle / 90.0)));
     HostKernel::Instance().Scene()->OwnCamera().Transform().SetMatrix(Matrix());

@@ -57,7 +57,8 @@ TEST(FreezeFilters, BorderNeighbourCountsOncePerFaceAtItsEdge) {
     FreezeGrid grid(4);
     grid.Set(2, 1, 100);
     grid.Set(1, 0, 40);
-    // (2, 0) has two faces, so (2, 1) counts twice, (1, 0) and (3, 0) once: (200 + 40) / 4 / 2.
+    // Vertex (2, 0) is in two faces, so its neighbour (2, 1) counts twice, and (1, 0) and (3, 0)
+    // count once: (200 + 40) / 4 / 2.
     EXPECT_EQ(grid.Row(0, BlurredFreeze(grid.Level(), 1))[2], 30);
 }
 
@@ -80,9 +81,9 @@ TEST(FreezeFilters, SharpeningSteepensASlope) {
     const int slope[] = {0, 0, 20, 60, 100, 127, 127};
     for (int x = 0; x < 7; ++x)
         for (int y = 0; y < 7; ++y) grid.Set(x, y, static_cast<uint8_t>(slope[x]));
-    // At an inner vertex, the mean of the neighbours includes left, right and twice the vertex's
-    // own amount: 2a - (l + r + 2a) / 4. At x = 1, this is 0 - 20 / 4, which is clamped to 0; at x
-    // = 4, it is 200 - 387 / 4 = 103.25.
+    // An inner vertex with amount a has two neighbours with amounts l and r and two with amount a,
+    // so the result is 2a - (l + r + 2a) / 4. At x = 1, this is 0 - 20 / 4, which is clamped to 0;
+    // at x = 4, it is 200 - 387 / 4 = 103.25.
     EXPECT_EQ(grid.Row(3, SharpenedFreeze(grid.Level(), 1)), (Row{0, 0, 15, 60, 103, 127, 127}));
 }
 

@@ -40,8 +40,8 @@ TEST(FreezeLevels, UpwardsNewPointsGetRoundedMeans) {
     for (uint32_t v = 0; v < 4; ++v) geometry.Bound()->SetFreeze(v, static_cast<uint8_t>(given[v]));
     EXPECT_EQ(geometry.Level(1)->FrozenVertexCount(), 0u) << "only when a level is bound";
     geometry.BindLevel(1);
-    // The face has the vertices 0, 1, 3, 2. Corners, edge points in order, face point: 158 / 4 =
-    // 39.5.
+    // The face has the vertices 0, 1, 3, 2. The amounts are those of the corners, the edge points
+    // in order, and the face point: 158 / 4 = 39.5.
     EXPECT_EQ(FreezeAmounts(*geometry.Level(1)),
               (std::vector<uint8_t>{0, 10, 21, 127, 5, 69, 74, 11, 40}));
 }

@@ -50,7 +50,7 @@ TEST(FreezeParts, GroupIsTheVerticesOfItsFacesOnEveryLevel) {
         std::size_t found = 0;
         for (uint32_t v = 0; v < level.VertexCount(); ++v) {
             // The corners of the open grid do not move under refinement, and its inner grid lines
-            // keep their x.
+            // keep their x coordinates.
             const float x = level.Position(v).x;
             EXPECT_EQ(middle[v], x >= 0.999f && x <= 3.001f ? 1.0f : 0.0f) << x;
             EXPECT_EQ(rest[v], x >= 2.999f ? 1.0f : 0.0f) << x;

@@ -236,7 +236,7 @@ TEST_F(FreezeScript, MasksAreCarriedBetweenLevelsAndPendingOnesAreSaved) {
     const std::string paint = R"({"level": 1}, {"mask": {"group": "right"}},)";
     const auto carried = Amounts(paint + R"({"level": 3})");
     ASSERT_THAT(carried, testing::Contains(127));
-    // The same with a saved scene in between.
+    // The result is the same if the scene is saved and reopened in between.
     auto document = Run(paint + R"({"mirror": []})");
     ASSERT_EQ(document->Geometry().BoundIndex(), 1u);
     EXPECT_EQ(document->Geometry().Level(3)->FrozenVertexCount(), 0u);

@@ -34,7 +34,7 @@ void HideFaces(Document& document) {
 }
 
 /// Returns four levels with detail, a mask, hidden faces and layers on two of them. Changes on
-/// level 1 have not been carried to the other levels yet.
+/// level 1 have not been propagated to the other levels yet.
 std::unique_ptr<Document> AtLevel1() {
     auto document = std::make_unique<Document>("cube", WithIslands(Cube(), 3, 0.05f));
     document->SetTopologicalMirror();
@@ -53,7 +53,8 @@ std::unique_ptr<Document> AtLevel1() {
     return document;
 }
 
-/// Returns the same document with changes on the highest level that have not been carried down yet.
+/// Returns the same document with changes on the highest level that have not been propagated to the
+/// coarser levels yet.
 std::unique_ptr<Document> AtLevel3() {
     auto document = AtLevel1();
     document->BindLevel(3);

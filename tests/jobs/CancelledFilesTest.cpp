@@ -109,7 +109,7 @@ TEST(CancelledFiles, ExportLeavesTheOldFile) {
         SCOPED_TRACE(name);
         const TemporaryFolder folder;
         const std::string file = folder.Path(name);
-        // Once with an existing file and once without.
+        // Runs once with an existing file and once without.
         for (const bool isThere : {false, true}) {
             std::string before;
             Cancel(

@@ -23,7 +23,8 @@
 namespace trovik::test {
 namespace {
 
-/// Counts reports by phase. Operations report to it whenever they would read the clock by default.
+/// Counts reports by phase. Operations report to this job each time they would normally read the
+/// clock.
 class PaceJob final : public JobControl {
 public:
     PaceJob() : JobControl({JobPace().elements, {}}) {}
@@ -34,7 +35,7 @@ public:
             reports = 0;
         }
         last = done;
-        // The first report of a phase counts for its first elements.
+        // The report at the start of a phase counts as the report for its first elements.
         ++reports;
         uint64_t& most = elements[current];
         most = std::max(most, done / reports);
@@ -44,7 +45,8 @@ public:
     /// Expects that each phase has reported often enough, and that these phases occurred.
     /// \param phases  phases that the operation must have, possibly among others.
     void Expect(const std::set<std::string>& phases) const {
-        // The longest range of elements between two clock checks, plus the pace.
+        // The largest batch of elements that is processed without a clock check, plus the interval
+        // between checks.
         const uint64_t maxElements = 4096 + JobPace().elements;
         const uint64_t mostBytes = uint64_t{2} << 20;
         for (const auto& [phase, most] : elements) {

@@ -320,7 +320,7 @@ TEST_F(RecoveredJournal, ContainsInterruptedMirroredStrokes) {
         options.progress.job = &last;
         EXPECT_THROW(RedoJournal(Journal(), options), Cancelled);
         EXPECT_EQ(last.reports, all);
-        // One more report for each of the two dabs on the second pair of sides.
+        // The second pair of sides adds one report for each of its two dabs.
         if (isBroken) questions = all;
         EXPECT_EQ(all, isBroken ? questions : questions + 2);
         fs::remove(Journal());

@@ -32,8 +32,8 @@ struct Told {
     std::atomic<uint64_t> progress;
     /// The number of the current step, including steps that are not journaled.
     std::atomic<uint32_t> step;
-    /// The process waits before this step, or after this dab of the step, until it is released, so
-    /// that it can be killed in time.
+    /// Before this step, or after this dab of the step, the process waits to be released, so that
+    /// it can be killed there.
     uint32_t aim;
     uint32_t aimedDab;
     std::atomic<bool> isWaiting;
@@ -211,8 +211,8 @@ TEST_F(KilledProcess, LosesNothingAtAHundredMoments) {
         }
         ASSERT_TRUE(WIFSIGNALED(status) || WEXITSTATUS(status) == 0) << status;
         killedAt.push_back(told[i].Read());
-        // The process was killed during the step or shortly after it: some steps are shorter than
-        // the time that the kill takes.
+        // The process was killed during the step or shortly after it: some steps take less time
+        // than killing the process.
         const uint32_t at = told[i].step.load() - 1;
         if (at <= step + 1) kindsHit.insert(steps[step].begin().key());
     }

@@ -156,7 +156,7 @@ std::vector<uint8_t> Run(const KernelSwitches& s,
     bool reached = false;
     for (int dab = 0; dab < 2; ++dab) {
         for (const uint32_t patch : {0u, 1u}) {
-            // Positions are averaged from those stored in the grid.
+            // Averages use the positions stored in the grid.
             if (FamilyOf(s.averageBit, s.pullBit) == Family::Averaging && s.alongVertexNormal)
                 state.brush.ReadPatchPositions(state.brush.PatchSlice(patch));
             reached |= specialised ? state.RunSpecialised(s, patch) : state.RunByValue(s, patch);
@@ -220,7 +220,8 @@ std::vector<uint8_t> RunOnRandomPositions(const KernelSwitches& s,
     for (uint32_t v = 0; v < state.mesh.VertexCount(); ++v) {
         Vertex& vertex = state.mesh.vertices.array[v];
         for (float* number : {&vertex.x, &vertex.y, &vertex.z}) {
-            // For every other seed, only zeros are used; they are then the minima.
+            // For every other seed, zeros are the only special values, and all other coordinates
+            // are positive, so that the zeros are the minima.
             const std::size_t kinds = seed % 2 == 0 ? 2 : std::size(oddNumbers);
             if (seed % 2 == 0) *number = std::abs(*number) + 0.01f;
             if (engine() % rarity == 0) *number = oddNumbers[engine() % kinds];
@@ -237,7 +238,7 @@ std::vector<uint8_t> RunOnRandomPositions(const KernelSwitches& s,
 }
 
 /// Tests the kernels that reorder vertices with zeros of both signs, infinities and NaN. The bounds
-/// in particular then depend on the order.
+/// in particular then depend on the order of vertices.
 TEST(AllSpecialisations, AgreeOnZerosInfinitiesAndNaN) {
     for (unsigned index = 0; index < KernelSwitches::count; ++index) {
         const KernelSwitches s = KernelSwitches::FromIndex(index);

@@ -119,7 +119,7 @@ TEST(Pulling, MovesATenthOfTheDistanceForAWeightOfOne) {
     const uint32_t vertex = bench.VertexNear({0.25f, 0.5f, 0.0f});
     bench.RunKernel(0);
     ExpectNear(bench.mesh.Position(vertex), {0.275f, 0.5f, 0.1f}, 1e-6f);
-    // The same from the current position.
+    // The second dab moves the vertex a tenth of the way from its current position.
     bench.NextDab();
     bench.RunKernel(0);
     ExpectNear(bench.mesh.Position(vertex), {0.2975f, 0.5f, 0.19f}, 1e-6f);
@@ -155,8 +155,8 @@ TEST_F(Averaging, PositionsAreSmoothedInPlaceInRowOrder) {
     bench.mesh.SetPosition(middle, {1.5f, 1.5f, 1.0f});
     Start(true);
     bench.RunTester(patch);
-    // When a vertex is processed, the vertices before it are already smoothed, those after it are
-    // not.
+    // When a vertex is processed, the vertices before it are already smoothed, and those after it
+    // are not.
     const float heights[3][3] = {
         {0.0f, 0.2f, 0.04f}, {0.2f, 0.28f, 0.064f}, {0.04f, 0.064f, 0.0256f}};
     for (uint32_t row = 0; row < 3; ++row)

@@ -153,7 +153,7 @@ TEST(RefusingLayer, EndsTheKernelBeforeAnyVertex) {
     EXPECT_EQ(bench.brush.patchVertexList, nullptr);
     EXPECT_EQ(bench.BoxMin(), Vector(1.0f, 0.5f, 0.0f));
     EXPECT_EQ(bench.BoxMax(), Vector(1.0f, 0.5f, 0.0f));
-    // The normals of the patch are computed from the grid, so it contains the current positions.
+    // The patch's normals are computed from the grid, so the grid contains the current positions.
     EXPECT_EQ(bench.GridAt(1, 1), Vector(0.5f, 0.5f, 0.75f));
 
     const uint32_t raised = bench.VertexAt(0, 1, 0);
@@ -195,8 +195,9 @@ TEST(WorkList, ListsTheFacesInAFixedOrder) {
     bench.Start(Tool::Sculpt);
     const uint32_t patch = 3;
     ASSERT_EQ(bench.brush.BuildWorkList(patch), 9u);
-    // The cell of each vertex's face, row by row. The first vertex of a row has the same face as
-    // the next vertex, and the last row of vertices uses the faces of the last row of cells.
+    // The grid cell of the face of each vertex, row by row. The first vertex of a row has the same
+    // face as the next vertex, and the last row of vertices uses the faces of the last row of
+    // cells.
     const uint32_t faceCells[] = {0, 0, 1, 2, 2, 3, 2, 2, 3};
     const Store<uint32_t>& faces = SubdivisionLevel::QuadIndexTable(1);
     for (uint32_t i = 0; i < 9; ++i)

@@ -41,7 +41,7 @@ void KernelFixture::Start(Tool tool, int falloffIndex) {
     brush.dabStrength = 1.0f;
     brush.dabPressure = 1.0f;
     brush.brushSpace->direction = HWVector(Vector(0.0f, 0.0f, 1.0f));
-    // A new stamp, because the vertices still have the marks of the previous stroke.
+    // A new visit stamp, because the vertices are still marked as visited by the previous stroke.
     brush.dabStamp = ++mesh.visitStamp;
     Aim(Vector(), 1.0f);
 }

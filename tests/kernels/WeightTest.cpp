@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The weight of a vertex: tests each factor separately.
+/// \file Tests each factor of a vertex's weight separately.
 #include "framework/brushes/BrushSettings.h"
 #include "tests/kernels/KernelFixture.h"
 #include "tests/meshes/MeshZoo.h"
@@ -216,7 +216,8 @@ TEST_F(Weight, RangeOfZeroGivesASharpEdge) {
         bench.RunKernel(0);
         EXPECT_EQ(bench.Height(middle), 1.0f);
     }
-    // An angle equal to the start: 0 / 0 must not discard the vertex.
+    // If the angle equals the start of the falloff, the resulting 0 / 0 must not discard the
+    // vertex.
     bench.Restart(Tool::Sculpt);
     bench.mesh.vertexNormals.array[middle] = {0, 0, 0, 0};
     bench.Aim({0.5f, 0.5f, 0.0f}, 2.0f);
@@ -274,7 +275,7 @@ TEST_F(Weight, StrengthBiasOfWaxDoesNotDependOnPressure) {
     EXPECT_NEAR(bench.Height(middle), 2.0f * (0.8f * 0.25f + 0.2f), 1e-6f);
     EXPECT_NEAR(bench.Height(quarter), 1.0f * (0.8f * 0.25f + 0.2f), 1e-6f);
 
-    // Flatten, of the same family, ignores pressure.
+    // Flatten, a tool of the same family, ignores pressure.
     const float height = bench.Height(middle);
     bench.Restart(Tool::Flatten);
     bench.Aim({0.5f, 0.5f, 0.0f}, 2.0f);

@@ -22,7 +22,8 @@ TEST(IndexTables, InverseRestoresTheIndex) {
 }
 
 TEST(IndexTables, GridPointsAreTheVerticesAtTheirPositions) {
-    // For a refined single quad, grid point (row, column) is at (column, row) divided by the side.
+    // For a refined single quad, grid point (row, column) is at (column, row) divided by the number
+    // of cells per side.
     LevelGeometry geometry(SingleQuad());
     for (uint32_t level = 1; level <= 4; ++level) {
         geometry.Subdivide();

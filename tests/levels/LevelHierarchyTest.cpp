@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Levels deleted at either end, shapes applied to lower levels, and undo of all of these.
+/// \file Deletes levels at either end, applies shapes to lower levels, and undoes all of these.
 #include "framework/layers/SculptLayer.h"
 #include "tests/edits/EditStroke.h"
 #include "tests/levels/GeometryState.h"

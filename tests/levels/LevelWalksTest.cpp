@@ -46,7 +46,7 @@ TEST(FaceWalk, IsBreadthFirstFromSideZeroToThree) {
     LevelGeometry geometry(GridMesh(3, 3));
     FaceVisitor visitor([](uint32_t) { return true; });
     geometry.Bound()->EnumerateFaces(4, &visitor, 0);
-    // From the middle: above, right, below, left, then their neighbours.
+    // After the middle face come the faces above, right, below and left, then their neighbours.
     EXPECT_EQ(visitor.tested, (std::vector<uint32_t>{4, 1, 5, 7, 3, 2, 0, 8, 6}));
     EXPECT_EQ(visitor.entered, visitor.tested);
 }

@@ -90,8 +90,8 @@ TEST(Multires, DetailRotatesRigidlyWithTheSurface) {
     }
 }
 
-// The length of the detail is preserved to within 1e-5 of the mesh's size, its component along the
-// normal to within 1e-4.
+// The length of the detail is preserved to within 1e-5 of the mesh's size, and its component along
+// the normal to within 1e-4.
 TEST(Multires, DetailKeepsLengthAndHeightOnFoldedOrCrumpledSurfaces) {
     for (const ZooMesh& zoo : AllMeshes()) {
         for (const bool fold : {true, false}) {

@@ -23,7 +23,7 @@ namespace {
 
 using Point = std::array<float, 3>;
 
-/// The positions as a set in which zeros of both signs are equal.
+/// The positions as a set, with zeros of both signs treated as equal.
 std::multiset<Point> PointSet(const std::vector<Point>& positions) {
     std::multiset<Point> points;
     for (Point p : positions) {
@@ -184,7 +184,7 @@ TEST(ExactSum, DoesNotDependOnTheOrderOfTerms) {
                                 static_cast<int>(random() % static_cast<unsigned>(span)) - 149);
             }
         }
-        // Terms that cancel leave the sum of the smaller terms.
+        // Some terms are cancelled by their negatives, so the sum consists of the other terms.
         const std::size_t half = terms.size();
         for (std::size_t i = 0; i + 1 < half; i += 2) terms.push_back(-terms[i]);
         const DoubleVector sum = ExactSum(terms.data(), terms.size());

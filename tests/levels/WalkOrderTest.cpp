@@ -20,7 +20,7 @@ namespace {
 
 using Visit = std::pair<uint32_t, uint32_t>;
 
-/// The walks as literal implementations of their rules.
+/// The walks, implemented literally from their rules.
 class RuleWalks {
 public:
     explicit RuleWalks(const LevelMesh& walkedMesh)

@@ -48,7 +48,7 @@ TEST_F(FreeMemoryOfSystem, IsLimitedByTheControlGroupAndItsParents) {
     Fill("sys/fs/cgroup/outer/memory.current", std::to_string(700 * mebibyte) + "\n");
     EXPECT_EQ(Query().bytes, 300 * mebibyte);
     EXPECT_EQ(Query().limit, "control group");
-    // The kernel drops file pages before it refuses memory.
+    // The kernel reclaims cached file pages before it refuses an allocation.
     Fill("sys/fs/cgroup/outer/memory.stat",
          "anon 5\ninactive_file " + std::to_string(200 * mebibyte) + "\nactive_file " +
              std::to_string(100 * mebibyte) + "\n");
@@ -59,11 +59,11 @@ TEST_F(FreeMemoryOfSystem, IsLimitedByTheControlGroupAndItsParents) {
 
 TEST_F(FreeMemoryOfSystem, ReadsVersionOneControlGroups) {
     Fill("proc/self/cgroup", "5:cpu,cpuacct:/x\n4:memory:/docker/0123\n0::/\n");
-    // In a container, the container's own group appears as the top folder.
+    // Inside a container, the container's own control group appears as the root folder.
     Fill("sys/fs/cgroup/memory/memory.limit_in_bytes", std::to_string(500 * mebibyte) + "\n");
     Fill("sys/fs/cgroup/memory/memory.usage_in_bytes", std::to_string(100 * mebibyte) + "\n");
     EXPECT_EQ(Query().bytes, 400 * mebibyte);
-    // More in use than allowed, as after a limit is lowered.
+    // More memory is in use than allowed, as can happen after a limit is lowered.
     Fill("sys/fs/cgroup/memory/memory.usage_in_bytes", std::to_string(900 * mebibyte) + "\n");
     EXPECT_EQ(Query().bytes, 0u);
 }

@@ -174,7 +174,8 @@ TEST(Store, LargerFillSetsExactlyThatCapacity) {
 TEST(Store, OldContentIsFreedFirstUnlessItIsKept) {
     Store<uint32_t> store;
     store.SetFill(10, true);
-    // Memory for 20 elements in total: enough without the old ten, too little with them.
+    // There is memory for 20 elements in total, which is enough only if the old ten are freed
+    // first.
     const test::MemoryLimit limit(10 * 4);
     EXPECT_THROW(store.SetFill(20, true), Error*);
     EXPECT_EQ(store.fill, 10u);

@@ -67,8 +67,8 @@ TEST(StrokeSymmetry, ADabAndItsImageThatOverlapDifferByMoreThanRounding) {
     ball.Across(0);
     Matrix slightlyTurned;
     slightlyTurned.m[0][0] = -1.0f;
-    // The loop does not recognise it as a coordinate plane, and the difference does not affect a
-    // dab.
+    // The stroke loop does not recognise this matrix as a coordinate plane, but the difference does
+    // not affect a dab.
     slightlyTurned.m[0][1] = 1e-30f;
     ball->Loop().SetMirrors(MirrorConfiguration::PlaneX, {slightlyTurned});
     ball.Tool("Sculpt");
@@ -169,7 +169,8 @@ TEST(StrokeSymmetry, PlaneToolsKeepOnePlanePerSide) {
             EXPECT_GT(most, 0.003f);
             EXPECT_LT(most, 0.05f) << "a side was flattened towards another side's plane";
             for (const int axis : one.planes) EXPECT_LT(ball.Asymmetry(axis), 1e-6f) << axis;
-            // About z the moves cancel where the mesh itself is invariant under the rotation.
+            // For rotations about z, the moves cancel only if the mesh itself is invariant under
+            // the rotation.
             if (one.copies != 3) {
                 EXPECT_LT(std::fabs(sums[0]) + std::fabs(sums[1]), 1e-3f);
             }

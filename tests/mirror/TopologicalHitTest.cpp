@@ -31,7 +31,7 @@ TEST(TopologicalHit, EqualsThePlaneReflectionOnASymmetricMesh) {
         EXPECT_EQ(&mesh, across->hit.mesh);
         ExpectNear({-hit.position.x, hit.position.y, hit.position.z}, across->hit.position, 1e-5f);
         ExpectNear({-hit.normal.x, hit.normal.y, hit.normal.z}, across->hit.normal, 1e-5f);
-        // The face across contains the reflected point.
+        // The mirrored face contains the reflected point.
         Vector normal;
         mesh.FaceNormal(&normal, across->hit.face);
         ExpectNear(across->hit.normal, normal.Normalized(), 1e-4f);
@@ -58,7 +58,7 @@ TEST(TopologicalHit, MapIsExactlyTheReflectionForReflectedFaces) {
 }
 
 TEST(TopologicalHit, FollowsAFaceMovedAndRotatedByAPose) {
-    // Four faces in a row; the last column of vertices is upright.
+    // Four faces in a row, the last of which is folded upright.
     PolygonMesh grid = GridMesh(4, 1);
     for (auto& p : grid.positions) {
         p[0] -= 2.0f;
@@ -73,10 +73,11 @@ TEST(TopologicalHit, FollowsAFaceMovedAndRotatedByAPose) {
     const auto across = AcrossTopologicalMirror(hit);
     ASSERT_TRUE(across);
     EXPECT_EQ(3u, across->hit.face);
-    // The face across is at x = 1 and points to the left; 0.75 out is 0.75 up.
+    // The mirrored face is in the plane x = 1 and faces left, so a distance of 0.75 to the side
+    // becomes a height of 0.75.
     ExpectNear({1.0f - 0.125f, 0.5f, 0.75f}, across->hit.position, 1e-6f);
     ExpectNear({-1.0f, 0.0f, 0.0f}, across->hit.normal, 1e-6f);
-    // Farther out on one side is farther up on the other.
+    // Points farther out on one side map to points farther up on the other.
     ExpectNear(
         {1.0f, 0.5f, 1.0f}, across->pointMap.AffineTransform({-2.0f, 0.5f, 0.0f}, 1.0f), 1e-6f);
 }

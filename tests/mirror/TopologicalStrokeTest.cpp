@@ -71,8 +71,8 @@ TEST(TopologicalStroke, EqualsThePlaneMirrorOnASymmetricMesh) {
     EXPECT_EQ(2u, byFaces.Totals().dabs);
 }
 
-/// The finer plane, sculpted with a stamp of these settings; returns the displacement of each
-/// vertex.
+/// Subdivides the plane, sculpts it with a stamp with these settings, and returns the displacement
+/// of each vertex.
 std::vector<Vector> StampedMoves(Document& document, const char* stamp) {
     document.Subdivide();
     document.Subdivide();
@@ -153,8 +153,8 @@ TEST(TopologicalStroke, ReachesTheImageOfAVertexInAPose) {
     }
     EXPECT_GT(movedLeft, 10u);
     EXPECT_GT(movedRight, 10u);
-    // The centre of the dab and its image move equally, since the faces there have about the same
-    // size.
+    // The centre of the dab and its image move by the same amount, since the faces there have about
+    // the same size.
     std::size_t top = 0;
     for (std::size_t v = 0; v < moves.size(); ++v)
         if (v % 17 < 8 && moves[v] > moves[top]) top = v;

@@ -16,7 +16,7 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-/// Returns the error message for a module without its beginning, which contains the file and the
+/// Returns the error message for a module, without the prefix that contains the file and the
 /// purpose.
 template <class Open>
 std::string Refusal(const std::string& path, Open open) {

@@ -102,7 +102,8 @@ TEST(PatchTreeRefit, CostDoesNotGrowWithTheMesh) {
         costs.push_back(tree.BoxesRefitted() - before);
     }
     EXPECT_LE(costs[0], 3u + 3u * 8u);
-    // 64 times as many faces, and six more levels of bisection for each of the three.
+    // With 64 times as many faces, each of the three patches has six more levels of bisection above
+    // it.
     EXPECT_LE(costs[1], costs[0] + 3u * 6u);
 }
 

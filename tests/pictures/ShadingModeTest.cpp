@@ -74,7 +74,7 @@ TEST_F(SphereRender, TextureSpaceIsACheckerboard) {
     shown.cornerUvs = uvs.data();
     const RenderImage right = Make();
     EXPECT_GT(right.rgb[middle], right.rgb[middle + 1] + 60);
-    // A square of the other kind on the checkerboard.
+    // The neighbouring square of the checkerboard, which has the other brightness.
     for (std::size_t i = 0; i < uvs.size(); i += 2) uvs[i] = 0.9f - 1.0f / 16.0f;
     EXPECT_NE(Brightness(Make(), 60, 45) / 60, Brightness(right, 60, 45) / 60);
 }

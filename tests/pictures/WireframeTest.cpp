@@ -30,7 +30,7 @@ protected:
         const RenderImage plain = Make();
         options.wireframe = true;
         const RenderImage wired = Make();
-        // Halfway between the lines that recede from the eye.
+        // The column halfway between two lines that recede from the eye.
         const int x = 150 + 14;
         std::vector<double> widths;
         double sum = 0.0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-// Checks the linked plug-in for rules that cannot be checked in source files.
+// Checks rules for the linked plug-in that cannot be checked in its source files.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -106,7 +106,7 @@ bool IsOfTrovik(const std::string& name) {
 }
 
 /// The lines of `nm` for the strong symbols that the host library exports. Templates and inline
-/// functions, which every module may have its own copy of, are weak.
+/// functions are weak, because every module may have its own copy.
 std::vector<std::string> StrongExports() {
     std::vector<std::string> strong;
     for (const std::string& line :

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file Culling patches out of reach must have the same effects as visiting them. Two identical
-/// fixtures make the same random strokes, one of them with a full visit to every patch. After each
+/// fixtures make the same random strokes, but one of them visits every patch in full. After each
 /// dab, all data that a dab may write is bit-identical in both.
 #include "framework/multires/LevelChange.h"
 #include "tests/brush/ToolRows.h"
@@ -222,10 +222,10 @@ TEST(CulledPatches, GiveTheSameBitsAsPatchesVisitedInFull) {
     EXPECT_GT(passed, 1000u);
 }
 
-/// Six patches around an irregular vertex, the tip, which is nearer to the brush than all other
-/// vertices. A dab that starts in one of the six patches moves the tip and visits the two adjacent
-/// patches. The other three are not visited; the normals next to the tip along their sides are
-/// updated on their next visit.
+/// Six patches meet at an irregular vertex, the tip, which is nearer to the brush than all other
+/// vertices. A dab that starts in one of these patches moves the tip and visits the two adjacent
+/// patches. The other three are not visited; the normals next to the tip on their sides are updated
+/// the next time they are visited.
 TEST(CulledPatches, UpdateTheNormalsNextToACornerMovedByOtherPatches) {
     PolygonMesh hexagon;
     for (int i = 0; i < 6; ++i) {
@@ -281,8 +281,8 @@ TEST(CulledPatches, UpdateTheNormalsNextToACornerMovedByOtherPatches) {
     twins.Both([](StrokeFixture& bench) { bench.End(); });
 }
 
-/// After a switch to Smooth on a layer, a visit also creates records around the patch, unlike
-/// earlier visits.
+/// After a switch to Smooth on a layer, visiting a patch also creates records around it, which
+/// earlier visits did not.
 TEST(CulledPatches, HaveTheRecordsOfSmoothOnALayer) {
     Twins twins(FlatGrid(8), 5);
     twins.Both([](StrokeFixture& bench) {
@@ -339,7 +339,8 @@ TEST(CulledPatches, OfAHostThatDoesNotCountEditsAreVisitedInFull) {
                     mesh.vertexNormals.array + v, twins.visiting.Mesh().vertexNormals.array + v, 1))
                 ++stale;
         if (declared) {
-            // The host violated its declaration: the result shows that the count is necessary.
+            // The host declared that it counts its edits but did not count them. The stale normals
+            // show that the count is necessary.
             EXPECT_GT(stale, 0u);
         } else {
             EXPECT_EQ(passed, 0u);

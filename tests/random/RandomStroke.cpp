@@ -208,7 +208,7 @@ void RandomStrokeFixture::ChooseStamp() {
     const bool mild = MovesByDistance();
     uint32_t kind = random.Below(6);
     if (kind < 3) return;
-    // A vector stamp multiplies by its own size.
+    // A vector stamp scales displacements by its own size.
     if (kind == 5 && mild && extent > 30.0f) kind = 4;
     if (kind == 3) {
         brush.SetStamp(true, QStringLiteral("not loaded"));

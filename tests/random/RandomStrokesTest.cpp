@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Strokes with random mesh, level, transform, mask, layer, tool, settings, stamp, mirror and
-/// dabs. In every case, all numbers stay finite, and undo and redo restore bit-identical states.
-/// The default run is short; TROVIK_RANDOM_STROKES sets the number of strokes.
+/// \file Strokes with a random mesh, level, transform, mask, layer, tool, settings, stamp, mirror
+/// and dabs. In every case, all numbers stay finite, and undo and redo restore bit-identical
+/// states. The default run is short; TROVIK_RANDOM_STROKES sets the number of strokes.
 #include "tests/random/RandomStroke.h"
 
 #include <gtest/gtest.h>

@@ -39,7 +39,7 @@ TEST(SceneAttributes, AreRestoredWithTheScene) {
     EXPECT_TRUE(after.attributes.hasAlpha);
     EXPECT_EQ(after.attributes.space, before.attributes.space);
     ExpectSameGroups(after, before);
-    // A reset keeps them too.
+    // The attributes are also kept by a reset.
     opened->Reset();
     opened->Subdivide();
     after = Shown(*opened);

@@ -177,7 +177,7 @@ TEST_F(SceneContinuation, GivesTheSameBitsWithPensAndTheFreezeBrush) {
          "{\"stroke\": {" + pen + R"(, "modifier": "invert"}})"});
 }
 
-// The mirror is found on the imported mesh and must not be searched for again on the sculpted one.
+// The mirror is computed from the imported mesh and must not be recomputed from the sculpted one.
 TEST_F(SceneContinuation, GivesTheSameBitsWithTheTopologicalMirror) {
     ExpectNoDifference(SphereQuads(1),
                        R"(, "levels": 2, "mirror": "topological")",

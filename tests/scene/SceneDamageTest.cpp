@@ -21,8 +21,8 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 constexpr unsigned flips = 2000;
-/// File buffers take 1 MiB. All other memory is proportional to the scene, which has a few
-/// kilobytes.
+/// File buffers take 1 MiB. All other memory is proportional to the size of the scene, which is a
+/// few kilobytes.
 constexpr uint64_t maxMemory = uint64_t{8} << 20;
 
 class DamagedScene : public ::testing::Test {
@@ -152,7 +152,7 @@ TEST_F(DamagedScene, RadiusAndSpacingHaveTheRangeOfScripts) {
             if (chunk.name == "SETT") chunk.content.replace(place, 4, BytesOf(number));
         return Read(JoinScene(whole.substr(0, scene.headerBytes), chunks));
     };
-    // The offset after three vectors, the angle and the size of the view.
+    // Byte offsets: the view's three vectors, angle and size come before the radius.
     constexpr std::size_t radius = 48;
     constexpr std::size_t spacing = 52;
     EXPECT_EQ(readWith(spacing, 0.001f), "");
@@ -229,7 +229,7 @@ TEST_F(DamagedScene, BaseThatIsNotAnOrientedManifoldIsRefused) {
     RawScene scene = SplitScene(whole);
     std::string& content = scene.chunks[1].content;
     ASSERT_EQ(scene.chunks[1].name, "GEOM");
-    // The name and five numbers precede the faces; the first face is reversed.
+    // The faces come after the name and five numbers. Reverses the first face.
     const std::size_t faces = 4 + NumberAt<uint32_t>(content, 0) + 20;
     const auto second = NumberAt<uint32_t>(content, faces + 4);
     const auto fourth = NumberAt<uint32_t>(content, faces + 12);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The bytes of scene files as documented in docs/scene-format.md.
+/// \file Checks that the bytes of scene files match docs/scene-format.md.
 #include "framework/io/Crc32.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/scene/SampleScene.h"
@@ -162,7 +162,7 @@ TEST_F(SceneLayout, LevelHasPositionsNormalsMaskAndSeenState) {
     const auto seen = levl.Read<uint32_t>();
     EXPECT_GT(seen, 0u);
     levl.Skip(seen * 16);
-    // The strokes on the finer level were carried down to this level, but not yet to level 0.
+    // The strokes on the finer level were propagated to this level, but not yet to level 0.
     EXPECT_EQ(levl.Read<uint32_t>(), 26u) << "seen from below";
     EXPECT_EQ(levl.Read<uint32_t>(), 0u);
     EXPECT_EQ(levl.Read<float>(), document->Geometry().Seen(1).fromBelow.positions[0].x);
@@ -262,7 +262,8 @@ TEST_F(SceneLayout, FreezeBrushHasItsSettings) {
     ChunkReader brush(scene.Chunk("FRZB").content);
     EXPECT_EQ(brush.Read<uint8_t>(), 0u) << "another brush is active";
     const std::string data = brush.Text();
-    // Three strings, size, direction, smoothing, steady stroke, spacing, flags, stamp, fade.
+    // The strength follows three strings, size, direction, smoothing, steady stroke, spacing,
+    // flags, stamp and fade.
     const std::size_t strength = 3 * 4 + 4 + 4 + 5 + 5 + 8 + 3 + 8 + 5;
     EXPECT_EQ(NumberAt<float>(data, strength), 62.5f);
     EXPECT_EQ(NumberAt<int32_t>(data, data.size() - 4), 3) << "falloff";

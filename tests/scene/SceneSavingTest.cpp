@@ -48,8 +48,8 @@ TEST(SceneSaving, KeepsTheOldSceneWhicheverAllocationIsRefused) {
         RefuseAllocation(0);
         if (!cameSoFar) break;
         ASSERT_EQ(folder.FileCount(), files) << number;
-        // A failed allocation that saving does not depend on, such as that of a message, is not an
-        // error.
+        // A failed allocation is not an error if saving can do without it, for example the
+        // allocation of a message.
         if (message.empty()) {
             folder.Fill("scene.trovik", "old");
             continue;

@@ -27,7 +27,7 @@ const json& Resolved(const json& part) {
     return Resolved(Schema().at(json::json_pointer(reference->get<std::string>().substr(1))));
 }
 
-/// One alternative that a part of the schema accepts for a value, in the notation of
+/// Adds the alternatives that a part of the schema accepts for a value, in the notation of
 /// FieldValue::Describe.
 void AddAlternatives(const json& part, json& all);
 

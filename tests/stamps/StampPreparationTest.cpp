@@ -188,7 +188,7 @@ TEST_F(StampPreparation, FactorAppliesToTheNextDabWithoutANewRead) {
     EXPECT_EQ(brush.stampFactor, 5.0f);
     EXPECT_EQ(image->reads.size(), 1u);
     End();
-    // The factor of the last dab is the reference for changes.
+    // A change of the factor is detected by comparison with the last dab's factor.
     EXPECT_EQ(StrokeAndCountReads(), 1u);
 
     settings.stampFactor = 7.0f;
@@ -286,7 +286,7 @@ TEST_F(StampPreparation, SmoothIgnoresAVectorStampForThatStroke) {
     bench.Activate(Tool::Smooth);
     brush.SetStamp(true, QStringLiteral("ear_vdm.exr"));
     settings.stampImage = kept;
-    // Changes that require a new read have no effect without the stamp.
+    // While the stamp is disabled, changes that would require a new read have no effect.
     settings.stampOffset = 1.0f;
     settings.stampTiled = true;
     EXPECT_EQ(StrokeAndCountReads(), 1u);

@@ -245,7 +245,7 @@ TEST_P(Stamped, DividesByTheFourthComponentOfAPerspective) {
 }
 
 TEST_P(Stamped, ReadsAtTheFirstTouchPositionInEveryDab) {
-    // The stamp is tilted: a raised vertex would read another pixel.
+    // The stamp is tilted, so that a raised vertex would read another pixel.
     Give(9, 9, Numbers(81));
     brush.Settings().stampMatrix.m[2][0] = 1.0f;
     const SurfacePoint hit = bench.HitVertex(VertexAt(4, 4));

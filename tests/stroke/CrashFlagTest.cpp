@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The crash-flag counter contains the functions on the stack, and is zero afterwards.
+/// \file The crash-flag counter identifies the functions on the stack, and is zero after they
+/// return.
 #include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/stroke/FakeMesh.h"

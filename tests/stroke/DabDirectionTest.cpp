@@ -300,7 +300,7 @@ TEST_F(PlaneReuse, KeepsThePlaneFoundEarlier) {
     EXPECT_EQ(brush.planeDistances[0], 2.0f);
     EXPECT_FALSE(IsDirectionSet());
     EXPECT_TRUE(brush.followVertexNormal);
-    // Even a missing heading does not end such a dab.
+    // Such a dab is applied even without a heading.
     previous = Vector{};
     EXPECT_TRUE(Prepare(3));
 }

@@ -20,7 +20,7 @@ public:
     ~LevelFactor() { swiftStrokeLevelFactor.attribute->SetValue(1.0f, true); }
 };
 
-/// The brush's measure of a face: the diagonal of a quad or one side of a triangle.
+/// The size of a face as measured by the brush: the diagonal of a quad or one side of a triangle.
 float Measure(LevelMesh& mesh, uint32_t face) {
     const uint32_t first = face * mesh.CornersPerFace();
     return (mesh.Position(mesh.faceVertexIndices[first]) -
@@ -127,7 +127,7 @@ TEST(DabLevel, UnrepresentableNumbersCountAsZero) {
     bench.End();
 }
 
-/// A single quad whose measure is exactly 4.
+/// A single quad whose diagonal is exactly 4.
 PolygonMesh WideQuad() {
     PolygonMesh quad;
     quad.positions = {{0, 0, 0}, {2, -2, 0}, {4, 0, 0}, {2, 2, 0}};

@@ -97,7 +97,7 @@ TEST_F(FakeBinding, RefusedLockLeavesTheBrushUnboundWithoutAMessage) {
     EXPECT_TRUE(HostKernel::Instance().HUDMessages().empty());
     EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
 
-    // During a stroke, the dabs return without a message.
+    // During a stroke, dabs do nothing and show no message.
     brush.BeginStroke(&geometry.level, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
     EXPECT_TRUE(brush.strokeActive);
     const AxisAlignedBoundingBox box = bench.Dab(geometry.Hit(), 1.0f);
@@ -125,7 +125,7 @@ TEST_F(FakeBinding, MeshThatIsNotALevelIsAnErrorAndStaysLocked) {
     EXPECT_GT(caught->Line(), 0);
     Error::Dispose(caught);
     EXPECT_EQ(brush.mesh, nullptr);
-    // The earlier binding is gone, and the lock of the wrong mesh is held.
+    // The previous mesh is no longer bound, and the invalid mesh is locked.
     ASSERT_EQ(log.size(), 2u);
     EXPECT_EQ(log[0].substr(0, 8), "unlock A");
     EXPECT_EQ(log[1], "lock plain");

@@ -120,7 +120,7 @@ TEST_F(StrokeOverARefusal, MayLoseItsMeshBeforeTheNextStroke) {
     brush->EndStroke();
     EXPECT_EQ(brush->meshChanges.fill, 0u);
     EXPECT_NE(BitsOf(other.Mesh()), between);
-    // Its undo step is not joined to an earlier stroke, although the destroyed mesh came first.
+    // The undo step is not joined to an earlier stroke, although the destroyed mesh came first.
     EXPECT_TRUE(other.geometry->History().Undo(*other.geometry));
     EXPECT_EQ(BitsOf(other.Mesh()), between);
     EXPECT_TRUE(other.geometry->History().Undo(*other.geometry));

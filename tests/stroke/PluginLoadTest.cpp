@@ -165,7 +165,8 @@ TEST_F(PluginLoad, BrushFromTheModuleSculptsThroughTheContractAlone) {
 }
 
 TEST_F(PluginLoad, ErrorsOfTheModuleReachTheHost) {
-    // Thrown in the module and caught here, which requires that the type is the same.
+    // The error is thrown in the module and caught here, which works only if both have the same
+    // type information.
     const std::unique_ptr<TreeNode> parent(new TreeNode);
     std::unique_ptr<Node> map(ClassDesc::ByName(QStringLiteral("PatchMap"))->Create());
     auto* child = dynamic_cast<TreeNode*>(map.get());

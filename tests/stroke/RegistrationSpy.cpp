@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Replacements for the host's registering constructors, under the same symbol names. In
-/// symbol resolution, the program's functions precede those of the host library, so a loaded module
-/// calls them. They record the arguments and forward to the original functions. They are necessary
-/// because the host's registries store neither the order across registries nor the labels.
+/// \file Replacements for the host's registering constructors, under the same symbol names. Symbol
+/// resolution finds the program's functions before those of the host library, so a loaded module
+/// calls the replacements. They record the arguments and forward to the original functions. They
+/// are necessary because the host's registries store neither the labels nor the order of
+/// registrations across registries.
 #include "tests/stroke/RegistrationSpy.h"
 
 #include "host/ClassDesc.h"

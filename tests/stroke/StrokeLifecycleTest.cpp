@@ -157,7 +157,7 @@ TEST(StrokeBegin, OtherTriggersReleaseTheMeshAndSculptNothing) {
     EXPECT_TRUE(brush.isPlaneTool);
     EXPECT_FALSE(brush.isSmooth);
     EXPECT_TRUE(log.empty());
-    // The pair remains until a stroke closes it.
+    // The mesh/change pair remains until a stroke closes it.
     EXPECT_EQ(brush.meshChanges.fill, 1u);
     bench.Begin();
     bench.End();
@@ -286,7 +286,7 @@ TEST(StrokeBegin, KeepsItsFalloffWhateverTheHostChanges) {
         [](StrokeFixture& bench) {
             SetFalloffSamples(*bench.brush, std::vector<float>(3000, 0.75f));
         },
-        // The tool's own defaults, and the settings from its last use.
+        // The next two apply the tool's own defaults, and the settings from its last use.
         [](StrokeFixture& bench) { bench.brush->ResetBrushConfiguration(); },
         [](StrokeFixture& bench) {
             bench.brush->SetActiveConfiguration(bench.brush->ActiveConfiguration());

@@ -89,7 +89,7 @@ protected:
                 weights += w;
                 for (int k = 0; k < 2; ++k) {
                     const int next = cell[k] + moves[arm][k];
-                    // At the border the cursor does not move.
+                    // The cursor stops at the border.
                     if (next >= 0 && next < static_cast<int>(side)) cell[k] = next;
                 }
             }
@@ -118,8 +118,8 @@ TEST_F(Sampling, SmallBrushReadsTheFourCornersOfTheCell) {
 
 TEST_F(Sampling, NormalsAreWeightedByDistance) {
     Open(3);
-    // Exactly at the corner (6, 5): its weight is 1, and the other weights follow from the
-    // distances.
+    // The centre is exactly at the corner (6, 5), whose weight is 1. The other weights follow from
+    // the distances.
     const Vector centre(1.5f, 1.25f, 0.0f);
     const SurfacePoint hit = HitCell(6, 5, 0, 1.0f, centre);
     Mesh().vertexNormals.array[VertexAt(6, 5)] = {32767, 0, 0, 0};
@@ -184,7 +184,7 @@ TEST_F(Sampling, OpenBorderIsSampledRepeatedly) {
     const Vector centre(0.1f, 0.1f, 0.0f);
     const SurfacePoint hit = HitCell(0, 0, 2, 1.3f, centre);
     Brush().SamplePlane(hit);
-    // Three steps: the arms to the border stay at (0, 0) and (0, 1).
+    // Each arm takes three steps, but the arms towards the border stay at (0, 0) and (0, 1).
     EXPECT_EQ(Touched(),
               (std::set<std::pair<int, int>>{
                   {0, 0}, {1, 0}, {2, 0}, {3, 0}, {1, 1}, {1, 2}, {1, 3}, {0, 1}}));
@@ -221,7 +221,7 @@ TEST_F(Sampling, BrushOfRadiusZeroTakesOneStep) {
     SurfacePoint hit = HitCell(6, 5, 2, 0.0f, {1.5f, 1.25f, 0.0f});
     Brush().SamplePlane(hit);
     EXPECT_EQ(Touched(), (std::set<std::pair<int, int>>{{6, 5}, {7, 5}, {7, 6}, {6, 6}}));
-    // The same on a degenerate patch, where the length of an arm is NaN.
+    // The result is the same on a degenerate patch, where the length of an arm is NaN.
     LevelMesh& patches = *bench->geometry->Level(0);
     const uint32_t* patch = patches.faceVertexIndices.array + (hit.face / 16) * 4;
     patches.SetPosition(patch[2], patches.Position(patch[0]));
@@ -349,8 +349,8 @@ TEST_F(Sampling, TrianglesAreSampledByTheVertexWalk) {
     }
     EXPECT_GT(count, 2);
     ExpectNear(b.planePoints[0], sum * static_cast<float>(1.0 / count), 1e-5f);
-    // The sampling traversal counts once, the sampling itself once more, and then the dab's own
-    // traversal.
+    // The visit stamp advances once for the sampling traversal, once for the sampling itself and
+    // once for the dab's own traversal.
     EXPECT_EQ(bottom.Mesh().visitStamp, stamp + 3);
     bottom.End();
 }

@@ -141,7 +141,7 @@ TEST_F(ToolEffect, BuildUpRateWeakensThePush) {
     bench.Dab(hit, radius, 0.25f);
     after = Positions();
     EXPECT_NEAR(Along(up).most, 0.25f * 0.125f, 1e-6f);
-    // The first dab's build-up of 1/8 reduces the second dab.
+    // The first dab's build-up of 1/8 reduces the effect of the second dab.
     bench.Dab(hit, radius, 0.25f);
     after = Positions();
     EXPECT_NEAR(Along(up).most, 0.25f * 0.125f * (1.0f + 0.875f), 1e-6f);
@@ -249,13 +249,13 @@ TEST_F(ToolEffect, FillOnlyRaisesVerticesBelowThePlane) {
 TEST_F(ToolEffect, AmplifyMovesAwayFromThePlane) {
     Dab(Tool::Amplify, 100.0f, 1);
     EXPECT_GT(Along(up).moved, 50);
-    // 100 x 0.2 x 0.01: each distance grows by a fifth.
+    // Each distance grows by a fifth: 100 x 0.2 x 0.01.
     EXPECT_NEAR(Deviation(after), 1.44f * Deviation(before), 0.01f * Deviation(before));
 }
 
 TEST_F(ToolEffect, WaxBuildsUpToAPlaneAboveTheSurface) {
     Dab(Tool::Wax, 10.0f, 1);
-    // 10 x 0.5 x 0.1 above the sampled plane, with full strength.
+    // At full strength, vertices move to a height of 10 x 0.5 x 0.1 above the sampled plane.
     for (std::size_t v = 0; v < before.size(); ++v)
         if ((before[v] - hit.position).Length() < 0.9999f * radius) {
             EXPECT_NEAR((after[v] | normal) - distance, 0.5f, 1e-5f);

@@ -32,7 +32,7 @@ TEST_F(FlatPatches, ViewCoordinatesFollowTheRotation) {
             const GridFace threeQuarters(mesh, middle, 0, column, row, 3);
             EXPECT_EQ(threeQuarters.x, 3 - row);
             EXPECT_EQ(threeQuarters.y, column);
-            // In every view the cursor is on the same face.
+            // The cursor is on the same face in every rotated view of the grid.
             EXPECT_EQ(quarter.Face(), expected);
             EXPECT_EQ(half.Face(), expected);
             EXPECT_EQ(threeQuarters.Face(), expected);

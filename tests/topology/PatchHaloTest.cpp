@@ -60,7 +60,7 @@ TEST(PatchHalo, GhostCellsHaveTheVertexOneStepAcrossEachSide) {
     StrokeFixture bench(FlatGrid(3), 2);
     HaloState state(bench, 0, false, true);
     state.brush.FillPatchHalo(state.brush.patchMesh, 4);
-    // Patch 4 covers 1..2 in x and y with cells of a quarter.
+    // Patch 4 covers 1 to 2 in x and y, with cells a quarter of a unit wide.
     for (uint32_t i = 0; i <= 4; ++i) {
         const float along = 1.0f + 0.25f * static_cast<float>(i);
         EXPECT_EQ(state.Cell(0, i + 1), Vector(along, 0.75f, 0.0f));

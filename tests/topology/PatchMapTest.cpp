@@ -330,8 +330,8 @@ TEST(PatchMapNotices, PatchesOfTheBaseAndOfTheBoundLevelUseTheirRows) {
 }
 
 TEST(PatchMapNotices, MapOverTrianglesUsesTheRowOfTheLevelsFaceIndex) {
-    // The map is a child of level 1, whose faces each have 16 faces of level 3. A patch of level 2
-    // counts as if level 0 had quads: index 37 / 4 / 4.
+    // The map is a child of level 1, whose faces each have 16 faces of level 3. The row of a
+    // level-2 patch is computed as if level 0 had quads: 37 / 4 / 4.
     StrokeFixture bench(Icosahedron(), 3);
     const auto notices = NoticesOf(bench, 2, 37);
     ASSERT_EQ(bench.brush->patchMapMesh, bench.geometry->Level(1));

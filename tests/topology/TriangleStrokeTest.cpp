@@ -118,7 +118,7 @@ TEST(TriangleDab, UpdatesTheNormalsOfAllReportedVertices) {
         EXPECT_NEAR(n.y, normal[1] * 32767.0, 1.0);
         EXPECT_NEAR(n.z, normal[2] * 32767.0, 1.0);
     }
-    // The neighbours of moved vertices were reported, too, so that no normal is outdated.
+    // The neighbours of moved vertices were reported, too, so that no normal is stale.
     const auto after = BitsOf(mesh);
     for (uint32_t v = 0; v < before.size(); ++v) {
         if (std::equal(before[v].position, before[v].position + 3, after[v].position)) continue;
@@ -199,7 +199,8 @@ TEST(TriangleDab, MeasuresInWorldSpaceUnderNonUniformScale) {
         Triple away{};
         for (std::size_t k = 0; k < 3; ++k) away[k] = scale[k] * (before[v][k] - before[5][k]);
         Triple wanted = before[v];
-        // The step is converted by the inverse scale of x; the product of the scales is 1.
+        // The step is multiplied by the inverse of the x scale. The product of the three scales is
+        // 1.
         if (Distance(away, {}) <= 0.9) {
             wanted[0] += 0.3 / 2.0;
             ++moved;

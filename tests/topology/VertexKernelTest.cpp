@@ -150,7 +150,7 @@ TEST_F(VertexKernel, ApplicationToAWholeMeshOfTrianglesMovesNothing) {
     for (const bool byFacing : {false, true}) {
         Open(Icosahedron());
         std::vector<Vector> before;
-        // One vertex is at the centre of the application, the world origin.
+        // One vertex is at the world origin, the centre of the whole-mesh pass.
         Mesh().SetPosition(Mesh().faceVertexIndices[1], {});
         for (uint32_t v = 0; v < 12; ++v) before.push_back(Mesh().Position(v));
         const auto bits = BitsOf(Mesh());
@@ -181,7 +181,7 @@ TEST_F(VertexKernel, StampThatDoesNotReachTheVertexReturnsFalse) {
     EXPECT_EQ(Height(0), 0.5f);
     EXPECT_FALSE(Step(4));
     EXPECT_EQ(Height(4), 0.0f);
-    // The whole-mesh pass has no separate code path here.
+    // The whole-mesh pass takes the same code path here.
     b.wholeMesh = true;
     EXPECT_FALSE(Step(5));
     b.wholeMesh = false;
@@ -351,8 +351,8 @@ TEST_F(OriginalRecords, HavePositionItemNumberAndMaskOfEachVertexAtFirstTouch) {
     EXPECT_EQ(data.recordCount, 3u);
     EXPECT_EQ(data.pages.fill, 2u);
     EXPECT_EQ(records, (std::vector<int32_t>{1, -1, -1, -1, -1, 0, -1, 2, -1}));
-    // The records do not depend on reach and movement: vertex 0 was moved after its record was
-    // created.
+    // Records do not depend on whether vertices are in reach or move: vertex 0 was moved after its
+    // record was created.
     EXPECT_EQ(Height(0), 1.0f);
     const uint32_t order[3] = {5, 0, 7};
     for (uint32_t i = 0; i < 3; ++i) {

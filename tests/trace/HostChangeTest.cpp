@@ -170,7 +170,8 @@ private:
     std::string folder;
 };
 
-/// The brush queries the mirror in only one mode; a reader may have an earlier version.
+/// The brush queries the mirror in only one mode; in the others, the reader may still have the
+/// mirror of an earlier state.
 void ExpectSame(State reader, State truth, const std::string& what) {
     if (truth.count(mirrorCornersFile) == 0) reader.erase(mirrorCornersFile);
     for (const auto& [name, content] : truth)
@@ -230,8 +231,8 @@ protected:
                     reader.Replace(ReadState(At("before/m0")));
                     hasState = true;
                 }
-                // The sides are settled immediately before the call, and reported immediately after
-                // it.
+                // The mirrored sides are settled immediately before the call, but the trace reports
+                // this immediately after it.
                 const bool settles =
                     i + 1 < trace.size() && trace[i + 1]["call"] == "SettleSymmetry";
                 if (hasState && !settles) ExpectSame(reader.Present(), witness.before[call], what);
@@ -373,8 +374,7 @@ TEST_F(HostChange, FreezeBrushStrokesAreHostChanges) {
            {{"levels", 3}});
     EXPECT_EQ(Reasons(), std::vector<std::string>{"stroke"});
     EXPECT_EQ(LinesOf(trace, "BeginStroke").size(), 2u);
-    // The trace also ends with such a line, so that the state after the trace follows from its
-    // lines.
+    // A trace also ends with such a line, so that its lines determine the final state.
     Follow({stroke, R"({"tool": "Freeze"})"_json, stroke}, {{"levels", 3}});
     EXPECT_EQ(Calls().back(), "HostChange");
 }
@@ -557,7 +557,7 @@ nlohmann::json RandomStep(RandomNumbers& random) {
 TEST_F(HostChange, RandomScriptsAreFollowed) {
     std::set<std::string> reasons;
     std::size_t settled = 0;
-    // After changing the traced data, set the variable to run more scripts.
+    // After a change to the traced data, increase TROVIK_RANDOM_TRACES to run more scripts.
     const uint32_t scripts = CountFromEnvironment("TROVIK_RANDOM_TRACES", 12);
     for (uint32_t seed = 1; seed <= scripts; ++seed) {
         SCOPED_TRACE("script " + std::to_string(seed));

@@ -310,7 +310,7 @@ TEST_F(ScriptTrace, ChangeOfLevelBetweenStrokesIsASeparateState) {
 
 TEST_F(ScriptTrace, ErrorOfTheBrushIsReportedAndTheLastStateWritten) {
     LevelChange::DropSpareMemory();
-    // Enough for the levels and for some of the records.
+    // The limit is high enough for the levels and for some of the records.
     const std::string limit = std::to_string(MemoryAccount::Total() + 160000);
     const std::string reason = MessageOf<HostError>([&] {
         Run(R"({"set": {"radius": 2}}, {"stroke": {"dabs": [{"face": 0}]}}, {"tool": "Wax"})",

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The recorder with a brush that the tests control, on two meshes, for cases that no script
+/// \file Tests the recorder with a controlled brush on two meshes, for cases that no script
 /// produces.
 #include "framework/brushes/BrushSettings.h"
 #include "framework/errors/HostError.h"
@@ -224,7 +224,8 @@ TEST_F(TraceRecorderTest, MessagesDirectionAndBoxAreReported) {
     EXPECT_EQ(out["messages"], R"(["a<br>", "b"])"_json);
     EXPECT_EQ(out["directionVector"], R"([0.0, 0.5, -1.0])"_json);
     EXPECT_EQ(out["box"], R"([1.0, 2.0, 3.0, 1.0, 2.0, 3.0])"_json);
-    // The direction remains for the host's cursor, but the next dab did not set it.
+    // The direction stays in the settings for the host's cursor, but is not reported for the next
+    // dab, which did not set it.
     brush.work = [](const SurfacePoint&, AxisAlignedBoundingBox&) {};
     out = Dab(first)["out"];
     EXPECT_TRUE(out["directionVector"].is_null());
@@ -347,7 +348,7 @@ TEST_F(TraceRecorderTest, StampHasItsPixelsAndMatrix) {
     Begin(first.Bound());
     EXPECT_EQ(image.reads, 2) << "or in another stroke";
 
-    // A vector stamp, because of its name; then another image object with the same pixels.
+    // The name makes it a vector stamp. After that, another image object with the same pixels.
     brush.SetStamp(true, QStringLiteral("horn_VDM.exr"));
     brush.Settings().stampFactor = 2.0f;
     stamp = Dab(first)["in"]["stamp"];

@@ -77,7 +77,7 @@ TEST(FaceChoiceTest, ComponentsAreConnectedFaces) {
 TEST(FaceChoiceTest, RingsOfFacesAreAddedAndRemoved) {
     LevelGeometry geometry(GridMesh(7, 7));
     const LevelMesh& level = *geometry.Bound();
-    // By columns and rows of the faces' first corners.
+    // Identifies faces by the column and row of their lowest corner.
     const auto at = [&](uint32_t face) {
         Vector low(99, 99, 0);
         for (uint32_t k = 0; k < 4; ++k) {
@@ -134,8 +134,8 @@ TEST(FaceChoiceTest, ViewSelectsVisibleFacesWithAllCornersInside) {
     for (const uint32_t face : inFront) both.insert(face + 16);
     EXPECT_EQ(choose(ViewReach::Visible), inFront);
     EXPECT_EQ(choose(ViewReach::Through), both);
-    // The occluded faces become visible once the front is hidden; the front itself is not selected
-    // any more.
+    // The occluded faces become visible once the front is hidden; the front itself is no longer
+    // selected.
     FaceChoice sheet(level.faceCount);
     std::fill_n(sheet.begin(), 16, uint8_t{1});
     auto step = ChangeVisibilityAsStep(geometry, VisibilityChange::Hide, sheet);

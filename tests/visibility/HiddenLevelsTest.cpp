@@ -126,14 +126,14 @@ TEST(HiddenLevels, MasksOfHiddenVerticesAreKept) {
     Change(geometry, VisibilityChange::Hide, RandomChoice(level, random, 50));
     ASSERT_GT(level.HiddenVertexCount(), 0u);
     EXPECT_EQ(FreezeAmounts(level), amounts);
-    // A mask operation skips them.
+    // Mask operations skip hidden vertices.
     auto step =
         BlendFreezeAsStep(level, std::vector<uint8_t>(level.VertexCount(), 9), FreezeMode::Replace);
     for (uint32_t v = 0; v < level.VertexCount(); ++v)
         ASSERT_EQ(level.Freeze(v), level.IsVertexHidden(v) ? amounts[v] : 9) << v;
     geometry.History().Push(std::move(step));
     ExpectConsistent(geometry);
-    // Set while they are hidden, as level switches and undo do.
+    // Sets the amounts while the vertices are hidden, as level switches and undo do.
     for (uint32_t v = 0; v < amounts.size(); ++v) level.SetFreeze(v, amounts[v] = v * 11 % 128);
     ExpectConsistent(geometry);
     Change(geometry, VisibilityChange::ShowAll);

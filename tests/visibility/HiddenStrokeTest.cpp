@@ -78,7 +78,8 @@ TEST(HiddenStroke, HiddenVerticesStayAndOthersMoveAsIfTheyWereMasked) {
             ASSERT_TRUE(BitsOf(mesh) == before);
         }
         for (uint32_t v = 0; v < results[0].size(); ++v) {
-            // Adding 0 to -0 gives +0; only hidden vertices are not affected.
+            // Hidden vertices are skipped: adding 0 turns -0 into +0 at masked vertices, but not at
+            // hidden ones.
             if (isHidden[v]) continue;
             ASSERT_TRUE(SamePosition(results[0][v], results[1][v])) << v;
             ASSERT_TRUE(

@@ -90,7 +90,7 @@ TEST_F(VisibilityScript, EverySelectionCanBeHidden) {
     EXPECT_THAT(Hidden(R"({"hide": {"lasso": [[201, 90], [320, 90], [320, 310], [201, 310]],
                             "reach": "through"}})"),
                 ElementsAre(0, 56, 0));
-    // The half of the left square whose corners are masked.
+    // Hides the masked half of the left square.
     EXPECT_THAT(Hidden(R"({"mask": {"min": [-2, -2, -1], "max": [-0.4, 2, 1], "amount": 0.5}},
                           {"hide": {"mask": 0.5}})"),
                 ElementsAre(32, 0, 0));

@@ -268,7 +268,7 @@ TEST(WholeMesh, ByFacingTheWeightIsTheCosineToACommonView) {
     std::vector<Vector> normals;
     for (uint32_t v = 0; v < before.size(); ++v) normals.push_back(bench.Normal(v));
     bench.Apply(1.0f, true);
-    // A rotation by 90 degrees maps the mesh's x axis to the world's y axis, or the reverse.
+    // A rotation by 90 degrees maps the mesh's x axis to the world's y axis, or vice versa.
     const Vector view = bench.brush->wholeMeshView;
     EXPECT_NEAR(std::fabs(view.x), 1.0f, 1e-6f);
     EXPECT_NEAR(view.y, 0.0f, 1e-6f);
@@ -355,7 +355,7 @@ TEST(WholeMesh, SmearNeedsAHeading) {
     bench.brush->SetPreviousPatchPosition({});
     bench.Apply(0.5f);
     EXPECT_EQ(BitsOf(bench.Mesh()), before);
-    // Backwards from the hit, which is at the first corner of the first face.
+    // The previous position is behind the hit, which is at the first corner of the first face.
     bench.Begin();
     bench.brush->SetPreviousPatchPosition({-3.0f, 0.0f, 0.0f});
     bench.brush->ApplyToWholeMesh(&bench.Mesh(), 0.5f, false);

@@ -50,7 +50,7 @@ SpinePoint OnSpine(double s) {
 }
 
 /// Returns a point on the surface of the horn; `far` is 0 at its tip and 1 at its neck, and
-/// `heading` goes around it.
+/// `heading` is the direction around its centre line.
 Point3 HornPoint(double far, Point2 heading) {
     const double s = 1.0 - far;
     const SpinePoint spine = OnSpine(s);
@@ -63,7 +63,8 @@ Point3 HornPoint(double far, Point2 heading) {
         0.03 * Noise({heading.x * 3.0 + 40.0, heading.y * 3.0 + s * 2.0 + 40.0}, 4096, 21u);
     const double radius =
         NeckRadius * std::sqrt(tip) * taper * (1.0 + rings + grain * SmoothStep(0.0, 0.2, s));
-    // The radius applies perpendicular to the centre line, within its plane and across it.
+    // The radius is measured perpendicular to the centre line: one component lies in its plane, the
+    // other is perpendicular to that plane.
     const Point2 across{spine.heading.y, -spine.heading.x};
     return {spine.right + radius * heading.x * across.x,
             spine.up + radius * heading.x * across.y,
@@ -75,7 +76,8 @@ Point3 HookShape(Point2 p) {
     const Point2 heading = far > 1e-9 ? p * (1.0 / far) : Point2{1.0, 0.0};
     if (far <= RootEdge) return HornPoint(far / RootEdge, heading);
 
-    // The root: a cubic from the flat surface to the neck, with the direction of the neck.
+    // The root: a cubic curve from the flat surface to the neck, where it has the direction of the
+    // neck.
     const double t = (far - RootEdge) / (1.0 - RootEdge);
     constexpr double Reach = 1e-3;
     const Point3 neck = HornPoint(1.0, heading);

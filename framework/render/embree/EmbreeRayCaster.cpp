@@ -70,7 +70,7 @@ private:
     char message[256] = "";
 };
 
-/// Forwards the library's progress. The library calls it on any of its threads.
+/// Forwards the library's progress. The library may call it on any of its threads.
 class BuildMonitor {
 public:
     explicit BuildMonitor(JobControl* job) : phase(job, "Building the ray tree", steps, 1) {}

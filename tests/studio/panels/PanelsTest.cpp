@@ -216,7 +216,7 @@ TEST_F(StudioWindow, LayersAreAddedRenamedMovedAndRemoved) {
     EXPECT_EQ(panel->Rows()[0]->Layer().name, "Layer 4") << "two layers have the same name";
     EXPECT_EQ(QApplication::focusWidget(), viewport);
 
-    // Drags the highest layer to the end.
+    // Drags the top layer to the end of the list.
     Q_EMIT panel->Rows()[0]->GripMoved(panel->Rows()[2]->geometry().bottom() + 4);
     Q_EMIT panel->Rows()[0]->GripReleased();
     Finish();
@@ -267,7 +267,7 @@ TEST_F(StudioWindow, HistoryJumpsToAStep) {
     Finish();
     ASSERT_EQ(State().layers.size(), 4u);
     auto* panel = window->findChild<HistoryPanel*>();
-    // Positions count stored steps; several of them may be undone together.
+    // A history position counts stored steps, several of which may be undone together.
     std::vector<std::size_t> ends;
     for (std::size_t i = 0; i < State().history.size(); ++i)
         if (i + 1 == State().history.size() || !State().history[i + 1].joinsPrevious)

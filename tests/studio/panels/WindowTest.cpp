@@ -92,7 +92,7 @@ TEST_F(StudioWindow, MenusHoldActionsOfTheRegistry) {
         QAction* action = actions.Find(info.id);
         if (action != nullptr && inMenus.count(action) == 0) missing << info.id;
     }
-    // The only action without a menu item. It opens the default sphere, as the first start does.
+    // The only action without a menu item. It opens the default sphere, as on the first launch.
     EXPECT_EQ(missing, QStringList{"file.new.sphere"}) << missing.join(", ").toStdString();
 }
 
@@ -160,7 +160,7 @@ TEST_F(StudioWindow, NoControlOfAPanelTakesTheFocusByItself) {
                                qobject_cast<QAbstractItemView*>(widget) != nullptr ||
                                qobject_cast<QComboBox*>(widget) != nullptr ||
                                qobject_cast<ValueSlider*>(widget) != nullptr;
-        // Parts of Qt's own controls.
+        // Skips parts of Qt's own controls.
         if (!isControl || widget->objectName().startsWith("qt_") ||
             qobject_cast<QComboBox*>(widget->parentWidget()) != nullptr ||
             widget->parentWidget()->inherits("QComboBoxPrivateContainer"))
@@ -177,7 +177,7 @@ TEST_F(StudioWindow, EveryControlHasANameAndATooltip) {
         const bool isControl = qobject_cast<QAbstractButton*>(widget) != nullptr ||
                                qobject_cast<QComboBox*>(widget) != nullptr ||
                                qobject_cast<ValueSlider*>(widget) != nullptr;
-        // Parts of Qt's own controls, such as the icon in a line edit.
+        // Skips parts of Qt's own controls, such as the icon in a line edit.
         if (!isControl || widget->objectName().startsWith("qt_") ||
             qobject_cast<QLineEdit*>(widget->parentWidget()) != nullptr)
             continue;

@@ -133,7 +133,7 @@ TEST_P(CameraTest, RollTurnsThePictureTheOtherWay) {
     camera.SetSize(width, height);
     camera.SetOrthographic(GetParam());
     camera.Roll(std::acos(0.0f));
-    // The camera rolls a quarter turn counterclockwise, so a point on the right moves to the
+    // The camera rolls a quarter turn counter-clockwise, so a point on the right moves to the
     // bottom.
     const Vector pixel = camera.ToPixel({1.0f, 0.0f, 0.0f});
     EXPECT_NEAR(pixel.x, width * 0.5f, 0.01f);

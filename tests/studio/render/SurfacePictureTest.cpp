@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file A viewport that received only the changed patches draws an image bit-identical to that of
-/// a viewport that received the whole surface, and its buffers are byte-identical, too.
+/// \file A viewport that receives only the changed patches draws the same image, bit for bit, as a
+/// viewport that receives the whole surface. Their buffers are byte-identical, too.
 #include "tests/display/PackedLevel.h"
 #include "tests/studio/WaitFor.h"
 #include "tests/studio/render/OffscreenViewport.h"
@@ -50,7 +50,7 @@ protected:
         return other.Draw();
     }
 
-    /// Runs a step and compares. \return whether the step changed the image.
+    /// Runs a step and compares the images. \return whether the step changed the image.
     bool StepIsShown(const std::string& step) {
         SCOPED_TRACE(step);
         shown.Do(step.c_str());
@@ -80,7 +80,7 @@ protected:
 constexpr const char* stroke = R"({"stroke": {"pointer": [[75, 62], [125, 94]]}})";
 
 TEST_F(SurfacePictureTest, ShowsStrokesOfEveryTool) {
-    // Tools that smooth or move need something to work on.
+    // Smoothing and moving tools have no effect on a surface without detail.
     EXPECT_TRUE(StepIsShown(R"({"stroke": {"pointer": [[69, 87], [131, 69]]}})"));
     unsigned shownTools = 0;
     const std::vector<std::string> tools = shown.document->ToolNames();

@@ -21,7 +21,7 @@ protected:
         queue.Reset(layout);
     }
 
-    /// An update whose vertices have `mark` as their x.
+    /// An update whose vertices have `mark` as their x coordinate.
     std::shared_ptr<SurfaceUpdate> Update(std::vector<uint32_t> patches, float mark) {
         auto update = std::make_shared<SurfaceUpdate>();
         update->layout = layout;

@@ -85,7 +85,7 @@ TEST(ViewCube, PartsStandForDirections) {
               Vector(-1, 0, -1).Normalized());
     EXPECT_EQ(ViewCube::HitTest(centre + QPointF(-26, -26), camera, size),
               Vector(1, -1, -1).Normalized());
-    // In a view along a part's direction, that part is in the middle.
+    // When the camera looks along the direction of a part of the cube, that part is in the middle.
     for (const Vector& direction : {Vector(1, 0, 0), Vector(0, -1, 0), Vector(0, 1, 0)}) {
         camera.LookAlong(direction, ViewCube::UpFor(direction));
         EXPECT_EQ(ViewCube::HitTest(centre, camera, size), direction);

@@ -24,7 +24,7 @@ nlohmann::json StreamSamples(const std::string& name) {
     return samples;
 }
 
-/// The samples as events of a pen. The last sample is that of the release.
+/// The samples as pen events. The last sample is that of the release.
 std::vector<TimedInput> StreamEvents(const std::string& name) {
     std::ifstream file(trovik::test::SourceFolder() + "/tests/data/pointer/" + name + ".json");
     const nlohmann::json samples = nlohmann::json::parse(file).at("samples");
@@ -120,7 +120,7 @@ TEST(PenSession, TiltAndRestReachTheStroke) {
                       static_cast<float>(x / length),
                       static_cast<float>(y / length)};
         } else {
-            // A pen that is held still: the last sample with a later time.
+            // The pen is held still: repeats the last sample with a later time.
             sample = samples.back();
             sample[3] = event.time - 5000;
         }
