@@ -23,8 +23,8 @@ int main(int argc, char** argv) {
     const std::unique_ptr<QApplication> application =
         measuresTimes ? std::make_unique<UiWatchdogApplication>(qtArgumentCount, argv)
                       : std::make_unique<QApplication>(qtArgumentCount, argv);
-    // The constructor switches compression on, after which a busy window receives few of the
-    // samples of a pen.
+    // The constructor turns on event compression, which drops most pen samples while the window is
+    // busy.
     QCoreApplication::setAttribute(Qt::AA_CompressHighFrequencyEvents, false);
     QCoreApplication::setAttribute(Qt::AA_CompressTabletEvents, false);
     QApplication::setApplicationName(QStringLiteral("trovik-studio"));

@@ -31,7 +31,7 @@ constexpr int firstLevels = 1;
 /// Brush radius for an imported mesh, in logical pixels.
 constexpr double firstRadius = 50.0;
 
-/// Delay after a change before an image of the document is stored for the recovery dialog.
+/// How long after a change a thumbnail of the document is stored for the recovery dialog.
 constexpr int pictureDelayMilliseconds = 15000;
 constexpr QSize pictureSize(760, 440);
 

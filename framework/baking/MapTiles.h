@@ -33,8 +33,8 @@ std::string TilePath(const std::string& path, std::uint32_t number);
 /// manual editing can cause small deviations; the excess is clipped.
 /// \throw HostError naming the face and its UVs if they cross a tile border or lie outside all
 /// tiles, and if a tile other than 1001 is needed but `path` does not contain `<UDIM>`. With
-/// `repeat`, all faces lie in tile 1001; a path with `<UDIM>` and faces larger than the texture are
-/// rejected.
+/// `repeat`, all faces lie in tile 1001; paths with `<UDIM>` are rejected, and so are faces larger
+/// than the texture.
 std::vector<std::uint32_t> TilesOfFaces(const LevelUvs& uvs, const std::string& path, bool repeat);
 
 /// Returns the tile that contains a UV range. The range may touch the tile's border.

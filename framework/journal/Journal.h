@@ -78,9 +78,9 @@ public:
 
     /// Ends the journal because the caller cannot record its work; see TakeProblem.
     void GiveUp(const std::string& reason);
-    /// Continues a journal that ended early from a base that contains all work so far. Must not be
-    /// called within a step or stroke. The file of the old journal stays until the new one replaces
-    /// it. \return whether the journal is being written again.
+    /// Resumes a journal that could no longer be written, starting from a base that contains all
+    /// work so far. Must not be called within a step or stroke. The file of the old journal stays
+    /// until the new one replaces it. \return whether the journal is being written again.
     bool Resume(const JournalBase& base);
 
     bool IsInStep() const { return inStep; }

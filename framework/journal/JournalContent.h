@@ -108,7 +108,7 @@ TROVIK_API std::string KeptSourceOf(const std::string& journalPath, const std::s
 
 /// Whether the steps from this one on can be repeated from a scene that was saved before it: a
 /// scene has no undo history, so none of them may undo or redo a step from before it. May return
-/// false although the steps can be repeated, but not the reverse.
+/// false even if the steps can be repeated, but never returns true if they cannot.
 TROVIK_API bool CanStartAt(const JournalContent& content, std::size_t step);
 
 /// Returns a summary of a step for lists, with the fields "step", "dabs", "vertices", "undoBytes"

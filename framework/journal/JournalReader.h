@@ -13,7 +13,7 @@
 
 namespace trovik {
 
-/// A record of a journal. Its content refers to the reader's bytes.
+/// A record of a journal. Its content points into the reader's buffer.
 struct JournalRecord {
     RecordKind kind;
     /// Offset of the record in the file.

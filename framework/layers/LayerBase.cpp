@@ -198,7 +198,7 @@ LayerBase::VertexLayers LayerBase::Carried(const VertexLayers& held,
                                            const SurfaceMove& move) {
     const VertexLayers::Entry* const heldEnd = held.entries.data() + held.entries.size();
     const Vector sum = Sum(held.layeredVertex.base, layers, held.entries.data(), heldEnd);
-    // Otherwise, a layer has deferred the position.
+    // Otherwise, a layer has deferred the change of the position.
     const bool isComposed = SameBits(PositionOf(held.layeredVertex, sum), present);
     VertexLayers carried = held;
     carried.layeredVertex.base = move.Carried(held.layeredVertex.base);

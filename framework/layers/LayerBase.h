@@ -15,7 +15,7 @@ namespace trovik {
 /// only on the base and the layers, so hiding and showing layers in any order restores
 /// bit-identical positions.
 ///
-/// Strokes, however, write differently rounded sums and their own normals. For each vertex, this
+/// Strokes, however, round the sums differently and write their own normals. For each vertex, this
 /// class stores the last position and normal that a stroke wrote, along with the result computed
 /// from the layers. Whenever the computation gives that result again, the stored position and
 /// normal replace it.
@@ -47,9 +47,8 @@ public:
         int16_t unused[3] = {0, 0, 0};
     };
 
-    /// Updates the stored data for changes to the level since the last call.
-    /// \param layers  layers of the level, lowest first.
-    /// Cost: O(touched vertices).
+    /// Updates the stored data to reflect changes to the level since the last call. \param layers
+    /// layers of the level, lowest first. Cost: O(touched vertices).
     void Settle(const LevelMesh& level, const Layers& layers);
 
     /// The positions and normals that Compose has replaced.

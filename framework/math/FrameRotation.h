@@ -117,7 +117,7 @@ private:
 
     Double3 normalBefore;
     Double3 normalAfter;
-    /// The summed lengths of the added normals, and the normals of the largest face.
+    /// The sum of the lengths of the added normals, and the normals of the largest face.
     double areaBefore = 0.0;
     double areaAfter = 0.0;
     Double3 largestBefore;

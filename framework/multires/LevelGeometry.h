@@ -37,7 +37,7 @@ public:
     /// \throw HostError if one of the levels has an open change, that is, during a stroke.
     /// \param action  the name of the action for the message, such as "undo".
     void RefuseInStroke(const std::string& action) const;
-    /// Whether the level is currently in the hierarchy and has not been removed from it.
+    /// Whether the level is currently in the hierarchy.
     bool Holds(const LevelMesh* level) const;
     LevelMesh* Bound() const { return levels[bound].get(); }
     uint32_t BoundIndex() const { return bound; }

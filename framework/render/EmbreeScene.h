@@ -12,9 +12,9 @@ namespace trovik {
 
 class JobControl;
 
-/// The meshes of a render in the ray tracing library. Coordinates are scaled so that the largest
-/// one is about 1, so that squares and products of lengths stay within float range for meshes of
-/// any size. The scale is a power of two, so it does not affect the result.
+/// A render's meshes as objects of the ray tracing library. Coordinates are scaled so that the
+/// largest one is about 1, so that squares and products of lengths stay within float range for
+/// meshes of any size. The scale is a power of two, so it does not affect the result.
 class TROVIK_API EmbreeScene {
 public:
     /// Borrows the list and its meshes.

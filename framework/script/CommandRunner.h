@@ -68,7 +68,8 @@ public:
     /// Checks whether the file of the journal still exists. ReportProblems does not report the
     /// failure of an interactive journal, because the program can call this at any time.
     std::string JournalFailure();
-    /// See JournalRecorder::Resume. Has no effect if the journal is being written, or none is kept.
+    /// See JournalRecorder::Resume. Has no effect while the journal is being written, or if there
+    /// is no journal.
     void ResumeJournal();
     /// Finishes the work: ends an open stroke and the journal.
     void Close();

@@ -19,8 +19,8 @@ namespace trovik {
 ///
 /// No dabs are applied off the mesh. Where the path returns to the mesh, a dab is applied
 /// immediately if the last dab is at least one spacing away. With DabDynamics::airbrush, a dab is
-/// also applied whenever its time interval has passed since the last dab; while the pen is paused,
-/// dabs are applied as soon as a sample reports the pause.
+/// also applied whenever its time interval has passed since the last dab; while the pen is held
+/// still, the pending dabs are applied when the next sample arrives.
 ///
 /// A dab's radius is options.radius (or the radius in pixels) modified by
 /// BrushOperation::EffectiveBrushSize, tilt and randomness, and at least a hundredth of the

@@ -41,7 +41,7 @@ struct PointerLimits {
 ///    until no time decreases. The result is the ascending sequence closest to the original times
 ///    in the least-squares sense. Times between the centres of such groups are interpolated
 ///    linearly. A time earlier than that of finalised samples becomes the latest finalised time.
-/// 4. Pressure spike at the press (blot): if pressure drops by a jump right after the press, the
+/// 4. Pressure spike at the press (blot): if pressure drops abruptly right after the press, the
 ///    pressures before the drop are replaced with a linear ramp, which has the slope between the
 ///    two samples after the drop and is clamped to at least 0.
 /// 5. Pressure spike at the release: if pressure rises by a jump right before the release, these

@@ -63,7 +63,7 @@ constexpr Row expectedRows[] = {
      "of the stamp at a specific location, size, and orientation."},
 };
 
-/// Prefixes every text of the brush with a mark, and counts the comments.
+/// Prefixes every string of the brush with a marker, and counts the translator comments.
 class MarkingTranslator : public QTranslator {
 public:
     bool isEmpty() const override { return false; }

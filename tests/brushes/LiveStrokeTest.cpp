@@ -259,7 +259,7 @@ TEST_F(LiveStrokeTest, AirbrushContinuesByTheTimesOfTicks) {
         stroke.Tick(2.0);
         resting = brush.dabs.size();
     });
-    // The pen is still until 3.55 s; the filter delays the last 0.05 s until the release.
+    // The pen does not move until 3.55 s; the filter delays the last 0.05 s until the release.
     EXPECT_EQ(resting, 5u);
     EXPECT_EQ(live.size(), 6u);
     std::vector<PathSample> samples{Sample(400, 300, 0.5f, 3.0)};

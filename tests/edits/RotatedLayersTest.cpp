@@ -21,7 +21,8 @@ Vector RotatedAboutTwoAxes(const Vector& p, float angle) {
     return RotatedAboutZ({turned.y, turned.z, turned.x}, angle);
 }
 
-/// A deformation that twists and stretches, and rotates points more the farther out they are.
+/// A deformation that stretches and twists, with a rotation that increases with the distance from
+/// the centre.
 Vector Deformed(const Vector& p) {
     const Vector q = RotatedAboutZ(p, p.x * 0.7f + p.z * 0.4f);
     return {q.x * 1.2f, q.y, q.z + 0.3f * q.x * q.x};

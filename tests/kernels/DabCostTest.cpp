@@ -41,8 +41,8 @@ struct DabWork {
     uint32_t records;
 };
 
-/// The cost of the second of two equal dabs at the centre of an n x n grid with two subdivisions.
-/// The surroundings of the hit do not depend on n.
+/// The cost of the second of two identical dabs at the centre of an n x n grid with two
+/// subdivisions. The surroundings of the hit do not depend on n.
 DabWork SecondDab(unsigned n, Tool tool) {
     StrokeFixture bench(GridMesh(n, n), 2);
     bench.Activate(tool);

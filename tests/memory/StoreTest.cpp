@@ -165,7 +165,8 @@ TEST(Store, LargerFillSetsExactlyThatCapacity) {
     EXPECT_EQ(store.capacity, 6u);
     EXPECT_EQ(store.fill, 6u);
     EXPECT_EQ(store.array[1], 2u);
-    // A new fill within the capacity but above the old fill reduces the capacity to the new fill.
+    // Setting a size above the old size but within the capacity reduces the capacity to the new
+    // size.
     store.SetFill(0, true);
     EXPECT_TRUE(store.SetFill(4, true));
     EXPECT_EQ(store.capacity, 4u);

@@ -11,7 +11,7 @@
 namespace trovik::test {
 namespace {
 
-/// A disk that never waits, because the test saves hundreds of times.
+/// A fake disk that skips syncing, because the test saves hundreds of times.
 class QuickDisk : public DiskCalls {
 public:
     QuickDisk() { Use(this); }

@@ -286,7 +286,7 @@ TEST_F(StampPreparation, SmoothIgnoresAVectorStampForThatStroke) {
     bench.Activate(Tool::Smooth);
     brush.SetStamp(true, QStringLiteral("ear_vdm.exr"));
     settings.stampImage = kept;
-    // While the stamp is disabled, changes that would require a new read have no effect.
+    // While the stamp is disabled, changes that would require re-reading it have no effect.
     settings.stampOffset = 1.0f;
     settings.stampTiled = true;
     EXPECT_EQ(StrokeAndCountReads(), 1u);

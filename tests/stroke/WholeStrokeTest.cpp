@@ -130,7 +130,8 @@ class WholeStroke : public ::testing::TestWithParam<std::size_t> {
 protected:
     const Tool tool = allTools[GetParam()];
 
-    /// Runs strokes on a mesh of the zoo at the given depth, in the first three direction modes.
+    /// Runs strokes on one of the test meshes at the given depth, in the first three direction
+    /// modes.
     void Run(const ZooMesh& zoo, unsigned subdivisions) {
         SCOPED_TRACE(zoo.name + " refined " + std::to_string(subdivisions) + " times");
         // On a single face, all dabs are at the same point; on two faces back to back, the normals

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The step of one vertex on meshes without patches: its return value, its records and its
+/// \file The per-vertex step on meshes without patches: its return value, its records and its
 /// displacement, compared with independent calculations.
 #include "tests/fixture/Triangles.h"
 #include "tests/memory/MemoryLimit.h"

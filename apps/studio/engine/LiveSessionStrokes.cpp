@@ -107,7 +107,7 @@ void LiveSession::Tick(double milliseconds) {
     Stroke([&] {
         if (isReleased || strokePoints.empty() || milliseconds <= strokePoints.back().milliseconds)
             return;
-        // A tick would apply all waiting dabs at once; a later one covers its time.
+        // A tick would apply all pending dabs at once; the next tick covers the skipped time.
         if (hasBacklog) return;
         // Recorded as a repetition of the last sample at this time.
         PenPoint resting = strokePoints.back();

@@ -53,7 +53,7 @@ struct Precise {
     }
 };
 
-/// Bit-identical to the axes with which strokes cast their rays.
+/// Bit-identical to the axes along which strokes cast their rays.
 struct Axes {
     explicit Axes(const StrokeView& view) : matrix(view.ToWorld()) {}
 

@@ -46,7 +46,7 @@ JournalNotice::JournalNotice(Engine& engine, ActionRegistry& actions, QWidget* o
         layout->addWidget(button);
         connect(button, &QPushButton::clicked, this, run);
     };
-    addButton(tr("Save a Copy…"), tr("Saves the work into another scene file"), [&actions] {
+    addButton(tr("Save a Copy…"), tr("Saves the work to a different scene file"), [&actions] {
         actions.Trigger(QStringLiteral("file.saveCopy"));
     });
     addButton(tr("Try Again"),

@@ -60,7 +60,7 @@ constexpr Family FamilyOf(bool averageBit, bool pullBit) {
     return pullBit ? Family::Pulling : Family::Pushing;
 }
 
-/// The switches of a patch kernel for the vertex step, all compile-time constants.
+/// Compile-time switches of a patch kernel's vertex step.
 template <KernelSwitches switches>
 struct FixedSwitches {
     static constexpr bool withStamp = switches.withStamp;

@@ -35,7 +35,7 @@ struct PatchVertexEntry;
 /// - The normals of the corners and of the vertices next to them on the edge are recomputed,
 ///   because a corner also belongs to patches other than this one and its direct neighbours.
 /// - All other normals already have the value that a visit would compute. The neighbours of these
-///   vertices belong only to the patch itself or to the patch across the side. Each neighbour
+///   vertices belong only to the patch itself or to the adjacent patch on this side. Each neighbour
 ///   therefore moves during a visit of one of these two patches, and at the end of that visit, the
 ///   normals of all vertices of the visited patch are recomputed, including those on the shared
 ///   side. Both patches compute the same normals, because they have opposite directions along the

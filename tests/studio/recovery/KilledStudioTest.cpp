@@ -99,7 +99,7 @@ protected:
         ASSERT_EQ(child.exitStatus(), QProcess::CrashExit);
     }
 
-    /// The journal of the bust, as far as it has been written; empty before.
+    /// The part of the bust's journal written so far; empty if there is none.
     static std::optional<JournalContent> Journal() {
         std::error_code none;
         for (const auto& file : fs::directory_iterator(Journals(), none)) {
