@@ -11,8 +11,8 @@ namespace trovik {
 /// the centres. Afterwards the first half of the list contains the items with the smaller centres,
 /// and each half is in ascending order. Equal centres are ordered by item number, so the result
 /// depends only on the arguments.
-/// \param items  indices into `centres`. \param centres  must be finite.
-/// \return the size of the first half, count / 2. Cost: O(n log n).
+/// \param items  indices into `centres`, in ascending order. \param centres  must be finite.
+/// \return the size of the first half, count / 2. Cost: O(n) on average.
 uint32_t SplitAtMedian(uint32_t* items,
                        uint32_t count,
                        const std::vector<std::array<float, 3>>& centres);

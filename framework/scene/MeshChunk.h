@@ -57,23 +57,6 @@ private:
     std::vector<SeenByNeighbours> seen;
 };
 
-/// Chunk IMPT: the imported positions of level 0, as differences from the current ones; or the
-/// whole imported mesh if level 0 has other faces by now. \param scenePath  of the scene file.
-/// \throw Cancelled; so does ReadImportChunk.
-void WriteImportChunk(SceneStream& stream,
-                      const LevelGeometry& geometry,
-                      const PolygonMesh& imported,
-                      const std::string& scenePath,
-                      JobControl* job);
-/// Reads the imported mesh and gives it this name. \param isOther  set to true if its faces are not
-/// those of level 0. The mesh then has attributes of its own; otherwise they are those of level 0.
-PolygonMesh ReadImportChunk(SceneStream& stream,
-                            const LevelGeometry& geometry,
-                            const std::string& name,
-                            const std::string& scenePath,
-                            bool& isOther,
-                            JobControl* job);
-
 /// Chunk TMIR: the topological mirror, which depends on the positions of level 0 when it was
 /// computed. Written only if there is one.
 void WriteMirrorChunk(SceneStream& stream, const LevelGeometry& geometry);
