@@ -8,24 +8,22 @@
 #include <vector>
 
 /// \file
-/// Mesh files: import and export of OBJ, PLY, STL and glTF, export of USD. docs/mesh-files.md
-/// describes the data that each format preserves. All functions are thread-safe. Functions with a
-/// JobControl throw Cancelled when the job is cancelled; a file that was being written then keeps
+/// Mesh files: import and export. MeshFormat.h lists the formats; docs/mesh-files.md describes the
+/// data that each format preserves. All functions are thread-safe. Functions with a JobControl throw Cancelled when the job is cancelled; a file that was being written then keeps
 /// its old content.
 namespace trovik {
 
-/// Reads a mesh file. The extension, in any case, selects the format: `.obj`, `.ply`, `.stl`,
-/// `.gltf` or `.glb`. docs/mesh-files.md describes the data that each format preserves.
+/// Reads a mesh file in the format that the extension selects.
 ///
 /// Vertices (including those without faces), faces and corners keep the order of the file. Faces
 /// that use a vertex twice are skipped and counted in `notes`. The result satisfies
 /// CheckPolygonMesh.
-/// \throw HostError for any other extension, or as the format's reader does.
+/// \throw HostError for an unknown extension, or as the format's reader does.
 TROVIK_API PolygonMesh ReadMeshFile(const std::string& path, JobControl* job = nullptr);
 
-/// Writes a mesh file. The extension, in any case, selects the format: `.obj`, `.ply` (binary
-/// little-endian), `.stl` (binary), `.gltf`, `.glb` or `.usda`.
-/// \throw HostError for any other extension, or with the file and the reason given by the system.
+/// Writes a mesh file in the format that the extension selects. PLY files are binary little-endian,
+/// STL files are binary.
+/// \throw HostError for an unknown extension, or with the file and the reason given by the system.
 TROVIK_API void WriteMeshFile(const std::string& path, const PolygonMesh& mesh);
 
 /// The encoding of the numbers in a PLY file.
