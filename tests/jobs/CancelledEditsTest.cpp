@@ -76,7 +76,7 @@ TEST(CancelledEdits, LevelSwitchDownChangesNothing) {
     ExpectCancelChangesNothing(
         AtLevel3,
         [](Document& document, JobControl* job) { document.BindLevel(0, job); },
-        1000,
+        800,
         12);
 }
 
