@@ -9,8 +9,9 @@
 
 /// \file
 /// Mesh files: import and export. MeshFormat.h lists the formats; docs/mesh-files.md describes the
-/// data that each format preserves. All functions are thread-safe. Functions with a JobControl throw Cancelled when the job is cancelled; a file that was being written then keeps
-/// its old content.
+/// data that each format preserves. All functions are thread-safe. Functions with a JobControl
+/// throw Cancelled when the job is cancelled; a file that was being written then keeps its old
+/// content.
 namespace trovik {
 
 /// Reads a mesh file in the format that the extension selects.
