@@ -8,7 +8,7 @@
                                       measures and records the ratios of all programs or of these:
                                       stroke-bench, document-bench, display-bench, trovik-ladder
 
-BUILD is the folder of an optimised build. Times are processor times, those of document-bench
+BUILD is the folder of an optimised build. Times are CPU times, those of document-bench
 wall-clock times: the minimum of several runs, which the ratios use, and the median. Compare ratios
 of times of one run rather than times, because the machine may be busy.
 """

@@ -10,26 +10,26 @@ namespace {
 
 /// Properties of a region's point; may be combined.
 enum PointFlag : uint32_t {
-    isMoved = 1,
+    IsMoved = 1,
     /// The point is a corner of a face with a moved corner.
-    isTouched = 2,
+    IsTouched = 2,
     /// A face of the region uses the point, and the lowest-numbered such face is one of the owners.
-    isMet = 4,
-    isOwned = 8,
+    IsMet = 4,
+    IsOwned = 8,
     /// The surface rotation at the point is needed.
-    isTurned = 16
+    IsRotated = 16
 };
 using PointFlags = std::vector<uint32_t>;
 
 /// The surface rotations at some points of a region.
-class PointTurns {
+class PointRotations {
 public:
-    PointTurns(const RefinedRegion& ofRegion, const PointFlags& flags)
+    PointRotations(const RefinedRegion& ofRegion, const PointFlags& flags)
         : region(ofRegion), ends(region.PointCount(), 0) {
         quads.reserve(region.Quads().size());
         normals.reserve(region.Quads().size());
         for (const RefinedRegion::Quad& quad : region.Quads()) {
-            if (((flags[quad[0]] | flags[quad[1]] | flags[quad[2]] | flags[quad[3]]) & isTurned) ==
+            if (((flags[quad[0]] | flags[quad[1]] | flags[quad[2]] | flags[quad[3]]) & IsRotated) ==
                 0)
                 continue;
             for (const uint32_t point : quad) ++ends[point];
@@ -112,31 +112,31 @@ FineMoves FindFineMoves(LevelMesh& coarse,
 
     PointFlags flags(count, 0);
     for (uint32_t point = 0; point < count; ++point)
-        if (!SameBits(region.At(point).before, region.At(point).after)) flags[point] = isMoved;
+        if (!SameBits(region.At(point).before, region.At(point).after)) flags[point] = IsMoved;
     auto quad = region.Quads().begin();
     for (const uint32_t face : run.faces) {
         const bool owns = face >= run.firstOwner && face <= run.lastOwner;
-        const uint32_t met = owns ? isMet | isOwned : isMet;
+        const uint32_t met = owns ? IsMet | IsOwned : IsMet;
         for (uint32_t child = 0; child < corners; ++child, ++quad) {
             uint32_t any = 0;
             for (const uint32_t point : *quad) any |= flags[point];
-            const uint32_t touched = (any & isMoved) != 0 ? isTouched : 0u;
+            const uint32_t touched = (any & IsMoved) != 0 ? IsTouched : 0u;
             for (const uint32_t point : *quad)
-                flags[point] |= touched | ((flags[point] & isMet) != 0 ? 0u : met);
+                flags[point] |= touched | ((flags[point] & IsMet) != 0 ? 0u : met);
         }
     }
 
     // A vertex without detail moves with its point, however the surface rotates.
     for (uint32_t point = 0; point < count; ++point) {
-        if ((flags[point] & isTouched) == 0 || (flags[point] & isOwned) == 0) continue;
+        if ((flags[point] & IsTouched) == 0 || (flags[point] & IsOwned) == 0) continue;
         const Vector detail = fine.Position(region.VertexOf(point)) - region.At(point).before;
-        if (withSurface || !(detail == Vector())) flags[point] |= isTurned;
+        if (withSurface || !(detail == Vector())) flags[point] |= IsRotated;
     }
-    PointTurns turns(region, flags);
+    PointRotations turns(region, flags);
     for (uint32_t point = 0; point < count; ++point) {
-        if ((flags[point] & isTouched) == 0 || (flags[point] & isOwned) == 0) continue;
+        if ((flags[point] & IsTouched) == 0 || (flags[point] & IsOwned) == 0) continue;
         SurfaceMove move{region.At(point).before, region.At(point).after, {}};
-        if ((flags[point] & isTurned) != 0) {
+        if ((flags[point] & IsRotated) != 0) {
             ++found.counts.turned;
             turns.Find(point, move.turn);
         }
