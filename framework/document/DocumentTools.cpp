@@ -12,7 +12,7 @@ namespace trovik {
 
 namespace {
 
-/// Combinations of mirrors have no mode of their own; any value works except 0 to 3 and 7.
+/// There is no separate mode for combined mirrors; any value works except 0 to 3 and 7.
 constexpr int severalCopies = 4;
 
 }  // namespace

@@ -72,8 +72,8 @@ public:
     /// Bytes of memory that Spill would free; 0 unless the step is packed in memory.
     uint64_t PackedBytes(const Handle& record) const;
 
-    /// Sets the folder of the file for packed bytes. If it is empty, no more bytes are written to a
-    /// file; bytes in an existing file stay there.
+    /// Sets the folder in which the file for packed bytes is created. If the name is empty, no more
+    /// bytes are written to a file; bytes in an existing file stay there.
     /// \throw HostError if the file cannot be created.
     void SetSpillFolder(const std::string& folder);
     /// Whether steps can be moved into a file: a folder has been set and no error has occurred
