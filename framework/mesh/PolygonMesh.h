@@ -26,7 +26,7 @@ struct PolygonMesh {
     std::string name;
     /// UVs, colours, groups, and the space of the coordinates.
     SurfaceAttributes attributes;
-    /// Describes the data in the file that the reader skipped, one sentence per item.
+    /// File data that the reader skipped, described in one sentence per item.
     std::vector<std::string> notes;
 };
 

@@ -118,7 +118,7 @@ private:
         FrameRotation::Edge edge;
     };
     const RefinedRegion& region;
-    /// The quads of the region with a point whose rotation is needed.
+    /// The region's quads that have a point whose rotation is needed.
     std::vector<RefinedRegion::Quad> quads;
     std::vector<FrameRotation::Face> normals;
     /// 4 x quad + corner, grouped by point; `ends` holds the end of each group.

@@ -33,7 +33,7 @@ namespace trovik {
 /// stays bit-identical; changes that the coarse level cannot represent remain in the detail.
 ///
 /// Cost in either direction: linear in the number of vertices that were written since the last
-/// synchronisation, plus recomputing the surroundings of those that moved.
+/// synchronisation, plus the number of points around those that moved, which are recomputed.
 class DetailCarrier {
 public:
     /// \param jobControl  checked by Up and Down, which throw Cancelled; `carried` then lists the
