@@ -18,8 +18,8 @@ struct RecoveryOptions {
 
 /// The work recovered from a journal.
 struct RecoveredWork {
-    /// In the state that it had in the process that wrote the journal, except that an open stroke
-    /// has been ended after its last complete dab.
+    /// Its document is in the state that it had in the process that wrote the journal, except that
+    /// an open stroke has been ended after its last complete dab.
     std::unique_ptr<ScriptRunner> runner;
     JournalContent content;
     /// Number of journal steps and dabs that were replayed.
