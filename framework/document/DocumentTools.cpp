@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Tools, symmetry and camera, and the process globals that they use.
+/// \file Document operations on tools, symmetry and camera, and the process globals that they use.
 #include "framework/brushes/StampFiles.h"
 #include "framework/document/Document.h"
 #include "framework/errors/HostError.h"

@@ -45,7 +45,7 @@ public:
     void PackNow(const Handle& record, uint64_t minBytes);
     /// Requests that a packed step be repacked tightly.
     void Tighten(const Handle& record);
-    /// Requests that the packed bytes be moved into the file.
+    /// Requests that the packed bytes of a step be moved into the file.
     void Spill(const Handle& record);
 
     /// Returns the step with its arrays. Waits while this step is being processed, but never for

@@ -17,7 +17,8 @@ struct TROVIK_API FaceRenumbering {
     std::vector<uint8_t> turn;
 
     FaceRenumbering Inverse() const;
-    /// Returns the renumbering of the children, if each face is a quad with four children.
+    /// Returns the renumbering of the children, provided that each face is a quad with four
+    /// children.
     FaceRenumbering OfChildren() const;
     uint64_t Bytes() const { return face.capacity() * sizeof(uint32_t) + turn.capacity(); }
 };

@@ -8,8 +8,8 @@
 #include <vector>
 
 /// \file
-/// Undo steps for operations other than strokes. The caller pushes them to the history. Strokes
-/// create and push their own steps (LevelChange).
+/// Creates undo steps for operations other than strokes. The caller pushes them to the history.
+/// Strokes create and push their own steps (LevelChange).
 namespace trovik {
 
 /// Binds a different level and returns the undo step, which is not pushed yet. Undo binds the

@@ -71,7 +71,7 @@ public:
     /// See JournalRecorder::Resume. Has no effect while the journal is being written, or if there
     /// is no journal.
     void ResumeJournal();
-    /// Finishes the work: ends an open stroke and the journal.
+    /// Finishes the work: ends an open stroke, and then the journal.
     void Close();
 
     CommandContext& Context() { return context; }

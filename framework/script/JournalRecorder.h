@@ -33,9 +33,9 @@ public:
     JournalRecorder& operator=(const JournalRecorder&) = delete;
 
     void BeginStep(const nlohmann::json& step);
-    /// Undoing or redoing steps that precede the recorded ones, for example steps made before a
-    /// save, cannot be replayed from the journal's base. In that case the scene is written next to
-    /// the journal, and the journal restarts from that scene.
+    /// If the step undid or redid work that precedes the recorded steps, for example work done
+    /// before a save, it cannot be replayed from the journal's base. In that case, the scene is
+    /// written next to the journal, and the journal restarts from that scene.
     void EndStep(bool failed);
     /// Records that the step was cancelled. Without JournalOptions::isInteractive, the step stays
     /// unfinished, as after a crash.
