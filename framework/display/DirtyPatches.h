@@ -10,7 +10,7 @@
 
 namespace trovik {
 
-/// Collects, from surface changes, the patches of a layout that must be packed again. Changes from
+/// Collects the patches of a layout that must be packed again after surface changes. Changes from
 /// several dabs in one region are merged, so that each patch is packed only once.
 ///
 /// Not thread-safe; the changes arrive on the document's thread.
@@ -19,10 +19,10 @@ public:
     /// Starts without dirty patches. Borrows the layout. Allocates one byte per patch.
     explicit DirtyPatches(const PatchLayout& layout);
 
-    /// Adds a change. Changes of other levels are ignored, because those levels are not displayed;
-    /// SurfaceChange::Topology of any level sets LayoutChanged. Cost: for grids, linear in the
-    /// number of changed patches and of the layout patches that they overlap; for buckets, linear
-    /// in the number of faces in the changed patches.
+    /// Adds a change. Changes to other levels are ignored, because those levels are not displayed,
+    /// except that SurfaceChange::Topology on any level sets LayoutChanged. Cost: for grids, linear
+    /// in the number of changed patches and of the layout patches that they overlap; for buckets,
+    /// linear in the number of faces in the changed patches.
     void Add(const SurfaceChange& change);
 
     /// Whether the layout no longer describes the displayed level. The caller must then create a
@@ -45,7 +45,7 @@ public:
 private:
     const PatchLayout& layout;
     std::vector<uint32_t> patches;
-    /// Kinds of change, per patch of the layout.
+    /// The kinds of change to each patch of the layout.
     std::vector<uint8_t> what;
     bool layoutChanged = false;
 };

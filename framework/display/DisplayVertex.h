@@ -38,9 +38,9 @@ inline constexpr unsigned displayGroupShift = 1;
 /// Face groups with index 0 to displayGroupCount - 1 get different DisplayGroup values.
 inline constexpr uint32_t displayGroupCount = 127;
 
-/// The number that represents a face group in DisplayVertex::flags: 0 for faces without a group,
-/// otherwise 1 to 127. From the 128th group on, the numbers repeat. The number identifies a colour,
-/// not the group.
+/// The number that stands for a face group in DisplayVertex::flags: 0 for faces without a group,
+/// otherwise 1 to 127. From the 128th group on, the numbers repeat. Such a number is therefore
+/// sufficient to choose a colour, but not to identify the group.
 /// \param faceGroup  index into SurfaceAttributes::groupNames.
 constexpr uint8_t DisplayGroup(uint32_t faceGroup) {
     return static_cast<uint8_t>(1 + faceGroup % displayGroupCount);

@@ -27,7 +27,7 @@ std::vector<std::array<float, 3>> CentresOf(const LevelMesh& level) {
 
 }  // namespace
 
-/// Appends the buckets one by one.
+/// Builds the buckets and appends them one by one.
 class FaceBuckets::Builder {
 public:
     Builder(FaceBuckets& result, const LevelMesh& ofLevel)

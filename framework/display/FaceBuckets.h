@@ -9,14 +9,14 @@
 
 namespace trovik {
 
-/// Divides the faces of a level into compact groups of 2048 to 4096 faces (a smaller level is one
-/// group) by repeatedly halving them along their longest axis, and triangulates each group with its
-/// own 16-bit vertex indices.
+/// Divides the faces of a level into compact buckets of 2048 to 4096 faces by repeated median
+/// splits along the longest axis, and triangulates each bucket with its own 16-bit vertex indices.
+/// A smaller level is a single bucket.
 ///
 /// All triangles of a face start at the same vertex, and no other face's triangles start there, so
 /// the vertex can store the flags of the face. For a consistently oriented quad mesh, this requires
 /// no additional vertices. A triangle mesh has about twice as many faces as vertices, so about half
-/// of its faces need a duplicated vertex.
+/// of its faces require a duplicated vertex.
 ///
 /// Stores indices only, not positions, and is valid until the faces or vertices of the level are
 /// renumbered. The division depends only on the positions at the time of construction. May be read
@@ -33,7 +33,7 @@ public:
     uint32_t Count() const { return static_cast<uint32_t>(firstVertex.size()) - 1; }
     uint32_t BucketOf(uint32_t face) const { return bucketOfFace[face]; }
 
-    /// Number of vertices of all buckets before this one.
+    /// Total number of vertices in the buckets before this one.
     uint32_t FirstVertex(uint32_t bucket) const { return firstVertex[bucket]; }
     uint32_t VertexCount(uint32_t bucket) const {
         return firstVertex[bucket + 1] - firstVertex[bucket];

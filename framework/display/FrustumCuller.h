@@ -17,14 +17,14 @@ public:
     enum class ClipDepth { MinusOneToOne, ZeroToOne };
 
     /// \param localToClip  maps mesh-local points (x, y, z, 1), as row vectors, to clip space,
-    /// where the view is -w <= x <= w, -w <= y <= w and the depth range is `depth`. A perspective
-    /// projection without a far plane is allowed.
+    /// where the view frustum is -w <= x <= w, -w <= y <= w and the depth range is `depth`. A
+    /// perspective projection without a far plane is allowed.
     explicit FrustumCuller(const Matrix& localToClip, ClipDepth depth = ClipDepth::MinusOneToOne);
 
-    /// Returns whether no part of the (mesh-local) box can be in view, because the box is empty or
-    /// lies completely outside one plane. Returns false if this is uncertain, as for boxes with
-    /// infinite limits. Boxes near a corner of the frustum may be kept although they are outside.
-    /// Cost: O(1).
+    /// Returns whether the (mesh-local) box is certainly out of view, because it is empty or lies
+    /// completely outside one plane. Returns false if this is uncertain, as for boxes with infinite
+    /// limits. Boxes near a corner of the frustum may be kept although they are outside. Cost:
+    /// O(1).
     bool IsOutside(const AxisAlignedBoundingBox& box) const;
 
 private:

@@ -9,14 +9,14 @@
 
 namespace trovik {
 
-/// One index buffer for the triangles of a square grid of vertices in row order: at full detail,
-/// and with strides of 2, 4, 8 and so on for level of detail. All grid patches of all meshes share
-/// this buffer, because indices are relative to the patch's first vertex.
+/// An index buffer for a square grid of vertices in row order. It contains the grid's triangles at
+/// full detail, and at strides of 2, 4, 8 and so on for level of detail. All grid patches of all
+/// meshes share this buffer, because indices are relative to the patch's first vertex.
 ///
 /// For stride s, the cell with corners (row, column), (row, column + s), (row + s, column + s),
 /// (row + s, column) consists of the triangles (0, 1, 2) and (0, 2, 3) of those corners. At full
 /// detail, picking uses the same triangles. Each triangle begins with the corner that stores the
-/// flags of the face there (DisplayVertex::flags); a coarser cell uses the flags of its first face.
+/// flags of its face (DisplayVertex::flags); a coarser cell uses the flags of its first face.
 ///
 /// A stride keeps every s-th vertex of each border, so neighbouring patches with equal stride meet
 /// without cracks. Neighbouring patches with different strides leave cracks.

@@ -27,17 +27,17 @@ public:
     LodChoice() = default;
     explicit LodChoice(const Options& chosen) : options(chosen) {}
 
-    /// Returns the base-2 logarithm of the stride for a frame.
-    /// \param secondsAtRest  time since the camera last moved; 0 while it moves.
+    /// Returns the base-2 logarithm of the stride with which to draw a frame.
+    /// \param secondsAtRest  time since the camera last moved; 0 while it is moving.
     uint32_t StrideLog2(double secondsAtRest) const {
         return secondsAtRest >= options.restSeconds ? 0 : moving;
     }
 
-    /// Adapts the stride to the measured time of a frame. The stride grows as soon as a frame takes
-    /// longer than the target, by as many steps as are needed if each step quarters the time. It
-    /// shrinks by one step only if the predicted time, which is four times the measured one, is
-    /// below 80% of the target; the margin prevents oscillation.
-    /// \param strideLog2  the stride with which the frame was drawn. If this is not the current
+    /// Adapts the stride to the measured time of a frame. If a frame takes longer than the target,
+    /// the stride grows at once by as many steps as are needed, on the assumption that each step
+    /// quarters the time. It shrinks by one step only if the predicted time, which is four times
+    /// the measured one, is below 80% of the target; the margin prevents oscillation.
+    /// \param strideLog2  the stride with which the frame was drawn. If it differs from the current
     /// choice, the measurement can only increase the stride.
     void FrameMeasured(uint32_t strideLog2, double seconds);
 

@@ -69,7 +69,7 @@ NormalCone ConeOf(std::span<const DisplayVertex> vertices, std::span<const uint1
     const Vector axis(static_cast<float>(sum[0] / length),
                       static_cast<float>(sum[1] / length),
                       static_cast<float>(sum[2] / length));
-    // Angles are measured from the rounded axis, because that is the stored one.
+    // Angles are measured from the rounded axis, because the cone stores that axis.
     const Vector3d rounded = ToDouble(axis);
     double minCosine = 1.0;
     VisitNormals(vertices, triangles, [&](const Vector3d& normal) {

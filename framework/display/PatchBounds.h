@@ -23,13 +23,14 @@ TROVIK_API AxisAlignedBoundingBox TransformBox(const AxisAlignedBoundingBox& box
 /// A mesh-local cone that contains the normals of a set of triangles. The front of a triangle is
 /// the side from which its corners appear in counterclockwise order.
 struct TROVIK_API NormalCone {
-    /// Unit length, or zero if the triangles face too many directions to be culled.
+    /// Unit vector, or zero if the triangles face in too many directions for the patch to be
+    /// culled.
     Vector axis;
     /// Sine of the largest angle between the axis and a normal.
     float sinAngle = 1.0f;
 
-    /// Whether a viewer at `eye` (mesh-local) can see only the backs of the triangles, which must
-    /// lie in `box`. Returns false if this is uncertain. Use it only if the renderer does not draw
+    /// Whether a viewer at `eye` (mesh-local) can see only the back sides of the triangles, which
+    /// must lie in `box`. Returns false if this is uncertain. Use it only if the renderer culls
     /// back faces. Cost: O(1).
     bool FacesAway(const AxisAlignedBoundingBox& box, const Vector& eye) const;
     /// Like FacesAway, for a parallel projection. \param direction  view direction, mesh-local, any
@@ -40,8 +41,8 @@ struct TROVIK_API NormalCone {
 /// Computes the normal cone of some triangles. To cull a patch, pass the triangles at the stride
 /// that is drawn, because the normals of coarser triangles may lie outside the cone of the finer
 /// ones. Degenerate triangles are ignored, because they are not drawn. If a position is non-finite,
-/// the cone never allows culling. Cost: O(triangles), about five times the cost of packing, so use
-/// it for patches that have not changed recently.
+/// the cone never allows culling. Cost: O(triangles), about five times the cost of packing, so call
+/// it only for patches that have not changed recently.
 TROVIK_API NormalCone ConeOf(std::span<const DisplayVertex> vertices,
                              std::span<const uint16_t> triangles);
 

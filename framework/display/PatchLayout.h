@@ -28,7 +28,8 @@ namespace trovik {
 /// threads.
 class TROVIK_API PatchLayout {
 public:
-    /// Depth of a patch (33 x 33 vertices), or less if there are too few levels below.
+    /// Maximum depth of a patch (33 x 33 vertices). The depth is lower if there are too few levels
+    /// below.
     static constexpr uint32_t maxDepth = GridIndices::maxDepth;
     static constexpr uint32_t minDepth = 2;
 
@@ -43,8 +44,9 @@ public:
 
     /// Number of vertices of the patch.
     uint32_t VertexCount(uint32_t patch) const;
-    /// Number of vertices in all patches before this one, which is the patch's position in an array
-    /// of all patches. If `patch` is PatchCount(), the number of vertices of all patches.
+    /// Total number of vertices in the patches before this one, which is the offset of the patch in
+    /// an array that contains all patches. If `patch` is PatchCount(), the total number of
+    /// vertices.
     uint64_t FirstVertex(uint32_t patch) const;
     /// Total number of vertices of these patches.
     uint64_t VertexCount(std::span<const uint32_t> patches) const;

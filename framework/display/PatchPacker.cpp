@@ -21,7 +21,7 @@ constexpr uint32_t maxRow = (1u << PatchLayout::maxDepth) + 1;
 /// Minimum number of vertices per task: about 50 microseconds of work.
 constexpr uint64_t verticesPerTask = 8192;
 
-// The normal and the two bytes after it are written as one word.
+// The normal and the two bytes that follow it (freeze amount and flags) are written as one word.
 static_assert(std::endian::native == std::endian::little);
 
 void PackVertex(const Vertex& vertex,
@@ -36,13 +36,13 @@ void PackVertex(const Vertex& vertex,
     word |= uint64_t{static_cast<uint8_t>(vertex.freeze & freezeAmountMask)} << freezeShift;
     word |= uint64_t{flags} << flagsShift;
     auto* bytes = reinterpret_cast<unsigned char*>(&out);
-    // A single 16-byte store is faster than two smaller ones. The word then overwrites its last
-    // four bytes.
+    // A single 16-byte store is faster than two smaller ones. The last four of these bytes are then
+    // overwritten by the word.
     std::memcpy(bytes, &vertex, 16);
     std::memcpy(bytes + offsetof(DisplayVertex, normalX), &word, sizeof word);
 }
 
-/// Whether no face in the range is hidden. \param count  a multiple of 8.
+/// Returns whether all faces in the range are visible. \param count  a multiple of 8.
 bool NoneHidden(const uint8_t* faceFlags, uint32_t count) {
     constexpr uint64_t eightHidden = 0x0101010101010101u * faceIsHidden;
     uint64_t any = 0;

@@ -26,9 +26,9 @@ namespace trovik {
 
 struct DisplacementOptions;
 
-/// A sculpture and its working state: levels, layers, mask, the brush with the settings of its
-/// tools, symmetry, view and undo history. Applications, scripts and bindings change a sculpture
-/// only through this class. Errors are reported as HostError.
+/// A sculpture and its working state: levels, layers, mask, brush and tool settings, symmetry, view
+/// and undo history. Applications, scripts and bindings change a sculpture only through this class.
+/// Errors are reported as HostError.
 ///
 /// Open strokes: while a stroke is open, every operation that would change the mesh, its levels and
 /// layers, the tool, the mirrors or the renderers throws HostError and changes nothing; the stroke
@@ -52,7 +52,7 @@ class TROVIK_API Document {
 public:
     /// Opens a mesh file, splits the mesh where it is not an oriented manifold, and loads the
     /// plug-ins.
-    /// \param given  units and up axis; they take precedence over those of the file.
+    /// \param given  units and up axis, which override those of the file.
     /// \throw Cancelled. OpenScene and the other public constructor throw it, too.
     explicit Document(const std::string& meshPath,
                       const MeshSpace& given = {},
@@ -181,12 +181,12 @@ public:
     /// Call this after changing settings through Brush, SculptBrush or Settings.
     void NoteToolChanged();
 
-    /// Mirrors the following strokes across planes perpendicular to the mesh's own axes, and adds
-    /// copies that are rotated about one of the axes.
+    /// Mirrors subsequent strokes across planes perpendicular to the mesh's own axes, and adds
+    /// copies that are rotated about one of these axes.
     /// \throw HostError if there are more copies than maxMirrorMaps; the mirrors are then
     /// unchanged.
     void SetMirrors(const MirrorSetting& setting);
-    /// Mirrors the following strokes by the mesh's connectivity, independent of its pose.
+    /// Mirrors subsequent strokes by the mesh's connectivity, regardless of its pose.
     /// \throw HostError if the mesh has no topological mirror; Cancelled. In both cases, the
     /// mirrors are unchanged.
     void SetTopologicalMirror(JobControl* job = nullptr);
@@ -219,8 +219,8 @@ public:
 
     /// Uses the document's view as the kernel's camera.
     void UpdateCamera();
-    /// Adds renderers as child nodes of the current level. If another level becomes current, they
-    /// are attached to that level. They display nothing and only receive change notifications.
+    /// Adds renderers as child nodes of the current level. When another level becomes current, they
+    /// are attached to it instead. They display nothing and only receive change notifications.
     /// \param updateFactors  one factor per renderer; see MeshRenderer.
     void SetRenderers(const std::vector<float>& updateFactors);
     /// Returns the visible faces of the current level for rendering. The result borrows the level's
@@ -256,7 +256,7 @@ public:
     void SetJournal(DocumentJournal* newJournal) { journal = newJournal; }
     /// Sets the observer of all calls into the brush; null removes it. Borrowed.
     void SetObserver(StrokeObserver* newObserver);
-    /// Notifies the stroke observer that a command is about to run that may change the mesh.
+    /// Notifies the stroke observer before a command runs that may change the mesh.
     void AnnounceCommand(const std::string& name) {
         if (strokeObserver != nullptr) strokeObserver->BeforeCommand(SculptBrush(), name);
     }
@@ -327,8 +327,8 @@ private:
     std::unique_ptr<FreezeBrush> freezeBrush;
     std::unique_ptr<StrokeLoop> freezeLoop;
     bool freezing = false;
-    /// Values of the process globals while another document is active: the kernel's camera, and
-    /// whether the falloff depends on the facing angle.
+    /// This document's values of the process globals, stored while another document is active: the
+    /// kernel's camera, and whether the falloff depends on the facing angle.
     MatrixTransform camera;
     bool facingActive = false;
     StrokeTotals earlierTotals;

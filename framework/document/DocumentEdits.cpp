@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Operations that change the sculpture: levels, history, layers, mask, transform.
+/// \file Document operations that change the sculpture: its levels, history, layers, mask and
+/// transform.
 #include "framework/baking/MapDisplacement.h"
 #include "framework/document/Document.h"
 #include "framework/edits/LayerSteps.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Observers of a document, and its published state.
+/// \file Notifies the observers of a document, and publishes its state.
 #include "framework/brushes/BrushSettings.h"
 #include "framework/brushes/Falloff.h"
 #include "framework/document/Document.h"

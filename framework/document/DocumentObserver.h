@@ -13,9 +13,9 @@ namespace trovik {
 /// Events arrive on the document's thread, after the operation that caused them is complete.
 /// SurfaceChanged arrives earlier: during the operation, as soon as the arrays of the level contain
 /// the change, and during a stroke after each dab. One operation may report several changes. An
-/// operation that throws may already have changed something; these changes are reported, too. An
-/// observer may read the document and add and remove observers, but must not change the document.
-/// It must not throw.
+/// operation that throws may already have made some changes; these are reported, too. An observer
+/// may read the document and add and remove observers, but must not change the document. It must
+/// not throw.
 class TROVIK_API DocumentObserver {
 public:
     virtual void SurfaceChanged(const SurfaceChange& change);

@@ -55,7 +55,7 @@ struct DocumentState {
         std::string stampPath;
     };
     Tool tool;
-    /// Names of all tools, in the order of the plug-in.
+    /// Names of all tools, in the order in which the plug-in lists them.
     std::vector<std::string> tools;
 
     struct Symmetry {
@@ -78,8 +78,8 @@ struct DocumentState {
     /// Size of the history in bytes, in memory and in its temporary file.
     uint64_t historyBytes = 0;
     uint64_t historyBytesOnDisk = 0;
-    /// Total size of all arrays in the process's memory accounting, in bytes, and its limit (0 if
-    /// there is none).
+    /// Total size of all arrays that the process's memory accounting tracks, and the memory limit
+    /// (0 if there is none); both in bytes.
     int64_t memoryBytes = 0;
     int64_t memoryLimit = 0;
 

@@ -14,10 +14,10 @@ namespace trovik {
 /// Options of a live stroke, in addition to the settings of the document and the tool.
 struct TROVIK_API PenStrokeOptions {
     BrushOperation::Modifier modifier = BrushOperation::ModifierNone;
-    /// Seed of the stroke's random choices; without a value it is derived from the document's seed
-    /// and the number of the stroke.
+    /// Seed of the stroke's random choices; without a value, it is derived from the document's seed
+    /// and the stroke's number.
     std::optional<uint64_t> seed;
-    /// Whether to filter out artefacts of pens and drivers; see PointerFilter.
+    /// Whether to filter out pen and driver artefacts; see PointerFilter.
     bool isFiltered = true;
     PointerLimits limits;
     /// Its two lengths are ignored: they come from the tool unless they are set below.
@@ -34,8 +34,8 @@ struct TROVIK_API PenStrokeOptions {
     /// Called regularly while the path is traversed, whether or not dabs are applied. An exception,
     /// such as Cancelled, ends the stroke at that point.
     std::function<void()> poll;
-    /// Called after the last dab of the path for each dab of mirrored sides that are applied in
-    /// additional strokes; see StrokeLoop::End. An exception skips the remaining ones.
+    /// Called after the last dab of the path, once for each dab of the mirrored sides that are
+    /// applied in additional strokes; see StrokeLoop::End. An exception skips the remaining ones.
     std::function<void()> mirrorPoll;
 
     /// Options for live pen input, where dabs have to follow the pen closely. `limits.lateTime` is
@@ -86,8 +86,8 @@ public:
     /// Adds samples and applies the dabs that no later sample can change.
     void Add(const std::vector<PathSample>& samples);
     void Add(const PathSample& sample) { Add(std::vector<PathSample>{sample}); }
-    /// See LiveStroke::Add and Continue: applies dabs until the budget is spent and returns whether
-    /// any remain.
+    /// Applies dabs until the budget is spent, and returns whether any remain; see LiveStroke::Add
+    /// and LiveStroke::Continue.
     bool Add(const std::vector<PathSample>& samples, LiveStroke::Budget budget);
     bool Continue(LiveStroke::Budget budget);
     /// See LiveStroke::Tick.
@@ -95,8 +95,8 @@ public:
     /// Applies the remaining dabs and ends the stroke.
     void Release();
     /// Releases the stroke within a time budget: no samples are accepted afterwards. \return
-    /// whether dabs remain. Continue applies them, and the call that applies the last one ends the
-    /// stroke. Until then, Abandon reverts the stroke.
+    /// whether dabs remain. Continue applies the remaining dabs, and the call that applies the last
+    /// one ends the stroke. Until then, Abandon reverts the stroke.
     bool Release(LiveStroke::Budget budget);
     /// Ends the stroke and restores the surface bit-exactly, without an undo step.
     void Abandon();

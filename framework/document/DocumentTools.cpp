@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Tools, symmetry and camera, and the process globals that they use.
+/// \file Document operations on tools, symmetry and camera, and the process globals that they use.
 #include "framework/brushes/StampFiles.h"
 #include "framework/document/Document.h"
 #include "framework/errors/HostError.h"
@@ -12,7 +12,7 @@ namespace trovik {
 
 namespace {
 
-/// Combinations of mirrors have no mode of their own; any value works except 0 to 3 and 7.
+/// There is no separate mode for combined mirrors; any value works except 0 to 3 and 7.
 constexpr int severalCopies = 4;
 
 }  // namespace

@@ -22,7 +22,7 @@ bool HistoryEntries::Update(const UndoHistory& history, const std::string& tool)
     }
     bool changed = position != history.Position() || count != known.size();
     if (dropped > 0 && dropped <= position) oldestState = known[dropped - 1].number;
-    // Steps were undone and replaced: the state before the first of them remains valid.
+    // Steps were undone and replaced; the state before the first replaced step remains valid.
     if (dropped > position) oldestState = StateNumber();
     known.erase(known.begin(), known.begin() + static_cast<std::ptrdiff_t>(dropped));
     std::size_t same = 0;

@@ -30,11 +30,11 @@ struct HistoryEntry {
 /// per step.
 class TROVIK_API HistoryEntries {
 public:
-    /// Assigns this tool and the current time to steps added since the last call.
+    /// Assigns this tool and the current time to the steps that were added since the last call.
     /// \return whether the steps or the position have changed since the last call.
     bool Update(const UndoHistory& history, const std::string& tool);
-    /// Call this after the sculpture was replaced without an undo step: the state gets a new
-    /// number, and all entries are removed.
+    /// Must be called when the sculpture has been replaced without an undo step. Assigns a new
+    /// number to the state and removes all entries.
     void Restart();
     /// One entry per step, oldest first.
     std::vector<HistoryEntry> List(const UndoHistory& history) const;

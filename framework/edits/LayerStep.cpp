@@ -16,8 +16,8 @@ std::vector<LayerStep::Row> LayerStep::RowsOf(const LevelGeometry& geometry, uin
     return rows;
 }
 
-// A removed layer is in the rows of this step but not in the rows in use. This is true only of the
-// step that removed it, so each unused layer is counted and compressed once.
+// A removed layer is listed in the rows of this step but not in the rows in use. This is the case
+// only for the step that removed it, so each unused layer is counted and compressed once.
 void LayerStep::FindKept(const std::vector<Row>& rowsInUse) {
     kept.clear();
     for (const Row& row : rows) {

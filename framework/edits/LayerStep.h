@@ -44,8 +44,8 @@ private:
     std::vector<uint32_t> vertices;
     std::vector<Vector> positions;
     std::vector<NormalWords> normals;
-    /// The layer base in the other state. It is stored because it includes rounding from earlier
-    /// strokes and cannot be recomputed exactly.
+    /// The layer base in the state to switch to. It is stored because it includes rounding from
+    /// earlier strokes and cannot be recomputed exactly.
     std::vector<LayerBase::OtherLayeredVertex> layeredVertices;
     std::vector<std::shared_ptr<SculptLayer>> kept;
 };

@@ -12,7 +12,7 @@ namespace trovik {
 /// \name Operations on layers. Each function returns its undo step without pushing it.
 /// @{
 
-/// Adds a layer above those of the bound level and activates it for the following strokes.
+/// Adds a layer above those of the bound level and activates it for subsequent strokes.
 TROVIK_API std::unique_ptr<UndoStep> AddLayerAsStep(LevelGeometry& geometry,
                                                     const std::string& name);
 /// Removes a layer and its contribution to the surface. If it was active, no layer is active

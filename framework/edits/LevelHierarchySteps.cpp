@@ -21,7 +21,7 @@ uint64_t BytesOf(const LevelGeometry::RemovedLevels& taken) {
 }
 
 void BindAgain(LevelGeometry& geometry, uint32_t bound) {
-    // Needed if a host has bound another level in between.
+    // A host may have bound another level in between.
     if (geometry.BoundIndex() != bound) geometry.BindLevel(bound);
 }
 

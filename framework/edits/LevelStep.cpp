@@ -7,8 +7,8 @@ namespace trovik {
 
 namespace {
 
-/// The undo step for a change of the bound level and of level contents; the hierarchy stays the
-/// same.
+/// The undo step for binding a different level and for changing the contents of levels; the
+/// hierarchy stays the same.
 class LevelStep : public UndoStep {
 public:
     LevelStep(LevelSwitch done, const LevelGeometry& geometry)

@@ -11,15 +11,15 @@ namespace trovik {
 /// coordinate plane of the mesh were exactly symmetric before the stroke, one moves to the mean of
 /// its position and the mirrored position of the other, and the other moves to the mirror image of
 /// that mean. A vertex that was in the plane returns to it. Pairs that agree stay bit-identical.
-/// Without this, the two sides could differ by more than rounding errors near the plane, where a
-/// dab and its image overlap and are applied one after the other.
+/// Without this, the two sides could differ near the plane by more than rounding errors, because a
+/// dab and its image overlap there and are applied one after the other.
 ///
 /// Pairs with different freeze amounts are not changed.
 ///
 /// \param change  open on the level; the moves become part of it. \param axes  axes perpendicular
 /// to the planes (0 x, 1 y, 2 z), without duplicates. \return the vertices whose position or normal
 /// has changed, in ascending order. \throw Error* if an allocation fails; nothing has then moved.
-/// Cost: proportional to the vertices that the stroke touched.
+/// Cost: proportional to the number of vertices that the stroke touched.
 TROVIK_API std::vector<uint32_t> SettleSymmetry(LevelMesh& level,
                                                 LevelChange& change,
                                                 const std::vector<int>& axes);
@@ -31,7 +31,7 @@ enum class SymmetrySide { Positive, Negative };
 /// axis (0 x, 1 y, 2 z). Vertices on the model side keep their positions, their counterparts move
 /// to the mirrored positions, and vertices on the plane are projected onto it. Mirror images are
 /// found by the connectivity of level 0 (TopologicalMirror), so the halves may have any shape. In
-/// each pair, the vertex that lies farther towards the `model` side is the one that is copied.
+/// each pair, the vertex that lies farther towards the `model` side is copied.
 ///
 /// Frozen vertices do not move; partly frozen ones move part of the way. If a layer is active, the
 /// moves are recorded in it. Pushes one undo step. \return the number of vertices that moved.

@@ -21,8 +21,9 @@ enum class PackMethod : uint8_t { Quick, Tight };
 /// indices. Pieces that do not shrink are stored uncompressed. Compression therefore needs memory
 /// for two pieces and the result, regardless of the size of the arrays.
 ///
-/// Layout: for each array its element size and count (u32, u64), then for each piece its packed
-/// length (u32) and its bytes. A packed length equal to the length of the piece means uncompressed.
+/// Layout: for each array, its element size and count (u32, u64); then, for each of its pieces, the
+/// packed length (u32) and the bytes. A packed length equal to the length of the piece means
+/// uncompressed.
 TROVIK_API std::vector<uint8_t> PackArrays(const std::vector<StepArray>& arrays, PackMethod method);
 
 /// Unpacks into the arrays, which must have the same types as the packed ones.

@@ -22,7 +22,7 @@ public:
         uint32_t checksum = 0;
     };
 
-    /// \throw HostError with the folder and the reason given by the system.
+    /// \throw HostError that names the folder and the system's reason.
     explicit SpillFile(const std::string& folder);
     ~SpillFile();
     SpillFile(const SpillFile&) = delete;
@@ -31,8 +31,8 @@ public:
     /// Reserves this number of bytes.
     Extent Reserve(uint64_t length);
     /// Writes the bytes to a reserved extent and stores their checksum in it.
-    /// \throw HostError with the folder and the reason given by the system, such as a full disk.
-    /// Earlier data is then intact, and the caller must free the extent.
+    /// \throw HostError that names the folder and the system's reason, such as a full disk. Earlier
+    /// data is then intact, and the caller must free the extent.
     void Fill(Extent& extent, const std::vector<uint8_t>& bytes) const;
     /// \throw HostError "undo file in FOLDER: byte N: reason" if the bytes cannot be read or differ
     /// from those that were written.

@@ -27,7 +27,7 @@ public:
     PackMethod method = PackMethod::Quick;
     std::vector<uint8_t> packed;
     SpillFile::Extent extent;
-    /// The bytes in memory that are counted for this record.
+    /// Bytes in memory that this record adds to the keeper's total.
     uint64_t bytes = 0;
     /// Counts withdrawn requests; a job created with a different count is void.
     uint64_t asking = 0;

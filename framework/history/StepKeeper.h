@@ -45,7 +45,7 @@ public:
     void PackNow(const Handle& record, uint64_t minBytes);
     /// Requests that a packed step be repacked tightly.
     void Tighten(const Handle& record);
-    /// Requests that the packed bytes be moved into the file.
+    /// Requests that the packed bytes of a step be moved into the file.
     void Spill(const Handle& record);
 
     /// Returns the step with its arrays. Waits while this step is being processed, but never for
@@ -72,8 +72,8 @@ public:
     /// Bytes of memory that Spill would free; 0 unless the step is packed in memory.
     uint64_t PackedBytes(const Handle& record) const;
 
-    /// Sets the folder of the file for packed bytes. If it is empty, no more bytes are written to a
-    /// file; bytes in an existing file stay there.
+    /// Sets the folder in which the file for packed bytes is created. If the name is empty, no more
+    /// bytes are written to a file; bytes in an existing file stay there.
     /// \throw HostError if the file cannot be created.
     void SetSpillFolder(const std::string& folder);
     /// Whether steps can be moved into a file: a folder has been set and no error has occurred

@@ -24,8 +24,8 @@ public:
     virtual uint64_t Bytes() const = 0;
     /// The large arrays of the step, always in the same order. A history may store their content
     /// elsewhere in compressed form and leave them empty in the meantime. The history restores the
-    /// content before it calls Apply and in UndoHistory::Step. Not called while another thread
-    /// compresses the step. A step without such arrays is stored unchanged.
+    /// content before it calls Apply, and when UndoHistory::Step is called. Not called while
+    /// another thread compresses the step. A step without such arrays is stored unchanged.
     virtual std::vector<StepArray> Arrays() { return {}; }
 
     std::string label;
@@ -35,9 +35,10 @@ public:
 
 /// Settings for the storage of all steps except the newest.
 struct UndoKeeping {
-    /// Steps whose arrays have fewer bytes are not packed.
+    /// A step is not packed if its arrays have fewer bytes than this.
     uint64_t minPackedBytes = 4096;
-    /// Steps farther than this from the history's position are packed tightly.
+    /// Steps that are more than this many steps away from the history's position are packed
+    /// tightly.
     std::size_t tightenBeyond = 16;
 };
 
@@ -69,8 +70,8 @@ public:
     /// applied step precedes it.
     void Push(std::unique_ptr<UndoStep> step);
     /// Adds the step that a stroke creates for one mesh. The step is joined to the newest one if
-    /// that belongs to the same stroke and the history has not changed in between, regardless of
-    /// the step's `joinPrevious`.
+    /// both belong to the same stroke and the history has not changed in between, regardless of the
+    /// step's `joinPrevious`.
     /// \param strokeNumber  identifies the stroke; not 0.
     void PushOfStroke(std::unique_ptr<UndoStep> step, uint64_t strokeNumber);
     /// If `on` is true, the next step to be pushed joins the newest one, regardless of the step's

@@ -9,7 +9,8 @@
 
 namespace trovik {
 
-/// Three doubles: a sum of single-precision vectors before rounding.
+/// A double-precision sum of single-precision vectors, before the result is rounded to single
+/// precision.
 struct DoubleVector {
     double x = 0.0;
     double y = 0.0;

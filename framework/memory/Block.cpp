@@ -44,7 +44,8 @@ void Log(const std::string& line) {
         std::clog << line << '\n';
 }
 
-// The account has a single total; for each name, only the number of arrays is known.
+// The account has only a single total, so the log gives the number of arrays, not their size, for
+// each name.
 void WriteLog(float share, bool everyBlock) {
     const Account& account = TheAccount();
     std::map<std::string, int64_t> blocksByName;

@@ -11,8 +11,8 @@ namespace {
 constexpr uint64_t pageSize = 4096;
 constexpr uint64_t least = uint64_t{4} << 20;
 
-/// Applies to the whole pages inside the block; pages that are shared with neighbouring data are
-/// not affected.
+/// Applies only to pages that lie entirely inside the block, because other pages also contain
+/// neighbouring data.
 void Advise(void* memory, uint64_t bytes, int advice) {
     const auto address = reinterpret_cast<uintptr_t>(memory);
     const uint64_t shared = (pageSize - address % pageSize) % pageSize;

@@ -60,8 +60,8 @@ private:
     void AddAcross(const std::vector<uint32_t>& owners,
                    const std::vector<uint32_t>& vertices,
                    std::vector<uint32_t>& patches) {
-        // The vertices on these sides are collected first; there are far fewer of them than in the
-        // list.
+        // The vertices on these sides are collected first; they are far fewer than the vertices in
+        // the list.
         std::vector<uint32_t> onSides;
         std::vector<uint32_t> across;
         for (const uint32_t patch : owners) {

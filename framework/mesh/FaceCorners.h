@@ -11,7 +11,7 @@
 namespace trovik {
 
 /// Maximum number of corners per face. Modelling programs do not write larger faces, so a file that
-/// contains one is rejected as corrupt.
+/// contains a larger one is rejected as corrupt.
 inline constexpr std::size_t maxFaceCorners = 1'000'000;
 
 /// Returns a vertex that the face uses more than once, if there is one.

@@ -21,7 +21,7 @@ public:
     /// \param visits  the results of the visitor's Tester calls, in order; valid until the next
     /// walk on the level.
     virtual void WalkEnded(const LevelMesh& /*level*/, const std::vector<FaceVisit>& /*visits*/) {}
-    /// Called after MeshChange::Finish was called with these arguments for a change of the level.
+    /// Called after MeshChange::Finish, with its arguments, for each finished change of the level.
     virtual void ChangeFinished(const LevelMesh& /*level*/,
                                 bool /*keepTopology*/,
                                 bool /*joinPrevious*/) {}

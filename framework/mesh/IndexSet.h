@@ -36,7 +36,8 @@ private:
     static constexpr uint32_t pageNumbers = 512;
     static constexpr std::size_t noPage = ~std::size_t{0};
 
-    /// Subtracting it from a lower page number wraps around to a page beyond the last one.
+    /// Number of the first page. Subtracting it from a lower page number wraps around, so the
+    /// result lies beyond the last page.
     std::size_t firstPage = 0;
     /// For each page of numbers, its index in the stored ranks.
     std::vector<std::size_t> pages;

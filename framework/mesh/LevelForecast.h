@@ -15,11 +15,11 @@ struct LevelForecast {
     /// Total memory of all additional levels: the face and vertex arrays, and the position copies
     /// that are needed to detect changes since the level was bound.
     uint64_t bytes = 0;
-    /// Number of additional levels. Less than requested if the element count of a level does not
-    /// fit the index type.
+    /// Number of additional levels. It is lower than requested if the element count of a level does
+    /// not fit the index type.
     uint32_t levels = 0;
 
-    /// Four indices, the flags, and the visit stamp for walks.
+    /// Each face stores four indices, its flags, and a visit stamp for walks.
     static constexpr uint64_t bytesPerFace = 4 * sizeof(uint32_t) + 1 + sizeof(uint32_t);
     static constexpr uint64_t bytesPerVertex = sizeof(Vertex) + sizeof(PackedNormal);
 };

@@ -14,8 +14,8 @@ namespace trovik {
 
 /// When an observer is called, relative to the other observers of the geometry.
 enum class ObserverOrder {
-    /// Called before the others. For data structures, such as pick trees, that are derived from the
-    /// surface and that other observers may query.
+    /// Called before the others. For observers that update data structures derived from the
+    /// surface, such as pick trees, which other observers may query.
     First,
     Later
 };

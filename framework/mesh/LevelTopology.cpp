@@ -22,8 +22,8 @@ namespace trovik {
 
 namespace {
 
-/// Where a child's side lies: a side inside the parent borders a sibling; any other side is half of
-/// one of the parent's sides.
+/// The location of a child's side. A side inside the parent is adjacent to a sibling; any other
+/// side is half of one of the parent's sides.
 struct ChildSide {
     bool inside;
     uint32_t sibling;

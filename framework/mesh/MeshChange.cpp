@@ -16,7 +16,7 @@ StoredVertexInfo& MeshChange::Add_uncached(uint32_t vertex,
     const uint32_t slot = withLayerSlot ? ReserveLayerSlot(vertex) : noLayerSlot;
 
     // The vertex is modified only after its record is stored, because a link without a record would
-    // lose the stamp.
+    // lose the vertex's stamp.
     if (!HasRoom()) {
         const uint32_t index = store.fill;
         store.Append(StoredVertexInfo{});

@@ -101,7 +101,7 @@ public:
     virtual void ReadVertices(unsigned parts,
                               const std::function<void(const VertexBlock&)>& take) const = 0;
     /// Calls `take` for each block in order.
-    /// \param parts  if it contains Uvs, uvIndices and uvs are filled as well.
+    /// \param parts  If the Uvs bit is set, uvIndices and uvs are filled as well.
     virtual void ReadFaces(unsigned parts,
                            const std::function<void(const FaceBlock&)>& take) const = 0;
     /// Calls `take` with consecutive sections of the UV list.

@@ -13,7 +13,7 @@
 
 namespace trovik {
 
-/// An older state of a level's values, one value per vertex. It stores the old values of the
+/// An older state of a level's values, one value per vertex. It stores the old values only of those
 /// vertices that have been written since. All other vertices still have their old values.
 ///
 /// Memory: the recorded values, one bit per vertex up to the highest recorded one, and another half

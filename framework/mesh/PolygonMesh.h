@@ -26,7 +26,7 @@ struct PolygonMesh {
     std::string name;
     /// UVs, colours, groups, and the space of the coordinates.
     SurfaceAttributes attributes;
-    /// Describes the data in the file that the reader skipped, one sentence per item.
+    /// File data that the reader skipped, described in one sentence per item.
     std::vector<std::string> notes;
 };
 
@@ -40,8 +40,8 @@ struct ManifoldReport {
     std::size_t splitVertices = 0;
     /// Number of vertices appended to the mesh.
     std::size_t addedVertices = 0;
-    /// Non-manifold edges that two faces still share after the split, as pairs of the result's
-    /// vertices.
+    /// Non-manifold edges that two faces still share after the split, as pairs of vertex numbers in
+    /// the result.
     ///
     /// An example is a fin that stands on a single inner edge of a surface: the two faces at the
     /// edge have opposite orientation and are connected around both of its endpoints. The fin is

@@ -13,7 +13,7 @@ namespace trovik {
 /// Attributes of a surface other than its shape. A list is empty if the surface does not have the
 /// attribute.
 struct SurfaceAttributes {
-    /// In cornerUvs, faceGroups, faceMaterials and faceSmoothing: the element has no value.
+    /// Marks an element without a value in cornerUvs, faceGroups, faceMaterials and faceSmoothing.
     static constexpr std::uint32_t none = 0xFFFFFFFFu;
 
     /// Texture coordinates; v points up.

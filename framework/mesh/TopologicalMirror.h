@@ -30,11 +30,11 @@ public:
     /// A map that exchanges front and back, or top and bottom, instead of left and right is not
     /// accepted, even if the connectivity allows it.
     ///
-    /// A seed is a pair of faces that share an edge and are nearly mirror images of each other, or
-    /// a single face that nearly mirrors itself; the best match is tried first. The map is extended
-    /// from a seed to the neighbouring faces, and is discarded at the first contradiction. A
-    /// connected component maps either to itself or to another component. A component without a
-    /// mirror image is omitted.
+    /// A seed is either a pair of faces that share an edge and are nearly mirror images of each
+    /// other, or a single face that is nearly its own mirror image. The best match is tried first.
+    /// The map is extended from a seed to the neighbouring faces, and is discarded at the first
+    /// contradiction. A connected component maps either to itself or to another component. A
+    /// component without a mirror image is omitted.
     /// \return null if no component has a mirror image.
     /// Cost: O(faces) if the first seed is correct, otherwise at most a few hundred times that,
     /// plus O(components^2). Temporary memory: about 20 bytes per face and 12 per vertex.
@@ -51,7 +51,8 @@ public:
     /// no mirror image. Cost: O(level).
     std::optional<Corner> Across(uint32_t level, uint32_t face, uint32_t corner) const;
 
-    /// For each level-0 face: 4 * image face + shift, or openBorder. Used to store a mirror.
+    /// For each level-0 face: 4 * image face + shift, or openBorder. Use this list to store a
+    /// mirror.
     const std::vector<uint32_t>& Images() const { return images; }
     /// Restores a mirror from such a list.
     /// \return null if the list does not fit this base: a different number of faces, or faces that

@@ -29,9 +29,9 @@ constexpr uint64_t walkLimit = 200;
 constexpr double exactRatio = 1e-10;
 
 struct Seed {
-    /// The sum of two squared distances: from one face to the other's reflection in a plane x = c,
-    /// relative to the size of the faces, and from that plane to x = 0, relative to the size of the
-    /// component.
+    /// The sum of two squared distances: the distance from one face to the other's reflection in a
+    /// plane x = c, relative to the face size, and the distance from that plane to x = 0, relative
+    /// to the component size.
     double error;
     uint32_t face;
     uint32_t across;
@@ -267,7 +267,7 @@ TopologicalMirrorSearch::Map TopologicalMirrorSearch::BestMap(std::size_t number
     if (TrySeeds(seeds, maps)) return std::move(maps.back());
 
     // Components of the same size, ordered by the distance between their centre and the reflected
-    // centre of this one.
+    // centre of this component.
     std::vector<std::pair<double, std::size_t>> partners;
     for (std::size_t other = number + 1; other < parts.size(); ++other) {
         const Component& candidate = parts[other];

@@ -24,8 +24,8 @@ std::vector<uint32_t> AllCornersOf(const LevelMesh& level, const std::vector<uin
     return vertices;
 }
 
-/// The faces of the level below that own the vertices, and all of their children, which are faces
-/// of this level; in ascending order.
+/// Finds the faces of the level below that own the vertices, and returns all children of these
+/// faces in ascending order. The children are faces of this level.
 std::vector<uint32_t> FacesOfOwners(LevelMesh& level, const std::vector<uint32_t>& vertices) {
     const uint32_t children =
         level.Hierarchy().Level(static_cast<uint32_t>(level.Index()) - 1)->CornersPerFace();
@@ -87,8 +87,9 @@ std::vector<uint32_t> FacesAt(LevelMesh& level, const std::vector<uint32_t>& ver
     return faces;
 }
 
-// Counting identifies the vertices whose faces are all in the list: a vertex that is not from level
-// 0 has at most four faces.
+// A vertex that is not from level 0 has at most four faces. If four of its faces are in the list,
+// the list is therefore complete for this vertex; the faces of all other vertices are searched for
+// individually.
 std::vector<uint32_t> FacesAt(LevelMesh& level,
                               const IndexSet& vertices,
                               const std::vector<uint32_t>& faces) {

@@ -153,8 +153,8 @@ CoarseFaces Gather(LevelMesh& mesh, const RoleSearch& search, uint32_t corners, 
     return coarse;
 }
 
-/// Returns whether the face lists alone define a valid mesh, in which edges are identified by their
-/// two vertices.
+/// Returns whether the face lists define a valid mesh even if an edge is identified only by its two
+/// vertices.
 bool IsMesh(const CoarseFaces& coarse, JobControl* job) {
     PolygonMesh polygons;
     polygons.positions.resize(coarse.fineVertices.size());

@@ -17,7 +17,8 @@ struct TROVIK_API FaceRenumbering {
     std::vector<uint8_t> turn;
 
     FaceRenumbering Inverse() const;
-    /// Returns the renumbering of the children, if each face is a quad with four children.
+    /// Returns the renumbering of the children, provided that each face is a quad with four
+    /// children.
     FaceRenumbering OfChildren() const;
     uint64_t Bytes() const { return face.capacity() * sizeof(uint32_t) + turn.capacity(); }
 };
@@ -53,9 +54,9 @@ struct CoarseFaces {
 /// Cost: O(faces log faces).
 TROVIK_API CoarseFaces FindCoarseFaces(LevelMesh& level, JobControl* job = nullptr);
 
-/// Returns the positions of a coarse level whose refinement is closest to the current positions of
-/// the fine level, by least squares over all fine vertices (conjugate gradients in double
-/// precision, with a fixed order of operations). If the fine level is an exact refinement, the
+/// Returns the positions of a coarse level whose refinement is the best least-squares fit to the
+/// current positions of all vertices of the fine level. Uses conjugate gradients in double
+/// precision, with a fixed order of operations. If the fine level is an exact refinement, the
 /// result equals its coarse level up to rounding.
 /// \param finePositions  positions of the fine level's vertices.
 /// \throw Cancelled.

@@ -28,7 +28,8 @@ void CarryAllFreeze(const LevelMesh& coarse, LevelMesh& fine, JobControl* job = 
 /// \param seen  the amounts of the coarse level at the last synchronisation, sorted.
 /// \param carried  receives the changes of the fine level, even if the function throws.
 /// \throw Cancelled.
-/// Cost: linear in the number of vertices in `seen`, plus the surroundings of those that changed.
+/// Cost: linear in the number of vertices in `seen`, plus the number of points around those that
+/// changed.
 void CarryFreezeUp(LevelMesh& coarse,
                    LevelMesh& fine,
                    const OlderValues<uint8_t>& seen,

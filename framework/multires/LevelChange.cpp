@@ -51,7 +51,7 @@ private:
     }
 
     /// Maximum number of bytes kept per vertex, so that the spare memory is small compared with the
-    /// mesh. Fixed bounds apply in addition.
+    /// mesh. The fixed bounds below also apply.
     static constexpr uint64_t sparePerVertex = 4;
     static constexpr uint64_t least = uint64_t{1} << 20;
     static constexpr uint64_t most = uint64_t{32} << 20;
@@ -82,8 +82,8 @@ LevelChange::LevelChange(LevelMesh* ofLevel)
     }
     if (LevelChange* open = level->OpenChange()) {
         open->Unlink();
-        // Another brush has an open stroke, which may be finished after this one. The history
-        // receives its step now, so that steps are undone in the reverse order of the edits.
+        // Another brush has an open stroke, which may be finished after this one. Its step is
+        // pushed to the history now, so that steps are undone in the reverse order of the edits.
         if (open->resources != resources) open->PushStep(++currentStroke);
     }
     // Reserves room in the second list first, so that a failed allocation leaves the change in

@@ -35,10 +35,10 @@ public:
     ~LevelChange() override;
 
     /// Restores visitStampWord in the changeLink of every vertex whose link still refers to its
-    /// record, and pushes the undo step: the pre-stroke position, normal and layer offset of each
-    /// touched vertex. Vertices whose values are bit-identical to before are omitted; if no vertex
-    /// changed, nothing is pushed. Afterwards, hidden vertices are exactly at their pre-stroke
-    /// positions.
+    /// record, and pushes the undo step, which stores the pre-stroke position, normal and layer
+    /// offset of each touched vertex. Vertices whose values are bit-identical to before are
+    /// omitted; if no vertex changed, nothing is pushed. Afterwards, hidden vertices are exactly at
+    /// their pre-stroke positions.
     ///
     /// Finish without `joinPrevious` starts a new stroke in all histories. Later steps of other
     /// meshes join only steps of that stroke, each in its own geometry's history.
@@ -65,8 +65,8 @@ public:
     /// a stroke.
     void NoteOlderPositions();
 
-    /// Returns the records of hidden vertices that are not exactly at their pre-stroke positions.
-    /// Cost: O(records) if anything is hidden.
+    /// Returns the records of those hidden vertices that are not exactly at their pre-stroke
+    /// positions. Cost: O(records) if anything is hidden.
     std::vector<uint32_t> MovedHidden() const;
     /// Restores the pre-stroke positions of these records' vertices. Unlink does so for all hidden
     /// vertices; a host that reports every change to an observer calls this first.

@@ -49,8 +49,8 @@ LevelGeometry::LevelGeometry(const PolygonMesh& polygons, JobControl* job)
 }
 
 LevelGeometry::~LevelGeometry() {
-    // Ends open strokes now. Otherwise a brush that is bound to a level would unlock the destroyed
-    // level when its stroke ends.
+    // Ends open strokes now. Otherwise, a brush that is bound to a level would unlock that level
+    // after it was destroyed.
     for (const auto& level : levels) {
         StrokeResources* holder = level->LockResources();
         if (holder != nullptr && !level->Changes().empty()) holder->EndStroke();
@@ -161,7 +161,7 @@ LevelSwitch LevelGeometry::Subdivide(uint64_t byteBudget, JobControl* job) {
     }
     levels.push_back(std::move(made));
     DropUnchanged(bound);
-    // The new level was computed from the current positions, so it is synchronised with them.
+    // The new level was computed from the current positions, so the two levels are synchronised.
     levels[bound]->Older().fromAbove.Drop();
     levels[bound]->Older().freezeFromAbove.Drop();
     bound = LevelCount() - 1;

@@ -47,8 +47,8 @@ public:
     /// Adds a level on top by one Catmull-Clark step (boundary interpolation: edge and corner) and
     /// binds it. Freeze amounts are propagated, and children of hidden faces are hidden.
     /// \param byteBudget  maximum size of the new level.
-    /// \return the state before switching to the previously highest level, for Exchange; see
-    /// SwitchLevel.
+    /// \return the state before the switch to the level that was the highest one, for use with
+    /// Exchange; see SwitchLevel.
     /// \throw HostError if the level would exceed 2^32 - 2 vertices or faces or the byte budget, or
     /// if memory accounting rejects the allocation; Cancelled. In each case, nothing has been
     /// changed or reported.
@@ -189,12 +189,12 @@ private:
     void CarryTo(uint32_t index, std::vector<CarriedLevel>& carried, JobControl* job);
     /// Reverts a switch that was cancelled before it was reported.
     void Revert(LevelSwitch& before);
-    /// Implements ApplyToLowerLevels without notifying the observers, like CarryTo.
+    /// Implements ApplyToLowerLevels and, like CarryTo, does not notify the observers.
     void ShapeLowerLevels(std::vector<CarriedLevel>& changed, JobControl* job);
     void SwapCarried(std::vector<CarriedLevel>& carried);
     void RestoreSeen(const LevelSwitch& state);
-    /// Starts to record the older state of level `index` for its neighbours, before the level can
-    /// change.
+    /// Starts to record an older state of level `index` for its neighbours. Must be called before
+    /// the level can change.
     void KeepSeen(uint32_t index);
     /// Drops the recorded state of a level that did not change.
     void DropUnchanged(uint32_t index);

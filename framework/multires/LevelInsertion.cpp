@@ -99,7 +99,7 @@ LevelGeometry::RemovedLevels LevelGeometry::RemoveLevels(bool lower,
         SurfaceAttributes ofLevel = AttributesOfLevel(*this, kept, job);
         std::unique_ptr<TopologicalMirror> mirrorOfLevel;
         if (mirror != nullptr) mirrorOfLevel = MirrorOfLevel(*mirror, *levels[kept], job);
-        // The last call that can throw Cancelled.
+        // This is the last call that can throw Cancelled.
         levels[kept]->MakeBaseTables(job);
         taken.attributes = std::exchange(attributes, std::move(ofLevel));
         if (mirror != nullptr) taken.mirror = std::exchange(mirror, std::move(mirrorOfLevel));

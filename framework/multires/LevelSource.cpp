@@ -109,8 +109,8 @@ std::array<float, 3> LevelSource::Position(std::uint32_t vertex) const {
     return Placed(level.Position(vertex));
 }
 
-// A single layer stores the exact rest position. With several layers, the offsets are subtracted
-// from the current position.
+// If a single layer has an entry for the vertex, that layer stores the exact rest position. If
+// there are several, their offsets are subtracted from the current position.
 std::array<float, 3> LevelSource::BasePosition(std::uint32_t vertex) const {
     Vector base = level.Position(vertex);
     const SculptLayer* only = nullptr;

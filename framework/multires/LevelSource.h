@@ -17,8 +17,8 @@ namespace trovik {
 /// and the layers.
 ///
 /// The UV list of a level above 0 has one entry per grid point of each quad of the lowest quad
-/// level (level 0, or level 1 above triangles), row by row. Memory: proportional to the size of
-/// level 0, plus 4 bytes per vertex that a layer touches.
+/// level (level 0, or level 1 if level 0 has triangles), row by row. Memory: proportional to the
+/// size of level 0, plus 4 bytes per vertex that a layer touches.
 class TROVIK_API LevelSource : public MeshSource {
 public:
     struct Options {
@@ -44,7 +44,7 @@ public:
         const std::function<void(const std::vector<std::array<float, 2>>&)>& take) const override;
 
 private:
-    /// The values are u, v, red, green, blue and alpha.
+    /// Number of attribute values: u, v, red, green, blue and alpha.
     static constexpr std::size_t valueCount = 6;
     using Values = std::array<float, valueCount>;
 
@@ -52,7 +52,7 @@ private:
     std::array<float, 3> PlacedNormal(std::uint32_t vertex) const;
     void AddLayers();
     Values BaseValues(std::uint32_t vertex) const;
-    /// Calls `take(values)` for each vertex of the level, in order.
+    /// Calls `take(values)` with the attribute values of each vertex of the level, in order.
     template <typename Take>
     void ForEachValue(Take take) const;
     /// Reads the UVs of a face of level 0.

@@ -136,7 +136,7 @@ void LevelGeometry::KeepSeen(uint32_t index) {
         older.freezeFromBelow.Keep();
     }
     if (open == nullptr) return;
-    // The neighbours are synchronised with the positions that the stroke has reached so far.
+    // The neighbours are synchronised with the current positions of the unfinished stroke.
     for (uint32_t i = 0; i < open->Records().fill; ++i) {
         const uint32_t vertex = open->Records().array[i].vertexIndex;
         older.NotePosition(vertex, level.Position(vertex));
@@ -161,7 +161,7 @@ void LevelGeometry::CarryUp(uint32_t index, std::vector<CarriedLevel>& carried, 
     const LayerStack::Layers ofFine = layers->OfLevel(fine);
     if (!ofFine.empty())
         turned = std::make_shared<RotatedLayers>(fine, ofFine, layers->LayerBaseOf(fine));
-    // The changes come from the level below, so it needs no record of them.
+    // The changes come from the level below, so that level needs no record of them.
     fine.Older().fromBelow.Drop();
     CarriedLevel& one = carried.emplace_back();
     try {

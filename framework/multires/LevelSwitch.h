@@ -80,8 +80,8 @@ struct LevelSwitch {
     }
 };
 
-/// Work done by the propagation of changes since counting began. It scales with the size of the
-/// changes, not with the size of the level.
+/// Work done by the propagation of changes since counting began. The counts depend on the size of
+/// the changes, not on the size of the level.
 struct CarryCounts {
     /// Number of points that were refined, each for two states.
     uint64_t refined = 0;

@@ -14,7 +14,7 @@ namespace trovik {
 
 namespace {
 
-/// Sums over the surroundings of a coarse vertex, in both states.
+/// Sums over the points around a coarse vertex, in both states.
 struct TwoSums {
     RunningSum before;
     RunningSum after;
@@ -94,8 +94,8 @@ private:
         }
     }
 
-    // An outer edge of the faces around the region is treated as a border edge. Neither the edge
-    // nor its endpoints belong to the region.
+    // The outer edges of the faces around the region are treated as border edges. Neither these
+    // edges nor their endpoints belong to the region.
     void RefineBorder(const FacePoints& face) {
         for (uint32_t side = 0; side < region.corners; ++side) {
             if (edges[face.edge[side]] == isClosed) continue;

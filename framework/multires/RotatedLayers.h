@@ -12,9 +12,9 @@ namespace trovik {
 
 /// Layer data of the vertices that move because the level below changed. The layer base moves with
 /// the surface as a vertex without layers would. Every offset rotates with the detail of its
-/// vertex, regardless of the layer's strength and visibility. Hiding a layer after the change
-/// therefore gives the same result, bit for bit, as propagating the change without the layer, and
-/// showing it again restores the previous positions exactly.
+/// vertex, regardless of the layer's strength and visibility. The result of hiding a layer after
+/// the change is therefore bit-identical to that of propagating the change without the layer, and
+/// showing the layer again restores the previous positions exactly.
 ///
 /// A rotated offset keeps its length, up to single-precision rounding.
 ///

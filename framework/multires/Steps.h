@@ -8,14 +8,14 @@
 #include <vector>
 
 /// \file
-/// Undo steps for operations other than strokes. The caller pushes them to the history. Strokes
-/// create and push their own steps (LevelChange).
+/// Creates undo steps for operations other than strokes. The caller pushes them to the history.
+/// Strokes create and push their own steps (LevelChange).
 namespace trovik {
 
-/// Binds a different level and returns the undo step, which is not pushed yet. Undo binds the level
-/// that was bound before, and restores the exact position, normal and freeze amount of every vertex
-/// to which changes were propagated. Redo restores the propagated values. The undo steps of the
-/// functions below do the same.
+/// Binds a different level and returns the undo step, which is not pushed yet. Undo binds the
+/// previously bound level, and restores the exact position, normal and freeze amount of every
+/// vertex to which changes were propagated. Redo restores the propagated values. The undo steps of
+/// the functions below do the same.
 ///
 /// All of these functions throw Cancelled if the job is cancelled; the geometry is then unchanged.
 ///
@@ -27,7 +27,7 @@ TROVIK_API std::unique_ptr<UndoStep> BindLevelAsStep(LevelGeometry& geometry,
                                                      JobControl* job = nullptr);
 
 /// Subdivides and returns the undo step, which is not pushed yet. Undo removes the new level and
-/// binds the level that was bound before; the step keeps the new level for redo.
+/// binds the previously bound one; the step keeps the new level for redo.
 /// \throw HostError under the same conditions as Subdivide.
 TROVIK_API std::unique_ptr<UndoStep> SubdivideAsStep(
     LevelGeometry& geometry,

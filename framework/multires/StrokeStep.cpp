@@ -51,8 +51,8 @@ std::unique_ptr<StrokeStep> StrokeStep::FromChange(const LevelChange& change) {
                     layer->SwapState(record.layerSlot, seen);
                 }
             }
-            // If adding a record failed after its slot was reserved, there is a second entry for
-            // it.
+            // If a record could not be added after its slot had been reserved, there is a second
+            // entry for it.
             while (before != change.layerBefore.end() && before->record == i) ++before;
         }
         if (changed) step->Add(record);

@@ -16,8 +16,8 @@ namespace trovik {
 /// redo restores each state exactly. Memory: 22 bytes per vertex, or 62 with a layer.
 ///
 /// The step belongs to the level on which it was recorded. If another level is bound, Apply first
-/// binds that level. BindLevel may propagate changes of coarser levels into this level; the
-/// vertices of the step then get the exact state that the step stores, and the other vertices keep
+/// binds that level. BindLevel may propagate changes from coarser levels to this level. The
+/// vertices of the step then get the exact state that the step stores, and all other vertices keep
 /// the propagated values. Hosts that record each level switch as a separate step (BindLevelAsStep)
 /// avoid this case; their undo is exact across levels, too.
 class TROVIK_API StrokeStep : public UndoStep {

@@ -34,7 +34,7 @@ struct CommandInput {
     Recorded recorded = BeforeCommand;
 };
 
-/// Command properties that scripts, the journal and interactive clients need.
+/// The properties of a command that scripts, the journal and interactive clients need.
 struct CommandTraits {
     /// The field of a step that contains the parameters.
     const char* name;

@@ -42,7 +42,7 @@ public:
     /// Returns the function to call after each dab.
     std::function<void()> DabProgress() const;
     void Warn(const std::string& reason) { warnings.push_back(reason); }
-    /// Adds a warning for world points that should lie on the surface but do not.
+    /// Adds a warning for world-space points that should lie on the surface but do not.
     /// \param name  the list's field name in its step.
     /// \param reach  distance within which a point counts as on the surface.
     void WarnOfFarPoints(const std::string& name, const std::vector<Vector>& points, float reach);

@@ -14,18 +14,19 @@
 #include <variant>
 #include <vector>
 
-/// \file JSON forms of command parameters. A parameter type lists its fields once, in
+/// \file JSON forms of command parameters. A parameter type lists its fields once, in a member
+/// function:
 ///
 ///     template <typename Visitor> void Fields(Visitor& visit) {
 ///         visit("radius", radius);
 ///         visit("softness", softness);
 ///     }
 ///
-/// and this function is used to read and write it, and to describe it for the schema test. A field
-/// of type std::optional may be missing; any other missing field keeps its initial value. Supported
-/// types: float, int, uint32_t, uint64_t, bool, std::string, Vector, std::nullptr_t (null), Yes
-/// (true), enumerations with EnumNames, types with Fields, and std::vector, std::array and
-/// std::variant of these. For other types, specialise FieldValue.
+/// This function is used to read and write values of the type, and to describe the type for the
+/// schema test. A field of type std::optional may be missing; any other missing field keeps its
+/// initial value. Supported types: float, int, uint32_t, uint64_t, bool, std::string, Vector,
+/// std::nullptr_t (null), Yes (true), enumerations with EnumNames, types with Fields, and
+/// std::vector, std::array and std::variant of these. For other types, specialise FieldValue.
 namespace trovik {
 
 /// The value `true`, for commands and fields that accept no other value.
@@ -125,7 +126,7 @@ struct FieldValue<T, std::enable_if_t<HasFields<T>>> {
     }
     static nlohmann::json Write(const T& value) {
         FieldsOut visit;
-        // The visitors that write do not change the value.
+        // A visitor that writes JSON does not change the value.
         const_cast<T&>(value).Fields(visit);
         return visit.object;
     }

@@ -75,7 +75,7 @@ void CommandRunner::Do(const FieldReader& step) {
         end(true);
         step.Fail(text);
     } catch (const Cancelled&) {
-        // The step did not fail: it is unfinished, as after a crash.
+        // The step did not fail, but it is unfinished, as after a crash.
         if (isJournaled) journal->CancelStep();
         throw;
     } catch (...) {

@@ -12,8 +12,7 @@
 
 namespace trovik {
 
-/// Settings for running steps: the folders of their files, their permissions, and the receiver of
-/// their progress.
+/// Settings for running steps: their file folders, their permissions, and the progress receiver.
 struct CommandOptions {
     /// The name that messages use for the steps. It is also a file path: files that steps read are
     /// searched for in its folder. The file itself need not exist.
@@ -64,14 +63,15 @@ public:
                const std::function<void(const std::function<void()>&)>& report);
     /// Passes history and journal errors to the progress receiver and to the document's observers.
     void ReportProblems();
-    /// Why the journal is not being written, in one line; empty while it is, and if none is kept.
-    /// Checks whether the file of the journal still exists. ReportProblems does not report the
-    /// failure of an interactive journal, because the program can call this at any time.
+    /// The reason why the journal is not being written, in one line; empty while it is being
+    /// written, and if there is no journal. Checks whether the file of the journal still exists.
+    /// ReportProblems does not report the failure of an interactive journal, because the program
+    /// can call JournalFailure at any time.
     std::string JournalFailure();
     /// See JournalRecorder::Resume. Has no effect while the journal is being written, or if there
     /// is no journal.
     void ResumeJournal();
-    /// Finishes the work: ends an open stroke and the journal.
+    /// Finishes the work: ends an open stroke, and then the journal.
     void Close();
 
     CommandContext& Context() { return context; }

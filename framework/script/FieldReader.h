@@ -37,7 +37,8 @@ public:
 
     /// \throw HostError "FILE: POINTER: reason".
     [[noreturn]] void Fail(const std::string& reason) const;
-    /// Throws for a value within this one. \param relative  JSON pointer relative to this value.
+    /// Like Fail, but for a value within this one.
+    /// \param relative  JSON pointer relative to this value.
     [[noreturn]] void FailAt(const std::string& relative, const std::string& reason) const;
 
 private:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The files from which a journal starts: at its beginning, after saves, and after snapshots.
+/// \file The files from which a journal starts, initially and after saves and snapshots.
 #include "framework/errors/HostError.h"
 #include "framework/nodes/PreferenceFile.h"
 #include "framework/script/JournalRecorder.h"
@@ -14,11 +14,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Setup fields on which the steps depend and that a scene does not contain.
+/// Setup fields that the steps depend on and that a scene does not contain.
 constexpr const char* setupNotInScene[] = {
     "preferences", "testMode", "memoryLimit", "undoBudget", "renderers"};
 
-/// All current preferences, because they may differ when the work is repeated.
+/// All current preferences, because they may have changed when the work is replayed.
 nlohmann::json PresentPreferences() {
     nlohmann::json values = nlohmann::json::object();
     for (const std::string& key : PreferenceKeys()) {

@@ -110,8 +110,9 @@ void JournalRecorder::EndStep(bool failed) {
         journal.EndStep(Ended(failed), history.NextLabel());
 }
 
-// A cancelled command has changed nothing except by its dabs, which recovery repeats. The commands
-// before it in the same step, and the additional strokes of mirrored sides, are not repeated.
+// A cancelled command has changed nothing except through its dabs, which recovery replays. Recovery
+// does not replay the preceding commands of the same step or the additional strokes of mirrored
+// sides.
 void JournalRecorder::CancelStep() {
     if (!journal.IsInteractive()) return;
     StepEnd end = Ended(false);

@@ -33,9 +33,9 @@ public:
     JournalRecorder& operator=(const JournalRecorder&) = delete;
 
     void BeginStep(const nlohmann::json& step);
-    /// Undoing or redoing steps that precede the recorded ones, for example steps made before a
-    /// save, cannot be replayed from the journal's base. In that case the scene is written next to
-    /// the journal, and the journal restarts from that scene.
+    /// If the step undid or redid work that precedes the recorded steps, for example work done
+    /// before a save, it cannot be replayed from the journal's base. In that case, the scene is
+    /// written next to the journal, and the journal restarts from that scene.
     void EndStep(bool failed);
     /// Records that the step was cancelled. Without JournalOptions::isInteractive, the step stays
     /// unfinished, as after a crash.
@@ -60,7 +60,7 @@ private:
                         JobControl* job) override;
     void OnSaved(const std::string& scenePath) override;
 
-    /// The path itself if the working folder does not exist.
+    /// Returns the absolute path, or the path itself if the working folder does not exist.
     static std::string Absolute(const std::string& path);
     static JournalBase MakeBase(Document& document,
                                 const nlohmann::json& setup,
@@ -76,14 +76,15 @@ private:
     StepEnd Ended(bool failed) const;
     /// The base of a journal that continues from this scene.
     JournalBase BaseFrom(const JournalFile& scene);
-    /// Keeps the file that the journal starts from if a scene is about to replace it.
+    /// Keeps a hard link to the file that the journal starts from, or a copy, if a scene is about
+    /// to replace that file.
     void KeepSource(const std::string& scenePath);
     JournalFile WriteSnapshot(JobControl* job);
     void RemoveOlderSnapshot(const std::string& before);
     /// Resets the state that refers to the previous journal.
     void ForgetPreviousJournal();
     void MarkHistory();
-    /// Whether the step undid or redid steps from before the journal's start.
+    /// Whether the current step undid or redid steps that precede the journal's start.
     bool LeftItsHistory() const;
     void EndStepBySnapshot(const StepEnd& end, const std::string& label);
 
@@ -107,7 +108,7 @@ private:
     std::vector<std::string> recordedFiles;
     /// The newest undo step when the journal started; null if there was none.
     const UndoStep* newestAtStart = nullptr;
-    /// Whether the redo history from before the journal's start still exists.
+    /// Whether the redo steps that existed when the journal started can still be redone.
     bool redoFromBefore = false;
     /// The scene file next to the journal, if the journal starts from it; otherwise empty.
     std::string snapshot;

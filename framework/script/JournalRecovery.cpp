@@ -18,7 +18,7 @@ namespace {
 /// Thrown to abort a step after its last complete dab.
 struct EndOfJournal : std::exception {};
 
-/// Counts the dabs of a step, up to a limit.
+/// Counts the dabs of a step, and aborts the step when the count reaches a limit.
 class DabCounter final : public StrokeInputListener {
 public:
     uint32_t count = 0;
@@ -108,7 +108,7 @@ private:
 
     /// Determines where the replay can start. \return the index of the first step to replay.
     std::size_t ChooseStart() {
-        // The fewer steps follow a save, the less has to be repeated.
+        // The fewer steps follow a save, the less work has to be replayed.
         const auto& saves = content.saves;
         for (auto save = saves.rbegin(); save != saves.rend(); ++save)
             if (CanStartAt(content, save->stepsBefore) &&
@@ -139,7 +139,8 @@ private:
         return save.stepsBefore;
     }
 
-    /// Checks the steps as one script and gives their fields the current names. \return the script.
+    /// Checks the steps as one script and changes old field names to the current ones.
+    /// \return the script.
     nlohmann::json CheckSteps(std::size_t first) {
         nlohmann::json script = content.base.setup;
         script["steps"] = nlohmann::json::array();

@@ -18,8 +18,8 @@ struct RecoveryOptions {
 
 /// The work recovered from a journal.
 struct RecoveredWork {
-    /// In the state that it had in the process that wrote the journal, except that an open stroke
-    /// has been ended after its last complete dab.
+    /// Its document is in the state that it had in the process that wrote the journal, except that
+    /// an open stroke has been ended after its last complete dab.
     std::unique_ptr<ScriptRunner> runner;
     JournalContent content;
     /// Number of journal steps and dabs that were replayed.
@@ -38,8 +38,8 @@ struct RecoveredWork {
 TROVIK_API RecoveredWork RedoJournal(const std::string& journalPath,
                                      const RecoveryOptions& options = {});
 
-/// Calls RedoJournal and saves the result as a scene. The journal is not changed. First checks that
-/// the scene can be written (CheckWritable).
+/// Calls RedoJournal and saves the result as a scene. The journal is not changed. Before it starts,
+/// it checks that the scene can be written (CheckWritable).
 TROVIK_API RecoveredWork RecoverJournal(const std::string& journalPath,
                                         const std::string& scenePath,
                                         const RecoveryOptions& options = {});

@@ -10,12 +10,14 @@ namespace trovik {
 
 /// Finds the files that a script reads, and determines the paths of the files that it writes.
 ///
-/// A file to read is searched for in this order; an absolute path is used unchanged:
+/// For a file to read, an absolute path is used unchanged, and a relative path is searched for in
+/// this order:
 /// 1. in the output folder, if this run has written the file;
 /// 2. in the folder of the script, or the working folder for a script from standard input;
 /// 3. in the output folder.
 ///
-/// A name to write is relative to the output folder and must stay within it.
+/// The path of a file to write is relative to the output folder and, by default, must stay within
+/// it.
 class TROVIK_API ScriptFiles {
 public:
     /// \param script  path of the script; its file need not exist.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Reports for each step of a script: its label while it runs, and its result.
+/// \file Reports each step of a script: its label while it runs, and its result.
 #include "framework/script/ScriptRunner.h"
 
 #include <algorithm>

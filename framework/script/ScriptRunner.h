@@ -36,7 +36,7 @@ struct ScriptResult {
 
 /// Runs a stroke script (described in docs/stroke-script.md): opens the mesh or scene, sets up the
 /// document and passes the steps to a CommandRunner. ScriptFiles describes which folders are
-/// searched and written.
+/// searched and which are written to.
 /// \throw HostError with one line: file, JSON pointer, reason.
 /// \throw Cancelled if its job is cancelled. Files written before an exception are kept.
 class TROVIK_API ScriptRunner {
@@ -121,7 +121,8 @@ private:
     std::unique_ptr<CommandRunner> commands;
     ScriptResult result;
     bool strict = false;
-    /// Number of strokes in the script, and number of strokes begun up to the current step.
+    /// The number of strokes in the script, and the number of strokes begun so far, including the
+    /// current step.
     std::size_t strokeCount = 0;
     std::size_t strokesBegun = 0;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Setup of a script before its first step: process, document, view and tool.
+/// \file Sets up the process, the document, the view and the tool before the first step of a
+/// script.
 #include "framework/errors/HostError.h"
 #include "framework/errors/Suggestion.h"
 #include "framework/files/MeshFiles.h"

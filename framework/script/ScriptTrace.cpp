@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Start and end of the trace of a script.
+/// \file Starts and ends the trace of a script.
 #include "framework/script/ScriptRunner.h"
 
 namespace trovik {

@@ -17,19 +17,19 @@ namespace trovik {
 /// One byte for each face: 1 if it is selected, 0 otherwise.
 using FaceChoice = std::vector<uint8_t>;
 
-/// The visible faces whose corners all have at least this mask weight.
+/// The visible faces with at least this mask weight at every corner.
 /// \param threshold  as a freeze amount, 1 to 127. Cost: O(faces).
 TROVIK_API FaceChoice FacesByMask(const LevelMesh& level, uint8_t threshold);
 
-/// The faces whose level-0 ancestor belongs to this group, including hidden faces. Cost: O(faces).
+/// All faces, visible or hidden, whose level-0 ancestor belongs to this group. Cost: O(faces).
 /// \param group  index into SurfaceAttributes::groupNames, or `none` for the faces without a group.
 TROVIK_API FaceChoice FacesOfGroup(const LevelGeometry& geometry, uint32_t group);
-/// The faces whose level-0 ancestor has this material, including hidden faces. \param material
-/// index into SurfaceAttributes::materialNames, or `none`.
+/// All faces, visible or hidden, whose level-0 ancestor has this material.
+/// \param material  index into SurfaceAttributes::materialNames, or `none`.
 TROVIK_API FaceChoice FacesOfMaterial(const LevelGeometry& geometry, uint32_t material);
 
-/// The faces of the connected component that contains this face of the bound level, including
-/// hidden faces. Cost: O(faces).
+/// All faces, visible or hidden, of the connected component that contains this face of the bound
+/// level. Cost: O(faces).
 TROVIK_API FaceChoice FacesOfComponent(const LevelGeometry& geometry, uint32_t face);
 
 /// The visible faces whose corners are all within `reach` and satisfy `isInside`.

@@ -140,8 +140,8 @@ struct FreezeChoice {
 
 using FreezeParameters = std::variant<FreezeWhat, FreezeChoice>;
 
-/// Returns mask weights from 0 to 1, one for each vertex of the current level, for a selection that
-/// is not a filter.
+/// Returns the mask weights, from 0 to 1, for a selection that is not a filter: one weight for each
+/// vertex of the current level.
 std::vector<float> FreezeWeights(CommandContext& context, const FreezeChoice& choice);
 
 /// \throw FieldFault if the image cannot be read.

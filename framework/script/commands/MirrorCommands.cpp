@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Symmetry commands: "mirror" for the following strokes, "symmetrize" for the surface.
+/// \file Symmetry commands: "mirror" for subsequent strokes, "symmetrize" for the surface.
 #include "framework/script/Command.h"
 
 #include <algorithm>

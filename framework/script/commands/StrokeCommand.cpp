@@ -137,7 +137,8 @@ void Stroke(CommandContext& context, const StrokeParameters& stroke) {
     WarnIfStrokeHadNoEffect(context, stroke, before);
 }
 
-// Later steps depend on whether the stroke stays open, even if its samples are invalid.
+// The check of later steps depends on whether this stroke stays open, even if its samples are
+// invalid.
 void CheckStroke(CommandContext& context,
                  const FieldReader& from,
                  const CommandEntry::Report& report) {
