@@ -32,8 +32,8 @@ enum LevelParts : uint32_t {
     AllParts = 127
 };
 
-/// The first format that stores, for each level, its positions as of the last update of the level
-/// below and its freeze amounts as of the last update of its neighbours. Also the first in which
+/// The first format that stores, for each level, the positions at the last update of the level
+/// below and the freeze amounts at the last update of the adjacent levels. Also the first in which
 /// the faces of the imported mesh may differ from those of level 0.
 constexpr uint32_t carriedDownFormat = 331;
 
