@@ -116,8 +116,8 @@ private:
     std::unique_ptr<DirtyPatches> dirty;
     std::vector<DisplayVertex> uploaded;
     std::unique_ptr<SeenState> seen;
-    /// Identifies the face table. It changes if another level has the same number, or if faces are
-    /// renumbered.
+    /// Identifies the face table. The pointer changes if the level is replaced by another one with
+    /// the same number, or if faces are renumbered.
     const uint32_t* faceTable = nullptr;
 };
 

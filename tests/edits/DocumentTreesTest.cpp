@@ -30,7 +30,7 @@ protected:
         document.Loop().Dab(dab);
         document.Loop().End();
     }
-    /// The number of boxes that the work recomputes in the tree of the bound level.
+    /// Returns the number of boxes that `work` recomputes in the pick tree of the bound level.
     template <typename Work>
     uint64_t Refitted(Work work) {
         const uint64_t before = document.Tree().BoxesRefitted();
@@ -39,7 +39,7 @@ protected:
     }
 
     Document document;
-    /// Leaves of 16 faces on level 4.
+    /// The number of leaves, with 16 faces each, in the pick tree of level 4.
     static constexpr uint64_t allBoxes = 8 * 8 * 16;
 };
 

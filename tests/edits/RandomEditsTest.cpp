@@ -84,7 +84,7 @@ TEST(RandomEdits, AreUndoneAndRedoneBitExactly) {
         RandomEdits edits(random);
         LevelGeometry& geometry = edits.Geometry();
         UndoHistory& history = geometry.History();
-        // Steps are stored in every form: plain, packed, tightly packed, in a file.
+        // Steps are stored in every form: unpacked, packed, tightly packed, and in a file.
         history.SetKeeping({random.OneOf({uint64_t{0}, uint64_t{4096}}), random.Below(20)});
         const bool inFile = random.Chance(0.3f);
         if (inFile) {

@@ -188,7 +188,7 @@ TEST(Multires, InnerVertexMovesByItsWeightOfASingleFineMove) {
         << "the copy of the moved vertex";
     EXPECT_EQ(geometry.Bound()->Position(13), Vector(3, 2, 0));
     geometry.BindLevel(1);
-    // A border corner moves with its fine vertex; any other border vertex moves by half.
+    // A border corner moves as far as its fine vertex; any other border vertex moves half as far.
     fine.SetPosition(0, {0, 0, 1});
     fine.SetPosition(2, fine.Position(2) + Vector(0, 0, 1));
     geometry.BindLevel(0);

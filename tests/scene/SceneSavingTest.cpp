@@ -48,7 +48,7 @@ TEST(SceneSaving, KeepsTheOldSceneWhicheverAllocationIsRefused) {
         RefuseAllocation(0);
         if (!cameSoFar) break;
         ASSERT_EQ(folder.FileCount(), files) << number;
-        // A failed allocation is not an error if saving can do without it, for example the
+        // A failed allocation is not an error if saving can succeed without it, for example the
         // allocation of a message.
         if (message.empty()) {
             folder.Fill("scene.trovik", "old");

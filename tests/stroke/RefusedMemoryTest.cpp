@@ -55,7 +55,8 @@ void ExpectRefusal(Action action) {
 class RefusedPair : public testing::Test {
 protected:
     ~RefusedPair() override { brush.EndStroke(); }
-    /// Expects that the pair of `other` was not stored: there is neither a change nor a binding.
+    /// Expects that the mesh/change pair of `other` was not stored: `other` has neither a change
+    /// nor a binding.
     void ExpectUnbound(FakeGeometry& other) {
         EXPECT_EQ(brush.mesh, nullptr);
         ASSERT_EQ(log.size(), 3u);

@@ -118,8 +118,8 @@ TEST_F(Sampling, SmallBrushReadsTheFourCornersOfTheCell) {
 
 TEST_F(Sampling, NormalsAreWeightedByDistance) {
     Open(3);
-    // The centre is exactly at the corner (6, 5), whose weight is 1. The other weights follow from
-    // the distances.
+    // The centre coincides with corner (6, 5), which therefore has a weight of 1. The other weights
+    // follow from the distances.
     const Vector centre(1.5f, 1.25f, 0.0f);
     const SurfacePoint hit = HitCell(6, 5, 0, 1.0f, centre);
     Mesh().vertexNormals.array[VertexAt(6, 5)] = {32767, 0, 0, 0};

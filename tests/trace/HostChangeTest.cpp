@@ -231,8 +231,8 @@ protected:
                     reader.Replace(ReadState(At("before/m0")));
                     hasState = true;
                 }
-                // The mirrored sides are settled immediately before the call, but the trace reports
-                // this immediately after it.
+                // The symmetry is settled immediately before the call, but the trace reports it
+                // immediately after the call.
                 const bool settles =
                     i + 1 < trace.size() && trace[i + 1]["call"] == "SettleSymmetry";
                 if (hasState && !settles) ExpectSame(reader.Present(), witness.before[call], what);

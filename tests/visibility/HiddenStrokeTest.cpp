@@ -121,7 +121,8 @@ TEST(HiddenStroke, NegativeZerosOfHiddenVerticesKeepTheirSign) {
 
 TEST(HiddenStroke, NormalsAtTheBorderFollowTheSurface) {
     StrokeFixture bench(SphereQuads(3), 1);
-    // The strength is low, because brush and host weight the faces around a vertex differently.
+    // The strength is low, because the brush and the host weight the faces around a vertex
+    // differently.
     bench.Activate(Tool::Sculpt, FalloffIndexOf("smooth"));
     LevelMesh& level = bench.Mesh();
     FaceChoice chosen(level.faceCount);

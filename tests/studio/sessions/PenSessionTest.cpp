@@ -51,7 +51,7 @@ nlohmann::json CameraOf(const CameraInput& camera) {
             {"height", viewportSize.height()}};
 }
 
-/// The hash of the scene after a script has drawn a stroke on the bust, with the view of the
+/// The hash of the scene after a script has drawn a stroke on the bust, using the same view as the
 /// sessions.
 ContentHash HashOfScript(StudioSession& session, nlohmann::json stroke) {
     stroke["path"]["interactive"] = true;
