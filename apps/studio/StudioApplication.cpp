@@ -338,7 +338,7 @@ void StudioApplication::OpenFirst() {
 
 void StudioApplication::Start() {
     window->show();
-    // Before a file is opened that the work may have started from.
+    // Offers recovery before opening a file, because the lost work may have started from that file.
     if (MayAsk())
         FindRecovery();
     else

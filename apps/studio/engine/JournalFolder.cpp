@@ -98,8 +98,9 @@ void RemoveRecovered(const std::string& journalPath) {
     RemoveFilesOf(journalPath, [&](const fs::path& file) { return file == scene; });
 }
 
-// Another process can recover or start a journal at the same time. The journals that exist at the
-// beginning keep their companions, even if they are renamed meanwhile, and are read after that.
+// Another process can recover or start a journal at the same time. Therefore, the journals that
+// exist at the beginning keep their companion files even if they are renamed meanwhile, and
+// journals are read only after the folder was first listed.
 void RemoveLeftovers(const std::string& folder) {
     const std::vector<fs::path> files = FilesIn(folder);
     std::map<std::string, std::vector<fs::path>> companions;

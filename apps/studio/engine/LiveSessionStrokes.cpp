@@ -165,8 +165,8 @@ void LiveSession::FinishStroke() {
     SelectToolBefore();
 }
 
-// The sides that were applied are one undo step with the stroke. The stroke is not in the list of
-// actions, so redoing it would have no counterpart in a replay.
+// The sides that were applied belong to the same undo step as the stroke. The stroke is not in the
+// list of actions, so redoing it would have no counterpart in a replay.
 void LiveSession::RevertUnfinishedMirrors() {
     trovik::Document& document = GetDocument();
     if (NewestUndoStep() != newestBefore) runner.Do({{"undo", 1}}, actions->StepCount());

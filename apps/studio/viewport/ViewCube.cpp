@@ -44,7 +44,7 @@ struct Axes {
         for (float& value : matrix.m[3]) value = 0.0f;
     }
     Vector Row(int row) const { return {matrix.m[row][0], matrix.m[row][1], matrix.m[row][2]}; }
-    /// Cube coordinates to pixels from the centre, y down.
+    /// Converts cube coordinates to pixels, measured from the centre with y down.
     QPointF ToPixel(const Vector& p) const {
         return {(p | Row(0)) * halfEdge, -(p | Row(1)) * halfEdge};
     }
