@@ -37,11 +37,11 @@ int main(int argc, char** argv) {
     const int result = QApplication::exec();
     if (const auto* watchdog = qobject_cast<UiWatchdogApplication*>(application.get()))
         std::fprintf(stderr,
-                     "trovik-studio: longest event %.2f ms (%s), %llu of %llu over %.0f ms\n",
+                     "trovik-studio: longest event %.2f ms, %llu of %llu over %.0f ms\n%s\n",
                      watchdog->Times().longest,
-                     qPrintable(watchdog->Times().longestEvent),
                      static_cast<unsigned long long>(watchdog->Times().overLimit),
                      static_cast<unsigned long long>(watchdog->Times().events),
-                     UiWatchdogApplication::limitMilliseconds);
+                     UiWatchdogApplication::limitMilliseconds,
+                     qPrintable(watchdog->Times().late.join(u'\n')));
     return result;
 }

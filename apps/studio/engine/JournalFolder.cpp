@@ -70,6 +70,32 @@ bool IsIncomplete(const fs::path& file) {
 
 }  // namespace
 
+bool IsChange(const JournalStep& step) {
+    if (!step.step.is_object()) return step.dabs > 0;
+    for (const auto& [name, value] : step.step.items())
+        if (name != "tool" && name != "set" && name != "camera") return true;
+    return false;
+}
+
+std::optional<std::size_t> SavedSteps(const JournalContent& content) {
+    if (content.saves.empty()) return std::nullopt;
+    const JournalSave& newest = content.saves.back();
+    try {
+        if (HashFile(newest.scene.path) == newest.scene.content) return newest.stepsBefore;
+    } catch (const HostError&) {
+        // The scene was moved or removed, so the journal is the only record.
+    }
+    return std::nullopt;
+}
+
+bool HasUnsavedWork(const JournalContent& content, std::optional<std::size_t> saved) {
+    // A scene that belongs to a journal, and not to the user: recovered work, or a snapshot.
+    const std::string source = fs::path(content.base.source).filename().string();
+    if (!saved && source.find(".journal.") != std::string::npos) return true;
+    const auto first = content.steps.begin() + static_cast<std::ptrdiff_t>(saved.value_or(0));
+    return std::any_of(first, content.steps.end(), IsChange);
+}
+
 std::string NewJournalPath(const std::string& folder) {
     static unsigned count = 0;
     const std::string name =
@@ -122,8 +148,8 @@ void RemoveLeftovers(const std::string& folder) {
         for (const fs::path& file : FilesIn(folder)) {
             if (JournalOf(file) != file.string() || IsIncomplete(file)) continue;
             const JournalContent content = ReadJournal(file.string(), true);
-            const bool isOver =
-                content.isClosed && FileLock(file.string()).State() != FileLock::Result::Busy;
+            const bool isOver = FileLock(file.string()).State() == FileLock::Result::Locked &&
+                                (content.isClosed || !HasUnsavedWork(content, SavedSteps(content)));
             if (isOver)
                 present.erase(file.string());
             else

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 
 /// \file
@@ -11,7 +13,20 @@
 ///   copies of replaced files; see docs/journal.md
 /// - NAME.journal.trovik: the recovered work, from which the next journal starts
 /// - NAME.journal.recovered: the journal after its work was recovered
+namespace trovik {
+struct JournalContent;
+struct JournalStep;
+}  // namespace trovik
+
 namespace trovik::studio {
+
+/// Whether a step may have changed the sculpture: tools, settings and cameras do not count.
+bool IsChange(const JournalStep& step);
+/// The number of steps that the newest saved scene contains; nothing if there is no such scene, or
+/// its file has changed since. Cost: reads that file.
+std::optional<std::size_t> SavedSteps(const JournalContent& content);
+/// Whether a journal contains work that is in no file of the user. \param saved  from SavedSteps.
+bool HasUnsavedWork(const JournalContent& content, std::optional<std::size_t> saved);
 
 /// A path in the folder that no other journal has.
 std::string NewJournalPath(const std::string& folder);
@@ -26,9 +41,9 @@ void RemoveJournal(const std::string& journalPath);
 /// Removes what is left of a recovered journal after the recovered work was saved, except for the
 /// recovered scene, from which the journal of the current work starts.
 void RemoveRecovered(const std::string& journalPath);
-/// Removes companions of journals that no longer exist, and journals that were closed. Keeps the
-/// files from which any other journal starts, and everything if a journal cannot be read. Cost:
-/// reads all journals.
+/// Removes journals that were closed or contain no unsaved work, unless a process is writing them,
+/// and companions of journals that do not exist. Keeps the files from which any other journal
+/// starts, and everything if a journal cannot be read. Cost: reads all journals.
 void RemoveLeftovers(const std::string& folder);
 
 }  // namespace trovik::studio

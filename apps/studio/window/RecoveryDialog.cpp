@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "window/RecoveryDialog.h"
 
-#include "framework/errors/HostError.h"
+#include "engine/JournalFolder.h"
 #include "framework/io/FileLock.h"
 #include "framework/journal/JournalContent.h"
 
@@ -17,16 +17,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// Whether a step may have changed the sculpture. Tools, settings and cameras are not worth
-/// listing.
-bool IsChange(const JournalStep& step) {
-    if (!step.step.is_object()) return step.dabs > 0;
-    for (const auto& [name, value] : step.step.items())
-        if (name != "tool" && name != "set" && name != "camera") return true;
-    return false;
-}
-
-/// A row of the step list: the label of the corresponding undo step, or the step's field names.
+/// A line of the list of steps: the label of the step's undo step, or the names of its fields.
 QString StepText(const JournalStep& step) {
     QString text = QString::fromStdString(step.label);
     if (text.isEmpty() && step.step.is_object()) {
@@ -41,18 +32,6 @@ QString StepText(const JournalStep& step) {
     return text;
 }
 
-/// Number of steps that the newest saved scene contains.
-std::size_t SavedSteps(const JournalContent& content) {
-    if (content.saves.empty()) return 0;
-    const JournalSave& newest = content.saves.back();
-    try {
-        if (HashFile(newest.scene.path) == newest.scene.content) return newest.stepsBefore;
-    } catch (const HostError&) {
-        // The scene was moved or removed, so the journal is the only record.
-    }
-    return 0;
-}
-
 RecoverableWork Describe(const QFileInfo& file) {
     RecoverableWork work;
     work.journalPath = file.absoluteFilePath();
@@ -63,11 +42,11 @@ RecoverableWork Describe(const QFileInfo& file) {
         const JournalContent content = ReadJournal(work.journalPath.toStdString(), true);
         if (content.isClosed) work.problem = QStringLiteral("closed");
         work.source = QString::fromStdString(content.base.source);
-        for (std::size_t i = SavedSteps(content); i < content.steps.size(); ++i)
+        const std::optional<std::size_t> saved = SavedSteps(content);
+        for (std::size_t i = saved.value_or(0); i < content.steps.size(); ++i)
             if (IsChange(content.steps[i])) work.steps.append(StepText(content.steps[i]));
-        // A journal that was restarted from a snapshot holds unsaved work without any step.
-        if (work.steps.isEmpty() && work.source.startsWith(work.journalPath))
-            work.steps.append(RecoveryDialog::tr("Work before the last undo or redo"));
+        if (work.steps.isEmpty() && HasUnsavedWork(content, saved))
+            work.steps.append(RecoveryDialog::tr("Work from before the start of the journal"));
     } catch (const std::exception& error) {
         work.problem = QString::fromUtf8(error.what());
     }

@@ -5,6 +5,7 @@
 #include <QEvent>
 #include <QThread>
 
+#include <algorithm>
 #include <chrono>
 #include <ctime>
 #include <sys/resource.h>
@@ -12,6 +13,8 @@
 namespace trovik::studio {
 
 namespace {
+
+constexpr uint64_t maxLateEvents = 20;
 
 double ThreadMilliseconds() {
     timespec now{};
@@ -69,6 +72,7 @@ bool UiWatchdogApplication::notify(QObject* receiver, QEvent* event) {
     const bool isPainting = IsPainting(type) || (isInner && frames.back().isPainting);
     // The receiver and the event may be deleted by the call.
     const char* const className = receiver->metaObject()->className();
+    const QString name = receiver->objectName();
     frames.push_back({isPainting});
     const BusyTimer timer;
     const bool isAccepted = QApplication::notify(receiver, event);
@@ -80,13 +84,12 @@ bool UiWatchdogApplication::notify(QObject* receiver, QEvent* event) {
     } else if (!isPainting && !frame.hasEventLoop) {
         ++times.events;
         const double counted = busy - frame.painting;
-        if (counted > limitMilliseconds) ++times.overLimit;
-        if (counted > times.longest) {
-            times.longest = counted;
-            times.longestEvent = QStringLiteral("%1, event type %2")
-                                     .arg(QLatin1String(className))
-                                     .arg(static_cast<int>(type));
-        }
+        times.longest = std::max(times.longest, counted);
+        if (counted > limitMilliseconds && ++times.overLimit <= maxLateEvents)
+            times.late.append(QStringLiteral("%1 %2, event type %3: %4 ms")
+                                  .arg(QLatin1String(className), name)
+                                  .arg(static_cast<int>(type))
+                                  .arg(counted, 0, 'f', 2));
     }
     return isAccepted;
 }

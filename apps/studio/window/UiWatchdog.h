@@ -2,7 +2,7 @@
 #pragma once
 
 #include <QApplication>
-#include <QString>
+#include <QStringList>
 
 #include <cstdint>
 #include <vector>
@@ -14,8 +14,9 @@ struct UiBusyTimes {
     /// Time that the thread was computing or waiting, in milliseconds. Time for which the system
     /// ran other threads instead is not counted.
     double longest = 0.0;
-    /// Class of the receiver and number of the event type.
-    QString longestEvent;
+    /// The first events that took longer than the limit, at most 20: class and name of the
+    /// receiver, number of the event type, and time.
+    QStringList late;
     /// Events that took longer than UiWatchdogApplication::limitMilliseconds.
     uint64_t overLimit = 0;
     uint64_t events = 0;

@@ -27,11 +27,16 @@ protected:
         for (const char* name : names) std::ofstream(Path(name)) << name;
     }
     /// A journal of a process that has ended.
-    void FillJournal(const char* name, const std::string& source, bool isClosed = false) const {
+    void FillJournal(const char* name,
+                     const std::string& source,
+                     bool isClosed = false,
+                     const nlohmann::json& step = {{"subdivide", 1}}) const {
         JournalBase base;
         base.setup = nlohmann::json::object();
         base.source = source;
         Journal journal({.path = Path(name)}, base);
+        journal.BeginStep(step);
+        journal.EndStep({}, "");
         if (isClosed) journal.Close();
     }
     std::set<std::string> Names() const {
@@ -45,6 +50,8 @@ protected:
 TEST_F(JournalFolder, KeepsOnlyTheFilesThatRecoveryNeeds) {
     FillJournal("open.journal", Path("before.journal.trovik"));
     FillJournal("closed.journal", "cube.obj", true);
+    FillJournal("unchanged.journal", "cube.obj", false, {{"tool", "Wax"}});
+    FillJournal("recovered.journal", Path("before.journal.trovik"), false, {{"tool", "Wax"}});
     Fill({"open.png",
           "open.journal.1.trovik",
           "open.journal.base.obj",
@@ -65,7 +72,17 @@ TEST_F(JournalFolder, KeepsOnlyTheFilesThatRecoveryNeeds) {
                                      "open.journal",
                                      "open.journal.1.trovik",
                                      "open.journal.base.obj",
-                                     "open.png"));
+                                     "open.png",
+                                     "recovered.journal"));
+}
+
+TEST_F(JournalFolder, KeepsAJournalThatAProcessIsWriting) {
+    JournalBase base;
+    base.setup = nlohmann::json::object();
+    base.source = "cube.obj";
+    const Journal journal({.path = Path("work.journal")}, base);
+    RemoveLeftovers(folder.path().toStdString());
+    EXPECT_EQ(Names().size(), 1u);
 }
 
 TEST_F(JournalFolder, KeepsEverythingIfAJournalCannotBeRead) {
