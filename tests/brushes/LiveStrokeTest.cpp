@@ -40,7 +40,7 @@ protected:
         settings.options = bench.Options(radius, spacing);
     }
 
-    /// The dabs of `draw(stroke)`, from press to release.
+    /// Returns the dabs of the stroke that `draw(stroke)` draws, from press to release.
     template <typename Draw>
     Dabs Drawn(Draw draw) {
         brush.dabs.clear();

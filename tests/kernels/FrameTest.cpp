@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file What a kernel does around its stages: work list, records, marks, grid, return value.
+/// \file Tests the parts of a kernel outside its stages: work list, records, marks, grid and return
+/// value.
 #include "framework/brushes/BrushSettings.h"
 #include "tests/kernels/KernelFixture.h"
 #include "tests/meshes/MeshZoo.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Detail that rotates with the surface, and fine changes that are propagated to the coarser
-/// levels.
+/// \file Tests that detail rotates with the surface, and that fine changes are propagated to the
+/// coarser levels.
 #include "tests/levels/GeometryState.h"
 #include "tests/levels/RotatedPoints.h"
 #include "tests/meshes/MeshZoo.h"

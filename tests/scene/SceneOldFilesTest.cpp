@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Scenes with older formats and class versions, and scenes with unknown content.
+/// \file Tests scenes with older formats and class versions, and scenes with unknown content.
 #include "framework/errors/HostError.h"
 #include "framework/mesh/LevelPositions.h"
 #include "tests/meshes/MeshZoo.h"

@@ -244,7 +244,7 @@ TEST(OpenStroke, LockIsAvailableToTheNextBrush) {
     SwiftStroke next;
     bench.Begin();
     EXPECT_FALSE(bench.Mesh().Lock(&next)) << "a stroke is running";
-    // A stroke that was abandoned without an end.
+    // Simulates a stroke that was abandoned without being ended.
     bench.brush->BeginStroke(
         &bench.Mesh(), BrushOperation::ModifierNone, BrushOperation::TriggerOther);
     bench.brush->strokeActive = false;

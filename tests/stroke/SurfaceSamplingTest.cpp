@@ -44,7 +44,7 @@ protected:
         ADD_FAILURE() << "no face at " << column << ", " << row;
         return 0;
     }
-    /// The hit in a cell. Also sets the state that a dab there would set in the brush.
+    /// Returns a hit in a cell, and sets the brush state that a dab there would set.
     SurfacePoint HitCell(
         uint32_t column, uint32_t row, uint32_t patchLevel, float radius, const Vector& centre) {
         SurfacePoint hit = bench->HitFace(FaceAt(column, row));
