@@ -276,7 +276,7 @@ void StudioApplication::WhenOpened() {
 
 void StudioApplication::FindRecovery() {
     const QString folder = StudioFolders::Journals();
-    // Reading journals can take long.
+    // Reading journals can take a long time.
     QThreadPool::globalInstance()->start([this, folder] {
         auto works = std::make_shared<std::vector<RecoverableWork>>(FindRecoverableWork(folder));
         RemoveLeftovers(folder.toStdString());

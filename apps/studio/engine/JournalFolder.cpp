@@ -52,8 +52,8 @@ void RemoveFilesOf(const std::string& journalPath,
         if (JournalOf(file) == journalPath && !isKept(file)) fs::remove(file, ignored);
 }
 
-/// Adds the names of the files that a journal needs for recovery. Names suffice to keep files, and
-/// do not depend on how the path of the folder is written.
+/// Adds the names of the files that a journal needs for recovery. Files are compared by name only,
+/// because names do not depend on how the folder's path is written.
 void AddNeeded(const JournalContent& content, std::set<std::string>& needed) {
     const auto add = [&](const std::string& path) {
         needed.insert(fs::path(path).filename().string());

@@ -107,7 +107,8 @@ void LiveSession::Tick(double milliseconds) {
     Stroke([&] {
         if (isReleased || strokePoints.empty() || milliseconds <= strokePoints.back().milliseconds)
             return;
-        // A tick would apply all pending dabs at once; the next tick covers the skipped time.
+        // A tick now would apply all pending dabs at once; the next tick makes up for the skipped
+        // time.
         if (hasBacklog) return;
         // Recorded as a repetition of the last sample at this time.
         PenPoint resting = strokePoints.back();

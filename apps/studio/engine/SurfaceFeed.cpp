@@ -9,7 +9,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// Threads for packing, including the engine thread.
+/// Number of threads used for packing, including the engine thread.
 constexpr unsigned packingThreads = 2;
 
 }  // namespace

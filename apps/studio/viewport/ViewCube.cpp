@@ -52,7 +52,8 @@ struct Axes {
     Matrix matrix;
 };
 
-/// -1, 0 or 1 per axis: which face, edge or corner a point on the cube belongs to.
+/// Returns -1, 0 or 1 per axis, which identifies the face, edge or corner that a point on the cube
+/// belongs to.
 Vector PartAt(const Vector& point) {
     const auto part = [](float value) {
         return value > edgeStart ? 1.0f : value < -edgeStart ? -1.0f : 0.0f;
