@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Live strokes: dabs are applied as soon as they are final, and are bit-identical to those
-/// of the recorded stroke.
+/// \file Tests that live strokes apply dabs as soon as they are final, and that these are
+/// bit-identical to those of the recorded stroke.
 #include "framework/errors/HostError.h"
 #include "framework/script/PenStream.h"
 #include "framework/strokes/LiveStroke.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The command from the user's point of view: exit status, one-line error messages, and the
-/// files that it writes.
+/// \file Tests the command from the user's point of view: exit status, one-line error messages, and
+/// the files that it writes.
 #include "tests/cli/CommandRun.h"
 
 namespace trovik::test {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Ctrl-C and SIGTERM during long operations: one line of output, the exit status that shells
-/// expect, and unchanged files.
+/// \file Tests that Ctrl-C and SIGTERM during long operations lead to one line of output, the exit
+/// status that shells expect, and unchanged files.
 #include "tests/cli/CommandRun.h"
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Updates of a document's pick trees when the surface is changed by means other than dabs.
+/// \file Tests how a document's pick trees are updated when the surface is changed by anything
+/// other than dabs.
 #include "framework/document/Document.h"
 #include "framework/strokes/DabAtHit.h"
 #include "tests/edits/ReportedCopy.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Random edits on random meshes: strokes of the brush, masks, hidden faces, layers, levels,
+/// \file Makes random edits on random meshes: brush strokes, masks, hidden faces, layers, levels,
 /// transforms. Undoing to the start and redoing to the end restores every bit at both ends and at
 /// each step in between. The default run is short; TROVIK_RANDOM_EDITS sets the number of edits.
 #include "framework/layers/LayerStack.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The final stage of every reader: degenerate faces are removed, and equal UVs are merged.
+/// \file Tests the final stage of every reader, which removes degenerate faces and merges equal
+/// UVs.
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/files/MeshImport.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The visiting orders that make a replay repeatable, compared with walks that implement the
-/// rules directly on the corners of the faces.
+/// \file Compares the visiting orders, on which repeatable replays depend, with walks that
+/// implement the rules directly on the corners of the faces.
 #include "framework/math/SameBits.h"
 #include "framework/multires/LevelGeometry.h"
 #include "tests/meshes/MeshZoo.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Saving when memory runs out: the old scene is unchanged, and no other file is left.
+/// \file Tests that saving without enough memory leaves the old scene unchanged and leaves no other
+/// file.
 #include "framework/errors/HostError.h"
 #include "framework/io/DiskCalls.h"
 #include "tests/scene/AllocationCount.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Strokes that continue from one mesh to another.
+/// \file Tests strokes that continue from one mesh to another.
 #include "tests/fixture/StrokeFixture.h"
 #include "tests/stroke/FakeMesh.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Strokes whose brush or mesh is destroyed before they end, and operations that the host
-/// rejects until then.
+/// \file Tests strokes whose brush or mesh is destroyed before they end, and operations that the
+/// host rejects until then.
 #include "framework/errors/HostError.h"
 #include "framework/multires/LevelChange.h"
 #include "framework/multires/Steps.h"

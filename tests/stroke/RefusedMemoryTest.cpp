@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Failed allocations during a stroke, and the invariants that still hold between dabs.
+/// \file Makes allocations fail during a stroke, and checks the invariants that still hold between
+/// dabs.
 #include "framework/multires/LevelChange.h"
 #include "tests/fixture/Triangles.h"
 #include "tests/memory/MemoryLimit.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Changes by the host between calls, as reconstructed by a trace reader.
+/// \file Tests that a trace reader can reconstruct changes by the host between calls.
 #include "framework/document/DocumentStroke.h"
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
