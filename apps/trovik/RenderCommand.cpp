@@ -31,9 +31,9 @@ struct RenderArguments {
     std::string mesh;
     std::string picture;
     unsigned levels = 0;
-    /// Three numbers each, or empty if not given.
+    /// Each list has three numbers, or is empty if the option is not given.
     std::vector<float> from, eye, target, up;
-    /// 0 if not given.
+    /// 0 if the option is not given.
     float fieldOfView = 0.0f;
     std::string shading;
     /// 0 for a single image.

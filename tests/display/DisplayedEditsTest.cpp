@@ -36,7 +36,8 @@ struct SeenState {
     std::vector<uint8_t> faceFlags;
 };
 
-/// The uploaded vertices of one geometry's bound level, updated from change reports.
+/// A copy of the vertices of a geometry's bound level, as uploaded to a GPU, that is updated from
+/// change reports.
 class Display {
 public:
     explicit Display(LevelGeometry& shown) : geometry(shown) { Reset(); }

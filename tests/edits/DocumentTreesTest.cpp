@@ -191,7 +191,7 @@ private:
 TEST_F(DocumentTrees, ATreeThatIsBuiltLaterFollowsBeforeTheObserversOfTheDocument) {
     BoxChecker checker(document);
     document.AddObserver(checker);
-    // Its tree is built here, after the document has begun to observe the geometry.
+    // Binding level 2 builds its pick tree, after the document has begun to observe the geometry.
     document.BindLevel(2);
     for (int i = 0; i < 3; ++i) Stroke({1.0f + static_cast<float>(i), 4.0f, 0.0f}, 1.5f);
     const int ofStrokes = checker.checks;

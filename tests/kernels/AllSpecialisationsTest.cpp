@@ -106,7 +106,7 @@ struct KernelState {
         brush.EndStroke();
     }
 
-    /// All data that a kernel may have written.
+    /// Returns all data that a kernel may have written.
     std::vector<uint8_t> Bytes(bool reached) const {
         std::vector<uint8_t> bytes;
         Add(bytes, mesh.vertices.array, mesh.VertexCount());

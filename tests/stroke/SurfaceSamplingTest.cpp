@@ -58,7 +58,7 @@ protected:
         b.setRadius(radius);
         return hit;
     }
-    /// Vertices that have records, as (column, row).
+    /// Returns the vertices that have records, as (column, row).
     std::set<std::pair<int, int>> Touched() {
         std::set<std::pair<int, int>> touched;
         const MeshChange& change = *Brush().CurrentChange();
@@ -184,7 +184,7 @@ TEST_F(Sampling, OpenBorderIsSampledRepeatedly) {
     const Vector centre(0.1f, 0.1f, 0.0f);
     const SurfacePoint hit = HitCell(0, 0, 2, 1.3f, centre);
     Brush().SamplePlane(hit);
-    // Each arm takes three steps, but the arms towards the border stay at (0, 0) and (0, 1).
+    // Each arm takes three steps, but the arms towards the border cannot leave (0, 0) and (0, 1).
     EXPECT_EQ(Touched(),
               (std::set<std::pair<int, int>>{
                   {0, 0}, {1, 0}, {2, 0}, {3, 0}, {1, 1}, {1, 2}, {1, 3}, {0, 1}}));

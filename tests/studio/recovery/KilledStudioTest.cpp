@@ -45,7 +45,7 @@ std::string BitsOf(trovik::Document& document) {
 
 struct EndOfWork : std::exception {};
 
-/// Throws after a number of dabs.
+/// Ends a replay by throwing after a given number of dabs.
 class DabLimit final : public StrokeInputListener {
 public:
     explicit DabLimit(uint32_t dabs) : left(dabs) {}
