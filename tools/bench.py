@@ -4,16 +4,20 @@
 
     bench.py run BUILD OUT [FILTER]   writes all figures to OUT/bench.json and OUT/bench.txt
     bench.py check BUILD RECORDED     measures and compares the ratios with the recorded ones
-    bench.py record BUILD RECORDED    measures and records the ratios
+    bench.py record BUILD RECORDED [PROGRAM ...]
+                                      measures and records the ratios of all programs or of these:
+                                      stroke-bench, document-bench, display-bench, trovik-ladder
 
-BUILD is the folder of an optimised build. Times are CPU times, the minimum of several runs.
-Compare ratios of times from one run instead of times, because the machine may be busy.
+BUILD is the folder of an optimised build. Times are processor times, those of document-bench
+wall-clock times: the minimum of several runs, which the ratios use, and the median. Compare ratios
+of times of one run rather than times, because the machine may be busy.
 """
 import json
 import os
 import pathlib
 import platform
 import re
+import statistics
 import subprocess
 import sys
 import tempfile
@@ -43,27 +47,30 @@ def run_program(build, name, wanted, options=()):
 
 
 def run_repeated(build, program, wanted=".", repetitions=REPETITIONS):
-    """Returns the nanoseconds and covered vertices of each benchmark, by name."""
+    """Nanoseconds (minimum and median) and covered vertices of each benchmark, by name."""
     unit = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
-    found = {}
+    found, times = {}, {}
     options = [f"--benchmark_repetitions={repetitions}", "--benchmark_min_time=0.05",
                "--benchmark_enable_random_interleaving=true"]
     for row in run_program(build, program, wanted, options):
         name = row["run_name"]
-        time = row["cpu_time"] * unit[row["time_unit"]]
-        if name not in found or time < found[name]["ns"]:
-            found[name] = {"ns": time, "vertices": row.get("vertices"), "bytes": row.get("bytes"),
-                           "records": row.get("records")}
+        times.setdefault(name, []).append(row["cpu_time"] * unit[row["time_unit"]])
+        found[name] = {"vertices": row.get("vertices"), "bytes": row.get("bytes"),
+                       "records": row.get("records")}
+    for name, row in found.items():
+        row["ns"], row["median"] = min(times[name]), statistics.median(times[name])
     return found
 
 
 def run_document_bench(build, wanted="."):
-    """Returns the same for document-bench, which itself takes the fastest of several runs: building a
-    document of the largest size takes longer than all measurements on it."""
+    """The same of document-bench, which takes the fastest of several runs itself: a document of its
+    largest size takes longer to build than all that is measured on it. Wall-clock times, because
+    some of its operations use several threads."""
     found = {}
     for row in run_program(build, "document-bench", wanted):
         name = re.sub("/iterations:.*", "", row["run_name"])
-        found[f"document/{name}"] = {"ns": row["fastest_thread_ms"] * 1e6, "vertices": row.get("vertices")}
+        found[f"document/{name}"] = {"ns": row["fastest_ms"] * 1e6, "median": row["median_ms"] * 1e6,
+                                     "vertices": row.get("vertices")}
     return found
 
 
@@ -112,9 +119,9 @@ def run_whole_stroke(build):
 
 
 def table(found):
-    lines = [f"{'benchmark':42} {'vertices':>9} {'us':>10} {'ns/vertex':>10} {'Mvertex/s':>10} {'/ floor':>8}"]
+    lines = [f"{'benchmark':42} {'vertices':>9} {'us':>10} {'median':>10} {'ns/vertex':>10} {'Mvertex/s':>10} {'/ floor':>8}"]
     for name, row in sorted(found.items()):
-        line = f"{name:42} {int(row['vertices'] or 0):9} {row['ns'] / 1e3:10.1f}"
+        line = f"{name:42} {int(row['vertices'] or 0):9} {row['ns'] / 1e3:10.1f} {row['median'] / 1e3:10.1f}"
         if row["vertices"]:
             each = row["ns"] / row["vertices"]
             line += f" {each:10.2f} {1e3 / each:10.1f}"
@@ -152,7 +159,7 @@ def ratios(found):
         put(f"{work}, 16 million to 1", f"document/{work}/8/10000", f"document/{work}/6/10000")
     put("switch-up to copying", "document/switch-up/8/10000", "document/copy/10000")
     for place in ("warm", "scattered"):
-        put(f"packing a dab, {place}, to copying", f"display/pack-dab/{place}/9", "display/copy-dab")
+        put(f"packing a dab, {place}, to copying", f"display/pack-dab/{place}/9/1", "display/copy-dab")
     put("packing a level to copying", "display/pack-all/9/1", "display/copy-all/9")
     return out
 
@@ -178,16 +185,40 @@ def machine():
     return {"processor": model.group(1) if model else platform.machine(), "compiler": compiler}
 
 
-def measure(build):
-    found = {**run_repeated(build, "stroke-bench", "^(dab|floor|first-dab|kernel|normals|refit)"),
-             **run_document_bench(build, "/[68]/|^copy"),
-             **run_display_bench(build, "^(pack-dab|copy-dab)|^(pack|copy)-all/9(/1/|/real)")}
+def measure_ladder(build):
     ladder = build / "bench-results" / "ladder.json"
     if not ladder.exists():
         ladder.parent.mkdir(exist_ok=True)
         subprocess.run([build / "bin" / "trovik-ladder", ladder, "1", "4", "16"], check=True,
                        stdout=subprocess.DEVNULL)
-    return {**ratios(found), **ladder_ratios(ladder)}
+    return ladder_ratios(ladder)
+
+
+# Each program compares only its own benchmarks with each other.
+PROGRAMS = {
+    "stroke-bench": lambda build: ratios(
+        run_repeated(build, "stroke-bench", "^(dab|floor|first-dab|kernel|normals|refit)")),
+    "document-bench": lambda build: ratios(run_document_bench(build, "/[68]/|^copy")),
+    "display-bench": lambda build: ratios(
+        run_display_bench(build, "^pack-dab/.*/9/1/|^copy-dab|^(pack|copy)-all/9(/1/|/real)")),
+    "trovik-ladder": measure_ladder,
+}
+
+
+def measure(build):
+    found = {}
+    for program in PROGRAMS.values():
+        found.update(program(build))
+    return found
+
+
+def record(build, target, programs):
+    recorded = json.loads(target.read_text()) if target.exists() else {}
+    machines, kept = recorded.get("machines", {}), recorded.get("ratios", {})
+    for name in programs or PROGRAMS:
+        kept.update(PROGRAMS[name](build))
+        machines[name] = machine()
+    target.write_text(json.dumps({"machines": machines, "ratios": kept}, indent=1) + "\n")
 
 
 def check(build, recorded):
@@ -212,7 +243,7 @@ def main():
     if sys.argv[1] == "check":
         return check(build, target)
     if sys.argv[1] == "record":
-        target.write_text(json.dumps({"machine": machine(), "ratios": measure(build)}, indent=1) + "\n")
+        record(build, target, sys.argv[4:])
         return 0
     wanted = sys.argv[4] if len(sys.argv) > 4 else "."
     found = {**run_repeated(build, "stroke-bench", wanted), **run_document_bench(build, wanted),

@@ -94,7 +94,7 @@ void PackDab(benchmark::State& state, bool scattered) {
     std::vector<DisplayVertex> out(layout.VertexCount(dabs[0]));
     std::size_t dab = 0;
     for (auto _ : state) {
-        packer.Pack(dabs[dab++ % dabs.size()], out);
+        packer.Pack(dabs[dab++ % dabs.size()], out, static_cast<unsigned>(state.range(1)));
         benchmark::ClobberMemory();
     }
     Report(state, out.size());
@@ -155,9 +155,15 @@ void NormalCones(benchmark::State& state) {
     Report(state, packed.size());
 }
 
-// 4.2 and 16.8 million quads.
-BENCHMARK_CAPTURE(PackDab, warm, false)->Name("pack-dab/warm")->Arg(8)->Arg(9);
-BENCHMARK_CAPTURE(PackDab, scattered, true)->Name("pack-dab/scattered")->Arg(8)->Arg(9);
+// 4.2 and 16.8 million quads; one and two threads.
+BENCHMARK_CAPTURE(PackDab, warm, false)
+    ->Name("pack-dab/warm")
+    ->ArgsProduct({{8, 9}, {1, 2}})
+    ->UseRealTime();
+BENCHMARK_CAPTURE(PackDab, scattered, true)
+    ->Name("pack-dab/scattered")
+    ->ArgsProduct({{8, 9}, {1, 2}})
+    ->UseRealTime();
 BENCHMARK(CopyDab)->Name("copy-dab");
 BENCHMARK(CollectDirty)->Name("collect-dirty")->Arg(9);
 BENCHMARK(NormalCones)->Name("normal-cones")->Arg(9);

@@ -125,18 +125,22 @@ public:
         ofThread.push_back(ThreadSeconds() - before);
         const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
         state.SetIterationTime(seconds);
-        fastest = std::min(fastest, seconds);
+        ofWall.push_back(seconds);
     }
     void Report() {
-        std::sort(ofThread.begin(), ofThread.end());
-        state.counters["fastest_ms"] = fastest * 1e3;
-        state.counters["fastest_thread_ms"] = ofThread.front() * 1e3;
-        state.counters["median_thread_ms"] = ofThread[ofThread.size() / 2] * 1e3;
+        Report(ofWall, "fastest_ms", "median_ms");
+        Report(ofThread, "fastest_thread_ms", "median_thread_ms");
     }
 
 private:
+    void Report(std::vector<double>& seconds, const char* fastest, const char* median) {
+        std::sort(seconds.begin(), seconds.end());
+        state.counters[fastest] = seconds.front() * 1e3;
+        state.counters[median] = seconds[seconds.size() / 2] * 1e3;
+    }
+
     benchmark::State& state;
-    double fastest = 1e9;
+    std::vector<double> ofWall;
     std::vector<double> ofThread;
 };
 

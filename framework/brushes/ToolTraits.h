@@ -3,6 +3,8 @@
 
 #include "host/BrushOperation.h"
 
+#include <span>
+
 namespace trovik {
 
 /// How the host drives a tool. A tool's catalogue entry (BrushConfiguration) does not contain these
@@ -31,8 +33,24 @@ struct ToolTraits {
     bool worksOnPlane = false;
 };
 
-/// The traits of a catalogue entry, or the defaults if it is null. Cost: a search in a list of
-/// about twenty names.
+/// The host's data about a tool.
+struct HostTool {
+    /// Name in the catalogue and in scripts.
+    const char* name;
+    ToolTraits traits = {};
+    /// Default key, as text such as "S", and name of the icon; for applications.
+    const char* key = "";
+    const char* icon = "tool";
+    /// One or two sentences that describe the effect; translated in the context "ToolCatalogue".
+    const char* description = "";
+};
+
+/// All tools that are listed in ToolTraits.cpp, in the order in which applications show them. Other
+/// tools of the catalogue have the default values.
+TROVIK_API std::span<const HostTool> HostTools();
+
+/// The traits of a catalogue row; the defaults if it is null. Cost: a search in a list of about
+/// twenty names.
 TROVIK_API const ToolTraits& TraitsOf(const BrushConfiguration* tool);
 /// The traits of the brush's active tool.
 inline const ToolTraits& TraitsOf(const BrushOperation& brush) {

@@ -4,10 +4,8 @@
 #include "framework/multires/LevelGeometry.h"
 #include "framework/threads/WorkerThreads.h"
 
-#include <tbb/parallel_for.h>
-#include <tbb/task_arena.h>
-
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cassert>
 #include <cstring>
@@ -16,6 +14,9 @@
 namespace trovik {
 
 namespace {
+
+/// Maximum number of vertices in a row of a patch.
+constexpr uint32_t maxRow = (1u << PatchLayout::maxDepth) + 1;
 
 /// Minimum number of vertices per task: about 50 microseconds of work.
 constexpr uint64_t verticesPerTask = 8192;
@@ -56,20 +57,9 @@ bool NoneHidden(const uint8_t* faceFlags, uint32_t count) {
 /// Calls pack(i) for all i below `count`, on up to `threads` threads.
 template <typename PackOne>
 void ForEach(uint32_t count, uint64_t vertices, unsigned threads, PackOne pack) {
-    const uint64_t tasks = vertices / verticesPerTask;
-    if (threads > 1 && tasks > 1) threads = std::min(threads, LimitWorkerThreads());
-    if (threads <= 1 || tasks <= 1) {
-        for (uint32_t i = 0; i < count; ++i) pack(i);
-        return;
-    }
-    const auto grain = static_cast<uint32_t>(std::max<uint64_t>(1, count / tasks));
-    tbb::task_arena arena(static_cast<int>(threads));
-    arena.execute([&] {
-        tbb::parallel_for(tbb::blocked_range<uint32_t>(0, count, grain),
-                          [&](const tbb::blocked_range<uint32_t>& some) {
-                              for (uint32_t i = some.begin(); i != some.end(); ++i) pack(i);
-                          });
-    });
+    const uint64_t tasks = std::max<uint64_t>(1, vertices / verticesPerTask);
+    RunInParallel(
+        count, static_cast<uint32_t>(std::max<uint64_t>(1, count / tasks)), pack, threads);
 }
 
 }  // namespace
@@ -129,26 +119,31 @@ void PatchPacker::PackGrid(uint32_t patch, DisplayVertex* out) const {
     const PackedNormal* normals = level.vertexNormals.array;
     // All faces of a patch descend from one level-0 face.
     const uint8_t group = GroupFlags(static_cast<uint32_t>(firstFace / layout.FacesUnder(0)));
-    const auto pack = [&](uint8_t flags) {
-        const uint32_t vertex = slice[*slot++];
+    // The vertices of a row are scattered in memory, so they are looked up and prefetched one row
+    // ahead.
+    std::array<uint32_t, maxRow> current;
+    std::array<uint32_t, maxRow> below;
+    assert(side + 1 <= maxRow);
+    const auto lookUp = [&] {
+        for (uint32_t column = 0; column <= side; ++column) {
+            const uint32_t vertex = slice[*slot++];
+            below[column] = vertex;
+            __builtin_prefetch(&vertices[vertex]);
+            __builtin_prefetch(&normals[vertex]);
+        }
+    };
+    const auto pack = [&](uint32_t vertex, uint8_t flags) {
         PackVertex(vertices[vertex], normals[vertex], flags, *out++);
     };
-    // The vertices of a row are scattered in memory, so each is prefetched one row ahead.
-    const auto prefetchBelow = [&] {
-        const uint32_t vertex = slice[slot[side + 1]];
-        __builtin_prefetch(&vertices[vertex]);
-        __builtin_prefetch(&normals[vertex]);
-    };
     DisplayVertex* const grid = out;
-    for (uint32_t row = 0; row < side; ++row) {
-        for (uint32_t column = 0; column < side; ++column) {
-            prefetchBelow();
-            pack(group);
-        }
-        prefetchBelow();
-        pack(0);
+    lookUp();
+    for (uint32_t line = 0; line < side; ++line) {
+        current = below;
+        lookUp();
+        for (uint32_t column = 0; column < side; ++column) pack(current[column], group);
+        pack(current[side], 0);
     }
-    for (uint32_t column = 0; column <= side; ++column) pack(0);
+    for (uint32_t column = 0; column <= side; ++column) pack(below[column], 0);
 
     const uint8_t* faceFlags = level.faceFlags + firstFace;
     if (NoneHidden(faceFlags, faces)) return;

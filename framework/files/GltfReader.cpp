@@ -5,6 +5,8 @@
 #include "framework/files/GltfAccessor.h"
 #include "framework/files/GltfDocument.h"
 #include "framework/files/GltfNodes.h"
+#include "framework/files/GltfParts.h"
+#include "framework/files/GltfPrimitive.h"
 #include "framework/files/GltfTransform.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/files/MeshImport.h"
@@ -14,8 +16,6 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,73 +23,6 @@
 namespace trovik {
 
 namespace {
-
-/// Vertex indices of all triangle corners, from a triangle list, strip or fan.
-std::vector<std::uint32_t> TriangleCorners(const GltfAccessors& accessors,
-                                           int indexAccessor,
-                                           bool isStrip,
-                                           bool isFan,
-                                           std::size_t vertexCount,
-                                           const GltfLocation& location) {
-    std::vector<std::uint32_t> order;
-    if (indexAccessor >= 0) {
-        order = accessors.ReadIndices(indexAccessor, vertexCount, location);
-    } else {
-        order.resize(vertexCount);
-        for (std::size_t vertex = 0; vertex < vertexCount; ++vertex) {
-            order[vertex] = static_cast<std::uint32_t>(vertex);
-        }
-    }
-    if (!isStrip && !isFan) {
-        if (order.size() % 3 != 0) {
-            location.Refuse("its number of corners, " + std::to_string(order.size()) +
-                            ", is not a multiple of three");
-        }
-        return order;
-    }
-    std::vector<std::uint32_t> corners;
-    for (std::size_t last = 2; last < order.size(); ++last) {
-        const std::size_t turned = isStrip ? last % 2 : 0;
-        const std::size_t first = isFan ? 0 : last - 2;
-        const std::uint32_t triangle[] = {order[isStrip ? first + turned : first],
-                                          order[isStrip ? last - 1 - turned : last - 1],
-                                          order[last]};
-        // Strips are joined by intentionally degenerate triangles.
-        if (triangle[0] != triangle[1] && triangle[1] != triangle[2] &&
-            triangle[2] != triangle[0]) {
-            corners.insert(corners.end(), std::begin(triangle), std::end(triangle));
-        }
-    }
-    return corners;
-}
-
-/// The faces of one primitive.
-struct Part {
-    std::string name;
-    std::optional<std::string> group;
-    /// The index of the mesh among the meshes in the scene.
-    std::size_t mesh;
-    std::size_t facesSoFar;
-};
-
-/// Faces belong to their primitive's group if it has one, and otherwise, if there are several
-/// meshes, to the group of their mesh.
-void NumberGroups(const std::vector<Part>& parts, bool byMesh, SurfaceAttributes& attributes) {
-    std::map<std::string, std::uint32_t> groups;
-    std::map<std::size_t, std::uint32_t> meshes;
-    for (const Part& part : parts) {
-        std::uint32_t number = SurfaceAttributes::none;
-        if (part.group || byMesh) {
-            const auto next = static_cast<std::uint32_t>(attributes.groupNames.size());
-            number = part.group ? groups.try_emplace(*part.group, next).first->second
-                                : meshes.try_emplace(part.mesh, next).first->second;
-            if (number == next) {
-                attributes.groupNames.push_back(part.group ? *part.group : part.name);
-            }
-        }
-        attributes.faceGroups.resize(part.facesSoFar, number);
-    }
-}
 
 class GltfMerger {
 public:
@@ -144,7 +77,7 @@ private:
         if (mesh.faceSizes.size() == (parts.empty() ? std::size_t{0} : parts.back().facesSoFar)) {
             return;
         }
-        Part part{name, {}, shownMeshes, mesh.faceSizes.size()};
+        GltfPart part{name, {}, shownMeshes, mesh.faceSizes.size()};
         if (primitive.extras.IsObject() && primitive.extras.Has("group") &&
             primitive.extras.Get("group").IsString()) {
             part.group = primitive.extras.Get("group").Get<std::string>();
@@ -157,14 +90,8 @@ private:
                       const std::vector<double>& weights,
                       const GltfTransform& transform,
                       const GltfLocation& location) {
-        constexpr int Triangles = 4;
-        constexpr int Strip = 5;
-        constexpr int Fan = 6;
-        const int mode = primitive.mode < 0 ? Triangles : primitive.mode;
-        if (mode != Triangles && mode != Strip && mode != Fan) {
-            // Points and lines are skipped.
-            return;
-        }
+        // Points and lines are skipped.
+        if (!HasTriangles(primitive)) return;
         // Primitives of different groups or materials often share their vertices.
         const bool isKnown = vertices.primitive != nullptr &&
                              vertices.primitive->attributes == primitive.attributes &&
@@ -172,12 +99,8 @@ private:
         if (!isKnown) {
             vertices = ReadVertices(primitive, weights, transform, location);
         }
-        const std::vector<std::uint32_t> corners = TriangleCorners(accessors,
-                                                                   primitive.indices,
-                                                                   mode == Strip,
-                                                                   mode == Fan,
-                                                                   vertices.numbers.size(),
-                                                                   location);
+        const std::vector<std::uint32_t> corners =
+            TriangleCorners(accessors, primitive, vertices.numbers.size(), location);
         AddTriangles(corners, Determinant(transform) < 0.0);
         AddMaterial(primitive.material, location);
     }
@@ -196,68 +119,23 @@ private:
                           const std::vector<double>& weights,
                           const GltfTransform& transform,
                           const GltfLocation& location) {
-        const auto accessor = [&primitive](const char* name) -> std::optional<int> {
-            const auto found = primitive.attributes.find(name);
-            return found == primitive.attributes.end() ? std::nullopt
-                                                       : std::optional<int>(found->second);
-        };
-        const std::vector<std::array<float, 3>> positions =
-            ReadPositions(primitive, weights, location);
-        const std::size_t count = positions.size();
+        const GltfVertices stored = ReadGltfVertices(accessors, primitive, weights, location);
         const double sign = Determinant(transform) < 0.0 ? -1.0 : 1.0;
-        std::vector<std::array<float, 3>> normals;
-        if (const auto normal = accessor("NORMAL")) {
-            normals = accessors.Read<3>(*normal, count, location);
-        }
-        std::vector<std::array<float, 2>> uvs;
-        if (const auto uv = accessor("TEXCOORD_0")) {
-            uvs = accessors.Read<2>(*uv, count, location);
-        }
-        std::vector<std::array<float, 4>> colors;
-        if (const auto color = accessor("COLOR_0")) {
-            colors = accessors.ReadColors(*color, count, location, mesh.attributes.hasAlpha);
-        }
+        mesh.attributes.hasAlpha = mesh.attributes.hasAlpha || stored.hasAlpha;
         Vertices read;
         read.primitive = &primitive;
-        read.numbers = AddVertices(positions, transform, location);
-        AddNormals(read.numbers, normals, transform, sign);
-        AddColors(read.numbers, colors);
-        if (!uvs.empty()) {
+        read.numbers = AddVertices(stored.positions, transform, location);
+        AddNormals(read.numbers, stored.normals, transform, sign);
+        AddColors(read.numbers, stored.colors);
+        if (!stored.uvs.empty()) {
             read.firstUv = static_cast<std::uint32_t>(mesh.attributes.uvs.size());
             hasUvs = true;
         }
-        for (const std::array<float, 2>& uv : uvs) {
+        for (const std::array<float, 2>& uv : stored.uvs) {
             // In glTF files, v points down from the top of the image.
             mesh.attributes.uvs.push_back({uv[0], 1.0f - uv[1]});
         }
         return read;
-    }
-
-    /// Reads the positions with morph targets applied.
-    std::vector<std::array<float, 3>> ReadPositions(const tinygltf::Primitive& primitive,
-                                                    const std::vector<double>& weights,
-                                                    const GltfLocation& location) const {
-        const auto position = primitive.attributes.find("POSITION");
-        if (position == primitive.attributes.end()) {
-            location.Refuse("it has no attribute POSITION");
-        }
-        std::vector<std::array<float, 3>> positions =
-            accessors.Read<3>(position->second, std::nullopt, location);
-        for (std::size_t target = 0; target < primitive.targets.size() && target < weights.size();
-             ++target) {
-            const auto offsets = primitive.targets[target].find("POSITION");
-            if (offsets == primitive.targets[target].end() || weights[target] == 0.0) {
-                continue;
-            }
-            const auto weight = static_cast<float>(weights[target]);
-            const auto moves = accessors.Read<3>(offsets->second, positions.size(), location);
-            for (std::size_t vertex = 0; vertex < positions.size(); ++vertex) {
-                for (std::size_t axis = 0; axis < 3; ++axis) {
-                    positions[vertex][axis] += weight * moves[vertex][axis];
-                }
-            }
-        }
-        return positions;
     }
 
     /// Adds the file's vertices and returns their indices in the mesh.
@@ -377,13 +255,13 @@ private:
         if (attributes.materialNames.empty()) {
             attributes.faceMaterials = {};
         }
-        for (const Part& part : parts) {
+        for (const GltfPart& part : parts) {
             if (mesh.name.empty()) {
                 mesh.name = part.name;
             }
         }
         if (shownMeshes > 1 || hasGroups) {
-            NumberGroups(parts, shownMeshes > 1, attributes);
+            NumberGltfGroups(parts, shownMeshes > 1, attributes);
         }
     }
 
@@ -394,7 +272,7 @@ private:
     PolygonMesh mesh;
     VertexWeld weld;
     Vertices vertices;
-    std::vector<Part> parts;
+    std::vector<GltfPart> parts;
     std::size_t shownMeshes = 0;
     bool hasGroups = false;
     bool normalsFit = true;

@@ -8,22 +8,21 @@
 #include <vector>
 
 /// \file
-/// Mesh files: import and export of OBJ, PLY, STL and glTF, export of USD. docs/mesh-files.md lists
-/// the data that each format preserves. All functions are thread-safe. Functions that take a
+/// Mesh files: import and export. MeshFormat.h declares the table of formats; docs/mesh-files.md
+/// lists the data that each format preserves. All functions are thread-safe. Functions that take a
 /// JobControl throw Cancelled when the job is cancelled; a file that was being written is then
 /// unchanged.
 namespace trovik {
 
-/// Reads a mesh file. The extension, in upper or lower case, selects the format: `.obj`, `.ply`,
-/// `.stl`, `.gltf` or `.glb`. docs/mesh-files.md lists the data that each format preserves.
+/// Reads a mesh file. The extension, in upper or lower case, selects the format.
 ///
 /// Vertices (including isolated ones), faces and corners keep their order in the file. Faces that
 /// use a vertex twice are skipped and counted in `notes`. The result satisfies CheckPolygonMesh.
 /// \throw HostError for any other extension, and whenever the format's reader throws one.
 TROVIK_API PolygonMesh ReadMeshFile(const std::string& path, JobControl* job = nullptr);
 
-/// Writes a mesh file. The extension, in upper or lower case, selects the format: `.obj`, `.ply`
-/// (binary little-endian), `.stl` (binary), `.gltf`, `.glb` or `.usda`.
+/// Writes a mesh file. The extension, in upper or lower case, selects the format. PLY files are
+/// binary little-endian; STL files are binary.
 /// \throw HostError for any other extension, and if writing fails, with the file and the system's
 /// reason.
 TROVIK_API void WriteMeshFile(const std::string& path, const PolygonMesh& mesh);

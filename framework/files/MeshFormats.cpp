@@ -1,83 +1,86 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
+#include "framework/files/MeshFormat.h"
 #include "framework/files/MeshWriters.h"
 #include "framework/io/FilePath.h"
 
+#include <algorithm>
+#include <cassert>
 #include <string>
+#include <string_view>
 
 namespace trovik {
 
 namespace {
 
-bool IsGltf(const std::string& extension) { return extension == ".gltf" || extension == ".glb"; }
+// Constants in other files register themselves while the library is being loaded, in an unspecified
+// order.
+std::vector<MeshFormat>& Table() {
+    static std::vector<MeshFormat> table;
+    return table;
+}
+
+/// \param isUsable  selects the formats that are listed.
+template <typename Condition>
+[[noreturn]] void RefuseExtension(const std::string& path, const char* action, Condition isUsable) {
+    std::vector<std::string> extensions;
+    for (const MeshFormat& format : MeshFormats())
+        if (isUsable(format)) extensions.emplace_back(format.extension);
+    std::string list;
+    for (std::size_t i = 0; i < extensions.size(); ++i) {
+        if (i > 0) list += i + 1 < extensions.size() ? ", " : " or ";
+        list += extensions[i];
+    }
+    throw HostError(path + ": cannot be " + action + " as a mesh: the extension must be " + list);
+}
+
+const MeshFormat& WritableFormat(const std::string& path) {
+    const MeshFormat* format = FindMeshFormat(path);
+    if (format == nullptr || format->write == nullptr) {
+        RefuseExtension(
+            path, "written", [](const MeshFormat& one) { return one.write != nullptr; });
+    }
+    return *format;
+}
 
 }  // namespace
 
-PolygonMesh ReadMeshFile(const std::string& path, JobControl* job) {
-    const std::string extension = LowerExtension(path);
-    if (extension == ".obj") {
-        return ReadObj(path, job);
-    }
-    if (extension == ".ply") {
-        return ReadPly(path, job);
-    }
-    if (extension == ".stl") {
-        return ReadStl(path, job);
-    }
-    if (IsGltf(extension)) {
-        return ReadGltf(path, job);
-    }
-    throw HostError(
-        path + ": cannot be read as a mesh: the extension must be .obj, .ply, .stl, .gltf or .glb");
+MeshFormatRegistration::MeshFormatRegistration(const MeshFormat& format) {
+    std::vector<MeshFormat>& table = Table();
+    const std::string_view extension = format.extension;
+    const auto at = std::lower_bound(
+        table.begin(), table.end(), extension, [](const MeshFormat& row, std::string_view wanted) {
+            return std::string_view(row.extension) < wanted;
+        });
+    assert(at == table.end() || at->extension != extension);
+    table.insert(at, format);
 }
 
-void RequireWritableMesh(const std::string& path) {
+const std::vector<MeshFormat>& MeshFormats() { return Table(); }
+
+const MeshFormat* FindMeshFormat(const std::string& path) {
     const std::string extension = LowerExtension(path);
-    for (const char* known : {".obj", ".ply", ".stl", ".gltf", ".glb", ".usda"})
-        if (extension == known) return;
-    throw HostError(path +
-                    ": cannot be written as a mesh: the extension must be .obj, .ply, .stl, .gltf, "
-                    ".glb or .usda");
+    for (const MeshFormat& format : MeshFormats())
+        if (extension == format.extension) return &format;
+    return nullptr;
 }
+
+PolygonMesh ReadMeshFile(const std::string& path, JobControl* job) {
+    const MeshFormat* format = FindMeshFormat(path);
+    if (format == nullptr || format->read == nullptr)
+        RefuseExtension(path, "read", [](const MeshFormat& one) { return one.read != nullptr; });
+    return format->read(path, job);
+}
+
+void RequireWritableMesh(const std::string& path) { WritableFormat(path); }
 
 std::vector<std::string> WriteMeshFile(const std::string& path,
                                        const MeshSource& source,
                                        JobControl* job) {
-    RequireWritableMesh(path);
-    const std::string extension = LowerExtension(path);
+    const MeshFormat& format = WritableFormat(path);
     CheckFinite(path, source, job);
-    if (extension == ".obj") {
-        return WriteObj(path, source, job);
-    }
-    if (extension == ".ply") {
-        WritePly(path, source, PlyEncoding::BinaryLittleEndian, job);
-    } else if (extension == ".stl") {
-        WriteStl(path, source, StlEncoding::Binary, job);
-    } else if (IsGltf(extension)) {
-        WriteGltf(path, source, extension == ".glb", job);
-    } else {
-        WriteUsd(path, source, job);
-    }
-    return {};
-}
-
-void WriteObj(const std::string& path, const PolygonMesh& mesh) {
-    const PolygonSource source(mesh);
-    CheckFinite(path, source);
-    WriteObj(path, source, nullptr);
-}
-
-void WritePly(const std::string& path, const PolygonMesh& mesh, PlyEncoding encoding) {
-    const PolygonSource source(mesh);
-    CheckFinite(path, source);
-    WritePly(path, source, encoding, nullptr);
-}
-
-void WriteStl(const std::string& path, const PolygonMesh& mesh, StlEncoding encoding) {
-    const PolygonSource source(mesh);
-    CheckFinite(path, source);
-    WriteStl(path, source, encoding, nullptr);
+    return format.write(path, source, job);
 }
 
 void WriteMeshFile(const std::string& path, const PolygonMesh& mesh) {
@@ -86,14 +89,13 @@ void WriteMeshFile(const std::string& path, const PolygonMesh& mesh) {
 }
 
 MeshSpace SpaceForFile(const std::string& path, const MeshSpace& present, const MeshSpace& asked) {
-    if (!IsGltf(LowerExtension(path))) {
-        return Overlaid(present, asked);
+    const MeshFormat* format = FindMeshFormat(path);
+    if (format == nullptr || !format->space) return Overlaid(present, asked);
+    const MeshFormat::FixedSpace& fixed = *format->space;
+    if (Overlaid(fixed.space, asked) != fixed.space) {
+        throw HostError(path + ": " + format->name + " files are always " + fixed.description);
     }
-    const MeshSpace gltf = {1.0, UpAxis::Y};
-    if (Overlaid(gltf, asked) != gltf) {
-        throw HostError(path + ": glTF files are always in metres with y up");
-    }
-    return gltf;
+    return fixed.space;
 }
 
 }  // namespace trovik

@@ -7,9 +7,15 @@ namespace trovik {
 
 IndexSet::IndexSet(std::span<const uint32_t> members) {
     if (members.empty()) return;
-    const auto [low, high] = std::minmax_element(members.begin(), members.end());
-    firstPage = *low / pageNumbers;
-    pages.assign(*high / pageNumbers - firstPage + 1, noPage);
+    // Faster than std::minmax_element, which branches.
+    uint32_t low = members.front();
+    uint32_t high = low;
+    for (const uint32_t member : members) {
+        low = std::min(low, member);
+        high = std::max(high, member);
+    }
+    firstPage = low / pageNumbers;
+    pages.assign(high / pageNumbers - firstPage + 1, noPage);
     for (const uint32_t member : members) {
         std::size_t& page = pages[member / pageNumbers - firstPage];
         if (page == noPage) {

@@ -197,6 +197,9 @@ public:
     void ComputeNormalsOf(const IndexSet& which,
                           const std::vector<uint32_t>& faces,
                           JobControl* job = nullptr);
+    /// The same without progress and without counting an edit (CountOutsideEdit). Different
+    /// vertices may be updated on different threads.
+    void StoreNormalsOf(const IndexSet& which, const std::vector<uint32_t>& faces);
     /// Appends the faces around a vertex in rotational order. The first is `face`, which must use
     /// the vertex.
     void FacesAround(uint32_t vertex, uint32_t face, std::vector<uint32_t>& faces);
@@ -215,8 +218,9 @@ private:
     void MakeBaseTables(JobControl* job = nullptr);
     void DropBaseTables();
     void NoteOlderPosition(uint32_t vertex);
-    /// Marks a walk as running, and notifies the observers when it ends, whether normally or by an
-    /// exception.
+    void StoreNormalsOf(const IndexSet& which, const std::vector<uint32_t>& faces, JobPhase& phase);
+    /// Marks a walk as running. When the walk ends, normally or by an exception, the observers are
+    /// notified.
     class WalkScope;
     /// Calls report(adjacent vertex, face) in the order of EnumerateAdjacentVertices.
     template <typename Report>

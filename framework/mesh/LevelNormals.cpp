@@ -68,6 +68,18 @@ void LevelMesh::ComputeNormalsOf(const IndexSet& which,
                                  JobControl* job) {
     CountOutsideEdit();
     JobPhase phase(job, "Updating normals", uint64_t{faces.size()} + which.Count());
+    StoreNormalsOf(which, faces, phase);
+    phase.Finish();
+}
+
+void LevelMesh::StoreNormalsOf(const IndexSet& which, const std::vector<uint32_t>& faces) {
+    JobPhase unreported(nullptr, "Updating normals", 0);
+    StoreNormalsOf(which, faces, unreported);
+}
+
+void LevelMesh::StoreNormalsOf(const IndexSet& which,
+                               const std::vector<uint32_t>& faces,
+                               JobPhase& phase) {
     std::vector<Vector> sums(which.Count());
     const uint32_t corners = CornersPerFace();
     // Sums in the same order as ComputeNormals, so that the results are bit-identical.
@@ -89,7 +101,6 @@ void LevelMesh::ComputeNormalsOf(const IndexSet& which,
         if (vertex < ofLevel0 && LowestFaceOf(vertex) == openBorder) continue;
         Pack(vertexNormals.array[vertex], sums[i]);
     }
-    phase.Finish();
 }
 
 }  // namespace trovik

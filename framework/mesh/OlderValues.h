@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/jobs/JobPhase.h"
 #include "host/Vector.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -40,7 +42,13 @@ public:
 
     /// Sorts the lists by vertex. Cost: linear in the number of recorded vertices, plus one word
     /// per 64 vertices of the level.
-    void Sort();
+    /// \param phase  polled for each vertex.
+    /// \throw Cancelled, and has no effect then.
+    void Sort(JobPhase& phase);
+    void Sort() {
+        JobPhase unreported(nullptr, "", 0);
+        Sort(unreported);
+    }
     /// Returns the recorded value, or null if the vertex was not written. Sort must have been
     /// called since the last call to Note.
     const Value* Find(uint32_t vertex) const {
@@ -82,22 +90,31 @@ void OlderValues<Value>::Append(uint32_t vertex, const Value& value) {
 }
 
 template <typename Value>
-void OlderValues<Value>::Sort() {
+void OlderValues<Value>::Sort(JobPhase& phase) {
     if (isSorted) return;
-    isSorted = true;
     firstOfWord.resize(marks.size());
     uint32_t count = 0;
     std::vector<uint32_t> ascending;
     ascending.reserve(vertices.size());
     for (std::size_t word = 0; word < marks.size(); ++word) {
+        phase.Poll();
         firstOfWord[word] = count;
         for (uint64_t rest = marks[word]; rest != 0; rest &= rest - 1, ++count) {
             const auto bit = static_cast<std::size_t>(std::countr_zero(rest));
             ascending.push_back(static_cast<uint32_t>(word * wordBits + bit));
         }
     }
-    std::vector<Value> sorted(values.size());
+    // The system provides the pages of a large list when they are first written, so the list is
+    // filled with zeros in runs.
+    constexpr std::size_t run = 4096;
+    std::vector<Value> sorted;
+    sorted.reserve(values.size());
+    while (sorted.size() < values.size()) {
+        phase.Poll();
+        sorted.resize(std::min(values.size(), sorted.size() + run));
+    }
     for (std::size_t i = 0; i < vertices.size(); ++i) {
+        phase.Poll();
         const std::size_t word = vertices[i] / wordBits;
         const uint64_t below = (uint64_t{1} << (vertices[i] % wordBits)) - 1;
         sorted[firstOfWord[word] + static_cast<uint32_t>(std::popcount(marks[word] & below))] =
@@ -105,6 +122,7 @@ void OlderValues<Value>::Sort() {
     }
     vertices = std::move(ascending);
     values = std::move(sorted);
+    isSorted = true;
 }
 
 template <typename Value>

@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/multires/DetailCarrier.h"
 
-#include "framework/math/FrameRotation.h"
 #include "framework/math/IsFinite.h"
 #include "framework/math/SameBits.h"
 #include "framework/mesh/VertexNeighbours.h"
+#include "framework/multires/FineMoves.h"
 #include "framework/multires/RefinedRegion.h"
 #include "framework/multires/RotatedLayers.h"
+#include "framework/threads/WorkerThreads.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
+#include <span>
+#include <utility>
 
 namespace trovik {
 
@@ -32,100 +34,97 @@ std::vector<uint32_t> Changed(const LevelMesh& level,
     return changed;
 }
 
+/// Number of faces that are processed at a time. Fewer per run would visit the faces around the
+/// runs more often; more would not fit into the caches. Runs depend only on the number of faces,
+/// and so do the order of the results and the work that is counted.
+constexpr std::size_t coarseFacesPerRun = 2048;
+constexpr std::size_t fineFacesPerRun = 4096;
+
+/// Consecutive runs of about the same length.
+class Runs {
+public:
+    Runs(std::size_t elements, std::size_t perRun)
+        : total(elements), count(std::max<std::size_t>(1, (elements + perRun - 1) / perRun)) {}
+    std::size_t Count() const { return count; }
+    std::size_t First(std::size_t run) const { return total * run / count; }
+    std::size_t End(std::size_t run) const { return First(run + 1); }
+    std::size_t Length(std::size_t run) const { return End(run) - First(run); }
+
+private:
+    std::size_t total;
+    std::size_t count;
+};
+
+/// Number of runs that are computed before their results are stored.
+std::size_t RunsPerWave(const Runs& runs) {
+    constexpr std::size_t perThread = 2;
+    return runs.Count() == 1 ? 1 : perThread * LimitWorkerThreads();
+}
+
 Vector SeenPosition(const LevelMesh& level, const OlderValues<Vector>& seen, uint32_t vertex) {
     const Vector* position = seen.Find(vertex);
     return position == nullptr ? level.Position(vertex) : *position;
 }
 
-/// Number of coarse faces that are processed at a time, which bounds the memory for large changes.
-constexpr std::size_t batchFaces = std::size_t{1} << 15;
-
-/// Flags of a point in the region; may be combined.
-enum PointFlag : uint32_t {
-    isMoved = 1,
-    /// The point is a corner of a face with a moved corner.
-    isTouched = 2,
-    /// A face of the region uses the point, and the lowest-numbered such face is one of the owners.
-    isMet = 4,
-    isOwned = 8,
-    /// The surface rotation at the point is needed.
-    isTurned = 16
-};
-using PointFlags = std::vector<uint32_t>;
-
-/// The surface rotations at some points of a region.
-class PointTurns {
+/// The normals at the corners of a run of faces. A corner belongs to the first run that contains
+/// one of its faces.
+class NormalRun {
 public:
-    PointTurns(const RefinedRegion& ofRegion, const PointFlags& flags, JobPhase& phase)
-        : region(ofRegion), ends(region.PointCount(), 0) {
-        for (const RefinedRegion::Quad& quad : region.Quads()) {
-            phase.Poll();
-            if (((flags[quad[0]] | flags[quad[1]] | flags[quad[2]] | flags[quad[3]]) & isTurned) ==
-                0)
+    /// Stores the old normals and computes the new ones.
+    /// \param all  the faces of all runs, in ascending order; the run is from `first` to `end`.
+    void Compute(LevelMesh& level,
+                 const std::vector<uint32_t>& all,
+                 std::size_t first,
+                 std::size_t end) {
+        const std::vector<uint32_t> faces(all.begin() + static_cast<std::ptrdiff_t>(first),
+                                          all.begin() + static_cast<std::ptrdiff_t>(end));
+        const IndexSet corners = CornerSetOf(level, faces);
+        const std::vector<uint32_t> around = FacesAt(level, corners, faces);
+        vertices = corners.Members();
+        if (first == 0) {
+            Update(level, corners, around);
+            return;
+        }
+        const uint32_t cornersPerFace = level.CornersPerFace();
+        std::vector<bool> isOfEarlierRun(vertices.size(), false);
+        for (auto face = around.begin(); face != around.end() && *face < faces.front(); ++face) {
+            if (!std::binary_search(
+                    all.begin(), all.begin() + static_cast<std::ptrdiff_t>(first), *face))
                 continue;
-            for (const uint32_t point : quad) ++ends[point];
-            quads.push_back(quad);
-            normals.push_back(NormalsOf(quad));
+            const uint32_t* corner =
+                level.faceVertexIndices.array + std::size_t{*face} * cornersPerFace;
+            for (uint32_t k = 0; k < cornersPerFace; ++k) {
+                const uint32_t rank = corners.RankOf(corner[k]);
+                if (rank != IndexSet::noRank) isOfEarlierRun[rank] = true;
+            }
         }
-        // The corners at each point: one ascending list per point, stored consecutively.
-        uint32_t total = 0;
-        for (uint32_t& end : ends) {
-            const uint32_t count = end;
-            end = total;
-            total += count;
-        }
-        slots.resize(total);
-        for (uint32_t quad = 0; quad < quads.size(); ++quad)
-            for (uint32_t k = 0; k < 4; ++k) slots[ends[quads[quad][k]]++] = quad * 4 + k;
+        std::size_t kept = 0;
+        for (std::size_t i = 0; i < vertices.size(); ++i)
+            if (!isOfEarlierRun[i]) vertices[kept++] = vertices[i];
+        vertices.resize(kept);
+        Update(level, IndexSet(vertices), around);
     }
 
-    /// \param turn  must be newly constructed.
-    void Find(uint32_t point, FrameRotation& turn) {
-        const uint32_t* const first = slots.data() + (point == 0 ? 0 : ends[point - 1]);
-        const uint32_t* const end = slots.data() + ends[point];
-        for (const uint32_t* slot = first; slot != end; ++slot) turn.AddNormal(normals[*slot / 4]);
-        turn.CloseNormals();
-        // An inner edge is added by both of its faces, a border edge by only one.
-        edges.clear();
-        for (const uint32_t* slot = first; slot != end; ++slot) {
-            const RefinedRegion::Quad& quad = quads[*slot / 4];
-            turn.AddEdge(EdgeTo(quad[(*slot + 1) & 3u], point, turn));
-            turn.AddEdge(EdgeTo(quad[(*slot + 3) & 3u], point, turn));
+    /// Appends the vertices whose normals have changed and their old normals to the lists.
+    void MoveTo(const LevelMesh& level, CarriedLevel& carried) {
+        for (std::size_t i = 0; i < before.size(); ++i) {
+            if (SameBits(before[i], level.vertexNormals.array[vertices[i]])) continue;
+            carried.normalVertices.push_back(vertices[i]);
+            carried.normalsBefore.push_back(before[i]);
         }
-        turn.CloseEdges();
+        before.clear();
     }
 
 private:
-    FrameRotation::Face NormalsOf(const RefinedRegion::Quad& quad) const {
-        const RefinedRegion::Point& a = region.At(quad[0]);
-        const RefinedRegion::Point& b = region.At(quad[1]);
-        const RefinedRegion::Point& c = region.At(quad[2]);
-        const RefinedRegion::Point& d = region.At(quad[3]);
-        return {(c.before - a.before) & (d.before - b.before),
-                (c.after - a.after) & (d.after - b.after)};
-    }
-    const FrameRotation::Edge& EdgeTo(uint32_t end, uint32_t point, const FrameRotation& turn) {
-        for (const KnownEdge& known : edges)
-            if (known.end == end) return known.edge;
-        const RefinedRegion::Point& from = region.At(point);
-        const RefinedRegion::Point& to = region.At(end);
-        edges.push_back({end, turn.EdgeOf(to.before - from.before, to.after - from.after)});
-        return edges.back().edge;
+    void Update(LevelMesh& level, const IndexSet& which, const std::vector<uint32_t>& around) {
+        before.reserve(vertices.size());
+        for (const uint32_t vertex : vertices) before.push_back(level.vertexNormals.array[vertex]);
+        level.StoreNormalsOf(which, around);
     }
 
-    struct KnownEdge {
-        uint32_t end;
-        FrameRotation::Edge edge;
-    };
-    const RefinedRegion& region;
-    /// The quads of the region with a point whose rotation is needed.
-    std::vector<RefinedRegion::Quad> quads;
-    std::vector<FrameRotation::Face> normals;
-    /// 4 x quad + corner, grouped by point; `ends` holds the end of each group.
-    std::vector<uint32_t> slots;
-    std::vector<uint32_t> ends;
-    /// The edges of the last point.
-    std::vector<KnownEdge> edges;
+    std::vector<uint32_t> vertices;
+    /// Of each vertex; empty before Compute and after MoveTo.
+    std::vector<PackedNormal> before;
 };
 
 }  // namespace
@@ -141,55 +140,38 @@ void DetailCarrier::MoveVertex(LevelMesh& level,
     level.SetPosition(vertex, to);
 }
 
-void DetailCarrier::CarryFaces(const std::vector<uint32_t>& faces,
-                               uint32_t firstOwner,
-                               uint32_t lastOwner,
-                               const OlderValues<Vector>& seen,
-                               RotatedLayers* layers,
-                               JobPhase& phase,
-                               CarriedLevel& carried) {
-    const uint32_t corners = coarse.CornersPerFace();
-    const RefinedRegion region(coarse, fine, seen, faces, phase);
-    const uint32_t count = region.PointCount();
-    counts.refined += count;
-
-    PointFlags flags(count, 0);
-    for (uint32_t point = 0; point < count; ++point)
-        if (!SameBits(region.At(point).before, region.At(point).after)) flags[point] = isMoved;
-    auto quad = region.Quads().begin();
-    for (const uint32_t face : faces) {
-        phase.Poll();
-        const bool owns = face >= firstOwner && face <= lastOwner;
-        const uint32_t met = owns ? isMet | isOwned : isMet;
-        for (uint32_t child = 0; child < corners; ++child, ++quad) {
-            uint32_t any = 0;
-            for (const uint32_t point : *quad) any |= flags[point];
-            const uint32_t touched = (any & isMoved) != 0 ? isTouched : 0u;
-            for (const uint32_t point : *quad)
-                flags[point] |= touched | ((flags[point] & isMet) != 0 ? 0u : met);
+void DetailCarrier::MoveFineVertices(const std::vector<uint32_t>& faces,
+                                     const OlderValues<Vector>& seen,
+                                     RotatedLayers* layers,
+                                     CarriedLevel& carried) {
+    if (faces.empty()) return;
+    JobPhase phase(job, "Propagating details up", faces.size());
+    const Runs runs(faces.size(), coarseFacesPerRun);
+    const std::size_t step = RunsPerWave(runs);
+    std::vector<FineMoves> found(step);
+    for (std::size_t wave = 0; wave < runs.Count(); wave += step) {
+        const std::size_t count = std::min(step, runs.Count() - wave);
+        RunInParallel(static_cast<uint32_t>(count), 1, [&](uint32_t i) {
+            const std::span<const uint32_t> owned =
+                std::span(faces).subspan(runs.First(wave + i), runs.Length(wave + i));
+            FineMoveRun run{{owned.begin(), owned.end()}, owned.front(), owned.back()};
+            if (runs.Count() > 1) run.faces = WithFacesAround(coarse, std::move(run.faces));
+            found[i] = FindFineMoves(coarse, fine, seen, run, layers != nullptr);
+        });
+        for (std::size_t i = 0; i < count; ++i) {
+            const FineMoves& moves = found[i];
+            counts.refined += moves.counts.refined;
+            counts.turned += moves.counts.turned;
+            for (std::size_t k = 0; k < moves.vertices.size(); ++k) {
+                phase.Poll();
+                if (layers != nullptr)
+                    layers->Turn(moves.vertices[k], moves.positions[k], moves.surface[k]);
+                MoveVertex(fine, moves.vertices[k], moves.positions[k], carried);
+            }
+            phase.Add(runs.Length(wave + i));
         }
     }
-
-    // A vertex without detail moves with its point, however the surface rotates.
-    for (uint32_t point = 0; point < count; ++point) {
-        if ((flags[point] & isTouched) == 0 || (flags[point] & isOwned) == 0) continue;
-        const Vector detail = fine.Position(region.VertexOf(point)) - region.At(point).before;
-        if (layers != nullptr || !(detail == Vector())) flags[point] |= isTurned;
-    }
-    PointTurns turns(region, flags, phase);
-    for (uint32_t point = 0; point < count; ++point) {
-        if ((flags[point] & isTouched) == 0 || (flags[point] & isOwned) == 0) continue;
-        phase.Poll();
-        SurfaceMove move{region.At(point).before, region.At(point).after, {}};
-        if ((flags[point] & isTurned) != 0) {
-            ++counts.turned;
-            turns.Find(point, move.turn);
-        }
-        const uint32_t vertex = region.VertexOf(point);
-        const Vector newPosition = move.Carried(fine.Position(vertex));
-        if (layers != nullptr) layers->Turn(vertex, newPosition, move);
-        MoveVertex(fine, vertex, newPosition, carried);
-    }
+    phase.Finish();
 }
 
 void DetailCarrier::Up(const OlderValues<Vector>& seen,
@@ -203,25 +185,7 @@ void DetailCarrier::Up(const OlderValues<Vector>& seen,
     // points next to them, so rotations are computed for one additional ring of points, using the
     // points of all these faces.
     const std::vector<uint32_t> faces = WithFacesAround(coarse, FacesAt(coarse, changed));
-    JobPhase phase(job, "Propagating details up", faces.size());
-    if (faces.size() <= batchFaces) {
-        CarryFaces(faces, 0, openBorder, seen, layers, phase, carried);
-    } else {
-        for (std::size_t first = 0; first < faces.size(); first += batchFaces) {
-            const std::size_t end = std::min(faces.size(), first + batchFaces);
-            const std::vector<uint32_t> batch(faces.begin() + static_cast<std::ptrdiff_t>(first),
-                                              faces.begin() + static_cast<std::ptrdiff_t>(end));
-            CarryFaces(WithFacesAround(coarse, batch),
-                       batch.front(),
-                       batch.back(),
-                       seen,
-                       layers,
-                       phase,
-                       carried);
-            phase.Add(batch.size());
-        }
-    }
-    phase.Finish();
+    MoveFineVertices(faces, seen, layers, carried);
     // A vertex without faces has no surface rotation to apply.
     for (const uint32_t vertex : changed) {
         if (coarse.LowestFaceOf(vertex) != openBorder) continue;
@@ -295,23 +259,29 @@ void DetailCarrier::Down(const OlderValues<Vector>& seen, CarriedLevel& carried)
 }
 
 void DetailCarrier::RefreshNormals(LevelMesh& level, CarriedLevel& carried, JobControl* job) {
-    std::vector<uint32_t>& touched = carried.normalVertices;
-    std::vector<PackedNormal>& before = carried.normalsBefore;
     const std::vector<uint32_t> faces = FacesAt(level, carried.vertices);
-    const IndexSet corners = CornerSetOf(level, faces);
-    touched = corners.Members();
-    before.resize(touched.size());
-    for (std::size_t i = 0; i < touched.size(); ++i)
-        before[i] = level.vertexNormals.array[touched[i]];
-    level.ComputeNormalsOf(corners, FacesAt(level, corners, faces), job);
-    std::size_t kept = 0;
-    for (std::size_t i = 0; i < touched.size(); ++i) {
-        if (SameBits(before[i], level.vertexNormals.array[touched[i]])) continue;
-        touched[kept] = touched[i];
-        before[kept++] = before[i];
+    JobPhase phase(job, "Updating normals", faces.size());
+    level.CountOutsideEdit();
+    const Runs runs(faces.size(), fineFacesPerRun);
+    const std::size_t step = RunsPerWave(runs);
+    std::vector<NormalRun> found(step);
+    for (std::size_t wave = 0; wave < runs.Count(); wave += step) {
+        const std::size_t count = std::min(step, runs.Count() - wave);
+        const auto record = [&] {
+            for (NormalRun& run : found) run.MoveTo(level, carried);
+        };
+        try {
+            RunInParallel(static_cast<uint32_t>(count), 1, [&](uint32_t i) {
+                found[i].Compute(level, faces, runs.First(wave + i), runs.End(wave + i));
+            });
+        } catch (...) {
+            record();
+            throw;
+        }
+        record();
+        for (std::size_t i = runs.First(wave); i < runs.End(wave + count - 1); ++i) phase.Add();
     }
-    touched.resize(kept);
-    before.resize(kept);
+    phase.Finish();
     carried.vertices.shrink_to_fit();
     carried.positionsBefore.shrink_to_fit();
     carried.normalVertices.shrink_to_fit();

@@ -33,7 +33,9 @@ namespace trovik {
 /// stays bit-identical; changes that the coarse level cannot represent remain in the detail.
 ///
 /// Cost in either direction: linear in the number of vertices that were written since the last
-/// synchronisation, plus recomputing the surroundings of those that moved.
+/// synchronisation, plus recomputing the surroundings of those that moved. Large changes are
+/// computed in runs of faces on several threads (RunInParallel) and stored by the calling thread;
+/// results do not depend on the number of threads.
 class DetailCarrier {
 public:
     /// \param jobControl  checked by Up and Down, which throw Cancelled; `carried` then lists the
@@ -60,15 +62,12 @@ public:
     static void RefreshNormals(LevelMesh& level, CarriedLevel& carried, JobControl* job = nullptr);
 
 private:
-    /// Moves the fine vertices whose lowest-numbered coarse face is between firstOwner and
-    /// lastOwner. `faces` must be sorted and contain all faces around those vertices.
-    void CarryFaces(const std::vector<uint32_t>& faces,
-                    uint32_t firstOwner,
-                    uint32_t lastOwner,
-                    const OlderValues<Vector>& seen,
-                    RotatedLayers* layers,
-                    JobPhase& phase,
-                    CarriedLevel& carried);
+    /// Moves the fine vertices that these coarse faces use.
+    /// \param faces  in ascending order.
+    void MoveFineVertices(const std::vector<uint32_t>& faces,
+                          const OlderValues<Vector>& seen,
+                          RotatedLayers* layers,
+                          CarriedLevel& carried);
     void MoveVertex(LevelMesh& level, uint32_t vertex, const Vector& to, CarriedLevel& carried);
 
     LevelMesh& coarse;

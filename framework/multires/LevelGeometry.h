@@ -137,8 +137,10 @@ public:
     /// normals and freeze amounts are zero, and the bound level does not change.
     /// \throw HostError and Cancelled, like Subdivide.
     LevelMesh& AddLevel(JobControl* job = nullptr);
-    /// Returns the state of level `index` with which its neighbours were last synchronised.
-    SeenByNeighbours Seen(uint32_t index) const;
+    /// Returns the state of level `index` with which its neighbours were last synchronised, in
+    /// ascending order of the vertices.
+    /// \throw Cancelled.
+    SeenByNeighbours Seen(uint32_t index, JobControl* job = nullptr) const;
     /// Used while loading the content of a geometry: binds the level without propagating changes,
     /// and sets the synchronisation state of the levels. The face flags of the highest level
     /// determine the hidden faces of all levels.

@@ -62,7 +62,7 @@ bool FillDifferences(const LevelMesh& level,
                      std::vector<uint32_t>& vertices,
                      std::vector<Value>& values,
                      JobPhase& phase) {
-    older.Sort();
+    older.Sort(phase);
     for (std::size_t i = 0; i < older.Vertices().size(); ++i) {
         phase.Add();
         const uint32_t vertex = older.Vertices()[i];
@@ -74,6 +74,7 @@ bool FillDifferences(const LevelMesh& level,
     return older.IsKept();
 }
 
+/// Sorts the older states.
 SeenByNeighbours DifferencesOf(const LevelMesh& level, OlderStates& older, JobPhase& phase) {
     SeenByNeighbours seen;
     const auto fill = [&](auto& from, auto& into, auto& values) {
@@ -237,10 +238,12 @@ void LevelGeometry::CarryTo(uint32_t index, std::vector<CarriedLevel>& carried, 
     KeepSeen(index);
 }
 
-SeenByNeighbours LevelGeometry::Seen(uint32_t index) const {
+SeenByNeighbours LevelGeometry::Seen(uint32_t index, JobControl* job) const {
     OlderStates older = levels[index]->Older();
-    JobPhase unreported(nullptr, "Comparing levels", 0);
-    return DifferencesOf(*levels[index], older, unreported);
+    JobPhase phase(job, "Comparing levels", older.NotedCount());
+    SeenByNeighbours seen = DifferencesOf(*levels[index], older, phase);
+    phase.Finish();
+    return seen;
 }
 
 LevelSwitch LevelGeometry::StateOfSwitch(JobControl* job) {
@@ -249,7 +252,14 @@ LevelSwitch LevelGeometry::StateOfSwitch(JobControl* job) {
     uint64_t total = 0;
     for (const auto& level : levels) {
         if (LevelChange* open = level->OpenChange()) open->NoteOlderPositions();
-        total += level->Older().NotedCount();
+        OlderStates& older = level->Older();
+        // Not reported, so that a switch that is repeated after it was cancelled makes the same
+        // reports.
+        older.fromAbove.Sort();
+        older.fromBelow.Sort();
+        older.freezeFromAbove.Sort();
+        older.freezeFromBelow.Sort();
+        total += older.NotedCount();
     }
     JobPhase phase(job, "Comparing levels", total);
     for (const auto& level : levels)

@@ -48,18 +48,11 @@ public:
         around.resize(input.size());
     }
 
-    void Run(JobPhase& phase) {
-        for (const FacePoints& face : region.facePoints) {
-            phase.Poll();
-            RefineFace(face);
-        }
-        for (const FacePoints& face : region.facePoints) {
-            phase.Poll();
-            RefineBorder(face);
-        }
+    void Run() {
+        for (const FacePoints& face : region.facePoints) RefineFace(face);
+        for (const FacePoints& face : region.facePoints) RefineBorder(face);
         std::vector<bool> isDone(input.size(), false);
         for (const Quad& quad : region.quads) {
-            phase.Poll();
             for (const uint32_t point : quad) {
                 if (point >= input.size() || isDone[point]) continue;
                 RefineVertex(point);
@@ -151,8 +144,7 @@ private:
 RefinedRegion::RefinedRegion(LevelMesh& coarseLevel,
                              const LevelMesh& fineLevel,
                              const OlderValues<Vector>& seen,
-                             const std::vector<uint32_t>& regionFaces,
-                             JobPhase& phase)
+                             const std::vector<uint32_t>& regionFaces)
     : coarse(coarseLevel), corners(coarseLevel.CornersPerFace()) {
     const std::vector<uint32_t> faces = WithFacesAround(coarse, regionFaces);
     NumberPoints(fineLevel, faces);
@@ -163,7 +155,7 @@ RefinedRegion::RefinedRegion(LevelMesh& coarseLevel,
         AddQuads(facePoints[i]);
     }
     points.resize(vertices.size());
-    Refinement(*this, seen).Run(phase);
+    Refinement(*this, seen).Run();
 }
 
 void RefinedRegion::NumberPoints(const LevelMesh& fine, const std::vector<uint32_t>& faces) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/jobs/JobPhase.h"
 #include "framework/mesh/LevelMesh.h"
 
 #include <array>
@@ -35,12 +34,10 @@ public:
 
     /// \param seen  the older positions of the coarse level, sorted.
     /// \param regionFaces  faces of the coarse level, in ascending order.
-    /// \throw Cancelled.
     RefinedRegion(LevelMesh& coarseLevel,
                   const LevelMesh& fineLevel,
                   const OlderValues<Vector>& seen,
-                  const std::vector<uint32_t>& regionFaces,
-                  JobPhase& phase);
+                  const std::vector<uint32_t>& regionFaces);
 
     uint32_t PointCount() const { return static_cast<uint32_t>(vertices.size()); }
     uint32_t VertexOf(uint32_t point) const { return vertices[point]; }

@@ -4,10 +4,13 @@
 #include "framework/errors/HostError.h"
 #include "framework/io/InputFile.h"
 #include "framework/io/OutputFile.h"
+#include "framework/jobs/JobPhase.h"
 
+#include <algorithm>
 #include <bit>
 #include <cassert>
 #include <cstring>
+#include <utility>
 
 namespace trovik {
 
@@ -17,6 +20,19 @@ static_assert(std::endian::native == std::endian::little,
 namespace {
 
 constexpr char magic[8] = {'T', 'R', 'O', 'V', 'I', 'K', 'S', 'C'};
+
+/// Smaller arrays are copied without a report: they take less than a millisecond.
+constexpr std::size_t reportedBytes = std::size_t{1} << 20;
+
+void AppendInRuns(std::vector<uint8_t>& to,
+                  const uint8_t* bytes,
+                  std::size_t size,
+                  JobControl* job) {
+    JobPhase phase(size < reportedBytes ? nullptr : job, "Gathering the scene", size);
+    phase.ForEachRun(
+        [&](uint64_t first, uint64_t end) { to.insert(to.end(), bytes + first, bytes + end); });
+    phase.Finish();
+}
 
 [[noreturn]] void Fail(const QString& reason, int line) {
     throw(new Error(QString(), Error::InvalidUse, "SceneStream", __FILE__, line))->Format(reason);
@@ -54,6 +70,7 @@ SceneStream::SceneStream(std::vector<uint8_t> bytes)
 SceneStream SceneStream::Section() const {
     SceneStream section(format);
     section.versions = versions;
+    section.job = job;
     return section;
 }
 
@@ -149,14 +166,35 @@ void SceneStream::ReadElements(void* elements, uint32_t elementSize, uint64_t co
     assert(!storing);
     Expect(count, elementSize);
     const std::size_t bytes = static_cast<std::size_t>(count) * elementSize;
-    if (bytes != 0) std::memcpy(elements, Next(), bytes);
+    if (bytes == 0) return;
+    auto* target = static_cast<uint8_t*>(elements);
+    JobPhase phase(bytes < reportedBytes ? nullptr : job, "Unpacking the scene", bytes);
+    phase.ForEachRun([&](uint64_t first, uint64_t end) {
+        std::memcpy(target + first, Next() + first, static_cast<std::size_t>(end - first));
+    });
+    phase.Finish();
     position += bytes;
+}
+
+void SceneStream::Reserve(uint64_t bytes) {
+    const std::size_t needed = data.size() + static_cast<std::size_t>(bytes);
+    if (needed <= data.capacity()) return;
+    std::vector<uint8_t> larger;
+    larger.reserve(std::max(needed, data.capacity() * 2));
+    AppendInRuns(larger, data.data(), data.size(), job);
+    data = std::move(larger);
 }
 
 void SceneStream::WriteElements(const void* elements, uint32_t elementSize, uint64_t count) {
     assert(storing);
     const auto* bytes = static_cast<const uint8_t*>(elements);
-    data.insert(data.end(), bytes, bytes + static_cast<std::size_t>(count) * elementSize);
+    const std::size_t total = static_cast<std::size_t>(count) * elementSize;
+    if (total < reportedBytes) {
+        data.insert(data.end(), bytes, bytes + total);
+        return;
+    }
+    Reserve(total);
+    AppendInRuns(data, bytes, total, job);
 }
 
 void SceneStream::ReadStore(Store<uint32_t>& store) {

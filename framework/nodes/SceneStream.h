@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/jobs/JobControl.h"
 #include "host/ClassDesc.h"
 #include "host/Stream.h"
 
@@ -27,17 +28,26 @@ public:
     /// \throw Error* if the bytes are not a scene or end within the header.
     explicit SceneStream(std::vector<uint8_t> bytes);
 
-    /// Returns an empty stream for writing. It has no header, and has this stream's format and
-    /// class versions.
+    /// Returns an empty stream for writing. It has no header, and has this stream's format, class
+    /// versions and job.
     SceneStream Section() const;
-    /// Returns a stream that reads `size` borrowed bytes with this stream's format and class
-    /// versions.
-    /// \param offset  offset of the first byte in its file, for messages.
+    /// Returns a stream that reads `size` borrowed bytes with this stream's format, class versions
+    /// and job.
+    /// \param place  offset of the first byte in its file, for messages.
     /// \param what  the name of the section for messages, such as "chunk LEVL".
     SceneStream Section(const uint8_t* bytes, uint64_t size, uint64_t offset, QString what) const;
 
-    /// Sets the class version to write, so that the stream looks as if an older program had written
-    /// it.
+    /// Sets the job that receives the progress of arrays of a megabyte or more. Reading or writing
+    /// such an array then throws Cancelled if the job cancels.
+    /// \param jobControl  may be null. Borrowed.
+    void SetJob(JobControl* jobControl) { job = jobControl; }
+    JobControl* Job() const { return job; }
+    /// Allocates memory for the bytes that will be written next. If the stream has content, moving
+    /// it to the new memory is reported.
+    /// \throw Cancelled.
+    void Reserve(uint64_t bytes);
+
+    /// Writes a class with a version other than its current one, as an older program would.
     void SetClassVersion(const ClassDesc* classDesc, int version);
     /// Returns the header and the data of a written stream.
     std::vector<uint8_t> ToBytes() const;
@@ -88,6 +98,7 @@ private:
     uint64_t size = 0;
     uint64_t position = 0;
     uint64_t origin = 0;
+    JobControl* job = nullptr;
     QString title = QStringLiteral("the scene");
     std::map<std::string, int32_t> versions;
 };

@@ -2,13 +2,17 @@
 #include "framework/picking/MedianSplit.h"
 
 #include <algorithm>
+#include <cassert>
 #include <limits>
+#include <utility>
 
 namespace trovik {
 
 uint32_t SplitAtMedian(uint32_t* items,
                        uint32_t count,
                        const std::vector<std::array<float, 3>>& centres) {
+    assert(std::is_sorted(items, items + count));
+    if (count == 0) return 0;
     constexpr float infinity = std::numeric_limits<float>::infinity();
     std::array<float, 3> low = {infinity, infinity, infinity};
     std::array<float, 3> high = {-infinity, -infinity, -infinity};
@@ -22,15 +26,16 @@ uint32_t SplitAtMedian(uint32_t* items,
     for (std::size_t a = 1; a < 3; ++a)
         if (high[a] - low[a] > high[axis] - low[axis]) axis = a;
 
+    // The median is found in a copy, because nth_element leaves each half in an unspecified order.
+    using Key = std::pair<float, uint32_t>;
+    std::vector<Key> keys(count);
+    for (uint32_t i = 0; i < count; ++i) keys[i] = {centres[items[i]][axis], items[i]};
     const uint32_t half = count / 2;
-    std::nth_element(items, items + half, items + count, [&](uint32_t a, uint32_t b) {
-        const float ca = centres[a][axis];
-        const float cb = centres[b][axis];
-        return ca != cb ? ca < cb : a < b;
+    std::nth_element(keys.begin(), keys.begin() + half, keys.end());
+    const Key median = keys[half];
+    std::stable_partition(items, items + count, [&](uint32_t item) {
+        return Key(centres[item][axis], item) < median;
     });
-    // nth_element leaves each half in an unspecified order.
-    std::sort(items, items + half);
-    std::sort(items + half, items + count);
     return half;
 }
 

@@ -104,8 +104,9 @@ void PatchTree::BuildTop(JobControl* job) {
     topLeafOfBaseFace.resize(boxes.size());
     topNodes.push_back({EmptyBox(), 0, static_cast<uint32_t>(boxes.size())});
     topParent.push_back(noParent);
-    // Children are appended after their parent, so one pass splits all nodes.
-    JobPhase phase(job, "Sorting the pick tree", boxes.size());
+    // Children are appended after their parent, so one pass splits everything.
+    // Reads the clock for each node, because the first ones take long.
+    JobPhase phase(job, "Sorting the pick tree", boxes.size(), 1);
     for (uint32_t node = 0; node < topNodes.size(); ++node) {
         SplitTop(node, centres);
         // Each face is in exactly one leaf.

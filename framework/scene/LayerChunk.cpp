@@ -41,10 +41,12 @@ void WriteLayerChunk(SceneStream& stream, const SculptLayer& layer) {
     stream.Transfer(active);
     uint8_t visible = layer.UserProperties().visible ? 1 : 0;
     if (stream.IsFormatAtLeast(visibilityFormat)) stream.Transfer(visible);
-    std::vector<StoredEntry> entries(layer.SlotCount());
-    for (uint32_t slot = 0; slot < layer.SlotCount(); ++slot)
-        entries[slot] = {layer.VertexOfSlot(slot), layer.StateOfSlot(slot)};
-    WriteList(stream, entries);
+    uint32_t count = layer.SlotCount();
+    stream.Transfer(count);
+    WriteGathered<StoredEntry>(stream, count, [&layer](uint64_t index) {
+        const auto slot = static_cast<uint32_t>(index);
+        return StoredEntry{layer.VertexOfSlot(slot), layer.StateOfSlot(slot)};
+    });
 }
 
 std::shared_ptr<SculptLayer> ReadLayerChunk(SceneStream& stream, const LevelGeometry& geometry) {

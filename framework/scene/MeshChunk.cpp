@@ -4,12 +4,10 @@
 #include "framework/errors/HostError.h"
 #include "framework/jobs/JobPhase.h"
 #include "framework/math/IsFinite.h"
-#include "framework/math/SameBits.h"
 #include "framework/mesh/BaseLevel.h"
-#include "framework/mesh/LevelPositions.h"
 #include "framework/multires/Steps.h"
-#include "framework/scene/AttributeChunk.h"
 #include "framework/scene/SceneChunks.h"
+#include "framework/scene/VertexPositions.h"
 
 #include <algorithm>
 #include <array>
@@ -32,45 +30,12 @@ enum LevelParts : uint32_t {
     AllParts = 127
 };
 
-/// The first format that stores, for each level, the positions at the last update of the level
-/// below and the freeze amounts at the last update of the adjacent levels. Also the first in which
-/// the faces of the imported mesh may differ from those of level 0.
-constexpr uint32_t carriedDownFormat = 331;
-
-struct VertexPosition {
-    uint32_t vertex;
-    Vector position;
-};
-static_assert(sizeof(VertexPosition) == 16);
-
-/// Writes the vertices whose positions differ from those of the level.
-template <typename PositionOf>
-std::vector<VertexPosition> Differences(const LevelMesh& level, PositionOf positionOf) {
-    std::vector<VertexPosition> list;
-    for (uint32_t v = 0; v < level.VertexCount(); ++v) {
-        const Vector position = positionOf(v);
-        if (!SameBits(position, level.Position(v))) list.push_back({v, position});
-    }
-    return list;
-}
-
-std::vector<VertexPosition> ReadVertexPositions(SceneStream& stream, const LevelMesh& level) {
-    std::vector<VertexPosition> list = ReadList<VertexPosition>(stream);
-    for (const VertexPosition& entry : list) {
-        if (entry.vertex >= level.VertexCount())
-            SceneStream::Refuse(QStringLiteral("there is no vertex %1").arg(entry.vertex));
-        if (!IsFinite(entry.position))
-            SceneStream::Refuse(
-                QStringLiteral("the position of vertex %1 is not finite").arg(entry.vertex));
-    }
-    return list;
-}
-
 void WriteSeen(SceneStream& stream, const SeenDifferences& seen) {
-    std::vector<VertexPosition> list;
-    for (std::size_t i = 0; i < seen.vertices.size(); ++i)
-        list.push_back({seen.vertices[i], seen.positions[i]});
-    WriteList(stream, list);
+    auto count = static_cast<uint32_t>(seen.vertices.size());
+    stream.Transfer(count);
+    WriteGathered<VertexPosition>(stream, count, [&seen](uint64_t i) {
+        return VertexPosition{seen.vertices[i], seen.positions[i]};
+    });
 }
 
 SeenDifferences ReadSeen(SceneStream& stream, const LevelMesh& level) {
@@ -109,6 +74,34 @@ FreezeDifferences ReadSeenFreeze(SceneStream& stream, const LevelMesh& level) {
 }
 
 QString LevelText(uint64_t index) { return QStringLiteral("level %1").arg(index); }
+
+/// The freeze byte of a scene: the amount that the user has set, also if the vertex is hidden.
+uint8_t StoredFreeze(const LevelMesh& level, uint32_t vertex) {
+    return static_cast<uint8_t>((level.vertices.array[vertex].freeze & ~freezeAmountMask) |
+                                level.Freeze(vertex));
+}
+
+/// The optional parts that a level needs because of its own vertices and faces.
+/// \throw HostError if a position is not finite; Cancelled.
+uint32_t PartsOf(const LevelMesh& level, uint32_t index, JobControl* job) {
+    uint32_t parts = 0;
+    if (!level.IsLockable()) parts |= IsNotLockable;
+    JobPhase phase(job, "Checking the level", uint64_t{level.VertexCount()} + level.faceCount);
+    for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+        phase.Add();
+        if (!IsFinite(level.Position(v))) {
+            throw HostError("the position of vertex " + std::to_string(v) + " of level " +
+                            std::to_string(index) + " is not finite; such a mesh cannot be saved");
+        }
+        if (StoredFreeze(level, v) != 0) parts |= HasFreeze;
+    }
+    for (uint32_t face = 0; face < level.faceCount; ++face) {
+        phase.Add();
+        if (level.faceFlags[face] != faceIsLive) parts |= HasFaceFlags;
+    }
+    phase.Finish();
+    return parts;
+}
 
 }  // namespace
 
@@ -169,30 +162,9 @@ void WriteLevelChunk(SceneStream& stream,
                      JobControl* job) {
     LevelMesh& level = *geometry.Level(index);
     const uint32_t vertices = level.VertexCount();
-    const std::vector<Vector> positions = PositionsOf(level);
-    JobPhase phase(job, "Collecting the level data", vertices);
-    for (uint32_t v = 0; v < vertices; ++v) {
-        phase.Add();
-        if (IsFinite(positions[v])) continue;
-        throw HostError("the position of vertex " + std::to_string(v) + " of level " +
-                        std::to_string(index) + " is not finite; such a mesh cannot be saved");
-    }
-    phase.Finish();
-    std::vector<uint8_t> freeze(vertices);
-    // These are the amounts that the user has set, including those of hidden vertices.
-    for (uint32_t v = 0; v < vertices; ++v)
-        freeze[v] = static_cast<uint8_t>((level.vertices.array[v].freeze & ~freezeAmountMask) |
-                                         level.Freeze(v));
-    const auto isSet = [](uint8_t byte) { return byte != 0; };
-    const auto isOther = [](uint8_t flags) { return flags != faceIsLive; };
-    const SeenByNeighbours seen = geometry.Seen(index);
-
-    uint32_t parts = 0;
-    if (std::any_of(freeze.begin(), freeze.end(), isSet)) parts |= HasFreeze;
-    if (std::any_of(level.faceFlags, level.faceFlags + level.faceCount, isOther))
-        parts |= HasFaceFlags;
+    uint32_t parts = PartsOf(level, index, job);
+    const SeenByNeighbours seen = geometry.Seen(index, job);
     if (seen.fromAbove.kept) parts |= HasSeen;
-    if (!level.IsLockable()) parts |= IsNotLockable;
     if (seen.fromBelow.kept && stream.IsFormatAtLeast(carriedDownFormat)) parts |= HasSeenFromBelow;
     if (stream.IsFormatAtLeast(carriedDownFormat)) {
         if (!seen.freezeFromAbove.vertices.empty()) parts |= HasSeenFreeze;
@@ -203,9 +175,17 @@ void WriteLevelChunk(SceneStream& stream,
     stream.Transfer(number);
     stream.Transfer(count);
     stream.Transfer(parts);
-    WriteValues(stream, positions.data(), vertices);
+    stream.Reserve(uint64_t{vertices} * (sizeof(Vector) + sizeof(PackedNormal) + 1) +
+                   level.faceCount + seen.Bytes());
+    WriteGathered<Vector>(stream, vertices, [&level](uint64_t vertex) {
+        return level.Position(static_cast<uint32_t>(vertex));
+    });
     WriteValues(stream, level.vertexNormals.array, vertices);
-    if ((parts & HasFreeze) != 0) WriteValues(stream, freeze.data(), vertices);
+    if ((parts & HasFreeze) != 0) {
+        WriteGathered<uint8_t>(stream, vertices, [&level](uint64_t vertex) {
+            return StoredFreeze(level, static_cast<uint32_t>(vertex));
+        });
+    }
     if ((parts & HasFaceFlags) != 0) WriteValues(stream, level.faceFlags, level.faceCount);
     if ((parts & HasSeen) != 0) WriteSeen(stream, seen.fromAbove);
     if ((parts & HasSeenFromBelow) != 0) WriteSeen(stream, seen.fromBelow);
@@ -261,7 +241,12 @@ void LevelChunkReader::Read(SceneStream& stream) {
     }
     phase.Finish();
     LevelMesh& level = NextLevel(positions);
-    for (uint32_t v = 0; v < vertices; ++v) level.SetPosition(v, positions[v]);
+    JobPhase placing(job, "Filling the level", vertices);
+    for (uint32_t v = 0; v < vertices; ++v) {
+        placing.Add();
+        level.SetPosition(v, positions[v]);
+    }
+    placing.Finish();
     stream.ReadElements(level.vertexNormals.array, sizeof(PackedNormal), vertices);
     if ((parts & HasFreeze) != 0) {
         const auto freeze = ReadValues<uint8_t>(stream, vertices);
@@ -285,84 +270,6 @@ std::unique_ptr<LevelGeometry> LevelChunkReader::Take() {
     geometry->Restore(head.bound, seen);
     geometry->Transform().Restore(head.toWorld, head.toLocal, head.scale);
     return std::move(geometry);
-}
-
-void WriteImportChunk(SceneStream& stream,
-                      const LevelGeometry& geometry,
-                      const PolygonMesh& imported,
-                      const std::string& scenePath,
-                      JobControl* job) {
-    const PolygonMesh uniform = ToUniformFaces(imported, job);
-    const LevelMesh& base = *geometry.Level(0);
-    const bool sameFaces = uniform.positions.size() == base.VertexCount() &&
-                           std::equal(uniform.faceVertices.begin(),
-                                      uniform.faceVertices.end(),
-                                      base.faceVertexIndices.array,
-                                      base.faceVertexIndices.array + base.faceVertexIndices.fill);
-    if (stream.IsFormatAtLeast(carriedDownFormat)) {
-        uint8_t isOther = sameFaces ? 0 : 1;
-        stream.Transfer(isOther);
-    } else if (!sameFaces) {
-        throw HostError(
-            "level 0 differs from the imported mesh, which this format does not support");
-    }
-    if (sameFaces) {
-        WriteList(stream, Differences(base, [&uniform](uint32_t v) {
-                      const auto& p = uniform.positions[v];
-                      return Vector(p[0], p[1], p[2]);
-                  }));
-        return;
-    }
-    uint32_t corners = uniform.faceSizes[0];
-    stream.Transfer(corners);
-    WriteList(stream, uniform.faceVertices);
-    WriteList(stream, uniform.positions);
-    WriteAttributes(stream, uniform.attributes, scenePath);
-}
-
-PolygonMesh ReadImportChunk(SceneStream& stream,
-                            const LevelGeometry& geometry,
-                            const std::string& name,
-                            const std::string& scenePath,
-                            bool& isOther,
-                            JobControl* job) {
-    PolygonMesh mesh;
-    mesh.name = name;
-    uint8_t otherFaces = 0;
-    if (stream.IsFormatAtLeast(carriedDownFormat)) stream.Transfer(otherFaces);
-    isOther = otherFaces != 0;
-    if (isOther) {
-        uint32_t corners = 0;
-        stream.Transfer(corners);
-        if (corners != 3 && corners != 4)
-            SceneStream::Refuse(
-                QStringLiteral("the imported mesh has faces with %1 corners").arg(corners));
-        mesh.faceVertices = ReadList<uint32_t>(stream);
-        mesh.faceSizes.assign(mesh.faceVertices.size() / corners, corners);
-        mesh.positions = ReadList<std::array<float, 3>>(stream);
-        if (mesh.faceVertices.size() % corners != 0)
-            SceneStream::Refuse(
-                QStringLiteral("the imported mesh data ends in the middle of a face"));
-        mesh.attributes =
-            ReadAttributes(stream,
-                           {mesh.positions.size(), mesh.faceSizes.size(), mesh.faceVertices.size()},
-                           "the imported mesh",
-                           scenePath);
-        CheckPolygonMesh(mesh, "the imported mesh", job);
-        if (!MakeOrientedManifold(mesh, job).Untouched())
-            SceneStream::Refuse(QStringLiteral("the imported mesh is not an oriented manifold"));
-        return mesh;
-    }
-    const LevelMesh& base = *geometry.Level(0);
-    std::vector<Vector> positions = PositionsOf(base);
-    for (const VertexPosition& entry : ReadVertexPositions(stream, base))
-        positions[entry.vertex] = entry.position;
-    mesh.positions.reserve(positions.size());
-    for (const Vector& p : positions) mesh.positions.push_back({p.x, p.y, p.z});
-    mesh.faceSizes.assign(base.faceCount, base.CornersPerFace());
-    mesh.faceVertices.assign(base.faceVertexIndices.array,
-                             base.faceVertexIndices.array + base.faceVertexIndices.fill);
-    return mesh;
 }
 
 void WriteMirrorChunk(SceneStream& stream, const LevelGeometry& geometry) {

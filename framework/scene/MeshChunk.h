@@ -57,24 +57,7 @@ private:
     std::vector<SeenByNeighbours> seen;
 };
 
-/// Chunk IMPT: the imported positions of level 0, as differences from the current ones; or the
-/// whole imported mesh if the faces of level 0 have changed since. \param scenePath  the path of
-/// the scene file. \throw Cancelled, like ReadImportChunk.
-void WriteImportChunk(SceneStream& stream,
-                      const LevelGeometry& geometry,
-                      const PolygonMesh& imported,
-                      const std::string& scenePath,
-                      JobControl* job);
-/// Reads the imported mesh and sets its name. \param isOther  set to true if its faces differ from
-/// those of level 0. The mesh then has its own attributes; otherwise, it has those of level 0.
-PolygonMesh ReadImportChunk(SceneStream& stream,
-                            const LevelGeometry& geometry,
-                            const std::string& name,
-                            const std::string& scenePath,
-                            bool& isOther,
-                            JobControl* job);
-
-/// Chunk TMIR: the topological mirror, which depends on the positions of level 0 at the time it was
+/// Chunk TMIR: the topological mirror, which depends on the positions of level 0 when it was
 /// computed. Written only if there is one.
 void WriteMirrorChunk(SceneStream& stream, const LevelGeometry& geometry);
 void ReadMirrorChunk(SceneStream& stream, LevelGeometry& geometry);

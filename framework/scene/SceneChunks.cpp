@@ -54,6 +54,7 @@ std::string Printable(const std::string& name) {
 
 SceneWriter::SceneWriter(const std::string& path, const SceneStream& header, JobControl* jobControl)
     : file(path), job(jobControl), prototype(header.Section()) {
+    prototype.SetJob(job);
     const std::vector<uint8_t> bytes = prototype.ToBytes();
     Put(bytes.data(), bytes.size());
     SceneStream check = Section();
@@ -199,6 +200,7 @@ void SceneReader::Read(const std::function<void(SceneStream&)>& read) {
                                         contentBytes,
                                         contentOffset,
                                         QString::fromStdString(what));
+    stream.SetJob(job);
     try {
         read(stream);
         stream.ExpectEnd();

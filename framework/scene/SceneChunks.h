@@ -3,6 +3,7 @@
 
 #include "framework/io/InputFile.h"
 #include "framework/io/OutputFile.h"
+#include "framework/jobs/JobPhase.h"
 #include "framework/nodes/SceneStream.h"
 #include "framework/scene/NoPadding.h"
 
@@ -94,13 +95,34 @@ void WriteList(SceneStream& stream, const std::vector<T>& list) {
     WriteValues(stream, list.data(), list.size());
 }
 
-/// Reads values written by WriteValues. \throw Error*, before any memory is allocated, if the
-/// stream is too short.
+/// Writes the values that `valueOf(index)` returns for the indices 0 to count - 1, without
+/// gathering all of them first, and reports them to the stream's job.
+template <NoPadding T, typename ValueOf>
+void WriteGathered(SceneStream& stream, uint64_t count, ValueOf valueOf) {
+    stream.Reserve(count * sizeof(T));
+    JobPhase phase(stream.Job(), "Gathering the scene", count);
+    std::vector<T> run;
+    phase.ForEachRun([&](uint64_t first, uint64_t end) {
+        run.clear();
+        for (uint64_t i = first; i < end; ++i) run.push_back(valueOf(i));
+        WriteValues(stream, run.data(), run.size());
+    });
+    phase.Finish();
+}
+
+/// Reads values written by WriteValues, and reports them to the stream's job. \throw Error*, before
+/// any memory is allocated, if the stream is too short.
 template <typename T>
 std::vector<T> ReadValues(SceneStream& stream, uint64_t count) {
     stream.Expect(count, sizeof(T));
-    std::vector<T> list(static_cast<std::size_t>(count));
-    stream.ReadElements(list.data(), sizeof(T), count);
+    std::vector<T> list;
+    list.reserve(static_cast<std::size_t>(count));
+    JobPhase phase(stream.Job(), "Unpacking the scene", count);
+    phase.ForEachRun([&](uint64_t first, uint64_t end) {
+        list.resize(static_cast<std::size_t>(end));
+        stream.ReadElements(list.data() + first, sizeof(T), end - first);
+    });
+    phase.Finish();
     return list;
 }
 

@@ -8,6 +8,7 @@
 #include "framework/scene/AttributeChunk.h"
 #include "framework/scene/BrushChunk.h"
 #include "framework/scene/FreezeBrushChunk.h"
+#include "framework/scene/ImportChunk.h"
 #include "framework/scene/LayerChunk.h"
 #include "framework/scene/MeshChunk.h"
 #include "framework/scene/NodeChunk.h"

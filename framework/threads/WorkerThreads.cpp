@@ -4,6 +4,8 @@
 #include "framework/memory/FreeMemory.h"
 
 #include <tbb/global_control.h>
+#include <tbb/parallel_for.h>
+#include <tbb/task_arena.h>
 
 #include <algorithm>
 #include <condition_variable>
@@ -83,6 +85,24 @@ unsigned LimitWorkerThreads(uint64_t workBytes) {
         granted = possible;
     }
     return granted;
+}
+
+void RunInParallel(uint32_t count,
+                   uint32_t grain,
+                   const std::function<void(uint32_t)>& work,
+                   unsigned threads) {
+    if (threads > 1 && count > grain) threads = std::min(threads, LimitWorkerThreads());
+    if (threads <= 1 || count <= grain) {
+        for (uint32_t i = 0; i < count; ++i) work(i);
+        return;
+    }
+    tbb::task_arena arena(static_cast<int>(threads));
+    arena.execute([&] {
+        tbb::parallel_for(tbb::blocked_range<uint32_t>(0, count, grain),
+                          [&](const tbb::blocked_range<uint32_t>& some) {
+                              for (uint32_t i = some.begin(); i != some.end(); ++i) work(i);
+                          });
+    });
 }
 
 }  // namespace trovik

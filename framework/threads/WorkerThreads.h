@@ -4,6 +4,7 @@
 #include "host/Api.h"
 
 #include <cstdint>
+#include <functional>
 
 namespace trovik {
 
@@ -19,5 +20,18 @@ namespace trovik {
 /// \return the number of threads, including the calling thread; at least 1.
 /// Cost: the first call starts and joins up to one thread per processor.
 TROVIK_API unsigned LimitWorkerThreads(uint64_t workBytes = 0);
+
+/// No limit except that of LimitWorkerThreads.
+inline constexpr unsigned allWorkerThreads = ~0u;
+
+/// Calls `work(i)` once for each i below `count`, on several threads including the calling one, in
+/// an unspecified order, and returns when all calls have returned. If a call throws, further calls
+/// may be omitted, and one of the exceptions is rethrown.
+/// \param grain  number of consecutive calls that are made on one thread, at least 1.
+/// \param threads  maximum number of threads. With 1, the calls are made in order, without oneTBB.
+TROVIK_API void RunInParallel(uint32_t count,
+                              uint32_t grain,
+                              const std::function<void(uint32_t)>& work,
+                              unsigned threads = allWorkerThreads);
 
 }  // namespace trovik

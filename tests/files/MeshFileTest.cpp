@@ -74,9 +74,9 @@ TEST(MeshFile, ExtensionChoosesTheFormatInAnyCase) {
     for (const char* name : {"mesh.off", "obj", "mesh.", "folder.obj/mesh"}) {
         SCOPED_TRACE(name);
         EXPECT_THAT(MessageOf<HostError>([&] { ReadMeshFile(name); }),
-                    HasSubstr("must be .obj, .ply"));
+                    HasSubstr("must be .glb, .gltf, .obj, .ply"));
         EXPECT_THAT(MessageOf<HostError>([&] { WriteMeshFile(name, mesh); }),
-                    HasSubstr("must be .obj, .ply"));
+                    HasSubstr("must be .glb, .gltf, .obj, .ply"));
     }
 }
 

@@ -75,10 +75,7 @@ TEST(CancelledEdits, LevelSwitchUpChangesNothing) {
 TEST(CancelledEdits, LevelSwitchDownChangesNothing) {
     const QuickDisk disk;
     ExpectCancelChangesNothing(
-        AtLevel3,
-        [](Document& document, JobControl* job) { document.BindLevel(0, job); },
-        1000,
-        12);
+        AtLevel3, [](Document& document, JobControl* job) { document.BindLevel(0, job); }, 800, 12);
 }
 
 TEST(CancelledEdits, SubdivideChangesNothing) {

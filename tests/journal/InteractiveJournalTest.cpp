@@ -108,13 +108,14 @@ TEST_F(InteractiveJournal, ContinuesAfterACancelledStep) {
     auto runner = OpenInteractive(progress);
     Do(*runner, {Tool("Sculpt"), Stroke(0.5f, 0.2f)});
     const auto cancel = [&](const json& step, int reports) {
+        SCOPED_TRACE(step.dump());
         job.reportsLeft = reports;
         EXPECT_THROW(runner->Do(step, 0), Cancelled);
         job.reportsLeft = 0;
     };
     cancel({{"subdivide", 2}}, 3);
     Do(*runner, {Stroke(0.2f, 0.3f)});
-    cancel(Stroke(0.1f, 0.5f), 20);
+    cancel(Stroke(0.1f, 0.5f), 3);
     Document& document = runner->GetDocument();
     BeginStroke(document, BrushOperation::ModifierNone, {});
     DabThroughTheLoop(document, 0.2f, 0.4f);

@@ -246,31 +246,60 @@ TEST(Multires, CostFollowsTheTouchedVertices) {
     }
 }
 
-TEST(Multires, LargeChangesAreCarriedInPiecesToTheSameBits) {
-    // In one mesh, more faces change than are processed at a time. In the other, only part of the
-    // mesh changes; that part is compared.
+/// Moves the base vertices of a rough grid of 200 x 200 quads that have x and y up to `side`, and
+/// carries the change to level 1.
+std::vector<CarriedLevel> CarrySquare(LevelGeometry& geometry, float side) {
+    geometry.Subdivide();
+    Roughen(*geometry.Bound(), 0.1f, 8);
+    geometry.Bound()->ComputeNormals();
+    geometry.BindLevel(0);
+    LevelMesh& base = *geometry.Bound();
+    for (uint32_t v = 0; v < base.VertexCount(); ++v) {
+        const Vector p = base.Position(v);
+        if (std::max(p.x, p.y) > side) continue;
+        base.SetPosition(v, p + Vector(0, 0, std::sin(p.x * 0.5f) * std::cos(p.y * 0.3f)));
+    }
+    return geometry.BindLevel(1);
+}
+
+TEST(Multires, LargeChangesAreCarriedInRunsToTheSameBits) {
+    // The whole grid has many runs of faces, the corner only one.
     const unsigned n = 200;
     LevelGeometry whole(GridMesh(n, n));
-    LevelGeometry part(GridMesh(n, n));
-    for (LevelGeometry* geometry : {&whole, &part}) {
-        geometry->Subdivide();
-        Roughen(*geometry->Bound(), 0.1f, 8);
-        geometry->BindLevel(0);
-        const unsigned rows = geometry == &whole ? n : 40;
-        LevelMesh& base = *geometry->Bound();
-        for (uint32_t v = 0; v < (rows + 1) * (n + 1); ++v) {
-            const Vector p = base.Position(v);
-            base.SetPosition(v, p + Vector(0, 0, std::sin(p.x * 0.5f) * std::cos(p.y * 0.3f)));
-        }
-        geometry->BindLevel(1);
-    }
+    LevelGeometry corner(GridMesh(n, n));
+    CarrySquare(whole, n);
+    CarrySquare(corner, 40.0f);
     std::size_t compared = 0;
     for (uint32_t v = 0; v < whole.Bound()->VertexCount(); ++v) {
-        if (part.Bound()->Position(v).y > 36.0f) continue;
+        if (std::max(corner.Bound()->Position(v).x, corner.Bound()->Position(v).y) > 36.0f)
+            continue;
         ++compared;
-        EXPECT_TRUE(SameBits(whole.Bound()->Position(v), part.Bound()->Position(v))) << v;
+        EXPECT_TRUE(SameBits(whole.Bound()->Position(v), corner.Bound()->Position(v))) << v;
+        EXPECT_TRUE(
+            SameBits(whole.Bound()->vertexNormals.array[v], corner.Bound()->vertexNormals.array[v]))
+            << v;
     }
-    EXPECT_GT(compared, 28000u);
+    EXPECT_GT(compared, 5000u);
+}
+
+TEST(Multires, RunsUpdateEachVertexOnceAndAllNormals) {
+    const unsigned n = 200;
+    for (const float side : {40.0f, 150.0f, 200.0f}) {
+        LevelGeometry geometry(GridMesh(n, n));
+        const std::vector<CarriedLevel> carried = CarrySquare(geometry, side);
+        ASSERT_EQ(carried.size(), 1u);
+        for (std::vector<uint32_t> list : {carried[0].vertices, carried[0].normalVertices}) {
+            EXPECT_FALSE(list.empty());
+            std::sort(list.begin(), list.end());
+            EXPECT_EQ(std::adjacent_find(list.begin(), list.end()), list.end());
+        }
+        LevelMesh& level = *geometry.Bound();
+        const std::vector<PackedNormal> normals(level.vertexNormals.array,
+                                                level.vertexNormals.array + level.VertexCount());
+        level.ComputeNormals();
+        for (uint32_t v = 0; v < level.VertexCount(); ++v)
+            EXPECT_TRUE(SameBits(normals[v], level.vertexNormals.array[v])) << v;
+    }
 }
 
 TEST(Multires, CollapsedAndFlippedSurfacesStayFinite) {

@@ -5,6 +5,7 @@
 #include "commands/Preferences.h"
 #include "commands/ScriptPlayer.h"
 #include "commands/ViewModel.h"
+#include "framework/files/MeshFormat.h"
 
 #include <QDir>
 #include <QFileDialog>
@@ -17,7 +18,14 @@ namespace trovik::studio {
 
 namespace {
 
-const QStringList meshExtensions{"obj", "ply", "stl", "gltf", "glb"};
+/// Extensions of the mesh files that can be read, without dots.
+QStringList MeshExtensions() {
+    QStringList extensions;
+    for (const MeshFormat& format : MeshFormats())
+        if (format.read != nullptr) extensions << QString::fromLatin1(format.extension).mid(1);
+    return extensions;
+}
+
 constexpr const char* sceneExtension = "trovik";
 
 }  // namespace
@@ -56,11 +64,11 @@ void FileActions::Open(const QString& path) {
     OpenRequest request;
     if (extension == QLatin1String(sceneExtension))
         request.scenePath = path.toStdString();
-    else if (meshExtensions.contains(extension))
+    else if (MeshExtensions().contains(extension))
         request.meshPath = path.toStdString();
     else {
         Q_EMIT Refused(tr("%1: expected a scene (.trovik), a mesh (.%2) or a script (.json)")
-                           .arg(path, meshExtensions.join(QStringLiteral(", ."))));
+                           .arg(path, MeshExtensions().join(QStringLiteral(", ."))));
         return;
     }
     WhenSaved([this, request] { context.engine.Open(request); });
@@ -188,7 +196,7 @@ QString FileActions::AskToSave(const QString& title,
 }
 
 void FileActions::AskAndOpen(bool withOptions) {
-    const QString meshes = QStringLiteral("*.") + meshExtensions.join(QStringLiteral(" *."));
+    const QString meshes = QStringLiteral("*.") + MeshExtensions().join(QStringLiteral(" *."));
     if (!withOptions) {
         const QString path =
             AskToOpen(tr("Open"),

@@ -2,11 +2,13 @@
 #include "commands/FileDialogs.h"
 
 #include "commands/SubdivideDialog.h"
+#include "framework/files/MeshFormat.h"
 #include "resources/Icons.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QDoubleSpinBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -32,6 +34,9 @@ FormDialog::Choices UpChoices(const QString& none) {
 }
 
 std::string Chosen(const QComboBox* box) { return box->currentData().toString().toStdString(); }
+
+/// Translates a text of MeshFormat.
+QString Translated(const char* text) { return QCoreApplication::translate("MeshFormat", text); }
 
 /// Index of the bust's button in NewDialog, after the primitives.
 constexpr int bust = 4;
@@ -112,21 +117,18 @@ std::string ImportDialog::Units() const { return Chosen(units); }
 std::string ImportDialog::Up() const { return Chosen(up); }
 int ImportDialog::Levels() const { return levels->value(); }
 
-std::vector<ExportFormat> ExportFormats() {
-    return {{QStringLiteral(".obj"), ExportDialog::tr("Wavefront OBJ")},
-            {QStringLiteral(".ply"), ExportDialog::tr("PLY, binary")},
-            {QStringLiteral(".stl"), ExportDialog::tr("STL, binary")},
-            {QStringLiteral(".glb"), ExportDialog::tr("glTF, binary")},
-            {QStringLiteral(".gltf"), ExportDialog::tr("glTF, text")},
-            {QStringLiteral(".usda"), ExportDialog::tr("USD, text")}};
-}
-
 ExportDialog::ExportDialog(QWidget* parent) : FormDialog(tr("Export Mesh"), tr("Export…"), parent) {
     Choices formats;
-    for (const ExportFormat& row : ExportFormats())
-        formats.push_back(
-            {row.title + QStringLiteral("  (") + row.extension + u')', row.extension});
+    for (const MeshFormat& row : MeshFormats()) {
+        if (row.write == nullptr) continue;
+        const QString name = Translated(row.name);
+        const QString title =
+            row.encoding == nullptr ? name : tr("%1, %2").arg(name, Translated(row.encoding));
+        const QString extension = QString::fromLatin1(row.extension);
+        formats.push_back({title + QStringLiteral("  (") + extension + u')', extension});
+    }
     format = AddChoice(tr("Format"), tr("The format of the file"), formats);
+    format->setCurrentIndex(format->findData(QStringLiteral(".obj")));
     keeps = AddText(tr("Keeps"));
     keeps->setWordWrap(true);
     world = AddCheck(tr("World coordinates"), tr("Applies the transform of the mesh"), false);
@@ -143,31 +145,22 @@ ExportDialog::ExportDialog(QWidget* parent) : FormDialog(tr("Export Mesh"), tr("
 
 QString ExportDialog::Extension() const { return format->currentData().toString(); }
 
-void ExportDialog::SetExtension(const QString& extension) {
-    format->setCurrentIndex(format->findData(extension));
+const MeshFormat& ExportDialog::Format() const {
+    return *FindMeshFormat("mesh" + Extension().toStdString());
 }
 
 void ExportDialog::ShowOptions() {
-    const QString extension = Extension();
-    const bool isGltf = extension.startsWith(QLatin1String(".gl"));
-    // glTF specifies the units and the axis.
-    ShowRow(units, !isGltf);
-    ShowRow(up, !isGltf);
-    const QString kept =
-        isGltf ? tr("triangles, UVs, colours, materials, layers as morph "
-                    "targets; in metres, y up")
-        : extension == QLatin1String(".stl") ? tr("triangles only")
-        : extension == QLatin1String(".obj") ? tr("quads, UVs, colours, groups, materials")
-        : extension == QLatin1String(".ply") ? tr("quads, UVs, colours")
-                                             : tr("quads, UVs, colours, groups, materials");
-    keeps->setText(kept);
+    const MeshFormat& chosen = Format();
+    ShowRow(units, !chosen.space);
+    ShowRow(up, !chosen.space);
+    keeps->setText(chosen.keeps == nullptr ? QString() : Translated(chosen.keeps));
 }
 
 nlohmann::json ExportDialog::Options() const {
     nlohmann::json options = {{"world", world->isChecked()}, {"hidden", hidden->isChecked()}};
-    const bool isGltf = Extension().startsWith(QLatin1String(".gl"));
-    if (!isGltf && !Chosen(units).empty()) options["units"] = Chosen(units);
-    if (!isGltf && !Chosen(up).empty()) options["up"] = Chosen(up);
+    if (Format().space) return options;
+    if (!Chosen(units).empty()) options["units"] = Chosen(units);
+    if (!Chosen(up).empty()) options["up"] = Chosen(up);
     return options;
 }
 

@@ -11,6 +11,10 @@
 
 class QButtonGroup;
 
+namespace trovik {
+struct MeshFormat;
+}
+
 namespace trovik::studio {
 
 /// Asks for an initial shape.
@@ -48,12 +52,6 @@ private:
     QSpinBox* levels;
 };
 
-/// Formats for exporting meshes: extension and title.
-struct ExportFormat {
-    QString extension, title;
-};
-std::vector<ExportFormat> ExportFormats();
-
 /// Asks for the options of an export; the file is chosen afterwards.
 class ExportDialog : public FormDialog {
     Q_OBJECT
@@ -61,11 +59,11 @@ public:
     explicit ExportDialog(QWidget* parent);
     /// Includes the dot.
     QString Extension() const;
-    void SetExtension(const QString& extension);
     /// The fields of the step "export", without the file.
     nlohmann::json Options() const;
 
 private:
+    const MeshFormat& Format() const;
     void ShowOptions();
 
     QComboBox* format;

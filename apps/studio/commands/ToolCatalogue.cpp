@@ -1,30 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "commands/ToolCatalogue.h"
 
-#include "resources/Icons.h"
+#include "framework/brushes/ToolTraits.h"
 
 #include <QCoreApplication>
-#include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 namespace trovik::studio {
 
 const std::vector<ToolAppearance>& KnownTools() {
     static const std::vector<ToolAppearance> tools = [] {
-        InitResources();
-        std::vector<ToolAppearance> read;
-        QFile file(QStringLiteral(":/studio/tools.json"));
-        if (!file.open(QIODevice::ReadOnly)) return read;
-        for (const QJsonValue& row : QJsonDocument::fromJson(file.readAll()).array()) {
-            const QByteArray description = row[QLatin1String("description")].toString().toUtf8();
-            read.push_back({row[QLatin1String("name")].toString(),
-                            row[QLatin1String("icon")].toString(),
-                            QKeySequence(row[QLatin1String("key")].toString()),
-                            QCoreApplication::translate("ToolCatalogue", description.constData())});
+        std::vector<ToolAppearance> known;
+        for (const HostTool& tool : HostTools()) {
+            known.push_back({QString::fromLatin1(tool.name),
+                             QString::fromLatin1(tool.icon),
+                             QKeySequence(QString::fromLatin1(tool.key)),
+                             QCoreApplication::translate("ToolCatalogue", tool.description)});
         }
-        return read;
+        return known;
     }();
     return tools;
 }

@@ -19,7 +19,7 @@ struct ToolAppearance {
     QString description;
 };
 
-/// The tools of resources/tools.json, in the order of the file.
+/// The tools that the host describes (HostTools), in that order.
 const std::vector<ToolAppearance>& KnownTools();
 /// The presentation of any tool.
 ToolAppearance AppearanceOf(const QString& toolName);

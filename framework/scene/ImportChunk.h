@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/multires/LevelGeometry.h"
+#include "framework/nodes/SceneStream.h"
+
+#include <string>
+
+namespace trovik {
+
+/// Chunk IMPT: the imported positions of level 0, as differences from the current ones; or the
+/// whole imported mesh if level 0 has other faces by now. \param scenePath  of the scene file.
+/// \throw Cancelled; so does ReadImportChunk.
+void WriteImportChunk(SceneStream& stream,
+                      const LevelGeometry& geometry,
+                      const PolygonMesh& imported,
+                      const std::string& scenePath,
+                      JobControl* job);
+/// Reads the imported mesh and gives it this name. \param isOther  set to true if its faces are not
+/// those of level 0. The mesh then has attributes of its own; otherwise they are those of level 0.
+PolygonMesh ReadImportChunk(SceneStream& stream,
+                            const LevelGeometry& geometry,
+                            const std::string& name,
+                            const std::string& scenePath,
+                            bool& isOther,
+                            JobControl* job);
+
+}  // namespace trovik
