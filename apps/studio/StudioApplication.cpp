@@ -276,7 +276,7 @@ void StudioApplication::WhenOpened() {
 
 void StudioApplication::FindRecovery() {
     const QString folder = StudioFolders::Journals();
-    // Reading journals can take long.
+    // Reading journals can take a long time.
     QThreadPool::globalInstance()->start([this, folder] {
         auto works = std::make_shared<std::vector<RecoverableWork>>(FindRecoverableWork(folder));
         RemoveLeftovers(folder.toStdString());
@@ -338,7 +338,7 @@ void StudioApplication::OpenFirst() {
 
 void StudioApplication::Start() {
     window->show();
-    // Before a file is opened that the work may have started from.
+    // Offers recovery before opening a file, because the lost work may have started from that file.
     if (MayAsk())
         FindRecovery();
     else

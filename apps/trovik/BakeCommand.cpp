@@ -144,7 +144,8 @@ void AddBakeCommand(CLI::App& program) {
         ->check(CLI::IsMember({"tangent", "object"}));
     verb->add_option("--from", options->from, "Level that is baked (default: the highest)")
         ->check(CLI::Range(0, 100));
-    verb->add_option("--to", options->bake.to, "Level to which the map applies (default: 0)")
+    verb->add_option(
+            "--to", options->bake.to, "Level to which the map will be applied (default: 0)")
         ->check(CLI::Range(0, 100));
     verb->add_option("--size", options->size, "Size in texels: one side, or width and height")
         ->expected(1, 2)

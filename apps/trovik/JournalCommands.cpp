@@ -64,7 +64,7 @@ struct HistoryOptions {
     bool untilDamage = false;
 };
 
-/// Reads the journal, or the journal next to a scene, which starts from that scene.
+/// Reads the journal; for a scene, reads the journal next to it, which must start from that scene.
 JournalContent JournalOf(const HistoryOptions& options) {
     if (!IsScenePath(options.file)) return ReadJournal(options.file, options.untilDamage);
     const std::string journalPath = options.file + ".journal";

@@ -64,7 +64,7 @@ nlohmann::json AttributeJson(const PolygonMesh& polygons) {
             {"up", UpAxisName(attributes.space.up)}};
 }
 
-/// A mesh as stored in its file, and the level 0 that it becomes.
+/// A mesh as stored in its file, and the level 0 that is created from it.
 struct MeshInfo {
     std::size_t vertices = 0;
     std::size_t faces = 0;

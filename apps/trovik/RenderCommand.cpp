@@ -31,9 +31,9 @@ struct RenderArguments {
     std::string mesh;
     std::string picture;
     unsigned levels = 0;
-    /// Three numbers each, or empty if not given.
+    /// Each list has three numbers, or is empty if the option is not given.
     std::vector<float> from, eye, target, up;
-    /// 0 if not given.
+    /// 0 if the option is not given.
     float fieldOfView = 0.0f;
     std::string shading;
     /// 0 for a single image.
@@ -177,13 +177,14 @@ void AddRenderCommand(CLI::App& program) {
     verb->add_option("picture", options->picture, "Image file (PNG, JPEG, TIFF)")->required();
     verb->add_option("--levels", options->levels, "Subdivision levels to add")
         ->check(CLI::Range(0u, 12u));
-    auto* from = verb->add_option("--from",
-                                  options->from,
-                                  "Direction from the mesh to the eye; frames the whole mesh")
-                     ->expected(3);
+    auto* from =
+        verb->add_option("--from",
+                         options->from,
+                         "Direction from the mesh to the camera; the camera frames the whole mesh")
+            ->expected(3);
     auto* eye =
         verb->add_option("--eye", options->eye, "Position of the eye")->expected(3)->excludes(from);
-    verb->add_option("--target", options->target, "Point that the eye looks at")
+    verb->add_option("--target", options->target, "Point that the camera looks at")
         ->expected(3)
         ->needs(eye);
     verb->add_option("--up", options->up, "Up direction in the image")->expected(3);

@@ -89,7 +89,7 @@ std::string PreferencesFile(const SculptOptions& options) {
     return std::filesystem::exists(file, ignored) ? file : "";
 }
 
-/// Reports the errors of a script. \throw HostError if there are any.
+/// Reports the errors in a script. \throw HostError if there are any.
 void Check(ScriptRunner& runner, const SculptOptions& options) {
     const std::vector<std::string> faults = runner.Check();
     if (options.json) PrintJson({{"script", options.script}, {"errors", faults}});

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Document operations after a stroke on planes of 1, 4 and 16 million quads: undoing and redoing
-/// the stroke, switching to the level below, and switching to the level above if it has detail that
-/// rotates with the surface. The cost should depend on the stroke, not on the mesh. The first
-/// argument of each benchmark is the number of subdivisions of a plane of 16 x 16 quads; the second
-/// is the number of vertices under the dab. `copy` is the lower bound for switching to the level
-/// above: it copies the positions and normals of the fine vertices that move with the coarse ones.
+/// Measures document operations after a stroke on planes of 1, 4 and 16 million quads: undoing and
+/// redoing the stroke, switching to the level below, and switching to the level above if it has
+/// detail that rotates with the surface. The cost should depend on the stroke, not on the mesh. The
+/// first argument of each benchmark is the number of subdivisions of a plane of 16 x 16 quads; the
+/// second is the number of vertices under the dab. `copy` is the lower bound for switching to the
+/// level above: it copies the positions and normals of the fine vertices that move with the coarse
+/// ones.
 #include "framework/document/Document.h"
 #include "framework/strokes/DabAtHit.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The cost of recording a stroke in the journal, in an undo step and in a layer. Each
-/// benchmark applies the same stroke of about forty dabs. Compare ratios within one run, not
+/// \file Measures the cost of recording a stroke in the journal, in an undo step and in a layer.
+/// Each benchmark applies the same stroke of about forty dabs. Compare ratios within one run, not
 /// absolute times, or count instructions: valgrind --tool=callgrind journal-bench
 /// --benchmark_filter=... .
 #include "framework/script/ScriptDocument.h"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The same dab on increasingly large meshes. The cost of a dab, a pick and a refit must not
-/// grow with the mesh. The cost of refining, saving and loading may grow in proportion to the mesh,
-/// but no faster.
+/// \file Measures the same dab on increasingly large meshes. The cost of a dab, a pick and a refit
+/// must not grow with the mesh. The cost of refining, saving and loading may grow in proportion to
+/// the mesh, but no faster.
 ///
 ///    trovik-ladder OUT.json [MILLIONS...]     e.g. 1 4 16 64; the default is 1 4 16
 ///

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Complete dabs: walk, choice of the patch level, kernels, ghost cells, normals, dirty box.
+/// \file Measures complete dabs: traversal, choice of the patch level, kernels, ghost cells,
+/// normals and dirty box.
 #include "bench/stroke/DabScene.h"
 
 #include <string>

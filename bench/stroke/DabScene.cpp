@@ -23,7 +23,7 @@ float RadiusFor(int64_t vertices) {
     return static_cast<float>(std::sqrt(static_cast<double>(vertices) / 3.14159265) / cellsPerUnit);
 }
 
-/// Returns the number of grid points within the radius of a grid point.
+/// Returns the number of grid points within a radius around a grid point.
 int64_t PointsWithin(float radius) {
     const double reach = static_cast<double>(radius) * cellsPerUnit;
     const auto whole = static_cast<int64_t>(reach);

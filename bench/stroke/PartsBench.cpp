@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The individual parts of a dab, run on the patches of a dab: kernels, ghost cells and
-/// normals. The kernel is also compared with a version that uses run-time switches.
+/// \file Measures the individual parts of a dab on the patches that it visits: kernels, ghost cells
+/// and normals. The kernel is also compared with a version that uses run-time switches.
 #include "bench/stroke/DabScene.h"
 #include "kernels/PatchKernelTable.h"
 #include "kernels/VertexStep.h"

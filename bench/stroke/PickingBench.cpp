@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Picking on the benchmark mesh, and refitting the boxes after a dab.
+/// \file Measures picking on the benchmark mesh, and refitting the boxes of its pick tree after a
+/// dab.
 #include "bench/stroke/DabScene.h"
 #include "framework/picking/PatchTree.h"
 

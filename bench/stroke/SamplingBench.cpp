@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Finding the direction or plane of a dab: along a cross through the hit, or over the whole
-/// area.
+/// \file Measures how long it takes to sample the direction or plane of a dab: along a cross
+/// through the hit, or over the whole area.
 #include "bench/stroke/DabScene.h"
 
 namespace trovik::bench {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The cost of a stroke apart from its dabs: its start, its end including the creation of the
-/// undo step, and undo.
+/// \file Measures the cost of a stroke apart from its dabs: its start, its end including the
+/// creation of the undo step, and undo.
 #include "bench/stroke/DabScene.h"
 
 namespace trovik::bench {

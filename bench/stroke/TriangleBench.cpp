@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Dabs on triangle meshes. Such meshes have no patches, so the step runs vertex by vertex
-/// with run-time switches, and the normals are computed by a walk around each vertex.
+/// \file Measures dabs on triangle meshes. Such meshes have no patches, so the step runs vertex by
+/// vertex with run-time switches, and the normals are computed by a walk around each vertex.
 #include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 

@@ -178,7 +178,8 @@ void BakeCanvas::PadEdge(const TilePoint& from,
     const auto inside = [repeat](double texel, double size) {
         return static_cast<std::size_t>(repeat ? texel - std::floor(texel / size) * size : texel);
     };
-    // The counters are whole numbers, which may exceed the range of integers for tiled coordinates.
+    // The loop counters are whole numbers stored as doubles, because tiled coordinates may exceed
+    // the range of integers.
     // NOLINTNEXTLINE(clang-analyzer-security.FloatLoopCounter)
     for (double y = first(ay, dy); y <= last(ay, dy, height); y += 1.0) {
         // NOLINTNEXTLINE(clang-analyzer-security.FloatLoopCounter)

@@ -43,11 +43,12 @@ public:
         std::uint32_t samplesPerSide = 2;
         /// Whether values are directions; if so, the value of each texel is normalised.
         bool directions = false;
-        /// Distance from an island's edge, in texels, up to which uncovered texels are filled.
+        /// Padding width: uncovered texels within this distance, in texels, from an island's edge
+        /// are filled.
         std::uint32_t padding = 0;
-        /// Whether surfaces that cross an edge of the tile continue at the opposite edge; otherwise
-        /// they are clipped. With this option, quads must lie within -1 to 2 and be no larger than
-        /// the tile.
+        /// Whether surfaces that cross an edge of the tile wrap around to the opposite edge;
+        /// otherwise they are clipped. With this option, quads must lie within -1 to 2 and be no
+        /// larger than the tile.
         bool repeat = false;
     };
     explicit BakeCanvas(const Options& options);
@@ -89,7 +90,7 @@ private:
     std::int64_t step;
     unsigned stepBits;
     bool lastOverlapped = false;
-    /// For each texel, one bit per covered sample, and overlapBit.
+    /// For each texel, one bit per covered sample, and overlapBit if a sample was covered twice.
     static constexpr std::uint32_t overlapBit = 1u << 31;
     std::vector<std::uint32_t> taken;
     std::vector<float> sums;

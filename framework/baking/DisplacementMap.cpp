@@ -19,7 +19,7 @@ struct Between {
 };
 
 /// \param position  in texels from the outer edge of the first texel. \param repeat  whether the
-/// first texel follows the last.
+/// map repeats, so that the first texel follows the last one.
 Between BetweenTexels(double position, std::uint32_t size, bool repeat) {
     const double centred = position - 0.5;
     const double below = std::floor(centred);

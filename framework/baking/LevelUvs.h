@@ -21,7 +21,7 @@ public:
         uvs = FaceValues(uvs, baseCorners, level, face);
         return true;
     }
-    /// Like Of, for a face of level 0.
+    /// Like Of, but for a face of level 0.
     bool OfBase(std::uint32_t baseFace, CornerValues<2>& uvs) const;
     /// Returns the level-0 ancestor of a face of the level.
     std::uint32_t BaseOf(std::uint32_t face) const { return BaseFace(baseCorners, level, face); }

@@ -177,7 +177,7 @@ private:
         return corners;
     }
 
-    /// Whether the side is a UV seam: the neighbour across it is not adjacent in the texture.
+    /// Whether the side is a UV seam, that is, the face across it is not adjacent in the texture.
     bool IsIslandEdge(std::uint32_t face, std::uint32_t side) const {
         const std::uint32_t across = level.QuadEdgeNeighbour(face, side);
         if (across == openBorder) return true;
@@ -219,7 +219,7 @@ BakedMap BakeMap(LevelGeometry& geometry,
     if (numbers.empty())
         throw HostError("no face of the mesh has texture coordinates (UVs) at all its corners");
 
-    // Evaluates the levels in the state after switching to `from` and then to `to`.
+    // The levels are evaluated in the state that results from binding `from` and then `to`.
     const BoundLevel atFrom(geometry, map.from, job);
     const BoundLevel atTo(geometry, map.to, job);
     LevelMesh& fine = *geometry.Level(map.from);

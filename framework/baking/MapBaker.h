@@ -18,18 +18,19 @@ struct BakeOptions {
     MapSpace space = MapSpace::Tangent;
     /// The level whose shape is baked into the map; by default the highest level.
     std::optional<std::uint32_t> from = {};
-    /// The level to which the map will be applied; below `from`.
+    /// The level to which the map will be applied; it must be below `from`.
     std::uint32_t to = 0;
     /// Texels, 1 to 16384 each.
     std::uint32_t width = 1024;
     std::uint32_t height = 1024;
     /// Samples per texel: 1, 4 or 16.
     std::uint32_t samples = 4;
-    /// Distance from an island's edge, in texels, up to which uncovered texels are filled from that
-    /// edge; at most 256.
+    /// Padding width: uncovered texels within this distance, in texels, from an island's edge are
+    /// filled from that edge. At most 256.
     std::uint32_t padding = 8;
     /// Whether the texture repeats: faces outside 0 to 1 are wrapped, and surfaces that cross an
-    /// edge of the map continue at the opposite edge. Without this option, such faces are rejected.
+    /// edge of the map wrap around to the opposite edge. Without this option, such faces are
+    /// rejected.
     bool repeat = false;
 };
 
@@ -54,7 +55,7 @@ struct BakedMap {
     std::optional<std::uint32_t> overlappingFace = {};
 };
 
-/// Bakes the difference between level `from` and level `to` into a map over the UVs of the mesh.
+/// Bakes the difference between level `from` and level `to` into a map, using the mesh's UVs.
 ///
 /// The reference surface S is level `to`, refined by Catmull-Clark steps to the resolution of level
 /// `from` without the detail of the levels in between. Every vertex of `from` has a counterpart on

@@ -17,7 +17,7 @@ class JobControl;
 struct DisplacementOptions {
     /// An image file; with `<UDIM>` in its name, one file per tile.
     std::string path;
-    /// Displacement (reads the first channel) or Vector (reads the first three).
+    /// Displacement (reads the first channel) or Vector (reads the first three channels).
     std::optional<MapKind> kind = {};
     std::optional<MapSpace> space = {};
     /// A pixel value v represents the displacement (v - mid) * scale, in mesh units.
@@ -39,10 +39,10 @@ struct DisplacementOptions {
 /// that the surface does not tear. The mask weight reduces the displacement. If a layer is active,
 /// the displacement is recorded in the layer, so the layer's strength scales it.
 /// \return the number of vertices moved; if it is 0, there is no undo step.
-/// \throw HostError, with nothing changed: missing UVs, UVs outside the map, a missing image, an
-/// image with too few channels, a normal map, or an active layer that is hidden or locked. Error if
-/// an allocation fails. Cancelled, with nothing changed; the operation cannot be cancelled once the
-/// first vertex has moved.
+/// \throw HostError, with nothing changed, if the mesh has no UVs or UVs outside the map, if the
+/// image is missing, has too few channels or is a normal map, or if the active layer is hidden or
+/// locked. Error if an allocation fails. Cancelled, with nothing changed; the operation cannot be
+/// cancelled once the first vertex has moved.
 TROVIK_API std::uint64_t DisplaceByMap(LevelGeometry& geometry,
                                        const DisplacementOptions& options,
                                        JobControl* job = nullptr);

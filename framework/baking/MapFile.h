@@ -20,10 +20,10 @@ struct MapFileOptions {
     /// `.exr` (floats), `.png` (16 bits), `.tif` or `.tiff` (either); with `<UDIM>` in the name,
     /// one file per tile.
     std::string path;
-    /// By default, floats in .exr files and 16 bits in all others.
+    /// By default, .exr files store floats and all others store 16 bits.
     std::optional<MapBits> bits = {};
-    /// For 16 bits: displacements of plus and minus this size map to 1 and 0. By default, the
-    /// largest displacement.
+    /// For 16 bits: the displacements +range and -range are stored as 1 and 0. By default, the
+    /// range is the largest displacement.
     std::optional<float> range = {};
 };
 
@@ -42,8 +42,8 @@ struct MapReport {
     std::string warning;
 };
 
-/// The number format of a map file. \throw HostError if the file name or the range does not support
-/// it.
+/// Returns the number format of a map file. \throw HostError if the file name or the range does not
+/// support it.
 TROVIK_API MapBits BitsFor(const MapFileOptions& file);
 
 /// Bakes a map (BakeMap) and writes it to a file, with a line of text that describes its values

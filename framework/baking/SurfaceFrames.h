@@ -64,8 +64,8 @@ public:
     SurfaceFrame Frame(std::uint32_t number) const;
     std::uint32_t VertexOf(std::uint32_t number) const { return frames[number].vertex; }
     const std::array<float, 2>& UvOf(std::uint32_t number) const { return frames[number].uv; }
-    /// To iterate over the frames of a vertex: the first frame and the one after a given frame, or
-    /// `none` at the end.
+    /// FirstOf and After iterate over the frames of a vertex: they return the first frame and the
+    /// frame after a given one, or `none` at the end.
     std::uint32_t FirstOf(std::uint32_t vertex) const { return firstFrames[vertex]; }
     std::uint32_t After(std::uint32_t number) const { return frames[number].next; }
 

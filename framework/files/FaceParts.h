@@ -13,7 +13,7 @@
 namespace trovik {
 
 /// The faces of a source, divided into parts with the same group, the same material, or both. Parts
-/// are ordered by their first face. A source without groups and materials has one part.
+/// are ordered by their first face. A source without groups or materials has one part.
 class TROVIK_API FaceParts {
 public:
     enum Keys : unsigned { ByGroup = 1, ByMaterial = 2 };

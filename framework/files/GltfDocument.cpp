@@ -70,7 +70,7 @@ std::string WithJson(std::string_view content, std::string json) {
     return changed;
 }
 
-/// Returns the first line, because messages have one line.
+/// Returns the first line, because error messages consist of one line.
 std::string FirstLine(const std::string& text) {
     const std::string line = text.substr(0, text.find('\n'));
     std::string shown;

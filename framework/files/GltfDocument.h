@@ -11,7 +11,7 @@ namespace trovik {
 
 /// A parsed glTF file, text (.gltf) or binary (.glb). The format is detected from the first bytes.
 ///
-/// Referenced buffers are read if GltfBuffers permits it; images are not read.
+/// Referenced buffers are read if GltfBuffers permits their location; images are not read.
 /// \throw HostError with the file and the reason; Cancelled, if the job is cancelled while the file
 /// is being read.
 class GltfDocument {

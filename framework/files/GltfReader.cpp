@@ -109,7 +109,7 @@ private:
     struct Vertices {
         /// Null if no primitive has been read.
         const tinygltf::Primitive* primitive = nullptr;
-        /// The numbers of these vertices in the mesh.
+        /// The indices of these vertices in the mesh.
         std::vector<std::uint32_t> numbers;
         /// UV index of the first vertex; SurfaceAttributes::none if there are no UVs.
         std::uint32_t firstUv = SurfaceAttributes::none;
@@ -138,7 +138,7 @@ private:
         return read;
     }
 
-    /// Adds the file's vertices and returns their numbers in the mesh.
+    /// Adds the file's vertices and returns their indices in the mesh.
     std::vector<std::uint32_t> AddVertices(const std::vector<std::array<float, 3>>& positions,
                                            const GltfTransform& transform,
                                            const GltfLocation& location) {

@@ -25,7 +25,7 @@ public:
             Word(std::bit_cast<std::uint32_t>(number));
         }
     }
-    /// Call it after the last number; pads the last base64 group.
+    /// Pads the last base64 group. Call it after the last number.
     void End() {
         if (held > 0) {
             const std::size_t letters = held + 1;

@@ -21,7 +21,7 @@ struct PlacedMaterialFiles {
 /// into that folder, and the texture paths in the copy are adjusted so that they refer to the same
 /// images. A copy starts with a comment that contains the path of the original, relative to the OBJ
 /// file's folder. A copy replaces an earlier copy of the same original. If the name is taken by any
-/// other file or by a symbolic link, "-2", "-3" and so on is appended to the name. An identical
+/// other file or by a symbolic link, "-2", "-3" or a higher number is appended to it. An identical
 /// copy is not rewritten. A file that is missing, unreadable, longer than 16 MiB, not named *.mtl
 /// or not text is not copied; it is referenced by its relative path.
 ///

@@ -23,7 +23,8 @@ TROVIK_API PolygonMesh ReadMeshFile(const std::string& path, JobControl* job = n
 
 /// Writes a mesh file. The extension, in upper or lower case, selects the format. PLY files are
 /// binary little-endian; STL files are binary.
-/// \throw HostError for any other extension, or with the file and the system's reason.
+/// \throw HostError for any other extension, and if writing fails, with the file and the system's
+/// reason.
 TROVIK_API void WriteMeshFile(const std::string& path, const PolygonMesh& mesh);
 
 /// The encoding of the numbers in a PLY file.
@@ -122,10 +123,10 @@ TROVIK_API void RequireWritableMesh(const std::string& path);
 
 /// Writes a mesh in the format that the extension selects; see docs/mesh-files.md.
 /// \return the additional files that were written: for OBJ, copies of material files.
-/// \throw HostError for any other extension, for non-finite numbers, or with the file and the
-/// system's reason. Memory: a few megabytes in addition to the source's memory, regardless of the
-/// size of the mesh. glTF files of meshes with UV seams need 8 more bytes per vertex; glTF and USD
-/// files of meshes with groups or materials need up to 64 MiB.
+/// \throw HostError for any other extension, for non-finite numbers, and if writing fails, with the
+/// file and the system's reason. Memory: a few megabytes in addition to the source's memory,
+/// regardless of the size of the mesh. glTF files of meshes with UV seams need 8 more bytes per
+/// vertex; glTF and USD files of meshes with groups or materials need up to 64 MiB.
 TROVIK_API std::vector<std::string> WriteMeshFile(const std::string& path,
                                                   const MeshSource& source,
                                                   JobControl* job = nullptr);

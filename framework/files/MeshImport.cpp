@@ -105,8 +105,9 @@ void FinishImport(PolygonMesh& mesh,
     }
     if (dropped.count > 0) {
         if (mesh.faceSizes.empty()) {
-            throw HostError(path + ": the mesh has no faces except " +
-                            std::to_string(dropped.count) + " with two corners at the same vertex");
+            throw HostError(path +
+                            ": the mesh has only faces with two corners at the same vertex (" +
+                            std::to_string(dropped.count) + ")");
         }
         mesh.notes.push_back(NoteOf(dropped));
     }

@@ -63,7 +63,7 @@ private:
             AddFace(rest);
         } else if (keyword == "o" || keyword == "g") {
             groups.Choose(Trimmed(rest));
-            // If a line names several groups, the first one names the mesh.
+            // If a line lists several groups, the mesh gets the name of the first one.
             NameBy(keyword == "g" ? TakeWord(rest) : rest, keyword == "o");
         } else if (keyword == "usemtl") {
             materials.Choose(Trimmed(rest));

@@ -72,8 +72,8 @@ void WriteVertices(OutputFile& file, const MeshSource& source, JobControl* job) 
     });
 }
 
-/// Writes an `s` line when the smoothing group changes between faces. The format cannot unset a
-/// group, so faces without a group are written as `s off` if an earlier face had one.
+/// Writes an `s` line when the smoothing group changes between faces. A group applies to all faces
+/// up to the next `s` line, so `s off` precedes faces without a group if an earlier face had one.
 class SmoothingChange {
 public:
     void Write(OutputFile& file, const std::vector<std::uint32_t>& groups, std::size_t face) {

@@ -35,7 +35,7 @@ PlyVertexTargets FindPlyVertexTargets(const std::string& path, const PlyElement&
                 return entry.first == property.name;
             });
         int slot = name == std::end(Names) || property.isList ? -1 : name->second;
-        // If several properties stand for the same number, the first one is used.
+        // If several properties provide the same number, the first one is used.
         if (slot >= 0 && found[static_cast<std::size_t>(slot)]) {
             slot = -1;
         }

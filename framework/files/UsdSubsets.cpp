@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* MaterialScope = "Materials";
 
-/// Returns the metadata of a prim in parentheses, or an empty string if it has none.
+/// Returns a prim's metadata, enclosed in parentheses, or an empty string if it has none.
 std::string Metadata(const std::string& name, const std::string& prim, bool isBound) {
     std::string lines;
     if (isBound) {

@@ -18,7 +18,7 @@ ContentHash HashFile(const std::string& path, JobControl* job) {
         const auto size = static_cast<std::size_t>(std::min(pieceBytes, file.Remaining()));
         const unsigned char* piece = file.Take(size);
         if (piece == nullptr) {
-            throw HostError("cannot read " + path + ": it was truncated while it was read");
+            throw HostError("cannot read " + path + ": it was truncated while it was being read");
         }
         hash.addData(QByteArrayView(piece, static_cast<qsizetype>(size)));
     }

@@ -25,8 +25,8 @@ public:
 
     /// Returns the current implementation; initially, that of the system.
     static DiskCalls& Current();
-    /// Sets the implementation for all files that are written from now on; null selects the
-    /// system's. Borrowed. Must not be called while files are being written.
+    /// Sets the implementation for all files written after this call; null selects the system's.
+    /// Borrowed. Must not be called while files are being written.
     static void Use(DiskCalls* calls);
 };
 

@@ -9,9 +9,9 @@
 
 namespace trovik {
 
-/// Parses a decimal text to the nearest float, independently of the locale. Values that are too
-/// small become a signed zero, and values that are too large become an infinity; `nan` and `inf`
-/// are accepted.
+/// Parses a decimal number and rounds it to the nearest float, independently of the locale. Values
+/// that are too small become a signed zero, and values that are too large become an infinity; `nan`
+/// and `inf` are accepted.
 /// \return false unless the whole text is a number.
 inline bool ParseFloat(std::string_view text, float& value) {
     // A plus sign is common in files, but std::from_chars rejects it.

@@ -87,10 +87,11 @@ public:
     bool IsInteractive() const { return options.isInteractive; }
     /// Whether the journal is still being written.
     bool IsAlive() const { return writer != nullptr; }
-    /// Why the journal is not being written, in one line; empty while it is, and after Close.
+    /// The reason why the journal is not being written, as one line; empty while it is being
+    /// written, and after Close.
     const std::string& Failure() const { return failure; }
-    /// Ends the journal if its file was removed or replaced: records would be lost with it. Each
-    /// end of a step and a stroke checks this, too. Cost: one system call.
+    /// Ends the journal if its file was removed or replaced, because further records would be lost.
+    /// The end of each step and stroke also checks this. Cost: one system call.
     void RequireFile();
     const std::string& Path() const { return options.path; }
     /// Returns the reason why the journal ended early, as one line, and clears it; empty if there

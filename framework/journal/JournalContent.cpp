@@ -137,8 +137,8 @@ private:
         return content.steps.back();
     }
 
-    /// Returns the current part of the open stroke that is not part of a step, after starting a
-    /// part if there is none.
+    /// Returns the current part of the open stroke, which is not part of a step; starts a new part
+    /// if there is none.
     JournalStep& OpenStroke() {
         if (inStep) Refuse("stroke record inside a step");
         if (!inStrokePart) Start(JournalStep());

@@ -24,7 +24,8 @@ struct JournalBase {
     ContentHash content;
     /// Name and version of the program.
     std::string program;
-    /// Steps that restore earlier settings missing from the source; null if there are none.
+    /// Steps that restore settings which the format of the source does not store; null if there are
+    /// none.
     nlohmann::json carried;
     /// Absolute path of the folder for files that the script writes; empty in journals of old
     /// versions, which did not record it.
@@ -35,7 +36,7 @@ struct JournalBase {
 
 TROVIK_API nlohmann::json ToJson(const JournalBase& base);
 
-/// A file identified by path and content.
+/// A file, identified by its path and content.
 struct JournalFile {
     std::string path;
     ContentHash content;
@@ -106,9 +107,9 @@ TROVIK_API JournalContent ReadJournal(const std::string& path, bool untilDamage 
 /// JournalOptions::isInteractive. \param source  JournalBase::source.
 TROVIK_API std::string KeptSourceOf(const std::string& journalPath, const std::string& source);
 
-/// Whether the steps from this one on can be repeated from a scene that was saved before it: a
-/// scene has no undo history, so none of them may undo or redo a step from before it. May return
-/// false even if the steps can be repeated, but never returns true if they cannot.
+/// Whether this step and all later ones can be repeated from a scene that was saved before this
+/// step. A scene has no undo history, so none of them may undo or redo a step from before the save.
+/// May return false even if the steps can be repeated, but never returns true if they cannot.
 TROVIK_API bool CanStartAt(const JournalContent& content, std::size_t step);
 
 /// Returns a summary of a step for lists, with the fields "step", "dabs", "vertices", "undoBytes"

@@ -28,8 +28,8 @@ struct JournalRecord {
 /// and it is reported as a note. Anything else is damage.
 class TROVIK_API JournalReader {
 public:
-    /// \throw HostError "FILE: byte N: reason" for a file that is not a journal, or has an
-    /// unsupported version.
+    /// \throw HostError "FILE: byte N: reason" for a file that is not a journal or whose version is
+    /// not supported.
     explicit JournalReader(const std::string& path);
 
     const std::string& Path() const { return path; }

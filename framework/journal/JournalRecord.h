@@ -59,8 +59,8 @@ struct DabMark {
 
 struct StepEnd {
     uint32_t dabs;
-    /// 1 if the step ended with an error after some of its work was done; 2 if it was cancelled and
-    /// changed nothing except by its dabs. For a stroke, 1 if it was cancelled or failed; see
+    /// 1 if the step ended with an error after doing some of its work; 2 if it was cancelled and
+    /// its completed dabs are its only effect. For a stroke, 1 if it was cancelled or failed; see
     /// StrokeInputListener::OnStrokeEnded.
     uint32_t failed;
     uint64_t vertices;

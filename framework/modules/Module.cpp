@@ -14,8 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Its address is inside this library. The address of an exported function may be in the executable
-/// instead.
+/// A variable whose address is always inside this library; that of an exported function may be
+/// inside the executable instead.
 const char insideThisLibrary = 0;
 
 [[noreturn]] void ThrowModuleError(const std::string& path,

@@ -44,8 +44,8 @@ private:
     const std::vector<RenderMesh>& meshes;
     /// Positions in library units, one array per mesh, each with four floats of padding at the end.
     std::vector<std::vector<float>> positions;
-    /// Vertex indices of each mesh with those of hidden faces replaced; empty for a mesh without
-    /// hidden faces.
+    /// Vertex indices of each mesh, in which all indices of hidden faces refer to the non-finite
+    /// vertex in the padding; empty for a mesh without hidden faces.
     std::vector<std::vector<uint32_t>> visibleFaces;
     /// World units per library unit, a power of two, and its inverse.
     float unit = 1.0f;

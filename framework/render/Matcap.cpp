@@ -28,7 +28,7 @@ struct Recipe {
     /// (0 .. 1).
     Vector light;
     float softness;
-    /// Added towards the rim of the sphere.
+    /// Colour added towards the rim of the sphere.
     Vector rim;
     float rimSharpness;
     Lobe lobes[2];

@@ -25,7 +25,7 @@ enum class ShadingMode : int {
     Uv,
 };
 
-/// Returns the names of the modes in commands and scripts, in the order of the enumeration.
+/// Returns the mode names that commands and scripts use, in the order of the enumeration.
 TROVIK_API const std::vector<std::string>& ShadingModeNames();
 /// \throw HostError for a name that is not in ShadingModeNames.
 TROVIK_API ShadingMode ShadingModeOf(const std::string& name);

@@ -4,7 +4,7 @@
 namespace trovik {
 
 /// Returns the light that a surface receives from a wide source, relative to a surface that faces
-/// the source. It is 1 if the normal points to the centre of the source and decreases to 0 where
+/// the source. It is 1 if the normal points to the centre of the source and falls off to 0 where
 /// the whole source is below the horizon. This is the mean of max(0, c) over cosines c that are
 /// evenly distributed within `softness` of `cosine`. The slope is continuous, so that the edge of
 /// the light is not visible as a line on a smooth surface.

@@ -32,7 +32,7 @@ constexpr float noiseLimit = 9.0f;
 /// Squared difference that counts as noise regardless of the variance: about one byte step.
 constexpr float minNoise = 2e-5f;
 
-/// Decreases smoothly from 1 at 0 to 0 at 1 and beyond.
+/// Falls off smoothly from 1 at 0 to 0 at 1, and stays 0 beyond 1.
 float Falloff(float square) {
     const float rest = 1.0f - square;
     return rest > 0.0f ? rest * rest : 0.0f;
@@ -74,8 +74,8 @@ public:
         }
     }
 
-    /// Calls `work(x, y)` for each pixel that shows a surface, on all threads. The phase checks for
-    /// cancellation between rows, and counts all rows at the end.
+    /// Calls `work(x, y)` on all threads, once for each pixel that shows a surface. The phase
+    /// checks for cancellation between rows, and counts all rows at the end.
     template <typename Work>
     void ForEach(JobPhase& phase, Work work) const {
         const std::thread::id caller = std::this_thread::get_id();

@@ -45,7 +45,7 @@ inline constexpr int filterReach = 16;
 ///
 /// Uses all threads; the result does not depend on their number.
 /// \throw Cancelled.
-/// \param guides, values  row by row, `width` * `height` of each.
+/// \param guides, values  `width` * `height` entries each, row by row.
 TROVIK_API void FilterVisibility(int width,
                                  int height,
                                  const std::vector<PixelGuide>& guides,

@@ -20,9 +20,9 @@ void WriteBrushChunk(SceneStream& stream, BrushOperation& brush);
 /// Loads the tools in the chunk into a new brush. Each tool is activated, which applies its
 /// defaults, before its data is read, so that values missing from an older file keep their
 /// defaults.
-/// \param brush  null to read only the tool names into `tools`. If the brush is of another class
-/// than the brush in the file, its settings are skipped; so are tools that the class does not have.
-/// Each case adds a line to `notes`.
+/// \param brush  null to read only the tool names into `tools`. If its class differs from that of
+/// the brush in the file, all settings are skipped; otherwise, only tools that the class does not
+/// have are skipped. Each case adds a line to `notes`.
 void ReadBrushChunk(SceneStream& stream,
                     BrushOperation* brush,
                     std::vector<std::string>& tools,

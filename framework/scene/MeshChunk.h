@@ -24,8 +24,8 @@ void WriteGeometryChunk(SceneStream& stream,
                         const std::string& name);
 GeometryChunk ReadGeometryChunk(SceneStream& stream);
 
-/// Chunk LEVL: the positions, normals, freeze bytes and face flags of one level, and its values as
-/// of the last update of the levels above and below.
+/// Chunk LEVL: the positions, normals, freeze bytes and face flags of one level, and the values
+/// that it had when the levels above and below were last updated.
 /// \throw Cancelled.
 void WriteLevelChunk(SceneStream& stream, LevelGeometry& geometry, uint32_t index, JobControl* job);
 

@@ -52,11 +52,11 @@ public:
     /// \param job  receives the progress of the constructor and of Next, which throw Cancelled; may
     /// be null. Borrowed.
     explicit SceneReader(const std::string& path, JobControl* job = nullptr);
-    /// Reads the next chunk. \return false after the last one.
+    /// Reads the next chunk. \return false after the last chunk.
     bool Next();
     /// Name of the current chunk.
     const std::string& Name() const { return name; }
-    /// Calls `read` with the content of the current chunk, which is valid until the next call of
+    /// Calls `read` with the content of the current chunk, which is valid until the next call to
     /// Next, and checks that all of it was read. The file, the byte and the chunk are added to
     /// errors that `read` throws.
     void Read(const std::function<void(SceneStream& content)>& read);
@@ -110,8 +110,8 @@ void WriteGathered(SceneStream& stream, uint64_t count, ValueOf valueOf) {
     phase.Finish();
 }
 
-/// Reads values written by WriteValues, and reports them to the stream's job. \throw Error* before
-/// memory is allocated if the stream is too short.
+/// Reads values written by WriteValues, and reports them to the stream's job. \throw Error*, before
+/// any memory is allocated, if the stream is too short.
 template <typename T>
 std::vector<T> ReadValues(SceneStream& stream, uint64_t count) {
     stream.Expect(count, sizeof(T));

@@ -112,7 +112,7 @@ TEST(BakeCanvasTest, PaddingContinuesTheValuesAlongTheEdge) {
 }
 
 TEST(BakeCanvasTest, SharedEdgesBelongToExactlyOneTriangle) {
-    // Edges through texel centres, and slanted edges.
+    // Some edges pass through texel centres, and some are slanted.
     for (const std::uint32_t samples : {1u, 2u, 4u}) {
         BakeCanvas canvas(Small(16, samples, 0));
         const auto at = [](double x, double y) { return TilePoint{x / 16.0, 1.0 - y / 16.0}; };

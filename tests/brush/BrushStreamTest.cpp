@@ -9,8 +9,8 @@
 namespace trovik::test {
 namespace {
 
-/// The number of bytes after those of the base class: rate, bilinear and the three values of class
-/// version 1.
+/// The number of bytes that follow the base class's data: rate, bilinear and the three values of
+/// class version 1.
 constexpr std::size_t ownBytes = 4 + 1 + 3;
 
 std::size_t BaseBytes(SwiftStroke& brush) {

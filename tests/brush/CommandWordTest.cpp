@@ -46,7 +46,7 @@ TEST_F(CommandWord, AnotherWordChangesNothing) {
 TEST_F(CommandWord, OnlyAChangeOfThatAttributeCounts) {
     SwiftStroke brush;
     AttributeInstance<QString>& held = brush.falloffName;
-    // Set silently, so that the command word is present but has not been processed.
+    // Set without a notification, so that the command word is present but has not been processed.
     held.SetValue(word, true);
     EXPECT_TRUE(renderSwiftStroke);
     brush.OnNodeEvent(held, NodeEventTargetConnected);

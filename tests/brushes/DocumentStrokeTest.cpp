@@ -54,7 +54,7 @@ protected:
         return R"({"stroke": {"pen": ")" + FileOf(name) + "\"" + more + "}}";
     }
 
-    /// Everything that a stroke changes: positions, normals and mask weights.
+    /// Returns everything that a stroke changes, as bytes: positions, normals and mask weights.
     static std::string BitsOf(Document& document) {
         const LevelMesh& level = *document.Geometry().Bound();
         std::string bits(reinterpret_cast<const char*>(level.vertexNormals.array),

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Live strokes: dabs are applied as soon as they are final, and are bit-identical to those
-/// of the recorded stroke.
+/// \file Tests that live strokes apply dabs as soon as they are final, and that these are
+/// bit-identical to those of the recorded stroke.
 #include "framework/errors/HostError.h"
 #include "framework/script/PenStream.h"
 #include "framework/strokes/LiveStroke.h"
@@ -40,7 +40,7 @@ protected:
         settings.options = bench.Options(radius, spacing);
     }
 
-    /// The dabs of `draw(stroke)`, from press to release.
+    /// Returns the dabs of the stroke that `draw(stroke)` draws, from press to release.
     template <typename Draw>
     Dabs Drawn(Draw draw) {
         brush.dabs.clear();
@@ -242,7 +242,7 @@ TEST_F(LiveStrokeTest, SmoothingLagsByHalfItsLength) {
             const double behind =
                 2.0 * i - 20.0 * (static_cast<double>(brush.dabs.back().position.x) - 3.0);
             EXPECT_GE(behind, 19.9);
-            // At most one smoothing step plus the dab spacing farther behind.
+            // Beyond this delay, the dab lags by at most one smoothing step plus the dab spacing.
             EXPECT_LE(behind, 20.0 + 2.5 + 5.0 + 2.0);
         }
     });
@@ -328,7 +328,7 @@ TEST_F(LiveStrokeTest, ImprintFollowsThePenAndEndsWhereTheRecordedOneDoes) {
             const Dabs live = InPieces(samples, 3, 1);
             EXPECT_GT(live.size(), 50u);
             RecordingBrush::Dab last = live.back();
-            // The brush still has the data of the reverted copy.
+            // `previous` still comes from the reverted copy.
             last.previous = recorded.back().previous;
             EXPECT_TRUE(SameBits(last, recorded.back())) << name;
         }

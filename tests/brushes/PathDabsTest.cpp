@@ -222,7 +222,8 @@ TEST_F(PathDabsTest, AirbrushAppliesDabsWhileThePenIsStationary) {
 TEST_F(PathDabsTest, AirbrushAddsDabsToASlowPenButNotToAFastOne) {
     DabDynamics dynamics;
     dynamics.airbrush = 10.0f;
-    // 10 units are 40 spacings. If the stroke takes one second, each spacing takes 0.025 s.
+    // 10 units are 40 spacings. If the stroke takes one second, the pen covers the dab spacing in
+    // 0.025 s.
     const auto draw = [&](double seconds) {
         return InView({Sample(300, 300, 1, 0), Sample(500, 300, 1, seconds)}, dynamics);
     };

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Pen strokes and stroke paths in stroke scripts.
+/// \file Tests pen strokes and stroke paths in stroke scripts.
 #include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
 #include "framework/jobs/JobControl.h"

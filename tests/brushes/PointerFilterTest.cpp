@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Recorded pointer streams with pen and driver faults. A filtered stroke passes if its dabs
-/// match those of the stroke without faults: the number of dabs differs by at most one, and each
-/// dab is within a quarter of the spacing of the expected position and within 0.06 of the expected
-/// pressure.
+/// \file Tests the pointer filter on recorded pointer streams with pen and driver faults. A
+/// filtered stroke passes if its dabs match those of the stroke without faults: the number of dabs
+/// differs by at most one, and each dab is within a quarter of the spacing of the expected position
+/// and within 0.06 of the expected pressure.
 #include "framework/script/PenStream.h"
 #include "framework/strokes/PointerFilter.h"
 #include "tests/SourceFolder.h"

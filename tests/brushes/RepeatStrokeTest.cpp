@@ -99,7 +99,8 @@ TEST_F(RepeatedDabs, PositioningOverridesTheOrientationOfTheTool) {
     brush.resetOptionA.SetValue(static_cast<int>(StampPositioning::Upright), true);
     Along(path, 0.5f);
     EXPECT_NEAR(TopOf(brush.dabs[3]).y, 1.0f, 1e-4f);
-    // The rotation is added: a quarter turn clockwise, from the stroke direction to the right.
+    // The rotation is added to the stroke direction: after a quarter turn clockwise, the top points
+    // to the right of the stroke.
     brush.resetOptionA.SetValue(static_cast<int>(StampPositioning::Stroke), true);
     brush.separatorOption.SetValue(90, true);
     Along(path, 0.5f);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Stamps in stroke scripts.
+/// \file Tests stamps in stroke scripts.
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
 #include "framework/script/ScriptRunner.h"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Tests stamps from the image to the surface: image, placement, stroke loop and kernels. On
-/// a flat grid, Sculpt with a flat falloff reproduces the image: each vertex rises by the value of
-/// its pixel.
+/// \file Tests all stages between a stamp's image and the surface: image, placement, stroke loop
+/// and kernels. On a flat grid, Sculpt with a flat falloff reproduces the image: each vertex rises
+/// by the value of its pixel.
 #include "framework/strokes/DabStrength.h"
 #include "tests/brushes/LoopFixture.h"
 #include "tests/meshes/MirrorAtX.h"

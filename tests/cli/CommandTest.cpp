@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The command from the user's point of view: exit status, one-line error messages, and the
-/// files that it writes.
+/// \file Tests the command from the user's point of view: exit status, one-line error messages, and
+/// the files that it writes.
 #include "tests/cli/CommandRun.h"
 
 namespace trovik::test {
@@ -204,7 +204,7 @@ TEST_F(Command, InfoConvertAndRenderWork) {
 
 TEST_F(Command, MissingPluginIsNamed) {
     WriteFile("s.json", R"({"mesh": "cube.obj", "steps": []})");
-    // Later tests need the original path.
+    // Later tests need the original value of the variable.
     const char* present = std::getenv("TROVIK_PLUGIN_PATH");
     const std::string before = present == nullptr ? "" : present;
     setenv("TROVIK_PLUGIN_PATH", folder.c_str(), 1);

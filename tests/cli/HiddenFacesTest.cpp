@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Hidden faces in scripts, in the scenes they save, and in renders and exports of these
-/// scenes.
+/// \file Tests hidden faces in scripts, in the scenes they save, and in renders and exports of
+/// these scenes.
 #include "tests/cli/CommandRun.h"
 
 #include <nlohmann/json.hpp>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file `trovik info` with several files, and notes about the contents of files.
+/// \file Tests `trovik info` with several files, and its notes about the contents of files.
 #include "tests/cli/CommandRun.h"
 
 #include <gmock/gmock.h>

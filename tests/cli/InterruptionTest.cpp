@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Ctrl-C and SIGTERM during long operations: one line of output, the exit status that shells
-/// expect, and unchanged files.
+/// \file Tests that Ctrl-C and SIGTERM during long operations lead to one line of output, the exit
+/// status that shells expect, and unchanged files.
 #include "tests/cli/CommandRun.h"
 
 #include <algorithm>
@@ -197,8 +197,8 @@ TEST_F(Interruption, SignalsIgnoredAtTheStartStayIgnored) {
 
 TEST_F(Interruption, EndsRefinementAndWritingOfAConversion) {
     // This command does not report steps, so the test searches for a delay after which the command
-    // is running. Whenever the signal arrives, either the old or the new file is complete, and
-    // there is no other file.
+    // is running. No matter when the signal arrives, the output is either the complete old file or
+    // the complete new one, and no other file is left.
     const std::set<std::string> files = {"cube.obj", "fine.ply", "out.txt", "error.txt"};
     bool met = false;
     int wait = 50;

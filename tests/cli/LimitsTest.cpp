@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The command under system limits: memory, address space, file size and write permission.
+/// \file Tests the command under system limits: memory, address space, file size and write
+/// permission.
 #include "framework/io/FileLock.h"
 #include "tests/SourceFolder.h"
 #include "tests/cli/CommandRun.h"

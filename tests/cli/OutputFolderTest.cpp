@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Where scripts search for files, and where they may write files.
+/// \file Tests where scripts search for files, and where they may write files.
 #include "tests/cli/CommandRun.h"
 
 #include <gmock/gmock.h>

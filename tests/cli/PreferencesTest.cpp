@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The user's preferences file: which commands read it, and which do not.
+/// \file Tests which commands read the user's preferences file.
 #include "tests/cli/CommandRun.h"
 
 #include <gmock/gmock.h>

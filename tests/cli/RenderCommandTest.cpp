@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file `trovik render` and render steps in scripts: modes, cameras, turntables, transparency.
+/// \file Tests `trovik render` and the render steps of scripts: modes, cameras, turntables and
+/// transparency.
 #include "framework/images/ImageFile.h"
 #include "tests/cli/CommandRun.h"
 

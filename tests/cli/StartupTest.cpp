@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The libraries that the command loads: large libraries are loaded only if they are needed.
+/// \file Tests which libraries the command loads: large libraries are loaded only if they are
+/// needed.
 #include "tests/cli/CommandRun.h"
 
 #include <gmock/gmock.h>

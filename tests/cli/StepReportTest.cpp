@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Reports on the steps of a script, and warnings about steps without effect.
+/// \file Tests the reports on a script's steps, and the warnings about steps without effect.
 #include "tests/SourceFolder.h"
 #include "tests/cli/CommandRun.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The program's help texts and completions, and the verbs for journals.
+/// \file Tests the program's help texts and completions, and the verbs for journals.
 #include "tests/SourceFolder.h"
 #include "tests/cli/CommandRun.h"
 

@@ -116,8 +116,8 @@ TEST(Matrix, SingularMatrixIsLeftUnchanged) {
 }
 
 TEST(Matrix, ProductWithDependentAxesIsDetectedAsSingular) {
-    // The third row is a multiple of the first row plus the second row, rounded. Its pivot is only
-    // a rounding residue.
+    // The third row is a multiple of the first row plus the second row, rounded. Its pivot is
+    // non-zero only because of rounding.
     std::mt19937 engine(11);
     std::uniform_int_distribution<int> number(-1000, 1000);
     for (int round = 0; round < 500; ++round) {

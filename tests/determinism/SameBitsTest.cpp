@@ -115,7 +115,7 @@ TEST_F(SameBits, DoNotDependOnDecimalCommas) {
     const std::string expected = RunHere();
     const std::string locales = (folder / "locales").string();
     fs::create_directories(locales);
-    // Exit status 1 means warnings only.
+    // localedef exits with status 1 if there were only warnings.
     ASSERT_NE(
         std::system(
             ("localedef -i de_DE -f UTF-8 '" + locales + "/de_DE.UTF-8' 2>/dev/null").c_str()),

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Boxes, normal cones and frustum culling, checked against every vertex and triangle.
+/// \file Checks boxes, normal cones and frustum culling against every vertex and triangle.
 #include "framework/display/FrustumCuller.h"
 #include "framework/display/PatchBounds.h"
 #include "framework/picking/PatchTree.h"
@@ -151,7 +151,8 @@ TEST(FrustumCuller, KeepsEveryPatchWithAVisiblePoint) {
             const DisplayVertex* first = all.data() + layout.FirstVertex(patch);
             for (uint32_t i = 0; i < layout.VertexCount(patch) && !sees; ++i)
                 sees = camera.Sees(At(first[i]));
-            // Points between vertices, for triangles larger than the view.
+            // Triangles larger than the view may have no vertex in it, so their centres are tested
+            // too.
             const auto triangles = layout.Triangles(patch);
             for (std::size_t i = 0; i < triangles.size() && !sees; i += 3) {
                 Point middle{};

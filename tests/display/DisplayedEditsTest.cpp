@@ -36,7 +36,8 @@ struct SeenState {
     std::vector<uint8_t> faceFlags;
 };
 
-/// The uploaded vertices of one geometry's bound level, updated from change reports.
+/// A copy of the vertices of a geometry's bound level, as uploaded to a GPU, that is updated from
+/// change reports.
 class Display {
 public:
     explicit Display(LevelGeometry& shown) : geometry(shown) { Reset(); }
@@ -116,8 +117,8 @@ private:
     std::unique_ptr<DirtyPatches> dirty;
     std::vector<DisplayVertex> uploaded;
     std::unique_ptr<SeenState> seen;
-    /// Identifies the face table. It changes if another level has the same number, or if faces are
-    /// renumbered.
+    /// Identifies the face table. The pointer changes if the level is replaced by another one with
+    /// the same number, or if faces are renumbered.
     const uint32_t* faceTable = nullptr;
 };
 

@@ -21,7 +21,7 @@ void Scramble(LevelMesh& level, uint32_t seed) {
             std::memcpy(c, &bits, sizeof bits);
         }
         level.SetFreeze(v, static_cast<uint8_t>(random.Below(128)));
-        // The other bit of the byte and all other vertex data are not packed.
+        // The highest bit of the freeze byte and all other vertex data are not packed.
         if (random.Chance(0.5f)) level.vertices.array[v].freeze |= 0x80;
         level.vertices.array[v].changeLink = random.Below(65536);
         level.vertexNormals.array[v] = {word(), word(), word(), word()};

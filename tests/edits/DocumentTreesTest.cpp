@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Updates of a document's pick trees when the surface is changed by means other than dabs.
+/// \file Tests how a document's pick trees are updated when the surface is changed by anything
+/// other than dabs.
 #include "framework/document/Document.h"
 #include "framework/strokes/DabAtHit.h"
 #include "tests/edits/ReportedCopy.h"
@@ -30,7 +31,7 @@ protected:
         document.Loop().Dab(dab);
         document.Loop().End();
     }
-    /// The number of boxes that the work recomputes in the tree of the bound level.
+    /// Returns the number of boxes that `work` recomputes in the pick tree of the bound level.
     template <typename Work>
     uint64_t Refitted(Work work) {
         const uint64_t before = document.Tree().BoxesRefitted();
@@ -39,7 +40,7 @@ protected:
     }
 
     Document document;
-    /// Leaves of 16 faces on level 4.
+    /// The number of leaves, with 16 faces each, in the pick tree of level 4.
     static constexpr uint64_t allBoxes = 8 * 8 * 16;
 };
 
@@ -190,7 +191,7 @@ private:
 TEST_F(DocumentTrees, ATreeThatIsBuiltLaterFollowsBeforeTheObserversOfTheDocument) {
     BoxChecker checker(document);
     document.AddObserver(checker);
-    // Its tree is built here, after the document has begun to observe the geometry.
+    // Binding level 2 builds its pick tree, after the document has begun to observe the geometry.
     document.BindLevel(2);
     for (int i = 0; i < 3; ++i) Stroke({1.0f + static_cast<float>(i), 4.0f, 0.0f}, 1.5f);
     const int ofStrokes = checker.checks;

@@ -133,7 +133,8 @@ TEST_F(LayerStackTest, LayersTurnedOffAndOnAgainGiveTheSameBits) {
     Stroke(200);
     for (int round = 0; round < 30; ++round) {
         const auto before = StateOf(mesh);
-        // Turns the layers off in one order and on in another, with other strengths in between.
+        // Turns the layers off in one order, with different strengths, and back on in another
+        // order, with their previous strengths.
         std::vector<std::size_t> order = {0, 1, 2, 3};
         std::shuffle(order.begin(), order.end(), random);
         std::vector<SculptLayer::Properties> given;

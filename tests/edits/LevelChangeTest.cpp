@@ -238,7 +238,8 @@ TEST_F(LevelChangeTest, LeavingALevelAndReturningIsOneUndoStep) {
 
     std::unique_ptr<MeshChange> a1(mesh.StartChange());
     MoveSome(*a1, random, 30);
-    // Changes that the first visit makes and the second reverts exactly must also be undone.
+    // If the first visit makes a change and the second reverts it exactly, both must still be
+    // undone correctly.
     MoveVertex(*a1, 0, {0, 0, 1});
     const Vector moved = mesh.Position(0);
     std::unique_ptr<MeshChange> b(other.Bound()->StartChange());

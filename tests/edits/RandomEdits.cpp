@@ -64,7 +64,7 @@ bool RandomEdits::MayStroke() const {
     // them.
     const SculptLayer* layer = geometry.Bound()->ActiveLayer();
     if (layer != nullptr && !layer->Writable()) return false;
-    // Extreme positions keep growing with further strokes, up to NaN.
+    // Extreme positions keep growing with further strokes until they become NaN.
     return Reach() < 100.0f * reach;
 }
 

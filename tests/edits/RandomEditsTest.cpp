@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Random edits on random meshes: strokes of the brush, masks, hidden faces, layers, levels,
+/// \file Makes random edits on random meshes: brush strokes, masks, hidden faces, layers, levels,
 /// transforms. Undoing to the start and redoing to the end restores every bit at both ends and at
 /// each step in between. The default run is short; TROVIK_RANDOM_EDITS sets the number of edits.
 #include "framework/layers/LayerStack.h"
@@ -84,7 +84,7 @@ TEST(RandomEdits, AreUndoneAndRedoneBitExactly) {
         RandomEdits edits(random);
         LevelGeometry& geometry = edits.Geometry();
         UndoHistory& history = geometry.History();
-        // Steps are stored in every form: plain, packed, tightly packed, in a file.
+        // Steps are stored in every form: unpacked, packed, tightly packed, and in a file.
         history.SetKeeping({random.OneOf({uint64_t{0}, uint64_t{4096}}), random.Below(20)});
         const bool inFile = random.Chance(0.3f);
         if (inFile) {

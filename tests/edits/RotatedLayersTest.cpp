@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Layers of a fine level while a coarser level is deformed: their offsets rotate with the
-/// surface.
+/// \file Tests that the offsets of a fine level's layers rotate with the surface when a coarser
+/// level is deformed.
 #include "framework/edits/LayerSteps.h"
 #include "framework/layers/LayerStack.h"
 #include "framework/multires/RotatedLayers.h"

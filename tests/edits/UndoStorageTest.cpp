@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file How a history stores its steps: compressed, within the budget, in a file.
+/// \file Tests how a history stores its steps: compressed, within the budget, and in a file.
 #include "framework/errors/HostError.h"
 #include "framework/history/UndoHistory.h"
 #include "framework/multires/LevelGeometry.h"

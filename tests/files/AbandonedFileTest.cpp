@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Files that killed processes leave next to their targets, and targets that cannot be
+/// \file Tests files that killed processes leave next to their targets, and targets that cannot be
 /// written.
 #include "framework/errors/HostError.h"
 #include "framework/io/FileLock.h"

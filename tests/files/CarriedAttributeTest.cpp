@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file UVs, colours and groups after a level is added below level 0.
+/// \file Tests that UVs, colours and groups are preserved when a level is added below level 0.
 #include "framework/multires/LevelSource.h"
 #include "framework/multires/Steps.h"
 #include "tests/files/AttributeSamples.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Groups and materials in formats that store them as parts of a mesh.
+/// \file Tests groups and materials in formats that store them as parts of a mesh.
 #include "framework/files/FaceParts.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/files/UsdText.h"

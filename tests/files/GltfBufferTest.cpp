@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Buffers in glTF files: allowed locations and lengths, and the targets of buffer views.
+/// \file Tests the buffers of glTF files: allowed locations and lengths, and the targets of buffer
+/// views.
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/layers/LayerStack.h"

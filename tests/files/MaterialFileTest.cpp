@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Material files and smoothing groups of OBJ files.
+/// Tests the material files and smoothing groups of OBJ files.
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/files/ObjStatement.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The final stage of every reader: degenerate faces are removed, and equal UVs are merged.
+/// \file Tests the final stage of every reader, which removes degenerate faces and merges equal
+/// UVs.
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/files/MeshImport.h"
@@ -102,7 +103,7 @@ TEST(MeshImport, DroppedFacesAreCountedAndAMeshWithoutOthersIsRefused) {
                             "first is face 1 (counted from 0)"));
     const std::string bad = folder.Fill("bad.obj", vertices + "f 1 2 2\n");
     EXPECT_EQ(MessageOf<HostError>([&] { ReadMeshFile(bad); }),
-              bad + ": the mesh has no faces except 1 with two corners at the same vertex");
+              bad + ": the mesh has only faces with two corners at the same vertex (1)");
     EXPECT_TRUE(ReadMeshFile(folder.Fill("good.obj", vertices + "f 1 2 3\n")).notes.empty());
 }
 

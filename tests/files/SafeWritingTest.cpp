@@ -26,7 +26,7 @@ namespace {
 /// A disk on which one call and all later calls of the same kind fail.
 class FailingDisk : public DiskCalls {
 public:
-    /// \param number  the index of the failing call, from 1.
+    /// \param number  the number of the first failing call, counted from 1.
     explicit FailingDisk(unsigned number) : failing(number) { Use(this); }
     ~FailingDisk() override { Use(nullptr); }
     FailingDisk(const FailingDisk&) = delete;

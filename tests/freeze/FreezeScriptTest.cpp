@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Masks in stroke scripts. The tests read the amounts from saved scenes.
+/// \file Tests masks in stroke scripts. The amounts are read from saved scenes.
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
 #include "framework/multires/Steps.h"

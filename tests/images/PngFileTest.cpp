@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file PNG files of every kind, and damaged files, for which libpng must not print anything.
+/// \file Tests PNG files of every kind, and damaged files, for which libpng must not print
+/// anything.
 #include "framework/errors/HostError.h"
 #include "framework/images/PngFile.h"
 #include "tests/files/TemporaryFolder.h"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Edits that are cancelled at random progress reports: the document is unchanged, bit for bit, and
-/// the result of the next run is bit-identical to that of a run that was never cancelled.
+/// Cancels edits at random progress reports: the document is unchanged, bit for bit, and the result
+/// of the next run is bit-identical to that of a run that was never cancelled.
 #include "framework/baking/MapDisplacement.h"
 #include "framework/images/ImageFile.h"
 #include "framework/mesh/MeshSource.h"

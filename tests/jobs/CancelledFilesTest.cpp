@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Import, export, scenes and maps, cancelled at random progress reports: files are complete
-/// or unchanged, no temporary file is left, and the result of the next run is bit-identical to that
-/// of a run that was never cancelled.
+/// \file Cancels import, export, and operations on scenes and maps at random progress reports:
+/// files are complete or unchanged, no temporary file is left, and the result of the next run is
+/// bit-identical to that of a run that was never cancelled.
 #include "framework/baking/MapFile.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Journals of programs that continue after saves, cancelled steps and failures of the disk.
+/// \file Tests the journals of programs that continue after saves, cancelled steps and disk
+/// failures.
 #include "framework/document/DocumentStroke.h"
 #include "framework/errors/Cancelled.h"
 #include "framework/jobs/JobControl.h"

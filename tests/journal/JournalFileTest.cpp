@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Journal files: the records that can be read from complete, truncated and damaged files.
+/// \file Tests which records can be read from complete, truncated and damaged journals.
 #include "framework/errors/HostError.h"
 #include "framework/io/Crc32.h"
 #include "framework/journal/Journal.h"

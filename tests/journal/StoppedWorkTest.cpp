@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Runs that are cancelled at any of their progress reports: files are complete or unchanged,
-/// and the journal recovers all completed steps.
+/// \file Cancels runs at arbitrary progress reports: files are complete or unchanged, and all
+/// completed steps can be recovered from the journal.
 #include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
 #include "framework/math/SameBits.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Each schema keyword on its own: accepted values, and the messages for all others.
+/// \file Tests each schema keyword on its own: the accepted values, and the messages for all
+/// others.
 #include "framework/errors/HostError.h"
 #include "framework/json/JsonSchema.h"
 #include "tests/files/TemporaryFolder.h"

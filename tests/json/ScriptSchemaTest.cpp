@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The error messages for authors of stroke scripts and pen streams.
+/// \file Tests the error messages for authors of stroke scripts and pen streams.
 #include "framework/errors/HostError.h"
 #include "framework/script/PenStream.h"
 #include "framework/script/ScriptDocument.h"

@@ -106,7 +106,7 @@ struct KernelState {
         brush.EndStroke();
     }
 
-    /// All data that a kernel may have written.
+    /// Returns all data that a kernel may have written.
     std::vector<uint8_t> Bytes(bool reached) const {
         std::vector<uint8_t> bytes;
         Add(bytes, mesh.vertices.array, mesh.VertexCount());
@@ -210,7 +210,7 @@ void MakeAllNaNsEqual(std::vector<uint8_t>& bytes) {
     }
 }
 
-/// Two patches with random positions; one coordinate in `rarity` is a special value.
+/// Two patches with random positions; on average, one coordinate in `rarity` is a special value.
 std::vector<uint8_t> RunOnRandomPositions(const KernelSwitches& s,
                                           bool specialised,
                                           unsigned seed) {

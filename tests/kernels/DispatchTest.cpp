@@ -101,7 +101,7 @@ TEST_F(Dispatch, WithoutANeighbourTableOnlyReachedPatchesAreReported) {
     RecordingRenderer& renderer = bench.AddRenderer(1.0f);
     bench.Begin();
     ASSERT_NE(bench.brush->patchMap, nullptr);
-    // The state of a patch map whose allocation failed.
+    // Simulates a patch map whose allocation failed.
     bench.brush->patchMap->neighbourFaces.Clear();
     bench.Dab(bench.HitFace(4 * 16 + 2), 0.4f);
     bench.End();

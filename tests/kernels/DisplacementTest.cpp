@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The displacement computed from a vertex's weight: the four families, the vector stamp, the
-/// conversion back from world space.
+/// \file Tests the displacement computed from a vertex's weight: the four tool families, the vector
+/// stamp, and the conversion back from world space.
 #include "tests/kernels/KernelFixture.h"
 #include "tests/meshes/ExpectNear.h"
 #include "tests/meshes/MeshZoo.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file What a kernel does around its stages: work list, records, marks, grid, return value.
+/// \file Tests the parts of a kernel outside its stages: work list, records, marks, grid and return
+/// value.
 #include "framework/brushes/BrushSettings.h"
 #include "tests/kernels/KernelFixture.h"
 #include "tests/meshes/MeshZoo.h"
@@ -61,7 +62,7 @@ TEST_F(SeamOfTwoPatches, MarkedVertexOfATriangleMeshCountsWithinTheRadius) {
     ASSERT_TRUE(bench.RunKernel(0));
     bench.mesh.meshType = 0;
     EXPECT_TRUE(bench.RunKernel(1));
-    // A distance equal to the radius counts as within it. The distance is measured from the
+    // A vertex whose distance equals the radius is in reach. The distance is measured from the
     // position at first touch, so the vertex's own displacement has no effect.
     bench.Aim({1.25f, 0.5f, 0.0f}, 0.25f);
     EXPECT_TRUE(bench.RunKernel(0));

@@ -83,7 +83,7 @@ TEST_F(Weight, SampleBeyondTheTableHasWeightZeroAndCountsAsReached) {
 }
 
 TEST_F(Weight, NaNDistanceHasWeightZero) {
-    // A radius of zero around a vertex: 0 / 0.
+    // With a radius of zero around a vertex, the relative distance is 0 / 0.
     UseFalloff({1.0f, 0.8f});
     bench.Aim({0.5f, 0.5f, 0.0f}, 0.0f);
     EXPECT_TRUE(bench.RunKernel(0));

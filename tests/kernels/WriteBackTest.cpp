@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The results of processing a vertex: its position, the grid, the dirty box, the
+/// \file Tests the results of processing a vertex: its position, the grid, the dirty box and the
 /// notifications.
 #include "tests/kernels/KernelFixture.h"
 #include "tests/meshes/MeshZoo.h"

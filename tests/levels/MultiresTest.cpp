@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Detail that rotates with the surface, and fine changes that are propagated to the coarser
-/// levels.
+/// \file Tests that detail rotates with the surface, and that fine changes are propagated to the
+/// coarser levels.
 #include "tests/levels/GeometryState.h"
 #include "tests/levels/RotatedPoints.h"
 #include "tests/meshes/MeshZoo.h"
@@ -188,7 +188,7 @@ TEST(Multires, InnerVertexMovesByItsWeightOfASingleFineMove) {
         << "the copy of the moved vertex";
     EXPECT_EQ(geometry.Bound()->Position(13), Vector(3, 2, 0));
     geometry.BindLevel(1);
-    // A border corner moves with its fine vertex; any other border vertex moves by half.
+    // A border corner moves as far as its fine vertex; any other border vertex moves half as far.
     fine.SetPosition(0, {0, 0, 1});
     fine.SetPosition(2, fine.Position(2) + Vector(0, 0, 1));
     geometry.BindLevel(0);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Refined positions compared with an independent implementation of the same rule.
+/// \file Compares refined positions with those of an independent implementation of the same rule.
 #include "framework/errors/HostError.h"
 #include "framework/memory/MemoryAccount.h"
 #include "framework/multires/LevelGeometry.h"

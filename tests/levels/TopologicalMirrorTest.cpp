@@ -191,7 +191,7 @@ TEST(TopologicalMirror, PairsABodyWithItsRightHalfMoved) {
     ASSERT_TRUE(atRest.FindMirror());
     EXPECT_TRUE(atRest.Mirror()->IsWhole());
     const auto expected = AllMirrorVertices(*atRest.Bound());
-    // The left and right halves of the body agree to three digits.
+    // The left and right halves of the body are mirror images to within three digits.
     const std::vector<uint32_t> across = SpatialMirror(*atRest.Bound(), 0.02f);
     std::size_t different = 0;
     for (std::size_t slot = 0; slot < expected.size(); ++slot)

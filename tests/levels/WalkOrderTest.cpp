@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The visiting orders that make a replay repeatable, compared with walks that implement the
-/// rules directly on the corners of the faces.
+/// \file Compares the visiting orders, on which repeatable replays depend, with walks that
+/// implement the rules directly on the corners of the faces.
 #include "framework/math/SameBits.h"
 #include "framework/multires/LevelGeometry.h"
 #include "tests/meshes/MeshZoo.h"
@@ -117,7 +117,7 @@ private:
     std::map<Visit, uint32_t> faceOfEdge;
 };
 
-/// A deterministic choice of about three in four numbers.
+/// Returns true for about three in four numbers, always the same ones.
 bool Wanted(uint32_t number, uint32_t salt) { return (number * 2654435761u + salt) >> 30 != 0; }
 
 class FaceTester final : public FaceEnumerator {

@@ -69,8 +69,8 @@ TEST(MirrorMaps, OfCopiesRepeatEveryDab) {
     const std::vector<Vector> before = ball.Positions();
     ball.Stroke({{0.9f, 0.3f, 0.2f}}, 0.15f);
     EXPECT_EQ(6u, ball->Totals().dabs);
-    // Each sixth around y has a similar number of moved vertices. The numbers differ because the
-    // faces are placed differently in each sixth.
+    // Each sixth of the ball around y has a similar number of moved vertices. The numbers differ
+    // because the faces are arranged differently in each sixth.
     std::size_t moved[6] = {};
     for (uint32_t v = 0; v < before.size(); ++v) {
         if (before[v] == ball.Mesh().Position(v)) continue;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Mirrored strokes on a surface that is exactly symmetric.
+/// \file Tests mirrored strokes on a surface that is exactly symmetric.
 #include "tests/mirror/Ball.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Cameras, turntables and their output files.
+/// \file Tests cameras, turntables and their output files.
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
 #include "framework/render/RenderFile.h"

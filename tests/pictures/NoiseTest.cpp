@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Shading without noise or visible lines: sample points, filter, both sides of open
-/// surfaces.
+/// \file Tests that shading has no noise or visible lines: sample points, filter, and both sides of
+/// open surfaces.
 #include "framework/render/ImageRenderer.h"
 #include "framework/render/SoftLight.h"
 #include "tests/pictures/SphereRender.h"

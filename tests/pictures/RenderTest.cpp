@@ -22,7 +22,7 @@ TEST_F(SphereRender, CoversTheDiscOfTheSphere) {
     int covered = 0;
     for (std::size_t i = 0; i < with.rgb.size(); i += 3)
         if (with.rgb[i] != without.rgb[i] || with.rgb[i + 2] != without.rgb[i + 2]) ++covered;
-    // The rim appears at asin(1/5) from the centre.
+    // The rim appears at an angle of asin(1/5) from the centre.
     const double pixels = 45.0 / std::tan(17.5 * 3.14159265 / 180.0);
     const double radius = std::tan(std::asin(0.2)) * pixels;
     const double disc = 3.14159265 * radius * radius;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The output of each shading mode, and the arrays that individual modes need.
+/// \file Tests the output of each shading mode, and the arrays that individual modes need.
 #include "framework/errors/HostError.h"
 #include "framework/freeze/FreezeCurvature.h"
 #include "framework/render/Matcap.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// The width of wireframe lines.
+/// Tests the width of wireframe lines.
 #include "tests/pictures/SphereRender.h"
 
 #include <algorithm>

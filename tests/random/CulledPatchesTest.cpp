@@ -24,7 +24,7 @@ bool SameBytes(const T* a, const T* b, std::size_t count) {
     return std::memcmp(a, b, count * sizeof(T)) == 0;
 }
 
-/// Two fixtures, and operations on both.
+/// Two fixtures, and operations that are applied to both.
 class Twins {
 public:
     Twins(const PolygonMesh& polygons, unsigned levels)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Which types may be written to scenes byte by byte.
+/// \file Tests which types may be written to scenes byte by byte.
 #include "framework/layers/LayerBase.h"
 #include "framework/scene/NoPadding.h"
 

@@ -39,7 +39,7 @@ TEST(SceneAttributes, AreRestoredWithTheScene) {
     EXPECT_TRUE(after.attributes.hasAlpha);
     EXPECT_EQ(after.attributes.space, before.attributes.space);
     ExpectSameGroups(after, before);
-    // The attributes are also kept by a reset.
+    // A reset also keeps the attributes.
     opened->Reset();
     opened->Subdivide();
     after = Shown(*opened);

@@ -203,7 +203,7 @@ TEST_F(DamagedScene, InvalidPenSettingsAreRefused) {
     };
     constexpr float nan = std::numeric_limits<float>::quiet_NaN();
     constexpr float infinite = std::numeric_limits<float>::infinity();
-    // A curve with three points, an empty curve, then the numbers.
+    // The chunk contains a curve with three points, an empty curve and then the numbers.
     EXPECT_THAT(error("PENS", 12, BytesOf(0.0f)),
                 HasSubstr("chunk PENS: the pressure curve for strength: the pressures of a curve's "
                           "points must ascend"));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Scenes whose levels were edited at several resolutions, deleted or rebuilt.
+/// \file Tests scenes whose levels were edited at several resolutions, deleted or rebuilt.
 #include "tests/meshes/MeshZoo.h"
 #include "tests/scene/SampleScene.h"
 

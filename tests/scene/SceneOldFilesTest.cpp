@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Scenes with older formats and class versions, and scenes with unknown content.
+/// \file Tests scenes with older formats and class versions, and scenes with unknown content.
 #include "framework/errors/HostError.h"
 #include "framework/mesh/LevelPositions.h"
 #include "tests/meshes/MeshZoo.h"
@@ -72,8 +72,8 @@ TEST_F(OldScene, BeforeFormat328ThereIsNoPatchMapUntilTheNextStroke) {
 TEST_F(OldScene, BeforeFormat328ContinuesToTheSameBits) {
     auto read = ReopenUnder(SceneStream(327));
     for (Document* each : {document.get(), read.get()}) StrokeOver(*each, {1, 7}, 1.5f);
-    // The comparison excludes the current level's state as of the last update of level 0, which
-    // formats below 331 do not store.
+    // The comparison excludes the state that the current level had when level 0 was last updated,
+    // because formats below 331 do not store it.
     document->WriteScene(path, SceneStream(330));
     const std::string expected = TemporaryFolder::Content(path);
     read->WriteScene(path, SceneStream(330));

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Saving when memory runs out: the old scene is unchanged, and no other file is left.
+/// \file Tests that saving without enough memory leaves the old scene unchanged and leaves no other
+/// file.
 #include "framework/errors/HostError.h"
 #include "framework/io/DiskCalls.h"
 #include "tests/scene/AllocationCount.h"
@@ -48,7 +49,7 @@ TEST(SceneSaving, KeepsTheOldSceneWhicheverAllocationIsRefused) {
         RefuseAllocation(0);
         if (!cameSoFar) break;
         ASSERT_EQ(folder.FileCount(), files) << number;
-        // A failed allocation is not an error if saving can do without it, for example the
+        // A failed allocation is not an error if saving can succeed without it, for example the
         // allocation of a message.
         if (message.empty()) {
             folder.Fill("scene.trovik", "old");

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The stamp at the start of a stroke: its switches and the pixel cache.
+/// \file Tests how the stamp is prepared at the start of a stroke: its switches and the pixel
+/// cache.
 #include "tests/brush/ToolRows.h"
 #include "tests/stamps/StampFixture.h"
 

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file From a vertex position to a pixel, and from the pixel to the vertex's displacement. A
-/// pushing tool with strength 1 and a constant falloff raises a flat mesh by exactly the stamp's
-/// value. All tests run on patches of one face, on larger patches, and on a triangle mesh.
+/// \file Tests the path from a vertex position to a pixel, and from the pixel to the vertex's
+/// displacement. A pushing tool with strength 1 and a constant falloff raises a flat mesh by
+/// exactly the stamp's value. All tests run on patches of one face, on larger patches, and on a
+/// triangle mesh.
 #include "framework/mesh/LevelPositions.h"
 #include "tests/fixture/Triangles.h"
 #include "tests/stamps/StampFixture.h"
@@ -29,7 +30,7 @@ PolygonMesh FlatMesh(Kind kind) {
     return FlatTriangles(8);
 }
 
-/// The stamp's value at exact coordinates, or nothing outside, computed in double precision.
+/// Computes the stamp's value at exact coordinates, in double precision; nothing outside the stamp.
 struct Reference {
     uint32_t width;
     uint32_t height;

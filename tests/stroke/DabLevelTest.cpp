@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The level whose faces a dab treats as patches, and the message for meshes that are too
+/// \file Tests which level's faces a dab treats as patches, and the message for meshes that are too
 /// coarse.
 #include "brush/Registration.h"
 #include "tests/brush/RecordingKernel.h"

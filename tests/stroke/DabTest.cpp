@@ -327,7 +327,7 @@ TEST_F(WaxLimits, BothTogetherMoveNothing) {
     EXPECT_EQ(moves.down, 0);
     EXPECT_EQ(bench.brush->planeClampMin, 0.0f);
     EXPECT_EQ(bench.brush->planeClampMax, 0.0f);
-    // The clamps remain until the next activation.
+    // The clamps keep these values until the next activation.
     HostKernel::Instance().SetTestMode(false);
     Run();
     EXPECT_EQ(bench.brush->planeClampMin, 0.0f);

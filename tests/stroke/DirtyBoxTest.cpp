@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file A dab's dirty box and its renderer notifications.
+/// \file Tests a dab's dirty box and its renderer notifications.
 #include "brush/Registration.h"
 #include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Strokes that continue from one mesh to another.
+/// \file Tests strokes that continue from one mesh to another.
 #include "tests/fixture/StrokeFixture.h"
 #include "tests/stroke/FakeMesh.h"
 
@@ -87,7 +87,7 @@ TEST(MeshChangeover, LockedStrokeStaysOnItsMesh) {
     EXPECT_TRUE(box.IsEmpty());
     EXPECT_EQ(static_cast<Mesh*>(a.brush->mesh), &a.Mesh());
     EXPECT_EQ(a.brush->meshChanges.fill, 1u);
-    // The counter has advanced nevertheless.
+    // The dab counter has advanced even though the dab had no effect.
     EXPECT_EQ(a.brush->planeDabCount, 0u);
     a.End();
     EXPECT_EQ(BitsOf(b.Mesh()), bitsOfB);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Strokes whose brush or mesh is destroyed before they end, and operations that the host
-/// rejects until then.
+/// \file Tests strokes whose brush or mesh is destroyed before they end, and operations that the
+/// host rejects until then.
 #include "framework/errors/HostError.h"
 #include "framework/multires/LevelChange.h"
 #include "framework/multires/Steps.h"
@@ -244,7 +244,7 @@ TEST(OpenStroke, LockIsAvailableToTheNextBrush) {
     SwiftStroke next;
     bench.Begin();
     EXPECT_FALSE(bench.Mesh().Lock(&next)) << "a stroke is running";
-    // A stroke that was abandoned without an end.
+    // Simulates a stroke that was abandoned without being ended.
     bench.brush->BeginStroke(
         &bench.Mesh(), BrushOperation::ModifierNone, BrushOperation::TriggerOther);
     bench.brush->strokeActive = false;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The module from a host's point of view: loaded at run time and accessed only through the
-/// registries.
+/// \file Tests the module from a host's point of view: it is loaded at run time and accessed only
+/// through the registries.
 #include "framework/multires/LevelGeometry.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/nodes/PreferenceFile.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Failed allocations during a stroke, and the invariants that still hold between dabs.
+/// \file Makes allocations fail during a stroke, and checks the invariants that still hold between
+/// dabs.
 #include "framework/multires/LevelChange.h"
 #include "tests/fixture/Triangles.h"
 #include "tests/memory/MemoryLimit.h"
@@ -55,7 +56,8 @@ void ExpectRefusal(Action action) {
 class RefusedPair : public testing::Test {
 protected:
     ~RefusedPair() override { brush.EndStroke(); }
-    /// Expects that the pair of `other` was not stored: there is neither a change nor a binding.
+    /// Expects that the mesh/change pair of `other` was not stored: `other` has neither a change
+    /// nor a binding.
     void ExpectUnbound(FakeGeometry& other) {
         EXPECT_EQ(brush.mesh, nullptr);
         ASSERT_EQ(log.size(), 3u);

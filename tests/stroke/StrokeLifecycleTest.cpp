@@ -286,7 +286,7 @@ TEST(StrokeBegin, KeepsItsFalloffWhateverTheHostChanges) {
         [](StrokeFixture& bench) {
             SetFalloffSamples(*bench.brush, std::vector<float>(3000, 0.75f));
         },
-        // The next two apply the tool's own defaults, and the settings from its last use.
+        // The next two functions apply the tool's own defaults and the settings from its last use.
         [](StrokeFixture& bench) { bench.brush->ResetBrushConfiguration(); },
         [](StrokeFixture& bench) {
             bench.brush->SetActiveConfiguration(bench.brush->ActiveConfiguration());

@@ -44,7 +44,7 @@ protected:
         ADD_FAILURE() << "no face at " << column << ", " << row;
         return 0;
     }
-    /// The hit in a cell. Also sets the state that a dab there would set in the brush.
+    /// Returns a hit in a cell, and sets the brush state that a dab there would set.
     SurfacePoint HitCell(
         uint32_t column, uint32_t row, uint32_t patchLevel, float radius, const Vector& centre) {
         SurfacePoint hit = bench->HitFace(FaceAt(column, row));
@@ -58,7 +58,7 @@ protected:
         b.setRadius(radius);
         return hit;
     }
-    /// Vertices that have records, as (column, row).
+    /// Returns the vertices that have records, as (column, row).
     std::set<std::pair<int, int>> Touched() {
         std::set<std::pair<int, int>> touched;
         const MeshChange& change = *Brush().CurrentChange();
@@ -118,8 +118,8 @@ TEST_F(Sampling, SmallBrushReadsTheFourCornersOfTheCell) {
 
 TEST_F(Sampling, NormalsAreWeightedByDistance) {
     Open(3);
-    // The centre is exactly at the corner (6, 5), whose weight is 1. The other weights follow from
-    // the distances.
+    // The centre coincides with corner (6, 5), which therefore has a weight of 1. The other weights
+    // follow from the distances.
     const Vector centre(1.5f, 1.25f, 0.0f);
     const SurfacePoint hit = HitCell(6, 5, 0, 1.0f, centre);
     Mesh().vertexNormals.array[VertexAt(6, 5)] = {32767, 0, 0, 0};
@@ -184,7 +184,7 @@ TEST_F(Sampling, OpenBorderIsSampledRepeatedly) {
     const Vector centre(0.1f, 0.1f, 0.0f);
     const SurfacePoint hit = HitCell(0, 0, 2, 1.3f, centre);
     Brush().SamplePlane(hit);
-    // Each arm takes three steps, but the arms towards the border stay at (0, 0) and (0, 1).
+    // Each arm takes three steps, but the arms towards the border cannot leave (0, 0) and (0, 1).
     EXPECT_EQ(Touched(),
               (std::set<std::pair<int, int>>{
                   {0, 0}, {1, 0}, {2, 0}, {3, 0}, {1, 1}, {1, 2}, {1, 3}, {0, 1}}));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The effect of each tool on a bumpy surface, tested by the sign of the displacements.
+/// \file Tests the effect of each tool on a bumpy surface by the sign of the displacements.
 #include "framework/mesh/LevelPositions.h"
 #include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"

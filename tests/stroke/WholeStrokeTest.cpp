@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Whole strokes with each tool on each kind of mesh: vertices move, all values stay finite,
-/// and undo and redo restore bit-identical states.
+/// \file Makes whole strokes with each tool on each kind of mesh: vertices move, all values stay
+/// finite, and undo and redo restore bit-identical states.
 #include "tests/brush/ToolRows.h"
 #include "tests/brush/ToolStrength.h"
 #include "tests/fixture/StrokeFixture.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The table of the faces around each face, its lifetime as a node, and renderer
+/// \file Tests the table of the faces around each face, its lifetime as a node, and renderer
 /// notifications.
 #include "framework/nodes/SceneStream.h"
 #include "tests/fixture/StrokeFixture.h"

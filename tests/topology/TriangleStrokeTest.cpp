@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Whole dabs on triangle meshes, compared with independent calculations in double precision,
-/// and all tools with every influence on a vertex enabled at once.
+/// \file Compares whole dabs on triangle meshes with independent calculations in double precision,
+/// and tests all tools with every influence on a vertex enabled at once.
 #include "tests/brush/ToolRows.h"
 #include "tests/fixture/Triangles.h"
 #include "tests/meshes/MeshZoo.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The per-vertex step on meshes without patches: its return value, its records and its
-/// displacement, compared with independent calculations.
+/// \file Tests the per-vertex step on meshes without patches: compares its return value, its
+/// records and its displacement with independent calculations.
 #include "tests/fixture/Triangles.h"
 #include "tests/memory/MemoryLimit.h"
 #include "tests/meshes/MeshZoo.h"

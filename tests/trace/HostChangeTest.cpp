@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Changes by the host between calls, as reconstructed by a trace reader.
+/// \file Tests that a trace reader can reconstruct changes by the host between calls.
 #include "framework/document/DocumentStroke.h"
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
@@ -231,8 +231,8 @@ protected:
                     reader.Replace(ReadState(At("before/m0")));
                     hasState = true;
                 }
-                // The mirrored sides are settled immediately before the call, but the trace reports
-                // this immediately after it.
+                // The symmetry is settled immediately before the call, but the trace reports it
+                // immediately after the call.
                 const bool settles =
                     i + 1 < trace.size() && trace[i + 1]["call"] == "SettleSymmetry";
                 if (hasState && !settles) ExpectSame(reader.Present(), witness.before[call], what);

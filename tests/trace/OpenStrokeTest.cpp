@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Strokes that a script leaves open.
+/// \file Tests traces of strokes that a script leaves open.
 #include "framework/errors/HostError.h"
 #include "tests/trace/NpyArray.h"
 #include "tests/trace/TraceFixture.h"

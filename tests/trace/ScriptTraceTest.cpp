@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Traces of small scripts with the actual brush.
+/// \file Tests the traces of small scripts that run with the actual brush.
 #include "framework/errors/HostError.h"
 #include "framework/images/ImageFile.h"
 #include "framework/math/SameBits.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Hidden faces of all levels: they are consistent, are updated when levels are added or
-/// removed, and every step is undone bit-exactly.
+/// \file Tests that the hidden faces of all levels are consistent and are updated when levels are
+/// added or removed, and that every step is undone bit-exactly.
 #include "framework/errors/HostError.h"
 #include "framework/freeze/FreezeBlend.h"
 #include "tests/levels/GeometryState.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Strokes over hidden faces: hidden vertices stay bit-identical, and the results at visible
-/// vertices are bit-identical to those with the hidden vertices masked.
+/// \file Tests strokes over hidden faces: hidden vertices stay bit-identical, and visible vertices
+/// get the same results, bit for bit, as with the hidden vertices masked.
 #include "framework/brushes/Falloff.h"
 #include "framework/edits/Symmetry.h"
 #include "framework/freeze/FreezeBrush.h"
@@ -121,7 +121,8 @@ TEST(HiddenStroke, NegativeZerosOfHiddenVerticesKeepTheirSign) {
 
 TEST(HiddenStroke, NormalsAtTheBorderFollowTheSurface) {
     StrokeFixture bench(SphereQuads(3), 1);
-    // The strength is low, because brush and host weight the faces around a vertex differently.
+    // The strength is low, because the brush and the host weight the faces around a vertex
+    // differently.
     bench.Activate(Tool::Sculpt, FalloffIndexOf("smooth"));
     LevelMesh& level = bench.Mesh();
     FaceChoice chosen(level.faceCount);

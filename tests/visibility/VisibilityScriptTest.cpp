@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Hidden faces in stroke scripts, documents and scenes.
+/// Tests hidden faces in stroke scripts, documents and scenes.
 #include "framework/document/Document.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"

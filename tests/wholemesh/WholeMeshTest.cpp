@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file A tool applied to the whole mesh at once, without a position, radius or falloff.
+/// \file Tests tools that are applied to the whole mesh at once, without a position, radius or
+/// falloff.
 #include "framework/mesh/LevelPositions.h"
 #include "framework/nodes/HostScene.h"
 #include "tests/brush/ToolRows.h"

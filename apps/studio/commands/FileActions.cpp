@@ -42,7 +42,7 @@ FileActions::FileActions(const ActionContext& given, QObject* parent)
     connect(&context.engine, &Engine::Opened, this, [this] {
         const OpenedDocument& document = context.engine.Document();
         const QString source = QString::fromStdString(document.sourcePath);
-        // Primitives are not files of the user's.
+        // Primitives are not the user's own files.
         if (!document.isRecovered && !source.isEmpty() &&
             !source.startsWith(StudioFolders::Primitives()))
             context.preferences.AddRecentFile(source);
@@ -116,7 +116,7 @@ void FileActions::WhenSaved(const std::function<void()>& go) {
     box.setDefaultButton(QMessageBox::Save);
     const int answer = box.exec();
     if (answer == QMessageBox::Discard) go();
-    // Asks again if there were changes while the file was written.
+    // Asks again if there were changes while the file was being written.
     if (answer == QMessageBox::Save) Save([this, go] { WhenSaved(go); });
 }
 

@@ -41,7 +41,8 @@ QString ReadKeys(const QJsonObject& object, Keymap::Keys& keys) {
 Keymap::Keymap(ActionRegistry& registry, const QString& path, QObject* parent)
     : QObject(parent), actions(registry) {
     SetPreset(Presets().first());
-    // Connected only now, so that the user's file is not replaced before Load reads it.
+    // The path is set only after SetPreset, so that the user's file is not replaced before Load
+    // reads it.
     userPath = path;
     connect(&actions, &ActionRegistry::Added, this, [this](const QString& id) {
         const auto found = own.find(id);
@@ -180,7 +181,8 @@ QString Keymap::Write(const QString& path) const {
 }
 
 void Keymap::Store() {
-    // Nothing needs to be stored: a missing file means the preset "default" without changes.
+    // If there is no file, the preset "default" is used without changes, so this state need not be
+    // stored.
     if (userPath.isEmpty()) return;
     if (own.empty() && preset == Presets().first() && !QFileInfo::exists(userPath)) return;
     const QString error = Write(userPath);

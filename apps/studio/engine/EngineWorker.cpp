@@ -261,7 +261,8 @@ void EngineWorker::SendSurface() {
     std::shared_ptr<SurfaceUpdate> update;
     const QString error = Guarded([&] { update = session->Feed().Pack(maxUpdateBytes); });
     if (!error.isEmpty()) {
-        // Retried after the next request; retrying immediately would report errors endlessly.
+        // Packing is retried after the next request, because retrying it immediately would report
+        // errors endlessly.
         session->Feed().SendAll();
         hasSurfaceWork = false;
         return;

@@ -52,8 +52,8 @@ void RemoveFilesOf(const std::string& journalPath,
         if (JournalOf(file) == journalPath && !isKept(file)) fs::remove(file, ignored);
 }
 
-/// Adds the names of the files that a journal needs for recovery. Names suffice to keep files, and
-/// do not depend on how the path of the folder is written.
+/// Adds the names of the files that a journal needs for recovery. Files are compared by name only,
+/// because names do not depend on how the folder's path is written.
 void AddNeeded(const JournalContent& content, std::set<std::string>& needed) {
     const auto add = [&](const std::string& path) {
         needed.insert(fs::path(path).filename().string());
@@ -124,8 +124,9 @@ void RemoveRecovered(const std::string& journalPath) {
     RemoveFilesOf(journalPath, [&](const fs::path& file) { return file == scene; });
 }
 
-// Another process can recover or start a journal at the same time. The journals that exist at the
-// beginning keep their companions, even if they are renamed meanwhile, and are read after that.
+// Another process can recover or start a journal at the same time. Therefore, the journals that
+// exist at the beginning keep their companion files even if they are renamed meanwhile, and
+// journals are read only after the folder was first listed.
 void RemoveLeftovers(const std::string& folder) {
     const std::vector<fs::path> files = FilesIn(folder);
     std::map<std::string, std::vector<fs::path>> companions;

@@ -107,7 +107,8 @@ void LiveSession::Tick(double milliseconds) {
     Stroke([&] {
         if (isReleased || strokePoints.empty() || milliseconds <= strokePoints.back().milliseconds)
             return;
-        // A tick would apply all pending dabs at once; the next tick covers the skipped time.
+        // A tick now would apply all pending dabs at once; the next tick makes up for the skipped
+        // time.
         if (hasBacklog) return;
         // Recorded as a repetition of the last sample at this time.
         PenPoint resting = strokePoints.back();
@@ -165,8 +166,8 @@ void LiveSession::FinishStroke() {
     SelectToolBefore();
 }
 
-// The sides that were applied are one undo step with the stroke. The stroke is not in the list of
-// actions, so redoing it would have no counterpart in a replay.
+// The sides that were applied belong to the same undo step as the stroke. The stroke is not in the
+// list of actions, so redoing it would have no counterpart in a replay.
 void LiveSession::RevertUnfinishedMirrors() {
     trovik::Document& document = GetDocument();
     if (NewestUndoStep() != newestBefore) runner.Do({{"undo", 1}}, actions->StepCount());

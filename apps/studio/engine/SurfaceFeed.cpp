@@ -9,7 +9,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// Threads for packing, including the engine thread.
+/// Number of threads used for packing, including the engine thread.
 constexpr unsigned packingThreads = 2;
 
 }  // namespace
@@ -53,7 +53,7 @@ std::shared_ptr<SurfaceUpdate> SurfaceFeed::Pack(std::size_t maxBytes) {
     std::size_t vertices = 0;
     for (const uint32_t patch : dirty->Patches()) {
         if (vertices >= maxVertices) break;
-        // Patches that have never been sent are added below.
+        // Patches that have never been sent are added by the next loop.
         if (patch < nextPatch) AddPatch(*update, patch, vertices);
     }
     while (nextPatch < PatchCount() && vertices < maxVertices)

@@ -44,7 +44,7 @@ QInputDevice::Capabilities PenCapabilities() {
 /// In Qt, a timestamp of 0 means that the event does not have one.
 quint64 TimestampOf(uint32_t time) { return quint64{time} + 1; }
 
-/// Updates `buttons` with an event. \return the button that the event reports; none for a move.
+/// Updates `buttons` from an event. \return the button that the event reports; none for a move.
 Qt::MouseButton Follow(PenInput::Kind kind, Qt::MouseButton button, Qt::MouseButtons& buttons) {
     if (kind == PenInput::Kind::Move) return Qt::NoButton;
     buttons.setFlag(button, kind == PenInput::Kind::Press);

@@ -126,7 +126,8 @@ bool PointerRouter::Route(const QMouseEvent& event) {
     return true;
 }
 
-// Some drivers and window managers swallow a release; the stroke would never end.
+// Some drivers and window managers do not deliver every release; without this function, the stroke
+// would never end.
 void PointerRouter::SendLostRelease(const PointerEvent& move) {
     active = Active::None;
     for (const Qt::MouseButton button : {Qt::LeftButton, Qt::MiddleButton, Qt::RightButton}) {

@@ -10,7 +10,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// A pen that has reported nothing for this time is at rest.
+/// A pen that has reported nothing for this long is considered to be at rest.
 constexpr qint64 restMilliseconds = 16;
 
 }  // namespace

@@ -128,7 +128,7 @@ void LayersPanel::Drop() {
     if (row == nullptr) return;
     const auto from =
         static_cast<std::size_t>(std::find(rows.begin(), rows.end(), row) - rows.begin());
-    // Without the dragged row, the rows below it move up by one.
+    // When the dragged row is removed, the rows below it move up by one.
     const std::size_t to = dropAt > from ? dropAt - 1 : dropAt;
     if (to == from) return;
     Change(row, "order", static_cast<int>(rows.size() - 1 - to));

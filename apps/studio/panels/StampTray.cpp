@@ -209,7 +209,7 @@ void StampTray::Refresh() {
 
 void StampTray::Choose(const QString& path) {
     engine.Run({{"set", {{"stamp", {{"path", path.toStdString()}, {"enabled", true}}}}}});
-    // The list must not change under the button that was clicked.
+    // Queued, because the list must not change while the clicked button handles its event.
     QMetaObject::invokeMethod(
         this, [this, path] { preferences.AddRecentStamp(path); }, Qt::QueuedConnection);
 }

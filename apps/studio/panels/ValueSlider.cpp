@@ -18,7 +18,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// Distance in pixels within which a press is still a click.
+/// A press that moves no farther than this distance, in pixels, is a click.
 constexpr double clickSlop = 3.0;
 constexpr double fineFactor = 0.1;
 constexpr double corner = 3.0;

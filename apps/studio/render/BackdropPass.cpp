@@ -144,7 +144,7 @@ double BackdropPass::GridSpacing(const AxisAlignedBoundingBox& worldBox) {
 double BackdropPass::FloorHeight(const AxisAlignedBoundingBox& worldBox) {
     if (worldBox.IsEmpty()) return 0.0;
     const double spacing = GridSpacing(worldBox);
-    // A rounding error in the lowest vertex must not lower the floor by a grid line.
+    // A rounding error in the lowest vertex must not lower the floor by a whole grid interval.
     return std::floor(worldBox.minY / spacing + 0.05) * spacing;
 }
 

@@ -9,8 +9,8 @@
 
 namespace trovik::studio {
 
-// Triangles of one face follow one another and begin with the same vertex, which begins those of no
-// other face: so the diagonals of quads can be left out.
+// The triangles of a face are consecutive and start with the same vertex, with which no other
+// face's triangles start. The diagonals of quads can therefore be left out.
 FaceEdges FaceEdgesOf(const PatchLayout& layout) {
     FaceEdges edges;
     std::vector<std::array<uint16_t, 2>> sides;

@@ -15,7 +15,7 @@ constexpr double orthographicFactor = 32.0;
 /// A smaller field of view indicates orthographic projection.
 constexpr float minFieldOfView = 5.0f;
 constexpr float maxFieldOfView = 120.0f;
-/// Limits of the distance from eye to target, world units.
+/// Limits of the distance from the eye to the target, in world units.
 constexpr double minDistance = 1e-6;
 constexpr double maxDistance = 1e8;
 /// Margin around the box in Frame, as a factor of the box size.

@@ -44,7 +44,7 @@ struct Axes {
         for (float& value : matrix.m[3]) value = 0.0f;
     }
     Vector Row(int row) const { return {matrix.m[row][0], matrix.m[row][1], matrix.m[row][2]}; }
-    /// Cube coordinates to pixels from the centre, y down.
+    /// Converts cube coordinates to pixels, measured from the centre with y down.
     QPointF ToPixel(const Vector& p) const {
         return {(p | Row(0)) * halfEdge, -(p | Row(1)) * halfEdge};
     }
@@ -52,7 +52,8 @@ struct Axes {
     Matrix matrix;
 };
 
-/// -1, 0 or 1 per axis: which face, edge or corner a point on the cube belongs to.
+/// Returns -1, 0 or 1 per axis, which identifies the face, edge or corner that a point on the cube
+/// belongs to.
 Vector PartAt(const Vector& point) {
     const auto part = [](float value) {
         return value > edgeStart ? 1.0f : value < -edgeStart ? -1.0f : 0.0f;

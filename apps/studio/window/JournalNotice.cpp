@@ -50,7 +50,7 @@ JournalNotice::JournalNotice(Engine& engine, ActionRegistry& actions, QWidget* o
         actions.Trigger(QStringLiteral("file.saveCopy"));
     });
     addButton(tr("Try Again"),
-              tr("Tries to write the journal now; the studio also tries from time to time"),
+              tr("Tries to write the journal now; the studio also retries periodically"),
               [&engine] { engine.ResumeJournal(); });
     connect(&engine, &Engine::JournalFailureChanged, this, &JournalNotice::Show);
     covered->installEventFilter(this);

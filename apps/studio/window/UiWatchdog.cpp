@@ -55,7 +55,8 @@ bool IsPainting(QEvent::Type type) {
 
 UiWatchdogApplication::UiWatchdogApplication(int& argumentCount, char** arguments)
     : QApplication(argumentCount, arguments) {
-    // Within an event, the dispatcher only waits for further events in the loop of a dialog.
+    // While an event is being handled, the dispatcher waits for further events only in the event
+    // loop of a dialog.
     connect(QAbstractEventDispatcher::instance(),
             &QAbstractEventDispatcher::aboutToBlock,
             this,

@@ -38,7 +38,7 @@ WelcomeHint::WelcomeHint(ActionRegistry& actions, Preferences& stored, QWidget* 
     add(tr("Hold %1, %2").arg(key("stroke.invert"), key("stroke.smooth")), tr("inverts, smooths"));
     add(key("brush.radius") + QStringLiteral(", ") + key("brush.strength"),
         tr("changes radius, strength"));
-    add(tr("Middle button"), tr("orbits; with Shift pans, with Ctrl zooms"));
+    add(tr("Middle button"), tr("orbits; Shift pans, Ctrl zooms"));
     add(key("window.palette"), tr("finds every command"));
     auto* close = new QPushButton(tr("Start"), this);
     close->setFocusPolicy(Qt::NoFocus);

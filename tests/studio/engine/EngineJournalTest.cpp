@@ -19,8 +19,8 @@ TEST_F(StudioEngine, ReportsAJournalThatCannotBeWrittenAndContinuesIt) {
     engine->EndStroke();
     Finish();
     EXPECT_EQ(engine->JournalFailure(), "");
-    // No request follows: the failure is found without one. No journal can be written either,
-    // because a file is where the folder was.
+    // The failure is detected without another request. No journal can be written either, because a
+    // file is where the folder was.
     fs::remove_all(Path("journals"));
     std::ofstream(Path("journals")) << "not a folder";
     ASSERT_TRUE(WaitFor([this] { return !engine->JournalFailure().isEmpty(); }, 10'000));
@@ -84,7 +84,8 @@ TEST_F(StudioEngine, RecoversTheWorkOfAJournalThatWasNotClosed) {
     engine->Run({{"mirror", {"x"}}});
     Draw({}, 0.5f);
     Finish();
-    // As a crash leaves it: the process cannot close its journal.
+    // This is the state that a crash leaves, because a process that crashes cannot close its
+    // journal.
     std::filesystem::copy(Path("journals"), Path("crashed"));
     engine->Save(Path("work.trovik"));
     Finish();

@@ -155,7 +155,7 @@ TEST_F(StudioEngine, BecomesIdleWhileNobodyTakesTheSurface) {
     OpenBust();
     engine->Run({{"subdivide", 2}});
     ASSERT_TRUE(WaitFor([this] { return engine->IsIdle(); }));
-    // Each change of the level sends 28 MB, which is more than may wait.
+    // Each level change sends 28 MB, more than may wait for the UI thread.
     engine->Run({{"level", 2}});
     engine->Run({{"level", 4}});
     EXPECT_TRUE(WaitFor([this] { return engine->IsIdle(); }, 10'000));

@@ -44,7 +44,7 @@ TEST_F(HeavyStroke, IsAbandonedWhileItsDabsAreAppliedAfterTheRelease) {
     WaitForDabs();
     engine->AbandonStroke();
     ExpectAsBefore();
-    // A stroke that was abandoned before the engine has seen it leaves no trace either.
+    // A stroke that is abandoned before the engine has received it leaves no trace either.
     Draw({}, 0.4f);
     engine->EndStroke();
     engine->AbandonStroke();

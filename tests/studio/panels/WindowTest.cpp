@@ -92,7 +92,8 @@ TEST_F(StudioWindow, MenusHoldActionsOfTheRegistry) {
         QAction* action = actions.Find(info.id);
         if (action != nullptr && inMenus.count(action) == 0) missing << info.id;
     }
-    // The only action without a menu item. It opens the default sphere, as on the first launch.
+    // This action, which opens the default sphere as on the first launch, is the only one without a
+    // menu item.
     EXPECT_EQ(missing, QStringList{"file.new.sphere"}) << missing.join(", ").toStdString();
 }
 

@@ -45,7 +45,7 @@ std::string BitsOf(trovik::Document& document) {
 
 struct EndOfWork : std::exception {};
 
-/// Throws after a number of dabs.
+/// Ends a replay by throwing after a given number of dabs.
 class DabLimit final : public StrokeInputListener {
 public:
     explicit DabLimit(uint32_t dabs) : left(dabs) {}
@@ -160,7 +160,7 @@ protected:
             if (dialog == nullptr) return;
             answer.stop();
             isOffered = true;
-            // One work, and the list of its steps.
+            // The dialog lists one recoverable work and its steps.
             const auto lists = dialog->findChildren<QListWidget*>();
             EXPECT_EQ(lists.at(0)->count(), 1);
             EXPECT_GE(lists.at(1)->count(), 1);

@@ -151,7 +151,7 @@ TEST_P(CameraTest, StrokesPicturesAndPixelsAgree) {
         const float x = random.Between(0.0f, width);
         const float y = random.Between(0.0f, height);
         const Ray ray = strokes.Through(x, y);
-        // Along the ray to the depth of the target.
+        // A point on the ray at about the distance of the target.
         const Vector toTarget = camera.Target() - ray.origin;
         const float t = toTarget.Length() * random.Between(0.95f, 1.05f);
         const Vector point(static_cast<float>(ray.origin.x + double{ray.direction.x} * t),

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The viewport widget with an engine, as in the main window. If TROVIK_SHOTS is set to a
-/// folder, images for visual inspection are saved there.
+/// \file Tests the viewport widget with an engine, as in the main window. If TROVIK_SHOTS is set to
+/// a folder, images for visual inspection are saved there.
 #include "engine/Engine.h"
 #include "tests/studio/WaitFor.h"
 #include "viewport/ViewportWidget.h"

@@ -24,7 +24,7 @@ nlohmann::json StreamSamples(const std::string& name) {
     return samples;
 }
 
-/// The samples as pen events. The last sample is that of the release.
+/// Returns the samples as pen events. The last sample belongs to the release.
 std::vector<TimedInput> StreamEvents(const std::string& name) {
     std::ifstream file(trovik::test::SourceFolder() + "/tests/data/pointer/" + name + ".json");
     const nlohmann::json samples = nlohmann::json::parse(file).at("samples");
@@ -51,7 +51,7 @@ nlohmann::json CameraOf(const CameraInput& camera) {
             {"height", viewportSize.height()}};
 }
 
-/// The hash of the scene after a script has drawn a stroke on the bust, with the view of the
+/// The hash of the scene after a script has drawn a stroke on the bust, using the same view as the
 /// sessions.
 ContentHash HashOfScript(StudioSession& session, nlohmann::json stroke) {
     stroke["path"]["interactive"] = true;

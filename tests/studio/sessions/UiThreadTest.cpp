@@ -40,7 +40,7 @@ protected:
         ASSERT_TRUE(failures.empty()) << failures.first().toStdString();
     }
 
-    /// Runs work and everything that it causes, as one event like a key press.
+    /// Runs `work` as one event, like a key press, and waits for everything that it triggers.
     void Measure(const char* name, const std::function<void()>& work) {
         Watchdog().Restart();
         QTimer::singleShot(0, qApp, work);
