@@ -113,14 +113,14 @@ TEST_F(InteractiveJournal, ContinuesAfterACancelledStep) {
         EXPECT_THROW(runner->Do(step, 0), Cancelled);
         job.reportsLeft = 0;
     };
-    cancel({{"subdivide", 2}}, 3);
+    cancel({{"subdivide", 2}}, 1);
     Do(*runner, {Stroke(0.2f, 0.3f)});
-    cancel(Stroke(0.1f, 0.5f), 3);
+    cancel(Stroke(0.1f, 0.5f), 1);
     Document& document = runner->GetDocument();
     BeginStroke(document, BrushOperation::ModifierNone, {});
     DabThroughTheLoop(document, 0.2f, 0.4f);
     document.Loop().End();
-    cancel({{"tool", "Smooth"}, {"subdivide", 2}}, 3);
+    cancel({{"tool", "Smooth"}, {"subdivide", 2}}, 1);
     Do(*runner, {Stroke(0.3f, 0.1f)});
     const RecoveredWork work = RedoJournal(Journal());
     EXPECT_EQ(StateOf(work.runner->GetDocument()), StateOf(runner->GetDocument()));

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "window/UiWatchdog.h"
-
+#include <QApplication>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -11,6 +10,6 @@ int main(int argc, char** argv) {
          {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME"})
         qputenv(variable, home.path().toUtf8());
     testing::InitGoogleTest(&argc, argv);
-    const trovik::studio::UiWatchdogApplication application(argc, argv);
+    const QApplication application(argc, argv);
     return RUN_ALL_TESTS();
 }
