@@ -23,7 +23,7 @@ struct BrushOperation::Private {
     float strengthBias = 0.0f;
     bool orientedToSurface = true;
     bool screenSpace = false;
-    bool inverted = false;  ///< whether the open stroke began with ModifierInvert
+    bool inverted = false;  ///< whether the open stroke was started with ModifierInvert
 
     int falloffIndex = smoothFalloffIndex;  ///< customFalloffIndex: user-defined samples
     FalloffTable falloff{falloffIndex};

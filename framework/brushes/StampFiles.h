@@ -14,10 +14,10 @@ namespace trovik {
 /// tree and stamps/ in the source tree, if they exist.
 TROVIK_API std::vector<std::string> StampFolders();
 
-/// Finds the file of a stamp name. An absolute path is used unchanged. Any other name is searched
-/// for in the stamp folders and their "Stamps" subfolders, first unchanged and then without its
-/// folder part. A name without an extension may refer to a TIFF, PNG, EXR or JPEG file. \return
-/// nothing if the file does not exist.
+/// Finds the file of a stamp name. An absolute path is used unchanged. Any other name is looked up
+/// in the stamp folders and their "Stamps" subfolders, first unchanged and then without its folder
+/// part. A name without an extension may refer to a TIFF, PNG, EXR or JPEG file.
+/// \return nothing if the file does not exist.
 TROVIK_API std::optional<std::string> FindStampFile(const std::string& name);
 
 /// Loads the image of the brush's stamp if the stamp is enabled and its file exists, and reloads it

@@ -11,7 +11,7 @@ namespace trovik {
 
 namespace {
 
-/// Number of fractional bits of an amount between two steps.
+/// Number of fractional bits that an amount has between two steps.
 constexpr int fractionBits = 16;
 constexpr int64_t largest = int64_t{freezeAmountMask} << fractionBits;
 

@@ -14,7 +14,7 @@ namespace trovik {
 
 /// The vertices that an operation in the view affects.
 enum class ViewReach : int {
-    /// Vertices not occluded by the mesh.
+    /// Vertices that the mesh does not occlude.
     Visible,
     /// Vertices whose normal faces the eye.
     Facing,
@@ -44,8 +44,8 @@ TROVIK_API std::vector<float> WeightsInView(const LevelGeometry& geometry,
                                             ViewReach reach,
                                             const std::function<float(const ViewPoint&)>& weightAt);
 
-/// A viewport rectangle, including its left and upper sides but not the others. The two corners may
-/// be given in either order.
+/// A viewport rectangle, which includes its left and upper sides but not its right and lower ones.
+/// The two corners may be given in either order.
 struct TROVIK_API ViewBox {
     ViewPoint from;
     ViewPoint to;
@@ -74,10 +74,10 @@ public:
         /// 1 if the image has no alpha channel.
         Alpha,
     };
-    /// \param over  the area that the image covers, up to its borders.
+    /// \param over  the area that the whole image covers.
     ViewImage(const FloatImage& image, Channel channel, bool inverted, const ViewBox& over);
-    /// Weight at a position; 0 outside the area. Interpolated bilinearly between pixel centres and
-    /// constant beyond the outermost centres.
+    /// Weight at a position; 0 outside the area. The weight is interpolated bilinearly between
+    /// pixel centres and is constant beyond the outermost centres.
     float WeightAt(const ViewPoint& position) const;
 
 private:

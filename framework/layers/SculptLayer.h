@@ -29,17 +29,17 @@ class TROVIK_API SculptLayer : public trovik::Layer {
 public:
     /// Borrows the level. A layer must not be used after its level is destroyed.
     SculptLayer(LevelMesh* level, const std::string& name);
-    /// If this is the level's active layer, the level then has no active layer. Positions do not
-    /// change.
+    /// If this is the level's active layer, the level is left without an active layer. Positions do
+    /// not change.
     ~SculptLayer() override;
     SculptLayer(const SculptLayer&) = delete;
     SculptLayer& operator=(const SculptLayer&) = delete;
 
-    /// Returns the zero vector if the slot does not exist.
+    /// Returns the offset, or the zero vector if the slot does not exist.
     Vector* get(Vector* out, uint32_t layerSlot) const override;
     /// Stores the offset and computes rest + strength * offset per component, in that order. `out`
     /// receives that position regardless of `updateComposite`. If the slot does not exist, it is
-    /// looked up by `vertex`, and created if necessary. The caller checks Writable.
+    /// looked up by `vertex` and created if necessary. The caller checks Writable.
     void set(Vector* out,
              uint32_t layerSlot,
              uint32_t vertex,
@@ -106,8 +106,8 @@ public:
     const std::shared_ptr<SculptLayer*>& Handle() const { return handle; }
     /// Number of bytes allocated for the touched vertices.
     uint64_t Bytes() const;
-    /// The layer's vertices and states, for code that compresses an unused layer. While they are
-    /// removed, no other function of the layer may be called.
+    /// The layer's vertices and states, for code that compresses an unused layer. While this data
+    /// is compressed, no other function of the layer may be called.
     StepArray Content() { return StepArray(entries); }
 
 private:

@@ -15,7 +15,7 @@ void Stream::Transfer(QString& text) {
         WriteElements(utf8.constData(), 1, bytes);
         return;
     }
-    // Read in pieces, so that an invalid length causes an end-of-file error and not a huge
+    // Read in pieces, so that an invalid length causes an end-of-file error instead of a huge
     // allocation.
     utf8.clear();
     char piece[4096];
