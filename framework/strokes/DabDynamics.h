@@ -15,7 +15,7 @@ struct DabDynamics {
     /// The top of the stamp points in the direction of the pen's tilt, regardless of the stamp
     /// positioning.
     bool tiltRotatesStamp = false;
-    /// The fraction by which a dab is larger or stronger when the pen lies flat, at least -1. For a
+    /// The fraction (at least -1) by which a dab is larger or stronger when the pen lies flat. At a
     /// smaller tilt, the fraction is multiplied by the length of PathSample::tilt.
     float tiltToSize = 0.0f;
     float tiltToStrength = 0.0f;

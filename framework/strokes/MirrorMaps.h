@@ -17,7 +17,7 @@ struct MirrorSetting {
     int axis = 1;
 };
 
-/// Returns the maps from points to their mirrored copies, in order of rotation; those without a
+/// Returns the maps from points to their mirrored copies, ordered by rotation; maps without a
 /// rotation come first. All maps are different from each other and from the identity. Two planes
 /// give three maps, n copies give n - 1, and both together give all products. Quarter turns are
 /// exact.

@@ -35,7 +35,7 @@ double Distance(const Vector& a, const Vector& b) {
 }
 
 bool IsTooLong(double length, double step) {
-    // A zero step and a NaN length also count as too long.
+    // A path with a zero step or a NaN length also counts as too long.
     return length != 0.0 && !(length / step <= maxPathSteps);
 }
 

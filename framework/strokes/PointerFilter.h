@@ -44,9 +44,9 @@ struct PointerLimits {
 /// 4. Pressure spike at the press (blot): if pressure drops abruptly right after the press, the
 ///    pressures before the drop are replaced with a linear ramp, which has the slope between the
 ///    two samples after the drop and is clamped to at least 0.
-/// 5. Pressure spike at the release: if pressure rises by a jump right before the release, these
-///    samples get the pressure from before the jump. Samples after a position jump right before the
-///    release are dropped.
+/// 5. Pressure spike at the release: if pressure rises abruptly right before the release, the
+///    samples after the rise get the pressure from before it. Samples after a position jump right
+///    before the release are dropped.
 ///
 /// A stream without faults passes through unchanged, bit for bit.
 ///
@@ -93,7 +93,8 @@ private:
     void Settle(double newest, bool isWhole);
     std::vector<Pool> Pools() const;
     double TimeOf(std::size_t sample, const std::vector<Pool>& pools, std::size_t pool) const;
-    /// Corrects the blot. \return whether the samples at the press are final.
+    /// Corrects the blot.
+    /// \return whether the samples right after the press are final.
     bool RemoveBlot(bool isWhole);
     void RemoveSpike();
     /// Whether the release can no longer change this sample, which is the next one to be returned.
@@ -110,8 +111,8 @@ private:
     std::vector<PathSample> samples;
     std::vector<double> raw;
     std::size_t settled = 0;
-    /// The first sample of the first group that is not completely final, and the first and the last
-    /// group before that one.
+    /// The first sample of the first group that is not completely final, and the first and last of
+    /// the groups before it.
     std::size_t base = 0;
     std::vector<Pool> firstPool;
     std::vector<Pool> lastPool;

@@ -36,7 +36,7 @@ struct PathOptions {
     std::function<float(float pressure)> strength;
     /// Called after each dab.
     std::function<void()> progress;
-    /// Called regularly while following the path, whether or not dabs are applied. An exception
+    /// Called regularly while the path is followed, whether or not dabs are applied. An exception
     /// from it stops the stroke at that point.
     std::function<void()> poll;
 };

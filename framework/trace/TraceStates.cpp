@@ -90,8 +90,8 @@ void TraceRecorder::WriteHostChanges(BrushOperation& brush) {
     }
 }
 
-// The line contains only positions, which determine the normals. If the mesh has a layer, its
-// offsets require a complete state as well.
+// The line contains only positions, which determine the normals. If the mesh has a layer, a
+// complete state is also written, because the layer's offsets are not on the line.
 void TraceRecorder::WriteSettled() {
     for (const Settled& line : settled) {
         WriteCall(settling, line.in, line.out);
