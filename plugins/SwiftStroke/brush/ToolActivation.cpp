@@ -95,8 +95,8 @@ void SwiftStroke::SetToolFlags(Tool tool) {
             isSmooth = true;
             break;
         case Tool::Amplify:
-            // Unlike the other plane tools, Amplify keeps the patch normal. The sign makes vertices
-            // move away from the plane.
+            // Unlike the other plane tools, Amplify keeps the patch normal. The negative sign makes
+            // vertices move away from the plane.
             isPlaneTool = true;
             planeDirectionSign = -1.0f;
             SetBrushStrengthScale(0.2f);

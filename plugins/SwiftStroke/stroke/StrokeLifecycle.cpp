@@ -11,7 +11,8 @@ namespace trovik {
 namespace {
 
 /// Returns the number of dabs between two refinements, which depends on the stroke smoothing
-/// distance. 0.15f and 0.1f are slightly above the double-precision thresholds.
+/// distance. The comparisons use double precision, because 0.15f and 0.1f are slightly above 0.15
+/// and 0.1.
 uint32_t RefineIntervalFor(float distance) {
     if (distance > 0.25f) return 1;
     if (static_cast<double>(distance) > 0.15) return 3;

@@ -46,9 +46,9 @@ void SwiftStroke::SamplePlane(const SurfacePoint& hit) {
     planeDistances[mirrorPass] = (direction | point).First();
 }
 
-/// Samples along four arms from the hit cell. Distances are measured from localCenter in mesh-local
-/// space, even if the radius is in world units. Creates undo records for the vertices that it
-/// reads.
+/// Samples the plane along four arms from the hit cell. Distances are measured from localCenter in
+/// mesh-local space, even if the radius is in world units. Creates undo records for the vertices
+/// that it reads.
 void SwiftStroke::SampleCross(const SurfacePoint& hit, Vector& normal, Vector& position) {
     const uint32_t patch = hit.face / facesPerPatch;
     const uint32_t faceInPatch = hit.face - patch * facesPerPatch;

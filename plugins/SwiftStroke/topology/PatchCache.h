@@ -56,8 +56,8 @@ public:
         uint32_t first;
         uint32_t count;
     };
-    /// Ghost vertices around a patch: for each side of the ghost layer, in order, the first two and
-    /// the last two.
+    /// Ghost vertices around a patch: for each side of the ghost layer in turn, its first two and
+    /// its last two vertices.
     using RingEnds = std::array<uint32_t, 16>;
     struct Patch {
         /// The vertices in the order of the work list.
@@ -85,8 +85,8 @@ public:
     /// Enables looking up and adding patches if they are deep enough for the cache to be useful.
     void Open() { isOpen = level >= shallowest; }
     bool IsOpen() const { return isOpen; }
-    /// Must be called when a dab has ended without an exception. Otherwise, the next Check clears
-    /// the cache, because an interrupted dab leaves patches partly processed.
+    /// Must be called when a dab has ended without an exception. Without this call, the next Check
+    /// clears the cache, because an interrupted dab leaves patches partly processed.
     void Close(const MeshChange& change);
 
     /// \return null if the patch is not in the cache or if the cache is not open.

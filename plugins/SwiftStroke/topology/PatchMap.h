@@ -27,7 +27,7 @@ public:
     /// Builds the table. Has no effect without a parent. Errors: "Wrong parrent for PatchMap class"
     /// if the parent is not a mesh.
     void OnLinked() override;
-    /// Adds `face` to the current row; ignored if the row already has ten faces.
+    /// Adds `face` to the current row, or does nothing if the row already has ten faces.
     void Operator(uint32_t vertex, uint32_t face) override;
 
     /// Row f consists of the entries f * 10 to f * 10 + 9, which contain distinct faces in order of

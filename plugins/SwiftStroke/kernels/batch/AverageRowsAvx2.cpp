@@ -37,7 +37,7 @@ struct FourRows {
     }
 };
 
-/// The steps of the four rows: at step t, row r is at column t - r.
+/// The steps in which the four rows are processed: at step t, row r is at column t - r.
 class StepMap {
 public:
     StepMap(const RowBatches* rows, uint32_t points) : all{~0ull, ~0ull, ~0ull, ~0ull}, any{} {
