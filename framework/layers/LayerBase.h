@@ -27,7 +27,7 @@ public:
     struct LayeredVertex {
         uint32_t vertex = 0;
         Vector base;
-        /// If the computed sum equals `sum`, the vertex is at `position` instead.
+        /// If the computed sum equals `sum`, the vertex is at `position` instead of at the sum.
         Vector sum;
         Vector position;
     };

@@ -12,8 +12,8 @@ namespace trovik {
 
 /// A sculpt layer of one level: offsets, stored only for touched vertices. The composite position
 /// of a vertex is rest + strength * offset, where rest is the position without this layer. The rest
-/// position is stored along with the offset, so that changing the strength and restoring it gives
-/// bit-identical positions.
+/// position is stored along with the offset, so that changing the strength and then restoring it
+/// gives bit-identical positions.
 ///
 /// A vertex may also move independently of the layer: by a stroke on another layer or without an
 /// active layer, or by a change propagated from a coarser level. On the next access, the layer

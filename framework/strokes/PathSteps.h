@@ -69,8 +69,8 @@ public:
 
     /// Appends a sample of the unshaped path. From the second sample on, the number of steps is
     /// predicted from the dab radius at the start of the path.
-    /// \throw PathRefused for a sample that is not finite, that is farther from the viewport's
-    /// corner than maxPathSteps steps, or that makes the path too long.
+    /// \throw PathRefused for a sample that is not finite, is farther from the viewport's corner
+    /// than maxPathSteps steps, or makes the path too long.
     void Add(const PathSample& sample);
     /// Checks that a single sample is within bounds, for strokes that do not place dabs along their
     /// path.

@@ -34,9 +34,9 @@ struct PointerLimits {
 /// 1. Duplicate samples (equal position and time): the filter keeps the one whose pressure is
 ///    closest to that of the preceding sample; at the press, it keeps the one with the lowest
 ///    pressure.
-/// 2. Late samples: a sample that is older than samples that arrived before it is moved into time
-///    order if that shortens the path. Otherwise, only its time is wrong, and it is not moved. A
-///    sample that exceeds the limits is not moved either.
+/// 2. Late samples: if a sample is older than samples that arrived earlier, it is moved into time
+///    order, provided that this shortens the path. Otherwise, only its time is wrong, and it is not
+///    moved. A sample that exceeds the limits is not moved either.
 /// 3. Times that still decrease: the times of consecutive samples are replaced with their mean
 ///    until no time decreases. The result is the ascending sequence closest to the original times
 ///    in the least-squares sense. Times between the centres of such groups are interpolated
