@@ -73,7 +73,7 @@ void SwiftStroke::ApplySharedDefaults() {
     updatePlane.SetValue(true, true);
     globalPlane.SetValue(false, true);
     affectAllLayers.SetValue(true, true);
-    // The cube that the kernels read is updated at the next stroke.
+    // The cube of the rate, which the kernels read, is updated at the start of the next stroke.
     buildUpRate.SetValue(0.5f, true);
     SetStamp(false, QString::fromLatin1(""));
     StampConfiguration none;

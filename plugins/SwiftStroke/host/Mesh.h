@@ -183,7 +183,7 @@ public:
     Store<Vertex> vertices;
     Store<PackedNormal> vertexNormals;
     VertexAuxiliary* vertexAuxiliary = nullptr;
-    /// Records of the open change; 0 and null if no change is open.
+    /// Number and array of the open change's records; 0 and null if no change is open.
     uint32_t changeRecordCount = 0;
     StoredVertexInfo* changeRecords = nullptr;
 
@@ -285,8 +285,8 @@ private:
     uint32_t normalCount;
 };
 
-/// Result of QuadEdgeNeighbour at an open border. Brushes treat any value above 0x80000000 as an
-/// open border.
+/// The value that QuadEdgeNeighbour returns for an open border. Brushes treat any value above
+/// 0x80000000 as an open border.
 inline constexpr uint32_t openBorder = 0xffffffffu;
 /// Bit of Mesh::faceFlags.
 inline constexpr uint8_t faceIsLive = 2;

@@ -103,8 +103,8 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
             else
                 patchCache.Forget();
             {
-                // Must also run after an exception: the records contain this dab's mark, which
-                // later dabs must not reuse.
+                // The visit stamp must also change after an exception, because the records contain
+                // this dab's mark, which later dabs must not reuse.
                 const AtScopeEnd endWalk([this] { ++mesh->visitStamp; });
                 patchMesh->EnumerateFaces(hit.face / facesPerPatch, this, 0);
             }

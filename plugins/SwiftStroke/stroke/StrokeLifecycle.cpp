@@ -44,7 +44,7 @@ void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType t
     const float rate = buildUpRate.Value();
     buildUpRateCubed = rate * rate * rate;
 
-    // Must precede everything that depends on the tool.
+    // The tool must be replaced before anything that depends on it.
     if (modifier == ModifierSmooth && ActiveConfiguration()->ID() != smoothConfiguration->ID()) {
         inTemporarySmooth = true;
         const AtScopeEnd endSwap([this] { inTemporarySmooth = false; });

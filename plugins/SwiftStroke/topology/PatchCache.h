@@ -72,9 +72,9 @@ public:
         enum class Ring { NotSearched, Found, Open } ring = Ring::NotSearched;
         RingEnds ringEnds = {};
 
-        /// Returns whether every point of the box fails the distance test that the weights use, in
-        /// single precision and with the same order of additions. Rounding is monotonic, so the
-        /// nearest point of the box has the smallest products.
+        /// Returns whether every point of the box fails the distance test of the weight
+        /// computation; uses single precision and the same order of additions. Rounding is
+        /// monotonic, so the nearest point of the box has the smallest products.
         bool IsBeyond(const float center[3], float radiusSquared) const;
     };
 
@@ -121,7 +121,8 @@ private:
     uint32_t* FindRoom(uint32_t count);
     void AddRun(const Run& run);
 
-    /// In patches with fewer subdivisions, almost all vertices are on the edge.
+    /// The cache is not useful for patches with fewer subdivisions, because almost all of their
+    /// vertices are on the edge.
     static constexpr int32_t shallowest = 3;
 
     /// Null while a dab is running and after a dab was interrupted.

@@ -154,8 +154,8 @@ TROVIK_AVX2_INLINE void AverageAllRows(
     for (uint32_t i = 0; i < count; ++i) {
         const __m256 rightA = CombineHalves(first[i + 1].lanes, second[i + 1].lanes);
         const __m256 rightB = CombineHalves(third[i + 1].lanes, fourth[i + 1].lanes);
-        // The cell below a row is the cell to the right in the next row, and the cell above it is
-        // the previous result of the row above.
+        // The cell below a row's current cell is the cell to the right of the next row's current
+        // cell, and the cell above it is the previous result of the row above.
         const __m256 belowA = _mm256_permute2f128_ps(rightA, rightB, 0x21);
         const __m256 belowB = CombineHalves(SecondOf(rightB), under[i].lanes);
         const __m256 aboveA = CombineHalves(over[i].lanes, FirstOf(leftA));
