@@ -9,9 +9,9 @@
 
 namespace trovik {
 
-/// Folders of the stamps supplied with the program, in search order: the colon-separated folders in
-/// the environment variable TROVIK_STAMP_PATH, or otherwise share/trovik/stamps in the installed
-/// tree and stamps/ in the source tree, if they exist.
+/// Returns the folders that contain stamps, in search order. They are the colon-separated folders
+/// in the environment variable TROVIK_STAMP_PATH or, if it is not set, share/trovik/stamps in the
+/// installed tree and stamps/ in the source tree, if these exist.
 TROVIK_API std::vector<std::string> StampFolders();
 
 /// Finds the file of a stamp name. An absolute path is used unchanged. Any other name is looked up

@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-/// How new freeze amounts g are combined with the existing amounts b, both from 0 to 127.
+/// How new freeze amounts g are combined with existing amounts b; both range from 0 to 127.
 enum class FreezeMode : int {
     /// The maximum of b and g.
     Raise,

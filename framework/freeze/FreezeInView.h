@@ -36,8 +36,8 @@ TROVIK_API std::optional<ViewPoint> ProjectToView(const StrokeView& view, const 
 /// vertices that are not reached.
 /// \param weightAt  returns 0 to 1 for a viewport position, which may be outside the viewport.
 /// Called concurrently on several threads.
-/// \param tree  the up-to-date tree of the bound level. Cost: O(vertices), and with
-/// ViewReach::Visible, one pick for each vertex with a positive weight.
+/// \param tree  the up-to-date tree of the bound level. Cost: O(vertices); ViewReach::Visible also
+/// requires one pick for each vertex with a positive weight.
 TROVIK_API std::vector<float> WeightsInView(const LevelGeometry& geometry,
                                             const PatchTree& tree,
                                             const StrokeView& view,

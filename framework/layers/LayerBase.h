@@ -92,8 +92,8 @@ public:
                                 const Vector& position,
                                 const SurfaceMove& move);
 
-    /// Compares the current data with `before` and returns the `before` data of each vertex that
-    /// differs, in ascending vertex order.
+    /// Compares the current data with `before` and returns, for each vertex whose data differs, its
+    /// data in `before`, in ascending vertex order.
     std::vector<OtherLayeredVertex> DifferencesTo(const std::vector<LayeredVertex>& before) const;
     /// Exchanges the current data of these vertices with the data in `others`.
     /// \param others ordered by vertex, without duplicates.

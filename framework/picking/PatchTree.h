@@ -107,7 +107,7 @@ private:
 
     void SurfaceChanged(const SurfaceChange& change) override;
     bool IsAttached() const;
-    /// Marks for refitting the leaves that are descendants or ancestors of a patch.
+    /// Marks the leaves that are descendants or ancestors of a patch for refitting.
     void TouchLeaves(uint32_t patchLevelIndex, uint32_t patch);
 
     static Box EmptyBox();
@@ -129,7 +129,7 @@ private:
     /// Recomputes the touched boxes of the leaf level and all their ancestors.
     void RefitTouched();
     void RefitLeaf(uint32_t patch);
-    /// \return the box of the visible faces of a patch that may also have hidden faces.
+    /// \return the box of the visible faces of a patch, some of whose faces may be hidden.
     Box VisibleBox(uint32_t patch) const;
     void RefitInner(uint32_t levelIndex, uint32_t patch);
     void RefitTopNode(uint32_t node);

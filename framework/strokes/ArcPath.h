@@ -12,8 +12,8 @@ namespace trovik {
 /// A polyline parametrised by arc length. Its values depend on the shape of the path and not on the
 /// number of samples: a sample is dropped if it lies exactly on the straight segment between its
 /// neighbours and has the pressure, tilt and (if timed) time interpolated there. Positions along a
-/// straight segment are measured against the first sample on it, wherever the segment ends, so that
-/// an additional sample changes values by less than single-precision rounding.
+/// straight segment are measured against the first sample on it, regardless of where the segment
+/// ends, so that an additional sample changes values by less than single-precision rounding.
 ///
 /// A path can grow. Adding samples does not change the values at lengths below Length(); only those
 /// at Length() itself can change. Samples therefore need not be held back.
@@ -47,7 +47,7 @@ public:
     /// Direction of the path at an arc length, not normalised. Past the end, it is the direction of
     /// the last segment; before the start, and for a path of length 0, it is zero.
     Vector Along(double at, Side side = Side::After) const;
-    /// The sample at a time during a pause.
+    /// Returns the sample at the given time during a pause.
     PathSample During(const Pause& rest, double time) const;
 
     /// Arc lengths at which the path turns by more than about 2.6 degrees, in ascending order.

@@ -76,11 +76,11 @@ public:
     /// \return whether dabs remain.
     /// \throw the exceptions of Add.
     bool Continue(Budget budget);
-    /// Reports that the pen is still at its last position at `time`, in seconds on the clock of the
-    /// samples. Equivalent to adding the last sample again with this time. Does nothing before the
-    /// first sample, or if `time` is not later than the last sample. Call it about 60 times a
-    /// second while the pen reports nothing: it applies the dabs of an airbrush and releases
-    /// samples whose delay has passed.
+    /// Reports that the pen is still at its last position at `time`, which is in seconds on the
+    /// same clock as the timestamps of the samples. Equivalent to adding the last sample again with
+    /// this time. Does nothing before the first sample, or if `time` is not later than the last
+    /// sample. Call it about 60 times a second while the pen reports nothing: it applies the dabs
+    /// of an airbrush and releases samples whose delay has passed.
     void Tick(double time);
     /// Applies the remaining dabs after the last sample.
     void Release();

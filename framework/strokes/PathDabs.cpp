@@ -11,7 +11,7 @@ namespace trovik {
 
 namespace {
 
-/// The smallest dab, as a fraction of the brush radius.
+/// Minimum dab radius, as a fraction of the brush radius.
 constexpr float smallestDab = 0.01f;
 /// Slightly less than 1. Otherwise, rounding would decide whether a path whose length is a multiple
 /// of the spacing ends with a dab.

@@ -23,7 +23,7 @@ public:
     /// positive.
     /// \param position  returns the position of the sample at a length; called with ascending
     /// lengths.
-    /// \param isWhole  whether the path is complete, which makes all samples final.
+    /// \param isWhole  whether the path is complete; if so, all samples are final.
     void Take(const std::function<Vector(double at)>& position,
               bool isWhole,
               std::vector<PathSample>& out);

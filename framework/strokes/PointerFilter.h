@@ -15,7 +15,7 @@ struct PointerLimits {
     float pressureJump = 0.25f;
     /// Time after the press and before the release in which these jumps are detected, in seconds.
     double settleTime = 0.06;
-    /// The same interval in samples; the shorter of the two applies.
+    /// The same interval as a number of samples; the shorter of the two applies.
     std::size_t settleSamples = 4;
     /// A position jump at the release is at least this many times as long as the longest of the
     /// eight steps before it.
@@ -24,7 +24,7 @@ struct PointerLimits {
     float minJumpPixels = 6.0f;
     /// Maximum delay of a late sample or of its time, in seconds.
     double lateTime = 0.05;
-    /// Maximum delay of a late sample, in samples.
+    /// Maximum delay of a late sample, as a number of samples.
     std::size_t lateSamples = 32;
 };
 
@@ -48,14 +48,15 @@ struct PointerLimits {
 ///    samples after the rise get the pressure from before it. Samples after a position jump right
 ///    before the release are dropped.
 ///
-/// A stream without faults passes through unchanged, bit for bit.
+/// A stream without faults passes through bit-identically.
 ///
 /// A sample is returned once all of these conditions hold; the numbers refer to the list above:
 ///
 /// - 1, 2: the next sample at another position or time has arrived.
 /// - 2, 3: a sample whose time is `lateTime` later has arrived, or `lateSamples` more samples have
 ///   arrived. For a group of decreasing times, this must also hold for the next group.
-/// - 5: the next four samples, or a sample `settleTime` later, have their final times.
+/// - 5: the next four samples have their final times, or a sample `settleTime` later has its final
+///   time.
 /// - 4, for the first samples only: the fifth sample, or a sample `settleTime` after the first, has
 ///   its final time.
 ///
@@ -97,7 +98,7 @@ private:
     /// \return whether the samples right after the press are final.
     bool RemoveBlot(bool isWhole);
     void RemoveSpike();
-    /// Whether the release can no longer change this sample, which is the next one to be returned.
+    /// Returns whether the next sample to be returned can no longer be changed by the release.
     bool IsBeforeTail(std::size_t sample) const;
     std::vector<PathSample> Out(bool isWhole);
     float StepTo(std::size_t a, std::size_t b) const;

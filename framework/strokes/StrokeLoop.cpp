@@ -83,7 +83,7 @@ void StrokeLoop::Begin(BrushOperation::Modifier strokeModifier, uint64_t seed) {
     RefreshStamp(brush);
     // With topological mirroring, the stamp of a mirrored dab is read at the mirrored vertex, so
     // that it looks the same on halves in different poses. A vector stamp moves vertices along its
-    // own axes, which must be mirrored themselves.
+    // own axes, so its axes must be mirrored as well.
     if (brush.MirrorConfig().MirrorMode() == MirrorConfiguration::Topological)
         brush.Settings().mirroredStampRead =
             !IsVectorStampName(brush.MaskName(stampMask).toStdString());
@@ -119,7 +119,7 @@ void StrokeLoop::Dab(const StrokeDab& pathDab) {
     try {
         StrokeDab dab = pathDab;
         stamps.PlaceStamp(dab);
-        // Must be looked up before the dab moves the face under it.
+        // The topological mirror image must be looked up before the dab moves the face under it.
         const auto across = AcrossTopology(dab);
         Apply(dab, 0);
         const std::size_t sides = inPairs ? 1 : mirrors.size();

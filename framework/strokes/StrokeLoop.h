@@ -79,10 +79,10 @@ public:
     /// exceptions reach the caller after the stroke has ended.
     void SetInputListener(StrokeInputListener* newListener) { listener = newListener; }
 
-    /// Begins a stroke. Loads the stamp's file if necessary. \param seed  seed of all random values
-    /// of the stroke.
+    /// Begins a stroke. Loads the stamp's file if necessary.
+    /// \param seed  the seed for all random values of the stroke.
     /// \throw HostError if the file cannot be read, in which case no stroke begins, or if a stroke
-    /// is already open; the open stroke is not affected.
+    /// is already open, which is then not affected.
     void Begin(BrushOperation::Modifier modifier, uint64_t seed = 0);
     /// Applies one dab. Like WholeMesh, throws HostError if no stroke is open.
     void Dab(const StrokeDab& dab);
@@ -102,7 +102,7 @@ public:
     /// Distance along a path from the last dab to the next one, in world units.
     /// \param fraction fraction of the radius, for tools without a spacing of their own.
     float Spacing(float radius, float fraction) { return stamps.Spacing(radius, fraction); }
-    /// The next random number for the size of a dab, in [0, 1).
+    /// The next random number, in [0, 1), for the size of a dab.
     float RandomFraction() { return sizeRandom.Share(); }
     const BrushOperation& Brush() const { return brush; }
     bool IsActive() const { return active; }
@@ -134,7 +134,7 @@ private:
         StrokeDab dab;
         Matrix pointMap;
     };
-    /// The dab's topological mirror image; empty if there is none, and in other mirror modes.
+    /// The dab's topological mirror image; empty if there is none or if another mirror mode is set.
     std::optional<MirroredDab> AcrossTopology(const StrokeDab& dab) const;
     /// Reports the patches that a dab's traversals have visited.
     void ReportDab();

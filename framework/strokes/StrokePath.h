@@ -32,7 +32,7 @@ struct PathOptions {
     float radius = 1.0f;
     /// Distance between dabs as a fraction of the radius.
     float spacing = 0.25f;
-    /// Strength of a dab at a pressure.
+    /// Maps pressure to the strength of a dab.
     std::function<float(float pressure)> strength;
     /// Called after each dab.
     std::function<void()> progress;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Mesh states in a trace, and the lines for changes that the host makes between calls.
+/// \file Writes the mesh states of a trace, and the lines for changes that the host makes between
+/// calls.
 #include "framework/brushes/BrushSettings.h"
 #include "framework/trace/BrushSettingsText.h"
 #include "framework/trace/MeshState.h"
