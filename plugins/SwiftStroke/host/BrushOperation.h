@@ -236,8 +236,8 @@ public:
     /// \param mesh  the mesh to bind; if null, the first dab binds the mesh of its hit.
     /// \param trigger  the stroke sculpts only if this is TriggerStroke.
     virtual void BeginStroke(Mesh* mesh, Modifier modifier, TriggerType trigger);
-    /// Ends the stroke: finishes the changes of all its meshes as one undo step and unlocks the
-    /// last one.
+    /// Ends the stroke: finishes the changes to all its meshes as one undo step and unlocks the
+    /// last mesh.
     virtual void EndStroke();
     /// Called when the pointer moves. The base class does nothing.
     virtual void MouseMove();

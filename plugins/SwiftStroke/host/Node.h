@@ -23,8 +23,8 @@ enum NodeEventType : int {
 };
 
 /// Base class of all objects in a scene. A node has a name, attributes and a version that counts
-/// its changes. It can be written to a stream and read from one. Used only on the main thread of
-/// the host.
+/// its changes. It can be written to a stream and read from one. Used only on the host's main
+/// thread.
 class TROVIK_API Node {
 public:
     Node();

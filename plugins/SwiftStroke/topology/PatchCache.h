@@ -20,7 +20,7 @@ struct PatchVertexEntry;
 /// first visit, each vertex of such a patch has a record, whose index and recorded position never
 /// change.
 ///
-/// The cache stores the vertices in the order of the work list, and the indices of their records.
+/// The cache stores these vertices in work-list order, along with the indices of their records.
 /// Most records are consecutive, because the patch that first touched the vertices created them in
 /// that order. Later visits therefore need neither the index tables nor the record look-up through
 /// the vertices.
@@ -43,7 +43,7 @@ struct PatchVertexEntry;
 ///   quarter turns does not change any product or difference except the sign of a zero, and a
 ///   packed zero has no sign.
 ///
-/// The last point requires that no other code changes the mesh. The cache is therefore used only
+/// The last point holds only if no other code changes the mesh. The cache is therefore used only
 /// while the change of the mesh counts outside edits (MeshChange::countsOutsideEdits). It is
 /// cleared when the mesh, its change, the patch depth, the mesh's visit stamp or the count of
 /// outside edits differs from the state after the previous dab. It is also cleared when Smooth

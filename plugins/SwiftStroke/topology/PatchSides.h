@@ -4,7 +4,7 @@
 #include <cstdint>
 
 /// \file
-/// Positions of a patch's sides in the grid and in the index tables of the adjacent patches.
+/// Locations of a patch's sides in the grid and in the index tables of the adjacent patches.
 namespace trovik {
 
 /// When ghost cells are read, a result of QuadEdgeNeighbour counts as a neighbour only if it is

@@ -95,7 +95,7 @@ public:
 
     TROVIK_AVX2_INLINE __m128 Least() const { return _mm_min_ps(FirstOf(least), SecondOf(least)); }
     TROVIK_AVX2_INLINE __m128 Most() const { return _mm_max_ps(FirstOf(most), SecondOf(most)); }
-    /// Whether one of the positions was NaN; the result then depends on the order.
+    /// Whether one of the positions was NaN, in which case the result depends on the order.
     TROVIK_AVX2_INLINE bool HasNan() const { return _mm256_movemask_ps(nanMask) != 0; }
 
 private:
