@@ -21,7 +21,7 @@ constexpr NamedTraits table[] = {
     {"Flatten", percentOnPlane},
     {"Scrape", percentOnPlane},
     {"Fill", percentOnPlane},
-    // Wax raises its plane by 0.05 (0.1 * 0.5) times its strength. At full strength, the plane is a
+    // Wax raises its plane by 0.1 * 0.5 times its strength. At full strength, the plane is a
     // quarter of a radius above the surface.
     {"Wax",
      {.radiiAtFullStrength = 0.25f / (0.1f * 0.5f),
