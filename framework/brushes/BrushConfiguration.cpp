@@ -8,7 +8,7 @@ namespace trovik {
 
 namespace {
 
-// Never destroyed: brushes refer to their entries until the process ends.
+// Never destroyed: brushes refer to their catalogue entries until the process ends.
 std::vector<std::unique_ptr<BrushConfiguration>>& Catalogue() {
     static auto* rows = new std::vector<std::unique_ptr<BrushConfiguration>>;
     return *rows;

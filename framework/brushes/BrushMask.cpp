@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The brush's masks, by number: -1 is the stamp, 1 is the mirrored stamp lookup.
+/// \file The brush's mask numbers: -1 is the stamp, 1 is the stamp lookup at the mirror vertex.
 #include "framework/brushes/BrushSettings.h"
 
 namespace trovik {
@@ -9,7 +9,7 @@ namespace {
 
 constexpr int mirroredStampMask = 1;
 
-/// Returned if there is no image.
+/// The image returned for a mask without an image.
 class EmptyImage : public Image {
 public:
     uint32_t Width() const override { return 0; }
@@ -57,8 +57,8 @@ void BrushOperation::OnMaskChanged(int mask) {
         d->stampImage = known == d->cachedStampImages.end() ? nullptr : known->second.lock();
     }
     d->stampImagePath = d->stamp.path;
-    // For an absolute path, only the file name is used, so that a folder name cannot turn the file
-    // into a vector stamp.
+    // For an absolute path, only the file name is used, so that "vdm" in a folder name cannot turn
+    // the file into a vector stamp.
     const QString& path = d->stamp.path;
     d->stampName = path.startsWith(u'/') ? path.mid(path.lastIndexOf(u'/') + 1) : path;
 }
@@ -69,8 +69,8 @@ void BrushOperation::SetStamp(bool enabled, const QString& path) {
     OnMaskChanged(stampMask);
 }
 
-// A configuration contains all stamp settings of a tool, so no setting of the previous tool may
-// remain.
+// A configuration defines all stamp settings of a tool, so every setting of the previous tool must
+// be overwritten.
 void BrushOperation::SetStampConfig(StampConfiguration& config) {
     d->stamp = config;
     d->stampTiled = false;

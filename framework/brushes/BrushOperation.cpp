@@ -91,7 +91,8 @@ void BrushOperation::SetFalloff(const QString& curve) {
 }
 const Store<float>& BrushOperation::FalloffData() const { return d->falloff.Lend(); }
 void BrushOperation::SetFalloffIndex(int index) {
-    // User-defined samples cannot be recreated from the table, so they are kept if they are in use.
+    // The table cannot recreate user-defined samples, so they are kept if the user-defined curve is
+    // already selected.
     if (index == customFalloffIndex && d->falloffIndex == customFalloffIndex) return;
     const int known = IsFalloffIndex(index) ? index : smoothFalloffIndex;
     d->falloff.Set(known);

@@ -9,7 +9,8 @@ namespace trovik {
 
 namespace {
 
-/// Reads or writes the falloff: the curve's index and, for a user-defined curve, its samples.
+/// Reads or writes the falloff, which consists of the curve's index and, for a user-defined curve,
+/// its samples.
 void TransferFalloff(BrushOperation::Private& settings, Stream& stream) {
     int32_t index = settings.falloffIndex;
     stream.Transfer(index);
@@ -26,8 +27,8 @@ void TransferFalloff(BrushOperation::Private& settings, Stream& stream) {
         stream.WriteElements(samples.array, sizeof(float), count);
         return;
     }
-    // Samples are read one at a time, so that a wrong count causes an end-of-file error and not a
-    // huge allocation.
+    // Samples are read one at a time, so that a wrong count causes an end-of-file error instead of
+    // a huge allocation.
     std::vector<float> values;
     for (uint32_t i = 0; i < count; ++i) {
         float value = 0.0f;

@@ -23,7 +23,7 @@ struct BrushOperation::Private {
     float strengthBias = 0.0f;
     bool orientedToSurface = true;
     bool screenSpace = false;
-    bool inverted = false;  ///< whether the open stroke began with ModifierInvert
+    bool inverted = false;  ///< whether the open stroke was started with ModifierInvert
 
     int falloffIndex = smoothFalloffIndex;  ///< customFalloffIndex: user-defined samples
     FalloffTable falloff{falloffIndex};
@@ -33,7 +33,7 @@ struct BrushOperation::Private {
     QString stampName;       ///< returned by MaskName
     QString stampImagePath;  ///< StampConfiguration::path from which stampImage was loaded
     std::shared_ptr<Image> stampImage;  ///< null if there is none
-    /// Stamp images of other tools, by path, while they are in use elsewhere.
+    /// Stamp images of other tools, by path; an entry is valid while its image is in use elsewhere.
     std::map<QString, std::weak_ptr<Image>> cachedStampImages;
     bool stampTiled = false;
     bool stampInverted = false;

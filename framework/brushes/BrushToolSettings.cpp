@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Each tool has its own settings: they are stored when the tool is left and restored when it
-/// is selected again.
+/// \file Each tool has its own settings, which are stored when another tool is selected and
+/// restored when the tool is selected again.
 #include "framework/brushes/BrushSettings.h"
 #include "framework/nodes/SceneStream.h"
 
@@ -53,8 +53,8 @@ void BrushOperation::RestoreConfiguration(const BrushConfiguration* configuratio
     TransferToolSettings(stream);
 }
 
-// Reads or writes all settings that a tool sets or that the user can change for it. The brush size
-// is shared by all tools.
+// Reads or writes all settings that a tool sets or that the user can change per tool. The brush
+// size is shared by all tools.
 void BrushOperation::TransferToolSettings(Stream& stream) {
     for (Attribute* attribute : Attributes()) {
         // An attribute that is connected to a source has no value of its own. The connection may no

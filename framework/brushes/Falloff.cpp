@@ -14,7 +14,7 @@ float SmoothStep(float t) { return t * t * (3.0f - 2.0f * t); }
 
 struct Curve {
     const char* name;
-    /// Value at distance x from the centre, 0 to 1.
+    /// The falloff at distance x (0 to 1) from the centre.
     float (*value)(float x);
 };
 
@@ -67,7 +67,7 @@ float FalloffValue(int index, float x) {
 }
 
 void FillFalloff(Store<float>& samples, int index) {
-    // A failed allocation does not throw but leaves the samples empty.
+    // A failed allocation does not throw; it leaves the samples empty.
     if (!samples.SetFill(falloffSampleCount, false)) throw Error::s_cBadAlloc;
     for (unsigned i = 0; i < falloffSampleCount; ++i) {
         samples.array[i] =

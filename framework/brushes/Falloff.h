@@ -15,20 +15,20 @@ class BrushOperation;
 TROVIK_API const std::vector<std::string>& FalloffNames();
 /// \return the index of a curve, or -1 for an unknown name.
 TROVIK_API int FalloffIndexOf(const std::string& name);
-/// Whether the table has a curve with this index.
+/// Returns whether the table has a curve with this index.
 TROVIK_API bool IsFalloffIndex(int index);
-/// Name of a curve in the table, or "custom".
+/// Returns the name of the table's curve with this index, or "custom" for user-defined samples.
 TROVIK_API std::string FalloffName(int index);
 
 /// Samples per curve.
 inline constexpr unsigned falloffSampleCount = 256;
 
-/// Value of a curve at distance x, from 0 at the centre to 1 at the rim. Uses only additions,
-/// multiplications and square roots, so that every machine computes the same table.
+/// Value of a curve at distance x, from 0 at the centre to 1 at the rim. Computed with additions,
+/// multiplications and square roots only, so that the table is the same on every machine.
 TROVIK_API float FalloffValue(int index, float x);
 
-/// Fills `samples` with the curve, centre first. An index outside the table selects the curve
-/// "smooth".
+/// Fills `samples` with the curve, from the centre to the rim. An index outside the table selects
+/// the curve "smooth".
 TROVIK_API void FillFalloff(Store<float>& samples, int index);
 /// Fills `samples` with user-defined values.
 TROVIK_API void FillFalloff(Store<float>& samples, const std::vector<float>& values);

@@ -21,8 +21,8 @@ public:
 
     explicit FalloffTable(int index) { Set(index); }
 
-    /// Installs a curve from the table; see FillFalloff. If an allocation fails, Error::s_cBadAlloc
-    /// is thrown and the current samples are kept.
+    /// Installs one of the predefined curves; see FillFalloff. If an allocation fails,
+    /// Error::s_cBadAlloc is thrown and the current samples are kept.
     void Set(int index);
     /// Installs a user-defined curve; `values` may be empty.
     void Set(const std::vector<float>& values);

@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The folder name at the start of the tools' default stamp names.
+/// The folder name with which the tools' default stamp names begin.
 constexpr const char* toolFolder = "Stamps";
 constexpr const char* extensions[] = {".tif", ".tiff", ".png", ".exr", ".jpg", ".jpeg"};
 

@@ -9,15 +9,16 @@
 
 namespace trovik {
 
-/// Folders of the stamps supplied with the program, in search order: the colon-separated folders in
-/// the environment variable TROVIK_STAMP_PATH, or otherwise share/trovik/stamps in the installed
-/// tree and stamps/ in the source tree, if they exist.
+/// Returns the folders that contain stamps, in search order. They are the colon-separated folders
+/// in the environment variable TROVIK_STAMP_PATH or, if it is not set, share/trovik/stamps in the
+/// installed tree and stamps/ in the source tree, if these exist.
 TROVIK_API std::vector<std::string> StampFolders();
 
-/// Finds the file of a stamp name. An absolute path is used unchanged. Any other name is searched
-/// for in the stamp folders and their "Stamps" subfolders, first unchanged and then without its
-/// folder part. A name without an extension may refer to a TIFF, PNG, EXR or JPEG file. \return
-/// nothing if the file does not exist.
+/// Finds the file of a stamp name. An absolute path is used unchanged. Any other name is looked up
+/// in each stamp folder: first the whole name, then the name without its folder part, then the
+/// latter in the subfolder "Stamps". A name without an extension may refer to a TIFF, PNG, EXR or
+/// JPEG file.
+/// \return nothing if the file does not exist.
 TROVIK_API std::optional<std::string> FindStampFile(const std::string& name);
 
 /// Loads the image of the brush's stamp if the stamp is enabled and its file exists, and reloads it

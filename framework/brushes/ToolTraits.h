@@ -7,14 +7,14 @@
 
 namespace trovik {
 
-/// How the host drives a tool. A tool's catalogue entry (BrushConfiguration) does not contain these
-/// properties, so the host declares them by tool name; a tool that is not listed in ToolTraits.cpp
-/// has the defaults below.
+/// Properties of a tool that affect how the host applies its dabs. A tool's catalogue entry
+/// (BrushConfiguration) does not contain these properties, so the host declares them by tool name;
+/// a tool that is not listed in ToolTraits.cpp has the defaults below.
 struct ToolTraits {
     enum class StrengthUnit {
         /// A length in world units: 100 percent is `radiiAtFullStrength` brush radii.
         Length,
-        /// A percentage, passed on unchanged.
+        /// A percentage that is passed on unchanged.
         Percent
     };
 
@@ -23,7 +23,7 @@ struct ToolTraits {
     /// With a vector stamp, whose values are fractions of its side, the strength is a percentage
     /// regardless of `strengthUnit`.
     bool vectorStampTakesPercent = true;
-    /// Whether the stamp follows the stroke direction with StampPositioning::Tool.
+    /// Whether StampPositioning::Tool aligns the stamp with the stroke direction.
     bool rotatesStampAlongStroke = false;
     /// Copies of the stamp are placed side by side: the dab distance is two radii plus the tool's
     /// gap, and the stroke's spacing is ignored.

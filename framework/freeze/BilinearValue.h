@@ -8,7 +8,7 @@ namespace trovik {
 
 /// Bilinear interpolation between four pixels, whose centres have integer coordinates; v points
 /// downwards.
-/// \param pixel  pixel(column, row) returns the value there, for arbitrary integers.
+/// \param pixel  pixel(column, row) returns the pixel value for arbitrary integers.
 template <typename Pixel>
 float BilinearValue(float u, float v, Pixel pixel) {
     const float floorU = std::floor(u);

@@ -34,7 +34,7 @@ uint8_t Blended(uint8_t before, uint8_t given, FreezeMode mode) {
         case FreezeMode::Subtract:
             return static_cast<uint8_t>(std::max(b - g, 0));
         case FreezeMode::Multiply:
-            // 127 is odd, so no quotient lies exactly halfway between two integers.
+            // The divisor, 127, is odd, so no quotient lies exactly halfway between two integers.
             return static_cast<uint8_t>((b * g + full / 2) / full);
     }
     return before;

@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-/// How new freeze amounts g are combined with the existing amounts b, both from 0 to 127.
+/// How new freeze amounts g are combined with existing amounts b; both range from 0 to 127.
 enum class FreezeMode : int {
     /// The maximum of b and g.
     Raise,
@@ -32,7 +32,7 @@ TROVIK_API uint8_t Blended(uint8_t before, uint8_t given, FreezeMode mode);
 /// Freeze amounts for mask weights of 0 to 1, each multiplied by `amount` (0 to 1).
 TROVIK_API std::vector<uint8_t> FreezeAmountsOf(const std::vector<float>& weights, float amount);
 
-/// Linear interpolation from `from` to `to` by `amount` (0 to 1), rounded to nearest.
+/// Interpolates linearly from `from` to `to` by `amount` (0 to 1) and rounds to nearest.
 TROVIK_API std::vector<uint8_t> InterpolatedFreeze(const std::vector<uint8_t>& from,
                                                    const std::vector<uint8_t>& to,
                                                    float amount);

@@ -68,7 +68,8 @@ float FreezeBrush::FalloffAt(float distance, float radius) const {
     return samples.array[index];
 }
 
-// As in sculpting: 1 below the start angle, 0 beyond start plus range.
+// As in sculpting, the factor is 1 below the start angle and 0 beyond the start angle plus the
+// range.
 float FreezeBrush::FacingFactor(uint32_t vertex, const Vector& eye) const {
     const Vector normal = Unpacked(level->vertexNormals.array[vertex]).Normalized();
     const Vector toEye = (eye - level->Position(vertex)).Normalized();
@@ -94,7 +95,7 @@ void FreezeBrush::ApplyDab(const SurfacePoint& hit,
     if (level == nullptr || hit.mesh != level || !(size > 0.0f) || hit.face >= level->faceCount)
         return;
     const auto reached = VerticesUnderDab(*level, hit.face, hit.position, size);
-    // No vertex moved, so no box of the pick tree needs to be refitted after this traversal.
+    // No vertex has moved, so the pick tree does not need to be refitted after this traversal.
     level->ClearLastWalks();
     const bool byFacing = UsesFalloffBasedOnFacingAngle();
     const Vector eye = byFacing ? Eye() : Vector();

@@ -23,7 +23,7 @@ namespace trovik {
 ///     ModifierSmooth: blurring      s + (m - s) w
 ///
 /// where m is the mean mask weight of its neighbours before the dab. During a stroke, mask weights
-/// are stored in single precision and rounded to amounts.
+/// are kept in single precision; the mask stores them rounded to freeze amounts.
 ///
 /// At the end of a stroke, one undo step labelled "Freeze" is added to the geometry's history. No
 /// other code may change the mask during the stroke. Cost of a dab: O(faces under it).
@@ -63,8 +63,8 @@ private:
     Vector Eye() const;
 
     LevelMesh* level = nullptr;
-    /// The stroke's falloff, which later changes to the setting do not affect. Borrowed from the
-    /// base class for the duration of the stroke.
+    /// The falloff of this stroke; changes to the setting during the stroke do not affect it.
+    /// Borrowed from the base class for the duration of the stroke.
     const Store<float>* falloff = nullptr;
     Modifier strokeModifier = ModifierNone;
     std::unique_ptr<FreezeRecords> records;

@@ -42,7 +42,7 @@ TROVIK_API std::vector<float> ScaledCurvatures(const LevelGeometry& geometry,
                                                float size,
                                                uint32_t rings);
 
-/// Mask weights, 0 to 1, that select the bound level's vertices by curvature.
+/// Returns mask weights (0 to 1) that select vertices of the bound level by curvature.
 TROVIK_API std::vector<float> WeightsByCurvature(const LevelGeometry& geometry,
                                                  const CurvatureRange& range);
 

@@ -9,9 +9,10 @@
 
 namespace trovik {
 
-/// A vertex within reach of a dab: it is within the radius (world units) of the hit, and connected
-/// to the hit's face through faces that have a corner in that sphere. Parts of the surface that are
-/// near the hit only in space, not along the surface, are not reached.
+/// A vertex within reach of a dab: it lies in the sphere of the dab's radius (world units) around
+/// the hit and is connected to the hit's face through faces that have a corner in that sphere.
+/// Parts of the surface that are near the hit only in space, not along the surface, are not
+/// reached.
 struct FreezeReach {
     uint32_t vertex;
     /// A face that contains the vertex.

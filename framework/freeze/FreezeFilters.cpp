@@ -11,7 +11,7 @@ namespace trovik {
 
 namespace {
 
-/// Number of fractional bits of an amount between two steps.
+/// Number of fractional bits that an amount has between two steps.
 constexpr int fractionBits = 16;
 constexpr int64_t largest = int64_t{freezeAmountMask} << fractionBits;
 
@@ -37,8 +37,8 @@ int64_t Divided(int64_t value, int64_t divisor) {
     return twice >= 0 ? twice / by : -((-twice + by - 1) / by);
 }
 
-/// \param step  computes the next amount; its arguments are the amount, the sum over the neighbours
-/// and their number.
+/// \param step  computes the next amount; its arguments are the current amount, the sum of the
+/// neighbours' amounts and the number of neighbours.
 template <typename Step>
 std::vector<uint8_t> FilteredAmounts(const LevelMesh& level, uint32_t steps, Step step) {
     std::vector<int64_t> amounts(level.VertexCount());

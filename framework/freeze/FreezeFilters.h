@@ -23,9 +23,9 @@ TROVIK_API std::vector<uint8_t> GrownFreeze(const LevelMesh& level, uint32_t rin
 TROVIK_API std::vector<uint8_t> ShrunkFreeze(const LevelMesh& level, uint32_t rings);
 
 /// In each step, every vertex gets half its own amount plus half the mean of its neighbours. A
-/// neighbour is counted once for each face at the shared edge, so twice in the interior and once on
-/// an open border. Between steps, amounts have 16 fractional bits. They are rounded to nearest,
-/// with halves rounded up, after each step and at the end.
+/// neighbour is counted once for each face at the shared edge: twice in the interior, once on an
+/// open border. Between steps, amounts have 16 fractional bits. They are rounded to nearest, with
+/// halves rounded up, after each step and at the end.
 TROVIK_API std::vector<uint8_t> BlurredFreeze(const LevelMesh& level, uint32_t steps);
 
 /// In each step, every vertex gets twice its own amount minus the mean of its neighbours, clamped

@@ -15,9 +15,9 @@ namespace trovik {
 
 namespace {
 
-/// Tolerance of the visibility test, as a fraction of the distance between eye and vertex. A vertex
-/// is hidden only if the surface is hit at least this far in front of it, because rounding can
-/// place a hit on the vertex's own faces slightly in front of it.
+/// Tolerance of the visibility test, as a fraction of the distance from the eye to the vertex. A
+/// vertex is hidden only if the surface is hit at least this far in front of it, because rounding
+/// can place a hit on the vertex's own faces slightly in front of it.
 constexpr float sightTolerance = 1e-4f;
 
 /// A viewport's camera, prepared for projecting many positions.
@@ -121,8 +121,8 @@ bool ViewBox::Holds(const ViewPoint& point) const {
            point.y >= std::min(from.y, to.y) && point.y < std::max(from.y, to.y);
 }
 
-// A side includes its upper end but not its lower end, so that a corner level with the position is
-// counted once.
+// A side includes its upper end but not its lower end, so that a corner at the same height as the
+// position is counted only once.
 bool ViewLasso::Holds(const ViewPoint& point) const {
     bool inside = false;
     for (std::size_t i = 0; i < corners.size(); ++i) {

@@ -14,7 +14,7 @@ namespace trovik {
 
 /// The vertices that an operation in the view affects.
 enum class ViewReach : int {
-    /// Vertices not occluded by the mesh.
+    /// Vertices that the mesh does not occlude.
     Visible,
     /// Vertices whose normal faces the eye.
     Facing,
@@ -36,16 +36,16 @@ TROVIK_API std::optional<ViewPoint> ProjectToView(const StrokeView& view, const 
 /// vertices that are not reached.
 /// \param weightAt  returns 0 to 1 for a viewport position, which may be outside the viewport.
 /// Called concurrently on several threads.
-/// \param tree  the up-to-date tree of the bound level. Cost: O(vertices), and with
-/// ViewReach::Visible, one pick for each vertex with a positive weight.
+/// \param tree  the up-to-date tree of the bound level. Cost: O(vertices); ViewReach::Visible also
+/// requires one pick for each vertex with a positive weight.
 TROVIK_API std::vector<float> WeightsInView(const LevelGeometry& geometry,
                                             const PatchTree& tree,
                                             const StrokeView& view,
                                             ViewReach reach,
                                             const std::function<float(const ViewPoint&)>& weightAt);
 
-/// A viewport rectangle, including its left and upper sides but not the others. The two corners may
-/// be given in either order.
+/// A viewport rectangle, which includes its left and upper sides but not its right and lower ones.
+/// The two corners may be given in either order.
 struct TROVIK_API ViewBox {
     ViewPoint from;
     ViewPoint to;
@@ -74,10 +74,10 @@ public:
         /// 1 if the image has no alpha channel.
         Alpha,
     };
-    /// \param over  the area that the image covers, up to its borders.
+    /// \param over  the area that the whole image covers.
     ViewImage(const FloatImage& image, Channel channel, bool inverted, const ViewBox& over);
-    /// Weight at a position; 0 outside the area. Interpolated bilinearly between pixel centres and
-    /// constant beyond the outermost centres.
+    /// Weight at a position; 0 outside the area. The weight is interpolated bilinearly between
+    /// pixel centres and is constant beyond the outermost centres.
     float WeightAt(const ViewPoint& position) const;
 
 private:

@@ -26,8 +26,8 @@ public:
     void Join(uint32_t a, uint32_t b) {
         a = Of(a);
         b = Of(b);
-        // The lower number becomes the root, which keeps paths short if vertex numbers follow the
-        // faces.
+        // The lower vertex number becomes the root, which keeps paths short if vertices are
+        // numbered in face order.
         if (a < b)
             parent[b] = a;
         else

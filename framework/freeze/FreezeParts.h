@@ -18,8 +18,8 @@ TROVIK_API std::vector<float> WeightsOfGroup(const LevelGeometry& geometry,
                                              uint32_t levelIndex,
                                              uint32_t group);
 
-/// Returns 1 near `center`, 0 at `radius` and beyond. The weight falls off linearly over the outer
-/// fraction `soft` (0 to 1) of the radius. World space.
+/// Returns 1 near `center` and 0 at distances of `radius` or more. The weight falls off linearly
+/// over the outer fraction `soft` (0 to 1) of the radius. World space.
 TROVIK_API std::vector<float> WeightsInSphere(const LevelGeometry& geometry,
                                               const Vector& center,
                                               float radius,

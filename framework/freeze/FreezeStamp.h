@@ -11,8 +11,9 @@ namespace trovik {
 /// everywhere.
 class TROVIK_API FreezeStamp {
 public:
-    /// Reads the pixels. If o is the brush's stamp offset, a pixel v has the value v - o, or (1 -
-    /// v) + o if the stamp is inverted, as for sculpting. Cost: O(pixels) if the image has changed.
+    /// Reads the pixels. If o is the brush's stamp offset, a pixel value v is read as v - o
+    /// or, if the stamp is inverted, as (1 - v) + o, as for sculpting. Cost: O(pixels) if the image
+    /// has changed.
     void Read(const BrushOperation& brush);
     /// Weight from 0 to 1: the bilinearly interpolated pixel times the stamp's factor; 0 outside a
     /// stamp that is not tiled. \param position, toPixels  see StampPlacement::ToPixels.

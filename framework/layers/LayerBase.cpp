@@ -108,7 +108,7 @@ void LayerBase::AbsorbMove(LayeredVertex& layeredVertex,
         if (!SameBits(state.seen, present) ||
             !SameBits(state.rest, Sum(layeredVertex.base, layers, first, last, touch)))
             continue;
-        // The last stroke that moved the vertex was in this layer, so the base is unchanged. The
+        // The last stroke that moved the vertex worked on this layer, so the base is unchanged. The
         // stroke may have rounded the sum differently, or it may have deferred computing the
         // position.
         if (SameBits(present, layer.Composite(touch->slot)))
@@ -198,7 +198,7 @@ LayerBase::VertexLayers LayerBase::Carried(const VertexLayers& held,
                                            const SurfaceMove& move) {
     const VertexLayers::Entry* const heldEnd = held.entries.data() + held.entries.size();
     const Vector sum = Sum(held.layeredVertex.base, layers, held.entries.data(), heldEnd);
-    // Otherwise, a layer has deferred the change of the position.
+    // If the position is not the composed one, a layer has deferred the position update.
     const bool isComposed = SameBits(PositionOf(held.layeredVertex, sum), present);
     VertexLayers carried = held;
     carried.layeredVertex.base = move.Carried(held.layeredVertex.base);

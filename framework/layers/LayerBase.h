@@ -27,12 +27,13 @@ public:
     struct LayeredVertex {
         uint32_t vertex = 0;
         Vector base;
-        /// If the computed sum equals `sum`, the vertex is at `position` instead.
+        /// If the computed sum equals `sum`, the vertex is at `position` instead of at the sum.
         Vector sum;
         Vector position;
     };
     static bool SameLayeredVertex(const LayeredVertex& a, const LayeredVertex& b);
-    /// The data of a vertex in another state; it may have had none.
+    /// The data that a vertex has in another state of the level; `isKnown` is false if it has none
+    /// there.
     struct OtherLayeredVertex {
         LayeredVertex layeredVertex;
         bool isKnown = false;
@@ -51,21 +52,22 @@ public:
     /// layers of the level, lowest first. Cost: O(touched vertices).
     void Settle(const LevelMesh& level, const Layers& layers);
 
-    /// The positions and normals that Compose has replaced.
+    /// The positions and normals from before a call to Compose.
     struct Replaced {
         /// The vertices that moved and their neighbours, in ascending order.
         std::vector<uint32_t> vertices;
         std::vector<Vector> positions;
         std::vector<PackedNormal> normals;
     };
-    /// Updates the level after its layers or their offsets have changed since Settle: positions,
-    /// the normals around moved vertices, and the state that each layer stores for a vertex.
+    /// Updates the level after its layers or their offsets have changed since the last call to
+    /// Settle. This affects positions, the normals around moved vertices, and the vertex states
+    /// that the layers store.
     Replaced Compose(LevelMesh& level, const Layers& layers);
     /// Called after a layer change that leaves the surface unchanged: records that the current
     /// positions belong to the new layers.
     void Keep(const LevelMesh& level, const Layers& layers);
 
-    /// The layer data of a vertex, and the base below it.
+    /// A vertex's base data and its entries in the layers.
     struct VertexLayers {
         /// An entry of a layer; `layer` is an index into the layers of the level.
         struct Entry {
@@ -90,11 +92,11 @@ public:
                                 const Vector& position,
                                 const SurfaceMove& move);
 
-    /// Compares the current data with `before` and returns the older data of each vertex that
-    /// differs, in ascending vertex order.
+    /// Compares the current data with `before` and returns, for each vertex whose data differs, its
+    /// data in `before`, in ascending vertex order.
     std::vector<OtherLayeredVertex> DifferencesTo(const std::vector<LayeredVertex>& before) const;
-    /// Exchanges the current data of these vertices with older data.
-    /// \param others  ordered by vertex, without duplicates.
+    /// Exchanges the current data of these vertices with the data in `others`.
+    /// \param others ordered by vertex, without duplicates.
     void Exchange(std::vector<OtherLayeredVertex>& others);
 
     /// Renumbers the vertices: vertex v of the level becomes vertex map[v]. Stored normals are
@@ -122,7 +124,7 @@ private:
                                  const Layers& layers,
                                  const Touched* first,
                                  const Touched* last);
-    /// Updates the vertex's data for a position that differs from the expected one.
+    /// Updates the data of a vertex whose position differs from the expected one.
     static void AbsorbMove(LayeredVertex& layeredVertex,
                            const Layers& layers,
                            const Touched* first,

@@ -12,8 +12,8 @@ namespace trovik {
 
 /// A sculpt layer of one level: offsets, stored only for touched vertices. The composite position
 /// of a vertex is rest + strength * offset, where rest is the position without this layer. The rest
-/// position is stored along with the offset, so that changing the strength and restoring it gives
-/// bit-identical positions.
+/// position is stored along with the offset, so that changing the strength and then restoring it
+/// gives bit-identical positions.
 ///
 /// A vertex may also move independently of the layer: by a stroke on another layer or without an
 /// active layer, or by a change propagated from a coarser level. On the next access, the layer
@@ -29,17 +29,17 @@ class TROVIK_API SculptLayer : public trovik::Layer {
 public:
     /// Borrows the level. A layer must not be used after its level is destroyed.
     SculptLayer(LevelMesh* level, const std::string& name);
-    /// If this is the level's active layer, the level then has no active layer. Positions do not
-    /// change.
+    /// If this is the level's active layer, the level is left without an active layer. Positions do
+    /// not change.
     ~SculptLayer() override;
     SculptLayer(const SculptLayer&) = delete;
     SculptLayer& operator=(const SculptLayer&) = delete;
 
-    /// Returns the zero vector if the slot does not exist.
+    /// Returns the offset, or the zero vector if the slot does not exist.
     Vector* get(Vector* out, uint32_t layerSlot) const override;
     /// Stores the offset and computes rest + strength * offset per component, in that order. `out`
     /// receives that position regardless of `updateComposite`. If the slot does not exist, it is
-    /// looked up by `vertex`, and created if necessary. The caller checks Writable.
+    /// looked up by `vertex` and created if necessary. The caller checks Writable.
     void set(Vector* out,
              uint32_t layerSlot,
              uint32_t vertex,
@@ -106,8 +106,8 @@ public:
     const std::shared_ptr<SculptLayer*>& Handle() const { return handle; }
     /// Number of bytes allocated for the touched vertices.
     uint64_t Bytes() const;
-    /// The layer's vertices and states, for code that compresses an unused layer. While they are
-    /// removed, no other function of the layer may be called.
+    /// The layer's vertices and states, for code that compresses an unused layer. While this data
+    /// is compressed, no other function of the layer may be called.
     StepArray Content() { return StepArray(entries); }
 
 private:

@@ -27,7 +27,8 @@ Attribute::~Attribute() {
 }
 
 void Attribute::AddTarget(Attribute& target, bool) {
-    // A cycle of attributes would propagate a value forever, so such a connection is not made.
+    // A value would propagate forever around a cycle of attributes, so a connection that closes a
+    // cycle is rejected.
     for (const Attribute* above = this; above != nullptr; above = above->source)
         if (above == &target) return;
     target.Disconnect();
@@ -103,7 +104,7 @@ const AttributeFloatRange& AttributeFloatRange::operator=(const AttributeFloatRa
 
 Stream& operator<<(Stream& stream, AttributeFloatRange& attribute) {
     attribute.Serialize(stream);
-    // The file may contain a number outside the range.
+    // A file may contain a value outside the attribute's range.
     if (!stream.IsStoring()) attribute.SetValue(attribute.Value(), true);
     return stream;
 }

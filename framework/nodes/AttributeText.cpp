@@ -8,8 +8,8 @@ namespace trovik {
 
 namespace {
 
-// The standard conversions do not depend on the locale, and the shortest text of a float
-// round-trips.
+// The standard conversions do not depend on the locale, and the shortest text that they write for a
+// float round-trips.
 template <typename T>
 QString NumberText(T value) {
     char buffer[64];

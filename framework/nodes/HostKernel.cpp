@@ -30,7 +30,7 @@ void HostKernel::HUDMessageShow(const QString& text, HUDMessageType) {
     if (listener) listener(messages.back());
 }
 
-// A host without panels has no layer panel to switch.
+// Does nothing, because a host without panels has no layer panel.
 void HostKernel::ActivateLayerSystem(LayerUIType) {}
 
 }  // namespace trovik

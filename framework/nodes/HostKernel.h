@@ -22,7 +22,7 @@ public:
     bool IsTestModeOn() const override { return testMode; }
 
     void SetTestMode(bool on) { testMode = on; }
-    /// Messages shown since the list was last cleared.
+    /// Messages that were shown since the list was last cleared.
     const std::vector<std::string>& HUDMessages() const { return messages; }
     void ClearHUDMessages() { messages.clear(); }
     /// Sets the function that is called with each message; may be null.

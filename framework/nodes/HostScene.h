@@ -20,7 +20,8 @@ private:
     MatrixTransform placement;
 };
 
-/// The current geometries (borrowed) and the active camera, which is never null.
+/// The scene: its current geometries, which are borrowed, and its active camera, which is never
+/// null.
 class HostScene : public Scene {
 public:
     unsigned GeometryCount() const override { return static_cast<unsigned>(geometries.size()); }

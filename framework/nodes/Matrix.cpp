@@ -22,9 +22,9 @@ Homogeneous Times(const Matrix& m, const Vector& p, float w) {
 }  // namespace
 
 // Inverts by cofactors, which preserve the exact zeros of an affine matrix. For each sum of
-// products, the sum of their magnitudes is computed as well. A determinant that is smaller than the
-// rounding error of its terms counts as zero, so a singular matrix is detected even if its terms do
-// not cancel exactly.
+// products, the sum of the products' magnitudes is also computed. A determinant that is smaller
+// than its possible rounding error counts as zero, so a singular matrix is detected even if its
+// terms do not cancel exactly.
 void Matrix::Invert(bool* ok) {
     constexpr double rounding = 16.0 * std::numeric_limits<double>::epsilon();
     if (ok != nullptr) *ok = false;

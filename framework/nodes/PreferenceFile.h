@@ -23,8 +23,8 @@ TROVIK_API Attribute* FindPreference(const std::string& key);
 TROVIK_API const PreferenceInfo* FindPreferenceInfo(const std::string& key);
 /// Returns all registered keys, sorted.
 TROVIK_API std::vector<std::string> PreferenceKeys();
-/// Stored values, as text, for keys that are not registered yet. Registering a key removes its
-/// value from this map.
+/// Stored values, as text, for keys that are not registered yet. When a key is registered, its
+/// value is removed from this map.
 TROVIK_API std::map<std::string, std::string>& PendingPreferences();
 
 /// Returns a message stating that a value's type differs from that of the preference.
@@ -38,7 +38,7 @@ TROVIK_API std::string UserPreferencesPath();
 /// Reads stored values: a JSON object that maps keys to strings, numbers and booleans. Values of
 /// unregistered keys are kept for libraries that register them later, and for the next save. If
 /// there is an error, no value is applied.
-/// \throw HostError with the file, the key and the reason.
+/// \throw HostError with the file name, the key and the reason.
 TROVIK_API void LoadPreferences(const std::string& path);
 /// Writes all values, as text, to a new file that replaces the old one.
 /// \throw HostError.

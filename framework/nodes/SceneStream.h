@@ -52,10 +52,10 @@ public:
     /// Returns the header and the data of a written stream.
     std::vector<uint8_t> ToBytes() const;
     /// Writes the scene to a new file that replaces the old one.
-    /// \throw HostError with the file.
+    /// \throw HostError with the file name.
     void ToFile(const std::string& path) const;
     /// Opens a scene for reading.
-    /// \throw HostError with the file, if it cannot be read or is not a scene.
+    /// \throw HostError with the file name, if the file cannot be read or is not a scene.
     static SceneStream FromFile(const std::string& path);
 
     int ClassVersion(const ClassDesc* classDesc) const override;
@@ -93,7 +93,7 @@ private:
     bool storing;
     uint32_t format;
     std::vector<uint8_t> data;
-    /// The bytes to read if they are not in `data`; otherwise null.
+    /// The bytes to read if they are borrowed and not in `data`; otherwise null.
     const uint8_t* borrowed = nullptr;
     uint64_t size = 0;
     uint64_t position = 0;

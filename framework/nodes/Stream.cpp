@@ -15,8 +15,8 @@ void Stream::Transfer(QString& text) {
         WriteElements(utf8.constData(), 1, bytes);
         return;
     }
-    // Read in pieces, so that an invalid length causes an end-of-file error and not a huge
-    // allocation.
+    // The text is read in pieces, so that an invalid length causes an end-of-file error instead of
+    // a huge allocation.
     utf8.clear();
     char piece[4096];
     for (uint32_t left = bytes; left > 0;) {

@@ -8,9 +8,9 @@
 
 namespace trovik {
 
-/// The pick trees of a geometry's levels. A tree is built when it is first needed. It is then kept
-/// and follows its level's changes, so that switching back and forth between levels does not
-/// rebuild any tree.
+/// The pick trees of a geometry's levels. Each tree is built when it is first needed. It is then
+/// kept and updated when its level changes, so that switching between levels does not rebuild any
+/// tree.
 class TROVIK_API LevelTrees {
 public:
     /// Borrows the geometry.

@@ -7,11 +7,12 @@
 
 namespace trovik {
 
-/// Splits a list of items at the median of their centres, along the axis on which the centres
-/// extend farthest. Afterwards, the first half of the list contains the items with the smaller
+/// Splits a list of items at the median of their centres, along the longest axis of the centres'
+/// bounding box. Afterwards, the first half of the list contains the items with the smaller
 /// centres, and each half is in ascending order of item number. Equal centres are ordered by item
 /// number, so the result depends only on the arguments.
-/// \param items  indices into `centres`. \param centres  must be finite.
+/// \param items  indices into `centres`.
+/// \param centres  must be finite.
 /// \return the size of the first half, count / 2. Cost: O(n log n).
 uint32_t SplitAtMedian(uint32_t* items,
                        uint32_t count,

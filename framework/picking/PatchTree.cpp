@@ -160,7 +160,7 @@ void PatchTree::TouchLeaves(uint32_t patchLevelIndex, uint32_t patch) {
 void PatchTree::NextRefit() {
     touched.clear();
     if (++refit != 0) return;
-    // The refit number has wrapped around, so stamps of old refits would be valid again.
+    // The refit number has wrapped around, so the stamps of old refits could match it again.
     for (std::vector<uint32_t>& stamps : patchStamps) std::fill(stamps.begin(), stamps.end(), 0u);
     std::fill(topStamps.begin(), topStamps.end(), 0u);
     refit = 1;
@@ -231,8 +231,8 @@ void PatchTree::RefitLeaf(uint32_t patch) {
         high = _mm_max_ps(position, high);
     };
     if (corners == 64) {
-        // In a grid of 4 x 4 equally oriented quads, one pair of opposite corners per quad covers
-        // all vertices except two corners of the grid.
+        // In a grid of 4 x 4 equally oriented quads, taking one pair of opposite corners of each
+        // quad covers all vertices except two corners of the grid.
         for (uint32_t face = 0; face < 16; ++face) {
             extend(face * 4);
             extend(face * 4 + 2);

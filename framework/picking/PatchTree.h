@@ -29,11 +29,11 @@ struct PickHit {
 /// Finds intersections of rays with the bound level of a geometry. The recursive face order already
 /// forms a tree: this class stores one box per patch, from leaf patches of a few faces up to the
 /// faces of level 0, and builds a tree of boxes above them. Cost: a pick is logarithmic in the
-/// number of faces; a refit is proportional to the region that changed.
+/// number of faces; a refit is proportional to the size of the changed region.
 ///
 ///        top nodes      median splits of the faces of level 0
 ///        level 0        one box per face
-///        ...            four (below a triangle: three) boxes for each
+///        ...            four boxes for each box above (three below a level 0 triangle)
 ///        leaf level     two levels below the bound one, so 16 faces per box; level 0 if there are
 ///                       fewer levels
 ///
@@ -71,8 +71,8 @@ public:
     void Refit(uint32_t patchLevelIndex, const std::vector<FaceVisit>& visited);
 
     /// Whether the boxes still match the level. False if the level's index or level 0 has changed,
-    /// or if the level is detached from its geometry. Permanently false once a change has been
-    /// reported in such a state.
+    /// or if the level is detached from its geometry. If a change is reported in such a state, the
+    /// result remains false permanently.
     bool IsCurrent() const { return !missedChange && IsAttached(); }
     const LevelMesh* Level() const { return level; }
 
@@ -107,13 +107,13 @@ private:
 
     void SurfaceChanged(const SurfaceChange& change) override;
     bool IsAttached() const;
-    /// Marks for refitting the leaves that are descendants or ancestors of a patch.
+    /// Marks the leaves that are descendants or ancestors of a patch for refitting.
     void TouchLeaves(uint32_t patchLevelIndex, uint32_t patch);
 
     static Box EmptyBox();
     static AxisAlignedBoundingBox ToBounds(const Box& box);
     static void Extend(Box& box, const Box& other);
-    /// Number of children that a face of this level has on the next level.
+    /// Number of child faces that a face of this level has on the next level.
     uint32_t ChildCount(uint32_t levelIndex) const { return levelIndex == 0 ? baseChildren : 4; }
     /// Number of faces of the bound level that descend from a face of this level.
     uint32_t FacesUnder(uint32_t levelIndex) const;
@@ -129,7 +129,7 @@ private:
     /// Recomputes the touched boxes of the leaf level and all their ancestors.
     void RefitTouched();
     void RefitLeaf(uint32_t patch);
-    /// \return the box of the visible faces of a patch that may also have hidden faces.
+    /// \return the box of the visible faces of a patch, some of whose faces may be hidden.
     Box VisibleBox(uint32_t patch) const;
     void RefitInner(uint32_t levelIndex, uint32_t patch);
     void RefitTopNode(uint32_t node);

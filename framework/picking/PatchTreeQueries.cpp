@@ -12,8 +12,8 @@ namespace trovik {
 
 namespace {
 
-/// Relative amount by which the distance to a box is reduced: much larger than the rounding error
-/// of either query, but too small to cause additional visits.
+/// Relative amount by which the distance to a box is reduced. It is much larger than the rounding
+/// error of either query, but too small to cause additional visits.
 constexpr double boxSlack = 1e-9;
 
 double Lower(double t) { return t * (t > 0.0 ? 1.0 - boxSlack : 1.0 + boxSlack); }
@@ -185,15 +185,15 @@ void PatchTree::VisitFaces(Query& query, uint32_t leaf) const {
 
 template <class Query>
 void PatchTree::Walk(Query& query) const {
-    // Level number that marks items of the top tree, which is above the patch levels.
+    // Level number of items that belong to the top tree, which is above the patch levels.
     constexpr uint32_t top = 0xffffffffu;
     struct Item {
         double nearest;
         uint32_t levelIndex;
         uint32_t index;
     };
-    // Sufficient for the maximum depth: each of 32 top levels leaves one item on the stack, a top
-    // leaf leaves four, and each of 16 patch levels leaves three.
+    // Sufficient for the maximum depth: each of the 32 top levels leaves one item on the stack, a
+    // top leaf leaves four, and each of the 16 patch levels leaves three.
     std::array<Item, 128> stack;
     std::size_t size = 0;
     std::array<Item, 4> fan;

@@ -37,7 +37,8 @@ struct TrianglePoint {
 /// In this frame, the signs of three 2D edge functions determine whether a triangle is hit. Two
 /// triangles compute the same products for a shared edge. Because rounding is monotone, the sign of
 /// a difference of products is never wrong; at worst the difference becomes zero, and zero counts
-/// as a hit. A ray that meets an edge therefore hits at least one of the adjacent triangles.
+/// as a hit. A ray that passes through an edge therefore hits at least one of the adjacent
+/// triangles.
 class RayFrame {
 public:
     RayFrame(const Vector& rayOrigin, const Vector& direction) : origin(ToDouble(rayOrigin)) {

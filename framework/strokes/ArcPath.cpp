@@ -54,7 +54,7 @@ bool IsBetween(const PathSample& from, const PathSample& middle, const PathSampl
         return false;
     double fraction = 0.0;
     const double all = LargestComponent(whole, part, fraction);
-    // Must be strictly between the ends; otherwise the pen reversed or paused there.
+    // The position must be strictly between the ends; otherwise, the pen reversed or paused there.
     if (all == 0.0 || fraction / all <= 0.0 || fraction / all >= 1.0) return false;
     const auto straight = [&](double a, double m, double b) {
         return (m - a) * all == (b - a) * fraction;

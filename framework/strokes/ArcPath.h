@@ -12,8 +12,8 @@ namespace trovik {
 /// A polyline parametrised by arc length. Its values depend on the shape of the path and not on the
 /// number of samples: a sample is dropped if it lies exactly on the straight segment between its
 /// neighbours and has the pressure, tilt and (if timed) time interpolated there. Positions along a
-/// straight segment are measured against the first sample on it, wherever the segment ends, so that
-/// an additional sample changes values by less than single-precision rounding.
+/// straight segment are measured against the first sample on it, regardless of where the segment
+/// ends, so that an additional sample changes values by less than single-precision rounding.
 ///
 /// A path can grow. Adding samples does not change the values at lengths below Length(); only those
 /// at Length() itself can change. Samples therefore need not be held back.
@@ -22,10 +22,10 @@ namespace trovik {
 /// samples).
 class TROVIK_API ArcPath {
 public:
-    /// Where pressure, tilt or time changes at a fixed position, selects the value before or after
-    /// the change.
+    /// If pressure, tilt or time changes while the pen stays at one position, selects the value
+    /// before or after the change.
     enum class Side { Before, After };
-    /// A pause: from knot `first` to knot `last`, time passes while the pen stays at the length
+    /// A pause: from knot `first` to knot `last`, time passes while the pen stays at arc length
     /// `at`. The last pause of a path can still grow.
     struct Pause {
         double at;
@@ -41,16 +41,16 @@ public:
 
     bool IsEmpty() const { return knots.empty(); }
     double Length() const { return reached.empty() ? 0.0 : reached.back(); }
-    /// The sample at a length, which is clamped to the range of the path. The path must not be
-    /// empty.
+    /// Returns the sample at an arc length, which is clamped to the range of the path. The path
+    /// must not be empty.
     PathSample At(double at, Side side = Side::After) const;
-    /// Direction of the path at a length, not normalised. Past the end, it is the direction of the
-    /// last segment; before the start, and for a path of length 0, it is zero.
+    /// Direction of the path at an arc length, not normalised. Past the end, it is the direction of
+    /// the last segment; before the start, and for a path of length 0, it is zero.
     Vector Along(double at, Side side = Side::After) const;
-    /// The sample at a time during a pause.
+    /// Returns the sample at the given time during a pause.
     PathSample During(const Pause& rest, double time) const;
 
-    /// Lengths at which the path turns by more than about 2.6 degrees, in ascending order.
+    /// Arc lengths at which the path turns by more than about 2.6 degrees, in ascending order.
     const std::vector<double>& Corners() const { return corners; }
     const std::vector<Pause>& Pauses() const { return rests; }
     /// Whether the path ends in a pause, which another sample at the same position would extend.

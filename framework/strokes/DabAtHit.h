@@ -14,7 +14,7 @@ TROVIK_API Vector WorldPositionOf(const LevelGeometry& geometry, const PickHit& 
 /// strength.
 TROVIK_API StrokeDab DabAt(LevelGeometry& geometry, const PickHit& hit);
 
-/// Moves a dab to another hit on the same level and changes nothing else.
+/// Moves a dab to another hit on the same level; the other members do not change.
 TROVIK_API void MoveDab(StrokeDab& dab, const LevelGeometry& geometry, const PickHit& hit);
 
 }  // namespace trovik

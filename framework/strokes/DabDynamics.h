@@ -10,12 +10,12 @@ struct DabDynamics {
     /// Applied to the pressure before the brush applies its own pressure and bias settings.
     PressureCurve strengthCurve;
     PressureCurve sizeCurve;
-    /// 0 to 1: the maximum fraction by which a dab's radius is randomly reduced.
+    /// The maximum fraction (0 to 1) by which a dab's radius is randomly reduced.
     float randomSize = 0.0f;
     /// The top of the stamp points in the direction of the pen's tilt, regardless of the stamp
     /// positioning.
     bool tiltRotatesStamp = false;
-    /// The fraction by which a dab is larger or stronger when the pen lies flat, at least -1. For a
+    /// The fraction (at least -1) by which a dab is larger or stronger when the pen lies flat. At a
     /// smaller tilt, the fraction is multiplied by the length of PathSample::tilt.
     float tiltToSize = 0.0f;
     float tiltToStrength = 0.0f;

@@ -6,12 +6,12 @@
 namespace trovik {
 
 /// Converts the brush strength at a pressure, in percent, to the strength argument of a dab. Tools
-/// that average vertices, pull them or move them part of the way to a plane take the percentage
-/// unchanged. Tools whose strength is a length take it in world units. These are the pushing tools
-/// and Wax, which raises its plane by that length. At 100 percent, a pushing dab moves its centre
-/// by one radius before build-up is applied, and Wax places its plane a quarter of a radius above
-/// the surface. With a vector stamp, all tools except Wax take the percentage: at 100 percent, a
-/// stamp value of 1 moves a vertex by the length of the stamp's side.
+/// that average vertices, pull them, or move them part of the way to a plane use the percentage
+/// unchanged. Tools whose strength is a length require it in world units. These are the pushing
+/// tools and Wax, which raises its plane by that length. At 100 percent, a pushing dab moves its
+/// centre by one radius before build-up is applied, and Wax places its plane a quarter of a radius
+/// above the surface. With a vector stamp, all tools except Wax use the percentage: at 100 percent,
+/// a stamp value of 1 moves a vertex by the length of the stamp's side.
 /// \param radius  world units.
 TROVIK_API float DabStrength(const BrushOperation& brush, float pressure, float radius);
 

@@ -8,8 +8,8 @@ namespace trovik {
 
 namespace {
 
-/// The intersection of the line of sight through a viewport position with the plane through
-/// `middle` perpendicular to the view direction.
+/// Intersects the line of sight through a viewport position with the plane that contains `middle`
+/// and is perpendicular to the view direction.
 Vector IntersectionWithPlane(const StrokeView& view, const Vector& middle, const Vector& position) {
     const Vector forward = (view.target - view.eye).Normalized();
     const Ray ray = view.Through(position.x, position.y);

@@ -22,7 +22,7 @@ enum class DrawMode : int {
 /// press point.
 ///
 /// Positions are in viewport coordinates or, without a view, in world space; a world position is
-/// projected to the nearest point on the surface. In a view, distances are measured in the plane
+/// moved to the nearest point on the surface. In a view, distances are measured in the plane
 /// through the dab centre perpendicular to the view direction, so the pointer may leave the mesh.
 /// No copy is applied if the dab centre is off the mesh.
 class TROVIK_API ImprintStroke {

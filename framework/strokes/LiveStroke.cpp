@@ -64,7 +64,8 @@ bool LiveStroke::Apply(const std::vector<PathSample>& samples, PathDabs::Deadlin
 
 void LiveStroke::Tick(double time) {
     if (isReleased || taken.empty() || !(time > taken.back().time)) return;
-    // In the other modes, time has no effect: placing the copy again would give the same result.
+    // In the other modes, a tick has no effect, because placing the copy again would give the same
+    // result.
     if (settings.mode != DrawMode::AlongPath) return;
     PathSample sample = taken.back();
     sample.time = time;

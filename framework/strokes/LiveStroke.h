@@ -17,7 +17,7 @@ struct LiveStrokeSettings {
     PathSpace space = PathSpace::View;
     /// The camera, which is used in both coordinate spaces. It must not move during the stroke.
     StrokeView view;
-    /// Whether pen and driver faults are removed (see PointerFilter).
+    /// Whether faults of the pen and its driver are removed (see PointerFilter).
     bool isFiltered = true;
     PointerLimits limits;
     PathShape shape;
@@ -40,7 +40,7 @@ struct LiveStrokeSettings {
 /// - smoothing: half the smoothing length along the path
 /// - stabiliser: none
 /// - PathDabs: half a pixel along the path, or a quarter of the spacing
-/// - straight line: until the release, because its direction depends on the last position
+/// - straight line: until the release, because the line's direction depends on the last position
 ///
 /// With DrawMode::FromCenter and AcrossPoints, the copy follows the pen without delay: each call
 /// places it again at the unfiltered samples, and the release places it at the filtered ones.
@@ -72,18 +72,20 @@ public:
     /// are left over; the next call applies them first. With DrawMode::FromCenter and AcrossPoints,
     /// the budget is ignored, because only one copy is moved.
     bool Add(const std::vector<PathSample>& samples, Budget budget);
-    /// Applies dabs that remain from Add or Release. \return whether dabs remain. \throw the
-    /// exceptions of Add.
+    /// Applies dabs that Add or Release left over.
+    /// \return whether dabs remain.
+    /// \throw the exceptions of Add.
     bool Continue(Budget budget);
-    /// Reports that the pen is still at its last position at `time`, in seconds on the clock of the
-    /// samples. Equivalent to adding the last sample again with this time. Does nothing before the
-    /// first sample, or if `time` is not later than the last sample. Call it about 60 times a
-    /// second while the pen reports nothing: it applies the dabs of an airbrush and releases
-    /// samples whose delay has passed.
+    /// Reports that the pen is still at its last position at `time`, which is in seconds on the
+    /// same clock as the timestamps of the samples. Equivalent to adding the last sample again with
+    /// this time. Does nothing before the first sample, or if `time` is not later than the last
+    /// sample. Call it about 60 times a second while the pen reports nothing: it applies the dabs
+    /// of an airbrush and releases samples whose delay has passed.
     void Tick(double time);
     /// Applies the remaining dabs after the last sample.
     void Release();
-    /// Releases the stroke, which then accepts no samples, and applies dabs within a time budget.
+    /// Ends the input of the stroke, which then accepts no more samples, and applies dabs within a
+    /// time budget.
     /// \return whether dabs remain; Continue applies them. Until they are applied, the stroke can
     /// be abandoned.
     bool Release(Budget budget);
@@ -95,11 +97,11 @@ public:
     /// too long is then rejected before the first dab.
     void Take(const std::vector<PathSample>& samples);
 
-    /// The path along which dabs would be applied if the pen were lifted now. Useful as an overlay
-    /// for a straight line, or for a path that lags behind the pen. The samples are in the same
-    /// space as the added ones. Cost: computes the path of the whole stroke.
+    /// Returns the path along which dabs would be applied if the pen were lifted now. Useful as an
+    /// overlay for a straight line, or for a path that lags behind the pen. The samples are in the
+    /// same space as the added ones. Cost: each call computes the path of the whole stroke again.
     std::vector<PathSample> Preview() const;
-    /// Number of main dabs applied so far; each placement of a copy counts.
+    /// Number of main dabs applied so far; each placement of a stamp copy counts as one.
     unsigned Count() const;
 
 private:
@@ -118,7 +120,7 @@ private:
     PathSteps steps;
     PathDabs dabs;
     ImprintStroke imprint;
-    /// No samples follow; dabs may remain.
+    /// No more samples will be added, but dabs may remain to be applied.
     bool isReleased = false;
     bool isOver = false;
 };

@@ -9,7 +9,7 @@ namespace trovik {
 
 namespace {
 
-/// Removes rounding errors from 0, 1 and -1.
+/// Removes rounding errors from values near 0, 1 and -1.
 float Cleaned(double value) {
     const double nearest = std::round(value);
     return static_cast<float>(std::fabs(value - nearest) < 1e-12 ? nearest : value);
@@ -47,7 +47,7 @@ std::vector<Matrix> MirrorMaps(const MirrorSetting& setting) {
             }
             const Matrix map =
                 part == 0 ? reflection : reflection * Turn(setting.axis, part, setting.copies);
-            // A rotation and a reflection can be the same map.
+            // Different combinations of rotations and reflections can give the same map.
             const auto isKnown = [&map](const Matrix& one) { return IsNear(one, map); };
             if (std::none_of(maps.begin(), maps.end(), isKnown)) maps.push_back(map);
         }

@@ -11,7 +11,7 @@ namespace trovik {
 
 namespace {
 
-/// The smallest dab, as a fraction of the brush radius.
+/// Minimum dab radius, as a fraction of the brush radius.
 constexpr float smallestDab = 0.01f;
 /// Slightly less than 1. Otherwise, rounding would decide whether a path whose length is a multiple
 /// of the spacing ends with a dab.
@@ -74,8 +74,8 @@ bool PathDabs::Go(bool isWhole, Deadline deadline) {
     }
 }
 
-/// Returns a step length small enough that dab positions depend on the spacing and not on the
-/// steps.
+/// Returns a step length that is small enough for dab positions to depend on the spacing and not on
+/// the steps.
 double PathDabs::Step() const {
     if (space == PathSpace::View) return 0.5;
     const float radius = here ? RadiusAt(*here) : options.radius;
@@ -87,7 +87,7 @@ std::optional<PickHit> PathDabs::HitAt(const Vector& position) const {
                                     : HitNear(geometry, tree, position);
 }
 
-/// Advances by one step, or to the first dab within it.
+/// Advances by one step, or to the first dab within that step.
 void PathDabs::Walk(double next) {
     steps.Take();
     const double timeNow = path.At(walked, ArcPath::Side::After).time;
@@ -133,7 +133,7 @@ void PathDabs::Walk(double next) {
     }
 }
 
-/// Enters the mesh from outside, or starts the path.
+/// Handles the start of the path, or a position at which the path enters the mesh from outside.
 void PathDabs::Arrive(double at) {
     walked = at;
     const PathSample sample = path.At(at, ArcPath::Side::Before);
@@ -184,7 +184,7 @@ void PathDabs::ApplyDabAt(const PickHit& hit, const PathSample& sample) {
         StrengthAtRadius(loop.Brush(), options.strength(dab.pressure), options.radius, dab.size);
     const float lean = std::min(sample.tilt.Length(), 1.0f);
     dab.strength *= 1.0f + dynamics.tiltToStrength * lean;
-    // During a pause, it is not yet known how the path continues.
+    // During a pause, the direction in which the path continues is not known yet.
     const bool isPaused = rest < path.Pauses().size() && path.Pauses()[rest].at == walked;
     const Vector along =
         path.Along(walked, isPaused ? ArcPath::Side::Before : ArcPath::Side::After);

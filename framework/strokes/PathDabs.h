@@ -25,10 +25,10 @@ namespace trovik {
 /// A dab's radius is options.radius (or the radius in pixels) modified by
 /// BrushOperation::EffectiveBrushSize, tilt and randomness, and at least a hundredth of the
 /// unmodified radius. Its pressure is the pen's pressure mapped by the strength curve, and its
-/// strength is options.strength at that pressure, scaled with the radius if the tool's strength is
-/// a length. Its heading is the direction in which the path continues. For a paused airbrush, it is
-/// the direction in which the path arrived, or zero if the pen has not moved yet. Random values are
-/// derived from the loop's seed and the dab number.
+/// strength is options.strength at that pressure; it is scaled with the radius if the tool's
+/// strength is a length. The dab's heading is the direction in which the path continues. For an
+/// airbrush dab during a pause, it is the direction in which the path arrived, or zero if the pen
+/// has not moved yet. Random values are derived from the loop's seed and the dab number.
 ///
 /// Delay: the dab at the press point waits until the pen moves or, with an airbrush, for the next
 /// sample. Every other dab waits until the path extends one step (half a pixel, or a quarter of the
@@ -51,15 +51,17 @@ public:
     using Deadline = std::chrono::steady_clock::time_point;
     static constexpr Deadline noDeadline = Deadline::max();
 
-    /// Applies all final dabs, or as many of them as the deadline allows. The clock is read after
-    /// each dab, so at least one is applied. The dabs are bit-identical regardless of how they are
-    /// distributed over calls. \return whether all final dabs have been applied.
+    /// Applies all dabs that are final, or as many of them as the deadline allows. The clock is
+    /// read after each dab, so at least one is applied. The dabs are bit-identical regardless of
+    /// how they are distributed over calls.
+    /// \return whether all final dabs have been applied.
     /// \throw HostError if the path has become too long; thrown by PathSteps::CheckLength before
     /// any dab is applied, or by PathSteps::Take. Exceptions from PathOptions::poll pass through.
     bool Advance(Deadline deadline = noDeadline);
     /// Ends the path and applies the remaining dabs, or as many as fit before the deadline; further
-    /// calls continue. \return whether all dabs have been applied. \throw the exceptions of
-    /// Advance.
+    /// calls apply the rest.
+    /// \return whether all dabs have been applied.
+    /// \throw the exceptions of Advance.
     bool Finish(Deadline deadline = noDeadline);
     /// Number of main dabs applied.
     unsigned Count() const { return count; }
@@ -92,7 +94,7 @@ private:
     /// World position of the surface at `walked`; empty off the mesh.
     std::optional<Vector> here;
     bool hasBegun = false;
-    /// Length covered on the surface since the last dab, and the length at which the next dab is
+    /// Length covered on the surface since the last dab, and the length after which the next dab is
     /// due.
     double way = 0.0;
     double spacing = 0.0;

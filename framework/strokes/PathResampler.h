@@ -5,16 +5,17 @@
 
 namespace trovik {
 
-/// Resamples a path that can still grow: at every multiple of a step, at corners, at both ends of
-/// each pause and at the end of the path. All values except the positions are taken from the path.
+/// Resamples a path that can still grow. Samples are placed at every multiple of a step, at
+/// corners, at both ends of each pause and at the end of the path. All values except the positions
+/// are taken from the path.
 ///
 /// The first 200000 steps have the requested length; after that, the step length is multiplied by
 /// four every 50000 steps, so that an accidentally very long path does not exhaust memory.
 class TROVIK_API PathResampler {
 public:
     /// Borrows the path.
-    /// \param ahead  path length beyond a sample that must be known before the sample's position
-    /// can be computed.
+    /// \param ahead  the path length that must follow a sample before the sample's position can be
+    /// computed.
     PathResampler(const ArcPath& path, double step, double ahead = 0.0);
 
     /// Appends the samples that are now final and have not been returned yet. While the pen pauses
@@ -22,7 +23,7 @@ public:
     /// positive.
     /// \param position  returns the position of the sample at a length; called with ascending
     /// lengths.
-    /// \param isWhole  whether the path is complete, which makes all samples final.
+    /// \param isWhole  whether the path is complete; if so, all samples are final.
     void Take(const std::function<Vector(double at)>& position,
               bool isWhole,
               std::vector<PathSample>& out);

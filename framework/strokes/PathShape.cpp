@@ -32,8 +32,8 @@ class PositionIntegral {
 public:
     explicit PositionIntegral(const ArcPath& way) : path(way) {}
 
-    /// The integral up to a length less than that of the path or, once the path is complete, up to
-    /// any length.
+    /// Returns the integral up to an arc length, which must be less than the path's length until
+    /// the path is complete.
     Place UpTo(double at) {
         const auto& reached = path.Reached();
         auto next = static_cast<std::size_t>(std::upper_bound(reached.begin(), reached.end(), at) -
@@ -112,8 +112,8 @@ private:
     Vector PositionAt(double at) override {
         poll.Take();
         const double reach = std::min({half, at, path.Length() - at});
-        // This close to an end, the mean equals the position, and the difference computed below
-        // would consist of rounding errors only.
+        // So close to an end, the mean equals the position, and the difference below would be
+        // nothing but rounding error.
         if (reach < 1e-6 * half) return path.At(at).position;
         const Place before = integral.UpTo(at - reach);
         const Place sum = integral.UpTo(at + reach) - before;
@@ -162,8 +162,8 @@ private:
 /// Number of chords into which the curve between `from` and `to` is divided.
 constexpr int chords = 64;
 
-/// The position at parameter `t` of the span from b to c. Each of the four points has a parameter;
-/// those of a and d can be arbitrarily far outside the span.
+/// The position at parameter `t` of the span from b to c. Each of the four points has a parameter
+/// value; those of a and d can be arbitrarily far outside the span.
 Place OnSpan(const std::array<Place, 4>& p, const std::array<double, 4>& at, double t) {
     const auto mix = [&](const Place& a, const Place& b, double from, double to) {
         return a * ((to - t) / (to - from)) + b * ((t - from) / (to - from));
@@ -214,7 +214,7 @@ public:
     }
 
 private:
-    /// The neighbour of a position; beyond the ends, the path is extrapolated linearly.
+    /// Returns the neighbour of a position; beyond the ends, the path is extrapolated linearly.
     Place NeighbourOf(std::size_t i, int step) const {
         const std::size_t last = through.size() - 1;
         if (step < 0 && i == 0) return Of(through[0].position) * 2.0 - Of(through[1].position);

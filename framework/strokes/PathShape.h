@@ -10,13 +10,14 @@ namespace trovik {
 /// How a pen path is modified before dabs are applied along it. Lengths are in the units of the
 /// samples: viewport pixels or world units.
 struct PathShape {
-    /// Control points of the curve to which the pen snaps when it is near; empty disables snapping.
+    /// Control points of the curve to which the pen snaps when it is nearby; if empty, snapping is
+    /// off.
     std::vector<Vector> snapTo;
     /// Distance within which the pen snaps.
     float snapDistance = 0.0f;
-    /// Whether the snapping curve is smooth instead of piecewise linear.
+    /// Whether the snapping curve is smooth; otherwise, it is piecewise linear.
     bool snapSmoothly = false;
-    /// Path length over which positions are averaged.
+    /// Path length over which positions are averaged for smoothing.
     float smoothing = 0.0f;
     /// Distance by which the stabiliser (lazy brush) makes the brush lag behind the pen.
     float steady = 0.0f;
@@ -36,14 +37,14 @@ TROVIK_API std::vector<PathSample> Shaped(std::vector<PathSample> samples,
                                           const PathShape& shape,
                                           bool timed = false);
 
-/// The straight line from the first to the last position. Pressure, tilt and time are taken from
-/// the same fraction of the path.
+/// The straight line from the first to the last position. Pressure, tilt and time are those of the
+/// path at the same fraction of its length.
 TROVIK_API std::vector<PathSample> Straightened(const std::vector<PathSample>& samples);
 
 /// The centripetal Catmull-Rom curve through the positions: it interpolates each position, is
 /// smooth, has no loops between neighbours, and is a straight line if the positions are collinear.
 /// Pressure, tilt and time are interpolated linearly from sample to sample. Consecutive equal
-/// positions count once. Throws HostError if the curve needs more than maxPathSteps chords.
+/// positions count as one. Throws HostError if the curve needs more than maxPathSteps chords.
 TROVIK_API std::vector<PathSample> CurveThrough(const std::vector<PathSample>& samples);
 
 }  // namespace trovik

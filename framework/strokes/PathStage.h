@@ -31,10 +31,10 @@ public:
     }
 };
 
-/// See Straightened. All samples are held back until the end of the path.
+/// See Straightened. This stage holds back all samples until the end of the path.
 TROVIK_API std::unique_ptr<PathStage> LineStage();
-/// See CurveThrough. The curve segment to a sample is held back until the next sample at another
-/// position. Add throws HostError if the curve needs more than maxPathSteps chords.
+/// See CurveThrough. The curve segment that ends at a sample is held back until the next sample at
+/// another position. Add throws HostError if the curve needs more than maxPathSteps chords.
 TROVIK_API std::unique_ptr<PathStage> CurveStage();
 /// Moves each position within `distance` (above 0) of the polyline `curve` to the nearest point on
 /// it, or to the first such point if there are several; other positions are unchanged. Where the
@@ -49,18 +49,18 @@ TROVIK_API std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve,
                                                 bool timed,
                                                 const StepPoll& poll = StepPoll());
 /// Replaces each position with the mean of the path positions within a window of this `length`
-/// (above 0) around it. Near the ends, the window shrinks to what is available on both sides, so
-/// the first and last positions do not change. A straight path does not change. Pressure, tilt and
-/// time stay at their arc length on the path. A position is held back until the pen has moved
+/// (above 0) around it. Near the ends, the window shrinks so that it stays centred and within the
+/// path, so the first and last positions do not change. A straight path does not change. Pressure,
+/// tilt and time keep their original arc lengths. A position is held back until the pen has moved
 /// farther along the path by half the length, even if the pen pauses.
 TROVIK_API std::unique_ptr<PathStage> SmoothingStage(float length,
                                                      bool timed,
                                                      const StepPoll& poll = StepPoll());
-/// The stabiliser: the path of a weight that the pen drags on a cord of this length (above 0). The
-/// weight does not move while the cord is slack; once the cord is taut, the weight moves straight
-/// towards the pen. The path begins at the pen and ends at the weight's position when the pen is
-/// lifted, at most one cord length behind the pen. The result is the exact pursuit curve for any
-/// number of samples. No sample is held back.
+/// The stabiliser returns the path of a weight that the pen drags on a cord of this length (above
+/// 0). The weight does not move while the cord is slack; once the cord is taut, the weight moves
+/// straight towards the pen. The path begins at the pen and ends at the weight's position when the
+/// pen is lifted, at most one cord length behind the pen. The result is the exact pursuit curve for
+/// any number of samples. No sample is held back.
 TROVIK_API std::unique_ptr<PathStage> StabiliserStage(float length,
                                                       bool timed,
                                                       const StepPoll& poll = StepPoll());

@@ -35,7 +35,7 @@ double Distance(const Vector& a, const Vector& b) {
 }
 
 bool IsTooLong(double length, double step) {
-    // A zero step and a NaN length also count as too long.
+    // A path with a zero step or a NaN length also counts as too long.
     return length != 0.0 && !(length / step <= maxPathSteps);
 }
 
@@ -50,7 +50,7 @@ std::string TooMany(double steps, const std::string& kind) {
 
 void CheckSpacing(float spacing) {
     if (spacing >= minSpacing && spacing <= maxSpacing) return;
-    throw HostError("the spacing of dabs is " + Text(spacing * 100.0) +
+    throw HostError("the dab spacing is " + Text(spacing * 100.0) +
                     " percent of the radius; it must be " + Text(minSpacing * 100.0) + " to " +
                     Text(maxSpacing * 100.0));
 }

@@ -36,7 +36,8 @@ public:
 /// \throw HostError if the spacing is not within minSpacing to maxSpacing; the message states it.
 TROVIK_API void CheckSpacing(float spacing);
 
-/// \throw HostError if a path takes more than maxPathSteps; the message states both lengths.
+/// \throw HostError if a path takes more than maxPathSteps steps; the message states the number of
+/// steps and their length.
 /// \param work  the purpose of the steps, for the message.
 TROVIK_API void CheckStepCount(double pathLength, double step, const std::string& work);
 
@@ -67,17 +68,19 @@ public:
               const DabDynamics& dynamics = {});
 
     /// Appends a sample of the unshaped path. From the second sample on, the number of steps is
-    /// predicted from the radius at the start of the path. \throw PathRefused for a sample that is
-    /// not finite, that is farther from the viewport's corner than maxPathSteps steps, or that
-    /// makes the path too long.
+    /// predicted from the dab radius at the start of the path.
+    /// \throw PathRefused for a sample that is not finite, is farther from the viewport's corner
+    /// than maxPathSteps steps, or makes the path too long.
     void Add(const PathSample& sample);
-    /// Checks the bounds of a single sample, for strokes that do not follow their path.
+    /// Checks that a single sample is within bounds, for strokes that do not place dabs along their
+    /// path.
     void CheckPosition(const PathSample& sample);
     /// \throw HostError if a path that starts at `first` and has this length, in the units of the
     /// samples, is too long.
     void CheckLength(const Vector& first, double length);
-    /// Counts one step or one dab and regularly calls PathOptions::poll. \throw HostError after
-    /// more than maxPathSteps, because dabs can become smaller than at the start of the path.
+    /// Counts one step or one dab and regularly calls PathOptions::poll.
+    /// \throw HostError after more than maxPathSteps steps, which is possible because dabs can
+    /// become smaller than at the start of the path.
     void Take();
 
 private:

@@ -139,7 +139,7 @@ void PointerFilter::Settle(double newest, bool isWhole) {
         samples[settled].time = time;
         ++settled;
         const bool isThrough = settled == own.first + own.count;
-        // A group that exceeds the limit consists of wrong times and is cut off here.
+        // A group longer than the limit consists of wrong times, so it is split here.
         if (!isThrough && settled - base <= limits.lateSamples) continue;
         lastPool = {isThrough ? own
                               : Pool{own.Mean() * static_cast<double>(settled - own.first),
@@ -184,7 +184,7 @@ void PointerFilter::RemoveSpike() {
         float longest = 0.0f;
         for (std::size_t k = i > window ? i - window : 1; k < i; ++k)
             longest = std::max(longest, StepTo(k - 1, k));
-        // With so few samples, a long step is part of a short, straight stroke and not a jump.
+        // With so few samples, a long step is part of a short, straight stroke rather than a jump.
         if (i < 3) continue;
         if (StepTo(i - 1, i) <= std::max(limits.minJumpPixels, limits.positionJump * longest))
             continue;

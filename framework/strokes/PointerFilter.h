@@ -15,7 +15,7 @@ struct PointerLimits {
     float pressureJump = 0.25f;
     /// Time after the press and before the release in which these jumps are detected, in seconds.
     double settleTime = 0.06;
-    /// The same interval in samples; the shorter of the two applies.
+    /// The same interval as a number of samples; the shorter of the two applies.
     std::size_t settleSamples = 4;
     /// A position jump at the release is at least this many times as long as the longest of the
     /// eight steps before it.
@@ -24,7 +24,7 @@ struct PointerLimits {
     float minJumpPixels = 6.0f;
     /// Maximum delay of a late sample or of its time, in seconds.
     double lateTime = 0.05;
-    /// Maximum delay of a late sample, in samples.
+    /// Maximum delay of a late sample, as a number of samples.
     std::size_t lateSamples = 32;
 };
 
@@ -34,9 +34,9 @@ struct PointerLimits {
 /// 1. Duplicate samples (equal position and time): the filter keeps the one whose pressure is
 ///    closest to that of the preceding sample; at the press, it keeps the one with the lowest
 ///    pressure.
-/// 2. Late samples: a sample that is older than samples that arrived before it is moved into time
-///    order if that shortens the path. Otherwise, only its time is wrong, and it is not moved. A
-///    sample that exceeds the limits is not moved either.
+/// 2. Late samples: if a sample is older than samples that arrived earlier, it is moved into time
+///    order, provided that this shortens the path. Otherwise, only its time is wrong, and it is not
+///    moved. A sample that exceeds the limits is not moved either.
 /// 3. Times that still decrease: the times of consecutive samples are replaced with their mean
 ///    until no time decreases. The result is the ascending sequence closest to the original times
 ///    in the least-squares sense. Times between the centres of such groups are interpolated
@@ -44,18 +44,19 @@ struct PointerLimits {
 /// 4. Pressure spike at the press (blot): if pressure drops abruptly right after the press, the
 ///    pressures before the drop are replaced with a linear ramp, which has the slope between the
 ///    two samples after the drop and is clamped to at least 0.
-/// 5. Pressure spike at the release: if pressure rises by a jump right before the release, these
-///    samples get the pressure from before the jump. Samples after a position jump right before the
-///    release are dropped.
+/// 5. Pressure spike at the release: if pressure rises abruptly right before the release, the
+///    samples after the rise get the pressure from before it. Samples after a position jump right
+///    before the release are dropped.
 ///
-/// A stream without faults passes through unchanged, bit for bit.
+/// A stream without faults passes through bit-identically.
 ///
 /// A sample is returned once all of these conditions hold; the numbers refer to the list above:
 ///
 /// - 1, 2: the next sample at another position or time has arrived.
 /// - 2, 3: a sample whose time is `lateTime` later has arrived, or `lateSamples` more samples have
 ///   arrived. For a group of decreasing times, this must also hold for the next group.
-/// - 5: the next four samples, or a sample `settleTime` later, have their final times.
+/// - 5: the next four samples have their final times, or a sample `settleTime` later has its final
+///   time.
 /// - 4, for the first samples only: the fifth sample, or a sample `settleTime` after the first, has
 ///   its final time.
 ///
@@ -93,10 +94,11 @@ private:
     void Settle(double newest, bool isWhole);
     std::vector<Pool> Pools() const;
     double TimeOf(std::size_t sample, const std::vector<Pool>& pools, std::size_t pool) const;
-    /// Corrects the blot. \return whether the samples at the press are final.
+    /// Corrects the blot.
+    /// \return whether the samples right after the press are final.
     bool RemoveBlot(bool isWhole);
     void RemoveSpike();
-    /// Whether the release can no longer change this sample, which is the next one to be returned.
+    /// Returns whether the next sample to be returned can no longer be changed by the release.
     bool IsBeforeTail(std::size_t sample) const;
     std::vector<PathSample> Out(bool isWhole);
     float StepTo(std::size_t a, std::size_t b) const;
@@ -110,8 +112,8 @@ private:
     std::vector<PathSample> samples;
     std::vector<double> raw;
     std::size_t settled = 0;
-    /// The first sample of the first group that is not completely final, and the first and the last
-    /// group before that one.
+    /// The first sample of the first group that is not completely final, and the first and last of
+    /// the groups before it.
     std::size_t base = 0;
     std::vector<Pool> firstPool;
     std::vector<Pool> lastPool;

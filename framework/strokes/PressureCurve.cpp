@@ -63,8 +63,8 @@ float PressureCurve::At(float pressure) const {
     const float width = to.pressure - from.pressure;
     const float t = (pressure - from.pressure) / width;
     const float u = 1.0f - t;
-    // Evaluated in Bézier form, so that not even rounding can move the value outside the range of
-    // the points.
+    // The span is evaluated in Bézier form, so that not even rounding can move the value outside
+    // the range of the points.
     const float b1 = from.value + slopes[i] * width * (1.0f / 3.0f);
     const float b2 = to.value - slopes[i + 1] * width * (1.0f / 3.0f);
     const float value = ((from.value * u * u * u + 3.0f * b1 * u * u * t) + 3.0f * b2 * u * t * t) +

@@ -26,9 +26,10 @@ public:
     /// \throw HostError with the message from Flaw if the points are invalid.
     explicit PressureCurve(std::vector<Point> points);
 
-    /// Describes why the points are invalid: their number, a pressure or value outside 0 to 1, or
-    /// pressures that are not in ascending order. Empty if they are valid. \param index  receives
-    /// the index of the invalid point, or the number of points if that number is invalid.
+    /// Describes why the points are invalid: a wrong number of points, a pressure or value outside
+    /// 0 to 1, or pressures that are not in ascending order. Empty if they are valid.
+    /// \param index  receives the index of the invalid point, or the number of points if that
+    /// number is invalid.
     static std::optional<std::string> Flaw(const std::vector<Point>& points, std::size_t& index);
 
     float At(float pressure) const;

@@ -3,8 +3,8 @@
 /// \file The stabiliser. The pen drags a weight on a cord. Between two samples, the pen moves in a
 /// straight line, and the weight on a taut cord follows a tractrix: the tangent of half the angle
 /// between cord and path decreases by a factor of e for each cord length that the pen moves. The
-/// weight's position is therefore exact at any time, and an additional sample on the path changes
-/// nothing.
+/// weight's position is therefore exact at any time, and an additional sample on the path does not
+/// change it.
 #include "framework/strokes/PathResampler.h"
 #include "framework/strokes/PathStage.h"
 
@@ -24,7 +24,8 @@ Place Sum(const Place& a, const Place& b, double f) {
     return {a[0] + b[0] * f, a[1] + b[1] * f, a[2] + b[2] * f};
 }
 
-/// Length of a pen step relative to the cord, short enough that chords approximate the curve well.
+/// Length of a pen step relative to the cord; it is short enough for chords to approximate the
+/// curve well.
 constexpr double stepFraction = 1.0 / 16.0;
 
 /// Computes e^-x for 0 <= x <= stepFraction from its series, with identical results on every
@@ -89,7 +90,7 @@ private:
         resampler.Take([this](double at) { return PositionAt(at); }, isWhole, out);
     }
 
-    // Lengths ascend, so the path is traversed only once.
+    // Lengths are requested in ascending order, so the path is traversed only once.
     Vector PositionAt(double at) {
         const auto& knots = path.Knots();
         const auto& reached = path.Reached();

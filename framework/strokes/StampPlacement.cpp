@@ -124,7 +124,7 @@ Matrix StampPlacement::ToPixels(uint32_t width, uint32_t height, const Matrix& l
 
     Matrix toPixels;
     for (int r = 0; r < 4; ++r) {
-        // The contribution of this row to the offset from the origin along the three axes.
+        // This row's contribution to the offset from the origin along the three axes.
         const float* row = localToWorld.m[r];
         double x = Dot(row, right);
         double y = Dot(row, up);

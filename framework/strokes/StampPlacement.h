@@ -8,7 +8,7 @@
 namespace trovik {
 
 /// The placement of one dab's stamp in world space: a centre, three orthonormal axes and a size.
-/// The image rows run along `Right`, the image's up direction is `Up`, and `Out` points to the
+/// The image rows run along `Right`, the image's up direction is `Up`, and `Out` points towards the
 /// viewer.
 ///
 /// The longer side of the image measures two radii; pixels are square. Pixel k is centred on
@@ -29,8 +29,8 @@ public:
                                     const Matrix& cameraToWorld);
 
     /// A stamp projected from the camera: it is centred on `middle`, perpendicular to the view
-    /// direction, and has the given radius there. All points on a line of sight read the same
-    /// pixel. If `middle` is less than one radius from the eye, the projection is parallel.
+    /// direction, and has the given radius there. All points on the same line of sight read the
+    /// same pixel. If `middle` is less than one radius from the eye, the projection is parallel.
     /// \param toward  as for OnSurface, but projected onto the image plane; if the projection
     /// vanishes, the camera's up direction is used.
     static StampPlacement ByCamera(const Vector& middle,

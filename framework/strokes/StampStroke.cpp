@@ -14,9 +14,9 @@ namespace trovik {
 
 namespace {
 
-/// The smallest copy of a scattered stamp, as a fraction of the brush radius.
+/// Minimum radius of a scattered stamp copy, as a fraction of the brush radius.
 constexpr float minCopyRatio = 0.5f;
-/// Separates the random numbers for distances from those for positions.
+/// Makes the random numbers for distances independent of those for positions.
 constexpr uint64_t spacingSalt = 0x5bf03635d1c27a89u;
 
 StampPositioning PositioningOf(const BrushOperation& brush) {

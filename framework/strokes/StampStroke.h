@@ -13,21 +13,21 @@ struct StrokeDab;
 /// Values of the brush attribute "stamppositioning", which determines the position and orientation
 /// of a dab's stamp. The attribute "stamprotation" adds a clockwise rotation in whole degrees.
 enum class StampPositioning : int {
-    /// The default of the tool: Stroke for Repeat and Knife, the dragged direction for Imprint,
-    /// Upright for all others.
+    /// The tool's default: Stroke for Repeat and Knife, the drag direction for Imprint, and Upright
+    /// for all others.
     Tool = 0,
     /// Centred on the dab, upright in the view.
     Upright = 1,
     /// Centred on the dab, with its up direction along the stroke.
     Stroke = 2,
-    /// At the position and with the size of the first dab of the stroke.
+    /// With the position and size that the stamp had at the first dab of the stroke.
     Start = 3,
 };
 
 /// The stamp during one stroke: determines the position, rotation, scattering and spacing of each
 /// dab's copy.
 ///
-/// Whether there is a stamp, its size and its pixels are determined at the start of the stroke.
+/// The presence of a stamp, its size and its pixels are determined at the start of the stroke.
 /// Other settings are read for each dab. If the brush's IsOrientedToSurface is set, the stamp lies
 /// flat on the surface; otherwise it is projected from the scene's active camera. Random numbers
 /// depend only on the seed and the preceding dabs.
@@ -69,7 +69,7 @@ private:
     uint32_t height = 0;
     StrokeRandom random;
     StrokeRandom spacingRandom;
-    /// Centre of the previous dab on the path, in world space.
+    /// Position of the previous dab on the path (before scattering), in world space.
     Vector previous;
     bool hasPrevious = false;
     /// Matrix of the first dab, for StampPositioning::Start.

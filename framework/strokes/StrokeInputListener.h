@@ -21,8 +21,8 @@ public:
     virtual void OnWholeMesh(float strength, bool byFacing) = 0;
     virtual void OnReverted() = 0;
     /// \param brokenOff  whether the stroke ended before all mirrored sides were applied, or an
-    /// error occurred while it ended. In these cases, StrokeLoop::Break reproduces the end, except
-    /// for sides that were already complete.
+    /// error occurred while it ended. In these cases, StrokeLoop::Break reproduces the end of the
+    /// stroke, except for sides that were already complete.
     virtual void OnStrokeEnded(bool brokenOff) = 0;
 
 protected:

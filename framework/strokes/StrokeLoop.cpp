@@ -22,7 +22,7 @@ namespace {
 
 constexpr int mirroredStampMask = 1;
 constexpr uint8_t shapeChange = SurfaceChange::Positions | SurfaceChange::Normals;
-/// Separates the random numbers for dab sizes from those for the stamp.
+/// Makes the random numbers for dab sizes independent of those for the stamp.
 constexpr uint64_t sizeSalt = 0x94d1f3a76c20e5b3u;
 
 /// Restores, until the end of the scope, the falloff that the brush had when its stroke began.
@@ -47,8 +47,8 @@ double SecondsSince(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-/// The coordinate axis perpendicular to the plane in which the map reflects; -1 if the map is not
-/// such a reflection.
+/// The coordinate axis perpendicular to the plane in which the map reflects; -1 if the map is not a
+/// reflection in a coordinate plane.
 int PlaneAxis(const Matrix& map) {
     int axis = -1;
     for (int row = 0; row < 4; ++row) {
@@ -71,7 +71,7 @@ StrokeLoop::StrokeLoop(BrushOperation& strokeBrush,
     : brush(strokeBrush), geometry(strokeGeometry), tree(strokeTree) {}
 
 void StrokeLoop::SetMirrors(int mode, std::vector<Matrix> pointMaps) {
-    // The stroke stores one previous hit for each of its mirrors.
+    // An open stroke stores one previous hit for each of its mirrors.
     if (active) throw HostError("the mirrors cannot change while a stroke is open");
     brush.MirrorConfig().SetMirrorMode(mode);
     mirrors = std::move(pointMaps);
@@ -83,7 +83,7 @@ void StrokeLoop::Begin(BrushOperation::Modifier strokeModifier, uint64_t seed) {
     RefreshStamp(brush);
     // With topological mirroring, the stamp of a mirrored dab is read at the mirrored vertex, so
     // that it looks the same on halves in different poses. A vector stamp moves vertices along its
-    // own axes, which must be mirrored themselves.
+    // own axes, so its axes must be mirrored as well.
     if (brush.MirrorConfig().MirrorMode() == MirrorConfiguration::Topological)
         brush.Settings().mirroredStampRead =
             !IsVectorStampName(brush.MaskName(stampMask).toStdString());
@@ -119,7 +119,7 @@ void StrokeLoop::Dab(const StrokeDab& pathDab) {
     try {
         StrokeDab dab = pathDab;
         stamps.PlaceStamp(dab);
-        // Must be looked up before the dab moves the face under it.
+        // The topological mirror image must be looked up before the dab moves the face under it.
         const auto across = AcrossTopology(dab);
         Apply(dab, 0);
         const std::size_t sides = inPairs ? 1 : mirrors.size();
@@ -177,7 +177,8 @@ bool StrokeLoop::KeepsPlane() const {
 // mirrored side and the main side.
 void StrokeLoop::ApplyOtherPairs(const std::function<void()>& poll) {
     UndoHistory& history = geometry.History();
-    // To the user, this is a single stroke: a falloff chosen during it applies to the next stroke.
+    // For the user, this is a single stroke, so a falloff chosen during it applies only to the next
+    // stroke.
     const FalloffOfStroke ofStroke(brush.Settings().falloff, falloff);
     const std::vector<StrokeDab> dabs = std::exchange(mainDabs, {});
     for (std::size_t first = 1; first < mirrors.size(); first += 2) {

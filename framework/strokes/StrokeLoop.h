@@ -15,7 +15,7 @@
 
 namespace trovik {
 
-/// A main dab, as the stroke loop passes it to the brush.
+/// A main dab that the stroke loop passes to the brush.
 struct StrokeDab {
     /// Mesh-local; its mirror flag is false.
     SurfacePoint hit;
@@ -67,9 +67,9 @@ public:
     /// plane and there is more than one mirrored side, the other sides are applied in pairs, each
     /// in an additional stroke after the first; all strokes are undone together.
     /// \param mode  the value that MirrorConfiguration::MirrorMode returns from now on. With
-    /// Topological, the mirrored dab comes from the mesh's MirrorVertex, regardless of the maps;
-    /// there is no mirrored dab where MirrorVertex returns -1. \throw HostError while a stroke is
-    /// open; the mirrors are then unchanged.
+    /// Topological, the mirrored dab comes from the mesh's MirrorVertex, regardless of the maps; no
+    /// mirrored dab is applied where MirrorVertex returns -1.
+    /// \throw HostError while a stroke is open; the mirrors are then unchanged.
     void SetMirrors(int mode, std::vector<Matrix> pointMaps);
 
     /// Sets the (borrowed) observer of all calls into the brush; null removes it.
@@ -79,12 +79,12 @@ public:
     /// exceptions reach the caller after the stroke has ended.
     void SetInputListener(StrokeInputListener* newListener) { listener = newListener; }
 
-    /// Begins a stroke. Loads the stamp's file if necessary. \param seed  seed of all random values
-    /// of the stroke.
+    /// Begins a stroke. Loads the stamp's file if necessary.
+    /// \param seed  the seed for all random values of the stroke.
     /// \throw HostError if the file cannot be read, in which case no stroke begins, or if a stroke
-    /// is already open; the open stroke is not affected.
+    /// is already open, which is then not affected.
     void Begin(BrushOperation::Modifier modifier, uint64_t seed = 0);
-    /// Applies one dab. Throws HostError if no stroke is open, as does WholeMesh.
+    /// Applies one dab. Like WholeMesh, throws HostError if no stroke is open.
     void Dab(const StrokeDab& dab);
     /// Applies the tool to the whole bound level at once, within a stroke. \param strength  as in
     /// StrokeDab. \param byFacing  reduces the effect where the surface faces away from the camera.
@@ -97,12 +97,12 @@ public:
     void Break();
     /// Restores the bound mesh bit-exactly to its state before the stroke. The stroke continues as
     /// if no dab had been applied. Used by tools that apply their dab again on each motion. Cost:
-    /// proportional to the number of vertices that the stroke touched.
+    /// O(vertices that the stroke has touched).
     void RevertStroke();
-    /// Distance from the last dab to the next one along a path, in world units.
-    /// \param fraction  fraction of the radius, for tools without a spacing of their own.
+    /// Distance along a path from the last dab to the next one, in world units.
+    /// \param fraction fraction of the radius, for tools without a spacing of their own.
     float Spacing(float radius, float fraction) { return stamps.Spacing(radius, fraction); }
-    /// The next random number for the size of a dab, in [0, 1).
+    /// The next random number, in [0, 1), for the size of a dab.
     float RandomFraction() { return sizeRandom.Share(); }
     const BrushOperation& Brush() const { return brush; }
     bool IsActive() const { return active; }
@@ -134,7 +134,7 @@ private:
         StrokeDab dab;
         Matrix pointMap;
     };
-    /// The dab's topological mirror image; empty if there is none, and in other mirror modes.
+    /// The dab's topological mirror image; empty if there is none or if another mirror mode is set.
     std::optional<MirroredDab> AcrossTopology(const StrokeDab& dab) const;
     /// Reports the patches that a dab's traversals have visited.
     void ReportDab();

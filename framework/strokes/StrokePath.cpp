@@ -30,7 +30,7 @@ public:
 
     /// Whether a dab is due at a hit.
     bool IsDue(const PickHit& hit) const {
-        // Without this tolerance, rounding could skip every other dab.
+        // Without this tolerance, rounding could cause every other dab to be skipped.
         return count == 0 || (WorldPositionOf(geometry, hit) - last).Length() >= distance * 0.9999f;
     }
 
@@ -108,8 +108,8 @@ void ApplyDabsAlong(const std::vector<PathSample>& samples,
                 float near = reached;
                 float far = fraction;
                 PickHit due = *hit;
-                // If the path has just returned to the mesh, there is no previous hit to measure
-                // from.
+                // If the path has just returned to the mesh, there is no previous hit from which to
+                // measure.
                 for (int n = 0; before && n < halvings; ++n) {
                     const float middle = (near + far) * 0.5f;
                     const auto there = probe(Between(from, to, middle).position);

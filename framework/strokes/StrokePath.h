@@ -32,11 +32,11 @@ struct PathOptions {
     float radius = 1.0f;
     /// Distance between dabs as a fraction of the radius.
     float spacing = 0.25f;
-    /// Strength of a dab at a pressure.
+    /// Maps pressure to the strength of a dab.
     std::function<float(float pressure)> strength;
     /// Called after each dab.
     std::function<void()> progress;
-    /// Called regularly while following the path, whether or not dabs are applied. An exception
+    /// Called regularly while the path is followed, whether or not dabs are applied. An exception
     /// from it stops the stroke at that point.
     std::function<void()> poll;
 };

@@ -17,7 +17,7 @@ Vector Position(const Mesh& mesh, uint32_t vertex) {
     return {v.x, v.y, v.z};
 }
 
-/// Barycentric coordinates of the projection of `p` onto the triangle's plane, each 0 to 1. If the
+/// Barycentric coordinates (each 0 to 1) of the projection of `p` onto the triangle's plane. If the
 /// projection is outside the triangle, negative weights are set to 0 and the others rescaled, which
 /// yields a point on the border.
 std::array<float, 3> CornerWeightsAt(const Triangle& t, const Vector& p) {
@@ -67,7 +67,7 @@ Matrix RotationBetween(const Triangle& main, const Triangle& image) {
         });
     const Frame from = FrameOf(main, 1.0f);
     const Frame to = FrameOf(image, -1.0f);
-    // A triangle without area has no frame.
+    // A degenerate triangle has no frame.
     if (isReflection || from.out == Vector() || to.out == Vector()) {
         turn.m[0][0] = -1.0f;
         return turn;

@@ -10,7 +10,7 @@ namespace trovik {
 
 /// The counterpart of a surface point under the topological mirror.
 struct TopologicalHit {
-    /// On the same mesh, with its mirror flag set.
+    /// The mirrored hit, on the same mesh, with its mirror flag set.
     SurfacePoint hit;
     /// Maps points around the hit to those around its image (mesh-local): a reflection that
     /// preserves lengths and angles. If the two faces are reflections of each other in the plane x

@@ -118,7 +118,7 @@ JsonFields BrushSettingsFields(const BrushOperation& brush, TraceArrays& arrays)
     fields.Set("direction", std::to_string(brush.Direction()));
     fields.Set("strengthScale", JsonFloat(brush.brushStrengthScale));
     fields.Set("strengthBias", JsonFloat(brush.BrushStrengthBias()));
-    // No setting of this host enables refinement under the brush.
+    // This host has no setting that enables refinement under the brush.
     fields.Set("useTessellator", JsonBool(false));
     fields.Set("strokeMeshLocked", JsonBool(brush.strokeMeshLocked != 0));
     fields.Set("testMode", JsonBool(HostKernel::Instance().IsTestModeOn()));

@@ -9,15 +9,17 @@
 
 namespace trovik {
 
-/// The brush's attributes as a JSON object. \param buildUpRate  JSON text to write instead of the
-/// build-up rate attribute's value; empty to write that value.
+/// The brush's attributes as a JSON object.
+/// \param buildUpRate  JSON text that replaces the value of the build-up rate attribute; if empty,
+/// the value itself is written.
 TROVIK_API std::string BrushAttributesText(const BrushOperation& brush,
                                            const std::string& buildUpRate = {});
 /// "builduprate" as JSON text.
 TROVIK_API std::string BuildUpRateText(const BrushOperation& brush);
 
-/// All host values that a brush may read when a stroke begins: the trace's settings members, from
-/// "tool" to "renderers", in order. The falloff table and the stamp pixels are written to `arrays`.
+/// Returns all host values that a brush may read when a stroke begins. They are the settings
+/// members of a trace line, from "tool" to "renderers", in order. The falloff table and the stamp
+/// pixels are written to `arrays`.
 /// \throw HostError if they cannot be written.
 TROVIK_API JsonFields BrushSettingsFields(const BrushOperation& brush, TraceArrays& arrays);
 

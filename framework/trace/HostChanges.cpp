@@ -7,9 +7,9 @@ namespace trovik {
 
 namespace {
 
-/// Replaces states with later ones. If the later state has no mirror, the stored mirror is kept:
-/// the brush requests the mirror in only one mirror mode, so when that mode becomes active again,
-/// the mirror is written again only if it has changed.
+/// Replaces states with later ones. If the later state has no mirror, the stored mirror is kept.
+/// The brush requests the mirror in only one mirror mode; when that mode becomes active again, the
+/// mirror is written again only if it has changed.
 void Replace(HostChanges::States& states, HostChanges::States by) {
     for (std::size_t i = 0; i < std::min(states.size(), by.size()); ++i) {
         const auto mirror = states[i].find(mirrorCornersFile);

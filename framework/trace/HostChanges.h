@@ -23,8 +23,9 @@ public:
         std::string reason;
     };
 
-    /// Starts the detection. \param now  the states that the trace already contains. Changes before
-    /// the first command are attributed to "host".
+    /// Starts the detection.
+    /// \param now  the states that the trace already contains. Changes made before the first
+    /// command are attributed to "host".
     void Start(States now);
     void Stop() { watching = false; }
     bool IsWatching() const { return watching; }

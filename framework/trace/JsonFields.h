@@ -10,7 +10,7 @@
 namespace trovik {
 
 /// \file JSON text for traces. General JSON libraries convert a float to double before writing it;
-/// these functions write digits that identify the float.
+/// these functions write enough digits to identify the float.
 
 /// Nine significant digits, so that the float round-trips. The text always contains a decimal point
 /// or an exponent, so that readers do not parse it as an integer and lose the sign of a zero.

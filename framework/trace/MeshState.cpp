@@ -32,7 +32,7 @@ void WriteText(const std::string& path, const std::string& text) {
     if (std::fclose(file) != 0 || !written) ThrowFileError("write", path, reason);
 }
 
-/// Receives the files of a state. Writing and hashing share this interface, so that both process
+/// Receives the files of a state. Writing and hashing use the same interface, so that both process
 /// the same content.
 class StateSink {
 public:

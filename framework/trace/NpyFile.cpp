@@ -14,7 +14,7 @@ namespace {
 static_assert(std::endian::native == std::endian::little, "arrays are written in memory order");
 
 constexpr std::size_t alignment = 64;
-// Magic string, two version bytes, two length bytes.
+// The magic string, two version bytes and two length bytes.
 constexpr std::size_t preludeBytes = 10;
 
 }  // namespace

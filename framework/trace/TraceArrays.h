@@ -26,7 +26,8 @@ public:
     /// Forces the pixels to be read again. Called at the start of each stroke, because a new image
     /// may have the same address as a deleted one.
     void ForgetPixels() { lastRead = {}; }
-    /// A number for the image object, assigned in the order of first use, starting at 0.
+    /// The number of the image object; numbers are assigned in the order of first use, starting at
+    /// 0.
     unsigned ImageNumber(const Image* image);
 
 private:

@@ -114,8 +114,8 @@ void TraceRecorder::FillInput(const BrushCall& call) {
     switch (call.kind) {
         case BrushCall::SetActiveConfiguration:
             input.Set("tool", ToolText(call.configuration));
-            // Leaving a tool stores its settings before the brush queries this value, even if the
-            // same tool is selected again.
+            // When a tool is selected, the settings of the active tool are stored before the brush
+            // queries this value, even if both are the same tool.
             input.Set("inited",
                       JsonBool(brush.IsConfigurationInited(call.configuration) ||
                                brush.ActiveConfiguration() == call.configuration));
@@ -153,7 +153,7 @@ void TraceRecorder::FillInput(const BrushCall& call) {
             input.Set("byFacing", JsonBool(call.byFacing));
             input.Set("hit", HitText(SurfacePoint(call.mesh, call.mesh->faceVertexIndices[0], 0)));
             input.Append(BrushSettingsFields(brush, *arrays));
-            // The dab that this call applies reads the values below, like any other dab.
+            // The dab applied by this call reads the values below, like any other dab.
             input.Set("previousPatchPosition", JsonVector(brush.PreviousPatchPosition()));
             if (brush.IsMaskEnabled(stampMask))
                 input.Set("stampMatrix", JsonMatrix(brush.MaskMatrix(stampMask)));

@@ -35,7 +35,7 @@ struct TraceOptions {
 /// stroke, only changes after a BeforeCommand are detected. Cost: two passes over all arrays of all
 /// meshes per stroke, and one pass per command.
 ///
-/// Errors: calls into the brush never throw because of the trace. After a failure, nothing more is
+/// Errors: the trace never causes a call into the brush to throw. After a failure, nothing more is
 /// written, and ThrowIfFailed reports the failure.
 class TROVIK_API TraceRecorder final : public StrokeObserver, private GeometryObserver {
 public:

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Mesh states in a trace, and the lines for changes that the host makes between calls.
+/// \file Writes the mesh states of a trace, and the lines for changes that the host makes between
+/// calls.
 #include "framework/brushes/BrushSettings.h"
 #include "framework/trace/BrushSettingsText.h"
 #include "framework/trace/MeshState.h"
@@ -90,8 +91,8 @@ void TraceRecorder::WriteHostChanges(BrushOperation& brush) {
     }
 }
 
-// The line contains only positions, which determine the normals. If the mesh has a layer, its
-// offsets require a complete state as well.
+// The line contains only positions, which determine the normals. If the mesh has a layer, a
+// complete state is also written, because the layer's offsets are not on the line.
 void TraceRecorder::WriteSettled() {
     for (const Settled& line : settled) {
         WriteCall(settling, line.in, line.out);

@@ -20,9 +20,9 @@ struct OriginalData {
     Store<void*> pages;
 };
 
-/// Brush base class that can refine the mesh under the brush during a stroke. Refinement is
-/// possible only on meshes that are not quad subdivision levels. While `useTessellator` is false,
-/// refinement is off: no mesh is editable, and requests to refine have no effect.
+/// Brush base class that can refine the mesh under the brush during a stroke. Only meshes that are
+/// not quad subdivision levels can be refined. While `useTessellator` is false, refinement is off:
+/// no mesh is editable, and requests to refine have no effect.
 class TROVIK_API DetailBrush : public BrushOperation, public FaceEnumerator {
 public:
     DetailBrush();
@@ -42,7 +42,7 @@ public:
     void OnEdgeCollapse(Mesh* mesh, uint32_t kept, uint32_t removed) override;
 
     void Operator(Mesh* mesh, uint32_t face) override;
-    /// Returns whether the face may be refined; false while refinement is off.
+    /// Returns whether the face may be refined; always false while refinement is off.
     bool Tester(Mesh* mesh, uint32_t face) override;
 
     /// Collects the faces under the brush for refinement.

@@ -263,7 +263,7 @@ TEST_F(PenScript, SpacingsHaveTheSameRangeEverywhere) {
                 HasSubstr("/steps/1/set/spacing: "));
     EXPECT_EQ(DabsOf(Set(R"("spacing": 0.1)") + Stroke(R"("pointer": [[300, 300]])")), 1u);
     EXPECT_EQ(MessageOf<HostError>([] { CheckSpacing(1e-9f); }),
-              "the spacing of dabs is 1e-07 percent of the radius; it must be 0.1 to 1000");
+              "the dab spacing is 1e-07 percent of the radius; it must be 0.1 to 1000");
     EXPECT_THROW(CheckSpacing(10.1f), HostError);
     EXPECT_THROW(CheckSpacing(std::numeric_limits<float>::quiet_NaN()), HostError);
     EXPECT_NO_THROW(CheckSpacing(minSpacing));

@@ -157,15 +157,15 @@ TEST_F(DamagedScene, RadiusAndSpacingHaveTheRangeOfScripts) {
     constexpr std::size_t spacing = 52;
     EXPECT_EQ(readWith(spacing, 0.001f), "");
     EXPECT_THAT(readWith(spacing, 1e-9f),
-                HasSubstr("the spacing of dabs is 1e-07 percent of the radius; it must be"));
-    EXPECT_THAT(readWith(spacing, 11.0f), HasSubstr("the spacing of dabs is 1100 percent"));
+                HasSubstr("the dab spacing is 1e-07 percent of the radius; it must be"));
+    EXPECT_THAT(readWith(spacing, 11.0f), HasSubstr("the dab spacing is 1100 percent"));
     EXPECT_THAT(readWith(radius, 0.0f), HasSubstr("the radius is not above 0"));
     // Values that cannot be read again are not written.
     ASSERT_EQ(Read(whole), "");
     auto document = Document::OpenScene(path);
     document->Settings().spacing = 1e-9f;
     EXPECT_THAT(MessageOf<HostError>([&] { document->Save(folder.Path("tiny.trovik")); }),
-                HasSubstr("tiny.trovik: the spacing of dabs is 1e-07 percent"));
+                HasSubstr("tiny.trovik: the dab spacing is 1e-07 percent"));
     EXPECT_FALSE(std::filesystem::exists(folder.Path("tiny.trovik")));
 }
 

@@ -3,8 +3,8 @@
 
 namespace trovik {
 
-/// Magnitude of planeClampMin and planeClampMax that leaves displacement towards the plane
-/// unlimited.
+/// Magnitude of planeClampMin and planeClampMax at which displacement towards the plane is not
+/// limited.
 inline constexpr float unlimited = 100000000.0f;
 
 }  // namespace trovik

@@ -18,12 +18,12 @@ extern const ClassDesc patchMapClass;
 extern const Preferences::Bool renderSwiftStroke;
 /// Scales the target depth of patches.
 extern const Preferences::Float swiftStrokeLevelFactor;
-/// Whether planes are sampled from the positions and normals that the vertices had at first touch
-/// in the stroke.
+/// Whether planes are sampled from the positions and normals that the vertices had when the stroke
+/// first touched them.
 extern const Preferences::Bool useOriginalDataForFlatten;
 /// Whether the weight of a plane sample is 1 - distance / radius instead of 1.
 extern const Preferences::Bool useVertexWeightsForFlatten;
-/// Effective in test mode only: restrict Wax to raising or to lowering the surface.
+/// These restrict Wax to raising or to lowering the surface; they have an effect only in test mode.
 extern const Preferences::Bool waxFillsOnly;
 extern const Preferences::Bool waxScrapesOnly;
 

@@ -58,7 +58,8 @@ SwiftStroke::SwiftStroke()
 
     falloffName.Connect(g_pKernel->kernelCommandAttribute, false);
     LoadTemplate(QString::fromLatin1(""), false);
-    // Set after the template is loaded, so that a rate stored in the template has no effect.
+    // The rate is set after the template is loaded, so that a rate stored in the template has no
+    // effect.
     buildUpRate.SetValue(0.5f, true);
     strokeOptionE.SetVisible(true);
     alternateBehavior.modifier = ModifierSmooth;

@@ -12,15 +12,15 @@ class PatchMap;
 struct BatchMovers;
 enum class Tool : uint32_t;
 
-/// One entry of the work list of a patch kernel.
+/// One entry of a patch kernel's work list.
 struct PatchVertexEntry {
     uint32_t vertex;  ///< vertex index in the mesh
     uint32_t face;    ///< a face of the patch that uses the vertex
-    uint32_t cell;    ///< cell in the halo grids
+    uint32_t cell;    ///< cell in the grids that include the ghost layer
 };
 static_assert(sizeof(PatchVertexEntry) == 12);
 
-/// A mesh that the stroke has bound, with its undo record.
+/// A mesh that the stroke has bound, and the mesh's undo record.
 struct MeshChangePair {
     Mesh* mesh;
     MeshChange* change;
@@ -100,8 +100,8 @@ public:
                   float strength,
                   AxisAlignedBoundingBox& box) override;
     /// Applies the tool to a whole mesh at once, without a radius. All vertices have the same
-    /// weight, or are weighted by how directly they face the camera. Can be called inside or
-    /// outside a stroke.
+    /// weight, or are weighted by how directly they face the camera. Can be called during a stroke
+    /// or outside one.
     void ApplyToWholeMesh(Mesh* wholeMeshTarget, float strength, bool byFacing) override;
     /// Binds a mesh: locks it, reads its properties, opens its undo record and collects its
     /// renderers. If the lock is refused or the undo record cannot be stored, `mesh` is null
@@ -271,7 +271,7 @@ public:
     float planeOffsetFactor = 0.0f;
     float planeDirectionSign = 1.0f;
     float strokePlaneSign = 1.0f;
-    /// Number of dabs of the main pass since BeginStroke; 0 during the first dab.
+    /// Number of main-pass dabs completed since BeginStroke; 0 during the first dab.
     uint32_t planeDabCount = 0;
     float planeOffset = 0.0f;
     /// If false, the plane's normal and centre are sampled over the brush area instead of along a
@@ -300,7 +300,7 @@ public:
     uint32_t patchMeshLevel = 0;
     uint32_t facesPerPatch = 0;
     SubdivisionLevel* mesh = nullptr;
-    /// Lowest quad level, parent of the patch map.
+    /// The lowest quad level, which is the parent of the patch map.
     SubdivisionLevel* patchMapMesh = nullptr;
     SubdivisionLevel* patchMesh = nullptr;
     Layer* layer = nullptr;
@@ -312,8 +312,8 @@ public:
     // --- Scratch memory of the kernels ---
     PatchVertexEntry* patchVertexList = nullptr;
     int32_t patchVertexListCapacity = 0;
-    /// PatchSlice and patchLevel of the patch to which patchVertexList belongs; null if the list
-    /// may be out of date. Only compared, never dereferenced.
+    /// The PatchSlice and patchLevel of the patch to which patchVertexList belongs; the slice is
+    /// null if the list may be out of date. Only compared, never dereferenced.
     const uint32_t* listedSlice = nullptr;
     int32_t listedLevel = 0;
     void* spareScratch = nullptr;
@@ -332,7 +332,7 @@ public:
     BrushSpace* brushSpace = nullptr;
     void* brushSpaceAllocation = nullptr;
     float planeDistance = 0.0f;
-    /// 0: the main hit; 1: the mirrored hit. Index into the three arrays below.
+    /// 0 for the main hit, 1 for the mirrored hit; the index into the three arrays below.
     uint32_t mirrorPass = 0;
     /// Exactly 0 until a plane has been determined.
     float planeDistances[2] = {};
@@ -344,7 +344,7 @@ public:
 
     // --- Stamp cache ---
     bool stampEnabled = false;
-    /// After the rebuild, only compared and never dereferenced.
+    /// After the cache is rebuilt, this pointer is only compared and never dereferenced.
     Image* stampImage = nullptr;
     uint32_t stampImageVersion = 0;
     uint32_t stampWidth = 0;

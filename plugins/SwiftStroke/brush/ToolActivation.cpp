@@ -73,7 +73,7 @@ void SwiftStroke::ApplySharedDefaults() {
     updatePlane.SetValue(true, true);
     globalPlane.SetValue(false, true);
     affectAllLayers.SetValue(true, true);
-    // The cube that the kernels read is updated at the next stroke.
+    // The cube of the rate, which the kernels read, is updated at the start of the next stroke.
     buildUpRate.SetValue(0.5f, true);
     SetStamp(false, QString::fromLatin1(""));
     StampConfiguration none;
@@ -95,8 +95,8 @@ void SwiftStroke::SetToolFlags(Tool tool) {
             isSmooth = true;
             break;
         case Tool::Amplify:
-            // Unlike the other plane tools, Amplify keeps the patch normal. The sign makes vertices
-            // move away from the plane.
+            // Unlike the other plane tools, Amplify keeps the patch normal. The negative sign makes
+            // vertices move away from the plane.
             isPlaneTool = true;
             planeDirectionSign = -1.0f;
             SetBrushStrengthScale(0.2f);

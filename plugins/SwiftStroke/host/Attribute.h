@@ -42,8 +42,8 @@ public:
     virtual void AddTarget(Attribute& target, bool silent);
     virtual void UpdateTargets();
     virtual int TargetType() const;
-    /// For attributes that refer to a node; other attributes ignore calls to these functions and
-    /// return null.
+    /// For attributes that refer to a node; for other attributes, these functions have no effect
+    /// and return null.
     virtual void SetPointerValue(Node* node, bool silent);
     virtual Node* PointerValue() const;
     virtual bool ValidatePointerValue(Node* node) const;
@@ -150,7 +150,7 @@ public:
         StartEvent(NodeEventSourceConnected);
         target.StartEvent(NodeEventTargetConnected);
     }
-    /// A target of a different type cannot receive the value; only its owner is notified of a
+    /// A target of a different type cannot receive the value, but its owner is still notified of a
     /// change.
     void UpdateTargets() override {
         for (uint32_t i = 0; i < TargetCount(); ++i) {

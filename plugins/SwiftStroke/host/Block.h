@@ -13,8 +13,7 @@ public:
     /// \param name  not copied; only the pointer is stored.
     /// \param elementSize  in bytes.
     Block(const char* name, uint32_t elementSize);
-    /// Removes the block from the list. Bytes must be unregistered by the code that registered
-    /// them.
+    /// Removes the block from the list. The code that registered bytes must also unregister them.
     ~Block();
     Block(const Block&) = delete;
     Block& operator=(const Block&) = delete;

@@ -62,7 +62,7 @@ public:
     QString path;
     /// Whether the stamp is used.
     bool enabled = false;
-    /// Range of the random stamp rotation per dab, as a fraction of a full turn, 0 to 1.
+    /// Range of each dab's random stamp rotation, as a fraction of a full turn (0 to 1).
     float randomTurn = 0.0f;
     /// Whether each dab applies the stamp with a random position, size and rotation.
     bool randomize = false;
@@ -88,10 +88,10 @@ private:
     Matrix pointMap;
 };
 
-/// An interactive operation that the user performs with the pointer.
+/// An interactive operation that is controlled with the pointer.
 class TROVIK_API Operation : public Node {
 public:
-    /// Executes the operation once with its effect inverted. The base class does nothing.
+    /// Performs the operation once with its effect inverted. The base class does nothing.
     virtual void ExecuteAndInvert();
 };
 
@@ -108,8 +108,8 @@ inline constexpr int stampMask = -1;
 /// lookup at the mirror vertex. There are no other masks.
 class TROVIK_API BrushOperation : public Operation {
 public:
-    /// Modifier key held at the start of a stroke. ModifierSmooth replaces the tool with Smooth for
-    /// the stroke; ModifierInvert inverts the effect of the stroke.
+    /// The modifier key that is held at the start of a stroke. ModifierSmooth replaces the tool
+    /// with Smooth for the stroke; ModifierInvert inverts the effect of the stroke.
     enum Modifier : int { ModifierNone = 0, ModifierSmooth = 1, ModifierInvert = 2 };
     /// 0 for a sculpting stroke; any other value for a gesture that does not sculpt.
     enum TriggerType : int { TriggerStroke = 0, TriggerOther = 1 };
@@ -121,7 +121,7 @@ public:
     /// centred on the press point and grows with the distance to the pointer. 2: one dab whose
     /// diameter extends from the press point to the pointer.
     virtual int StrokeDrawMode() const;
-    /// Returns whether the brush size is a screen-space size. False by default.
+    /// Returns whether the brush size is measured in screen space. False by default.
     virtual bool IsScreenSpace() const;
     /// Returns the brush size, 0 to MaxBrushSize(). All tools of a brush share it.
     virtual float BrushSize() const;
@@ -150,7 +150,7 @@ public:
     virtual bool UsesStrokeSmoothing() const;
     /// Returns the length over which the path is smoothed, as a fraction of the viewport height.
     virtual float StrokeSmoothingDistance() const;
-    /// Sets both stroke smoothing values without notifying the owner.
+    /// Sets whether the path is smoothed, and the smoothing length, without notifying the owner.
     virtual void SetStrokeSmoothing(bool on, float distance);
     /// Returns whether the brush draws its own cursor. False by default.
     virtual bool HasCustomCursor() const;
@@ -159,7 +159,7 @@ public:
     virtual bool UsesSteadyStroke() const;
     /// Returns the distance at which dabs trail the pointer, as a fraction of the viewport height.
     virtual float SteadyStrokeDistance() const;
-    /// Sets both stabiliser values without notifying the owner.
+    /// Sets whether the stabiliser is on, and its distance, without notifying the owner.
     virtual void SetSteadyStroke(bool on, float distance);
     /// Sets how the size of a stamp is derived from its image. Ignored by the base class.
     virtual void SetStampSizingMode(int mode);
@@ -188,11 +188,11 @@ public:
     /// Returns the projective matrix that maps mesh-local positions to stamp pixels for the current
     /// dab.
     virtual Matrix MaskMatrix(int mask) const;
-    /// Returns whether the mask is inverted. With o = MaskOffset(mask), a value v then reads as
-    /// (1 - v) + o, otherwise as v - o.
+    /// Returns whether the mask is inverted. If o is MaskOffset(mask), a mask value v is read as (1
+    /// - v) + o if the mask is inverted, otherwise as v - o.
     virtual bool IsMaskInverted(int mask) const;
-    /// Returns the factor that is applied to all mask values, 1 by default. Brushes call this for
-    /// every dab.
+    /// Returns the factor that is applied to all mask values, 1 by default. Brushes call this
+    /// function for every dab.
     virtual float MaskFactor(int mask) const;
     /// Returns whether the mask is tiled in both directions.
     virtual bool IsMaskTiled(int mask) const;
@@ -212,7 +212,7 @@ public:
 
     /// Returns the rate at which repeated dabs in one stroke add up, 1 by default.
     virtual float BuildUpRate() const;
-    /// Returns whether the current tool places a single copy of the stamp per stroke. False by
+    /// Returns whether the current tool places only one copy of the stamp per stroke. False by
     /// default.
     virtual bool IsImprintTool() const;
     /// Returns true unless the current tool is an imprint tool. True by default.
@@ -236,8 +236,8 @@ public:
     /// \param mesh  the mesh to bind; if null, the first dab binds the mesh of its hit.
     /// \param trigger  the stroke sculpts only if this is TriggerStroke.
     virtual void BeginStroke(Mesh* mesh, Modifier modifier, TriggerType trigger);
-    /// Ends the stroke: finishes the changes of all its meshes as one undo step and unlocks the
-    /// last one.
+    /// Ends the stroke: finishes the changes to all its meshes as one undo step and unlocks the
+    /// last mesh.
     virtual void EndStroke();
     /// Called when the pointer moves. The base class does nothing.
     virtual void MouseMove();
@@ -273,7 +273,7 @@ public:
     virtual void ResetBrushConfiguration();
     /// Copies the mirror settings.
     virtual void SetMirrorConfig(const MirrorConfiguration& config);
-    /// Returns whether the tool has stored settings, that is, whether it was active before.
+    /// Returns whether the tool has stored settings, which it has if it was active before.
     virtual bool IsConfigurationInited(const BrushConfiguration* configuration) const;
     /// Stores the current settings for a tool: all attributes, and all settings without an
     /// attribute except the brush size.
@@ -342,7 +342,7 @@ public:
     Vector PreviousPatchPosition() const { return previousPatchPosition; }
     void SetPreviousPatchPosition(const Vector& position) { previousPatchPosition = position; }
     void SetBrushStrengthScale(float scale) { brushStrengthScale = scale; }
-    /// Sets whether the stamp is used, and its image file.
+    /// Sets the stamp's image file and whether the stamp is used.
     void SetStamp(bool enabled, const QString& path);
     /// Copies all stamp settings from `config`. Settings that `config` does not contain are reset
     /// to their defaults.
@@ -373,7 +373,7 @@ public:
     AttributeInstance<int> resetOptionA;
     /// The rotation of the stamp, in degrees clockwise.
     AttributeInstance<int> separatorOption;
-    /// How an imprint fades out.
+    /// Whether an imprint fades out, and by how much.
     AttributeInstance<CheckableFloat> imprintPairAttribute;
 
     /// Angles of the facing falloff, in degrees: full effect below facingAngleStart, none beyond

@@ -13,8 +13,8 @@ class Node;
 /// A descriptor should exist as long as its library is loaded.
 class TROVIK_API ClassDesc {
 public:
-    /// \param parent, displayParent  descriptors of the base class: for casts, and for display in
-    /// lists.
+    /// \param parent, displayParent  descriptors of the base class: `parent` is used for casts,
+    /// `displayParent` for display in lists.
     /// \param factory  creates one node (count below 2) or an array of `count` nodes; returns the
     /// first.
     /// \param flags  0: an ordinary class; 1: hidden from lists of creatable classes.

@@ -21,7 +21,7 @@ public:
     Error(const QString& message, Code code, const char* function, const char* file, int line);
 
     /// Sets the message.
-    /// \return this object, so that a throw expression can include the call.
+    /// \return this object, so that the call can be part of a throw expression.
     Error* Format(const QString& message);
 
     const QString& Message() const { return message; }

@@ -50,8 +50,8 @@ public:
         return HWVector(_mm_add_ps(pairs, _mm_shuffle_ps(pairs, pairs, _MM_SHUFFLE(1, 0, 3, 2))));
     }
 
-    /// Cross product of x, y, z; each component is the difference of two products. w is w w' - w
-    /// w'.
+    /// Cross product of x, y, z; each component is the difference of two products. w is computed in
+    /// the same way from two equal products: 0, or NaN if w w' is not finite.
     HWVector operator&(const HWVector& o) const {
         // From high to low, the lanes are x y z w. The shuffles produce (y z x w) and (z x y w).
         const __m128 a1 = _mm_shuffle_ps(lanes, lanes, _MM_SHUFFLE(2, 1, 3, 0));

@@ -21,7 +21,7 @@ class TROVIK_API Image : public Node {
 public:
     virtual uint32_t Width() const = 0;
     virtual uint32_t Height() const = 0;
-    /// 0: the pixels are values; 1: the pixels are directions, which averaging tools cannot use.
+    /// 0 if the pixels are values; 1 if they are directions, which averaging tools cannot use.
     virtual int ImageKind() const = 0;
     /// Copies pixels, row by row from the top, with interleaved channels. The rectangle must be
     /// inside the image.

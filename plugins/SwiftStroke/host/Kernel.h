@@ -88,7 +88,7 @@ public:
     TVCrashReporterFlag& operator=(const TVCrashReporterFlag&) = delete;
 
 private:
-    /// Part of the layout that crash reporters read; not used here.
+    /// Not used here, but part of the layout that crash reporters read.
     [[maybe_unused]] uint32_t kind;
     uint32_t bit;
 };

@@ -178,19 +178,19 @@ public:
     /// 1: quads, 0: triangles.
     int32_t meshType = 1;
     uint32_t faceCount = 0;
-    /// A vertex whose visit stamp equals this value has been visited in the current traversal.
+    /// A vertex whose own visit stamp equals this value has been visited in the current traversal.
     uint32_t visitStamp = 1;
     Store<Vertex> vertices;
     Store<PackedNormal> vertexNormals;
     VertexAuxiliary* vertexAuxiliary = nullptr;
-    /// Records of the open change; 0 and null if no change is open.
+    /// Number and array of the open change's records; 0 and null if no change is open.
     uint32_t changeRecordCount = 0;
     StoredVertexInfo* changeRecords = nullptr;
 
     uint32_t CornersPerFace() const { return meshType == 1 ? 4 : 3; }
 
-    /// Opens a change for this mesh. If another change is already open, it is detached first. The
-    /// caller owns the result.
+    /// Opens an undo change for this mesh. If another change is already open, it is detached first.
+    /// The caller owns the result.
     virtual MeshChange* StartChange() = 0;
     /// Reports each vertex that shares an edge with `vertex` exactly once, in rotational order
     /// starting at `face`.
@@ -202,8 +202,8 @@ public:
     /// Tester returns true, calls Operator and continues across sides 0 to 3. The cost depends only
     /// on the number of faces reached. Does not change visitStamp.
     virtual void EnumerateFaces(uint32_t face, FaceEnumerator* enumerator, int reserved) = 0;
-    /// Flood fill over vertices, which works in the same way and starts at the corners of `face`.
-    /// Adds 1 to visitStamp at the end.
+    /// Flood fill over vertices: works in the same way, but starts at the corners of `face`. Adds 1
+    /// to visitStamp at the end.
     virtual void EnumerateVertices(uint32_t face, VertexEnumerator* enumerator) = 0;
     /// Returns the topological mirror vertex of a corner, or -1 if there is none.
     virtual int32_t MirrorVertex(uint32_t face,
@@ -285,8 +285,8 @@ private:
     uint32_t normalCount;
 };
 
-/// Result of QuadEdgeNeighbour at an open border. Brushes treat any value above 0x80000000 as an
-/// open border.
+/// The value that QuadEdgeNeighbour returns for an open border. Brushes treat any value above
+/// 0x80000000 as an open border.
 inline constexpr uint32_t openBorder = 0xffffffffu;
 /// Bit of Mesh::faceFlags.
 inline constexpr uint8_t faceIsLive = 2;

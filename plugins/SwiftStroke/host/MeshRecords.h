@@ -23,7 +23,7 @@ static_assert(offsetof(Vertex, changeLink) == 12 && offsetof(Vertex, freeze) == 
 
 /// The bits of Vertex::freeze that contain the amount.
 inline constexpr uint8_t freezeAmountMask = 0x7f;
-/// 1/127: converts a freeze amount to a mask weight.
+/// 1/127, the factor that converts a freeze amount to a mask weight.
 inline constexpr float freezeAmountToWeight = 0.007874016f;
 
 /// A unit normal as three 16-bit integers; the fourth word is reserved for the host.
@@ -35,7 +35,7 @@ static_assert(sizeof(PackedNormal) == 8 && std::is_trivial_v<PackedNormal>);
 static_assert(offsetof(PackedNormal, y) == 2 && offsetof(PackedNormal, z) == 4 &&
               offsetof(PackedNormal, reserved) == 6);
 
-/// 1/32767: converts a component of a packed normal to float.
+/// 1/32767, the factor that converts a component of a packed normal to float.
 inline constexpr float packedNormalToFloat = 3.051851e-05f;
 
 /// The undo record of one vertex in one MeshChange.

@@ -23,8 +23,8 @@ enum NodeEventType : int {
 };
 
 /// Base class of all objects in a scene. A node has a name, attributes and a version that counts
-/// its changes. It can be written to a stream and read from one. Used only on the main thread of
-/// the host.
+/// its changes. It can be written to a stream and read from one. Used only on the host's main
+/// thread.
 class TROVIK_API Node {
 public:
     Node();
@@ -52,8 +52,8 @@ public:
     virtual void Serialize(Stream& stream);
     /// \return false if the node's content is inconsistent.
     virtual bool CheckValidity();
-    /// Copies the names, and the values of those attributes that have the same name and type in
-    /// both nodes. Sends no events.
+    /// Copies the node's names, and the values of the attributes that have the same name and type
+    /// in both nodes. Sends no events.
     virtual void CopyTo(Node& target) const;
     /// \return a new node of the same class with the same content, owned by the caller.
     virtual Node* Duplicate() const;
@@ -76,7 +76,7 @@ public:
     /// \return null if no attribute has this name.
     Attribute* AttributeByName(const QString& name) const;
 
-    /// Adds a listener, whose OnEvent is called by this node's ContentChanged.
+    /// Adds a listener; ContentChanged of this node calls the listener's OnEvent.
     void AddListener(Node* listener);
     void RemoveListener(Node* listener);
 

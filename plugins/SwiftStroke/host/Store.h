@@ -56,7 +56,7 @@ public:
         }
         Block::SetAllocatorID(nullptr);
         if (grown == nullptr) {
-            // Nothing was allocated, so the bytes registered for it must be unregistered.
+            // The allocation failed, so the bytes registered for it must be unregistered.
             Block::UnregisterMemoryBlock(bytes);
             return false;
         }
@@ -100,7 +100,7 @@ public:
 
     T* array = nullptr;
     uint32_t capacity = 0;
-    /// Whether growth copies the elements as raw memory instead of one by one.
+    /// Whether the elements are copied as raw memory instead of one by one when the array grows.
     bool plainCopy = true;
     Block* self;
     uint32_t fill = 0;

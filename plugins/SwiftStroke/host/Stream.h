@@ -17,8 +17,8 @@ class TROVIK_API Stream {
 public:
     virtual ~Stream();
 
-    /// Returns the version of the class in this file; when storing, its current version. Returns 0
-    /// for a class that the file does not contain.
+    /// Returns the version of the class in this file or, when storing, the current version of the
+    /// class. Returns 0 for a class that the file does not contain.
     virtual int ClassVersion(const ClassDesc* classDesc) const = 0;
     /// Whether the file has format `number` or newer.
     virtual bool IsFormatAtLeast(uint32_t number) const = 0;

@@ -12,7 +12,7 @@ public:
     TreeNode();
     ~TreeNode() override;
 
-    /// Appends `child`, removes it from its former parent, and calls its OnLinked.
+    /// Removes `child` from its former parent, appends it to this node, and calls its OnLinked.
     virtual void AddChild(TreeNode* child);
     /// Removes the child and calls its OnLinked. The child then has no parent and is owned by the
     /// caller.

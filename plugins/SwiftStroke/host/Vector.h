@@ -27,7 +27,7 @@ struct Vector {
     Vector& operator*=(float f) { return *this = *this * f; }
     bool operator==(const Vector&) const = default;
 
-    /// Dot product, added from left to right.
+    /// Dot product; the terms are added from left to right.
     float operator|(const Vector& o) const { return x * o.x + y * o.y + z * o.z; }
     /// Cross product.
     Vector operator&(const Vector& o) const {

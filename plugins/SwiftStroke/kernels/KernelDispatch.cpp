@@ -41,7 +41,7 @@ bool SwiftStroke::Tester(Mesh* walked, uint32_t face) {
 
     Vector modifiedCells[8];
     if (isSmooth) {
-        // Building the list prefetches the vertices, from which the grid is filled afterwards.
+        // Building the list prefetches the vertices, so the grid is filled from them afterwards.
         BuildWorkList(face);
         FillPatchHalo(walked, face);
         CorrectCorners(face, modifiedCells);
@@ -57,7 +57,8 @@ bool SwiftStroke::Tester(Mesh* walked, uint32_t face) {
     else
         FillPatchHalo(walked, face);
 
-    // Necessary even if the dab reached no vertex, because a patch across a seam may have moved.
+    // This is necessary even if the dab did not reach any vertex, because an adjacent patch may
+    // have moved.
     RefreshPatchNormals(PatchSlice(face));
     if (!reached) return false;
     NotifyRenderersOfPatch(face, faceBase);
@@ -78,7 +79,7 @@ void SwiftStroke::NotifyRenderersOfPatch(uint32_t patch, uint32_t faceBase) {
     for (uint32_t i = 0; i < renderers.fill; ++i) {
         MeshRenderer* renderer = renderers.array[i];
         notify(renderer, faceBase);
-        // The map is empty if its table could not be allocated.
+        // The patch map is empty if its table could not be allocated.
         if (patchMap == nullptr || patchMap->neighbourFaces.fill == 0) continue;
         for (uint32_t k = 0; k < PatchMap::rowLength; ++k) {
             const uint32_t neighbour = patchMap->neighbourFaces[baseFace * PatchMap::rowLength + k];

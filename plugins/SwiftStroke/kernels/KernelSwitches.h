@@ -5,13 +5,13 @@
 
 namespace trovik {
 
-/// Conditions that are constant for a whole patch and are therefore not tested in the vertex loop.
-/// Member k is bit k of the index into the kernel table.
+/// Conditions that are constant for a whole patch, so the vertex loop does not test them. Member k
+/// is bit k of the index into the kernel table.
 struct KernelSwitches {
     bool withStamp = false;          ///< bit 0: the weight is multiplied by a stamp
     bool withoutRadius = false;      ///< bit 1: whole-mesh pass: no distance, falloff or build-up
-    bool alongVertexNormal = false;  ///< bit 2: move along each vertex's normal; when averaging:
-                                     ///< average positions
+    bool alongVertexNormal = false;  ///< bit 2: move along each vertex's normal; in averaging
+                                     ///< kernels: average positions
     bool withFreeze = false;         ///< bit 3: the freeze amount reduces the weight
     bool throughLayer = false;       ///< bit 4: write through the sculpt layer
     bool averageBit = false;         ///< bit 5: selects the family, with pullBit; see below

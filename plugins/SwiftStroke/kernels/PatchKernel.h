@@ -43,8 +43,8 @@ __attribute__((noinline)) bool MoveBatch(DabConstants& patch,
             v.weight = batch.weight[i];
         }
         reached |= MoveVertex(sw, dab, v);
-        // Stored after the move. After an earlier store, the compiler would have to assume that the
-        // vertex may have changed.
+        // Stored after the move. If it were stored earlier, the compiler would have to assume that
+        // the vertex may have changed.
         if constexpr (sw.family == Family::Pushing && !sw.withStamp && !sw.withoutRadius)
             v.record->buildUp = batch.buildUp[i];
     }
@@ -53,9 +53,10 @@ __attribute__((noinline)) bool MoveBatch(DabConstants& patch,
     return reached;
 }
 
-/// Returns whether a kernel may process two rows at once. This requires that it averages positions
-/// and that no renderer is notified per vertex. Each average depends on the one to its left through
-/// a chain of additions; processing two independent rows hides the latency of that chain.
+/// Returns whether a kernel may process two rows at once. This requires that the kernel averages
+/// positions and that no renderer is notified per vertex. Each average depends on the one to its
+/// left through a chain of additions; processing two independent rows hides the latency of that
+/// chain.
 constexpr bool MayPairRows(const KernelSwitches& s) {
     return FamilyOf(s.averageBit, s.pullBit) == Family::Averaging && s.alongVertexNormal &&
            !s.withStamp && !s.tiledStamp && !s.withoutRadius && !s.throughLayer &&
@@ -63,7 +64,8 @@ constexpr bool MayPairRows(const KernelSwitches& s) {
 }
 
 /// Averages one vertex of a row.
-/// \param left  in: the position in the cell to the left; out: the position in this cell.
+/// \param left  on entry, the position in the cell to the left; on return, the position in this
+/// cell.
 template <KernelSwitches switches>
 TROVIK_FORCE_INLINE void AverageInRow(const DabConstants& dab,
                                       const PatchVertexEntry& entry,

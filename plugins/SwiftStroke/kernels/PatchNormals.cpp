@@ -60,7 +60,7 @@ TROVIK_FORCE_INLINE void PackFour(const HWVector* cell,
         const __m128 unit = _mm_mul_ps(component, factor);
         return _mm_cvtps_epi32(_mm_mul_ps(unit, _mm_set1_ps(32767.0f)));
     };
-    // The lower half of each word, as in a narrowing conversion without saturation.
+    // Takes the lower half of each word, as in a narrowing conversion without saturation.
     const __m128i lowX = _mm_srli_epi32(_mm_slli_epi32(words(n.x), 16), 16);
     const __m128i xy = _mm_or_si128(lowX, _mm_slli_epi32(words(n.y), 16));
     const __m128i z = _mm_and_si128(words(n.z), _mm_set1_epi32(0xffff));
@@ -156,7 +156,7 @@ private:
                 StoreNormal(to[slice[*at++]], *from++);
             return;
         }
-        // The list provides the vertices with fewer indirections.
+        // With the list, vertices are accessed through fewer indirections.
         const PatchVertexEntry* entries = list + index;
         if (fetchesLate) {
             const PatchVertexEntry* const last = list + (points * points - 1);

@@ -89,8 +89,8 @@ TROVIK_AVX2 void PackNormalsWide(
     if (count < 8) return PackNormals(cell, stride, count, scale, out);
     const WideComponents scales = {
         _mm256_set1_ps(scale.X()), _mm256_set1_ps(scale.Y()), _mm256_set1_ps(scale.Z())};
-    // Two passes, because a single pass would stall on the long latencies of the square root and
-    // the division.
+    // The work is split into two passes, because a single pass would stall on the long latencies of
+    // the square root and the division.
     RawNormals raw[PackedRow::capacity / 8];
     uint32_t group = 0;
     for (uint32_t i = 0; i < count; i += 8)

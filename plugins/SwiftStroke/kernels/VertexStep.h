@@ -14,7 +14,7 @@
 /// the same order, and tests check that their results are bit-identical to those of StepVertex.
 namespace trovik {
 
-/// Leaves the vertex where it is, but updates the grid.
+/// Updates the grid without moving the vertex.
 template <class Switches>
 TROVIK_FORCE_INLINE bool LeaveVertex(const Switches& sw,
                                      const DabConstants& dab,

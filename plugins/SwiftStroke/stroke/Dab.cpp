@@ -103,8 +103,8 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
             else
                 patchCache.Forget();
             {
-                // Must also run after an exception: the records contain this dab's mark, which
-                // later dabs must not reuse.
+                // The visit stamp must also change after an exception, because the records contain
+                // this dab's mark, which later dabs must not reuse.
                 const AtScopeEnd endWalk([this] { ++mesh->visitStamp; });
                 patchMesh->EnumerateFaces(hit.face / facesPerPatch, this, 0);
             }
@@ -132,7 +132,8 @@ void SwiftStroke::ApplyDab(const SurfacePoint& hit,
 int32_t SwiftStroke::WantedPatchLevel(float size, float edge) const {
     const float factor = swiftStrokeLevelFactor;
     const float wanted = std::trunc(factor * (logf(size * 0.5f / edge) / logf(2.0f)));
-    // Minus infinity (from size 0), NaN (from 0/0) and values beyond the integer range count as 0.
+    // Minus infinity (from a size of 0), NaN (from 0/0) and values beyond the integer range count
+    // as 0.
     if (!(wanted > 0.0f) || wanted >= 2147483648.0f) return 0;
     return static_cast<int32_t>(wanted);
 }

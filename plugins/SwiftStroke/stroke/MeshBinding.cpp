@@ -32,7 +32,7 @@ void SwiftStroke::SetMesh(Mesh* newMesh) {
         ReadMesh();
         OpenChange();
     } catch (...) {
-        // If the mesh had no change of its own, its edits would be recorded in another mesh's
+        // If the mesh did not have its own change, its edits would be recorded in another mesh's
         // change.
         FinishMesh();
         throw;

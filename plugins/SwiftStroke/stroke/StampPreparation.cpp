@@ -6,7 +6,7 @@ namespace trovik {
 
 namespace {
 
-/// The image kind of a direction stamp, which Smooth cannot use.
+/// The image kind of a stamp whose pixels are directions, which Smooth cannot use.
 constexpr int directionImage = 1;
 
 }  // namespace
@@ -30,7 +30,7 @@ void SwiftStroke::PrepareStamp() {
     stampIsVector = stampEnabled && IsVectorStampName(MaskName(stampMask));
     if (!stampEnabled || image == nullptr) return;
 
-    // The comparison includes the factor, although it does not affect the cached pixels.
+    // The factor is compared as well, although it does not affect the cached pixels.
     const bool current = image == stampImage && IsMaskInverted(stampMask) == stampInverted &&
                          MaskFactor(stampMask) == stampFactor &&
                          MaskOffset(stampMask) == stampOffset &&

@@ -11,7 +11,8 @@ namespace trovik {
 namespace {
 
 /// Returns the number of dabs between two refinements, which depends on the stroke smoothing
-/// distance. 0.15f and 0.1f are slightly above the double-precision thresholds.
+/// distance. The comparisons use double precision, because 0.15f and 0.1f are slightly above 0.15
+/// and 0.1.
 uint32_t RefineIntervalFor(float distance) {
     if (distance > 0.25f) return 1;
     if (static_cast<double>(distance) > 0.15) return 3;
@@ -43,7 +44,7 @@ void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType t
     const float rate = buildUpRate.Value();
     buildUpRateCubed = rate * rate * rate;
 
-    // Must precede everything that depends on the tool.
+    // The tool must be replaced before anything that depends on it.
     if (modifier == ModifierSmooth && ActiveConfiguration()->ID() != smoothConfiguration->ID()) {
         inTemporarySmooth = true;
         const AtScopeEnd endSwap([this] { inTemporarySmooth = false; });

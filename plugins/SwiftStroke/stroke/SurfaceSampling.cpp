@@ -46,9 +46,9 @@ void SwiftStroke::SamplePlane(const SurfacePoint& hit) {
     planeDistances[mirrorPass] = (direction | point).First();
 }
 
-/// Samples along four arms from the hit cell. Distances are measured from localCenter in mesh-local
-/// space, even if the radius is in world units. Creates undo records for the vertices that it
-/// reads.
+/// Samples the plane along four arms from the hit cell. Distances are measured from localCenter in
+/// mesh-local space, even if the radius is in world units. Creates undo records for the vertices
+/// that it reads.
 void SwiftStroke::SampleCross(const SurfacePoint& hit, Vector& normal, Vector& position) {
     const uint32_t patch = hit.face / facesPerPatch;
     const uint32_t faceInPatch = hit.face - patch * facesPerPatch;
@@ -82,7 +82,7 @@ void SwiftStroke::SampleCross(const SurfacePoint& hit, Vector& normal, Vector& p
                 record.originalPosition[0], record.originalPosition[1], record.originalPosition[2]);
             const float weight = 1.0f - inverseRadius * (p - localCenter).Length();
             // With a radius of 0, even the weight of the vertex at the centre is NaN (zero times
-            // infinity), which must not end up in the direction.
+            // infinity), and NaN must not propagate to the direction.
             if (!(weight >= 0.0f)) break;
             normalSum = normalSum + HWVector(UnpackNormal(record.originalNormal)) * weight;
             positionSum = positionSum + HWVector(p) * weight;

@@ -7,7 +7,8 @@ namespace trovik {
 void SwiftStroke::ApplyToWholeMesh(Mesh* wholeMeshTarget, float strength, bool byFacing) {
     const TVCrashReporterFlag flag(4, 0x8000);
     if (!HasFaces(wholeMeshTarget)) return;
-    // The state after a call to BeginStroke with the Smooth modifier and without an active tool.
+    // This is the state after a call to BeginStroke with the Smooth modifier and without an active
+    // tool.
     if (!strokeActive && falloffTable == nullptr && ActiveConfiguration() == nullptr) return;
     wholeMesh = true;
     wholeMeshFacing = byFacing;

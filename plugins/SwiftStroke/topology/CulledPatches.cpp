@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Applies the effects that a dab has on a patch out of its reach. PatchCache explains why
-/// there are no others.
+/// \file Applies the effects that a dab has on a patch out of its reach. The comment on PatchCache
+/// explains why there are no other effects.
 #include "brush/SwiftStroke.h"
 #include "kernels/stages/DabConstants.h"
 #include "topology/PatchSides.h"
@@ -13,8 +13,8 @@ namespace {
 /// Returns the position of a side's k-th RingEnds vertex along that side.
 uint32_t RingEndAt(uint32_t k, uint32_t size) { return k < 2 ? k : size - 3 + k; }
 
-/// The vertex of a patch that is `x` steps along the row and `y` steps along the column away from
-/// corner `corner`.
+/// Row and column of the patch vertex that is `x` steps along the row and `y` steps along the
+/// column from corner `corner`.
 struct NearCorner {
     NearCorner(uint32_t corner, uint32_t x, uint32_t y, uint32_t size)
         : row((corner & 2u) != 0 ? size - y : y), column((corner & 1u) != 0 ? size - x : x) {}
@@ -22,8 +22,8 @@ struct NearCorner {
     uint32_t column;
 };
 
-/// Steps from a corner, first to the vertices whose normals are recomputed and then to the vertices
-/// around them.
+/// Steps from a corner: the first three lead to the vertices whose normals are recomputed, the
+/// others to the vertices around them.
 constexpr uint8_t stepsFromCorner[][2] = {{0, 0}, {1, 0}, {0, 1}, {2, 0}, {0, 2}, {1, 1}};
 constexpr uint32_t refreshedAtCorner = 3;
 
@@ -67,8 +67,8 @@ void SwiftStroke::ReadCornerCells(const PatchCache::Patch& patch) {
 
 bool SwiftStroke::SkipCulledPatch(uint32_t patch) {
     PatchCache::Patch* known = patchCache.Find(patch);
-    // The box is mesh-local, so it cannot be compared with a radius that is measured in world
-    // space. A box computed from NaN positions is not valid either.
+    // The box is in mesh-local space, so it cannot be compared with a radius in world space. A box
+    // computed from NaN positions is not valid either.
     if (known == nullptr || known->hasNan || nonUniformScale) return false;
     const HWVector& c = brushSpace->center;
     const float center[3] = {c.X(), c.Y(), c.Z()};

@@ -4,8 +4,8 @@
 
 namespace trovik {
 
-// Without patches, normals are recomputed at the end of the dab. patchMesh and mesh are then the
-// same level.
+// On a mesh without patches, normals are recomputed at the end of the dab. patchMesh and mesh are
+// then the same level.
 void SwiftStroke::FlushDeferredNormals() {
     const TVCrashReporterFlag flag(4, 0x10);
     NormalCalculator calculator(patchMesh);

@@ -32,7 +32,7 @@ public:
     uint32_t cells;
 };
 
-/// A cursor on a patch that moves cell by cell and across patch borders. A straight path stays
+/// A cursor that moves cell by cell over a patch and across patch borders. A straight path stays
 /// straight on the surface. At an open border, a step has no effect.
 class GridFace : public Grid {
 public:

@@ -42,7 +42,7 @@ void PatchCache::Forget() {
     isAdding = false;
     runs.clear();
     chunk = taken = 0;
-    // Deep patches may have created chunks larger than the minimum.
+    // Chunks created for deep patches may be larger than the minimum.
     constexpr std::size_t maxKept = maxKeptChunks * minChunk;
     std::size_t kept = 0;
     std::size_t room = 0;

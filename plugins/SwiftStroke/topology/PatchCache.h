@@ -20,7 +20,7 @@ struct PatchVertexEntry;
 /// first visit, each vertex of such a patch has a record, whose index and recorded position never
 /// change.
 ///
-/// The cache stores the vertices in the order of the work list, and the indices of their records.
+/// The cache stores these vertices in work-list order, along with the indices of their records.
 /// Most records are consecutive, because the patch that first touched the vertices created them in
 /// that order. Later visits therefore need neither the index tables nor the record look-up through
 /// the vertices.
@@ -43,7 +43,7 @@ struct PatchVertexEntry;
 ///   quarter turns does not change any product or difference except the sign of a zero, and a
 ///   packed zero has no sign.
 ///
-/// The last point requires that no other code changes the mesh. The cache is therefore used only
+/// The last point holds only if no other code changes the mesh. The cache is therefore used only
 /// while the change of the mesh counts outside edits (MeshChange::countsOutsideEdits). It is
 /// cleared when the mesh, its change, the patch depth, the mesh's visit stamp or the count of
 /// outside edits differs from the state after the previous dab. It is also cleared when Smooth
@@ -56,8 +56,8 @@ public:
         uint32_t first;
         uint32_t count;
     };
-    /// Ghost vertices around a patch: for each side of the ghost layer, in order, the first two and
-    /// the last two.
+    /// Ghost vertices around a patch: for each side of the ghost layer in turn, its first two and
+    /// its last two vertices.
     using RingEnds = std::array<uint32_t, 16>;
     struct Patch {
         /// The vertices in the order of the work list.
@@ -72,9 +72,9 @@ public:
         enum class Ring { NotSearched, Found, Open } ring = Ring::NotSearched;
         RingEnds ringEnds = {};
 
-        /// Returns whether every point of the box fails the distance test that the weights use, in
-        /// single precision and with the same order of additions. Rounding is monotonic, so the
-        /// nearest point of the box has the smallest products.
+        /// Returns whether every point of the box fails the distance test of the weight
+        /// computation; uses single precision and the same order of additions. Rounding is
+        /// monotonic, so the nearest point of the box has the smallest products.
         bool IsBeyond(const float center[3], float radiusSquared) const;
     };
 
@@ -85,8 +85,8 @@ public:
     /// Enables looking up and adding patches if they are deep enough for the cache to be useful.
     void Open() { isOpen = level >= shallowest; }
     bool IsOpen() const { return isOpen; }
-    /// Must be called when a dab has ended without an exception. Otherwise, the next Check clears
-    /// the cache, because an interrupted dab leaves patches partly processed.
+    /// Must be called when a dab has ended without an exception. Without this call, the next Check
+    /// clears the cache, because an interrupted dab leaves patches partly processed.
     void Close(const MeshChange& change);
 
     /// \return null if the patch is not in the cache or if the cache is not open.
@@ -121,7 +121,8 @@ private:
     uint32_t* FindRoom(uint32_t count);
     void AddRun(const Run& run);
 
-    /// In patches with fewer subdivisions, almost all vertices are on the edge.
+    /// The cache is not useful for patches with fewer subdivisions, because almost all of their
+    /// vertices are on the edge.
     static constexpr int32_t shallowest = 3;
 
     /// Null while a dab is running and after a dab was interrupted.

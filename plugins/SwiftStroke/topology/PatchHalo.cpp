@@ -80,7 +80,8 @@ void SwiftStroke::FillPatchHalo(Mesh* walked, uint32_t patch) {
     if (isSmooth) {
         const bool readsLayer = SmoothsLayer();
         if (readsLayer) ReadPatchLayerValues(slice, patch);
-        // Smoothing along vertex normals averages positions even if layer values are requested.
+        // Smoothing along vertex normals averages positions, even if averaging of layer values is
+        // requested.
         if (!readsLayer || followVertexNormal) ReadPatchPositions(slice);
     }
     const bool layerGridToo = isSmooth && !affectAllLayers.Value();
@@ -171,7 +172,7 @@ void SwiftStroke::RepeatOpenSide(uint32_t side, bool layerToo) {
 void SwiftStroke::RingAverage(Vector& out, uint32_t vertex, uint32_t face) {
     ringSum = Vector();
     ringCount = 0;
-    // The vertex's own value, then those of its neighbours.
+    // Adds the vertex's own value, then those of its neighbours.
     Operator(vertex, face);
     mesh->EnumerateAdjacentVertices(this, vertex, face);
     out = ringSum * (1.0f / static_cast<float>(ringCount));

@@ -32,7 +32,7 @@ void PatchMap::OnLinked() {
         throw(new Error(QString(), Error::InvalidUse, "PatchMap::OnLinked", __FILE__, __LINE__))
             ->Format(QString::fromLatin1("Wrong parrent for PatchMap class"));
     }
-    // If the rows cannot be allocated, the map stays empty and the next stroke replaces it.
+    // If the rows cannot be allocated, the map stays empty, and the next stroke replaces it.
     if (!neighbourFaces.SetFill(mesh->faceCount * rowLength, false)) return;
     std::fill_n(neighbourFaces.array, neighbourFaces.fill, emptySlot);
     for (currentFace = 0; currentFace < mesh->faceCount; ++currentFace) {

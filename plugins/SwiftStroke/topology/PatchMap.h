@@ -5,10 +5,10 @@
 
 namespace trovik {
 
-/// For each face of the lowest quad level, lists the faces around its corners (at most ten) that a
-/// change at the face's seams can affect. Renderers are notified of these faces; the geometry of
-/// seams does not depend on the map. It is a child node of the level, is built when it is linked,
-/// and is saved with the scene.
+/// For each face of the lowest quad level, lists up to ten faces around its corners that a change
+/// at the face's seams can affect. Renderers are notified of these faces; the geometry of seams
+/// does not depend on the map. It is a child node of the level, is built when it is linked, and is
+/// saved with the scene.
 class PatchMap : public TreeNode, public AdjacentVertexEnumerator {
 public:
     static constexpr uint32_t rowLength = 10;
@@ -27,7 +27,7 @@ public:
     /// Builds the table. Has no effect without a parent. Errors: "Wrong parrent for PatchMap class"
     /// if the parent is not a mesh.
     void OnLinked() override;
-    /// Adds `face` to the current row; ignored if the row already has ten faces.
+    /// Adds `face` to the current row, or does nothing if the row already has ten faces.
     void Operator(uint32_t vertex, uint32_t face) override;
 
     /// Row f consists of the entries f * 10 to f * 10 + 9, which contain distinct faces in order of

@@ -4,11 +4,11 @@
 #include <cstdint>
 
 /// \file
-/// Positions of a patch's sides in the grid and in the index tables of the adjacent patches.
+/// Locations of a patch's sides in the grid and in the index tables of the adjacent patches.
 namespace trovik {
 
-/// Reading ghost cells treats a result of QuadEdgeNeighbour as a neighbour only if it is below this
-/// value. The grid cursor also treats the value itself as a neighbour.
+/// When ghost cells are read, a result of QuadEdgeNeighbour counts as a neighbour only if it is
+/// below this value. The grid cursor also treats the value itself as a neighbour.
 inline constexpr uint32_t firstOpen = 0x80000000u;
 
 struct Walk {

@@ -22,8 +22,8 @@ bool SwiftStroke::Tester(Mesh*, uint32_t vertex, uint32_t face) {
     const TVCrashReporterFlag flag(4, 0x800);
     if (planeSampling) return SamplePlaneVertex(vertex);
 
-    // Must precede all tests, because the normal of a vertex that is not reached also changes if
-    // its neighbours move.
+    // This must precede all tests, because the normal of a vertex that is not reached also changes
+    // if its neighbours move.
     deferredNormals.Append({face, vertex});
     const bool mirroredStamp = WantsMirroredStampRead();
     if (meshHasLayer && layer != nullptr && !layer->Writable()) return false;

@@ -37,7 +37,7 @@ struct FourRows {
     }
 };
 
-/// The steps of the four rows: at step t, row r is at column t - r.
+/// The steps in which the four rows are processed: at step t, row r is at column t - r.
 class StepMap {
 public:
     StepMap(const RowBatches* rows, uint32_t points) : all{~0ull, ~0ull, ~0ull, ~0ull}, any{} {
@@ -95,7 +95,7 @@ public:
 
     TROVIK_AVX2_INLINE __m128 Least() const { return _mm_min_ps(FirstOf(least), SecondOf(least)); }
     TROVIK_AVX2_INLINE __m128 Most() const { return _mm_max_ps(FirstOf(most), SecondOf(most)); }
-    /// Whether one of the positions was NaN; the result then depends on the order.
+    /// Whether one of the positions was NaN, in which case the result depends on the order.
     TROVIK_AVX2_INLINE bool HasNan() const { return _mm256_movemask_ps(nanMask) != 0; }
 
 private:
@@ -154,8 +154,8 @@ TROVIK_AVX2_INLINE void AverageAllRows(
     for (uint32_t i = 0; i < count; ++i) {
         const __m256 rightA = CombineHalves(first[i + 1].lanes, second[i + 1].lanes);
         const __m256 rightB = CombineHalves(third[i + 1].lanes, fourth[i + 1].lanes);
-        // The cell below a row is the cell to the right in the next row, and the cell above it is
-        // the previous result of the row above.
+        // The cell below a row's current cell is the cell to the right of the next row's current
+        // cell, and the cell above it is the previous result of the row above.
         const __m256 belowA = _mm256_permute2f128_ps(rightA, rightB, 0x21);
         const __m256 belowB = CombineHalves(SecondOf(rightB), under[i].lanes);
         const __m256 aboveA = CombineHalves(over[i].lanes, FirstOf(leftA));

@@ -121,7 +121,7 @@ uint64_t ComputeWeights(const WeightTerms& terms, uint32_t count, VertexBatch& b
         }
         _mm_store_ps(batch.weight + first, weight);
     }
-    // The bits after the last vertex are left over from an earlier batch.
+    // The bits after the last vertex come from values left over from an earlier batch.
     return count == VertexBatch::capacity ? within : within & ((uint64_t{1} << count) - 1);
 }
 

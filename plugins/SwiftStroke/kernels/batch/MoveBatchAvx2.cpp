@@ -70,8 +70,8 @@ TROVIK_AVX2_INLINE __m256 DisplacementOf(const WideDab& dab, Way way, __m256 pos
     const __m256 height = Dot(dir, position);
     __m256 move = _mm256_add_ps(dab.planeOffset, _mm256_sub_ps(dab.planeDistance, height));
     move = _mm256_mul_ps(move, dab.planeSign);
-    // If the operands are equal or either is NaN, both instructions return the second operand,
-    // which is the move.
+    // If the operands are equal or either is NaN, both instructions return their second operand,
+    // which is `move`.
     move = _mm256_min_ps(dab.clampMax, move);
     move = _mm256_max_ps(dab.clampMin, move);
     return _mm256_mul_ps(dir, move);

@@ -25,7 +25,7 @@ WeightFunction WeightFunctionOf(bool inWorldSpace) {
     return inWorldSpace ? &ComputeWeights<buildUp, true> : &ComputeWeights<buildUp, false>;
 }
 
-/// Build-up applies only to pushing. With a stamp, the stamp stage adds it.
+/// Only pushing kernels use build-up. With a stamp, the stamp stage adds it.
 WeightFunction WeightFunctionFor(const KernelSwitches& switches) {
     const bool world = switches.inWorldSpace;
     if (FamilyOf(switches.averageBit, switches.pullBit) != Family::Pushing)
@@ -51,8 +51,8 @@ public:
           weigh(WeightFunctionFor(kernelSwitches)),
           wideMover(IsWide() ? WideMoverFor(kernelSwitches) : nullptr),
           wideRowMover(IsWide() && kernelMovers.rowPair != nullptr ? WideRowMoverFor() : nullptr),
-          // With a mirrored stamp lookup, every vertex is processed separately: the lookup creates
-          // further records, and records must be in the order of first touch.
+          // With a mirrored stamp lookup, every vertex is processed separately, because the lookup
+          // creates further records, and records must be in the order of first touch.
           longest(kernelSwitches.withStamp && mirroredStamp ? 1 : VertexBatch::capacity) {}
 
     /// Processes the entries from `entries` to `end`.
@@ -140,8 +140,8 @@ private:
             for (uint32_t row = 0; row < together; ++row) {
                 const uint32_t taken = TakeRow(entries + row * points, points, rows[row]);
                 if (taken == points) continue;
-                // Memory for a record could not be allocated. The vertices before that record are
-                // moved, row by row.
+                // Memory for a record could not be allocated. The vertices before the one that
+                // needed this record are moved, row by row.
                 for (uint32_t before = 0; before < row; ++before)
                     MoveRow(entries + before * points, points, rows[before]);
                 MoveRow(entries + row * points, taken, rows[row]);

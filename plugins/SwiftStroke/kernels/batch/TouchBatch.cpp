@@ -8,7 +8,7 @@ namespace trovik {
 
 namespace {
 
-/// Creates the record of vertex `at` of the batch, which has none. If the record array is
+/// Creates the record of the batch's vertex `at`, which must not have one. If the record array is
 /// reallocated, pointers to the records of earlier vertices are updated.
 /// \return false if memory could not be allocated and the batch can end before this vertex: the
 /// earlier vertices are processed, and the next batch starts with this vertex and repeats the

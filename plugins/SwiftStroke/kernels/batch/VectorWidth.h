@@ -18,7 +18,7 @@ bool IsAvailable(VectorWidth width);
 /// Returns the width in use: the widest that the CPU supports, unless UseVectorWidth has set a
 /// different one.
 VectorWidth CurrentVectorWidth();
-/// Sets the width, for comparisons. Must not be called while a dab is running.
+/// Sets the width, so that results can be compared. Must not be called while a dab is running.
 /// \return the previous width.
 VectorWidth UseVectorWidth(VectorWidth width);
 

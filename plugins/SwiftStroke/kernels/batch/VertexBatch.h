@@ -22,7 +22,7 @@ struct VertexBatch {
     alignas(32) float start[capacity][4];
     /// The falloff weight, damped by build-up if the kernel family uses build-up.
     alignas(32) float weight[capacity];
-    /// In: the build-up of the record. Out: the build-up plus the weight of this dab.
+    /// On entry, the build-up of the record. On return, that build-up plus the weight of this dab.
     alignas(32) float buildUp[capacity];
     /// Facing factors; set only if the facing falloff is on.
     alignas(32) float facing[capacity];
@@ -134,7 +134,8 @@ struct RecordWalk {
 
 /// Fills the batch like TouchBatch, for the next `count` entries of a cached patch, all of which
 /// have records.
-/// \param fetched  the entries if the loop should prefetch their vertices; otherwise null.
+/// \param fetched  the patch list entries if the loop should prefetch their vertices; otherwise
+/// null.
 void TouchCached(RecordWalk& walk,
                  uint32_t count,
                  const PatchVertexEntry* fetched,
@@ -160,7 +161,7 @@ void FaceBatch(const SwiftStroke& brush,
                const WeightTerms& terms,
                VertexBatch& batch);
 
-/// How weights use build-up, which only pushing kernels have. With a stamp, the stamp stage adds
+/// How weights use build-up, which only pushing kernels apply. With a stamp, the stamp stage adds
 /// it.
 enum class BuildUp { None, Damps, DampsAndGrows };
 

@@ -46,8 +46,8 @@ TROVIK_AVX2_INLINE void StorePositionPair(Vertex& first, Vertex& second, __m256 
 
 /// Multiplies each vertex's weight by the strength and, if `withFreeze` is set, by the unfrozen
 /// fraction.
-/// \param out  has room for `count` rounded up to a multiple of eight; entries from `count` on are
-/// undefined.
+/// \param out  has room for `count` entries, rounded up to a multiple of eight; entries with an
+/// index of `count` or more are undefined.
 TROVIK_AVX2_INLINE void ApplyStrengthToBatch(const DabConstants& dab,
                                              const PatchVertexEntry* entries,
                                              uint32_t count,

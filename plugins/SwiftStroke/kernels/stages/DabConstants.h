@@ -83,7 +83,7 @@ struct VertexState {
     HWVector current;
     /// Position at first touch in the stroke, from which distances are measured.
     HWVector startPosition;
-    /// The start position, in the space in which distances are measured.
+    /// The position at first touch, in the space in which distances are measured.
     HWVector measured;
     float weight;
     /// The weight per stamp channel, used by vector stamps.

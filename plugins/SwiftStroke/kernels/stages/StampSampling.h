@@ -128,8 +128,8 @@ TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw,
     }
 
     if (sw.tiledStamp) {
-        // A stamp without pixels has no effect; for untiled stamps, the range check below ensures
-        // this.
+        // A vertex under a stamp without pixels is out of reach; for untiled stamps, the range
+        // check below ensures this.
         if (brush.stampWidth == 0 || brush.stampHeight == 0) return StageResult::OutOfReach;
         stampPosition.column = WrapPixel(stampPosition.column, brush.stampWidth);
         stampPosition.row = WrapPixel(stampPosition.row, brush.stampHeight);
