@@ -51,6 +51,8 @@ struct HoverHit {
     Vector normal;
     /// Radius of a dab there, world units.
     float radius = 0.0f;
+    /// The face group there, as an index into OpenedDocument::groups; -1 if there is none.
+    int group = -1;
     /// Where mirrored dabs would be applied, and their normals.
     struct Mirrored {
         Vector position;
@@ -111,6 +113,9 @@ struct OpenedDocument {
     StrokeView view;
     /// Entries of the scene for applications; see ApplicationData.
     ApplicationData applicationData;
+    /// Names of the face groups, and whether there are faces without a group.
+    std::vector<std::string> groups;
+    bool hasUngroupedFaces = false;
     /// Notes about the file, one line each.
     std::vector<std::string> notes;
     bool isRecovered = false;

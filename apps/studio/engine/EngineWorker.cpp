@@ -57,7 +57,7 @@ EngineWorker::~EngineWorker() {
         requests.clear();
         pick.reset();
     }
-    job.Cancel();
+    Cancel();
     wake.notify_one();
     thread.join();
 }
@@ -171,7 +171,7 @@ void EngineWorker::ReportIdle() {
 }
 
 template <typename Work>
-QString EngineWorker::Guarded(Work work) {
+QString EngineWorker::ErrorOf(Work work) {
     QString error;
     try {
         work();
@@ -188,6 +188,13 @@ QString EngineWorker::Guarded(Work work) {
     } catch (const std::exception& failure) {
         error = QString::fromUtf8(failure.what());
     }
+    return error;
+}
+
+template <typename Work>
+QString EngineWorker::Guarded(Work work) {
+    QString error = ErrorOf(work);
+    if (error.isEmpty()) return error;
     ToUi([error](Engine& to) { Q_EMIT to.Failed(error); });
     return error;
 }
@@ -272,7 +279,10 @@ void EngineWorker::Serve(StepRequest& request) {
     job.Begin(request.label);
     const QString error = Guarded([&] {
         if (session == nullptr) throw HostError("no document is open");
-        session->Run(request.step, request.view);
+        if (request.isPaced && request.step.contains("stroke"))
+            RunPaced(request);
+        else
+            session->Run(request.step, request.view);
     });
     EndJob();
     const std::string saved =
@@ -290,6 +300,23 @@ void EngineWorker::Serve(StepRequest& request) {
     });
 }
 
+void EngineWorker::RunPaced(const StepRequest& request) {
+    SurfaceListener listener([this] {
+        SendSurface();
+        ToUi([](Engine& to) { Q_EMIT to.DabShown(); });
+        pacer.Wait();
+    });
+    trovik::Document& document = session->GetDocument();
+    document.AddObserver(listener);
+    try {
+        session->Run(request.step, request.view);
+    } catch (...) {
+        document.RemoveObserver(listener);
+        throw;
+    }
+    document.RemoveObserver(listener);
+}
+
 // The UI thread may have been too busy to notice that the request was a long one.
 void EngineWorker::EndJob() {
     if (!job.End()) return;
@@ -299,16 +326,32 @@ void EngineWorker::EndJob() {
     });
 }
 
-void EngineWorker::Serve(ApplicationDataRequest& request) {
-    if (session == nullptr) return;
-    session->GetDocument().Settings().applicationData[request.name] = std::move(request.bytes);
+void EngineWorker::Serve(ImageRequest& request) {
+    job.Begin(request.label);
+    const ShowImage show = [this, &request](const QImage& image) {
+        ToUi([image, shown = request.shown, cancel = request.cancel](Engine&) {
+            if (!*cancel) shown(image);
+        });
+    };
+    const QString error = ErrorOf([&] {
+        if (session == nullptr) throw HostError("no document is open");
+        if (*request.cancel) throw Cancelled();
+        if (session->HasStroke()) session->EndStroke();
+        CancellableJob part(job, *request.cancel);
+        request.work(session->GetDocument(), request.view, part, show);
+    });
+    EndJob();
+    ToUi([error, done = std::move(request.done), cancel = request.cancel](Engine&) {
+        if (!*cancel) done(error);
+    });
 }
 
 void EngineWorker::Serve(SaveActionsRequest& request) {
-    Guarded([&] {
+    const QString error = Guarded([&] {
         if (session == nullptr) throw HostError("no document is open");
         session->Actions().Write(request.path);
     });
+    if (request.done) ToUi([error, done = std::move(request.done)](Engine&) { done(error); });
 }
 
 void EngineWorker::Serve(SurfaceRequest&) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "engine/DabPacer.h"
 #include "engine/EngineJob.h"
 #include "engine/EngineRequests.h"
 #include "engine/LiveSession.h"
@@ -32,7 +33,11 @@ public:
     const StrokeView& View() const { return uiView; }
     /// Replaces a pending pick.
     void Pick(float x, float y);
-    void Cancel() { job.Cancel(); }
+    void Cancel() {
+        job.Cancel();
+        pacer.Release();
+    }
+    DabPacer& Pacer() { return pacer; }
     bool IsLong() const { return job.IsLong(); }
     std::vector<std::shared_ptr<const SurfaceUpdate>> TakeUpdates();
     bool HasUpdates() const;
@@ -58,15 +63,18 @@ private:
     void Serve(EngineRequest& request);
     void Serve(OpenRequest& request);
     void Serve(StepRequest& request);
-    void Serve(ApplicationDataRequest& request);
+    void Serve(ImageRequest& request);
     void Serve(SaveActionsRequest& request);
     void Serve(SurfaceRequest& request);
     void Serve(StrokeStart& request);
     void Serve(StrokeSamples& request);
     void Serve(StrokeTick& request);
     void Serve(StrokeEnd& request);
-    /// Runs a function and reports its exceptions. \return the error in one line; empty if there is
+    /// Runs a function and catches its exceptions. \return the error in one line; empty if there is
     /// none.
+    template <typename Work>
+    static QString ErrorOf(Work work);
+    /// Runs a function and reports its exceptions. \return as ErrorOf.
     template <typename Work>
     QString Guarded(Work work);
     template <typename Request>
@@ -75,6 +83,8 @@ private:
     void EndJob();
     void AnswerPick();
     void SendSurface();
+    /// Runs a step, and waits after each dab.
+    void RunPaced(const StepRequest& request);
     void SendState();
     std::string NewJournalPath() const;
     ScriptProgress Progress();
@@ -86,6 +96,7 @@ private:
     const std::string journalFolder;
     StrokeView uiView;
     EngineJob job;
+    DabPacer pacer;
 
     mutable std::mutex mutex;
     std::condition_variable wake;

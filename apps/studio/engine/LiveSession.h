@@ -34,8 +34,9 @@ public:
     const OpenedDocument& Opened() const { return opened; }
 
     /// Runs a step; an open stroke is released first.
+    /// \param view  that the step sees; empty: the document's.
     /// \throw HostError; Cancelled.
-    void Run(const nlohmann::json& step, const StrokeView& view);
+    void Run(const nlohmann::json& step, const std::optional<StrokeView>& view);
     /// \throw HostError
     void BeginStroke(const StrokeStart& start);
     /// Has no effect if no stroke is open. \throw HostError; the stroke has then ended.

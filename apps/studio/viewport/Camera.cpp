@@ -9,12 +9,14 @@ namespace trovik::studio {
 
 namespace {
 
-/// How many times farther than in perspective the eye stands in orthographic projection. A larger
+/// How many times farther than in perspective the eye stands in orthographic projection. A point at
+/// the edge of the viewport then moves by half a pixel over the depth of a framed surface. A larger
 /// factor flattens the view more, but moves the rays of strokes, which are single precision.
-constexpr double orthographicFactor = 32.0;
+constexpr double orthographicFactor = 256.0;
 /// A smaller field of view indicates orthographic projection.
 constexpr float minFieldOfView = 5.0f;
 constexpr float maxFieldOfView = 120.0f;
+constexpr float usualFieldOfView = 35.0f;
 /// Limits of the distance from eye to target, world units.
 constexpr double minDistance = 1e-6;
 constexpr double maxDistance = 1e8;
@@ -90,10 +92,25 @@ void Camera::SetView(const StrokeView& view) {
         eye = (Precise(view.target) + offset * (1.0 / orthographicFactor)).ToVector();
         fieldOfView = static_cast<float>(
             DegreesOf(HalfTangent(view.verticalFieldOfView) * orthographicFactor));
+        // The eye of views from elsewhere is not as far away.
+        if (fieldOfView > maxFieldOfView) {
+            const double tangent = HalfTangent(view.verticalFieldOfView);
+            fieldOfView = usualFieldOfView;
+            eye = (Precise(view.target) + offset * (tangent / HalfTangent(usualFieldOfView)))
+                      .ToVector();
+        }
     } else {
         eye = view.eye;
         fieldOfView = view.verticalFieldOfView;
     }
+}
+
+void Camera::SetPose(const CameraPose& pose) {
+    eye = pose.eye;
+    target = pose.target;
+    up = pose.up;
+    fieldOfView = pose.fieldOfView;
+    isOrthographic = pose.isOrthographic;
 }
 
 void Camera::SetOrthographic(bool on) { isOrthographic = on; }
