@@ -5,10 +5,12 @@
 #include "commands/FileActions.h"
 #include "commands/Keymap.h"
 #include "commands/Preferences.h"
+#include "commands/StudioScene.h"
 #include "commands/SymmetrySetting.h"
 #include "engine/JournalFolder.h"
 #include "events/EventRecorder.h"
 #include "framework/errors/HostError.h"
+#include "input/BrushCursor.h"
 #include "input/TabletTester.h"
 #include "input/ViewportInput.h"
 #include "viewport/ViewportWidget.h"
@@ -102,10 +104,25 @@ StudioApplication::~StudioApplication() {
 
 void StudioApplication::ConnectView() {
     view->grab = [this] { return viewport->Grab(); };
+    view->pose = [this] { return viewport->View().Pose(); };
+    view->bounds = [this] { return viewport->WorldBounds(); };
+    connect(view.get(), &ViewModel::PoseRequested, viewport, [this](const CameraPose& pose) {
+        Camera camera = viewport->View();
+        camera.SetPose(pose);
+        viewport->SetView(camera);
+    });
+    // Bookmarks, documents and played events change the projection too.
+    connect(viewport, &ViewportWidget::CameraChanged, view.get(), [this] {
+        view->SetOrthographic(viewport->View().IsOrthographic());
+        view->SetFieldOfView(viewport->View().FieldOfView());
+    });
     connect(view.get(), &ViewModel::SettingsChanged, viewport, [this] {
         viewport->SetSettings(view->Settings());
     });
     view->SetSettings(viewport->Settings());
+    connect(&window->Scene(), &StudioScene::Changed, viewport, [this] {
+        viewport->SetReferences(window->Scene().References());
+    });
     connect(view.get(), &ViewModel::FrameRequested, viewport, &ViewportWidget::FrameAll);
     connect(view.get(), &ViewModel::OrthographicChanged, viewport, [this](bool on) {
         Camera camera = viewport->View();
@@ -114,6 +131,7 @@ void StudioApplication::ConnectView() {
     });
     connect(view.get(), &ViewModel::FieldOfViewChanged, viewport, [this](float degrees) {
         Camera camera = viewport->View();
+        if (camera.FieldOfView() == degrees) return;
         camera.SetFieldOfView(degrees);
         viewport->SetView(camera);
     });
@@ -133,6 +151,9 @@ void StudioApplication::ConnectView() {
 void StudioApplication::ConnectInput() {
     connect(input, &ViewportInput::HudChanged, viewport, &ViewportWidget::SetHudLines);
     connect(input, &ViewportInput::Refused, window.get(), &MainWindow::ShowNote);
+    connect(input, &ViewportInput::MenuRequested, window.get(), [this](const QPoint& position) {
+        window->ShowViewportMenu(input->Cursor().Hit(), position);
+    });
 }
 
 void StudioApplication::ApplyPreferences() {

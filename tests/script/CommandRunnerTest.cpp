@@ -152,6 +152,9 @@ TEST_F(CommandRunnerTest, WorkIsRecoveredFromTheJournal) {
     Do(R"({"mask": {"box": [0, 0, 480, 720]}})");
     Do(R"({"layer": {"add": "over"}})");
     Do(R"({"stroke": {"surface": [[1, 0, 0]]}})");
+    Do(R"({"applicationData": {"name": "app/removed", "text": "x"}})");
+    Do(R"({"applicationData": {"name": "app/kept", "text": "äb"}})");
+    Do(R"({"applicationData": {"name": "app/removed"}})");
     const std::string expected = BitsOf(*document);
     const std::size_t position = document->HistoryPosition();
     // Destroys the runner without closing the journal, as in a crash.
@@ -160,6 +163,8 @@ TEST_F(CommandRunnerTest, WorkIsRecoveredFromTheJournal) {
     EXPECT_TRUE(BitsOf(work.runner->GetDocument()) == expected);
     EXPECT_EQ(work.runner->GetDocument().HistoryPosition(), position);
     EXPECT_GT(work.dabs, 4u);
+    EXPECT_EQ(work.runner->GetDocument().Settings().applicationData,
+              (ApplicationData{{"app/kept", {0xc3, 0xa4, 'b'}}}));
 }
 
 // The document restarts the journal at every save, whichever code saves it.

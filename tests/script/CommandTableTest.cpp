@@ -264,6 +264,8 @@ const char* const examples = R"([
               "box": [1, 2, 3, 4], "reach": "facing", "faces": [[0, 1]], "grow": 1, "shrink": 1}},
     {"hide": {"faces": [[0, 4]], "hidden": true}},
     {"invertVisibility": true},
+    {"applicationData": {"name": "app/key", "text": "value"}},
+    {"applicationData": {"name": "app/key"}},
     {"save": "a.trovik"}
 ])";
 

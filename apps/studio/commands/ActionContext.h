@@ -11,6 +11,7 @@
 namespace trovik::studio {
 
 class Preferences;
+class StudioScene;
 class ViewModel;
 
 /// The objects that actions use. All members are borrowed and must outlive the actions.
@@ -19,6 +20,7 @@ struct ActionContext {
     ActionRegistry& actions;
     ViewModel& view;
     Preferences& preferences;
+    StudioScene& scene;
     /// Parent of dialogs.
     QWidget* window;
 

@@ -30,7 +30,7 @@ QAction* ActionRegistry::Add(const ActionInfo& info) {
     if (!info.icon.isEmpty()) action->setIcon(Icon(info.icon));
     // Floating docks are separate windows; keys pressed in them must also trigger the main window's
     // actions.
-    action->setShortcutContext(Qt::WindowShortcut);
+    action->setShortcutContext(info.isForViewport ? Qt::WidgetShortcut : Qt::WindowShortcut);
     ShowKeys(entry);
     connect(action, &QAction::triggered, this, [this, id = info.id, run = info.run] {
         recent.removeAll(id);
@@ -68,6 +68,11 @@ bool ActionRegistry::IsHeld(const QString& id) const {
 const ActionInfo* ActionRegistry::Info(const QString& id) const {
     const auto found = entries.find(id);
     return found == entries.end() ? nullptr : &infos[found->second.info];
+}
+
+bool ActionRegistry::IsForViewport(const QString& id) const {
+    const ActionInfo* info = Info(id);
+    return info != nullptr && info->isForViewport;
 }
 
 bool ActionRegistry::Trigger(const QString& id) {

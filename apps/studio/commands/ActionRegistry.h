@@ -25,6 +25,9 @@ struct ActionInfo {
     /// Name of an icon in resources/icons, without ".svg"; may be empty.
     QString icon = {};
     bool isCheckable = false;
+    /// Whether its keys work only while the viewport has the keyboard focus; elsewhere they keep
+    /// their usual meaning, such as Tab.
+    bool isForViewport = false;
     std::function<void()> run = {};
 };
 
@@ -52,6 +55,8 @@ public:
     const std::vector<ActionInfo>& Infos() const { return infos; }
     /// Null if there is none.
     const ActionInfo* Info(const QString& id) const;
+    /// Whether ActionInfo::isForViewport is set.
+    bool IsForViewport(const QString& id) const;
     /// Triggers an action. \return false for an unknown id or a disabled action.
     bool Trigger(const QString& id);
     /// The IDs of triggered actions, most recent first, regardless of how they were triggered; each

@@ -125,6 +125,52 @@ void FileActions::AddScriptActions() {
                      const QString error = player->Run(path);
                      if (!error.isEmpty()) Q_EMIT Refused(error);
                  }});
+    actions.Add({.id = "file.script.load",
+                 .text = tr("Step through Script…"),
+                 .description = tr("Loads a script to run it step by step or as a time lapse."),
+                 .keys = {QKeySequence("Ctrl+Alt+R")},
+                 .icon = "step",
+                 .run = [this] {
+                     const QString path = AskToOpen(tr("Step through Script"),
+                                                    QStringLiteral("script"),
+                                                    tr("Scripts (*.json)"));
+                     if (path.isEmpty()) return;
+                     const QString error = player->Load(path);
+                     if (!error.isEmpty()) Q_EMIT Refused(error);
+                 }});
+    QAction* play = actions.Add({.id = "script.play",
+                                 .text = tr("Play or Pause Script"),
+                                 .description = tr("Shows the loaded script dab by dab."),
+                                 .keys = {QKeySequence("Ctrl+P")},
+                                 .icon = "play",
+                                 .run = [this] {
+                                     if (player->GetState() == ScriptPlayer::State::Playing)
+                                         player->Pause();
+                                     else
+                                         player->Play();
+                                 }});
+    QAction* step = actions.Add({.id = "script.step",
+                                 .text = tr("Next Step of Script"),
+                                 .description = tr("Runs the next step of the loaded script."),
+                                 .keys = {QKeySequence("Ctrl+Right")},
+                                 .icon = "step",
+                                 .run = [this] { player->Step(); }});
+    QAction* stop =
+        actions.Add({.id = "script.stop",
+                     .text = tr("Stop Script"),
+                     .description = tr("Completes the current step and unloads the script."),
+                     .icon = "stop",
+                     .run = [this] { player->Stop(); }});
+    const auto update = [this, play, step, stop] {
+        const ScriptPlayer::State state = player->GetState();
+        const bool isLoaded =
+            state == ScriptPlayer::State::Paused || state == ScriptPlayer::State::Playing;
+        play->setEnabled(isLoaded);
+        step->setEnabled(isLoaded);
+        stop->setEnabled(player->IsRunning());
+    };
+    connect(player, &ScriptPlayer::Changed, this, update);
+    update();
     QAction* save = actions.Add(
         {.id = "file.script.save",
          .text = tr("Save Actions as Script…"),

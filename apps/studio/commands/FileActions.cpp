@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "commands/FileActions.h"
 
+#include "commands/BakeDialog.h"
 #include "commands/FileDialogs.h"
 #include "commands/Preferences.h"
 #include "commands/ScriptPlayer.h"
+#include "commands/StudioScene.h"
 #include "commands/ViewModel.h"
 #include "framework/files/MeshFormat.h"
 
@@ -100,7 +102,7 @@ bool FileActions::HasUnsavedWork() const {
     if (!context.engine.HasDocument()) return false;
     const DocumentState& state = context.State();
     return state.isModified || state.isStrokeOpen || context.engine.IsBusy() ||
-           context.engine.Document().isRecovered;
+           context.engine.Document().isRecovered || context.scene.IsModified();
 }
 
 void FileActions::WhenSaved(const std::function<void()>& go) {
@@ -277,7 +279,7 @@ void FileActions::Export() {
 }
 
 void FileActions::Bake() {
-    BakeDialog dialog(context.State(), context.window);
+    BakeDialog dialog(context.engine, context.State(), context.window);
     if (dialog.exec() != QDialog::Accepted) return;
     const QString path = AskToSave(tr("Bake Map"),
                                    QStringLiteral("export"),

@@ -33,8 +33,6 @@ FormDialog::Choices UpChoices(const QString& none) {
             {FormDialog::tr("Z up"), QStringLiteral("z")}};
 }
 
-std::string Chosen(const QComboBox* box) { return box->currentData().toString().toStdString(); }
-
 /// Translates a text of MeshFormat.
 QString Translated(const char* text) { return QCoreApplication::translate("MeshFormat", text); }
 
@@ -113,8 +111,8 @@ ImportDialog::ImportDialog(const QString& fileName, QWidget* parent)
     levels = AddWhole(tr("Levels"), tr("Number of finer levels to add above the mesh"), 0, 8, 0);
 }
 
-std::string ImportDialog::Units() const { return Chosen(units); }
-std::string ImportDialog::Up() const { return Chosen(up); }
+std::string ImportDialog::Units() const { return ChosenText(units); }
+std::string ImportDialog::Up() const { return ChosenText(up); }
 int ImportDialog::Levels() const { return levels->value(); }
 
 ExportDialog::ExportDialog(QWidget* parent) : FormDialog(tr("Export Mesh"), tr("Export…"), parent) {
@@ -159,80 +157,8 @@ void ExportDialog::ShowOptions() {
 nlohmann::json ExportDialog::Options() const {
     nlohmann::json options = {{"world", world->isChecked()}, {"hidden", hidden->isChecked()}};
     if (Format().space) return options;
-    if (!Chosen(units).empty()) options["units"] = Chosen(units);
-    if (!Chosen(up).empty()) options["up"] = Chosen(up);
-    return options;
-}
-
-BakeDialog::BakeDialog(const DocumentState& state, QWidget* parent)
-    : FormDialog(tr("Bake Map"), tr("Bake…"), parent) {
-    map = AddChoice(tr("Map"),
-                    tr("What the map holds"),
-                    {{tr("Displacement"), "displacement"},
-                     {tr("Vector displacement"), "vector"},
-                     {tr("Normals"), "normal"}});
-    space = AddChoice(tr("Space"),
-                      tr("Whether vectors are relative to the surface or to the mesh"),
-                      {{tr("Tangent"), "tangent"}, {tr("Object"), "object"}});
-    Choices levels;
-    for (std::size_t i = 0; i < state.levels.size(); ++i)
-        levels.push_back({tr("Level %1 (%2 faces)").arg(i).arg(CountText(state.levels[i].faces)),
-                          static_cast<int>(i)});
-    from = AddChoice(tr("Detail from"), tr("The level whose detail is baked"), levels);
-    from->setCurrentIndex(static_cast<int>(state.currentLevel));
-    to = AddChoice(tr("Onto"), tr("The coarser level to which the map applies"), levels);
-    size =
-        AddChoice(tr("Size"),
-                  tr("Width and height in pixels"),
-                  {{"512", 512}, {"1024", 1024}, {"2048", 2048}, {"4096", 4096}, {"8192", 8192}});
-    size->setCurrentIndex(2);
-    format =
-        AddChoice(tr("Format"),
-                  tr("The format of the file"),
-                  {{"OpenEXR (.exr)", ".exr"}, {"TIFF (.tif)", ".tif"}, {"PNG (.png)", ".png"}});
-    bits = AddChoice(tr("Depth"),
-                     tr("Precision of the stored values"),
-                     {{tr("32-bit float"), "float"}, {tr("16 bits"), 16}});
-    samples = AddChoice(tr("Samples"),
-                        tr("Samples per pixel; more are slower and smoother"),
-                        {{"1", 1}, {"4", 4}, {"16", 16}});
-    samples->setCurrentIndex(1);
-    padding = AddWhole(
-        tr("Padding"), tr("Width of the padding around each UV island, in pixels"), 0, 256, 8);
-    repeat =
-        AddCheck(tr("Repeats"), tr("The UVs extend outside 0 to 1, so the map repeats"), false);
-    connect(map, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
-    connect(format, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
-    connect(from, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
-    connect(to, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
-    ShowOptions();
-}
-
-QString BakeDialog::Extension() const { return format->currentData().toString(); }
-
-void BakeDialog::ShowOptions() {
-    ShowRow(space, map->currentData() != "displacement");
-    // PNG supports only integers.
-    ShowRow(bits, Extension() != QLatin1String(".png"));
-    GoButton()->setEnabled(from->currentData().toInt() > to->currentData().toInt());
-    GoButton()->setToolTip(GoButton()->isEnabled()
-                               ? tr("Asks for the file, then bakes")
-                               : tr("The detail must come from a higher level"));
-}
-
-nlohmann::json BakeDialog::Options() const {
-    nlohmann::json options = {{"map", Chosen(map)},
-                              {"from", from->currentData().toInt()},
-                              {"to", to->currentData().toInt()},
-                              {"size", size->currentData().toInt()},
-                              {"samples", samples->currentData().toInt()},
-                              {"padding", padding->value()},
-                              {"repeat", repeat->isChecked()}};
-    if (map->currentData() != "displacement") options["space"] = Chosen(space);
-    if (Extension() == QLatin1String(".png") || bits->currentData() != "float")
-        options["bits"] = 16;
-    else
-        options["bits"] = "float";
+    if (!ChosenText(units).empty()) options["units"] = ChosenText(units);
+    if (!ChosenText(up).empty()) options["up"] = ChosenText(up);
     return options;
 }
 
@@ -265,8 +191,8 @@ DisplacementDialog::DisplacementDialog(const QString& fileName, QWidget* parent)
 
 nlohmann::json DisplacementDialog::Options() const {
     nlohmann::json options = {{"strength", strength->value()}, {"repeat", repeat->isChecked()}};
-    if (!Chosen(map).empty()) options["map"] = Chosen(map);
-    if (!Chosen(space).empty()) options["space"] = Chosen(space);
+    if (!ChosenText(map).empty()) options["map"] = ChosenText(map);
+    if (!ChosenText(space).empty()) options["space"] = ChosenText(space);
     if (hasScale->isChecked()) {
         options["mid"] = mid->value();
         options["scale"] = scale->value();

@@ -74,30 +74,6 @@ private:
     QLabel* keeps;
 };
 
-/// Asks for the options of baking a map.
-class BakeDialog : public FormDialog {
-    Q_OBJECT
-public:
-    BakeDialog(const DocumentState& state, QWidget* parent);
-    QString Extension() const;
-    /// The fields of the step "bake", without the file.
-    nlohmann::json Options() const;
-
-private:
-    void ShowOptions();
-
-    QComboBox* map;
-    QComboBox* space;
-    QComboBox* from;
-    QComboBox* to;
-    QComboBox* size;
-    QComboBox* format;
-    QComboBox* bits;
-    QComboBox* samples;
-    QSpinBox* padding;
-    QCheckBox* repeat;
-};
-
 /// Asks for the options of applying a displacement map.
 class DisplacementDialog : public FormDialog {
     Q_OBJECT

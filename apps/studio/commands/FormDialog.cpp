@@ -82,6 +82,10 @@ QLabel* FormDialog::AddText(const QString& label) {
     return text;
 }
 
+std::string FormDialog::ChosenText(const QComboBox* box) {
+    return box->currentData().toString().toStdString();
+}
+
 void FormDialog::AddRow(QWidget* widget) { form->addRow(widget); }
 
 void FormDialog::ShowRow(QWidget* control, bool shown) { form->setRowVisible(control, shown); }

@@ -4,6 +4,7 @@
 #include <QDialog>
 #include <QVariant>
 
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -36,6 +37,8 @@ public:
     void AddRow(QWidget* widget);
     void ShowRow(QWidget* control, bool shown);
     QPushButton* GoButton() const { return go; }
+    /// The value of the chosen entry, which is a text.
+    static std::string ChosenText(const QComboBox* box);
 
 private:
     template <typename Control>

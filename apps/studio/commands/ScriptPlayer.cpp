@@ -9,6 +9,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <iterator>
 
 namespace trovik::studio {
 
@@ -66,52 +67,64 @@ QString RefusalOf(const json& script, bool opens) {
 
 }  // namespace
 
-ScriptPlayer::ScriptPlayer(Engine& given, QObject* parent) : QObject(parent), engine(given) {}
+ScriptPlayer::ScriptPlayer(Engine& given, QObject* parent) : QObject(parent), engine(given) {
+    timer.setSingleShot(true);
+    timer.setTimerType(Qt::PreciseTimer);
+    connect(&timer, &QTimer::timeout, this, &ScriptPlayer::Advance);
+    connect(&engine, &Engine::DabShown, this, &ScriptPlayer::ShowDab);
+}
 
-QString ScriptPlayer::Run(const QString& path) {
-    json script;
+QString ScriptPlayer::Run(const QString& path) { return Read(path, State::Running); }
+
+QString ScriptPlayer::Load(const QString& path) { return Read(path, State::Paused); }
+
+QString ScriptPlayer::Read(const QString& path, State first) {
+    json setup;
     try {
-        script = ReadStrokeScript(path.toStdString());
+        setup = ReadStrokeScript(path.toStdString());
     } catch (const HostError& fault) {
         return QString::fromUtf8(fault.what());
     }
     const QDir folder = QFileInfo(path).absoluteDir();
-    const bool opens = script.contains("mesh") || script.contains("scene");
-    const QString refusal = RefusalOf(script, opens);
+    const bool opens = setup.contains("mesh") || setup.contains("scene");
+    const QString refusal = RefusalOf(setup, opens);
     if (!refusal.isEmpty()) return path + ": " + refusal;
     if (!opens && !engine.HasDocument())
-        return tr("%1: it names no mesh, and none is open").arg(path);
-    std::vector<json> read;
+        return tr("%1: the script does not name a mesh, and no document is open").arg(path);
+    std::vector<json> readSteps;
     // The setup of a script that opens no file is applied as steps.
     if (!opens)
         for (const char* name : setupSteps)
-            if (script.contains(name)) read.push_back({{name, script[name]}});
-    for (json& step : script.at("steps")) {
+            if (setup.contains(name)) readSteps.push_back({{name, setup[name]}});
+    for (json& step : setup.at("steps")) {
         ResolveFiles(step, folder);
         // A step that contained only a comment does nothing.
-        if (!step.empty()) read.push_back(std::move(step));
+        if (!step.empty()) readSteps.push_back(std::move(step));
     }
     OpenRequest request;
     if (opens) {
         for (const char* name : {"mesh", "scene"})
-            if (script.contains(name)) Resolve(script[name], folder);
-        request.meshPath = script.value("mesh", std::string());
-        request.scenePath = script.value("scene", std::string());
-        script.erase("steps");
-        request.setup = std::move(script);
+            if (setup.contains(name)) Resolve(setup[name], folder);
+        request.meshPath = setup.value("mesh", std::string());
+        request.scenePath = setup.value("scene", std::string());
+        setup.erase("steps");
+        request.setup = std::move(setup);
     }
     Stop();
-    steps = std::move(read);
+    ++script;
+    steps = std::move(readSteps);
     next = 0;
-    isRunning = true;
+    after = first;
+    isStepRunning = isDabWaiting = false;
+    SetState(State::Running);
     if (!opens) {
-        Next();
+        WhenOpened();
         return {};
     }
     opened = connect(&engine, &Engine::Opened, this, [this] {
         disconnect(opened);
         disconnect(failed);
-        Next();
+        WhenOpened();
     });
     failed = connect(&engine, &Engine::Failed, this, [this](const QString& error) {
         disconnect(opened);
@@ -122,33 +135,120 @@ QString ScriptPlayer::Run(const QString& path) {
     return {};
 }
 
-void ScriptPlayer::Next() {
-    if (!isRunning) return;
+void ScriptPlayer::WhenOpened() {
+    SetState(after);
+    if (state == State::Running) RunNext();
+}
+
+void ScriptPlayer::RunNext() {
     if (next == steps.size()) {
         Finish({});
         return;
     }
     const json step = steps[next++];
-    engine.Run(step, tr("Step %1 of %2").arg(next).arg(steps.size()), [this](const QString& error) {
-        if (!isRunning) return;
-        if (!error.isEmpty())
-            Finish(error);
+    isStepRunning = true;
+    const QString label = tr("Step %1 of %2").arg(next).arg(steps.size());
+    const auto done = [this, of = script](const QString& error) {
+        if (of == script) StepDone(error);
+    };
+    engine.RunOfScript(
+        step, label, state == State::Playing ? Engine::Pace::DabByDab : Engine::Pace::AtOnce, done);
+    Q_EMIT Changed();
+}
+
+void ScriptPlayer::StepDone(const QString& error) {
+    isStepRunning = isDabWaiting = false;
+    if (!error.isEmpty()) {
+        --next;
+        Finish(error);
+        return;
+    }
+    if (state == State::Running) {
+        if (after == State::Running || next == steps.size())
+            RunNext();
         else
-            Next();
-    });
+            SetState(after);
+        return;
+    }
+    Q_EMIT Shown();
+    Q_EMIT Changed();
+    if (state == State::Playing) timer.start(static_cast<int>(1000.0 / speed));
+}
+
+void ScriptPlayer::ShowDab() {
+    if (!isStepRunning || state == State::Idle) return;
+    isDabWaiting = true;
+    if (state == State::Running) {
+        // The rest of the step runs without showing its dabs.
+        engine.ReleaseDabs();
+        return;
+    }
+    Q_EMIT Shown();
+    if (state == State::Playing) timer.start(static_cast<int>(1000.0 / speed));
+}
+
+void ScriptPlayer::Advance() {
+    if (state != State::Playing) return;
+    if (isDabWaiting) {
+        isDabWaiting = false;
+        engine.ContinueDab();
+    } else if (!isStepRunning) {
+        RunNext();
+    }
+}
+
+void ScriptPlayer::Play() {
+    if (state != State::Paused) return;
+    SetState(State::Playing);
+    Advance();
+}
+
+void ScriptPlayer::Pause() {
+    if (state != State::Playing) return;
+    timer.stop();
+    SetState(State::Paused);
+}
+
+void ScriptPlayer::Step() {
+    if (state != State::Paused && state != State::Playing) return;
+    timer.stop();
+    after = State::Paused;
+    SetState(State::Running);
+    if (isStepRunning)
+        engine.ReleaseDabs();
+    else
+        RunNext();
 }
 
 void ScriptPlayer::Stop() {
-    if (!isRunning) return;
+    if (state == State::Idle) return;
     disconnect(opened);
     disconnect(failed);
+    timer.stop();
+    engine.ReleaseDabs();
     Finish(tr("stopped"));
 }
 
+QString ScriptPlayer::StepText() const {
+    const std::size_t shown = isStepRunning ? next - 1 : next;
+    if (shown >= steps.size()) return {};
+    QStringList names;
+    for (const auto& [name, value] : steps[shown].items())
+        if (name != "comment") names << QString::fromStdString(name);
+    return names.join(QStringLiteral(", "));
+}
+
+void ScriptPlayer::SetState(State changed) {
+    state = changed;
+    Q_EMIT Changed();
+}
+
 void ScriptPlayer::Finish(const QString& error) {
-    isRunning = false;
-    const int done = static_cast<int>(next) - (error.isEmpty() ? 0 : 1);
-    Q_EMIT Finished(std::max(done, 0), error);
+    const int done = Done();
+    ++script;
+    isStepRunning = isDabWaiting = false;
+    SetState(State::Idle);
+    Q_EMIT Finished(done, error);
 }
 
 }  // namespace trovik::studio

@@ -3,6 +3,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QTimer>
 #include <nlohmann/json.hpp>
 
 #include <vector>
@@ -11,11 +12,11 @@ namespace trovik::studio {
 
 class Engine;
 
-/// Runs a stroke script on the open document, or on the mesh or scene that it names, step by step.
-/// Files that the script reads are searched in its folder. All fields of the script's setup are
-/// applied, except that "memoryLimit" is refused, and without a mesh or scene all but "transform",
-/// "mirror" and "camera". It stops at the first error, which the
-/// engine reports.
+/// Runs a stroke script on the open document, or on the mesh or scene that it names: at once, step
+/// by step, or as a time lapse that shows each dab. Files that the script reads are searched in its
+/// folder. All fields of the script's setup are applied, except that "memoryLimit" is refused, and
+/// without a mesh or scene all but "transform", "mirror" and "camera". It stops at the first error,
+/// which the engine reports.
 ///
 /// Call on the UI thread only.
 class ScriptPlayer : public QObject {
@@ -23,25 +24,76 @@ class ScriptPlayer : public QObject {
 public:
     explicit ScriptPlayer(Engine& engine, QObject* parent = nullptr);
 
-    /// Starts a script. \return an error that names the file, if it cannot be read; in that case,
-    /// nothing has changed.
+    enum class State {
+        /// No script is loaded.
+        Idle,
+        /// The document is being opened, or a step is running without showing its dabs.
+        Running,
+        /// Shows one dab after the other.
+        Playing,
+        /// Waits for Play, Step or Stop, also between two dabs of a stroke.
+        Paused
+    };
+
+    /// Loads a script and runs all of its steps at once. \return an error that names the file, if
+    /// it cannot be read; in that case, nothing has changed.
     QString Run(const QString& path);
-    bool IsRunning() const { return isRunning; }
-    /// Stops before the next step.
+    /// Loads a script and opens its document; then the state is Paused before the first step.
+    /// \return as Run.
+    QString Load(const QString& path);
+    /// Continues as a time lapse. In the states Idle and Running, it has no effect; the same
+    /// applies to Pause and Step.
+    void Play();
+    /// Pauses after the current dab.
+    void Pause();
+    /// Runs the next step, or completes the current one, and pauses.
+    void Step();
+    /// Completes the current step and unloads the script.
     void Stop();
 
+    State GetState() const { return state; }
+    bool IsRunning() const { return state != State::Idle; }
+    int StepCount() const { return static_cast<int>(steps.size()); }
+    /// Number of steps that were run.
+    int Done() const { return static_cast<int>(next) - (isStepRunning ? 1 : 0); }
+    /// The step that runs next or is running, in a few words; empty at the end.
+    QString StepText() const;
+    /// Dabs per second of the time lapse; steps without dabs count as one.
+    void SetSpeed(double dabsPerSecond) { speed = dabsPerSecond; }
+
 Q_SIGNALS:
+    /// State, Done or StepText returns something new.
+    void Changed();
+    /// A dab or step of the time lapse is complete; the next one follows later.
+    void Shown();
     /// \param done  number of steps that were run. \param error  empty if all steps were run.
     void Finished(int done, const QString& error);
 
 private:
-    void Next();
+    QString Read(const QString& path, State first);
+    void WhenOpened();
+    void RunNext();
+    void StepDone(const QString& error);
+    void ShowDab();
+    void Advance();
+    void SetState(State changed);
     void Finish(const QString& error);
 
     Engine& engine;
     std::vector<nlohmann::json> steps;
     std::size_t next = 0;
-    bool isRunning = false;
+    State state = State::Idle;
+    /// Whether a step has been requested and is not complete.
+    bool isStepRunning = false;
+    /// Whether the engine waits after a dab.
+    bool isDabWaiting = false;
+    /// The state after the current step; Run continues, Step pauses.
+    State after = State::Idle;
+    /// Counts scripts, so that results of a stopped one are ignored.
+    unsigned script = 0;
+    double speed = 60.0;
+    /// Time between two dabs.
+    QTimer timer;
     QMetaObject::Connection opened, failed;
 };
 

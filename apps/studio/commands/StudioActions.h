@@ -11,10 +11,18 @@ namespace trovik::studio {
 
 void AddEditActions(const ActionContext& context);
 void AddViewActions(const ActionContext& context);
+void AddBookmarkActions(const ActionContext& context);
+void AddReferenceActions(const ActionContext& context);
+/// Adds a reference image to the scene, in the plane of the view if it is along an axis. Files that
+/// cannot be read are reported by StudioScene::Noted.
+void AddReference(const ActionContext& context, const QString& path);
+/// Whether a file has the extension of an image that can be a reference.
+bool IsReferenceFile(const QString& path);
 void AddLevelActions(const ActionContext& context);
 void AddLayerActions(const ActionContext& context);
 void AddMaskActions(const ActionContext& context);
 void AddVisibilityActions(const ActionContext& context);
+void AddGroupActions(const ActionContext& context);
 void AddSymmetryActions(const ActionContext& context);
 void AddToolActions(const ActionContext& context);
 void AddStrokeActions(const ActionContext& context);

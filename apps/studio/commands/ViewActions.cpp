@@ -177,6 +177,13 @@ void AddViewActions(const ActionContext& context) {
                .text = Text::tr("Ground"),
                .description = Text::tr("Draws a ground plane with a contact shadow."),
                .icon = "tool-flatten"});
+    AddToggle(context,
+              &RenderSettings::showsReferences,
+              {.id = "view.references",
+               .text = Text::tr("Show References"),
+               .description = Text::tr("Shows or hides all reference images."),
+               .keys = {QKeySequence("Shift+R")},
+               .icon = "reference"});
 }
 
 }  // namespace trovik::studio

@@ -3,6 +3,7 @@
 
 #include "host/Vector.h"
 #include "render/RenderSettings.h"
+#include "viewport/Camera.h"
 
 #include <QImage>
 #include <QObject>
@@ -36,6 +37,13 @@ public:
     /// Shows the whole surface.
     void FrameAll() { Q_EMIT FrameRequested(); }
 
+    /// Moves the camera.
+    void SetPose(const CameraPose& wanted) { Q_EMIT PoseRequested(wanted); }
+    /// Returns the pose of the camera; unset without a viewport.
+    std::function<CameraPose()> pose;
+    /// World box of the surface; unset without a viewport.
+    std::function<AxisAlignedBoundingBox()> bounds;
+
     /// Returns the displayed frame, in device pixels; unset without a viewport.
     std::function<QImage()> grab;
 
@@ -49,6 +57,7 @@ Q_SIGNALS:
     void FieldOfViewChanged(float degrees);
     void LookRequested(const trovik::Vector& direction, const trovik::Vector& up);
     void FrameRequested();
+    void PoseRequested(const trovik::studio::CameraPose& wanted);
     void PenLatencyChanged();
 
 private:

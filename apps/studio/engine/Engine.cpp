@@ -39,18 +39,14 @@ void Engine::Open(const OpenRequest& request) {
     worker->Post(std::move(withPreferences));
 }
 
-void Engine::SetApplicationData(const std::string& name, std::vector<uint8_t> bytes) {
-    worker->Post(ApplicationDataRequest{name, std::move(bytes)});
-}
-
 void Engine::Save(const std::string& scenePath) { Run({{"save", scenePath}}, tr("Saving")); }
 
 void Engine::SaveCopy(const std::string& scenePath, Done done) {
     worker->Post(SaveCopyRequest{scenePath, std::move(done)});
 }
 
-void Engine::SaveActions(const std::string& scriptPath) {
-    worker->Post(SaveActionsRequest{scriptPath});
+void Engine::SaveActions(const std::string& scriptPath, Done done) {
+    worker->Post(SaveActionsRequest{scriptPath, std::move(done)});
 }
 
 void Engine::Run(const nlohmann::json& step, const QString& label, Done done) {
@@ -58,6 +54,25 @@ void Engine::Run(const nlohmann::json& step, const QString& label, Done done) {
         label.isEmpty() && !step.empty() ? QString::fromStdString(step.begin().key()) : label;
     Q_EMIT StepRequested(step);
     worker->Post(StepRequest{step, shown, std::move(done), worker->View()});
+}
+
+void Engine::RunOfScript(const nlohmann::json& step, const QString& label, Pace pace, Done done) {
+    if (pace == Pace::DabByDab) worker->Pacer().Begin();
+    Q_EMIT StepRequested(step);
+    worker->Post(StepRequest{step, label, std::move(done), std::nullopt, pace == Pace::DabByDab});
+}
+
+void Engine::ContinueDab() { worker->Pacer().Go(); }
+void Engine::ReleaseDabs() { worker->Pacer().Release(); }
+
+void Engine::Compute(
+    const QString& label, ImageWork work, CancelFlag cancel, ShowImage shown, Done done) {
+    worker->Post(ImageRequest{label,
+                              std::move(work),
+                              std::move(cancel),
+                              std::move(shown),
+                              std::move(done),
+                              worker->View()});
 }
 
 void Engine::SetView(const StrokeView& view) { worker->SetView(view); }

@@ -3,16 +3,32 @@
 
 #include "engine/EngineMessages.h"
 
+#include <QImage>
 #include <QObject>
 #include <QString>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <vector>
 
+namespace trovik {
+class Document;
+class JobControl;
+}  // namespace trovik
+
 namespace trovik::studio {
 
 class EngineWorker;
+
+/// Set it to true on the UI thread to cancel the work to which it belongs.
+using CancelFlag = std::shared_ptr<std::atomic<bool>>;
+/// Receives an image.
+using ShowImage = std::function<void(const QImage& image)>;
+/// Computes images from a document on the engine thread, and passes each to `show`. It must leave
+/// the document as it is, even if it throws. \throw HostError; Cancelled.
+using ImageWork = std::function<void(
+    trovik::Document& document, const StrokeView& view, JobControl& job, const ShowImage& show)>;
 
 /// The UI thread's access to the document, which has a thread of its own. All functions return at
 /// once; requests are carried out in order, and results arrive as signals on the UI thread.
@@ -41,17 +57,16 @@ public:
     const OpenedDocument& Document() const { return *opened; }
     /// Sets the preferences, as in stroke scripts, for documents opened from now on.
     void SetPreferences(nlohmann::json values) { preferences = std::move(values); }
-    /// Stores an entry of the application with the next save, without an undo step.
-    void SetApplicationData(const std::string& name, std::vector<uint8_t> bytes);
     /// Saves to a path as the step "save" does; ends with Saved or Failed.
     void Save(const std::string& scenePath);
     /// Called on the UI thread when a request has finished; `error` is empty, or one line.
     using Done = std::function<void(const QString& error)>;
-    /// Writes a scene file that does not become the file of the document. Errors are reported by
-    /// Failed as well.
+    /// Writes a scene file that does not become the file of the document. Errors are also reported
+    /// by Failed.
     void SaveCopy(const std::string& scenePath, Done done = {});
-    /// Writes the actions since the document was opened as a stroke script; Failed on error.
-    void SaveActions(const std::string& scriptPath);
+    /// Writes the actions since the document was opened as a stroke script. Errors are also
+    /// reported by Failed.
+    void SaveActions(const std::string& scriptPath, Done done = {});
 
     // --- Changes ---
 
@@ -59,6 +74,22 @@ public:
     /// visibility by box or lasso, renders) use the view of SetView at the time of this call.
     /// \param label  shown with the progress of a long step; empty: the name of the step.
     void Run(const nlohmann::json& step, const QString& label = {}, Done done = {});
+    /// Whether a step runs at once, or waits after each dab of a stroke: then DabShown is sent, and
+    /// ContinueDab or ReleaseDabs has to follow.
+    enum class Pace { AtOnce, DabByDab };
+    /// Runs a step of a script as Run does, but with the view of the script instead of SetView.
+    /// Only one step with Pace::DabByDab may be waiting or running.
+    void RunOfScript(const nlohmann::json& step, const QString& label, Pace pace, Done done);
+    /// Applies the next dab.
+    void ContinueDab();
+    /// Applies the remaining dabs of the step without waiting.
+    void ReleaseDabs();
+    /// Runs work that computes images, as a job. An open stroke is released first.
+    /// \param cancel  cancels this work, whether it is waiting or running; nothing is called then.
+    /// \param shown  called on the UI thread with each image. \param done  receives the error,
+    /// which Failed does not report.
+    void Compute(
+        const QString& label, ImageWork work, CancelFlag cancel, ShowImage shown, Done done);
     /// Sets the view of the viewport. It is cheap and may be called for each frame.
     void SetView(const StrokeView& view);
 
@@ -129,6 +160,9 @@ Q_SIGNALS:
     void StrokeAdvanced(const trovik::studio::StrokeFigures& figures);
     /// JournalFailure returns something new.
     void JournalFailureChanged(const QString& failure);
+    /// A dab of a step with Pace::DabByDab was applied, and TakeUpdates returns the surface with
+    /// it.
+    void DabShown();
     /// A job has been running for longer than 200 ms. \param total  0 if unknown.
     void JobProgressed(const QString& label, const QString& phase, quint64 done, quint64 total);
     void BusyChanged(bool busy);

@@ -48,4 +48,19 @@ private:
     Clock::time_point reported;
 };
 
+/// A part of a job that can be cancelled by itself. Borrows the job.
+class CancellableJob final : public JobControl {
+public:
+    CancellableJob(JobControl& whole, const std::atomic<bool>& flag)
+        : job(whole), isCancelled(flag) {}
+
+    bool Report(uint64_t done, uint64_t total, const char* phase) override {
+        return job.Report(done, total, phase) && !isCancelled;
+    }
+
+private:
+    JobControl& job;
+    const std::atomic<bool>& isCancelled;
+};
+
 }  // namespace trovik::studio

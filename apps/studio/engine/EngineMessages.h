@@ -52,6 +52,8 @@ struct HoverHit {
     Vector normal;
     /// Radius of a dab at this point, in world units.
     float radius = 0.0f;
+    /// The face group there, as an index into OpenedDocument::groups; -1 if there is none.
+    int group = -1;
     /// Where mirrored dabs would be applied, and their normals.
     struct Mirrored {
         Vector position;
@@ -118,6 +120,9 @@ struct OpenedDocument {
     StrokeView view;
     /// Application data stored in the scene; see ApplicationData.
     ApplicationData applicationData;
+    /// Names of the face groups, and whether there are faces without a group.
+    std::vector<std::string> groups;
+    bool hasUngroupedFaces = false;
     /// Notes about the file, one line each.
     std::vector<std::string> notes;
     bool isRecovered = false;

@@ -3,6 +3,7 @@
 
 #include "engine/Engine.h"
 
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -15,14 +16,22 @@ struct StepRequest {
     nlohmann::json step;
     QString label;
     Engine::Done done;
-    StrokeView view;
+    /// The view that the step sees; empty: the document's.
+    std::optional<StrokeView> view;
+    /// Whether the thread waits after each dab; see Engine::Pace.
+    bool isPaced = false;
 };
-struct ApplicationDataRequest {
-    std::string name;
-    std::vector<uint8_t> bytes;
+struct ImageRequest {
+    QString label;
+    ImageWork work;
+    CancelFlag cancel;
+    ShowImage shown;
+    Engine::Done done;
+    StrokeView view;
 };
 struct SaveActionsRequest {
     std::string path;
+    Engine::Done done;
 };
 /// Writes a scene file that does not become the file of the document.
 struct SaveCopyRequest {
@@ -46,7 +55,7 @@ struct StrokeEnd {
 
 using EngineRequest = std::variant<OpenRequest,
                                    StepRequest,
-                                   ApplicationDataRequest,
+                                   ImageRequest,
                                    SaveActionsRequest,
                                    SaveCopyRequest,
                                    ResumeJournalRequest,

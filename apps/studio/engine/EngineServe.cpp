@@ -89,7 +89,12 @@ void EngineWorker::Serve(OpenRequest& open) {
 
 void EngineWorker::Serve(StepRequest& step) {
     job.Begin(requestNumber, step.label);
-    const QString error = Guarded([&] { RequireSession().Run(step.step, step.view); });
+    const QString error = Guarded([&] {
+        if (step.isPaced && step.step.contains("stroke"))
+            RunPaced(step);
+        else
+            RequireSession().Run(step.step, step.view);
+    });
     EndJob();
     const std::string saved =
         error.isEmpty() ? step.step.value("save", std::string()) : std::string();
@@ -111,13 +116,46 @@ void EngineWorker::EndJob() {
     if (job.End()) ToUi([](Engine& to) { to.NoteBusy(0); });
 }
 
-void EngineWorker::Serve(ApplicationDataRequest& data) {
-    if (session == nullptr) return;
-    session->GetDocument().Settings().applicationData[data.name] = std::move(data.bytes);
+void EngineWorker::RunPaced(const StepRequest& step) {
+    LiveSession& current = RequireSession();
+    SurfaceListener listener([this] {
+        SendSurface();
+        ToUi([](Engine& to) { Q_EMIT to.DabShown(); });
+        pacer.Wait();
+    });
+    trovik::Document& document = current.GetDocument();
+    document.AddObserver(listener);
+    try {
+        current.Run(step.step, step.view);
+    } catch (...) {
+        document.RemoveObserver(listener);
+        throw;
+    }
+    document.RemoveObserver(listener);
+}
+
+void EngineWorker::Serve(ImageRequest& image) {
+    job.Begin(requestNumber, image.label);
+    const ShowImage show = [this, &image](const QImage& shownImage) {
+        ToUi([shownImage, shown = image.shown, cancel = image.cancel](Engine&) {
+            if (!*cancel) shown(shownImage);
+        });
+    };
+    const QString error = ErrorOf([&] {
+        LiveSession& current = RequireSession();
+        if (*image.cancel) throw Cancelled();
+        CancellableJob part(job, *image.cancel);
+        image.work(current.GetDocument(), image.view, part, show);
+    });
+    EndJob();
+    ToUi([error, done = std::move(image.done), cancel = image.cancel](Engine&) {
+        if (!*cancel) done(error);
+    });
 }
 
 void EngineWorker::Serve(SaveActionsRequest& save) {
-    Guarded([&] { RequireSession().Actions().Write(save.path); });
+    const QString error = Guarded([&] { RequireSession().Actions().Write(save.path); });
+    if (save.done) ToUi([error, done = std::move(save.done)](Engine&) { done(error); });
 }
 
 void EngineWorker::Serve(SaveCopyRequest& save) {

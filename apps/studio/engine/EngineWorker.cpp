@@ -56,6 +56,7 @@ EngineWorker::~EngineWorker() {
         requests.clear();
         pick.reset();
     }
+    pacer.Release();
     wake.notify_one();
     thread.join();
 }
@@ -151,10 +152,10 @@ std::optional<EngineWorker::NumberedRequest> EngineWorker::NextRequest() {
     const std::lock_guard lock(mutex);
     if (requests.empty()) return std::nullopt;
     const EngineRequest& front = requests.front().request;
-    const bool endsStroke = std::holds_alternative<OpenRequest>(front) ||
-                            std::holds_alternative<StepRequest>(front) ||
-                            std::holds_alternative<SaveCopyRequest>(front) ||
-                            std::holds_alternative<StrokeStart>(front);
+    const bool endsStroke =
+        std::holds_alternative<OpenRequest>(front) || std::holds_alternative<StepRequest>(front) ||
+        std::holds_alternative<SaveCopyRequest>(front) ||
+        std::holds_alternative<ImageRequest>(front) || std::holds_alternative<StrokeStart>(front);
     if (endsStroke && session != nullptr && session->HasStroke())
         return NumberedRequest{requests.front().number, StrokeEnd{false}};
     NumberedRequest next = std::move(requests.front());

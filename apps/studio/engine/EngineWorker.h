@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "engine/DabPacer.h"
 #include "engine/EngineJob.h"
 #include "engine/EngineRequests.h"
 #include "engine/JournalWatch.h"
@@ -37,7 +38,11 @@ public:
     /// Replaces a pending pick.
     void Pick(float x, float y);
     /// Cancels a request if it is running. \param request  from LongRequest.
-    void Cancel(uint64_t request) { job.Cancel(request); }
+    void Cancel(uint64_t request) {
+        job.Cancel(request);
+        pacer.Release();
+    }
+    DabPacer& Pacer() { return pacer; }
     /// The request that has been running for longer than 200 ms; 0 if there is none. A released
     /// stroke whose dabs are being applied counts as a request.
     uint64_t LongRequest() const { return job.LongRequest(); }
@@ -77,7 +82,7 @@ private:
     void Serve(EngineRequest& request);
     void Serve(OpenRequest& request);
     void Serve(StepRequest& request);
-    void Serve(ApplicationDataRequest& request);
+    void Serve(ImageRequest& request);
     void Serve(SaveActionsRequest& request);
     void Serve(SaveCopyRequest& request);
     void Serve(ResumeJournalRequest& request);
@@ -86,7 +91,7 @@ private:
     void Serve(StrokeSamples& request);
     void Serve(StrokeTick& request);
     void Serve(StrokeEnd& request);
-    /// Runs a function and reports its exceptions. \return the error in one line; empty if there is
+    /// Runs a function and catches its exceptions. \return the error in one line; empty if there is
     /// none.
     QString Guarded(const std::function<void()>& work);
     /// The same without a report.
@@ -106,6 +111,8 @@ private:
     void EndJob();
     void AnswerPick();
     void SendSurface();
+    /// Runs a step, and waits after each dab.
+    void RunPaced(const StepRequest& request);
     void SendState();
     ScriptProgress Progress();
     /// Calls function(engine) on the UI thread.
@@ -115,6 +122,7 @@ private:
     const std::string journalFolder;
     StrokeView uiView;
     EngineJob job;
+    DabPacer pacer;
 
     mutable std::mutex mutex;
     std::condition_variable wake;

@@ -5,11 +5,13 @@
 #include "framework/display/PatchBounds.h"
 #include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
+#include "framework/mesh/AttributeRefinement.h"
 #include "framework/mesh/SurfaceNormal.h"
 #include "framework/script/ScriptDocument.h"
 #include "framework/strokes/DabAtHit.h"
 #include "framework/strokes/PathDabs.h"
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 
@@ -70,6 +72,11 @@ LiveSession::LiveSession(const OpenRequest& request,
         TransformBox(document.Tree().Bounds(), document.Geometry().Transform().ToWorld());
     opened.view = document.View();
     opened.applicationData = document.Settings().applicationData;
+    const SurfaceAttributes& attributes = document.Geometry().Attributes();
+    opened.groups = attributes.groupNames;
+    opened.hasUngroupedFaces = std::find(attributes.faceGroups.begin(),
+                                         attributes.faceGroups.end(),
+                                         SurfaceAttributes::none) != attributes.faceGroups.end();
     opened.notes = document.Notes();
     opened.isFromScript = request.setup.is_object();
 }
@@ -117,10 +124,10 @@ void LiveSession::ShowView(const StrokeView& view) {
     if (!IsSameView(view, GetDocument().View())) Do(CameraStep(view));
 }
 
-void LiveSession::Run(const nlohmann::json& given, const StrokeView& view) {
+void LiveSession::Run(const nlohmann::json& given, const std::optional<StrokeView>& view) {
     const nlohmann::json step = CheckedStep(given, "studio");
     for (const char* seesView : {"mask", "hide", "show", "isolate", "render", "bake"})
-        if (step.contains(seesView)) ShowView(view);
+        if (view && step.contains(seesView)) ShowView(*view);
     const bool isMoved = step.contains("transform") || step.contains("undo") ||
                          step.contains("redo") || step.contains("reset");
     Do(step);
@@ -148,6 +155,11 @@ HoverHit LiveSession::Pick(const StrokeView& view, float x, float y) {
         mirrored.normal = WorldNormal(geometry.Transform(), map.AffineTransform(hit->normal, 0.0f));
         result.mirrored.push_back(mirrored);
     }
+    const std::vector<uint32_t>& faceGroups = geometry.Attributes().faceGroups;
+    const uint32_t base =
+        BaseFace(geometry.Level(0)->CornersPerFace(), geometry.BoundIndex(), hit->face);
+    if (base < faceGroups.size() && faceGroups[base] != SurfaceAttributes::none)
+        result.group = static_cast<int>(faceGroups[base]);
     result.radius = DabRadius(view, settings.dynamics, settings.radius, result.position);
     return result;
 }

@@ -36,8 +36,10 @@ public:
     const ActionLog& Actions() const { return *actions; }
     const OpenedDocument& Opened() const { return opened; }
 
-    /// Runs a step. No stroke may be open. \throw HostError; Cancelled.
-    void Run(const nlohmann::json& step, const StrokeView& view);
+    /// Runs a step. No stroke may be open.
+    /// \param view  the view that the step sees; empty: the document's.
+    /// \throw HostError; Cancelled.
+    void Run(const nlohmann::json& step, const std::optional<StrokeView>& view);
     /// Begins a stroke. No other one may be open.
     /// \param poll  called regularly while mirrored sides are applied after the release. If it
     /// throws Cancelled, the stroke is abandoned. \throw HostError

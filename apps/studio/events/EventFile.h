@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "engine/EngineMessages.h"
+#include "viewport/Camera.h"
 
 #include <QPoint>
 #include <QPointF>
 #include <QSize>
 #include <QString>
 #include <Qt>
+#include <nlohmann/json.hpp>
 
 #include <cstdint>
 #include <string>
@@ -75,13 +76,7 @@ struct OpenInput {
     int levels = 0;
     bool operator==(const OpenInput&) const = default;
 };
-/// World space; see Camera.
-struct CameraInput {
-    Vector eye, target, up;
-    float fieldOfView = 35.0f;
-    bool isOrthographic = false;
-    bool operator==(const CameraInput&) const = default;
-};
+using CameraInput = CameraPose;
 struct ResizeInput {
     QSize viewport;
     bool operator==(const ResizeInput&) const = default;

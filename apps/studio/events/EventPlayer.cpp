@@ -235,13 +235,7 @@ void EventPlayer::Open(const OpenInput& open) {
 
 void EventPlayer::SetCamera(const CameraInput& camera) {
     Camera view = to.viewport.View();
-    StrokeView asStroke = view.ToStrokeView();
-    asStroke.eye = camera.eye;
-    asStroke.target = camera.target;
-    asStroke.up = camera.up;
-    asStroke.verticalFieldOfView = camera.fieldOfView;
-    view.SetView(asStroke);
-    view.SetOrthographic(camera.isOrthographic);
+    view.SetPose(camera);
     to.viewport.SetView(view);
 }
 

@@ -17,14 +17,6 @@
 
 namespace trovik::studio {
 
-namespace {
-
-CameraInput CameraOf(const Camera& view) {
-    return {view.Eye(), view.Target(), view.Up(), view.FieldOfView(), view.IsOrthographic()};
-}
-
-}  // namespace
-
 EventRecorder::EventRecorder(const EventTarget& target, QObject* parent)
     : QObject(parent), from(target) {
     connect(&from.engine, &Engine::StepRequested, this, &EventRecorder::RecordStep);
@@ -64,7 +56,7 @@ void EventRecorder::Start() {
     modifiers = {};
     sinceStart.start();
     isRecording = true;
-    camera = CameraOf(from.viewport.View());
+    camera = from.viewport.View().Pose();
     file.events.push_back({0, camera});
     qApp->installEventFilter(this);
 }
@@ -108,7 +100,7 @@ void EventRecorder::Put(uint32_t time, Input input) {
 }
 
 void EventRecorder::RecordCamera(uint32_t time) {
-    const CameraInput present = CameraOf(from.viewport.View());
+    const CameraInput present = from.viewport.View().Pose();
     if (present == camera) return;
     camera = present;
     file.events.push_back({time, camera});

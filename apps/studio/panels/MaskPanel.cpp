@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panels/MaskPanel.h"
 
-#include "commands/ActionRegistry.h"
-#include "engine/Engine.h"
+#include "commands/ActionContext.h"
 #include "panels/Controls.h"
+#include "panels/GroupList.h"
 #include "panels/ValueSlider.h"
 
 #include <QHBoxLayout>
@@ -12,8 +12,9 @@
 
 namespace trovik::studio {
 
-MaskPanel::MaskPanel(Engine& given, ActionRegistry& actions, QWidget* parent)
-    : QWidget(parent), engine(given) {
+MaskPanel::MaskPanel(const ActionContext& context, QWidget* parent)
+    : QWidget(parent), engine(context.engine) {
+    ActionRegistry& actions = context.actions;
     setAccessibleName(tr("Mask and visibility"));
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -37,6 +38,17 @@ MaskPanel::MaskPanel(Engine& given, ActionRegistry& actions, QWidget* parent)
         {"visibility.hide", "visibility.isolate", "visibility.show", "visibility.invert"});
     layout->addWidget(mask);
     layout->addWidget(visibility);
+    auto* groups = new Section(tr("Face groups"), this);
+    groups->Body()->addWidget(new GroupList(context, groups));
+    AddActionButtons(groups,
+                     actions,
+                     {"group.mask",
+                      "group.unmask",
+                      "group.maskOnly",
+                      "group.hide",
+                      "group.isolate",
+                      "group.show"});
+    layout->addWidget(groups);
     layout->addWidget(cavity);
     layout->addStretch();
 

@@ -5,16 +5,17 @@
 
 namespace trovik::studio {
 
-class ActionRegistry;
+struct ActionContext;
 class Engine;
 class PanelCombo;
 class ValueSlider;
 
-/// Mask and visibility: buttons for their actions, and masking by cavity with its settings.
+/// Mask and visibility: buttons for their actions, the face groups, and masking by cavity with its
+/// settings.
 class MaskPanel : public QWidget {
     Q_OBJECT
 public:
-    MaskPanel(Engine& engine, ActionRegistry& actions, QWidget* parent = nullptr);
+    explicit MaskPanel(const ActionContext& context, QWidget* parent = nullptr);
 
 private:
     void MaskByCavity();

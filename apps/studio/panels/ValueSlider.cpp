@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panels/ValueSlider.h"
 
+#include "panels/AccessibleSlider.h"
 #include "panels/Controls.h"
 
 #include <QKeyEvent>
@@ -27,6 +28,7 @@ constexpr double corner = 3.0;
 
 ValueSlider::ValueSlider(const QString& given, const QString& tip, QWidget* parent)
     : QWidget(parent), name(given) {
+    AccessibleSlider::Install();
     setFocusPolicy(Qt::NoFocus);
     setAccessibleName(name);
     setToolTip(tip);
@@ -75,9 +77,22 @@ void ValueSlider::SetRange(const Range& changed) {
 }
 
 void ValueSlider::SetValue(double shown) {
-    if (isDragging) return;
+    if (isDragging || Limited(shown) == value) return;
     value = Limited(shown);
+    NotifyValue();
+}
+
+void ValueSlider::NotifyValue() {
     update();
+    QAccessibleValueChangeEvent event(this, value);
+    QAccessible::updateAccessibility(&event);
+}
+
+void ValueSlider::Enter(double typed) {
+    if (!isEnabled() || Limited(typed) == value) return;
+    value = Limited(typed);
+    NotifyValue();
+    Q_EMIT Edited(value);
 }
 
 void ValueSlider::SetName(const QString& shown) {
@@ -157,7 +172,7 @@ void ValueSlider::mouseMoveEvent(QMouseEvent* event) {
     dragFraction = std::clamp(
         dragFraction + moved / std::max(width(), 1) * (isFine ? fineFactor : 1.0), 0.0, 1.0);
     value = ValueAt(dragFraction);
-    update();
+    NotifyValue();
     Q_EMIT Dragged(value);
 }
 
@@ -199,10 +214,7 @@ void ValueSlider::EndEntry(bool accepts) {
     ended->hide();
     ended->deleteLater();
     if (hadFocus) ReturnFocus(this);
-    if (!accepts || !isNumber || Limited(typed) == value) return;
-    value = Limited(typed);
-    update();
-    Q_EMIT Edited(value);
+    if (accepts && isNumber) Enter(typed);
 }
 
 bool ValueSlider::eventFilter(QObject* watched, QEvent* event) {

@@ -39,6 +39,8 @@ public:
     QString ValueText() const;
     /// Opens the line edit for a number.
     void BeginEntry();
+    /// Sets a value as if the user had typed it.
+    void Enter(double typed);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -65,6 +67,8 @@ private:
     double ValueAt(double fraction) const;
     double Limited(double given) const;
     void EndEntry(bool accepts);
+    /// Repaints, and informs assistive technology.
+    void NotifyValue();
 
     QString name;
     Range range;

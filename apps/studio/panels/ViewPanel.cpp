@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "panels/ViewPanel.h"
 
-#include "commands/ActionRegistry.h"
+#include "commands/ActionContext.h"
 #include "commands/ViewModel.h"
+#include "panels/BookmarkList.h"
 #include "panels/Controls.h"
 #include "panels/ValueSlider.h"
 
@@ -14,8 +15,9 @@
 
 namespace trovik::studio {
 
-ViewPanel::ViewPanel(ViewModel& model, ActionRegistry& actions, QWidget* parent)
-    : QWidget(parent), view(model) {
+ViewPanel::ViewPanel(const ActionContext& context, QWidget* parent)
+    : QWidget(parent), view(context.view) {
+    ActionRegistry& actions = context.actions;
     setAccessibleName(tr("View"));
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -69,6 +71,9 @@ ViewPanel::ViewPanel(ViewModel& model, ActionRegistry& actions, QWidget* parent)
     }
     scene->Body()->addLayout(background);
     layout->addWidget(scene);
+    auto* bookmarks = new Section(tr("Bookmarks"), this);
+    bookmarks->Body()->addWidget(new BookmarkList(context, bookmarks));
+    layout->addWidget(bookmarks);
     layout->addStretch();
     connect(matcap, &QComboBox::activated, this, [this](int index) {
         RenderSettings settings = view.Settings();

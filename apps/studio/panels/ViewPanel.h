@@ -9,16 +9,16 @@ class QToolButton;
 
 namespace trovik::studio {
 
-class ActionRegistry;
+struct ActionContext;
 class PanelCombo;
 class ValueSlider;
 class ViewModel;
 
-/// The display settings of the viewport.
+/// The display settings of the viewport, and its bookmarks.
 class ViewPanel : public QWidget {
     Q_OBJECT
 public:
-    ViewPanel(ViewModel& view, ActionRegistry& actions, QWidget* parent = nullptr);
+    explicit ViewPanel(const ActionContext& context, QWidget* parent = nullptr);
 
 private:
     void Refresh();

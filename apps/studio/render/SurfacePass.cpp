@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "render/SurfacePass.h"
 
+#include "render/GroupColors.h"
 #include "render/SurfaceShader.h"
 
 #include <algorithm>
@@ -155,6 +156,9 @@ SurfaceBuffers::Drawn SurfacePass::Draw(SurfaceBuffers& surface, const Frame& fr
     for (const int axis : frame.overlays.symmetryPlanes)
         (axis == 0 ? planes.x : axis == 1 ? planes.y : planes.z) = 1.0f;
     SetUniform(program, "planes", planes);
+    if (frame.settings.showsGroups)
+        program.setUniformValueArray(
+            "groupColors", GroupTints().data(), static_cast<int>(GroupTints().size()));
     if (program.uniformLocation("ringCount") >= 0) SetRings(program, frame.overlays);
     SetUniform(program, "matcap", 0);
     gl.glActiveTexture(GL_TEXTURE0);

@@ -95,6 +95,9 @@ uniform int ringCount;
 uniform float falloffStrength;
 uniform sampler2D falloff;
 #endif
+#ifdef GROUPS
+uniform vec3 groupColors[128];
+#endif
 uniform sampler2D matcap;
 uniform float pixelRatio;
 
@@ -118,15 +121,6 @@ float Line(float pixels, float width) {
 float PixelsFrom(float value, float smoothed) {
     return abs(value) / max(length(vec2(dFdx(smoothed), dFdy(smoothed))), 1e-20);
 }
-
-#ifdef GROUPS
-vec3 GroupColor(uint group) {
-    // Steps of the golden ratio give neighbouring numbers distant hues.
-    float hue = fract(float(group) * 0.61803399 + 0.1);
-    vec3 rgb = clamp(abs(fract(hue + vec3(0.0, 2.0, 1.0) / 3.0) * 6.0 - 3.0) - 1.0, 0.0, 1.0);
-    return mix(vec3(1.0), rgb, 0.62);
-}
-#endif
 
 void main() {
     if ((faceFlags & 1u) != 0u) discard;
@@ -155,8 +149,7 @@ void main() {
     color *= 1.0 + cavity * (bend < 0.0 ? 0.9 : 0.55) * bend;
 #endif
 #ifdef GROUPS
-    uint group = faceFlags >> 1u;
-    if (group != 0u) color *= GroupColor(group);
+    color *= groupColors[faceFlags >> 1u];
 #endif
 #ifdef MASK
     color = mix(color, color * vec3(0.21, 0.22, 0.27) + vec3(0.006, 0.007, 0.012), mask);

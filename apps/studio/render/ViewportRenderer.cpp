@@ -76,6 +76,8 @@ void ViewportRenderer::Draw(const Frame& frame) {
     gl.glClear(GL_DEPTH_BUFFER_BIT);
 
     stats.drawCalls += backdropPass.DrawBackground(frame.settings, frame.view);
+    referencePass.Keep(frame.references);
+    stats.drawCalls += referencePass.Draw(frame.references, false);
     const SurfaceBuffers::Drawn drawn = surfacePass.Draw(surface,
                                                          {frame.view,
                                                           frame.settings,
@@ -89,6 +91,7 @@ void ViewportRenderer::Draw(const Frame& frame) {
     stats.patchesCulled = drawn.culled;
     stats.drawCalls +=
         backdropPass.DrawFloor(frame.settings, frame.view, WorldBounds(), frame.pixelRatio);
+    stats.drawCalls += referencePass.Draw(frame.references, true);
 
     gl.glDisable(GL_DEPTH_TEST);
     gl.glUseProgram(0);

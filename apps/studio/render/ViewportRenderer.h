@@ -4,6 +4,7 @@
 #include "framework/display/LodChoice.h"
 #include "render/BackdropPass.h"
 #include "render/IdPass.h"
+#include "render/ReferencePass.h"
 #include "render/SurfacePass.h"
 
 #include <optional>
@@ -44,6 +45,7 @@ public:
         RenderView view;
         RenderSettings settings;
         Overlays overlays;
+        std::vector<ReferenceQuad> references;
         /// Device pixels per logical pixel.
         float pixelRatio = 1.0f;
         uint64_t uploadBudget = unlimitedBudget;
@@ -82,6 +84,7 @@ private:
     SurfaceBuffers surface;
     SurfacePass surfacePass;
     BackdropPass backdropPass;
+    ReferencePass referencePass;
     std::unique_ptr<FrameTimer> timer;
     LodChoice lod;
     Matrix toWorld;

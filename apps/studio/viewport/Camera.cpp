@@ -9,13 +9,16 @@ namespace trovik::studio {
 
 namespace {
 
-/// How many times farther away the eye is in orthographic projection than in perspective. A larger
-/// factor flattens the view more, but makes stroke rays, which are single precision, less accurate.
-constexpr double orthographicFactor = 32.0;
+/// How many times farther away the eye is in orthographic projection than in perspective. A point
+/// at the edge of the viewport then moves by half a pixel over the depth of a framed surface. A
+/// larger factor flattens the view more, but makes stroke rays, which are single precision, less
+/// accurate.
+constexpr double orthographicFactor = 256.0;
 /// A smaller field of view indicates orthographic projection.
 constexpr float minFieldOfView = 5.0f;
 constexpr float maxFieldOfView = 120.0f;
-/// Limits of the distance from the eye to the target, in world units.
+constexpr float usualFieldOfView = 35.0f;
+/// Limits of the distance from eye to target, world units.
 constexpr double minDistance = 1e-6;
 constexpr double maxDistance = 1e8;
 /// Margin around the box in Frame, as a factor of the box size.
@@ -90,10 +93,25 @@ void Camera::SetView(const StrokeView& view) {
         eye = (Precise(view.target) + offset * (1.0 / orthographicFactor)).ToVector();
         fieldOfView = static_cast<float>(
             DegreesOf(HalfTangent(view.verticalFieldOfView) * orthographicFactor));
+        // The eye of views from elsewhere is not as far away.
+        if (fieldOfView > maxFieldOfView) {
+            const double tangent = HalfTangent(view.verticalFieldOfView);
+            fieldOfView = usualFieldOfView;
+            eye = (Precise(view.target) + offset * (tangent / HalfTangent(usualFieldOfView)))
+                      .ToVector();
+        }
     } else {
         eye = view.eye;
         fieldOfView = view.verticalFieldOfView;
     }
+}
+
+void Camera::SetPose(const CameraPose& pose) {
+    eye = pose.eye;
+    target = pose.target;
+    up = pose.up;
+    fieldOfView = pose.fieldOfView;
+    isOrthographic = pose.isOrthographic;
 }
 
 void Camera::SetOrthographic(bool on) { isOrthographic = on; }

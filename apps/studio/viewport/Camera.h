@@ -6,12 +6,21 @@
 
 namespace trovik::studio {
 
+/// The position, direction and projection of a camera. World space.
+struct CameraPose {
+    Vector eye, target, up;
+    /// Vertical angle in degrees.
+    float fieldOfView = 35.0f;
+    bool isOrthographic = false;
+    bool operator==(const CameraPose&) const = default;
+};
+
 /// The viewport's camera: an eye that looks at a target, with an up direction, in perspective or
 /// orthographic projection. World space, right-handed. Motions are given in device pixels.
 ///
 /// Strokes need a perspective view (StrokeView). In orthographic projection the eye is moved far
 /// away and the field of view made small, so that strokes and the displayed image agree to a
-/// fraction of a pixel.
+/// fraction of a pixel, and the depth of a point moves it by less than a pixel.
 class Camera {
 public:
     const Vector& Eye() const { return eye; }
@@ -21,8 +30,11 @@ public:
     float FieldOfView() const { return fieldOfView; }
 
     void SetSize(int widthPixels, int heightPixels);
-    /// From a document or bookmark; keeps the size.
+    /// From a document; keeps the size.
     void SetView(const StrokeView& view);
+    /// Keeps the size.
+    void SetPose(const CameraPose& pose);
+    CameraPose Pose() const { return {eye, target, up, fieldOfView, isOrthographic}; }
     void SetOrthographic(bool on);
     /// Sets the vertical angle in degrees, 5 to 120; objects at the target keep their screen size.
     void SetFieldOfView(float degrees);

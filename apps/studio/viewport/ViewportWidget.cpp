@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <stdexcept>
+#include <utility>
 
 namespace trovik::studio {
 
@@ -43,6 +44,7 @@ ViewportWidget::ViewportWidget(Engine& ofEngine, QWidget* parent)
         if (renderer != nullptr && renderer->IsCoarse()) update();
     });
     connect(&engine, &Engine::SurfaceArrived, this, [this] { update(); });
+    connect(&pictures, &ReferencePictures::Loaded, this, [this] { update(); });
 }
 
 ViewportWidget::~ViewportWidget() {
@@ -79,6 +81,24 @@ void ViewportWidget::SetSettings(const RenderSettings& changed) {
 void ViewportWidget::SetOverlays(const Overlays& changed) {
     overlays = changed;
     update();
+}
+
+void ViewportWidget::SetReferences(std::vector<ReferenceImage> images) {
+    if (images == references) return;
+    references = std::move(images);
+    QStringList paths;
+    for (const ReferenceImage& image : references) paths << image.path;
+    pictures.Keep(paths);
+    update();
+}
+
+std::vector<ReferenceQuad> ViewportWidget::ReferenceQuads(const RenderView& view) const {
+    std::vector<ReferenceQuad> quads;
+    if (!settings.showsReferences) return quads;
+    for (const ReferenceImage& reference : references)
+        if (auto quad = QuadOf(reference, pictures.Image(reference.path), view))
+            quads.push_back(std::move(*quad));
+    return quads;
 }
 
 void ViewportWidget::SetHudLines(const QStringList& lines) {
@@ -120,10 +140,24 @@ void ViewportWidget::initializeGL() {
     if (isRepeated) engine.RequestSurface();
 }
 
-void ViewportWidget::resizeGL(int, int) {
+void ViewportWidget::ChangeSize() {
     FollowSize();
     engine.SetView(camera.ToStrokeView());
     Q_EMIT CameraChanged();
+}
+
+void ViewportWidget::resizeGL(int, int) { ChangeSize(); }
+
+bool ViewportWidget::event(QEvent* event) {
+    const bool isHandled = QOpenGLWidget::event(event);
+    // A window that moves to another screen gets its ratio without a change of its size.
+    const qreal ratio = devicePixelRatioF();
+    if (ratio != knownRatio) {
+        knownRatio = ratio;
+        ChangeSize();
+        update();
+    }
+    return isHandled;
 }
 
 void ViewportWidget::TakeUpdates(bool all) {
@@ -138,6 +172,7 @@ void ViewportWidget::paintGL() {
         frame.view = camera.ToRenderView(WorldBounds());
         frame.settings = settings;
         frame.overlays = overlays;
+        frame.references = ReferenceQuads(frame.view);
         frame.pixelRatio = static_cast<float>(devicePixelRatioF());
         frame.uploadBudget = isGrabbing   ? ViewportRenderer::unlimitedBudget
                              : isStroking ? ViewportRenderer::penBudget
@@ -173,7 +208,8 @@ QImage ViewportWidget::Grab() {
 
 bool ViewportWidget::IsComplete() const {
     if (renderer == nullptr) return true;
-    return !engine.HasUpdates() && !renderer->HasPending() && !renderer->IsCoarse();
+    return !engine.HasUpdates() && !renderer->HasPending() && !renderer->IsCoarse() &&
+           !pictures.IsLoading();
 }
 
 void ViewportWidget::UploadAll() {

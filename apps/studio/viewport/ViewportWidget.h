@@ -5,6 +5,8 @@
 #include "render/RenderSettings.h"
 #include "viewport/Camera.h"
 #include "viewport/Hud.h"
+#include "viewport/ReferenceImage.h"
+#include "viewport/ReferencePictures.h"
 #include "viewport/ViewCube.h"
 
 #include <QElapsedTimer>
@@ -35,6 +37,8 @@ public:
     void SetSettings(const RenderSettings& changed);
     const Overlays& Shown() const { return overlays; }
     void SetOverlays(const Overlays& changed);
+    /// Reads the files of the images on other threads and shows them.
+    void SetReferences(std::vector<ReferenceImage> images);
     /// Shows the whole surface.
     void FrameAll();
     /// Lines of text in the lower left corner.
@@ -69,6 +73,7 @@ Q_SIGNALS:
     void FrameDrawn();
 
 protected:
+    bool event(QEvent* event) override;
     void initializeGL() override;
     void resizeGL(int width, int height) override;
     void paintGL() override;
@@ -76,9 +81,12 @@ protected:
 private:
     void FreeRenderer();
     void FollowSize();
+    /// Applies a change of the size or the device pixel ratio to the camera.
+    void ChangeSize();
     /// Passes engine updates on to the renderer. Unless `all` is set, it limits the size of the
     /// waiting copies.
     void TakeUpdates(bool all);
+    std::vector<ReferenceQuad> ReferenceQuads(const RenderView& view) const;
 
     Engine& engine;
     std::unique_ptr<ViewportRenderer> renderer;
@@ -87,6 +95,10 @@ private:
     Overlays overlays;
     Hud hud;
     ViewCube viewCube;
+    std::vector<ReferenceImage> references;
+    ReferencePictures pictures;
+    /// The device pixel ratio that the camera's size was computed with.
+    qreal knownRatio = 1.0;
     double penLatency = 0.0;
     /// ViewportRenderer::ShownSampleTime at the last frame.
     double lastSampleTime = 0.0;

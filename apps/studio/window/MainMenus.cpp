@@ -28,6 +28,8 @@ void FillMenus(QMainWindow& window, const ActionRegistry& actions, FileActions& 
     QMenu* file = bar->addMenu(MainWindow::tr("&File"));
     Fill(file, actions, {"file.new", "file.open"});
     files.FillRecent(file->addMenu(MainWindow::tr("Open Recent")));
+    QMenu* script = new QMenu(MainWindow::tr("Play Script"), bar);
+    Fill(script, actions, {"file.script.load", "-", "script.play", "script.step", "script.stop"});
     Fill(file,
          actions,
          {"-",
@@ -43,11 +45,14 @@ void FillMenus(QMainWindow& window, const ActionRegistry& actions, FileActions& 
           "-",
           "file.script.run",
           "file.script.save",
+          "file.timelapse",
           "file.recordEvents",
           "file.playEvents",
           "file.screenshot",
+          "file.render",
           "-",
           "file.quit"});
+    file->insertMenu(actions.Find("file.script.save"), script);
     Fill(bar->addMenu(MainWindow::tr("&Edit")),
          actions,
          {"edit.undo",
@@ -126,7 +131,14 @@ void FillMenus(QMainWindow& window, const ActionRegistry& actions, FileActions& 
           "visibility.grow",
           "visibility.hideBox",
           "visibility.hideLasso",
-          "visibility.isolateLasso"});
+          "visibility.isolateLasso",
+          "-",
+          "group.mask",
+          "group.unmask",
+          "group.maskOnly",
+          "group.hide",
+          "group.isolate",
+          "group.show"});
     Fill(bar->addMenu(MainWindow::tr("&Symmetry")),
          actions,
          {"symmetry.x",
@@ -165,6 +177,23 @@ void FillMenus(QMainWindow& window, const ActionRegistry& actions, FileActions& 
           "-",
           "view.grid",
           "view.ground"});
+    QMenu* references = view->addMenu(MainWindow::tr("References"));
+    Fill(references,
+         actions,
+         {"reference.add", "reference.replace", "reference.delete", "-", "view.references"});
+    QMenu* bookmarks = view->addMenu(MainWindow::tr("Bookmarks"));
+    Fill(bookmarks,
+         actions,
+         {"view.bookmark.add",
+          "view.bookmark.update",
+          "view.bookmark.rename",
+          "view.bookmark.delete",
+          "-",
+          "view.bookmark.next",
+          "view.bookmark.1",
+          "view.bookmark.2",
+          "view.bookmark.3",
+          "view.bookmark.4"});
     QMenu* windows = bar->addMenu(MainWindow::tr("&Window"));
     Fill(windows, actions, {"window.palette", "window.panels", "window.fullscreen", "-"});
     for (const ActionInfo& info : actions.Infos())

@@ -5,7 +5,9 @@
 #include "commands/FileActions.h"
 #include "commands/Keymap.h"
 #include "commands/Preferences.h"
+#include "commands/ScriptPlayer.h"
 #include "commands/StudioActions.h"
+#include "commands/StudioScene.h"
 #include "commands/ViewModel.h"
 #include "panels/BrushPanel.h"
 #include "panels/Controls.h"
@@ -14,7 +16,9 @@
 #include "window/MessageBar.h"
 #include "window/PanelStack.h"
 #include "window/QuickBar.h"
+#include "window/ScriptBar.h"
 #include "window/StatusNumbers.h"
+#include "window/ViewportMenu.h"
 #include "window/WelcomeHint.h"
 
 #include <QCloseEvent>
@@ -23,6 +27,7 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QStatusBar>
+#include <QToolBar>
 #include <QUrl>
 
 #include <algorithm>
@@ -54,20 +59,26 @@ MainWindow::MainWindow(Engine& engine,
                        Preferences& preferences,
                        Keymap& map,
                        QWidget* viewport)
-    : context{engine, registry, view, preferences, this}, keymap(map) {
+    : scene(std::make_unique<StudioScene>(engine)),
+      context{engine, registry, view, preferences, *scene, this},
+      keymap(map) {
     setAcceptDrops(true);
     setCentralWidget(viewport);
     viewport->setFocusPolicy(Qt::StrongFocus);
     viewport->installEventFilter(this);
-    connect(&registry, &ActionRegistry::Added, this, [this](const QString& id) {
-        if (QAction* action = context.actions.Find(id)) addAction(action);
-    });
-    for (const ActionInfo& info : registry.Infos())
-        if (QAction* action = registry.Find(info.id)) addAction(action);
+    const auto addKeys = [this](const QString& id) {
+        QAction* action = context.actions.Find(id);
+        if (action == nullptr) return;
+        QWidget* receiver = context.actions.IsForViewport(id) ? centralWidget() : this;
+        receiver->addAction(action);
+    };
+    connect(&registry, &ActionRegistry::Added, this, addKeys);
+    for (const ActionInfo& info : registry.Infos()) addKeys(info.id);
     AddActions();
     palette = new CommandPalette(registry, this);
     AddDocks();
     AddStatusBar();
+    AddScriptBar();
     message = new MessageBar(viewport);
     new JournalNotice(engine, registry, viewport);
     FillMenus(*this, registry, *files);
@@ -90,8 +101,11 @@ void MainWindow::AddActions() {
     AddLayerActions(context);
     AddMaskActions(context);
     AddVisibilityActions(context);
+    AddGroupActions(context);
     AddSymmetryActions(context);
     AddViewActions(context);
+    AddBookmarkActions(context);
+    AddReferenceActions(context);
     AddWindowActions();
 }
 
@@ -114,6 +128,26 @@ void MainWindow::AddStatusBar() {
     statusBar()->addPermanentWidget(new JobBar(context.engine, this));
 }
 
+void MainWindow::AddScriptBar() {
+    auto* bar = new QToolBar(tr("Script"), this);
+    bar->setObjectName(QStringLiteral("scriptBar"));
+    bar->setMovable(false);
+    ScriptPlayer& player = files->Player();
+    bar->addWidget(new ScriptBar(
+        player,
+        [this] { return context.view.grab ? context.view.grab() : QImage(); },
+        context.preferences,
+        bar));
+    addToolBar(Qt::BottomToolBarArea, bar);
+    bar->hide();
+    connect(&player, &ScriptPlayer::Changed, bar, [bar, &player] {
+        const ScriptPlayer::State state = player.GetState();
+        if (state == ScriptPlayer::State::Paused || state == ScriptPlayer::State::Playing)
+            bar->show();
+        if (state == ScriptPlayer::State::Idle) bar->hide();
+    });
+}
+
 void MainWindow::ConnectEngine() {
     Engine& engine = context.engine;
     connect(&engine, &Engine::Failed, this, &MainWindow::ShowError);
@@ -129,6 +163,7 @@ void MainWindow::ConnectEngine() {
     connect(&engine, &Engine::StrokeAdvanced, this, [this] {
         if (welcome != nullptr) welcome->Dismiss();
     });
+    connect(scene.get(), &StudioScene::Noted, this, &MainWindow::ShowNote);
     connect(files, &FileActions::Refused, this, &MainWindow::ShowError);
     connect(files, &FileActions::Succeeded, this, &MainWindow::ShowNote);
     connect(&keymap, &Keymap::StoreFailed, this, &MainWindow::ShowError);
@@ -153,6 +188,12 @@ void MainWindow::ShowTitle() {
 void MainWindow::ShowWelcome() {
     if (!context.preferences.ShowsWelcome() || welcome != nullptr) return;
     welcome = new WelcomeHint(context.actions, context.preferences, centralWidget());
+}
+
+void MainWindow::ShowViewportMenu(const HoverHit& hit, const QPoint& globalPosition) {
+    auto* menu = new ViewportMenu(context, hit, this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->popup(globalPosition);
 }
 
 void MainWindow::ShowNote(const QString& text) { message->ShowNote(text); }
@@ -208,7 +249,15 @@ void MainWindow::dropEvent(QDropEvent* event) {
     // Deferred, because a dialog may open and block the program from which the file was dragged.
     QMetaObject::invokeMethod(
         this,
-        [this, path = urls.first().toLocalFile()] { files->Open(path); },
+        [this, urls] {
+            const QString first = urls.first().toLocalFile();
+            if (!IsReferenceFile(first)) {
+                files->Open(first);
+                return;
+            }
+            for (const QUrl& url : urls) AddReference(context, url.toLocalFile());
+            panels->Show(QStringLiteral("references"));
+        },
         Qt::QueuedConnection);
 }
 

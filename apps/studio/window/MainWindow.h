@@ -6,6 +6,8 @@
 #include <QMainWindow>
 #include <QPointer>
 
+#include <memory>
+
 namespace trovik::studio {
 
 class BrushPanel;
@@ -37,12 +39,16 @@ public:
     ~MainWindow() override;
 
     FileActions& Files() { return *files; }
+    /// Bookmarks and reference images of the document.
+    StudioScene& Scene() { return *scene; }
     CommandPalette& Palette() { return *palette; }
     BrushPanel& Brush() { return *brush; }
     PanelStack& Panels() { return *panels; }
     ToolShelf& Tools() { return *tools; }
     /// Shows the first-start hint unless it has been dismissed.
     void ShowWelcome();
+    /// Opens the context menu of the viewport. \param hit  the surface at the position.
+    void ShowViewportMenu(const HoverHit& hit, const QPoint& globalPosition);
     void ShowNote(const QString& text);
     void ShowError(const QString& text);
 
@@ -59,11 +65,13 @@ private:
     void AddDocks();
     void AddPanels();
     void AddStatusBar();
+    void AddScriptBar();
     void ConnectEngine();
     void ShowTitle();
     void TogglePanels();
     void About();
 
+    std::unique_ptr<StudioScene> scene;
     ActionContext context;
     Keymap& keymap;
     FileActions* files = nullptr;

@@ -11,12 +11,15 @@
 #include "panels/LayersPanel.h"
 #include "panels/LevelsPanel.h"
 #include "panels/MaskPanel.h"
+#include "panels/ReferencesPanel.h"
 #include "panels/StampTray.h"
 #include "panels/SymmetryPanel.h"
 #include "panels/ViewPanel.h"
 #include "window/MainWindow.h"
 #include "window/PanelStack.h"
 #include "window/PreferencesDialog.h"
+#include "window/RenderWindow.h"
+#include "window/TimeLapseWindow.h"
 #include "window/WelcomeHint.h"
 
 #include <QMessageBox>
@@ -38,6 +41,7 @@ void MainWindow::AddWindowActions() {
              tr("Hides the panels so that the viewport fills the window, or shows them again."),
          .keys = {QKeySequence("Tab")},
          .icon = "isolate",
+         .isForViewport = true,
          .run = [this] { TogglePanels(); }});
     actions.Add({.id = "window.fullscreen",
                  .text = tr("Full Screen"),
@@ -57,6 +61,31 @@ void MainWindow::AddWindowActions() {
                  .keys = {QKeySequence("Ctrl+K")},
                  .icon = "keyboard",
                  .run = [this] { KeymapEditor(context.actions, keymap, this).exec(); }});
+    QAction* render =
+        actions.Add({.id = "file.render",
+                     .text = tr("Render View…"),
+                     .description = tr("Renders the view with ray tracing, and saves the image."),
+                     .keys = {QKeySequence("Shift+F12")},
+                     .icon = "render",
+                     .run = [this] {
+                         auto* window = new RenderWindow(context, this);
+                         window->setAttribute(Qt::WA_DeleteOnClose);
+                         window->show();
+                         window->Render();
+                     }});
+    context.EnableWithDocument(render);
+    QAction* timeLapse =
+        actions.Add({.id = "file.timelapse",
+                     .text = tr("Time Lapse of Actions…"),
+                     .description = tr("Shows all strokes and commands since the document was "
+                                       "opened, and saves them as images."),
+                     .icon = "timelapse",
+                     .run = [this] {
+                         auto* window = new TimeLapseWindow(context, this);
+                         window->setAttribute(Qt::WA_DeleteOnClose);
+                         window->show();
+                     }});
+    context.EnableWithDocument(timeLapse);
     actions.Add({.id = "help.welcome",
                  .text = tr("First Steps"),
                  .description = tr("Shows the first-start hint again."),
@@ -100,7 +129,7 @@ void MainWindow::AddPanels() {
          "mask",
          tr("Mask and Visibility"),
          tr("Protects or hides parts of the surface"),
-         new MaskPanel(engine, actions, panels),
+         new MaskPanel(context, panels),
          true},
         {"symmetry",
          "symmetry",
@@ -118,7 +147,13 @@ void MainWindow::AddPanels() {
          "view",
          tr("View"),
          tr("How the viewport shows the surface"),
-         new ViewPanel(context.view, actions, panels),
+         new ViewPanel(context, panels),
+         true},
+        {"references",
+         "reference",
+         tr("References"),
+         tr("Images to sculpt from, behind or in front of the surface"),
+         new ReferencesPanel(context, panels),
          true},
         {"history",
          "history",

@@ -3,6 +3,7 @@
 #include "panels/SettingCatalogue.h"
 #include "panels/ValueSlider.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QMouseEvent>
 #include <QSignalSpy>
@@ -31,6 +32,30 @@ TEST(ValueSlider, DragsWithinItsSoftRangeAndTypesBeyondIt) {
     QTest::keyClick(entry, Qt::Key_Return);
     EXPECT_EQ(slider.Value(), 1000) << "the limit for typed values";
     EXPECT_EQ(edited.count(), 2);
+}
+
+TEST(ValueSlider, DescribesItselfToAssistiveTechnology) {
+    ValueSlider slider("Strength", "How much", nullptr);
+    slider.SetRange({.least = 0, .most = 200, .softMost = 100, .isWhole = true, .unit = "%"});
+    slider.SetValue(40);
+    QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(&slider);
+    ASSERT_NE(accessible, nullptr);
+    EXPECT_EQ(accessible->role(), QAccessible::Slider);
+    EXPECT_EQ(accessible->text(QAccessible::Name), "Strength");
+    EXPECT_EQ(accessible->text(QAccessible::Value), "40%");
+    QAccessibleValueInterface* value = accessible->valueInterface();
+    ASSERT_NE(value, nullptr);
+    EXPECT_EQ(value->currentValue(), 40.0);
+    EXPECT_EQ(value->minimumValue(), 0.0);
+    EXPECT_EQ(value->maximumValue(), 200.0);
+    EXPECT_EQ(value->minimumStepSize(), 1.0);
+    QSignalSpy edited(&slider, &ValueSlider::Edited);
+    value->setCurrentValue(150);
+    EXPECT_EQ(slider.Value(), 150.0);
+    EXPECT_EQ(edited.count(), 1);
+    slider.setEnabled(false);
+    value->setCurrentValue(10);
+    EXPECT_EQ(slider.Value(), 150.0);
 }
 
 TEST(ValueSlider, ShiftDragsFinely) {

@@ -97,6 +97,25 @@ TEST_F(StudioWindow, MenusHoldActionsOfTheRegistry) {
     EXPECT_EQ(missing, QStringList{"file.new.sphere"}) << missing.join(", ").toStdString();
 }
 
+TEST_F(StudioWindow, TabHidesPanelsOnlyFromTheViewport) {
+    OpenSphere();
+    ASSERT_TRUE(WaitFor([this] { return QApplication::focusWidget() == viewport; }));
+    const auto isShown = [this] { return window->Brush().isVisible(); };
+    ASSERT_TRUE(isShown());
+    auto* slider = window->Brush().Control("strength")->findChild<ValueSlider*>();
+    slider->BeginEntry();
+    auto* entry = slider->findChild<QLineEdit*>();
+    ASSERT_NE(entry, nullptr);
+    ASSERT_EQ(QApplication::focusWidget(), entry);
+    QTest::keyClick(entry, Qt::Key_Tab);
+    EXPECT_TRUE(isShown());
+    viewport->setFocus();
+    QTest::keyClick(viewport, Qt::Key_Tab);
+    EXPECT_FALSE(isShown());
+    QTest::keyClick(viewport, Qt::Key_Tab);
+    EXPECT_TRUE(isShown());
+}
+
 TEST_F(StudioWindow, LetterKeysReachActionsAfterPanelsWereUsed) {
     OpenSphere();
     ASSERT_TRUE(WaitFor([this] { return QApplication::focusWidget() == viewport; }));

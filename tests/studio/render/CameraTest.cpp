@@ -50,7 +50,11 @@ std::array<double, 3> ThroughMatrix(const RenderView& view, const Vector& p) {
             clip[2] / clip[3]};
 }
 
-class CameraTest : public testing::TestWithParam<bool> {};
+class CameraTest : public testing::TestWithParam<bool> {
+protected:
+    /// In pixels. In orthographic projection, the distance of the eye magnifies rounding.
+    static float Tolerance(float inPerspective) { return GetParam() ? 0.15f : inPerspective; }
+};
 
 TEST_P(CameraTest, OrbitKeepsThePixelAndTheDistanceOfThePivot) {
     RandomNumbers random(1);
@@ -62,7 +66,7 @@ TEST_P(CameraTest, OrbitKeepsThePixelAndTheDistanceOfThePivot) {
         const Vector eye = camera.Eye();
         for (int step = 0; step < 20; ++step)
             camera.Orbit(pivot, random.Between(-90.0f, 90.0f), random.Between(-90.0f, 90.0f));
-        EXPECT_LT(PixelDistance(camera.ToPixel(pivot), pixel), 0.05f);
+        EXPECT_LT(PixelDistance(camera.ToPixel(pivot), pixel), Tolerance(0.05f));
         EXPECT_NEAR(Distance(camera.Eye(), pivot), distance, distance * 1e-5f);
         EXPECT_GT(Distance(camera.Eye(), eye), 0.01f);
     }
@@ -76,7 +80,7 @@ TEST_P(CameraTest, OrbitTurnsTheSurfaceWithThePointer) {
     const Vector before = camera.ToPixel(nearPoint);
     camera.Orbit({}, 30.0f, 0.0f);
     EXPECT_GT(camera.ToPixel(nearPoint).x, before.x + 5.0f);
-    EXPECT_NEAR(camera.ToPixel(nearPoint).y, before.y, 0.01f);
+    EXPECT_NEAR(camera.ToPixel(nearPoint).y, before.y, Tolerance(0.01f));
     camera = {};
     camera.SetSize(width, height);
     camera.Orbit({}, 0.0f, 30.0f);
@@ -97,7 +101,7 @@ TEST_P(CameraTest, DollyKeepsThePixelOfTheAnchor) {
         const float factor = random.Between(0.3f, 2.0f);
         camera.Dolly(anchor, factor);
         const Vector after = camera.ToPixel(anchor);
-        EXPECT_LT(PixelDistance(after, before), 0.05f);
+        EXPECT_LT(PixelDistance(after, before), Tolerance(0.05f));
         EXPECT_NEAR(after.z, before.z * factor, before.z * 1e-4f);
     }
 }
@@ -123,8 +127,8 @@ TEST_P(CameraTest, PanMovesTheAnchorWithThePointer) {
         const float dy = random.Between(-300.0f, 300.0f);
         camera.Pan(anchor, dx, dy);
         const Vector after = camera.ToPixel(anchor);
-        EXPECT_NEAR(after.x, before.x + dx, 0.05f);
-        EXPECT_NEAR(after.y, before.y + dy, 0.05f);
+        EXPECT_NEAR(after.x, before.x + dx, Tolerance(0.05f));
+        EXPECT_NEAR(after.y, before.y + dy, Tolerance(0.05f));
     }
 }
 
@@ -158,11 +162,12 @@ TEST_P(CameraTest, StrokesPicturesAndPixelsAgree) {
                            static_cast<float>(ray.origin.y + double{ray.direction.y} * t),
                            static_cast<float>(ray.origin.z + double{ray.direction.z} * t));
         const Vector pixel = camera.ToPixel(point);
-        EXPECT_NEAR(pixel.x, x, 0.01f);
-        EXPECT_NEAR(pixel.y, y, 0.01f);
+        const float tolerance = Tolerance(0.01f);
+        EXPECT_NEAR(pixel.x, x, tolerance);
+        EXPECT_NEAR(pixel.y, y, tolerance);
         const auto drawn = ThroughMatrix(picture, point);
-        EXPECT_NEAR(drawn[0], x, 0.01);
-        EXPECT_NEAR(drawn[1], y, 0.01);
+        EXPECT_NEAR(drawn[0], x, double{tolerance});
+        EXPECT_NEAR(drawn[1], y, double{tolerance});
     }
 }
 
@@ -190,8 +195,8 @@ TEST_P(CameraTest, LooksAlongTheAxes) {
         // An up direction parallel to the view direction still gives a valid view.
         camera.LookAlong(look.direction, look.direction);
         const Vector pixel = camera.ToPixel(target);
-        EXPECT_NEAR(pixel.x, width * 0.5f, 0.01f);
-        EXPECT_NEAR(pixel.y, height * 0.5f, 0.01f);
+        EXPECT_NEAR(pixel.x, width * 0.5f, Tolerance(0.01f));
+        EXPECT_NEAR(pixel.y, height * 0.5f, Tolerance(0.01f));
     }
 }
 
@@ -242,7 +247,7 @@ TEST(Camera, FieldOfViewKeepsTheSizeAtTheTarget) {
     camera.SetFieldOfView(90.0f);
     EXPECT_LT(PixelDistance(camera.ToPixel(beside), before), 0.02f);
     camera.SetOrthographic(true);
-    EXPECT_LT(PixelDistance(camera.ToPixel(beside), before), 0.02f);
+    EXPECT_LT(PixelDistance(camera.ToPixel(beside), before), 0.15f);
     camera.SetFieldOfView(1000.0f);
     EXPECT_EQ(camera.FieldOfView(), 120.0f);
 }
@@ -253,8 +258,20 @@ TEST(Camera, OrthographicViewsFlattenDepth) {
     camera.SetOrthographic(true);
     const Vector front = camera.ToPixel({1.0f, 0.5f, 0.5f});
     const Vector behind = camera.ToPixel({1.0f, 0.5f, -0.5f});
-    EXPECT_LT(PixelDistance(front, behind), 2.0f);
-    camera.SetOrthographic(false);
+    EXPECT_LT(PixelDistance(front, behind), 0.3f);
+    // A view that was flattened less keeps its scale.
+    StrokeView other;
+    other.eye = {0.0f, 0.0f, 40.0f};
+    other.verticalFieldOfView = 2.0f;
+    other.width = width;
+    other.height = height;
+    camera.SetView(other);
+    EXPECT_TRUE(camera.IsOrthographic());
+    EXPECT_NEAR(camera.ToPixel({0.0f, 0.5f, 0.0f}).y,
+                height * (0.5f - 0.5f / (2.0f * 40.0f * std::tan(0.017453293f))),
+                0.1f);
+    camera = {};
+    camera.SetSize(width, height);
     EXPECT_GT(
         PixelDistance(camera.ToPixel({1.0f, 0.5f, 0.5f}), camera.ToPixel({1.0f, 0.5f, -0.5f})),
         20.0f);

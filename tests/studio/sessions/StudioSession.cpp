@@ -23,7 +23,7 @@ StudioSession::StudioSession(bool keepsJournal)
         &engine, &Engine::Failed, &window, [this](const QString& text) { failures << text; });
     QObject::connect(
         &engine, &Engine::Noted, &window, [this](const QString& text) { notes << text; });
-    const ActionContext context{engine, actions, view, preferences, &window};
+    const ActionContext context{engine, actions, view, preferences, scene, &window};
     AddEditActions(context);
     AddStrokeActions(context);
     AddViewActions(context);
@@ -78,7 +78,7 @@ CameraInput BustCamera() {
     box.Extend(Vector(1.4f, 8.5f, 1.7f));
     camera.SetSize(viewportSize.width(), viewportSize.height());
     camera.Frame(box);
-    return {camera.Eye(), camera.Target(), camera.Up(), camera.FieldOfView(), false};
+    return camera.Pose();
 }
 
 std::vector<TimedInput> PenStroke(double y, uint32_t time, int samples, bool isEraser) {

@@ -3,6 +3,7 @@
 
 #include "commands/ActionRegistry.h"
 #include "commands/Preferences.h"
+#include "commands/StudioScene.h"
 #include "commands/ViewModel.h"
 #include "engine/Engine.h"
 #include "events/EventPlayer.h"
@@ -51,6 +52,7 @@ public:
     Engine engine;
     Preferences preferences;
     ViewModel view;
+    StudioScene scene{engine};
     QWidget window;
     ActionRegistry actions;
     ViewportWidget* viewport;

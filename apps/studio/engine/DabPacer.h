@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/document/DocumentObserver.h"
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+
+namespace trovik::studio {
+
+/// Stops the engine thread after each dab of a step until the UI thread has shown it.
+///
+/// Wait: engine thread. All other functions: any thread.
+class DabPacer {
+public:
+    /// Ends the current call of Wait, or the next one.
+    void Go();
+    /// Ends the current call of Wait and all further ones until Begin is called.
+    void Release();
+    /// Makes Wait wait again. Call it when the step is requested, so that Release can follow at any
+    /// time.
+    void Begin();
+    void Wait();
+
+private:
+    std::mutex mutex;
+    std::condition_variable wake;
+    bool mayGo = false;
+    bool isReleased = false;
+};
+
+/// Calls a function whenever the surface of a document changes.
+class SurfaceListener final : public DocumentObserver {
+public:
+    explicit SurfaceListener(std::function<void()> onChange) : listener(std::move(onChange)) {}
+    void SurfaceChanged(const SurfaceChange&) override { listener(); }
+
+private:
+    std::function<void()> listener;
+};
+
+}  // namespace trovik::studio

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QObject>
+
+#include <string>
+
+namespace trovik::studio {
+
+class Engine;
+class ValueSlider;
+
+/// Two sliders for radius and strength of the active tool, which a layout can place.
+class BrushSliders : public QObject {
+    Q_OBJECT
+public:
+    /// \param parent  of the sliders and of this object.
+    BrushSliders(Engine& engine, QWidget* parent);
+
+    ValueSlider* Radius() const { return radius; }
+    ValueSlider* Strength() const { return strength; }
+
+private:
+    void Refresh();
+
+    Engine& engine;
+    ValueSlider* radius;
+    ValueSlider* strength;
+    /// The setting that the radius slider shows: in pixels if the tool uses pixels.
+    std::string radiusName = "radius";
+};
+
+}  // namespace trovik::studio
