@@ -49,7 +49,8 @@ bool LiveStroke::Continue(Budget budget) {
 bool LiveStroke::Apply(const std::vector<PathSample>& samples, PathDabs::Deadline deadline) {
     if (isOver) return false;
     try {
-        if (isReleased) return FinishRelease(deadline);
+        // Only Continue applies dabs after the release; samples are ignored.
+        if (isReleased) return !samples.empty() || FinishRelease(deadline);
         Take(samples);
         if (settings.mode == DrawMode::AlongPath) return !dabs.Advance(deadline);
         if (samples.empty()) return false;

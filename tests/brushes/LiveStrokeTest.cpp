@@ -86,7 +86,7 @@ protected:
                 // Samples after the release have no effect.
                 stroke.Add(samples.front());
                 remain = stroke.Continue(LiveStroke::Budget::zero());
-                EXPECT_LE(stroke.Count(), before + 2);
+                EXPECT_LE(stroke.Count(), before + 1);
             }
         });
     }

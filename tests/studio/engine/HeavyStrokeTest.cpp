@@ -55,7 +55,7 @@ TEST_F(HeavyStroke, IsShownAsBusyAfterTheReleaseAndCanBeCancelled) {
     OpenHeavy();
     bool wasBusy = false;
     QObject::connect(engine.get(), &Engine::BusyChanged, [&](bool isBusy) {
-        if (!isBusy) return;
+        if (!isBusy || wasBusy) return;
         wasBusy = true;
         EXPECT_TRUE(engine->AcceptsStrokes());
         engine->CancelJob();
