@@ -10,7 +10,7 @@
 namespace trovik::studio {
 
 /// Renders the surface with ray tracing as seen in the view: first coarse images, then the image
-/// that the step "picture" with these options writes.
+/// that the step "render" with these options writes.
 ImageWork RenderWork(const RenderOptions& options);
 
 /// Bakes a map as the step "bake" does, without writing it. Of several tiles, the first is shown.

@@ -15,7 +15,7 @@ class QPushButton;
 namespace trovik::studio {
 
 /// Renders the surface with ray tracing, as the camera of the viewport sees it, and shows the image
-/// while it becomes finer. The final image is the one that the step "picture" writes for this
+/// while it becomes finer. The final image is the one that the step "render" writes for this
 /// camera, and can be saved.
 class RenderWindow : public QDialog {
     Q_OBJECT

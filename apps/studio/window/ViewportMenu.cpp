@@ -106,12 +106,12 @@ void ViewportMenu::AddPart(const HoverHit& hit) {
     add("mask-fill",
         tr("Mask Part"),
         tr("Masks everything that is connected to the point under the pointer"),
-        "freeze",
+        "mask",
         {{"shell", at}});
     add("mask-clear",
         tr("Unmask Part"),
         tr("Removes the mask from everything that is connected to the point under the pointer"),
-        "freeze",
+        "mask",
         {{"shell", at}, {"mode", "subtract"}});
     add("hide",
         tr("Hide Part"),

@@ -220,7 +220,7 @@ TEST_F(ScriptPlayerTest, RenderIsThePictureOfTheStep) {
     EXPECT_EQ(images[0].size(), QSize(20, 15));
     EXPECT_NE(images[1], images[2]) << "fewer samples";
     const QString path = folder.filePath("picture.png");
-    engine.Run({{"picture",
+    engine.Run({{"render",
                  {{"file", path.toStdString()}, {"width", 80}, {"height", 60}, {"samples", 16}}}});
     Finish();
     EXPECT_EQ(images[2], QImage(path).convertToFormat(images[2].format()));
