@@ -176,6 +176,13 @@ bool ViewportWidget::IsComplete() const {
     return !engine.HasUpdates() && !renderer->HasPending() && !renderer->IsCoarse();
 }
 
+void ViewportWidget::AcceptUpdates() {
+    if (renderer == nullptr || !engine.HasUpdates()) return;
+    makeCurrent();
+    TakeUpdates(true);
+    doneCurrent();
+}
+
 void ViewportWidget::UploadAll() {
     if (renderer == nullptr) return;
     makeCurrent();
