@@ -181,6 +181,8 @@ void ViewportWidget::AcceptUpdates() {
     makeCurrent();
     TakeUpdates(true);
     doneCurrent();
+    // The time until the next frame says nothing about the delay of the pen.
+    lastSampleTime = SteadySeconds();
 }
 
 void ViewportWidget::UploadAll() {

@@ -23,7 +23,7 @@ namespace trovik::studio::test {
 
 namespace {
 
-constexpr int defaultEvents = 500;
+constexpr int defaultEvents = 300;
 constexpr int defaultSeed = 1;
 /// The state is checked after this many events.
 constexpr int eventsPerCheck = 250;
