@@ -11,7 +11,6 @@
 #include <QWheelEvent>
 #include <QWidget>
 
-
 namespace trovik::studio {
 
 namespace {
