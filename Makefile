@@ -60,6 +60,14 @@ studio: packages ## Build the desktop application and start it, FILE=mesh or sce
 	@cmake --build --preset release --parallel $(JOBS) --target trovik-studio
 	@build/release/bin/trovik-studio $(FILE)
 
+.PHONY: studio-pictures
+studio-pictures: packages ## Regenerate the sessions and pictures of docs/studio.md
+	@tools/studio/make_examples.py examples/studio
+	@cmake --preset release -DTROVIK_BUILD_TESTS=OFF -DTROVIK_BUILD_BENCH=OFF
+	@cmake --build --preset release --parallel $(JOBS) --target trovik-studio trovik
+	@xvfb-run -a -s "-screen 0 1600x1000x24" tools/studio/play_examples.py . build/release/bin/trovik-studio \
+	    build/release/bin/trovik build/studio-pictures --pictures
+
 .PHONY: clang
 clang: ## Build the plug-in and the command with Clang and check that results are bit-identical
 	@scripts/install-packages.sh --clang

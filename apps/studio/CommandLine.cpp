@@ -20,6 +20,9 @@ std::optional<CommandLine> ReadCommandLine(int argc, char** argv, int& status) {
                     "Plays an event file (docs/studio-events.md), such as one recorded with File > "
                     "Record Events")
         ->check(CLI::ExistingFile);
+    program.add_flag("--skip-frames",
+                     commandLine.skipsFrames,
+                     "Draws only the frames that the played events wait for, such as screenshots");
     program.add_option(
         "--save", commandLine.save, "Saves the scene under this name after opening and playback");
     program.add_option("--screenshot",

@@ -13,6 +13,8 @@ struct CommandLine {
     std::string file;
     /// Event file to play back.
     std::string events;
+    /// Whether the viewport draws only the frames that events wait for.
+    bool skipsFrames = false;
     /// Scene to save after the events have been played, or at once if there are none.
     std::string save;
     /// Image of the window to write after saving.

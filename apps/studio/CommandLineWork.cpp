@@ -68,6 +68,7 @@ void CommandLineWork::Continue() {
             return;
         }
         try {
+            player.SetDrawsFrames(!commandLine.skipsFrames);
             player.Play(ReadEventFile(commandLine.events));
         } catch (const HostError& error) {
             Fail(QString::fromStdString(error.what()));

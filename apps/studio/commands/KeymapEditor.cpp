@@ -272,6 +272,8 @@ bool KeymapEditor::eventFilter(QObject* watched, QEvent* event) {
     }
     // A single modifier is accepted only on release, because it may begin a combination.
     const bool wantsRelease = IsModifier(pressed->key());
+    if (event->type() == QEvent::KeyPress) isCombination = !wantsRelease;
+    if (wantsRelease && isCombination) return true;
     if (wantsRelease != (event->type() == QEvent::KeyRelease)) return true;
     if (pressed->key() == Qt::Key_Escape) {
         StopCapture();

@@ -58,6 +58,8 @@ private:
     QString capturing;
     /// A key of another action that has been pressed once.
     QKeySequence contested;
+    /// Whether a key was pressed together with the modifiers that are held.
+    bool isCombination = false;
 };
 
 }  // namespace trovik::studio

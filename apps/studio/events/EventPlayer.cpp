@@ -56,6 +56,8 @@ void EventPlayer::Play(EventFile events) {
     failure.clear();
     isPlaying = true;
     to.input.FinishGesture();
+    // The releases of keys that the user holds now do not arrive during the playback.
+    to.input.ReleaseKeys();
     to.input.SetTimerOn(false);
     qApp->installEventFilter(this);
     Resize(file.viewport);
@@ -81,7 +83,10 @@ void EventPlayer::Finish(const QString& error) {
     timer.stop();
     qApp->removeEventFilter(this);
     sender->ReleaseAll(file.events.empty() || next == 0 ? 0 : file.events[next - 1].time);
+    to.input.FinishGesture();
+    to.input.ReleaseKeys();
     to.input.SetTimerOn(true);
+    SetFrames(true);
     to.viewport.setMinimumSize(0, 0);
     to.viewport.setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
     Q_EMIT Finished(error);
@@ -134,6 +139,8 @@ bool EventPlayer::PlayNext() {
         return false;
     }
     const TimedInput& event = file.events[next];
+    SetFrames(NeedsFrame(event));
+    if (!to.viewport.updatesEnabled()) to.viewport.AcceptUpdates();
     if (!IsReady(event)) {
         if (sinceWait.elapsed() > maxWaitMilliseconds)
             Finish(
@@ -172,9 +179,16 @@ bool EventPlayer::IsReady(const TimedInput& event) const {
         return sinceAnchor.elapsed() >= due;
     }
     if (!to.engine.IsIdle()) return false;
-    const bool needsFrame = std::holds_alternative<WaitInput>(event.input) ||
-                            std::holds_alternative<ScreenshotInput>(event.input);
-    return !needsFrame || to.viewport.IsComplete();
+    return !NeedsFrame(event) || to.viewport.IsComplete();
+}
+
+bool EventPlayer::NeedsFrame(const TimedInput& event) const {
+    return std::holds_alternative<WaitInput>(event.input) ||
+           std::holds_alternative<ScreenshotInput>(event.input);
+}
+
+void EventPlayer::SetFrames(bool on) {
+    if (!drawsFrames && to.viewport.updatesEnabled() != on) to.viewport.setUpdatesEnabled(on);
 }
 
 QString EventPlayer::Send(const TimedInput& event) {

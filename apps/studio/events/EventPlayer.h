@@ -51,6 +51,9 @@ public:
     /// Whether an event that fails, such as a step with an error or a disabled action, ends the
     /// playback. Initially true.
     void SetStopsOnError(bool on) { stopsOnError = on; }
+    /// Whether the viewport draws frames while events are played. Otherwise, it draws only those
+    /// that events wait for, so that the playback is as fast as the engine. Initially true.
+    void SetDrawsFrames(bool on) { drawsFrames = on; }
     /// Folder for screenshots with relative paths; initially the working folder.
     void SetOutputFolder(const QString& folder) { outputFolder = folder; }
 
@@ -75,6 +78,9 @@ private:
     /// Plays the next event if its time has come. \return false if it has to wait.
     bool PlayNext();
     bool IsReady(const TimedInput& next) const;
+    bool NeedsFrame(const TimedInput& event) const;
+    /// Unless all frames are drawn, starts or stops the frames of the viewport.
+    void SetFrames(bool on);
     bool IsMotion(const TimedInput& event) const;
     void Finish(const QString& error);
     /// \return the reason for a failure, in one line; empty on success.
@@ -89,6 +95,7 @@ private:
     EventTarget to;
     Pace pace = Pace::Settled;
     bool stopsOnError = true;
+    bool drawsFrames = true;
     QString outputFolder;
     EventFile file;
     std::unique_ptr<InputSender> sender;

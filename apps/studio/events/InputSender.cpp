@@ -2,6 +2,7 @@
 #include "events/InputSender.h"
 
 #include "commands/ActionRegistry.h"
+#include "input/KeyTracker.h"
 
 #include <QCoreApplication>
 #include <QKeyEvent>
@@ -9,9 +10,6 @@
 #include <QTabletEvent>
 #include <QWheelEvent>
 #include <QWidget>
-
-#include <array>
-#include <utility>
 
 namespace trovik::studio {
 
@@ -21,13 +19,6 @@ namespace {
 constexpr qint64 penId = 0x7472'0001;
 constexpr qint64 eraserId = 0x7472'0002;
 constexpr int buttonCount = 3;
-
-constexpr std::array<std::pair<Qt::KeyboardModifier, Qt::Key>, 4> modifierKeys{{
-    {Qt::ShiftModifier, Qt::Key_Shift},
-    {Qt::ControlModifier, Qt::Key_Control},
-    {Qt::AltModifier, Qt::Key_Alt},
-    {Qt::MetaModifier, Qt::Key_Meta},
-}};
 
 Qt::KeyboardModifiers ModifierOf(Qt::Key key) {
     for (const auto& [modifier, modifierKey] : modifierKeys)
@@ -167,11 +158,14 @@ void InputSender::SendPress(QKeyCombination key, const QString& text, uint32_t t
     QKeyEvent event(QEvent::KeyPress, key.key(), modifiers, text);
     event.setTimestamp(TimestampOf(time));
     QCoreApplication::sendEvent(&widget, &event);
-    modifiers |= ModifierOf(key.key());
+    const Qt::KeyboardModifiers modifier = ModifierOf(key.key());
+    modifiers |= modifier;
+    if (modifier == Qt::NoModifier) keys.insert(key.key());
 }
 
 void InputSender::SendRelease(Qt::Key key, uint32_t time) {
     modifiers &= ~ModifierOf(key);
+    keys.remove(key);
     QKeyEvent event(QEvent::KeyRelease, key, modifiers);
     event.setTimestamp(TimestampOf(time));
     QCoreApplication::sendEvent(&widget, &event);
@@ -190,6 +184,8 @@ void InputSender::ReleaseAll(uint32_t time) {
             Send(MouseInput(lastMouse), time);
         }
     }
+    const QSet<int> pressed = keys;
+    for (const int key : pressed) SendRelease(static_cast<Qt::Key>(key), time);
     for (const auto& [modifier, key] : modifierKeys)
         if (modifiers.testFlag(modifier)) SendRelease(key, time);
 }

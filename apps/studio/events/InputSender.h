@@ -4,6 +4,7 @@
 #include "events/EventFile.h"
 
 #include <QPointingDevice>
+#include <QSet>
 
 class QWidget;
 
@@ -12,7 +13,7 @@ namespace trovik::studio {
 class ActionRegistry;
 
 /// Sends pen, mouse, wheel and key events to a widget as the window system would. It stores which
-/// buttons and modifier keys are pressed.
+/// buttons and keys are pressed.
 ///
 /// Call on the UI thread only.
 class InputSender {
@@ -27,7 +28,7 @@ public:
     /// If the widget accepts the key's shortcut override, it receives the key. Otherwise the key
     /// triggers the action to which it is bound or, without such an action, is sent to the widget.
     void Send(const KeyInput& key, uint32_t time);
-    /// Releases all pressed buttons and modifier keys.
+    /// Releases all pressed buttons and keys.
     void ReleaseAll(uint32_t time);
     /// Whether a pen or mouse button is pressed.
     bool IsDragging() const { return penButtons != Qt::NoButton || mouseButtons != Qt::NoButton; }
@@ -42,6 +43,8 @@ private:
     QPointingDevice pen, eraser;
     Qt::MouseButtons penButtons, mouseButtons;
     Qt::KeyboardModifiers modifiers;
+    /// Keys other than modifiers whose press the widget received.
+    QSet<int> keys;
     PenInput lastPen;
     MouseInput lastMouse;
 };

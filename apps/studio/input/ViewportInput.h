@@ -49,6 +49,10 @@ public:
     /// Ends the active gesture; a stroke is released.
     void FinishGesture();
     bool HasGesture() const { return gesture != nullptr; }
+    /// Marks all keys as released. For changes after which the release of a held key may not
+    /// arrive, such as the start of a playback that blocks the user's keys.
+    void ReleaseKeys() { keys.Clear(); }
+    const KeyTracker& Keys() const { return keys; }
 
     // --- Recorded events ---
 

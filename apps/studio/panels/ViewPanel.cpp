@@ -64,7 +64,7 @@ ViewPanel::ViewPanel(const ActionContext& context, QWidget* parent)
         button->setFocusPolicy(Qt::NoFocus);
         button->setAccessibleName(tr("Background, %1").arg(names[i]));
         button->setToolTip(tr("Chooses the background colour"));
-        button->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+        button->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
         connect(button, &QToolButton::clicked, this, [this, i] { ChooseColor(i); });
         background->addWidget(button, 1);
         colors.push_back(button);

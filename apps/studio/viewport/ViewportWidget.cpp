@@ -212,6 +212,15 @@ bool ViewportWidget::IsComplete() const {
            !pictures.IsLoading();
 }
 
+void ViewportWidget::AcceptUpdates() {
+    if (renderer == nullptr || !engine.HasUpdates()) return;
+    makeCurrent();
+    TakeUpdates(true);
+    doneCurrent();
+    // The time until the next frame says nothing about the delay of the pen.
+    lastSampleTime = SteadySeconds();
+}
+
 void ViewportWidget::UploadAll() {
     if (renderer == nullptr) return;
     makeCurrent();

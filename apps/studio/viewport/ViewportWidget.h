@@ -60,6 +60,9 @@ public:
     QImage Grab();
     /// Whether all updates that have arrived are drawn, at full detail.
     bool IsComplete() const;
+    /// Takes all updates that have arrived without drawing; the next frame uploads them. The engine
+    /// is not idle while updates wait that it cannot send, so call this if no frames are drawn.
+    void AcceptUpdates();
     /// Requests every patch from the engine again and uploads it, which must not change the image.
     /// For tests and for use after the context was lost.
     void UploadAll();

@@ -214,7 +214,7 @@ void MainWindow::showEvent(QShowEvent* event) {
     auto* brushDock = findChild<QDockWidget*>(QStringLiteral("brush"));
     auto* panelDock = findChild<QDockWidget*>(QStringLiteral("panels"));
     const int unit = fontMetrics().height();
-    resizeDocks({toolDock, brushDock}, {2 * (unit + 20) + 12, 17 * unit}, Qt::Horizontal);
+    resizeDocks({toolDock, brushDock}, {2 * (unit + 20) + 12, 19 * unit}, Qt::Horizontal);
     resizeDocks({brushDock, panelDock}, {height() * 6 / 10, height() * 4 / 10}, Qt::Vertical);
     const QByteArray state = context.preferences.Layout("docks");
     if (!state.isEmpty()) restoreState(state);

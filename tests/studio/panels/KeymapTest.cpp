@@ -210,6 +210,13 @@ TEST_F(KeymapTest, TheEditorTakesModifiersAloneForHeldKeysOnly) {
     editor.Capture("edit.undo");
     QTest::keyClick(list, Qt::Key_Control);
     EXPECT_EQ(editor.Capturing(), "edit.undo");
+    // A key that belongs to another action has to be pressed twice; releasing its modifier in
+    // between binds nothing.
+    editor.Capture("stroke.smooth");
+    QTest::keyClick(list, Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(editor.Capturing(), "stroke.smooth");
+    QTest::keyClick(list, Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(actions.HeldKey("stroke.smooth"), QKeySequence("Ctrl+Z"));
 }
 
 TEST_F(KeymapTest, TheEditorFindsActionsByNameAndKey) {

@@ -3,6 +3,7 @@
 #include "tests/SourceFolder.h"
 #include "tests/studio/sessions/StudioSession.h"
 
+#include <QKeyEvent>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -274,6 +275,32 @@ TEST(PenSession, APressThatDependsOnThePickOrbitsNextToTheSurfaceAndSculptsOnIt)
     EXPECT_EQ(session.Play(PenStroke(300.0, 2000)), "");
     EXPECT_EQ(session.engine.State()->history.size(), 1u);
     EXPECT_EQ(session.SceneHash(), HashAfter(PenStroke(300.0, 2000)));
+}
+
+TEST(PenSession, PlaybackLeavesNoKeyHeld) {
+    StudioSession session;
+    session.OpenBust();
+    const auto user = QKeyCombination::fromCombined(Qt::Key_Shift);
+    // The user's key is released during the playback, which blocks its event.
+    QKeyEvent pressed(QEvent::KeyPress, user.key(), Qt::NoModifier);
+    QCoreApplication::sendEvent(session.viewport, &pressed);
+    ASSERT_TRUE(session.input->Keys().IsHeld(Qt::Key_Shift));
+    const auto press = [](Qt::Key key) {
+        return Key(KeyInput::Kind::Press, QKeyCombination::fromCombined(key));
+    };
+    std::vector<TimedInput> events = PenStroke(300.0, 0);
+    events.resize(events.size() / 2);
+    EXPECT_EQ(session.Play(Joined({{press(Qt::Key_Control)}, events})), "");
+    EXPECT_EQ(session.input->Keys().Modifiers(), Qt::NoModifier);
+    EXPECT_FALSE(session.input->HasGesture());
+    // A held key that changes the radius.
+    PenInput hover;
+    hover.position = {400.0, 300.0};
+    EXPECT_EQ(session.Play({{0, hover}, press(Qt::Key_F)}), "");
+    EXPECT_FALSE(session.input->Keys().IsHeld(Qt::Key_F));
+    EXPECT_FALSE(session.input->HasGesture());
+    EXPECT_EQ(session.Play(PenStroke(300.0, 2000)), "");
+    EXPECT_TRUE(session.failures.empty());
 }
 
 TEST(PenSession, AnEventThatFailsEndsThePlaybackAndIsNamed) {

@@ -1,0 +1,261 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Measures what a sculptor waits for in trovik-studio. Run it on a display, under Xvfb for
+/// example:
+///
+///    studio-bench [MEASURE...]     start, stroke, rate, undo, memory; the default is all but
+///    memory
+///
+/// Prints one line for each number. `memory` needs about 4 GB.
+#include "StudioApplication.h"
+#include "commands/Primitives.h"
+#include "tests/studio/WaitFor.h"
+#include "viewport/ViewportWidget.h"
+#include "window/MainWindow.h"
+
+#include <QApplication>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <string>
+
+namespace trovik::studio {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double Milliseconds(Clock::time_point since) {
+    return std::chrono::duration<double, std::milli>(Clock::now() - since).count();
+}
+
+double Quantile(std::vector<double> values, double fraction) {
+    if (values.empty()) return 0.0;
+    std::sort(values.begin(), values.end());
+    return values[static_cast<std::size_t>(fraction * static_cast<double>(values.size() - 1))];
+}
+
+void Print(const char* name, double value, const char* unit) {
+    std::printf("%-52s %10.2f %s\n", name, value, unit);
+    std::fflush(stdout);
+}
+
+/// Resident memory of the process, bytes.
+double ResidentBytes() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.rfind("VmRSS:", 0) == 0) return std::stod(line.substr(6)) * 1024.0;
+    return 0.0;
+}
+
+class Bench {
+public:
+    Bench() {
+        CommandLine line;
+        line.hasNoPreferences = true;
+        line.quits = true;
+        line.viewportWidth = 960;
+        line.viewportHeight = 720;
+        const auto begin = Clock::now();
+        studio = std::make_unique<StudioApplication>(line);
+        studio->Start();
+        WaitForPicture();
+        startMilliseconds = Milliseconds(begin);
+    }
+
+    void Start() const { Print("construction to a window with a sphere", startMilliseconds, "ms"); }
+
+    /// Live dabs over 100 thousand vertices of a sphere of 1.6 million quads.
+    void Stroke() {
+        OpenSphere(4);
+        engine().Run({{"tool", "Wax"}, {"set", {{"radius", 0.505}, {"strength", 5}}}});
+        engine().Run({{"set", {{"smoothing", false}}}});
+        WaitForPicture();
+        // Only the engine and the packing are measured, not the software renderer.
+        studio->Viewport().setUpdatesEnabled(false);
+        std::vector<double> times, engineTimes, bytes;
+        Clock::time_point sampled;
+        const auto surface =
+            QObject::connect(&engine(), &Engine::SurfaceArrived, &studio->Window(), [&] {
+                std::size_t vertices = 0;
+                for (const auto& update : engine().TakeUpdates())
+                    vertices += update->vertices.size();
+                times.push_back(Milliseconds(sampled));
+                bytes.push_back(static_cast<double>(vertices * sizeof(DisplayVertex)));
+            });
+        const auto figures = QObject::connect(
+            &engine(), &Engine::StrokeAdvanced, &studio->Window(), [&](const StrokeFigures& f) {
+                engineTimes.push_back(f.millisecondsPerDab);
+            });
+        StrokeStart start;
+        start.view = studio->Viewport().View().ToStrokeView();
+        engine().BeginStroke(start);
+        for (int i = 0; i < 120; ++i) {
+            // About one dab for each sample.
+            const double angle = 0.3 * i;
+            sampled = Clock::now();
+            engine().AddSamples({{480.0f + static_cast<float>(60.0 * std::cos(angle)),
+                                  360.0f + static_cast<float>(60.0 * std::sin(angle)),
+                                  0.5f,
+                                  0.0f,
+                                  0.0f,
+                                  8.0 * i}});
+            WaitFor([this] { return engine().IsIdle(); });
+        }
+        engine().EndStroke();
+        WaitFor([this] { return engine().IsIdle(); });
+        QObject::disconnect(surface);
+        QObject::disconnect(figures);
+        studio->Viewport().setUpdatesEnabled(true);
+        Print("updates with dabs", static_cast<double>(times.size()), "");
+        Print("pen sample to posted patches, median", Quantile(times, 0.5), "ms");
+        Print("pen sample to posted patches, 95 %", Quantile(times, 0.95), "ms");
+        Print("of these in the brush per dab, median", Quantile(engineTimes, 0.5), "ms");
+        Print("bytes staged for an update, median", Quantile(bytes, 0.5) / 1e6, "MB");
+    }
+
+    /// A pen of 1000 Hz whose dabs follow at three for each frame of 60 Hz.
+    void Rate() {
+        OpenSphere(4);
+        engine().Run({{"tool", "Wax"}, {"set", {{"radius", 0.1}, {"strength", 5}}}});
+        WaitForPicture();
+        studio->Viewport().setUpdatesEnabled(false);
+        std::vector<double> delays;
+        const auto surface =
+            QObject::connect(&engine(), &Engine::SurfaceArrived, &studio->Window(), [&] {
+                const double now =
+                    std::chrono::duration<double>(Clock::now().time_since_epoch()).count();
+                for (const auto& update : engine().TakeUpdates())
+                    if (update->sampleTime > 0.0)
+                        delays.push_back((now - update->sampleTime) * 1e3);
+            });
+        StrokeStart start;
+        start.view = studio->Viewport().View().ToStrokeView();
+        engine().BeginStroke(start);
+        const auto begin = Clock::now();
+        int sent = 0;
+        while (sent < 2000) {
+            const int due = std::min(2000, static_cast<int>(Milliseconds(begin)) + 1);
+            std::vector<PenPoint> points;
+            for (; sent < due; ++sent)
+                points.push_back({400.0f + 0.08f * static_cast<float>(sent),
+                                  360.0f + 60.0f * std::sin(0.01f * static_cast<float>(sent)),
+                                  0.5f,
+                                  0.0f,
+                                  0.0f,
+                                  static_cast<double>(sent)});
+            if (!points.empty()) engine().AddSamples(std::move(points));
+            WaitFor([] { return false; }, 1);
+        }
+        engine().EndStroke();
+        WaitFor([this] { return engine().IsIdle(); });
+        QObject::disconnect(surface);
+        studio->Viewport().setUpdatesEnabled(true);
+        Print("1000 Hz: sample to posted patches, median", Quantile(delays, 0.5), "ms");
+        Print("1000 Hz: sample to posted patches, longest", Quantile(delays, 1.0), "ms");
+    }
+
+    /// The undo of a stroke over 100 thousand vertices: frames until the viewport shows it.
+    void Undo() {
+        OpenSphere(4);
+        engine().Run({{"tool", "Wax"}, {"set", {{"radius", 0.505}}}});
+        engine().Run({{"stroke", {{"pointer", {{480, 360}}}}}});
+        WaitForPicture();
+        int frames = 0;
+        const auto frame = QObject::connect(
+            &studio->Viewport(), &ViewportWidget::FrameDrawn, &studio->Window(), [&frames] {
+                ++frames;
+            });
+        const auto begin = Clock::now();
+        studio->Actions().Trigger("edit.undo");
+        WaitFor([this] { return engine().IsIdle() && engine().HasUpdates(); }, 2000);
+        Print("undo: request to posted patches", Milliseconds(begin), "ms");
+        WaitForPicture();
+        QObject::disconnect(frame);
+        Print("undo: frames until it is shown", frames, "");
+        Print("undo: bytes uploaded in the last frame",
+              static_cast<double>(studio->Viewport().Stats().bytesUploaded) / 1e6,
+              "MB");
+    }
+
+    /// A plane of 16.8 million quads.
+    void Memory() {
+        const double before = ResidentBytes();
+        OpenRequest request;
+        request.meshPath =
+            WritePrimitive(Primitive::Plane, 16, folder.filePath("shapes").toStdString());
+        request.levels = 8;
+        Open(request);
+        const double buffers = static_cast<double>(studio->Viewport().Stats().bufferBytes);
+        const auto mesh = static_cast<double>(engine().State()->memoryBytes);
+        const double other = ResidentBytes() - before - buffers - mesh;
+        Print("faces", engine().State()->levels.back().faces / 1e6, "million");
+        Print("vertex and index buffers", buffers / 1e6, "MB");
+        Print("accounted arrays of the mesh and its levels", mesh / 1e6, "MB");
+        Print("other resident memory", other / 1e6, "MB");
+        Print("other resident memory", 100.0 * other / mesh, "% of the mesh");
+    }
+
+private:
+    Engine& engine() { return studio->GetEngine(); }
+
+    void WaitForPicture() {
+        WaitFor(
+            [this] {
+                return engine().HasDocument() && engine().IsIdle() && !engine().IsBusy() &&
+                       studio->Viewport().IsComplete();
+            },
+            600'000);
+    }
+
+    void Open(const OpenRequest& request) {
+        bool isOpen = false;
+        const auto opened = QObject::connect(
+            &engine(), &Engine::Opened, &studio->Window(), [&isOpen] { isOpen = true; });
+        engine().Open(request);
+        WaitFor([&isOpen] { return isOpen; }, 600'000);
+        QObject::disconnect(opened);
+        WaitForPicture();
+    }
+
+    void OpenSphere(int levels) {
+        OpenRequest request;
+        request.meshPath =
+            WritePrimitive(Primitive::Sphere, 32, folder.filePath("shapes").toStdString());
+        request.levels = levels;
+        Open(request);
+    }
+
+    QTemporaryDir folder;
+    std::unique_ptr<StudioApplication> studio;
+    double startMilliseconds = 0.0;
+};
+
+}  // namespace
+
+}  // namespace trovik::studio
+
+int main(int argc, char** argv) {
+    QTemporaryDir home;
+    for (const char* variable :
+         {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME"})
+        qputenv(variable, home.path().toUtf8());
+    const QApplication application(argc, argv);
+    const std::vector<std::string> wanted(argv + 1, argv + argc);
+    const auto isWanted = [&](const char* name) {
+        if (wanted.empty()) return std::string(name) != "memory";
+        return std::find(wanted.begin(), wanted.end(), name) != wanted.end();
+    };
+    trovik::studio::Bench bench;
+    if (isWanted("start")) bench.Start();
+    if (isWanted("stroke")) bench.Stroke();
+    if (isWanted("rate")) bench.Rate();
+    if (isWanted("undo")) bench.Undo();
+    if (isWanted("memory")) bench.Memory();
+    return 0;
+}

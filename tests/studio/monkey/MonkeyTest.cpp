@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file
+/// Random input to the whole studio. TROVIK_MONKEY_EVENTS is the number of events,
+/// TROVIK_MONKEY_SEED the seed of the sequence.
+#include "commands/Primitives.h"
+#include "framework/io/ContentHash.h"
+#include "input/ViewportInput.h"
+#include "tests/studio/WaitFor.h"
+#include "tests/studio/monkey/Monkey.h"
+#include "viewport/ViewportWidget.h"
+#include "window/MainWindow.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace trovik::studio::test {
+
+namespace {
+
+constexpr int defaultEvents = 300;
+constexpr int defaultSeed = 1;
+/// The state is checked after this many events.
+constexpr int eventsPerCheck = 250;
+constexpr int idleMilliseconds = 300'000;
+
+int NumberOf(const char* variable, int otherwise) {
+    bool isNumber = false;
+    const int number = qEnvironmentVariableIntValue(variable, &isNumber);
+    return isNumber ? number : otherwise;
+}
+
+class MonkeyTest : public testing::Test {
+protected:
+    MonkeyTest() {
+        // File dialogs and recordings of the monkey stay in this folder.
+        QDir::setCurrent(folder.path());
+        QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        CommandLine line;
+        line.hasNoPreferences = true;
+        line.viewportWidth = 420;
+        line.viewportHeight = 340;
+        studio = std::make_unique<StudioApplication>(line);
+        studio->Window().resize(900, 600);
+        studio->Start();
+        QObject::connect(&studio->GetEngine(), &Engine::Opened, &studio->Window(), [this] {
+            isBaseKnown = false;
+        });
+    }
+    ~MonkeyTest() override {
+        studio.reset();
+        QDir::setCurrent(QDir::rootPath());
+    }
+
+    const DocumentState& State() const { return *studio->GetEngine().State(); }
+
+    /// A sphere of 1536 faces, for speed.
+    void OpenSmallSphere() {
+        OpenRequest request;
+        request.meshPath =
+            WritePrimitive(Primitive::Sphere, 8, folder.filePath("shapes").toStdString());
+        request.levels = 1;
+        bool isOpen = false;
+        const auto opened = QObject::connect(
+            &studio->GetEngine(), &Engine::Opened, &studio->Window(), [&] { isOpen = true; });
+        studio->GetEngine().Open(request);
+        ASSERT_TRUE(WaitFor([&] { return isOpen; }, idleMilliseconds));
+        QObject::disconnect(opened);
+    }
+
+    void WaitUntilIdle() {
+        ASSERT_TRUE(WaitFor(
+            [this] {
+                return studio->GetEngine().HasDocument() && studio->GetEngine().IsIdle() &&
+                       !studio->GetEngine().IsBusy();
+            },
+            idleMilliseconds));
+    }
+
+    void Run(const nlohmann::json& step) {
+        QString failure;
+        bool isDone = false;
+        studio->GetEngine().Run(step, {}, [&](const QString& error) {
+            failure = error;
+            isDone = true;
+        });
+        ASSERT_TRUE(WaitFor([&] { return isDone; }, idleMilliseconds));
+        ASSERT_TRUE(failure.isEmpty()) << step << ": " << failure.toStdString();
+    }
+
+    /// Positions of the current level, bit for bit.
+    ContentHash Surface() {
+        const std::string path = folder.filePath("surface.ply").toStdString();
+        Run({{"export", {{"file", path}}}});
+        return HashFile(path);
+    }
+
+    /// Remembers the surface at the start of the history.
+    void RememberBase() {
+        WaitUntilIdle();
+        const auto done = static_cast<int>(State().historyPosition);
+        if (done > 0) Run({{"undo", done}});
+        base = Surface();
+        baseLevels = State().levels;
+        if (done > 0) Run({{"redo", done}});
+        isBaseKnown = true;
+    }
+
+    void CheckThatUndoRestoresTheStart() {
+        const auto done = static_cast<int>(State().historyPosition);
+        const ContentHash now = Surface();
+        if (done > 0) Run({{"undo", done}});
+        WaitUntilIdle();
+        EXPECT_EQ(State().historyPosition, 0u);
+        EXPECT_EQ(State().levels, baseLevels);
+        EXPECT_EQ(Surface(), base) << "after undoing " << done << " steps";
+        if (done > 0) Run({{"redo", done}});
+        EXPECT_EQ(Surface(), now) << "after redoing " << done << " steps";
+    }
+
+    void CheckThatTheSceneCanBeRead() {
+        const std::string path = folder.filePath("saved.trovik").toStdString();
+        Run({{"save", path}});
+        Engine second{std::string()};
+        QString failure;
+        QObject::connect(
+            &second, &Engine::Failed, &studio->Window(), [&](const QString& e) { failure = e; });
+        OpenRequest request;
+        request.scenePath = path;
+        second.Open(request);
+        ASSERT_TRUE(
+            WaitFor([&] { return (second.HasDocument() && second.IsIdle()) || !failure.isEmpty(); },
+                    idleMilliseconds));
+        ASSERT_TRUE(failure.isEmpty()) << failure.toStdString();
+        EXPECT_EQ(second.State()->levels, State().levels);
+        EXPECT_EQ(second.State()->currentLevel, State().currentLevel);
+        EXPECT_EQ(second.State()->layers, State().layers);
+        const std::string copy = folder.filePath("copy.ply").toStdString();
+        second.Run({{"export", {{"file", copy}}}});
+        ASSERT_TRUE(WaitFor([&] { return second.IsIdle(); }, idleMilliseconds));
+        EXPECT_EQ(HashFile(copy), Surface());
+    }
+
+    QTemporaryDir folder;
+    std::unique_ptr<StudioApplication> studio;
+    bool isBaseKnown = false;
+    ContentHash base;
+    std::vector<DocumentState::Level> baseLevels;
+};
+
+TEST_F(MonkeyTest, LeavesAValidDocument) {
+    const int events = NumberOf("TROVIK_MONKEY_EVENTS", defaultEvents);
+    const int seed = NumberOf("TROVIK_MONKEY_SEED", defaultSeed);
+    std::printf("TROVIK_MONKEY_SEED=%d TROVIK_MONKEY_EVENTS=%d\n", seed, events);
+    Monkey monkey(*studio, static_cast<unsigned>(seed));
+    OpenSmallSphere();
+    RememberBase();
+    for (int sent = 0; sent < events && !HasFatalFailure();) {
+        const int count = std::min(eventsPerCheck, events - sent);
+        monkey.Send(count);
+        sent += count;
+        ASSERT_TRUE(monkey.CloseAll()) << "a dialog or menu cannot be closed";
+        studio->Input().FinishGesture();
+        WaitUntilIdle();
+        EXPECT_FALSE(State().isStrokeOpen) << "after " << sent << " events";
+        EXPECT_FALSE(studio->Input().HasGesture());
+        EXPECT_EQ(studio->Input().Keys().Modifiers(), Qt::NoModifier);
+        EXPECT_TRUE(studio->Viewport().Problem().isEmpty());
+        if (!isBaseKnown) RememberBase();
+        CheckThatUndoRestoresTheStart();
+        CheckThatTheSceneCanBeRead();
+        if (HasFailure()) FAIL() << "after " << sent << " events";
+    }
+    for (const auto& [kind, count] : monkey.Counts())
+        std::printf("%s %d\n", qPrintable(kind), count);
+    EXPECT_GT(monkey.Counts().at("pen"), events / 10);
+}
+
+}  // namespace
+
+}  // namespace trovik::studio::test
