@@ -15,7 +15,7 @@ struct CommandLine {
     std::string events;
     /// Whether the viewport draws only the frames that events wait for.
     bool skipsFrames = false;
-    /// Scene to save after the events have been played, or at once if there are none.
+    /// Scene to save after the events have been played, or immediately if there are none.
     std::string save;
     /// Image of the window to write after saving.
     std::string screenshot;

@@ -21,7 +21,7 @@ struct ActionContext {
     ViewModel& view;
     Preferences& preferences;
     StudioScene& scene;
-    /// Parent of dialogs.
+    /// Parent window of dialogs.
     QWidget* window;
 
     /// The document's state. It has no levels before the first document is opened.

@@ -30,8 +30,9 @@ using ShowImage = std::function<void(const QImage& image)>;
 using ImageWork = std::function<void(
     trovik::Document& document, const StrokeView& view, JobControl& job, const ShowImage& show)>;
 
-/// The UI thread's access to the document, which has a thread of its own. All functions return at
-/// once; requests are carried out in order, and results arrive as signals on the UI thread.
+/// The UI thread's interface to the document, which lives on the engine thread. All functions
+/// return immediately; requests are carried out in order, and results arrive as signals on the UI
+/// thread.
 ///
 /// Steps are stroke-script steps, for example {"subdivide": 1} or {"layer": {"add": "Skin"}}. Apart
 /// from live strokes, they are the only way in which the studio changes a document. Each step and
@@ -57,7 +58,7 @@ public:
     const OpenedDocument& Document() const { return *opened; }
     /// Sets the preferences, as in stroke scripts, for documents opened from now on.
     void SetPreferences(nlohmann::json values) { preferences = std::move(values); }
-    /// Saves to a path as the step "save" does; ends with Saved or Failed.
+    /// Saves to a path, like the step "save"; ends with Saved or Failed.
     void Save(const std::string& scenePath);
     /// Called on the UI thread when a request has finished; `error` is empty, or one line.
     using Done = std::function<void(const QString& error)>;
@@ -70,7 +71,7 @@ public:
 
     // --- Changes ---
 
-    /// Runs a step. Errors are reported by Failed as well. Steps that read the view (mask and
+    /// Runs a step. Errors are also reported by Failed. Steps that read the view (mask and
     /// visibility by box or lasso, renders) use the view of SetView at the time of this call.
     /// \param label  shown with the progress of a long step; empty: the name of the step.
     void Run(const nlohmann::json& step, const QString& label = {}, Done done = {});
@@ -189,7 +190,7 @@ private:
     QString journalFailure;
     /// The request that has been running for a long time; 0 if there is none.
     uint64_t busyRequest = 0;
-    /// Number of the newest request that was carried out before the engine thread had no work left.
+    /// Number of the last request carried out before the engine thread became idle.
     uint64_t idleNumber = 0;
 };
 

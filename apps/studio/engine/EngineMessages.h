@@ -54,7 +54,7 @@ struct HoverHit {
     float radius = 0.0f;
     /// The face group there, as an index into OpenedDocument::groups; -1 if there is none.
     int group = -1;
-    /// Where mirrored dabs would be applied, and their normals.
+    /// Positions and normals of the mirrored dabs.
     struct Mirrored {
         Vector position;
         Vector normal;
@@ -93,7 +93,7 @@ struct OpenRequest {
     std::string journalPath;
     /// Writes the mesh file and returns its path. Called on the engine thread.
     std::function<std::string()> makeMesh;
-    /// Units and up axis of a mesh, as in stroke scripts; empty: those of the file.
+    /// Units and up axis of a mesh, as in stroke scripts; empty: those specified in the file.
     std::string units, up;
     /// Levels to add to a mesh.
     int levels = 0;
@@ -102,7 +102,7 @@ struct OpenRequest {
     /// Other fields of a stroke script's setup, such as "seed" and "mirror". Its preferences take
     /// precedence over those above. Null if there are none.
     nlohmann::json setup;
-    /// Name of a new document that was made from a primitive; empty: the name of the file.
+    /// Name of a new document created from a primitive; empty: the file name.
     std::string title;
 };
 

@@ -107,7 +107,7 @@ private:
     /// \return the error in one line; empty if there is none.
     QString TryJournal();
     void SendJournalFailure();
-    /// Ends the job of a request, and the display of its progress.
+    /// Ends a request's job and the display of its progress.
     void EndJob();
     void AnswerPick();
     void SendSurface();

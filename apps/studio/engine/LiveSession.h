@@ -44,7 +44,7 @@ public:
     /// \param poll  called regularly while mirrored sides are applied after the release. If it
     /// throws Cancelled, the stroke is abandoned. \throw HostError
     void BeginStroke(const StrokeStart& start, std::function<void()> poll);
-    /// Has no effect if no stroke is open. \throw HostError; the stroke has then ended.
+    /// Has no effect if no stroke is open. \throw HostError, after which the stroke has ended.
     void AddSamples(const std::vector<PenPoint>& points);
     void Tick(double milliseconds);
     /// Applies dabs that AddSamples or ReleaseStroke could not apply within its time budget.

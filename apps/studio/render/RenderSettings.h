@@ -26,7 +26,7 @@ struct RenderSettings {
     bool hasGrid = true;
     bool hasGround = false;
     bool showsReferences = true;
-    /// From the bottom to the top of the viewport.
+    /// Background colours from the bottom to the top of the viewport.
     std::array<QColor, 2> background{QColor(38, 40, 44), QColor(70, 74, 80)};
     bool operator==(const RenderSettings&) const = default;
 };
