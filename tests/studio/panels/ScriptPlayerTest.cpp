@@ -170,6 +170,7 @@ TEST_F(ScriptPlayerTest, ScriptSeesItsOwnCamera) {
     ASSERT_EQ(player.Run(file.fileName()), QString());
     ASSERT_TRUE(WaitFor([&] { return isFinished; }));
     EXPECT_EQ(reason, QString());
+    Finish();
     EXPECT_EQ(State().view.width, 100);
     EXPECT_EQ(State().history.size(), 1u) << "the box contains half of the sphere";
 }
@@ -273,6 +274,7 @@ TEST_F(ScriptPlayerTest, BakePreviewNeedsTextureCoordinates) {
     engine.Open(request);
     ASSERT_TRUE(WaitFor([&] { return isOpened; }));
     options.from = 2;
+    options.repeat = true;
     options.kind = MapKind::Normal;
     compute();
     EXPECT_EQ(error, QString());

@@ -123,7 +123,8 @@ TEST_F(StudioSceneTest, BookmarkListGoesToAndRenamesBookmarks) {
     ASSERT_NE(entry, nullptr);
     entry->setText("  Profile ");
     QTest::keyClick(entry, Qt::Key_Return);
-    EXPECT_EQ(window->Scene().Bookmarks()[0].name, "Profile");
+    // The list commits the text in the event loop.
+    EXPECT_TRUE(WaitFor([this] { return window->Scene().Bookmarks()[0].name == "Profile"; }, 5000));
     EXPECT_EQ(list->item(0)->text(), "Profile");
     EXPECT_TRUE(WaitFor([this] { return QApplication::focusWidget() == viewport; }));
     Action("view.bookmark.add")->trigger();
