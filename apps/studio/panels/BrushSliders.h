@@ -10,7 +10,7 @@ namespace trovik::studio {
 class Engine;
 class ValueSlider;
 
-/// Two sliders for radius and strength of the active tool, which a layout can place.
+/// Two sliders for the radius and strength of the active tool, to be added to a layout.
 class BrushSliders : public QObject {
     Q_OBJECT
 public:
