@@ -85,8 +85,9 @@ ImageWork BakeWork(const BakeOptions& options) {
                      const StrokeView&,
                      JobControl& job,
                      const ShowImage& show) {
-        // The name is not used for a file; it permits several tiles.
-        const BakedMap map = BakeMap(document.Geometry(), options, "preview.<UDIM>.exr", &job);
+        // No file is written; the name determines whether the map may have several tiles.
+        const char* name = options.repeat ? "preview.exr" : "preview.<UDIM>.exr";
+        const BakedMap map = BakeMap(document.Geometry(), options, name, &job);
         if (map.tiles.empty()) return;
         show(ImageOf(map.tiles.front().image, options.kind == MapKind::Normal ? 1.0f : map.range));
     };

@@ -42,6 +42,7 @@ JournalNotice::JournalNotice(Engine& engine, ActionRegistry& actions, QWidget* o
     const auto addButton = [&](const QString& text, const QString& tip, const auto& run) {
         auto* button = new QPushButton(text, this);
         button->setToolTip(tip);
+        button->setAccessibleName(text);
         button->setFocusPolicy(Qt::NoFocus);
         layout->addWidget(button);
         connect(button, &QPushButton::clicked, this, run);

@@ -66,7 +66,7 @@ TEST_F(PlayedScript, AppliesAllFieldsOfTheSetup) {
 TEST_F(PlayedScript, RefusesWhatCannotBeApplied) {
     const std::string mesh = trovik::test::SourceFolder() + "/examples/meshes/bust.obj";
     const auto none = nlohmann::json::array();
-    EXPECT_THAT(Refusal({{"steps", none}}), testing::HasSubstr("names no mesh"));
+    EXPECT_THAT(Refusal({{"steps", none}}), testing::HasSubstr("does not name a mesh"));
     EXPECT_THAT(Refusal({{"mesh", mesh}, {"memoryLimit", 1000000}, {"steps", none}}),
                 testing::HasSubstr("memoryLimit"));
     EXPECT_THAT(Refusal({{"mesh", mesh}, {"scene", "a.trovik"}, {"steps", none}}),

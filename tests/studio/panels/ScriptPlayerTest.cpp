@@ -82,10 +82,10 @@ protected:
 TEST_F(ScriptPlayerTest, StepsThroughAScript) {
     EXPECT_FALSE(player.Load(folder.filePath("none.json")).isEmpty());
     Load();
-    EXPECT_EQ(player.StepCount(), 5) << "the setup's mirror, and the steps without the comment";
+    EXPECT_EQ(player.StepCount(), 4) << "all but the comment";
     EXPECT_EQ(player.Done(), 0);
-    EXPECT_EQ(player.StepText(), "mirror");
-    for (int step = 1; step <= 4; ++step) {
+    EXPECT_EQ(player.StepText(), "set");
+    for (int step = 1; step <= 3; ++step) {
         player.Step();
         ASSERT_TRUE(WaitFor([&] { return player.GetState() == State::Paused; }));
         EXPECT_EQ(player.Done(), step);
@@ -94,7 +94,7 @@ TEST_F(ScriptPlayerTest, StepsThroughAScript) {
     EXPECT_EQ(State().history.size(), 2u);
     player.Step();
     ASSERT_TRUE(WaitFor([&] { return isFinished; }));
-    EXPECT_EQ(done, 5);
+    EXPECT_EQ(done, 4);
     EXPECT_EQ(reason, QString());
     EXPECT_EQ(dabs, 0);
 }
@@ -124,7 +124,7 @@ TEST_F(ScriptPlayerTest, TimeLapseShowsEachDabAndGivesTheSameScene) {
     player.Play();
     ASSERT_TRUE(WaitFor([&] { return isFinished; }));
     EXPECT_GT(dabs, 8);
-    EXPECT_EQ(frames, dabs + 5) << "each step gives a frame at its end";
+    EXPECT_EQ(frames, dabs + 4) << "each step gives a frame at its end";
     EXPECT_EQ(SceneHash(), expected);
 
     WaitFor([] { return false; }, 50);
@@ -193,7 +193,7 @@ TEST_F(ScriptPlayerTest, BarSavesFrames) {
     ASSERT_TRUE(WaitFor([&] { return isFinished; }));
     bar.EndFilm();
     const QStringList frames = film.entryList({"frame_*.png"});
-    EXPECT_EQ(frames.size(), 1 + dabs + 5) << "and one before the first step";
+    EXPECT_EQ(frames.size(), 1 + dabs + 4) << "and one before the first step";
     EXPECT_EQ(frames.first(), "frame_00001.png");
     EXPECT_EQ(QImage(film.filePath(frames.last())).pixelColor(1, 1), QColor(Qt::blue));
 }
