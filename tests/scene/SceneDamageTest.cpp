@@ -205,8 +205,8 @@ TEST_F(DamagedScene, InvalidPenSettingsAreRefused) {
     constexpr float infinite = std::numeric_limits<float>::infinity();
     // The chunk contains a curve with three points, an empty curve and then the numbers.
     EXPECT_THAT(error("PENS", 12, BytesOf(0.0f)),
-                HasSubstr("chunk PENS: the pressure curve for strength: the pressures of a curve's "
-                          "points must ascend"));
+                HasSubstr("chunk PENS: the pressure curve for strength: the pressures of curve "
+                          "points must be in ascending order"));
     EXPECT_THAT(error("PENS", 8, BytesOf(nan)),
                 HasSubstr("chunk PENS: the pressure curve for strength: "));
     EXPECT_THAT(error("PENS", 32, BytesOf(nan)),

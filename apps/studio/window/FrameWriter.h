@@ -9,7 +9,7 @@
 namespace trovik::studio {
 
 /// Writes the frames of a film as numbered PNG files: frame_00001.png and so on. Files of the same
-/// name are replaced.
+/// name are replaced. All frames have the size of the first one; others are scaled to fit.
 ///
 /// Call on one thread; files are written on others.
 class FrameWriter {
@@ -30,6 +30,7 @@ public:
 private:
     QString folder;
     QThreadPool pool;
+    QSize size;
     int count = 0;
     std::atomic<int> waiting = 0;
     std::atomic<bool> hasFailed = false;

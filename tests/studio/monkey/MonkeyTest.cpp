@@ -23,8 +23,8 @@ namespace trovik::studio::test {
 
 namespace {
 
-constexpr int defaultEvents = 300;
-constexpr int defaultSeed = 1;
+constexpr int defaultEvents = 150;
+constexpr int defaultSeed = 2;
 /// The state is checked after this many events.
 constexpr int eventsPerCheck = 250;
 constexpr int idleMilliseconds = 300'000;
