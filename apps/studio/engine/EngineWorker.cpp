@@ -234,7 +234,7 @@ QString EngineWorker::ErrorOf(const std::function<void()>& work) {
 }
 
 QString EngineWorker::Guarded(const std::function<void()>& work) {
-    const QString error = ErrorOf(work);
+    QString error = ErrorOf(work);
     if (!error.isEmpty()) ToUi([error](Engine& to) { Q_EMIT to.Failed(error); });
     return error;
 }
