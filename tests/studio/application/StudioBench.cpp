@@ -58,7 +58,6 @@ public:
     Bench() {
         CommandLine line;
         line.hasNoPreferences = true;
-        line.quits = true;
         line.viewportWidth = 960;
         line.viewportHeight = 720;
         const auto begin = Clock::now();
