@@ -3,6 +3,7 @@
 #include "framework/document/Document.h"
 #include "framework/io/ContentHash.h"
 #include "framework/script/ScriptRunner.h"
+#include "tests/studio/SurfaceCopy.h"
 #include "tests/studio/engine/StudioEngine.h"
 
 #include <QEventLoop>
@@ -10,7 +11,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <set>
 
 namespace trovik::studio {
@@ -61,19 +61,7 @@ TEST_F(StudioEngine, ReportsAStepThatFailsInPlainWords) {
 TEST_F(StudioEngine, ACopyThatFollowsTheUpdatesEqualsTheSurfaceAfterAllOfThem) {
     OpenBust();
     std::vector<DisplayVertex> copy;
-    const auto follow = [&] {
-        for (const auto& update : engine->TakeUpdates()) {
-            copy.resize(update->layout->TotalVertexCount());
-            std::size_t first = 0;
-            for (const uint32_t patch : update->patches) {
-                const uint32_t count = update->layout->VertexCount(patch);
-                std::memcpy(copy.data() + update->layout->FirstVertex(patch),
-                            update->vertices.data() + first,
-                            count * sizeof(DisplayVertex));
-                first += count;
-            }
-        }
-    };
+    const auto follow = [&] { FollowUpdates(*engine, copy); };
     Draw({}, 0.4f);
     follow();
     engine->EndStroke();

@@ -7,13 +7,12 @@
 #include "engine/ImageWork.h"
 #include "framework/io/ContentHash.h"
 #include "tests/SourceFolder.h"
+#include "tests/studio/SurfaceCopy.h"
 #include "tests/studio/panels/StudioWindow.h"
 #include "window/ScriptBar.h"
 
 #include <QDir>
 #include <QFile>
-
-#include <cstring>
 
 namespace trovik::studio {
 
@@ -55,19 +54,7 @@ protected:
         Finish();
         return HashFile(path);
     }
-    void Follow() {
-        for (const auto& update : engine.TakeUpdates()) {
-            copy.resize(update->layout->TotalVertexCount());
-            std::size_t first = 0;
-            for (const uint32_t patch : update->patches) {
-                const uint32_t count = update->layout->VertexCount(patch);
-                std::memcpy(copy.data() + update->layout->FirstVertex(patch),
-                            update->vertices.data() + first,
-                            count * sizeof(DisplayVertex));
-                first += count;
-            }
-        }
-    }
+    void Follow() { FollowUpdates(engine, copy); }
 
     ScriptPlayer player{engine};
     std::vector<DisplayVertex> copy;
