@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/document/DocumentObserver.h"
+#include "framework/document/Document.h"
 
 #include <condition_variable>
 #include <functional>
@@ -30,13 +30,21 @@ private:
     bool isReleased = false;
 };
 
-/// Calls a function whenever the surface of a document changes.
+/// Calls a function whenever the surface of a document changes, for as long as it exists. Borrows
+/// the document.
 class SurfaceListener final : public DocumentObserver {
 public:
-    explicit SurfaceListener(std::function<void()> onChange) : listener(std::move(onChange)) {}
+    SurfaceListener(trovik::Document& observed, std::function<void()> onChange)
+        : document(observed), listener(std::move(onChange)) {
+        document.AddObserver(*this);
+    }
+    ~SurfaceListener() { document.RemoveObserver(*this); }
+    SurfaceListener(const SurfaceListener&) = delete;
+    SurfaceListener& operator=(const SurfaceListener&) = delete;
     void SurfaceChanged(const SurfaceChange&) override { listener(); }
 
 private:
+    trovik::Document& document;
     std::function<void()> listener;
 };
 

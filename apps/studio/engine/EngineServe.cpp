@@ -118,20 +118,12 @@ void EngineWorker::EndJob() {
 
 void EngineWorker::RunPaced(const StepRequest& step) {
     LiveSession& current = RequireSession();
-    SurfaceListener listener([this] {
+    const SurfaceListener listener(current.GetDocument(), [this] {
         SendSurface();
         ToUi([](Engine& to) { Q_EMIT to.DabShown(); });
         pacer.Wait();
     });
-    trovik::Document& document = current.GetDocument();
-    document.AddObserver(listener);
-    try {
-        current.Run(step.step, step.view);
-    } catch (...) {
-        document.RemoveObserver(listener);
-        throw;
-    }
-    document.RemoveObserver(listener);
+    current.Run(step.step, step.view);
 }
 
 void EngineWorker::Serve(ImageRequest& image) {
