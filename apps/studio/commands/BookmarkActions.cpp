@@ -47,16 +47,6 @@ void GoTo(const ActionContext& context, int index) {
     context.scene.SelectBookmark(index);
 }
 
-/// Enables an action while a condition on the bookmarks holds.
-template <typename Condition>
-void EnableWhen(const ActionContext& context, QAction* action, Condition condition) {
-    const auto update = [scene = &context.scene, action, condition] {
-        action->setEnabled(condition(*scene));
-    };
-    QObject::connect(&context.scene, &StudioScene::Changed, action, update);
-    update();
-}
-
 }  // namespace
 
 void AddBookmarkActions(const ActionContext& context) {
@@ -91,8 +81,9 @@ void AddBookmarkActions(const ActionContext& context) {
                          context.scene.SetBookmarks(std::move(bookmarks));
                      }});
     for (QAction* action : {update, remove})
-        EnableWhen(
-            context, action, [](const StudioScene& scene) { return scene.CurrentBookmark() >= 0; });
+        EnableWhen(context.scene, action, [](const StudioScene& scene) {
+            return scene.CurrentBookmark() >= 0;
+        });
     QAction* next = actions.Add(
         {.id = "view.bookmark.next",
          .text = Text::tr("Next Bookmark"),
@@ -103,7 +94,8 @@ void AddBookmarkActions(const ActionContext& context) {
              const int count = static_cast<int>(context.scene.Bookmarks().size());
              GoTo(context, (context.scene.CurrentBookmark() + 1) % std::max(count, 1));
          }});
-    EnableWhen(context, next, [](const StudioScene& scene) { return !scene.Bookmarks().empty(); });
+    EnableWhen(
+        context.scene, next, [](const StudioScene& scene) { return !scene.Bookmarks().empty(); });
     for (int i = 0; i < keyCount; ++i) {
         QAction* go =
             actions.Add({.id = QStringLiteral("view.bookmark.%1").arg(i + 1),
@@ -112,7 +104,7 @@ void AddBookmarkActions(const ActionContext& context) {
                          .keys = {QKeySequence(QStringLiteral("F%1").arg(5 + i))},
                          .icon = "bookmark",
                          .run = [context, i] { GoTo(context, i); }});
-        EnableWhen(context, go, [i](const StudioScene& scene) {
+        EnableWhen(context.scene, go, [i](const StudioScene& scene) {
             return static_cast<std::size_t>(i) < scene.Bookmarks().size();
         });
     }

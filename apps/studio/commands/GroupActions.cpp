@@ -82,11 +82,9 @@ void AddGroupActions(const ActionContext& context) {
                  context.Run(row.step, std::move(choice), row.text);
              }});
         action->setIconText(row.shortText);
-        const auto update = [action, scene = &context.scene] {
-            action->setEnabled(scene->CurrentGroup() >= 0);
-        };
-        QObject::connect(&context.scene, &StudioScene::Changed, action, update);
-        update();
+        EnableWhen(context.scene, action, [](const StudioScene& scene) {
+            return scene.CurrentGroup() >= 0;
+        });
     }
 }
 

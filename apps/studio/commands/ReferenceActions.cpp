@@ -116,13 +116,10 @@ void AddReferenceActions(const ActionContext& context) {
                                              "remains."),
                      .icon = "trash",
                      .run = [context] { Delete(context); }});
-    for (QAction* action : {replace, remove}) {
-        const auto update = [action, scene = &context.scene] {
-            action->setEnabled(scene->CurrentReference() >= 0);
-        };
-        QObject::connect(&context.scene, &StudioScene::Changed, action, update);
-        update();
-    }
+    for (QAction* action : {replace, remove})
+        EnableWhen(context.scene, action, [](const StudioScene& scene) {
+            return scene.CurrentReference() >= 0;
+        });
 }
 
 }  // namespace trovik::studio

@@ -105,4 +105,12 @@ private:
     QString storedFolder;
 };
 
+/// Enables an action or a widget while a condition on the scene's data holds.
+template <typename Target, typename Condition>
+void EnableWhen(const StudioScene& scene, Target* target, Condition condition) {
+    const auto update = [&scene, target, condition] { target->setEnabled(condition(scene)); };
+    QObject::connect(&scene, &StudioScene::Changed, target, update);
+    update();
+}
+
 }  // namespace trovik::studio

@@ -37,11 +37,9 @@ BookmarkList::BookmarkList(const ActionContext& given, QWidget* parent)
     layout->addWidget(hint);
     layout->addWidget(list);
     layout->addLayout(buttons);
-    const auto enable = [this, rename] {
-        rename->setEnabled(context.scene.CurrentBookmark() >= 0);
-    };
-    enable();
-    connect(&context.scene, &StudioScene::Changed, rename, enable);
+    EnableWhen(context.scene, rename, [](const StudioScene& scene) {
+        return scene.CurrentBookmark() >= 0;
+    });
     connect(&context.scene, &StudioScene::Changed, this, &BookmarkList::Refresh);
     connect(list, &QListWidget::itemClicked, this, [this](const QListWidgetItem* item) {
         const int row = list->row(item);
