@@ -107,12 +107,12 @@ void ViewportMenu::AddPart(const HoverHit& hit) {
         tr("Mask Part"),
         tr("Masks everything that is connected to the point under the pointer"),
         "mask",
-        {{"shell", at}});
+        {{"component", at}});
     add("mask-clear",
         tr("Unmask Part"),
         tr("Removes the mask from everything that is connected to the point under the pointer"),
         "mask",
-        {{"shell", at}, {"mode", "subtract"}});
+        {{"component", at}, {"mode", "subtract"}});
     add("hide",
         tr("Hide Part"),
         tr("Hides everything that is connected to the point under the pointer"),
