@@ -122,7 +122,7 @@ TEST_F(Layout, NoTextIsClippedInAnyPanelAndTheme) {
         for (const QString& panel : window->Panels().Ids()) {
             SCOPED_TRACE(panel.toStdString() + ", " + theme);
             window->Panels().Show(panel);
-            QApplication::processEvents();
+            FinishLayout();
             CheckTexts();
         }
         CheckPicture();
@@ -133,7 +133,7 @@ TEST_F(Layout, NoTextIsClippedInAnyPanelAndTheme) {
 TEST_F(Layout, TheThemesDifferInBrightness) {
     const auto brightness = [this](const char* theme) {
         ApplyTheme(QString::fromLatin1(theme), 1.0);
-        QApplication::processEvents();
+        FinishLayout();
         const QImage small = window->Panels().grab().toImage().scaled(
             1, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
         return qGray(small.pixel(0, 0));
@@ -180,7 +180,7 @@ TEST_F(Layout, EveryLetterReachesTheViewportAfterAClickIntoEachPanel) {
     ASSERT_GT(ids.size(), 5);
     for (const QString& id : ids) {
         window->Panels().Show(id);
-        QApplication::processEvents();
+        FinishLayout();
         for (QWidget* panel : panels) {
             SCOPED_TRACE(id.toStdString() + ", " + panel->metaObject()->className());
             ClickInto(*panel);

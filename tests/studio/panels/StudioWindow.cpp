@@ -6,6 +6,8 @@
 #include <QApplication>
 #include <QFile>
 
+#include <vector>
+
 namespace trovik::studio {
 
 StudioWindow::StudioWindow() {
@@ -37,6 +39,24 @@ void StudioWindow::Finish() {
     engine.Run({{"set", nlohmann::json::object()}}, {}, [&](const QString&) { isDone = true; });
     ASSERT_TRUE(WaitFor([&] { return isDone; }));
     QApplication::processEvents();
+}
+
+void StudioWindow::FinishLayout() {
+    const auto geometries = [this] {
+        std::vector<QRect> rectangles{window->geometry()};
+        for (const QWidget* widget : window->findChildren<QWidget*>())
+            if (widget->isVisible()) rectangles.push_back(widget->geometry());
+        return rectangles;
+    };
+    constexpr int turns = 5;
+    std::vector<QRect> last;
+    int unchanged = 0;
+    EXPECT_TRUE(WaitFor([&] {
+        std::vector<QRect> now = geometries();
+        unchanged = now == last ? unchanged + 1 : 0;
+        last = std::move(now);
+        return unchanged >= turns;
+    }));
 }
 
 nlohmann::json StudioWindow::Steps() {

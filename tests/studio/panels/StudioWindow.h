@@ -28,6 +28,9 @@ protected:
     void OpenSphere(int levels = 1);
     /// Waits until the results of all requests so far are shown.
     void Finish();
+    /// Waits until no widget of the window moves or changes its size any more: layouts follow a
+    /// change over several turns of the event loop.
+    void FinishLayout();
     /// The steps since the document was opened, as SaveActions writes them.
     nlohmann::json Steps();
     /// The last of these steps; null if there is none.
