@@ -103,9 +103,9 @@ void BakeCanvas::AddTriangle(std::array<FixedPoint, 3> p, std::array<const MapVa
     const std::int64_t firstY = first(lowY);
     const std::int64_t lastY = last(highY, rows);
 
-    // Side i is opposite corner i. A sample exactly on a side belongs to the triangle for which the
-    // side runs downwards, or to the left if it is horizontal; in the other triangle the side runs
-    // in the opposite direction.
+    // Edge i is opposite corner i. A sample exactly on an edge belongs to the triangle in which the
+    // edge runs downwards, or to the left if it is horizontal; the adjacent triangle traverses the
+    // edge in the opposite direction.
     bool owns[3];
     FixedPoint along[3];
     for (std::size_t i = 0; i < 3; ++i) {

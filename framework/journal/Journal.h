@@ -91,7 +91,7 @@ public:
     /// written, and after Close.
     const std::string& Failure() const { return failure; }
     /// Ends the journal if its file was removed or replaced, because further records would be lost.
-    /// The end of each step and stroke also checks this. Cost: one system call.
+    /// This is also checked at the end of each step and stroke. Cost: one system call.
     void RequireFile();
     const std::string& Path() const { return options.path; }
     /// Returns the reason why the journal ended early, as one line, and clears it; empty if there

@@ -26,7 +26,7 @@ inline Vector FacePointRule(const DoubleVector& corners, uint32_t count) {
 
 /// Returns the edge point of an inner edge.
 /// \param a, b  the endpoints of the edge.
-/// \param left, right  the face points on either side.
+/// \param left, right  the face points on the two sides of the edge.
 inline Vector EdgePointRule(const Vector& a,
                             const Vector& b,
                             const Vector& left,

@@ -104,8 +104,8 @@ void OlderValues<Value>::Sort(JobPhase& phase) {
             ascending.push_back(static_cast<uint32_t>(word * wordBits + bit));
         }
     }
-    // The system provides the pages of a large list when they are first written, so the list is
-    // filled with zeros in runs.
+    // The system allocates the pages of a large list when they are first written, so the list is
+    // zeroed in chunks as it fills.
     constexpr std::size_t run = 4096;
     std::vector<Value> sorted;
     sorted.reserve(values.size());

@@ -33,7 +33,7 @@ JournalRecorder::JournalRecorder(const JournalOptions& options,
       files(scriptFiles),
       journal(options, MakeBase(edited, scriptSetup, scriptPath, scriptFiles, job)),
       source(Absolute(edited.MeshPath())) {
-    // Left by an earlier journal with this name, which was closed.
+    // Left over from an earlier, closed journal with the same name.
     std::error_code ignored;
     fs::remove(KeptSourceOf(journal.Path(), source), ignored);
     document.SetJournal(this);

@@ -94,8 +94,8 @@ private:
     /// World position of the surface at `walked`; empty off the mesh.
     std::optional<Vector> here;
     bool hasBegun = false;
-    /// Length covered on the surface since the last dab, and the length after which the next dab is
-    /// due.
+    /// Distance travelled on the surface since the last dab, and the distance at which the next dab
+    /// is due.
     double way = 0.0;
     double spacing = 0.0;
     Vector last;

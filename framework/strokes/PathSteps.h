@@ -33,7 +33,8 @@ public:
     std::size_t sample;
 };
 
-/// \throw HostError if the spacing is not within minSpacing to maxSpacing; the message states it.
+/// \throw HostError if the spacing is not between minSpacing and maxSpacing; the message states the
+/// range.
 TROVIK_API void CheckSpacing(float spacing);
 
 /// \throw HostError if a path takes more than maxPathSteps steps; the message states the number of
@@ -67,8 +68,8 @@ public:
               const PathOptions& options,
               const DabDynamics& dynamics = {});
 
-    /// Appends a sample of the unshaped path. From the second sample on, the number of steps is
-    /// predicted from the dab radius at the start of the path.
+    /// Appends a sample of the path as drawn, before smoothing. From the second sample on, the
+    /// number of steps is predicted from the dab radius at the start of the path.
     /// \throw PathRefused for a sample that is not finite, is farther from the viewport's corner
     /// than maxPathSteps steps, or makes the path too long.
     void Add(const PathSample& sample);

@@ -28,8 +28,8 @@ struct StrokeDab {
     /// Direction of the stroke at the dab, in world space and of any length; zero selects the
     /// direction from the previous dab.
     Vector heading;
-    /// The stamp's up direction, in world space and of any length; zero selects that of the stamp
-    /// positioning.
+    /// The stamp's up direction, in world space and of any length; if zero, the stamp positioning
+    /// determines the up direction.
     Vector stampTop;
     /// Whether stamp settings must not move the dab.
     bool keepPosition = false;

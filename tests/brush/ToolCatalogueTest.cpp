@@ -72,7 +72,7 @@ public:
                       const char* comment,
                       int) const override {
         if (QString::fromLatin1(context) != QLatin1String("SwiftStroke")) return {};
-        // Qt passes a missing comment as null or as an empty text.
+        // Qt passes a missing comment as null or as an empty string.
         if (comment != nullptr && *comment != '\0') ++comments;
         return QLatin1String("~") + QString::fromLatin1(text);
     }

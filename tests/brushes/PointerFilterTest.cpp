@@ -94,7 +94,7 @@ TEST_F(PointerFilterTest, DecreasingTimesAreMadeToIncrease) {
     const auto filtered = Filtered(raw);
     std::size_t k = 0;
     for (std::size_t i = 0; i < filtered.size(); ++i) {
-        // While the pen is stationary, samples with equal times have been merged.
+        // Samples with equal times, recorded while the pen is stationary, have been merged.
         while (k < clean.size() && clean[k].position != filtered[i].position) ++k;
         ASSERT_LT(k, clean.size()) << "the samples are in their original order";
         if (i > 0) {

@@ -118,7 +118,7 @@ TEST_F(Verbs, RecoverReplaysAJournalAndHistoryListsIt) {
     EXPECT_EQ(told.at("steps")[1].at("dabs"), 1);
     EXPECT_EQ(told.at("closed"), true);
 
-    // The result equals that of a script that saves at its end.
+    // The result is the same as that of a script that saves at the end.
     WriteFile("u.json", R"({"scene": "a.trovik", "steps": [
         {"tool": "Flatten", "set": {"radius": 0.6}}, {"stroke": {"surface": [[0.4, 0.2, 1]]}}, {"undo": 1},
         {"stroke": {"surface": [[-0.4, 0.2, 1]]}}, {"save": "wanted.trovik"}]})");

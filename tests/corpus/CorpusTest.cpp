@@ -2,7 +2,7 @@
 
 /// \file Runs the fuzz targets on their corpus files: whole, truncated and damaged. A target ends
 /// the process if a reader crashes or reports an error of the wrong kind. With TROVIK_FUZZ_SECONDS,
-/// each reader is then run for that time on random damage that differs in every run.
+/// each reader then runs for that long on randomly damaged files, which differ in every run.
 #include "framework/files/MeshFormat.h"
 #include "fuzz/ReaderFuzzer.h"
 #include "tests/SourceFolder.h"

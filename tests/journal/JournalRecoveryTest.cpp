@@ -285,8 +285,8 @@ TEST_F(RecoveredJournal, ThatFailsWithinAStrokeLeavesNoListener) {
     EXPECT_NE(message.find("made 1 dabs, but the journal has 2"), std::string::npos) << message;
 }
 
-// Mirrored sides that the stroke skipped are also skipped in the recovery, which can be cancelled
-// between the other sides.
+// Mirrored sides that the stroke skipped are also skipped during recovery, and recovery can be
+// cancelled between the remaining sides.
 TEST_F(RecoveredJournal, ContainsInterruptedMirroredStrokes) {
     uint64_t questions = 0;
     for (const bool isBroken : {true, false}) {

@@ -21,8 +21,8 @@ protected:
         ball.Stroke({{0.5f, 0.6f, 0.6f}, {0.2f, 0.8f, 0.5f}}, 0.5f, 0.1f);
         ball.Stroke({{-0.5f, -0.6f, -0.6f}, {0.0f, 0.02f, 0.9f}}, 0.4f, 0.1f);
     }
-    /// A subdivided ball is symmetric up to rounding, so the twin of a vertex is the vertex nearest
-    /// to its reflection.
+    /// A subdivided ball is symmetric up to rounding, so the mirror vertex of a vertex is the one
+    /// nearest to its reflection.
     void FindTwins(int axis) {
         const std::vector<Vector> positions = ball.Positions();
         for (const Vector& p : positions) {

@@ -34,7 +34,7 @@ struct Split {
     bool operator==(const Split&) const = default;
 };
 
-/// Applies one dab with a radius of `times` the measure of the hit face.
+/// Applies one dab whose radius is `times` the size of the hit face.
 Split SplitFor(StrokeFixture& bench, float times) {
     bench.Begin();
     bench.Dab(bench.HitFace(0), times * Measure(bench.Mesh(), 0), 0.0f);

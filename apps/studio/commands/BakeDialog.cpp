@@ -65,8 +65,7 @@ BakeDialog::BakeDialog(Engine& given, const DocumentState& state, QWidget* paren
                         tr("Samples per pixel; more are slower and smoother"),
                         {{"1", 1}, {"4", 4}, {"16", 16}});
     samples->setCurrentIndex(1);
-    padding =
-        AddWhole(tr("Padding"), tr("Pixels by which the map continues beyond seams"), 0, 256, 8);
+    padding = AddWhole(tr("Padding"), tr("Padding in pixels beyond the UV seams"), 0, 256, 8);
     repeat = AddCheck(tr("Repeats"), tr("The UVs run beyond 0 to 1, so the map repeats"), false);
     connect(map, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
     connect(format, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);

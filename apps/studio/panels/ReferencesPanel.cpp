@@ -22,7 +22,7 @@ namespace {
 
 using Lock = ReferenceImage::Lock;
 
-/// Directions of the two coordinates of the placement.
+/// Directions of the two axes of the image's plane.
 ReferenceDirections PlaneOf(Lock lock) {
     return DirectionsOf(lock).value_or(ReferenceDirections{{0, 0, -1}, {1, 0, 0}, {0, 1, 0}});
 }

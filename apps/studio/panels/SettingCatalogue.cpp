@@ -188,7 +188,7 @@ std::map<std::string, SettingAppearance> MakeCatalogue() {
     add("stamp.tiled",
         Text::tr("Tiled"),
         Stamp,
-        Text::tr("Repeats the image endlessly instead of once per dab."));
+        Text::tr("Tiles the image across the surface instead of applying it once per dab."));
     add("stamp.inverted", Text::tr("Inverted"), Stamp, Text::tr("Inverts the image."));
     add("stamp.onSurface",
         Text::tr("Lie on surface"),

@@ -94,8 +94,8 @@ bool Monkey::CloseAll() {
 }
 
 void Monkey::Schedule() {
-    // A timer of its own for each event, because one that is being handled does not run in the
-    // event loop of a dialog.
+    // Each event gets a new timer, because a timer whose handler is still running does not fire in
+    // the event loop of a dialog.
     QTimer::singleShot(1, this, &Monkey::Step);
 }
 

@@ -24,7 +24,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// A label or button for messages: what it is and where.
+/// The name of a label or button for messages: its class, text and the panels around it.
 std::string NameOf(const QWidget& widget) {
     QString text;
     if (const auto* label = qobject_cast<const QLabel*>(&widget)) text = label->text();
