@@ -9,7 +9,7 @@ namespace trovik::studio {
 
 /// Runs the event loop until the condition holds. \return false if the time runs out first.
 template <typename Condition>
-bool WaitFor(Condition condition, int milliseconds = 30'000) {
+bool WaitFor(Condition condition, int milliseconds = 120'000) {
     QElapsedTimer since;
     since.start();
     QEventLoop loop;

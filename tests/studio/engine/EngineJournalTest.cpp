@@ -23,7 +23,7 @@ TEST_F(StudioEngine, ReportsAJournalThatCannotBeWrittenAndContinuesIt) {
     // file is where the folder was.
     fs::remove_all(Path("journals"));
     std::ofstream(Path("journals")) << "not a folder";
-    ASSERT_TRUE(WaitFor([this] { return !engine->JournalFailure().isEmpty(); }, 10'000));
+    ASSERT_TRUE(WaitFor([this] { return !engine->JournalFailure().isEmpty(); }));
     Draw({}, 0.5f);
     engine->EndStroke();
     Finish();
@@ -33,7 +33,7 @@ TEST_F(StudioEngine, ReportsAJournalThatCannotBeWrittenAndContinuesIt) {
     EXPECT_FALSE(engine->JournalFailure().isEmpty());
     EXPECT_EQ(notes.size(), 1);
     fs::remove(Path("journals"));
-    ASSERT_TRUE(WaitFor([this] { return engine->JournalFailure().isEmpty(); }, 20'000));
+    ASSERT_TRUE(WaitFor([this] { return engine->JournalFailure().isEmpty(); }));
     Draw({}, 0.45f);
     engine->EndStroke();
     Finish();

@@ -146,7 +146,7 @@ TEST_F(StudioEngine, BecomesIdleWhileNobodyTakesTheSurface) {
     // Each level change sends 28 MB, more than may wait for the UI thread.
     engine->Run({{"level", 2}});
     engine->Run({{"level", 4}});
-    EXPECT_TRUE(WaitFor([this] { return engine->IsIdle(); }, 10'000));
+    EXPECT_TRUE(WaitFor([this] { return engine->IsIdle(); }));
     std::size_t bytes = 0;
     for (const auto& update : engine->TakeUpdates())
         bytes += update->vertices.size() * sizeof(DisplayVertex);

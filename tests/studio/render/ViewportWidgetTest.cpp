@@ -16,7 +16,7 @@ namespace trovik::studio {
 namespace {
 
 /// Software rendering takes a long time on a busy machine.
-constexpr int maxWaitMilliseconds = 60'000;
+constexpr int maxWaitMilliseconds = 120'000;
 
 void SavePicture(const QImage& image, const char* name) {
     const QString folder = qEnvironmentVariable("TROVIK_SHOTS");
