@@ -6,6 +6,7 @@
 #include "framework/document/Document.h"
 #include "framework/edits/LayerSteps.h"
 #include "framework/errors/HostError.h"
+#include "framework/filters/PositionEdit.h"
 #include "framework/multires/Steps.h"
 
 namespace trovik {
@@ -202,6 +203,13 @@ void Document::Displace(const DisplacementOptions& options, JobControl* job) {
     RequireNoStroke("displace the surface");
     DisplaceByMap(*geometry, options, job);
     NotifyChanges();
+}
+
+uint32_t Document::EditPositions(const PositionEdit& edit, JobControl* job) {
+    RequireNoStroke("change the mesh");
+    const uint32_t moved = trovik::EditPositions(*geometry, edit, job);
+    NotifyChanges();
+    return moved;
 }
 
 void Document::RefreshSurface() {

@@ -24,6 +24,7 @@ void AddMaskActions(const ActionContext& context);
 void AddVisibilityActions(const ActionContext& context);
 void AddGroupActions(const ActionContext& context);
 void AddSymmetryActions(const ActionContext& context);
+void AddSurfaceActions(const ActionContext& context);
 void AddToolActions(const ActionContext& context);
 void AddStrokeActions(const ActionContext& context);
 

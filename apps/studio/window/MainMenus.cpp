@@ -150,6 +150,14 @@ void FillMenus(QMainWindow& window, const ActionRegistry& actions, FileActions& 
           "-",
           "symmetry.symmetrize",
           "symmetry.symmetrize.negative"});
+    Fill(bar->addMenu(MainWindow::tr("S&urface")),
+         actions,
+         {"surface.transform",
+          "-",
+          "surface.inflate",
+          "surface.smooth",
+          "surface.relax",
+          "surface.sharpen"});
     QMenu* view = bar->addMenu(MainWindow::tr("&View"));
     Fill(view,
          actions,

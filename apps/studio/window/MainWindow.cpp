@@ -103,6 +103,7 @@ void MainWindow::AddActions() {
     AddVisibilityActions(context);
     AddGroupActions(context);
     AddSymmetryActions(context);
+    AddSurfaceActions(context);
     AddViewActions(context);
     AddBookmarkActions(context);
     AddReferenceActions(context);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/script/Command.h"
+#include "framework/script/commands/ScaleParameter.h"
 
 namespace trovik {
 
@@ -8,7 +9,7 @@ namespace {
 struct TransformParameters {
     /// 16 numbers row by row, row-vector convention.
     std::optional<std::array<float, 16>> matrix;
-    std::optional<std::variant<float, Vector>> scale;
+    std::optional<ScaleParameter> scale;
     /// Degrees about x, then y, then z.
     std::optional<Vector> rotate;
     std::optional<Vector> translate;
@@ -33,15 +34,6 @@ Matrix MatrixOf(const std::array<float, 16>& numbers) {
     inverse.Invert(&invertible);
     if (!invertible) throw FieldFault("/matrix", "the matrix has no inverse");
     return matrix;
-}
-
-Vector ScaleOf(const std::variant<float, Vector>& given) {
-    const float* factor = std::get_if<float>(&given);
-    const Vector scale =
-        factor != nullptr ? Vector(*factor, *factor, *factor) : std::get<Vector>(given);
-    if (scale.x == 0.0f || scale.y == 0.0f || scale.z == 0.0f)
-        throw FieldFault("/scale", "a scale must not be 0");
-    return scale;
 }
 
 void Transform(CommandContext& context, const TransformParameters& parameters) {

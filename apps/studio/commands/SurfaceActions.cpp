@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "commands/FormDialog.h"
+#include "commands/StudioActions.h"
+
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QDoubleSpinBox>
+#include <QSpinBox>
+
+namespace trovik::studio {
+
+namespace {
+
+struct Text {
+    Q_DECLARE_TR_FUNCTIONS(SurfaceActions)
+};
+
+/// An action that opens a dialog for the parameters of one filter.
+struct FilterAction {
+    const char* id;
+    const char* kind;
+    QString text, description;
+    const char* icon;
+    double strength;
+    int iterations;
+};
+
+void RunFilter(const ActionContext& context, const FilterAction& row) {
+    FormDialog dialog(row.text, Text::tr("Apply"), context.window);
+    const bool sharpens = std::string_view(row.kind) == "sharpen";
+    QDoubleSpinBox* strength =
+        dialog.AddNumber(Text::tr("Strength"),
+                         sharpens ? Text::tr("The factor by which details grow")
+                                  : Text::tr("The fraction of the way to the smooth surface"),
+                         0.0,
+                         sharpens ? 10.0 : 1.0,
+                         row.strength);
+    QSpinBox* iterations = dialog.AddWhole(Text::tr("Iterations"),
+                                           Text::tr("More iterations affect larger details"),
+                                           1,
+                                           1000,
+                                           row.iterations);
+    if (dialog.exec() != QDialog::Accepted) return;
+    context.Run(
+        "filter",
+        {{"kind", row.kind}, {"strength", strength->value()}, {"iterations", iterations->value()}},
+        row.text);
+}
+
+void Inflate(const ActionContext& context) {
+    const QString title = Text::tr("Inflate");
+    FormDialog dialog(title, Text::tr("Apply"), context.window);
+    QDoubleSpinBox* amount = dialog.AddNumber(
+        Text::tr("Distance"),
+        Text::tr("The distance in units of the scene; negative values move inwards"),
+        -1e6,
+        1e6,
+        0.1);
+    if (dialog.exec() != QDialog::Accepted) return;
+    context.Run("filter", {{"kind", "inflate"}, {"amount", amount->value()}}, title);
+}
+
+void TransformUnmasked(const ActionContext& context) {
+    const QString title = Text::tr("Transform Unmasked Part");
+    FormDialog dialog(title, Text::tr("Apply"), context.window);
+    QComboBox* pivot = dialog.AddChoice(Text::tr("Pivot"),
+                                        Text::tr("The point that stays in place"),
+                                        {{Text::tr("Border of the mask"), "maskBorder"},
+                                         {Text::tr("Centre of the unmasked part"), "center"}});
+    QComboBox* axis = dialog.AddChoice(Text::tr("Rotation axis"),
+                                       Text::tr("A world axis through the pivot"),
+                                       {{"X", 0}, {"Y", 1}, {"Z", 2}});
+    QDoubleSpinBox* angle = dialog.AddNumber(
+        Text::tr("Angle"), Text::tr("Degrees, counterclockwise"), -360.0, 360.0, 0.0);
+    QDoubleSpinBox* scale = dialog.AddNumber(
+        Text::tr("Scale"), Text::tr("The factor for all directions"), 0.001, 1000.0, 1.0);
+    QDoubleSpinBox* move[3];
+    const QString names[3] = {Text::tr("Move X"), Text::tr("Move Y"), Text::tr("Move Z")};
+    for (int i = 0; i < 3; ++i)
+        move[i] = dialog.AddNumber(names[i], Text::tr("Units of the scene"), -1e6, 1e6, 0.0);
+    QSpinBox* blur = dialog.AddWhole(
+        Text::tr("Soft border"),
+        Text::tr("How often the mask is blurred for this change, for a smooth transition"),
+        0,
+        1000,
+        4);
+    if (dialog.exec() != QDialog::Accepted) return;
+    nlohmann::json direction = {0, 0, 0};
+    direction[static_cast<std::size_t>(axis->currentData().toInt())] = 1;
+    context.Run("transformVertices",
+                {{"pivot", FormDialog::ChosenText(pivot)},
+                 {"axis", direction},
+                 {"angle", angle->value()},
+                 {"scale", scale->value()},
+                 {"translate", {move[0]->value(), move[1]->value(), move[2]->value()}},
+                 {"maskBlur", blur->value()}},
+                title);
+}
+
+}  // namespace
+
+void AddSurfaceActions(const ActionContext& context) {
+    ActionRegistry& actions = context.actions;
+    const FilterAction filters[] = {
+        {"surface.smooth",
+         "smooth",
+         Text::tr("Smooth Surface"),
+         Text::tr("Smooths the whole unmasked surface."),
+         "surface-smooth",
+         0.5,
+         2},
+        {"surface.relax",
+         "relax",
+         Text::tr("Relax Surface"),
+         Text::tr("Evens out the spacing of the vertices and keeps the shape."),
+         "surface-relax",
+         0.5,
+         5},
+        {"surface.sharpen",
+         "sharpen",
+         Text::tr("Sharpen Surface"),
+         Text::tr("Amplifies the details of the whole unmasked surface."),
+         "surface-sharpen",
+         0.5,
+         2}};
+    for (const FilterAction& row : filters) {
+        context.EnableWithDocument(
+            actions.Add({.id = row.id,
+                         .text = Text::tr("%1…").arg(row.text),
+                         .description = row.description,
+                         .icon = row.icon,
+                         .run = [context, row] { RunFilter(context, row); }}));
+    }
+    context.EnableWithDocument(
+        actions.Add({.id = "surface.inflate",
+                     .text = Text::tr("Inflate…"),
+                     .description = Text::tr("Moves the whole unmasked surface along its normals."),
+                     .icon = "surface-inflate",
+                     .run = [context] { Inflate(context); }}));
+    context.EnableWithDocument(actions.Add(
+        {.id = "surface.transform",
+         .text = Text::tr("Transform Unmasked Part…"),
+         .description = Text::tr("Rotates, scales and moves the unmasked part, for example an arm "
+                                 "about the border of the mask."),
+         .icon = "surface-transform",
+         .run = [context] { TransformUnmasked(context); }}));
+}
+
+}  // namespace trovik::studio

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/mesh/LevelMesh.h"
+
+#include <vector>
+
+namespace trovik {
+
+/// The mean position of the edge-connected neighbours of every vertex of a level. On a border, only
+/// neighbours along the border count, so that borders do not shrink inwards, and a vertex with a
+/// single face, such as the corner of a plane, gets its own position. Sums are in double precision,
+/// which makes them independent of the order of the neighbours unless their coordinates differ by
+/// more than 29 binary orders of magnitude.
+class NeighbourMeans {
+public:
+    /// Borrows the level. Cost: O(faces).
+    explicit NeighbourMeans(LevelMesh& ofLevel);
+
+    /// Writes the mean for each vertex to `means`; a vertex without faces gets its own position.
+    /// \param positions  one per vertex of the level. Cost: O(faces).
+    void Compute(const std::vector<Vector>& positions, std::vector<Vector>& means);
+
+private:
+    enum class Kind : uint8_t { Inner, Border, Corner };
+    struct BorderSide {
+        uint32_t from;
+        uint32_t to;
+    };
+    struct Sum {
+        double x = 0.0;
+        double y = 0.0;
+        double z = 0.0;
+        uint32_t count = 0;
+
+        void Add(const Vector& position);
+    };
+
+    const LevelMesh& level;
+    std::vector<Kind> kinds;
+    std::vector<BorderSide> borderSides;
+    std::vector<Sum> sums;
+};
+
+}  // namespace trovik

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/multires/LevelGeometry.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace trovik {
+
+/// An operation that moves the vertices of a level other than by a brush.
+struct PositionEdit {
+    /// Label of the undo step.
+    std::string label;
+    /// Returns the new mesh-local position of each vertex of the level. Must respect the mask; see
+    /// MoveWeights. May throw HostError and Cancelled.
+    std::function<std::vector<Vector>(LevelGeometry& geometry, JobControl* job)> positions;
+};
+
+/// How far operations on the whole surface move each vertex of a level: 1 without a mask, 0 for
+/// vertices that are completely masked or hidden.
+std::vector<float> MoveWeights(const LevelMesh& level);
+
+/// Moves the vertices of the bound level as one undo step. If a layer is active, the displacements
+/// are recorded in it.
+/// \return the number of vertices that moved; if it is 0, there is no undo step.
+/// \throw HostError if the active layer is hidden or locked, or if a new position is not finite;
+/// Cancelled. In each case, nothing has changed. Cost: that of `edit.positions`, plus O(vertices).
+TROVIK_API uint32_t EditPositions(LevelGeometry& geometry,
+                                  const PositionEdit& edit,
+                                  JobControl* job = nullptr);
+
+}  // namespace trovik

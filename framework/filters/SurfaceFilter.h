@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/filters/PositionEdit.h"
+
+namespace trovik {
+
+/// A filter over all vertices of a level. The mask reduces its effect on each vertex.
+struct SurfaceFilter {
+    enum class Kind {
+        /// Moves each vertex along its normal.
+        Inflate,
+        /// Moves each vertex towards the mean of its neighbours (NeighbourMeans).
+        Smooth,
+        /// Smooth, but only within the surface: evens out the spacing and keeps the shape.
+        Relax,
+        /// Amplifies the difference between the surface and the smoothed surface.
+        Sharpen
+    };
+    Kind kind = Kind::Smooth;
+    /// Inflate: the distance in world units; negative values move inwards.
+    float amount = 0.0f;
+    /// Smooth, Relax: the fraction of the way to the mean per iteration, 0 to 1. Sharpen: the
+    /// factor of the difference that is added.
+    float strength = 0.5f;
+    /// Iterations of Smooth and Relax; for Sharpen, those of the smoothed surface, so that more
+    /// iterations sharpen larger details.
+    uint32_t iterations = 1;
+};
+
+/// Returns the edit for EditPositions. Its results depend only on the surface and the mask, not on
+/// the number of threads. Cost: O(faces) per iteration.
+TROVIK_API PositionEdit FilterSurface(const SurfaceFilter& filter);
+
+}  // namespace trovik
