@@ -104,8 +104,8 @@ public:
     /// must not be among the removed ones.
     /// \throw HostError during a stroke; Cancelled. In both cases, nothing has changed.
     RemovedLevels RemoveLevels(bool lower, uint32_t kept, JobControl* job = nullptr);
-    /// Reinserts the levels that RemoveLevels removed. All other data must be as it was immediately
-    /// after the removal.
+    /// Reinserts the levels that RemoveLevels removed. All other data except the mirror must be as
+    /// it was immediately after the removal. A mirror that was found since is found again.
     void RestoreLevels(RemovedLevels taken);
 
     /// The mesh-wide data of a replaced level 0.
@@ -127,8 +127,8 @@ public:
     OldBaseData AddCoarserBase(CoarseFaces& coarse,
                                std::unique_ptr<LevelMesh> known = nullptr,
                                JobControl* job = nullptr);
-    /// Removes level 0 again and restores the previous numbering of the levels, and the previous
-    /// mirror, if there was one.
+    /// Removes level 0 again and restores the previous numbering of the levels. If the geometry has
+    /// a mirror, restores the previous one, or finds one if there was none before.
     std::unique_ptr<LevelMesh> RemoveCoarserBase(const CoarseFaces& coarse, OldBaseData old);
 
     /// Returns the number of vertices of one additional level. Cost: O(faces) of level 0.

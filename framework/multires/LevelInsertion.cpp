@@ -66,6 +66,13 @@ std::unique_ptr<TopologicalMirror> MirrorOfCoarse(const TopologicalMirror& mirro
     return TopologicalMirror::FromImages(coarseLevel, std::move(images));
 }
 
+/// Returns the mirror of a restored level 0. If the geometry had no mirror when that level was
+/// replaced, `previous` is null and the current mirror was found on the faces of the replacement.
+std::unique_ptr<TopologicalMirror> MirrorOfRestored(LevelMesh& base,
+                                                    std::unique_ptr<TopologicalMirror> previous) {
+    return previous != nullptr ? std::move(previous) : TopologicalMirror::Find(base);
+}
+
 }  // namespace
 
 bool LevelGeometry::Holds(const LevelMesh* level) const {
@@ -126,13 +133,14 @@ void LevelGeometry::RestoreLevels(RemovedLevels taken) {
             levels[0]->DropBaseTables();
             attributes = std::move(taken.attributes);
         }
-        if (mirror != nullptr && taken.mirror != nullptr) mirror = std::move(taken.mirror);
         bound += count;
     }
     levels.insert(taken.lower ? levels.begin() : levels.end(),
                   std::make_move_iterator(taken.levels.begin()),
                   std::make_move_iterator(taken.levels.end()));
     NumberLevels();
+    if (taken.lower && count > 0 && mirror != nullptr)
+        mirror = MirrorOfRestored(*levels[0], std::move(taken.mirror));
     KeepSeen(bound);
     if (taken.lower) ReportAll(bound, SurfaceChange::Topology);
 }
@@ -288,7 +296,7 @@ std::unique_ptr<LevelMesh> LevelGeometry::RemoveCoarserBase(const CoarseFaces& c
     if (LevelCount() > 1) {
         RenumberLevels(1, RefineNumbers(1, inverse.OfChildren(), back, nullptr, nullptr));
     }
-    if (mirror != nullptr && old.mirror != nullptr) mirror = std::move(old.mirror);
+    if (mirror != nullptr) mirror = MirrorOfRestored(base, std::move(old.mirror));
     attributes = std::move(old.attributes);
     KeepSeen(bound);
     ReportAll(bound, SurfaceChange::Topology);

@@ -156,13 +156,45 @@ TEST(LevelHierarchy, MirrorUsesTheRemainingFaces) {
     }
 }
 
+/// Whether the mirror of the geometry maps the faces of its level 0 onto each other.
+bool HasMirrorOfBase(const LevelGeometry& geometry) {
+    return geometry.Mirror() != nullptr &&
+           TopologicalMirror::FromImages(*geometry.Level(0), geometry.Mirror()->Images()) !=
+               nullptr;
+}
+
+TEST(LevelHierarchy, MirrorFoundAfterAStepFitsTheBaseThatUndoRestores) {
+    for (const PolygonMesh& mesh : {Cube(), GridMesh(4, 2), Icosahedron()}) {
+        SCOPED_TRACE(mesh.name);
+        LevelGeometry geometry(mesh);
+        UndoHistory& history = geometry.History();
+        geometry.Subdivide();
+        geometry.Subdivide();
+        geometry.BindLevel(1);
+        const auto findUndoAndRedo = [&] {
+            ASSERT_TRUE(geometry.FindMirror());
+            for (int i = 0; i < 2; ++i) {
+                ASSERT_TRUE(history.Undo(geometry));
+                EXPECT_TRUE(HasMirrorOfBase(geometry));
+                ASSERT_TRUE(history.Redo(geometry));
+                EXPECT_TRUE(HasMirrorOfBase(geometry));
+            }
+        };
+        history.Push(DeleteLevelsAsStep(geometry, true));
+        findUndoAndRedo();
+        geometry.ClearMirror();
+        history.Push(UnsubdivideAsStep(geometry));
+        findUndoAndRedo();
+    }
+}
+
 /// Runs one random operation.
 void DoSomething(LevelGeometry& geometry, std::mt19937& random) {
     UndoHistory& history = geometry.History();
     const auto push = [&history](std::unique_ptr<UndoStep> step) {
         if (step != nullptr) history.Push(std::move(step));
     };
-    switch (random() % 8) {
+    switch (random() % 9) {
         case 0:
             if (geometry.Bound()->faceCount < 2000 && geometry.LevelCount() < 5)
                 push(SubdivideAsStep(geometry));
@@ -186,6 +218,13 @@ void DoSomething(LevelGeometry& geometry, std::mt19937& random) {
             if (level != geometry.BoundIndex()) push(BindLevelAsStep(geometry, level));
             break;
         }
+        case 6:
+            // Not a step, so a step may be undone with another mirror than it was made with.
+            if (geometry.Mirror() == nullptr)
+                geometry.FindMirror();
+            else
+                geometry.ClearMirror();
+            break;
         default:
             RandomStroke(*geometry.Bound(), random, 6);
     }
@@ -210,11 +249,13 @@ TEST(LevelHierarchy, AnySequenceOfStepsIsUndoneAndRedoneBitExactlyOnEveryLevel) 
                     ASSERT_TRUE(history.Undo(geometry));
                     ASSERT_TRUE(StateOfAll(geometry) == states[states.size() - 1 - i])
                         << depth << ' ' << i << ' ' << history.Label(history.Position());
+                    ASSERT_TRUE(geometry.Mirror() == nullptr || HasMirrorOfBase(geometry));
                 }
                 for (std::size_t i = depth; i-- > 0;) {
                     ASSERT_TRUE(history.Redo(geometry));
                     ASSERT_TRUE(StateOfAll(geometry) == states[states.size() - 1 - i])
                         << depth << ' ' << i << ' ' << history.Label(history.Position() - 1);
+                    ASSERT_TRUE(geometry.Mirror() == nullptr || HasMirrorOfBase(geometry));
                 }
             }
         }
