@@ -164,8 +164,10 @@ TEST_F(MonkeyTest, LeavesAValidDocument) {
         const int count = std::min(eventsPerCheck, events - sent);
         monkey.Send(count);
         sent += count;
-        ASSERT_TRUE(monkey.CloseAll()) << "a dialog or menu cannot be closed";
         studio->Input().FinishGesture();
+        // A menu of the viewport opens only when the engine has picked the surface.
+        WaitUntilIdle();
+        ASSERT_TRUE(monkey.CloseAll()) << "a dialog or menu cannot be closed";
         WaitUntilIdle();
         EXPECT_FALSE(State().isStrokeOpen) << "after " << sent << " events";
         EXPECT_FALSE(studio->Input().HasGesture());
