@@ -15,20 +15,31 @@ namespace {
 /// There is no separate mode for combined mirrors; any value works except 0 to 3 and 7.
 constexpr int severalCopies = 4;
 
+/// Resets the process globals to their initial values.
+/// \param geometry  of the document to which they belong.
+void ResetGlobals(LevelGeometry* geometry) {
+    HostScene& scene = *HostKernel::Instance().Scene();
+    CheckableFloatArray::s_bActive = false;
+    scene.OwnCamera().Transform() = MatrixTransform();
+    scene.RemoveGeometry(geometry);
+}
+
 }  // namespace
 
 Document* Document::active = nullptr;
 
 Document::Activation::~Activation() {
-    if (active == &document) StoreGlobals();
+    if (active != &document) return;
+    // The members that StoreGlobals writes have already been destroyed.
+    ResetGlobals(document.geometry.get());
+    active = nullptr;
 }
 
 void Document::StoreGlobals() {
     if (active == nullptr) return;
-    HostScene& scene = *HostKernel::Instance().Scene();
-    active->facingActive = std::exchange(CheckableFloatArray::s_bActive, false);
-    active->camera = std::exchange(scene.OwnCamera().Transform(), MatrixTransform());
-    scene.RemoveGeometry(active->geometry.get());
+    active->facingActive = CheckableFloatArray::s_bActive;
+    active->camera = HostKernel::Instance().Scene()->OwnCamera().Transform();
+    ResetGlobals(active->geometry.get());
     active = nullptr;
 }
 
