@@ -3,6 +3,25 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <dlfcn.h>
+
+#if defined(__SANITIZE_ADDRESS__)
+// NOLINTBEGIN(bugprone-reserved-identifier): the names are given by the sanitizers
+extern "C" {
+
+/// libxkbcommon calls strndup with text that is not terminated, which strict_string_checks reports.
+const char* __asan_default_options() { return "intercept_strndup=0"; }
+
+/// Leaks of the libraries below Qt.
+const char* __lsan_default_suppressions() { return "leak:libdbus\nleak:libfontconfig\n"; }
+
+/// Keeps libraries loaded, because LeakSanitizer reports what unloaded OpenGL drivers refer to.
+int dlclose(void*) noexcept { return 0; }
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)
+#endif
+
 int main(int argc, char** argv) {
     // Tests neither read nor change the user's own settings.
     QTemporaryDir home;
