@@ -122,12 +122,15 @@ QProgressBar::chunk { background: %accent; border-radius: 2px; }
 void ApplyTheme(const QString& theme, double scale) {
     static const double usualSize = QApplication::font().pointSizeF();
     const Colors& colors = theme == QLatin1String("light") ? light : dark;
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    const QString styleSheet = StyleSheetOf(colors);
     QFont font = QApplication::font();
     font.setPointSizeF(usualSize * scale);
+    // Applying it again would update the style of every widget.
+    if (qApp->styleSheet() == styleSheet && QApplication::font() == font) return;
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     QApplication::setFont(font);
     QApplication::setPalette(PaletteOf(colors));
-    qApp->setStyleSheet(StyleSheetOf(colors));
+    qApp->setStyleSheet(styleSheet);
 }
 
 }  // namespace trovik::studio

@@ -143,6 +143,25 @@ TEST_F(Layout, TheThemesDifferInBrightness) {
     ApplyTheme(QStringLiteral("dark"), 1.0);
 }
 
+TEST_F(Layout, SettingTheCurrentThemeAgainUpdatesNoWidget) {
+    class StyleChanges : public QObject {
+    public:
+        int count = 0;
+        bool eventFilter(QObject*, QEvent* event) override {
+            if (event->type() == QEvent::StyleChange) ++count;
+            return false;
+        }
+    };
+    ApplyTheme(QStringLiteral("dark"), 1.0);
+    StyleChanges changes;
+    window->installEventFilter(&changes);
+    ApplyTheme(QStringLiteral("dark"), 1.0);
+    EXPECT_EQ(changes.count, 0);
+    ApplyTheme(QStringLiteral("light"), 1.0);
+    EXPECT_GT(changes.count, 0);
+    ApplyTheme(QStringLiteral("dark"), 1.0);
+}
+
 /// Clicks into a panel: on its background, on every slider and on every list.
 void ClickInto(QWidget& panel) {
     QTest::mouseClick(&panel, Qt::LeftButton, {}, panel.rect().bottomRight() - QPoint(3, 3));
