@@ -5,6 +5,7 @@
 #include "commands/ViewModel.h"
 #include "engine/Engine.h"
 #include "panels/Controls.h"
+#include "panels/DelayedRefresh.h"
 
 #include <QFormLayout>
 #include <QLabel>
@@ -29,12 +30,13 @@ InfoPanel::InfoPanel(Engine& given, ViewModel& model, QWidget* parent)
     AddRow("dabs", tr("Last stroke"), tr("Dabs of the last stroke"));
     AddRow("dab", tr("Dab"), tr("Time per dab in the last stroke"));
     AddRow("latency", tr("Pen latency"), tr("Delay from a pen sample to the frame that shows it"));
+    auto* delayed = new DelayedRefresh(this, &InfoPanel::Refresh);
     connect(&engine, &Engine::StateChanged, this, &InfoPanel::Refresh);
-    connect(&engine, &Engine::StrokeAdvanced, this, [this](const StrokeFigures& newest) {
+    connect(&engine, &Engine::StrokeAdvanced, this, [this, delayed](const StrokeFigures& newest) {
         figures = newest;
-        Refresh();
+        delayed->Request();
     });
-    connect(&view, &ViewModel::PenLatencyChanged, this, &InfoPanel::Refresh);
+    connect(&view, &ViewModel::PenLatencyChanged, delayed, &DelayedRefresh::Request);
     Refresh();
 }
 

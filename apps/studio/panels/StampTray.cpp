@@ -26,6 +26,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace trovik::studio {
 
@@ -148,7 +149,8 @@ void StampTray::Refill() {
         delete item;
     }
     buttons.clear();
-    for (const QString& path : Shown()) {
+    unloaded = Shown();
+    for (const QString& path : unloaded) {
         auto* button = new QToolButton(tray);
         button->setCheckable(true);
         button->setFixedSize(tileSide, tileSide);
@@ -161,7 +163,6 @@ void StampTray::Refill() {
         connect(button, &QToolButton::clicked, this, [this, path] { Choose(path); });
         tiles->addWidget(button);
         buttons[path] = button;
-        Load(path);
     }
     QToolButton* add = MakeIconButton(QStringLiteral("plus"),
                                       tr("Add stamp"),
@@ -170,7 +171,12 @@ void StampTray::Refill() {
     add->setFixedSize(tileSide, tileSide);
     connect(add, &QToolButton::clicked, this, &StampTray::Browse);
     tiles->addWidget(add);
+    if (isVisible()) LoadThumbnails();
     Refresh();
+}
+
+void StampTray::LoadThumbnails() {
+    for (const QString& path : std::exchange(unloaded, {})) Load(path);
 }
 
 void StampTray::Load(const QString& path) {
@@ -223,6 +229,12 @@ void StampTray::Browse() {
     if (path.isEmpty()) return;
     preferences.SetLastFolder("stamps", QFileInfo(path).absolutePath());
     Choose(path);
+}
+
+// The first image loads the image library, which takes longer than the rest of the start.
+void StampTray::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    LoadThumbnails();
 }
 
 void StampTray::dragEnterEvent(QDragEnterEvent* event) {

@@ -22,7 +22,8 @@ QImage StampThumbnail(const QString& path, int side);
 
 /// Thumbnails of the stamps: first the recently used ones, then those in the stamp folders. A click
 /// selects a stamp for the active tool; a dropped image is selected and added to the recent stamps.
-/// The tool's stamp settings are below the thumbnails. Images are read on other threads.
+/// The tool's stamp settings are below the thumbnails. Images are read on other threads when the
+/// tray is first shown.
 class StampTray : public QWidget {
     Q_OBJECT
 public:
@@ -34,12 +35,14 @@ public:
     void Choose(const QString& path);
 
 protected:
+    void showEvent(QShowEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
 private:
     void Refill();
     void Refresh();
+    void LoadThumbnails();
     void Load(const QString& path);
     void Browse();
 
@@ -49,6 +52,8 @@ private:
     QWidget* tray;
     QLabel* current;
     QHash<QString, QToolButton*> buttons;
+    /// Stamps whose thumbnails are loaded when the tray is shown.
+    QStringList unloaded;
 };
 
 }  // namespace trovik::studio

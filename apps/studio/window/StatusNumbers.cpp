@@ -5,6 +5,7 @@
 #include "commands/ViewModel.h"
 #include "engine/Engine.h"
 #include "panels/Controls.h"
+#include "panels/DelayedRefresh.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -21,12 +22,13 @@ StatusNumbers::StatusNumbers(Engine& given, ViewModel& model, QWidget* parent)
     text->setAccessibleName(tr("Document"));
     text->setToolTip(tr("Level, faces, memory, undo bytes, time per dab, pen latency"));
     layout->addWidget(text);
+    auto* delayed = new DelayedRefresh(this, &StatusNumbers::Refresh);
     connect(&engine, &Engine::StateChanged, this, &StatusNumbers::Refresh);
-    connect(&engine, &Engine::StrokeAdvanced, this, [this](const StrokeFigures& figures) {
+    connect(&engine, &Engine::StrokeAdvanced, this, [this, delayed](const StrokeFigures& figures) {
         millisecondsPerDab = figures.millisecondsPerDab;
-        Refresh();
+        delayed->Request();
     });
-    connect(&view, &ViewModel::PenLatencyChanged, this, &StatusNumbers::Refresh);
+    connect(&view, &ViewModel::PenLatencyChanged, delayed, &DelayedRefresh::Request);
     Refresh();
 }
 

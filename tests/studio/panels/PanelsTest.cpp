@@ -16,7 +16,10 @@
 #include <QApplication>
 #include <QLineEdit>
 #include <QTest>
+#include <QThreadPool>
+#include <QToolButton>
 
+#include <algorithm>
 #include <cmath>
 
 namespace trovik::studio {
@@ -319,6 +322,32 @@ TEST_F(StudioWindow, StampsAreShownAndChosen) {
     EXPECT_EQ(engine.Setting("stamp.path")->value, json(knife.toStdString()));
     EXPECT_EQ(tray->Shown().first(), knife) << "not remembered";
     EXPECT_TRUE(StampThumbnail(folder.filePath("none.png"), 48).isNull());
+}
+
+TEST_F(StudioWindow, StampThumbnailsAreLoadedWhenTheTrayIsShown) {
+    auto* tray = window->findChild<StampTray*>();
+    const auto countLoaded = [tray] {
+        const QList<QToolButton*> buttons = tray->findChildren<QToolButton*>();
+        return std::count_if(buttons.begin(), buttons.end(), [](const QToolButton* button) {
+            return button->accessibleName().startsWith("Stamp ") && !button->icon().isNull();
+        });
+    };
+    ASSERT_FALSE(tray->Shown().isEmpty());
+    QThreadPool::globalInstance()->waitForDone();
+    QApplication::processEvents();
+    EXPECT_EQ(countLoaded(), 0);
+    Action("panel.stamps")->trigger();
+    EXPECT_TRUE(WaitFor([&] { return countLoaded() == tray->Shown().size(); }));
+}
+
+TEST_F(StudioWindow, StatisticsFollowFramesWithADelay) {
+    OpenSphere();
+    auto* info = window->findChild<InfoPanel*>();
+    const QString before = info->Text("latency");
+    view.SetPenLatency(0.0105);
+    EXPECT_EQ(info->Text("latency"), before);
+    view.SetPenLatency(0.0205);
+    EXPECT_TRUE(WaitFor([&] { return info->Text("latency") == "20.5 ms"; }));
 }
 
 TEST_F(StudioWindow, ViewActionsChangeTheRenderSettings) {
