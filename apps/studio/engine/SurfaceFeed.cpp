@@ -12,9 +12,20 @@ namespace {
 /// Number of threads used for packing, including the engine thread.
 constexpr unsigned packingThreads = 2;
 
+/// Destroys an update and keeps its vertex array for a later one. The viewport may do this after
+/// the feed has been destroyed.
+struct Recycler {
+    std::shared_ptr<VertexArrays> arrays;
+    void operator()(SurfaceUpdate* update) const {
+        const std::unique_ptr<SurfaceUpdate> released(update);
+        arrays->Return(std::move(released->vertices));
+    }
+};
+
 }  // namespace
 
-SurfaceFeed::SurfaceFeed(Document& ofDocument) : document(ofDocument) {
+SurfaceFeed::SurfaceFeed(Document& ofDocument)
+    : document(ofDocument), arrays(std::make_shared<VertexArrays>()) {
     document.AddObserver(*this);
 }
 
@@ -44,7 +55,8 @@ std::shared_ptr<SurfaceUpdate> SurfaceFeed::Pack(std::size_t maxBytes) {
     if (!HasWork()) return nullptr;
     if (!isLayoutCurrent) MakeLayout();
     isTransformPending = false;
-    auto update = std::make_shared<SurfaceUpdate>();
+    std::unique_ptr<SurfaceUpdate, Recycler> made(new SurfaceUpdate, Recycler{arrays});
+    std::shared_ptr<SurfaceUpdate> update(std::move(made));
     update->layout = layout;
     update->toWorld = document.Geometry().Transform().ToWorld();
     update->bounds = document.Tree().Bounds();
@@ -59,7 +71,7 @@ std::shared_ptr<SurfaceUpdate> SurfaceFeed::Pack(std::size_t maxBytes) {
     while (nextPatch < PatchCount() && vertices < maxVertices)
         AddPatch(*update, nextPatch++, vertices);
 
-    update->vertices.resize(vertices);
+    update->vertices = arrays->Take(vertices);
     PatchPacker(*document.Geometry().Bound(), *layout)
         .Pack(update->patches, update->vertices, packingThreads);
     update->boxes.reserve(update->patches.size());

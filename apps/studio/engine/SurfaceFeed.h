@@ -2,6 +2,7 @@
 #pragma once
 
 #include "engine/EngineMessages.h"
+#include "engine/VertexArrays.h"
 #include "framework/display/DirtyPatches.h"
 #include "framework/document/Document.h"
 #include "framework/document/DocumentObserver.h"
@@ -43,6 +44,8 @@ private:
     void AddPatch(SurfaceUpdate& update, uint32_t patch, std::size_t& vertices) const;
 
     Document& document;
+    /// Shared with the updates, which return their arrays.
+    std::shared_ptr<VertexArrays> arrays;
     std::shared_ptr<const PatchLayout> layout;
     std::unique_ptr<DirtyPatches> dirty;
     bool isLayoutCurrent = false;
