@@ -7,7 +7,10 @@
 ///    studio-bench [MEASURE...]     start, stroke, rate, undo, memory; the default is all but
 ///    memory
 ///
-/// Prints one line for each number. `memory` needs about 4 GB.
+/// The first run is slower, because the driver has no compiled shaders in its cache.
+///
+/// Prints one line for each number. `memory` needs about 4 GB. Processor times are those of all
+/// threads of the process; unlike the other times, they hardly depend on other work of the machine.
 #include "StudioApplication.h"
 #include "commands/Primitives.h"
 #include "tests/studio/WaitFor.h"
@@ -15,12 +18,14 @@
 #include "window/MainWindow.h"
 
 #include <QApplication>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <ctime>
 #include <fstream>
 #include <string>
 
@@ -45,6 +50,13 @@ void Print(const char* name, double value, const char* unit) {
     std::fflush(stdout);
 }
 
+/// Processor time of all threads of the process, milliseconds.
+double ProcessorMilliseconds() {
+    timespec now{};
+    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) * 1e-6;
+}
+
 /// Resident memory of the process, bytes.
 double ResidentBytes() {
     std::ifstream status("/proc/self/status");
@@ -55,26 +67,31 @@ double ResidentBytes() {
 
 class Bench {
 public:
-    Bench() {
+    /// \param begin  when the process started.
+    explicit Bench(Clock::time_point begin) {
         CommandLine line;
         line.hasNoPreferences = true;
         line.viewportWidth = 960;
         line.viewportHeight = 720;
-        const auto begin = Clock::now();
         studio = std::make_unique<StudioApplication>(line);
         studio->Start();
         WaitForPicture();
         startMilliseconds = Milliseconds(begin);
+        startProcessor = ProcessorMilliseconds();
     }
 
-    void Start() const { Print("construction to a window with a sphere", startMilliseconds, "ms"); }
+    void Start() const {
+        Print("main to a window with a sphere", startMilliseconds, "ms");
+        Print("processor time of this", startProcessor, "ms");
+    }
 
     /// Live dabs over 100 thousand vertices of a sphere of 1.6 million quads.
-    void Stroke() {
+    void Stroke(const char* tool) {
         OpenSphere(4);
-        engine().Run({{"tool", "Wax"}, {"set", {{"radius", 0.505}, {"strength", 5}}}});
+        engine().Run({{"tool", tool}, {"set", {{"radius", 0.505}, {"strength", 5}}}});
         engine().Run({{"set", {{"smoothing", false}}}});
         WaitForPicture();
+        std::printf("--- %s\n", tool);
         // Only the engine and the packing are measured, not the software renderer.
         studio->Viewport().setUpdatesEnabled(false);
         std::vector<double> times, engineTimes, bytes;
@@ -87,15 +104,18 @@ public:
                 times.push_back(Milliseconds(sampled));
                 bytes.push_back(static_cast<double>(vertices * sizeof(DisplayVertex)));
             });
+        unsigned dabs = 0;
         const auto figures = QObject::connect(
             &engine(), &Engine::StrokeAdvanced, &studio->Window(), [&](const StrokeFigures& f) {
-                engineTimes.push_back(f.millisecondsPerDab);
+                if (f.dabs > dabs) engineTimes.push_back(f.millisecondsPerDab);
+                dabs = f.dabs;
             });
         StrokeStart start;
         start.view = studio->Viewport().View().ToStrokeView();
         engine().BeginStroke(start);
-        for (int i = 0; i < 120; ++i) {
-            // About one dab for each sample.
+        const double processorBefore = ProcessorMilliseconds();
+        for (int i = 0; i < 240; ++i) {
+            // About one dab for two samples.
             const double angle = 0.3 * i;
             sampled = Clock::now();
             engine().AddSamples({{480.0f + static_cast<float>(60.0 * std::cos(angle)),
@@ -106,22 +126,30 @@ public:
                                   8.0 * i}});
             WaitFor([this] { return engine().IsIdle(); });
         }
+        const double processor = ProcessorMilliseconds() - processorBefore;
         engine().EndStroke();
         WaitFor([this] { return engine().IsIdle(); });
         QObject::disconnect(surface);
         QObject::disconnect(figures);
         studio->Viewport().setUpdatesEnabled(true);
         Print("updates with dabs", static_cast<double>(times.size()), "");
+        Print("dabs", dabs, "");
+        Print("processor time for each dab",
+              processor / std::max(1.0, static_cast<double>(dabs)),
+              "ms");
+        Print("pen sample to posted patches, minimum", Quantile(times, 0.0), "ms");
         Print("pen sample to posted patches, median", Quantile(times, 0.5), "ms");
         Print("pen sample to posted patches, 95 %", Quantile(times, 0.95), "ms");
+        Print("of these in the brush per dab, minimum", Quantile(engineTimes, 0.0), "ms");
         Print("of these in the brush per dab, median", Quantile(engineTimes, 0.5), "ms");
         Print("bytes staged for an update, median", Quantile(bytes, 0.5) / 1e6, "MB");
     }
 
     /// A pen of 1000 Hz whose dabs follow at three for each frame of 60 Hz.
     void Rate() {
+        constexpr int samples = 2000;
         OpenSphere(4);
-        engine().Run({{"tool", "Wax"}, {"set", {{"radius", 0.1}, {"strength", 5}}}});
+        engine().Run({{"tool", "Sculpt"}, {"set", {{"radius", 0.05}, {"strength", 5}}}});
         WaitForPicture();
         studio->Viewport().setUpdatesEnabled(false);
         std::vector<double> delays;
@@ -133,13 +161,29 @@ public:
                     if (update->sampleTime > 0.0)
                         delays.push_back((now - update->sampleTime) * 1e3);
             });
+        unsigned dabs = 0;
+        const auto figures = QObject::connect(
+            &engine(), &Engine::StrokeAdvanced, &studio->Window(), [&](const StrokeFigures& f) {
+                dabs = f.dabs;
+            });
+        // Samples that arrive while the engine is busy are processed together, so the time for
+        // which it is behind is that since it was last idle.
+        auto idle = Clock::now();
+        double behind = 0.0;
+        const auto caughtUp =
+            QObject::connect(&engine(), &Engine::BecameIdle, &studio->Window(), [&] {
+                behind = std::max(behind, Milliseconds(idle));
+                idle = Clock::now();
+            });
         StrokeStart start;
         start.view = studio->Viewport().View().ToStrokeView();
         engine().BeginStroke(start);
-        const auto begin = Clock::now();
+        WaitFor([this] { return engine().IsIdle(); });
+        behind = 0.0;
+        const auto begin = idle = Clock::now();
         int sent = 0;
-        while (sent < 2000) {
-            const int due = std::min(2000, static_cast<int>(Milliseconds(begin)) + 1);
+        while (sent < samples) {
+            const int due = std::min(samples, static_cast<int>(Milliseconds(begin)) + 1);
             std::vector<PenPoint> points;
             for (; sent < due; ++sent)
                 points.push_back({400.0f + 0.08f * static_cast<float>(sent),
@@ -151,12 +195,18 @@ public:
             if (!points.empty()) engine().AddSamples(std::move(points));
             WaitFor([] { return false; }, 1);
         }
+        WaitFor([this] { return engine().IsIdle(); });
+        QObject::disconnect(caughtUp);
         engine().EndStroke();
         WaitFor([this] { return engine().IsIdle(); });
         QObject::disconnect(surface);
+        QObject::disconnect(figures);
         studio->Viewport().setUpdatesEnabled(true);
+        Print("1000 Hz: dabs for each frame of 60 Hz", dabs / (samples * 60e-3), "");
         Print("1000 Hz: sample to posted patches, median", Quantile(delays, 0.5), "ms");
         Print("1000 Hz: sample to posted patches, longest", Quantile(delays, 1.0), "ms");
+        Print("1000 Hz: longest time behind the pen", behind, "ms");
+        Print("1000 Hz: samples that are missing or doubled", samples - DistinctSamples(), "");
     }
 
     /// The undo of a stroke over 100 thousand vertices: frames until the viewport shows it.
@@ -203,6 +253,21 @@ public:
 private:
     Engine& engine() { return studio->GetEngine(); }
 
+    /// The number of samples of the last stroke in the list of actions; -1 if their times do not
+    /// increase.
+    int DistinctSamples() {
+        const std::string path = folder.filePath("actions.json").toStdString();
+        bool isSaved = false;
+        engine().SaveActions(path, [&isSaved](const QString&) { isSaved = true; });
+        WaitFor([&isSaved] { return isSaved; });
+        std::ifstream file(path);
+        const nlohmann::json script = nlohmann::json::parse(file);
+        const nlohmann::json& pen = script.at("steps").back().at("stroke").at("pen");
+        for (std::size_t i = 1; i < pen.size(); ++i)
+            if (!(pen[i].at(3).get<double>() > pen[i - 1].at(3).get<double>())) return -1;
+        return static_cast<int>(pen.size());
+    }
+
     void WaitForPicture() {
         WaitFor(
             [this] {
@@ -233,6 +298,7 @@ private:
     QTemporaryDir folder;
     std::unique_ptr<StudioApplication> studio;
     double startMilliseconds = 0.0;
+    double startProcessor = 0.0;
 };
 
 }  // namespace
@@ -240,7 +306,12 @@ private:
 }  // namespace trovik::studio
 
 int main(int argc, char** argv) {
+    const auto begin = std::chrono::steady_clock::now();
     QTemporaryDir home;
+    // The driver's cache of compiled shaders is kept, as between two starts by a user.
+    if (qEnvironmentVariableIsEmpty("MESA_SHADER_CACHE_DIR"))
+        qputenv("MESA_SHADER_CACHE_DIR",
+                QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation).toUtf8());
     for (const char* variable :
          {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME"})
         qputenv(variable, home.path().toUtf8());
@@ -250,9 +321,12 @@ int main(int argc, char** argv) {
         if (wanted.empty()) return std::string(name) != "memory";
         return std::find(wanted.begin(), wanted.end(), name) != wanted.end();
     };
-    trovik::studio::Bench bench;
+    trovik::studio::Bench bench(begin);
     if (isWanted("start")) bench.Start();
-    if (isWanted("stroke")) bench.Stroke();
+    if (isWanted("stroke")) {
+        bench.Stroke("Sculpt");
+        bench.Stroke("Wax");
+    }
     if (isWanted("rate")) bench.Rate();
     if (isWanted("undo")) bench.Undo();
     if (isWanted("memory")) bench.Memory();
