@@ -12,13 +12,13 @@ namespace trovik::studio {
 ActionRegistry::ActionRegistry(QWidget* parent) : QObject(parent), window(parent) {}
 
 ActionRegistry::Entry& ActionRegistry::Insert(const ActionInfo& info) {
-    const auto [place, isNew] = entries.try_emplace(info.id);
+    const auto [found, isNew] = entries.try_emplace(info.id);
     if (!isNew) throw std::logic_error("two actions have the id " + info.id.toStdString());
-    place->second.info = infos.size();
+    found->second.info = infos.size();
     infos.push_back(info);
     for (const QKeySequence& key : info.keys)
-        if (Owner(key).isEmpty()) place->second.keys.append(key);
-    return place->second;
+        if (Owner(key).isEmpty()) found->second.keys.append(key);
+    return found->second;
 }
 
 QAction* ActionRegistry::Add(const ActionInfo& info) {

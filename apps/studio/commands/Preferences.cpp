@@ -13,8 +13,8 @@ namespace {
 
 constexpr int maxRecent = 12;
 
-QString Below(QStandardPaths::StandardLocation place, const QString& name) {
-    return QStandardPaths::writableLocation(place) + QStringLiteral("/trovik") + name;
+QString Below(QStandardPaths::StandardLocation location, const QString& name) {
+    return QStandardPaths::writableLocation(location) + QStringLiteral("/trovik") + name;
 }
 
 }  // namespace

@@ -129,7 +129,7 @@ void EventPlayer::Advance() {
 
 bool EventPlayer::PlayNext() {
     if (!failure.isEmpty() && stopsOnError) {
-        Finish(Place(next) + failure);
+        Finish(ErrorPrefix(next) + failure);
         return false;
     }
     failure.clear();
@@ -144,7 +144,7 @@ bool EventPlayer::PlayNext() {
     if (!IsReady(event)) {
         if (sinceWait.elapsed() > maxWaitMilliseconds)
             Finish(
-                Place(next + 1) +
+                ErrorPrefix(next + 1) +
                 tr("the engine has not responded for %1 minutes").arg(maxWaitMilliseconds / 60000));
         return false;
     }
@@ -261,7 +261,7 @@ QString EventPlayer::Screenshot(const ScreenshotInput& screenshot) {
     return isSaved ? QString() : tr("%1 cannot be written").arg(path);
 }
 
-QString EventPlayer::Place(std::size_t event) const {
+QString EventPlayer::ErrorPrefix(std::size_t event) const {
     QString name = QString::fromStdString(file.path);
     if (!name.isEmpty()) name += QStringLiteral(": ");
     if (event == 0) return name;

@@ -90,7 +90,9 @@ private:
     void Open(const OpenInput& open);
     void SetCamera(const CameraInput& camera);
     QString Screenshot(const ScreenshotInput& screenshot);
-    QString Place(std::size_t event) const;
+    /// The start of an error message: the file, and the event's JSON pointer unless `event` is 0.
+    /// \param event  number of the event, from 1.
+    QString ErrorPrefix(std::size_t event) const;
 
     EventTarget to;
     Pace pace = Pace::Settled;

@@ -53,23 +53,24 @@ std::vector<float> CurveEditor::Samples(std::size_t count) const {
 
 QRectF CurveEditor::Area() const { return QRectF(rect()).adjusted(6.5, 6.5, -6.5, -6.5); }
 
-QPointF CurveEditor::PlaceOf(const PressureCurve::Point& point) const {
+QPointF CurveEditor::PositionOf(const PressureCurve::Point& point) const {
     const QRectF area = Area();
     return {area.left() + static_cast<double>(point.pressure) * area.width(),
             area.bottom() - static_cast<double>(point.value) * area.height()};
 }
 
-PressureCurve::Point CurveEditor::PointOf(const QPointF& place) const {
+PressureCurve::Point CurveEditor::PointOf(const QPointF& position) const {
     const QRectF area = Area();
-    return {static_cast<float>(std::clamp((place.x() - area.left()) / area.width(), 0.0, 1.0)),
-            static_cast<float>(std::clamp((area.bottom() - place.y()) / area.height(), 0.0, 1.0))};
+    return {
+        static_cast<float>(std::clamp((position.x() - area.left()) / area.width(), 0.0, 1.0)),
+        static_cast<float>(std::clamp((area.bottom() - position.y()) / area.height(), 0.0, 1.0))};
 }
 
-int CurveEditor::PointAt(const QPointF& place) const {
+int CurveEditor::PointAt(const QPointF& position) const {
     int nearest = -1;
     double best = grabDistance;
     for (std::size_t i = 0; i < points.size(); ++i) {
-        const QPointF offset = PlaceOf(points[i]) - place;
+        const QPointF offset = PositionOf(points[i]) - position;
         const double distance = std::hypot(offset.x(), offset.y());
         if (distance > best) continue;
         best = distance;
@@ -100,8 +101,8 @@ void CurveEditor::paintEvent(QPaintEvent*) {
     const int steps = std::max(width(), 2);
     for (int i = 0; i <= steps; ++i) {
         const float x = static_cast<float>(i) / static_cast<float>(steps);
-        const QPointF place = PlaceOf({x, curve.At(x)});
-        i == 0 ? line.moveTo(place) : line.lineTo(place);
+        const QPointF position = PositionOf({x, curve.At(x)});
+        i == 0 ? line.moveTo(position) : line.lineTo(position);
     }
     QPainterPath below = line;
     below.lineTo(area.bottomRight());
@@ -125,7 +126,7 @@ void CurveEditor::paintEvent(QPaintEvent*) {
     painter.setPen(QPen(palette().color(QPalette::Base), 1));
     for (std::size_t i = 0; i < points.size(); ++i) {
         const double radius = static_cast<int>(i) == dragged ? 5.0 : 3.8;
-        painter.drawEllipse(PlaceOf(points[i]), radius, radius);
+        painter.drawEllipse(PositionOf(points[i]), radius, radius);
     }
 }
 

@@ -27,7 +27,7 @@ public:
     /// The curve's values at `count` positions from 0 to 1.
     std::vector<float> Samples(std::size_t count) const;
     /// The widget position of a curve point.
-    QPointF PlaceOf(const PressureCurve::Point& point) const;
+    QPointF PositionOf(const PressureCurve::Point& point) const;
 
     QSize sizeHint() const override;
 
@@ -47,8 +47,8 @@ protected:
 private:
     QRectF Area() const;
     /// -1 if none is near.
-    int PointAt(const QPointF& place) const;
-    PressureCurve::Point PointOf(const QPointF& place) const;
+    int PointAt(const QPointF& position) const;
+    PressureCurve::Point PointOf(const QPointF& position) const;
     void Remove(int index);
 
     QString leftText, rightText;

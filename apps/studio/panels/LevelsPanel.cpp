@@ -31,10 +31,10 @@ LevelsPanel::LevelsPanel(Engine& given, ActionRegistry& actions, QWidget* parent
                          "level.delete.lower",
                          "level.apply",
                          "level.subdivide"};
-    int place = 0;
+    int cell = 0;
     for (const char* id : ids) {
-        grid->addWidget(MakeActionButton(actions.Find(id), this, true), place / 2, place % 2);
-        ++place;
+        grid->addWidget(MakeActionButton(actions.Find(id), this, true), cell / 2, cell % 2);
+        ++cell;
     }
     forecast = MakeHint({}, this);
     layout->addWidget(forecast);

@@ -66,10 +66,10 @@ void JournalNotice::Show(const QString& failure) {
     setVisible(!failure.isEmpty());
     if (failure.isEmpty()) return;
     raise();
-    Place();
+    UpdatePosition();
 }
 
-void JournalNotice::Place() {
+void JournalNotice::UpdatePosition() {
     const int width = std::min(maxWidth, covered->width() - 2 * margin);
     const int height =
         layout()->hasHeightForWidth() ? layout()->heightForWidth(width) : sizeHint().height();
@@ -77,7 +77,7 @@ void JournalNotice::Place() {
 }
 
 bool JournalNotice::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == covered && event->type() == QEvent::Resize) Place();
+    if (watched == covered && event->type() == QEvent::Resize) UpdatePosition();
     return QFrame::eventFilter(watched, event);
 }
 

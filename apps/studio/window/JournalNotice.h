@@ -27,7 +27,7 @@ protected:
 
 private:
     void Show(const QString& failure);
-    void Place();
+    void UpdatePosition();
 
     QWidget* covered;
     QLabel* label;

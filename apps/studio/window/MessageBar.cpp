@@ -64,10 +64,10 @@ void MessageBar::Show(const QString& text, bool isError) {
     isError ? timer->stop() : timer->start(noteMilliseconds);
     show();
     raise();
-    Place();
+    UpdatePosition();
 }
 
-void MessageBar::Place() {
+void MessageBar::UpdatePosition() {
     const int width = std::min(maxWidth, over->width() - 24);
     const int natural = label->fontMetrics().horizontalAdvance(label->text()) + 90;
     const int used = std::min(width, natural);
@@ -77,7 +77,7 @@ void MessageBar::Place() {
 }
 
 bool MessageBar::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == over && event->type() == QEvent::Resize) Place();
+    if (watched == over && event->type() == QEvent::Resize) UpdatePosition();
     return QFrame::eventFilter(watched, event);
 }
 

@@ -24,7 +24,7 @@ protected:
 
 private:
     void Show(const QString& text, bool isError);
-    void Place();
+    void UpdatePosition();
 
     QWidget* over;
     QLabel* icon;

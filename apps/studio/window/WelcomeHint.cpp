@@ -47,7 +47,7 @@ WelcomeHint::WelcomeHint(ActionRegistry& actions, Preferences& stored, QWidget* 
     layout->addWidget(close, row, 1, Qt::AlignRight);
     connect(close, &QPushButton::clicked, this, &WelcomeHint::Dismiss);
     over->installEventFilter(this);
-    Place();
+    UpdatePosition();
     show();
 }
 
@@ -57,13 +57,13 @@ void WelcomeHint::Dismiss() {
     deleteLater();
 }
 
-void WelcomeHint::Place() {
+void WelcomeHint::UpdatePosition() {
     adjustSize();
     move((over->width() - width()) / 2, over->height() - height() - 32);
 }
 
 bool WelcomeHint::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == over && event->type() == QEvent::Resize) Place();
+    if (watched == over && event->type() == QEvent::Resize) UpdatePosition();
     return QFrame::eventFilter(watched, event);
 }
 

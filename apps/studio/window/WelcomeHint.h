@@ -20,7 +20,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void Place();
+    void UpdatePosition();
 
     Preferences& preferences;
     QWidget* over;
