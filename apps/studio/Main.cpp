@@ -8,6 +8,27 @@
 #include <cstdio>
 #include <memory>
 
+namespace {
+
+void PrintTimes(const trovik::studio::UiBusyTimes& times) {
+    std::fprintf(stderr,
+                 "trovik-studio: UI thread: %llu events, %llu over %.0f ms of processor time; "
+                 "longest %.2f ms, with waiting %.2f ms\n",
+                 static_cast<unsigned long long>(times.events),
+                 static_cast<unsigned long long>(times.overLimit),
+                 trovik::studio::UiWatchdogApplication::limitMilliseconds,
+                 times.longest.empty() ? 0.0 : times.longest.front().processor,
+                 times.longestBusy);
+    for (const trovik::studio::UiEvent& event : times.longest)
+        std::fprintf(stderr,
+                     "%8.2f ms, with waiting %8.2f ms: %s\n",
+                     event.processor,
+                     event.busy,
+                     qPrintable(event.text));
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
     using namespace trovik::studio;
     int status = 0;
@@ -36,12 +57,6 @@ int main(int argc, char** argv) {
     studio.Start();
     const int result = QApplication::exec();
     if (const auto* watchdog = qobject_cast<UiWatchdogApplication*>(application.get()))
-        std::fprintf(stderr,
-                     "trovik-studio: longest event %.2f ms, %llu of %llu over %.0f ms\n%s\n",
-                     watchdog->Times().longest,
-                     static_cast<unsigned long long>(watchdog->Times().overLimit),
-                     static_cast<unsigned long long>(watchdog->Times().events),
-                     UiWatchdogApplication::limitMilliseconds,
-                     qPrintable(watchdog->Times().late.join(u'\n')));
+        PrintTimes(watchdog->Times());
     return result;
 }

@@ -9,10 +9,8 @@
 
 #include <QObject>
 #include <QTemporaryDir>
-#include <QTimer>
 
 #include <memory>
-#include <vector>
 
 namespace trovik::studio {
 
@@ -21,9 +19,9 @@ class EventRecorder;
 class Keymap;
 class MainWindow;
 class Preferences;
-struct RecoverableWork;
 class ViewportInput;
 class ViewportWidget;
+class WorkRecovery;
 
 /// Owns and connects the objects of the running studio. Needs a QApplication.
 class StudioApplication : public QObject {
@@ -59,14 +57,7 @@ private:
     void ShowSymmetry();
     /// Whether there is a user to ask at the start.
     bool MayAsk() const;
-    /// Looks for unfinished work, removes what is left of finished work, and goes on with
-    /// OfferRecovery and OpenFirst.
-    void FindRecovery();
-    /// \return whether the user chose to recover work.
-    bool OfferRecovery(std::vector<RecoverableWork> works);
     void OpenFirst();
-    /// Stores an image of the document next to its journal.
-    void StorePicture();
     void WhenOpened();
 
     CommandLine commandLine;
@@ -82,7 +73,7 @@ private:
     ViewportInput* input = nullptr;
     std::unique_ptr<CommandLineWork> work;
     std::unique_ptr<EventRecorder> recorder;
-    QTimer pictureTimer;
+    std::unique_ptr<WorkRecovery> recovery;
 };
 
 }  // namespace trovik::studio

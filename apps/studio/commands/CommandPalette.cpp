@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "commands/CommandPalette.h"
 
+#include "commands/ActionCategories.h"
 #include "commands/ActionRegistry.h"
 #include "commands/FuzzyMatch.h"
 #include "resources/Icons.h"
@@ -20,22 +21,15 @@ namespace trovik::studio {
 
 namespace {
 
-constexpr int idRole = Qt::UserRole, keyRole = Qt::UserRole + 1;
-constexpr int rowHeight = 26;
-
-QString Category(const QString& id) {
-    QString name = id.section(u'.', 0, 0);
-    if (!name.isEmpty()) name[0] = name[0].toUpper();
-    return name;
-}
+constexpr int idRole = Qt::UserRole, keyRole = Qt::UserRole + 1, categoryRole = Qt::UserRole + 2;
 
 /// Icon, text and category on the left, the key on the right.
 class ActionRow : public QStyledItemDelegate {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
 
-    QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const override {
-        return {200, rowHeight};
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const override {
+        return {200, option.fontMetrics.height() + 10};
     }
 
     void paint(QPainter* painter,
@@ -45,7 +39,8 @@ public:
         const bool isEnabled = index.flags() & Qt::ItemIsEnabled;
         if (isSelected) painter->fillRect(option.rect, option.palette.highlight());
         const QRect row = option.rect.adjusted(8, 0, -10, 0);
-        const QRect iconArea(row.left(), row.center().y() - 8, 17, 17);
+        const int side = option.fontMetrics.height() + 1;
+        const QRect iconArea(row.left(), row.center().y() - side / 2, side, side);
         index.data(Qt::DecorationRole)
             .value<QIcon>()
             .paint(painter,
@@ -57,7 +52,7 @@ public:
         QColor ink = option.palette.color(isEnabled ? QPalette::Active : QPalette::Disabled,
                                           isSelected ? QPalette::HighlightedText : QPalette::Text);
         painter->setPen(ink);
-        const QRect textArea = row.adjusted(26, 0, 0, 0);
+        const QRect textArea = row.adjusted(side + 9, 0, 0, 0);
         const QString text = index.data().toString();
         painter->drawText(textArea, Qt::AlignVCenter | Qt::AlignLeft, text);
         ink.setAlphaF(0.6f);
@@ -65,7 +60,7 @@ public:
         const int width = option.fontMetrics.horizontalAdvance(text);
         painter->drawText(textArea.adjusted(width + 10, 0, 0, 0),
                           Qt::AlignVCenter | Qt::AlignLeft,
-                          Category(index.data(idRole).toString()));
+                          index.data(categoryRole).toString());
         painter->drawText(row, Qt::AlignVCenter | Qt::AlignRight, index.data(keyRole).toString());
     }
 };
@@ -110,8 +105,9 @@ void CommandPalette::Open() {
     query->clear();
     Refill();
     const QSize room = parentWidget()->size();
-    const int width = std::min(560, room.width() - 40);
-    const int height = std::min(420, room.height() - 80);
+    const int line = fontMetrics().height();
+    const int width = std::min(35 * line, room.width() - 40);
+    const int height = std::min(26 * line, room.height() - 80);
     setGeometry((room.width() - width) / 2, std::max(10, room.height() / 8), width, height);
     raise();
     show();
@@ -134,12 +130,13 @@ void CommandPalette::Refill() {
     };
     std::vector<Match> matches;
     const QStringList& recent = actions.Recent();
-    for (const ActionInfo& info : actions.Infos()) {
+    const std::vector<ActionInfo> infos = InMenuOrder(actions.Infos());
+    for (const ActionInfo& info : infos) {
         // A match in the name scores much higher than one in the description.
         int score = 16 * FuzzyScore(query->text(), info.text);
         if (score == 0)
             score = FuzzyScore(query->text(),
-                               Category(info.id) + u' ' + info.text + u' ' + info.description);
+                               CategoryTitle(info) + u' ' + info.text + u' ' + info.description);
         if (score == 0) continue;
         const qsizetype age = recent.indexOf(info.id);
         if (age >= 0) score += static_cast<int>(std::max<qsizetype>(20 - age, 1));
@@ -152,6 +149,7 @@ void CommandPalette::Refill() {
     for (const Match& match : matches) {
         auto* item = new QListWidgetItem(Icon(match.info->icon), match.info->text, list);
         item->setData(idRole, match.info->id);
+        item->setData(categoryRole, CategoryTitle(*match.info));
         const QList<QKeySequence> keys = actions.Keys(match.info->id);
         QString key = keys.isEmpty() ? QString() : keys.first().toString(QKeySequence::NativeText);
         if (actions.IsHeld(match.info->id)) {

@@ -121,9 +121,7 @@ void FileActions::AddScriptActions() {
                  .run = [this] {
                      const QString path = AskToOpen(
                          tr("Run Script"), QStringLiteral("script"), tr("Scripts (*.json)"));
-                     if (path.isEmpty()) return;
-                     const QString error = player->Run(path);
-                     if (!error.isEmpty()) Q_EMIT Refused(error);
+                     if (!path.isEmpty()) player->Run(path);
                  }});
     actions.Add({.id = "file.script.load",
                  .text = tr("Step through Script…"),
@@ -134,9 +132,7 @@ void FileActions::AddScriptActions() {
                      const QString path = AskToOpen(tr("Step through Script"),
                                                     QStringLiteral("script"),
                                                     tr("Scripts (*.json)"));
-                     if (path.isEmpty()) return;
-                     const QString error = player->Load(path);
-                     if (!error.isEmpty()) Q_EMIT Refused(error);
+                     if (!path.isEmpty()) player->Load(path);
                  }});
     QAction* play = actions.Add({.id = "script.play",
                                  .text = tr("Play or Pause Script"),
@@ -177,13 +173,7 @@ void FileActions::AddScriptActions() {
          .description = tr("Writes a script of all strokes and commands since the document was "
                            "opened. Running it reproduces the surface bit for bit."),
          .icon = "script",
-         .run = [this] {
-             const QString path = AskToSave(tr("Save Actions as Script"),
-                                            QStringLiteral("script"),
-                                            QStringLiteral(".json"),
-                                            tr("Scripts (*.json)"));
-             if (!path.isEmpty()) context.engine.SaveActions(path.toStdString());
-         }});
+         .run = [this] { SaveActions(); }});
     context.EnableWithDocument(save);
 }
 

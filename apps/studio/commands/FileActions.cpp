@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "commands/FileActions.h"
 
-#include "commands/BakeDialog.h"
 #include "commands/FileDialogs.h"
 #include "commands/Preferences.h"
 #include "commands/ScriptPlayer.h"
@@ -49,6 +48,7 @@ FileActions::FileActions(const ActionContext& given, QObject* parent)
             !source.startsWith(StudioFolders::Primitives()))
             context.preferences.AddRecentFile(source);
     });
+    connect(player, &ScriptPlayer::Refused, this, &FileActions::Refused);
     connect(player, &ScriptPlayer::Finished, this, [this](int done, const QString& error) {
         if (error.isEmpty())
             Q_EMIT Succeeded(done == 1 ? tr("The script has run: 1 step")
@@ -59,8 +59,7 @@ FileActions::FileActions(const ActionContext& given, QObject* parent)
 void FileActions::Open(const QString& path) {
     const QString extension = QFileInfo(path).suffix().toLower();
     if (extension == QLatin1String("json")) {
-        const QString error = player->Run(path);
-        if (!error.isEmpty()) Q_EMIT Refused(error);
+        player->Run(path);
         return;
     }
     OpenRequest request;
@@ -258,61 +257,6 @@ void FileActions::SaveIncremental() {
         SaveAs();
     else
         SaveTo(NextIncrement(QString::fromStdString(scene)));
-}
-
-void FileActions::RunWithFile(const char* name,
-                              nlohmann::json options,
-                              const QString& path,
-                              const QString& label) {
-    options["file"] = path.toStdString();
-    context.Run(name, std::move(options), label);
-}
-
-void FileActions::Export() {
-    ExportDialog dialog(context.window);
-    if (dialog.exec() != QDialog::Accepted) return;
-    const QString path = AskToSave(tr("Export Mesh"),
-                                   QStringLiteral("export"),
-                                   dialog.Extension(),
-                                   QStringLiteral("*") + dialog.Extension());
-    if (!path.isEmpty()) RunWithFile("export", dialog.Options(), path, tr("Export"));
-}
-
-void FileActions::Bake() {
-    BakeDialog dialog(context.engine, context.State(), context.window);
-    if (dialog.exec() != QDialog::Accepted) return;
-    const QString path = AskToSave(tr("Bake Map"),
-                                   QStringLiteral("export"),
-                                   dialog.Extension(),
-                                   QStringLiteral("*") + dialog.Extension());
-    if (!path.isEmpty()) RunWithFile("bake", dialog.Options(), path, tr("Bake"));
-}
-
-void FileActions::ImportDisplacement() {
-    const QString path = AskToOpen(tr("Import Displacement"),
-                                   QStringLiteral("displacement"),
-                                   tr("Images (*.exr *.tif *.tiff *.png)"));
-    if (path.isEmpty()) return;
-    DisplacementDialog dialog(QFileInfo(path).fileName(), context.window);
-    if (dialog.exec() != QDialog::Accepted) return;
-    RunWithFile("displace", dialog.Options(), path, tr("Displace"));
-}
-
-void FileActions::Screenshot() {
-    const QImage image = context.view.grab ? context.view.grab() : QImage();
-    if (image.isNull()) {
-        Q_EMIT Refused(tr("There is no viewport to take a screenshot of"));
-        return;
-    }
-    const QString path = AskToSave(tr("Save Screenshot"),
-                                   QStringLiteral("screenshot"),
-                                   QStringLiteral(".png"),
-                                   tr("PNG (*.png)"));
-    if (path.isEmpty()) return;
-    if (image.save(path))
-        Q_EMIT Succeeded(tr("Saved %1").arg(path));
-    else
-        Q_EMIT Refused(tr("%1: the image could not be written").arg(path));
 }
 
 }  // namespace trovik::studio

@@ -68,6 +68,7 @@ private:
                      const QString& path,
                      const QString& label);
     void ImportDisplacement();
+    void SaveActions();
     void Screenshot();
     QString AskToSave(const QString& title,
                       const QString& purpose,

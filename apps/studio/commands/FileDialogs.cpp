@@ -57,10 +57,11 @@ NewDialog::NewDialog(QWidget* parent) : FormDialog(tr("New Sculpture"), tr("Crea
         auto* button = new QToolButton(row);
         button->setText(text);
         button->setIcon(Icon(QString::fromLatin1(icon)));
-        button->setIconSize({32, 32});
+        const int line = fontMetrics().height();
+        button->setIconSize({2 * line, 2 * line});
         button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
         button->setCheckable(true);
-        button->setFixedSize(72, 68);
+        button->setFixedSize(5 * line, 9 * line / 2);
         button->setAccessibleName(text);
         button->setToolTip(tr("Starts with this shape"));
         shapes->addButton(button, id++);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "commands/KeymapEditor.h"
 
+#include "commands/ActionCategories.h"
 #include "commands/ActionRegistry.h"
 #include "commands/Keymap.h"
 #include "resources/Icons.h"
@@ -17,6 +18,7 @@
 #include <QVBoxLayout>
 
 #include <map>
+#include <vector>
 
 namespace trovik::studio {
 
@@ -155,13 +157,13 @@ void KeymapEditor::Refill() {
     list->clear();
     const QString wanted = search->text().trimmed();
     std::map<QString, QTreeWidgetItem*> groups;
-    for (const ActionInfo& info : actions.Infos()) {
+    const std::vector<ActionInfo> infos = InMenuOrder(actions.Infos());
+    for (const ActionInfo& info : infos) {
         const bool matches = wanted.isEmpty() || info.text.contains(wanted, Qt::CaseInsensitive) ||
                              info.description.contains(wanted, Qt::CaseInsensitive) ||
                              KeyText(actions.Keys(info.id)).contains(wanted, Qt::CaseInsensitive);
         if (!matches) continue;
-        QString category = info.id.section(u'.', 0, 0);
-        category[0] = category[0].toUpper();
+        const QString category = CategoryTitle(info);
         QTreeWidgetItem*& group = groups[category];
         if (group == nullptr) {
             group = new QTreeWidgetItem(list, {category});

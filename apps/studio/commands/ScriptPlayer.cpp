@@ -2,70 +2,13 @@
 #include "commands/ScriptPlayer.h"
 
 #include "engine/Engine.h"
-#include "framework/errors/HostError.h"
-#include "framework/script/ScriptDocument.h"
 
-#include <QDir>
-#include <QFileInfo>
+#include <QPointer>
 
-#include <algorithm>
-#include <iterator>
+#include <memory>
+#include <utility>
 
 namespace trovik::studio {
-
-namespace {
-
-using nlohmann::json;
-
-/// Replaces a file name with its absolute path if the folder contains the file.
-void Resolve(json& name, const QDir& folder) {
-    if (!name.is_string()) return;
-    const QString path = QString::fromStdString(name.get<std::string>());
-    if (QFileInfo(path).isRelative() && folder.exists(path))
-        name = folder.absoluteFilePath(path).toStdString();
-}
-
-/// The files that a step reads: pen streams, stamps, mask images, displacement maps.
-void ResolveFiles(json& step, const QDir& folder) {
-    const auto at = [&](const char* pointer) {
-        const json::json_pointer place(pointer);
-        if (step.contains(place)) Resolve(step.at(place), folder);
-    };
-    at("/stroke/pen");
-    at("/set/stamp");
-    at("/set/stamp/path");
-    at("/mask/image/file");
-    at("/displace/file");
-}
-
-/// Setup fields that are also steps, in the order in which they are applied.
-constexpr const char* setupSteps[] = {"transform", "mirror", "camera"};
-
-/// Why the studio cannot set up a script; empty if it can.
-QString RefusalOf(const json& script, bool opens) {
-    if (script.contains("mesh") && script.contains("scene"))
-        return ScriptPlayer::tr("a script has either \"mesh\" or \"scene\", not both");
-    // It would also apply to all documents that are opened later.
-    if (script.contains("memoryLimit"))
-        return ScriptPlayer::tr(
-            "the studio does not support \"memoryLimit\"; remove it, or run the "
-            "script with trovik sculpt");
-    if (opens) return {};
-    for (const auto& [name, value] : script.items()) {
-        const bool isStep = std::any_of(
-            std::begin(setupSteps), std::end(setupSteps), [&, field = name](const char* step) {
-                return field == step;
-            });
-        if (name != "steps" && !isStep)
-            return ScriptPlayer::tr(
-                       "\"%1\" needs a script with \"mesh\" or \"scene\"; it cannot be "
-                       "applied to the open document")
-                .arg(QString::fromStdString(name));
-    }
-    return {};
-}
-
-}  // namespace
 
 ScriptPlayer::ScriptPlayer(Engine& given, QObject* parent) : QObject(parent), engine(given) {
     timer.setSingleShot(true);
@@ -74,52 +17,40 @@ ScriptPlayer::ScriptPlayer(Engine& given, QObject* parent) : QObject(parent), en
     connect(&engine, &Engine::DabShown, this, &ScriptPlayer::ShowDab);
 }
 
-QString ScriptPlayer::Run(const QString& path) { return Read(path, State::Running); }
+void ScriptPlayer::Run(const QString& path) { Read(path, State::Running); }
 
-QString ScriptPlayer::Load(const QString& path) { return Read(path, State::Paused); }
+void ScriptPlayer::Load(const QString& path) { Read(path, State::Paused); }
 
-QString ScriptPlayer::Read(const QString& path, State first) {
-    json setup;
-    try {
-        setup = ReadStrokeScript(path.toStdString());
-    } catch (const HostError& fault) {
-        return QString::fromUtf8(fault.what());
-    }
-    const QDir folder = QFileInfo(path).absoluteDir();
-    const bool opens = setup.contains("mesh") || setup.contains("scene");
-    const QString refusal = RefusalOf(setup, opens);
-    if (!refusal.isEmpty()) return path + ": " + refusal;
-    if (!opens && !engine.HasDocument())
-        return tr("%1: the script does not name a mesh, and no document is open").arg(path);
-    std::vector<json> readSteps;
-    // The setup of a script that opens no file is applied as steps.
-    if (!opens)
-        for (const char* name : setupSteps)
-            if (setup.contains(name)) readSteps.push_back({{name, setup[name]}});
-    for (json& step : setup.at("steps")) {
-        ResolveFiles(step, folder);
-        // A step that contained only a comment does nothing.
-        if (!step.empty()) readSteps.push_back(std::move(step));
-    }
-    OpenRequest request;
-    if (opens) {
-        for (const char* name : {"mesh", "scene"})
-            if (setup.contains(name)) Resolve(setup[name], folder);
-        request.meshPath = setup.value("mesh", std::string());
-        request.scenePath = setup.value("scene", std::string());
-        setup.erase("steps");
-        request.setup = std::move(setup);
+void ScriptPlayer::Read(const QString& path, State first) {
+    auto file = std::make_shared<ScriptFile>();
+    engine.Prepare(
+        tr("Reading the script"),
+        [file, path] { *file = ReadScriptFile(path); },
+        [self = QPointer(this), file, first, number = ++newestRead](const QString& error) {
+            if (self.isNull() || self->newestRead != number) return;
+            if (error.isEmpty())
+                self->Begin(std::move(*file), first);
+            else
+                Q_EMIT self->Refused(error);
+        });
+}
+
+void ScriptPlayer::Begin(ScriptFile file, State first) {
+    if (!file.opens && !engine.HasDocument()) {
+        Q_EMIT Refused(
+            tr("%1: the script does not name a mesh, and no document is open").arg(file.path));
+        return;
     }
     Stop();
     ++script;
-    steps = std::move(readSteps);
+    steps = std::move(file.steps);
     next = 0;
     after = first;
     isStepRunning = isDabWaiting = false;
     SetState(State::Running);
-    if (!opens) {
+    if (!file.opens) {
         WhenOpened();
-        return {};
+        return;
     }
     opened = connect(&engine, &Engine::Opened, this, [this] {
         disconnect(opened);
@@ -131,8 +62,7 @@ QString ScriptPlayer::Read(const QString& path, State first) {
         disconnect(failed);
         Finish(error);
     });
-    engine.Open(request);
-    return {};
+    engine.Open(file.request);
 }
 
 void ScriptPlayer::WhenOpened() {
@@ -145,14 +75,17 @@ void ScriptPlayer::RunNext() {
         Finish({});
         return;
     }
-    const json step = steps[next++];
+    // A step can be large, and it runs only once.
+    nlohmann::json step = std::move(steps[next++].step);
     isStepRunning = true;
     const QString label = tr("Step %1 of %2").arg(next).arg(steps.size());
     const auto done = [this, of = script](const QString& error) {
         if (of == script) StepDone(error);
     };
-    engine.RunOfScript(
-        step, label, state == State::Playing ? Engine::Pace::DabByDab : Engine::Pace::AtOnce, done);
+    engine.RunOfScript(std::move(step),
+                       label,
+                       state == State::Playing ? Engine::Pace::DabByDab : Engine::Pace::AtOnce,
+                       done);
     Q_EMIT Changed();
 }
 
@@ -231,11 +164,7 @@ void ScriptPlayer::Stop() {
 
 QString ScriptPlayer::StepText() const {
     const std::size_t shown = isStepRunning ? next - 1 : next;
-    if (shown >= steps.size()) return {};
-    QStringList names;
-    for (const auto& [name, value] : steps[shown].items())
-        if (name != "comment") names << QString::fromStdString(name);
-    return names.join(QStringLiteral(", "));
+    return shown < steps.size() ? steps[shown].text : QString();
 }
 
 void ScriptPlayer::SetState(State changed) {

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "commands/ScriptFile.h"
+
 #include <QObject>
 #include <QString>
 #include <QTimer>
-#include <nlohmann/json.hpp>
 
 #include <vector>
 
@@ -35,12 +36,13 @@ public:
         Paused
     };
 
-    /// Loads a script and runs all of its steps at once. \return an error that names the file, if
-    /// it cannot be read; in that case, nothing has changed.
-    QString Run(const QString& path);
-    /// Loads a script and opens its document; then the state is Paused before the first step.
-    /// \return as Run.
-    QString Load(const QString& path);
+    /// Reads a script on the engine thread, and then runs all of its steps at once. Until it has
+    /// been read, and if it cannot be read (Refused), nothing changes. A later call of Run or Load
+    /// replaces a script that is being read.
+    void Run(const QString& path);
+    /// Reads a script as Run does, and opens its document; then the state is Paused before the
+    /// first step.
+    void Load(const QString& path);
     /// Continues as a time lapse. In the states Idle and Running, it has no effect; the same
     /// applies to Pause and Step.
     void Play();
@@ -62,6 +64,8 @@ public:
     void SetSpeed(double dabsPerSecond) { speed = dabsPerSecond; }
 
 Q_SIGNALS:
+    /// A script cannot be read or applied. \param error  names the file.
+    void Refused(const QString& error);
     /// State, Done or StepText returns something new.
     void Changed();
     /// A dab or step of the time lapse is complete; the next one follows later.
@@ -70,7 +74,8 @@ Q_SIGNALS:
     void Finished(int done, const QString& error);
 
 private:
-    QString Read(const QString& path, State first);
+    void Read(const QString& path, State first);
+    void Begin(ScriptFile file, State first);
     void WhenOpened();
     void RunNext();
     void StepDone(const QString& error);
@@ -80,7 +85,8 @@ private:
     void Finish(const QString& error);
 
     Engine& engine;
-    std::vector<nlohmann::json> steps;
+    /// The steps that have begun are moved to the engine.
+    std::vector<ScriptFile::Step> steps;
     std::size_t next = 0;
     State state = State::Idle;
     /// Whether a step has been requested and is not complete.
@@ -91,6 +97,8 @@ private:
     State after = State::Idle;
     /// Counts scripts, so that results of a stopped one are ignored.
     unsigned script = 0;
+    /// Counts the calls of Run and Load.
+    unsigned newestRead = 0;
     double speed = 60.0;
     /// Time between two dabs.
     QTimer timer;

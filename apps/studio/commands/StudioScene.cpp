@@ -51,11 +51,19 @@ json ToJson(const ReferenceImage& image, const QString& folder) {
             {"visible", image.isVisible}};
 }
 
-ReferenceImage ReferenceOf(const json& value, const QString& folder) {
+/// The path of an image in the first folder that contains it, or else in the first folder. An
+/// absolute path remains as it is.
+QString PathIn(const QStringList& folders, const QString& file) {
+    QStringList paths;
+    for (const QString& folder : folders) paths << QDir::cleanPath(QDir(folder).filePath(file));
+    for (const QString& path : paths)
+        if (QFileInfo::exists(path)) return path;
+    return paths.value(0, file);
+}
+
+ReferenceImage ReferenceOf(const json& value, const QStringList& folders) {
     ReferenceImage image;
-    // An absolute path remains as it is.
-    const QString file = QString::fromStdString(value.at("file").get<std::string>());
-    image.path = folder.isEmpty() ? file : QDir::cleanPath(QDir(folder).filePath(file));
+    image.path = PathIn(folders, QString::fromStdString(value.at("file").get<std::string>()));
     const auto lock = value.at("lock").get<std::string>();
     const auto* const found =
         std::find(std::begin(referenceLockNames), std::end(referenceLockNames), lock);
@@ -67,6 +75,17 @@ ReferenceImage ReferenceOf(const json& value, const QString& folder) {
     image.isInFront = value.at("inFront").get<bool>();
     image.isVisible = value.at("visible").get<bool>();
     return image;
+}
+
+QStringList Listed(const QString& folder) {
+    return folder.isEmpty() ? QStringList() : QStringList(folder);
+}
+
+/// The folders to which the paths in a document refer.
+QStringList FoldersOf(const OpenedDocument& document) {
+    // Recovery writes the scene into the folder of the journals.
+    if (document.isRecovered) return Listed(QString::fromStdString(document.workFolder));
+    return {QFileInfo(QString::fromStdString(document.sourcePath)).absolutePath()};
 }
 
 int Selected(int index, std::size_t count) {
@@ -81,8 +100,9 @@ StudioScene::StudioScene(Engine& ofEngine, QObject* parent) : QObject(parent), e
         const OpenedDocument& document = engine.Document();
         const auto stored = document.applicationData.find(entryName);
         if (stored != document.applicationData.end())
-            Load(std::string(stored->second.begin(), stored->second.end()),
-                 QFileInfo(QString::fromStdString(document.sourcePath)).absolutePath());
+            Load(std::string(stored->second.begin(), stored->second.end()), FoldersOf(document));
+        // A journal that starts from the recovered scene does not contain the folder.
+        if (document.isRecovered && !references.empty()) Store({});
         ListGroups();
         Q_EMIT Changed();
         NoteMissingFiles();
@@ -100,14 +120,16 @@ void StudioScene::Clear() {
     storedText.clear();
 }
 
-void StudioScene::Load(const std::string& text, const QString& folder) {
+void StudioScene::Load(const std::string& text, QStringList folders) {
     try {
         const json data = json::parse(text);
+        const QString folder = QString::fromStdString(data.value("folder", std::string()));
+        if (!folder.isEmpty()) folders << folder;
         std::vector<CameraBookmark> readBookmarks;
         std::vector<ReferenceImage> readReferences;
         for (const json& one : data.at("bookmarks")) readBookmarks.push_back(BookmarkOf(one));
         for (const json& one : data.at("references"))
-            readReferences.push_back(ReferenceOf(one, folder));
+            readReferences.push_back(ReferenceOf(one, folders));
         bookmarks = std::move(readBookmarks);
         references = std::move(readReferences);
         storedFolder = folder;
@@ -121,6 +143,7 @@ void StudioScene::Store(const QString& folder) {
     json data = {{"version", 1}, {"bookmarks", json::array()}, {"references", json::array()}};
     for (const CameraBookmark& one : bookmarks) data["bookmarks"].push_back(ToJson(one));
     for (const ReferenceImage& one : references) data["references"].push_back(ToJson(one, folder));
+    if (!references.empty() && !folder.isEmpty()) data["folder"] = folder.toStdString();
     std::string text = data.dump();
     if (text == storedText) return;
     storedText = std::move(text);
@@ -148,7 +171,7 @@ void StudioScene::FollowStep(const json& step) {
     const auto text = stored->find("text");
     if (name == stored->end() || *name != json(entryName)) return;
     if (text != stored->end() && text->is_string())
-        Load(text->get<std::string>(), SceneFolder());
+        Load(text->get<std::string>(), Listed(SceneFolder()));
     else
         Clear();
     isModified = true;

@@ -31,8 +31,9 @@ struct FaceGroup {
 
 /// What the studio stores in a scene besides the sculpture: camera bookmarks and reference images.
 /// Each change runs the step "applicationData", so that journal, scripts and event files contain
-/// it; it is not an undo step. Scenes contain the paths of images relative to their own folder. It
-/// also lists the face groups, and holds which of them is selected.
+/// it; it is not an undo step. Scenes contain the paths of images relative to their own folder, and
+/// that folder, to which the paths of a copy or of recovered work refer. It also lists the face
+/// groups, and holds which of them is selected.
 ///
 /// Call on the UI thread only.
 class StudioScene : public QObject {
@@ -79,7 +80,8 @@ Q_SIGNALS:
     void Noted(const QString& message);
 
 private:
-    void Load(const std::string& text, const QString& folder);
+    /// \param folders  to which relative paths refer; the first one that contains the file is used.
+    void Load(const std::string& text, QStringList folders);
     void Clear();
     /// Runs the step that stores the data. \param folder  of the scene; empty: paths are absolute.
     void Store(const QString& folder);

@@ -180,7 +180,7 @@ void AddViewActions(const ActionContext& context) {
     AddToggle(context,
               &RenderSettings::showsReferences,
               {.id = "view.references",
-               .text = Text::tr("Show References"),
+               .text = Text::tr("Show Reference Images"),
                .description = Text::tr("Shows or hides all reference images."),
                .keys = {QKeySequence("Shift+R")},
                .icon = "reference"});

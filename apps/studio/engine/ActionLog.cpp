@@ -5,11 +5,14 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <utility>
 
 namespace trovik::studio {
 
 namespace {
+
+constexpr const char* writingSteps[] = {"save", "export", "render", "contactSheet", "bake"};
 
 nlohmann::json Numbers(const Vector& vector) { return {vector.x, vector.y, vector.z}; }
 
@@ -26,9 +29,20 @@ nlohmann::json CameraStep(const StrokeView& view) {
 }
 
 bool OnlyWritesFiles(const nlohmann::json& step) {
-    for (const char* name : {"save", "export", "render", "contactSheet", "bake"})
-        if (step.contains(name)) return true;
-    return false;
+    return std::any_of(std::begin(writingSteps), std::end(writingSteps), [&](const char* name) {
+        return step.contains(name);
+    });
+}
+
+std::string FileWrittenBy(const nlohmann::json& step) {
+    for (const char* name : writingSteps) {
+        const auto found = step.find(name);
+        if (found == step.end()) continue;
+        const nlohmann::json file =
+            found->is_object() ? found->value("file", nlohmann::json()) : *found;
+        if (file.is_string()) return file.get<std::string>();
+    }
+    return {};
 }
 
 PackedSamples::PackedSamples(const std::vector<PenPoint>& points) {
@@ -106,11 +120,15 @@ nlohmann::json ActionLog::ToJson(const Stroke& stroke) {
 
 // One step at a time: the JSON of all strokes at once would take many times the memory of the
 // samples.
-void ActionLog::Write(const std::string& path) const {
+void ActionLog::Write(const std::string& path, const std::string& start) const {
     OutputFile file(path);
     file.Write("{\n");
-    for (const auto& [name, value] : script.items())
-        if (name != "steps") file.Write(nlohmann::json(name).dump() + ": " + value.dump() + ",\n");
+    for (const auto& [name, value] : script.items()) {
+        if (name == "steps") continue;
+        const bool isStart = !start.empty() && (name == "mesh" || name == "scene");
+        file.Write(nlohmann::json(name).dump() + ": " +
+                   (isStart ? nlohmann::json(start) : value).dump() + ",\n");
+    }
     file.Write("\"steps\": [");
     bool isFirst = true;
     for (const auto& entry : entries) {

@@ -14,6 +14,8 @@ namespace trovik::studio {
 
 /// Whether a step only writes files and does not change the document.
 bool OnlyWritesFiles(const nlohmann::json& step);
+/// The file that such a step writes; empty for other steps.
+std::string FileWrittenBy(const nlohmann::json& step);
 
 /// Samples of a stroke in 20 bytes each, or 28 if the pen of the stroke was ever tilted. Values are
 /// stored unchanged.
@@ -48,8 +50,9 @@ public:
     std::size_t StepCount() const { return entries.size(); }
     /// Memory of the samples of all strokes, in bytes.
     std::size_t SampleBytes() const;
-    /// \throw HostError if the file cannot be written.
-    void Write(const std::string& path) const;
+    /// \param start  replaces the name of the mesh or scene that the script opens; empty: the name
+    /// is kept. \throw HostError if the file cannot be written.
+    void Write(const std::string& path, const std::string& start = {}) const;
 
 private:
     struct Stroke {

@@ -45,7 +45,7 @@ void Engine::SaveCopy(const std::string& scenePath, Done done) {
     worker->Post(SaveCopyRequest{scenePath, std::move(done)});
 }
 
-void Engine::SaveActions(const std::string& scriptPath, Done done) {
+void Engine::SaveActions(const std::string& scriptPath, ActionsDone done) {
     worker->Post(SaveActionsRequest{scriptPath, std::move(done)});
 }
 
@@ -56,10 +56,15 @@ void Engine::Run(const nlohmann::json& step, const QString& label, Done done) {
     worker->Post(StepRequest{step, shown, std::move(done), worker->View()});
 }
 
-void Engine::RunOfScript(const nlohmann::json& step, const QString& label, Pace pace, Done done) {
+void Engine::RunOfScript(nlohmann::json step, const QString& label, Pace pace, Done done) {
     if (pace == Pace::DabByDab) worker->Pacer().Begin();
     Q_EMIT StepRequested(step);
-    worker->Post(StepRequest{step, label, std::move(done), std::nullopt, pace == Pace::DabByDab});
+    worker->Post(
+        StepRequest{std::move(step), label, std::move(done), std::nullopt, pace == Pace::DabByDab});
+}
+
+void Engine::Prepare(const QString& label, std::function<void()> work, Done done) {
+    worker->Post(PrepareRequest{label, std::move(work), std::move(done)});
 }
 
 void Engine::ContinueDab() { worker->Pacer().Go(); }

@@ -65,9 +65,13 @@ public:
     /// Writes a scene file that does not become the file of the document. Errors are also reported
     /// by Failed.
     void SaveCopy(const std::string& scenePath, Done done = {});
-    /// Writes the actions since the document was opened as a stroke script. Errors are also
-    /// reported by Failed.
-    void SaveActions(const std::string& scriptPath, Done done = {});
+    /// Called on the UI thread when a script has been written. \param start  the copy of the opened
+    /// file that was written next to the script; empty if none was needed.
+    using ActionsDone = std::function<void(const QString& error, const QString& start)>;
+    /// Writes the actions since the document was opened as a stroke script. If the opened file has
+    /// been replaced since, for example by a save, the script starts from a copy of its original
+    /// content, NAME.start.EXTENSION. Errors are also reported by Failed.
+    void SaveActions(const std::string& scriptPath, ActionsDone done = {});
 
     // --- Changes ---
 
@@ -80,11 +84,15 @@ public:
     enum class Pace { AtOnce, DabByDab };
     /// Runs a step of a script as Run does, but with the view of the script instead of SetView.
     /// Only one step with Pace::DabByDab may be waiting or running.
-    void RunOfScript(const nlohmann::json& step, const QString& label, Pace pace, Done done);
+    void RunOfScript(nlohmann::json step, const QString& label, Pace pace, Done done);
     /// Applies the next dab.
     void ContinueDab();
     /// Applies the remaining dabs of the step without waiting.
     void ReleaseDabs();
+    /// Runs work that does not use the document, such as reading a file, on the engine thread as a
+    /// job. \param work  may throw HostError. \param done  receives the error, which Failed does
+    /// not report.
+    void Prepare(const QString& label, std::function<void()> work, Done done);
     /// Runs work that computes images, as a job. An open stroke is released first.
     /// \param cancel  cancels this work, whether it is waiting or running; nothing is called then.
     /// \param shown  called on the UI thread with each image. \param done  receives the error,

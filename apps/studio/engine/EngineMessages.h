@@ -126,6 +126,9 @@ struct OpenedDocument {
     /// Notes about the file, one line each.
     std::vector<std::string> notes;
     bool isRecovered = false;
+    /// Recovered work: the folder of the scene in which it was done; empty if there was none, or if
+    /// the journal does not contain it.
+    std::string workFolder;
     /// Whether a script opened it, with a setup of its own.
     bool isFromScript = false;
 };

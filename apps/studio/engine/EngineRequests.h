@@ -3,6 +3,7 @@
 
 #include "engine/Engine.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <variant>
@@ -21,6 +22,12 @@ struct StepRequest {
     /// Whether the thread waits after each dab; see Engine::Pace.
     bool isPaced = false;
 };
+/// Work that does not use the document.
+struct PrepareRequest {
+    QString label;
+    std::function<void()> work;
+    Engine::Done done;
+};
 struct ImageRequest {
     QString label;
     ImageWork work;
@@ -31,7 +38,7 @@ struct ImageRequest {
 };
 struct SaveActionsRequest {
     std::string path;
-    Engine::Done done;
+    Engine::ActionsDone done;
 };
 /// Writes a scene file that does not become the file of the document.
 struct SaveCopyRequest {
@@ -55,6 +62,7 @@ struct StrokeEnd {
 
 using EngineRequest = std::variant<OpenRequest,
                                    StepRequest,
+                                   PrepareRequest,
                                    ImageRequest,
                                    SaveActionsRequest,
                                    SaveCopyRequest,

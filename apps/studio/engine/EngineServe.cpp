@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <utility>
 
 namespace trovik::studio {
 
@@ -47,15 +48,16 @@ void EngineWorker::Serve(OpenRequest& open) {
             options.progress = Progress();
             const RecoveredWork work = RecoverJournal(open.journalPath, source.scenePath, options);
             opened->notes = work.notes;
+            opened->workFolder = WorkFolderOf(work.content);
         }
         const std::string journal =
             journalFolder.empty() ? std::string() : NewJournalPath(journalFolder);
         auto next = std::make_unique<LiveSession>(source, journal, Progress());
         if (session != nullptr) session->Close();
         session = std::move(next);
-        std::vector<std::string> notes = std::move(opened->notes);
-        *opened = session->Opened();
-        opened->notes.insert(opened->notes.begin(), notes.begin(), notes.end());
+        const OpenedDocument recovered = std::exchange(*opened, session->Opened());
+        opened->notes.insert(opened->notes.begin(), recovered.notes.begin(), recovered.notes.end());
+        opened->workFolder = recovered.workFolder;
         if (!open.journalPath.empty()) {
             // The new journal starts from the recovered scene; the old one is no longer offered.
             MarkAsRecovered(open.journalPath);
@@ -126,6 +128,13 @@ void EngineWorker::RunPaced(const StepRequest& step) {
     current.Run(step.step, step.view);
 }
 
+void EngineWorker::Serve(PrepareRequest& preparation) {
+    job.Begin(requestNumber, preparation.label);
+    const QString error = ErrorOf(preparation.work);
+    EndJob();
+    ToUi([error, done = std::move(preparation.done)](Engine&) { done(error); });
+}
+
 void EngineWorker::Serve(ImageRequest& image) {
     job.Begin(requestNumber, image.label);
     const ShowImage show = [this, &image](const QImage& shownImage) {
@@ -146,8 +155,13 @@ void EngineWorker::Serve(ImageRequest& image) {
 }
 
 void EngineWorker::Serve(SaveActionsRequest& save) {
-    const QString error = Guarded([&] { RequireSession().Actions().Write(save.path); });
-    if (save.done) ToUi([error, done = std::move(save.done)](Engine&) { done(error); });
+    job.Begin(requestNumber, Engine::tr("Saving the actions"));
+    std::string start;
+    const QString error = Guarded([&] { start = RequireSession().SaveActions(save.path); });
+    EndJob();
+    ToUi([error, copy = QString::fromStdString(start), done = std::move(save.done)](Engine&) {
+        if (done) done(error, copy);
+    });
 }
 
 void EngineWorker::Serve(SaveCopyRequest& save) {

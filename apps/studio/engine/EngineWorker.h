@@ -82,6 +82,7 @@ private:
     void Serve(EngineRequest& request);
     void Serve(OpenRequest& request);
     void Serve(StepRequest& request);
+    void Serve(PrepareRequest& request);
     void Serve(ImageRequest& request);
     void Serve(SaveActionsRequest& request);
     void Serve(SaveCopyRequest& request);
@@ -117,6 +118,10 @@ private:
     ScriptProgress Progress();
     /// Calls function(engine) on the UI thread.
     void ToUi(std::function<void(Engine&)> function);
+
+    /// Limit on packed vertices waiting for the UI thread; beyond it, changes are merged before
+    /// they are packed.
+    static constexpr std::size_t maxWaitingBytes = std::size_t{32} << 20;
 
     Engine& engine;
     const std::string journalFolder;

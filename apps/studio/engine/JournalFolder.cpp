@@ -63,6 +63,11 @@ void AddNeeded(const JournalContent& content, std::set<std::string>& needed) {
     for (const JournalFile& file : content.stamps) add(file.path);
 }
 
+/// Whether a scene belongs to a journal, and not to the user: recovered work, or a snapshot.
+bool BelongsToJournal(const fs::path& file) {
+    return file.filename().string().find(".journal.") != std::string::npos;
+}
+
 /// Whether a process is writing this file, or ended before it was complete.
 bool IsIncomplete(const fs::path& file) {
     return file.filename().string().find(".part.") != std::string::npos;
@@ -89,11 +94,15 @@ std::optional<std::size_t> SavedSteps(const JournalContent& content) {
 }
 
 bool HasUnsavedWork(const JournalContent& content, std::optional<std::size_t> saved) {
-    // A scene that belongs to a journal, and not to the user: recovered work, or a snapshot.
-    const std::string source = fs::path(content.base.source).filename().string();
-    if (!saved && source.find(".journal.") != std::string::npos) return true;
+    if (!saved && BelongsToJournal(content.base.source)) return true;
     const auto first = content.steps.begin() + static_cast<std::ptrdiff_t>(saved.value_or(0));
     return std::any_of(first, content.steps.end(), IsChange);
+}
+
+std::string WorkFolderOf(const JournalContent& content) {
+    const std::string& file =
+        content.saves.empty() ? content.base.source : content.saves.back().scene.path;
+    return BelongsToJournal(file) ? std::string() : fs::path(file).parent_path().string();
 }
 
 std::string NewJournalPath(const std::string& folder) {

@@ -11,6 +11,7 @@
 /// - NAME.png: an image of the document, shown when the work is offered for recovery
 /// - NAME.journal.N.trovik, NAME.journal.base.EXTENSION: scenes from which the journal starts, and
 ///   copies of replaced files; see docs/journal.md
+/// - NAME.journal.start.EXTENSION: the opened file before it was replaced; see ActionStart
 /// - NAME.journal.trovik: the recovered work, from which the next journal starts
 /// - NAME.journal.recovered: the journal after its work was recovered
 namespace trovik {
@@ -27,6 +28,10 @@ bool IsChange(const JournalStep& step);
 std::optional<std::size_t> SavedSteps(const JournalContent& content);
 /// Whether a journal contains work that is in no file of the user. \param saved  from SavedSteps.
 bool HasUnsavedWork(const JournalContent& content, std::optional<std::size_t> saved);
+
+/// The folder of the user's file that was saved last, or opened; empty if the journal does not
+/// contain it.
+std::string WorkFolderOf(const JournalContent& content);
 
 /// A path in the folder that no other journal has.
 std::string NewJournalPath(const std::string& folder);

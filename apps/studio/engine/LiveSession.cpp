@@ -59,6 +59,9 @@ LiveSession::LiveSession(const OpenRequest& request,
     runner.Open(setup);
     feed.emplace(GetDocument());
     actions.emplace(setup);
+    actionStart.emplace(setup.at(request.scenePath.empty() ? "mesh" : "scene").get<std::string>(),
+                        journal,
+                        !recoveredJournal.empty());
 
     trovik::Document& document = GetDocument();
     document.AddObserver(tools);
@@ -94,7 +97,19 @@ void LiveSession::Close() {
     if (!recoveredJournal.empty()) RemoveJournal(recoveredJournal);
 }
 
+std::string LiveSession::SaveActions(const std::string& path) const {
+    const std::string file = actionStart->FileFor(path);
+    if (!actionStart->NeedsCopy()) {
+        actions->Write(path);
+        return {};
+    }
+    // The script and the copy can be moved together.
+    actions->Write(path, std::filesystem::path(file).filename().string());
+    return file;
+}
+
 void LiveSession::SaveCopy(const std::string& path, JobControl* job) {
+    actionStart->KeepBeforeWriting(path);
     GetDocument().WriteScene(path, SceneStream(), {}, job);
 }
 
@@ -130,6 +145,7 @@ void LiveSession::Run(const nlohmann::json& given, const std::optional<StrokeVie
         if (view && step.contains(seesView)) ShowView(*view);
     const bool isMoved = step.contains("transform") || step.contains("undo") ||
                          step.contains("redo") || step.contains("reset");
+    actionStart->KeepBeforeWriting(FileWrittenBy(step));
     Do(step);
     if (isMoved) feed->SendTransform();
     // The user's file now has the recovered work.

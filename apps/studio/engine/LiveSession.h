@@ -2,6 +2,7 @@
 #pragma once
 
 #include "engine/ActionLog.h"
+#include "engine/ActionStart.h"
 #include "engine/EngineRequests.h"
 #include "engine/SurfaceFeed.h"
 #include "framework/document/DocumentObserver.h"
@@ -33,7 +34,6 @@ public:
 
     trovik::Document& GetDocument() { return runner.GetDocument(); }
     SurfaceFeed& Feed() { return *feed; }
-    const ActionLog& Actions() const { return *actions; }
     const OpenedDocument& Opened() const { return opened; }
 
     /// Runs a step. No stroke may be open.
@@ -65,6 +65,10 @@ public:
     /// Whether settings of the brush, its tools or symmetry may have changed since the last call.
     bool TakeToolChange() { return std::exchange(tools.hasChanged, false); }
 
+    /// Writes the steps and strokes since the document was opened as a script; see ActionLog.
+    /// \return the copy of the opened file that was written next to the script, because that file
+    /// has been replaced or will be removed; empty if none was needed. \throw HostError
+    std::string SaveActions(const std::string& path) const;
     /// Writes a scene file that does not become the file of the document.
     void SaveCopy(const std::string& path, JobControl* job);
     /// Why the journal is not being written; empty while it is, and if none is kept.
@@ -106,6 +110,7 @@ private:
     ToolWatch tools;
     std::optional<SurfaceFeed> feed;
     std::optional<ActionLog> actions;
+    std::optional<ActionStart> actionStart;
 
     std::optional<DocumentStroke> stroke;
     StrokeStart strokeStart;

@@ -97,7 +97,7 @@ void ValueGesture::Cancel() { cursor.SetPreviewRadius(0.0); }
 
 QStringList ValueGesture::Hud() const {
     const QString number = typed.isEmpty() ? QString::number(Chosen(), 'g', 4) : typed + u'_';
-    if (value == Value::Strength) return {tr("Strength %1 %").arg(number)};
+    if (value == Value::Strength) return {tr("Strength %1%").arg(number)};
     return {isInPixels ? tr("Radius %1 px").arg(number) : tr("Radius %1").arg(number)};
 }
 

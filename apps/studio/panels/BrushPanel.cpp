@@ -23,8 +23,8 @@ BrushPanel::BrushPanel(Engine& given, QWidget* parent) : QScrollArea(parent), en
     auto* layout = new QVBoxLayout(contents);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(1);
-    auto* head = new QHBoxLayout;
-    head->setContentsMargins(8, 6, 8, 6);
+    head = new QHBoxLayout;
+    head->setContentsMargins(8, 6, 4, 6);
     titleIcon = new QLabel(contents);
     title = new QLabel(contents);
     title->setObjectName(QStringLiteral("panelTitle"));
@@ -50,6 +50,10 @@ void BrushPanel::AddGroup(SettingGroup group, bool isOpen) {
     widget()->layout()->addWidget(section);
     sections[group] = section;
     lists[group] = list;
+}
+
+void BrushPanel::AddTitleAction(QAction* action) {
+    head->addWidget(MakeActionButton(action, widget()));
 }
 
 SettingControl* BrushPanel::Control(const std::string& name) const {

@@ -7,6 +7,8 @@
 
 #include <map>
 
+class QAction;
+class QHBoxLayout;
 class QLabel;
 
 namespace trovik::studio {
@@ -22,6 +24,8 @@ class BrushPanel : public QScrollArea {
 public:
     explicit BrushPanel(Engine& engine, QWidget* parent = nullptr);
 
+    /// Adds a button for an action next to the title.
+    void AddTitleAction(QAction* action);
     /// The control of a setting; null if there is none yet.
     SettingControl* Control(const std::string& name) const;
 
@@ -32,6 +36,7 @@ private:
     Engine& engine;
     QLabel* title;
     QLabel* titleIcon;
+    QHBoxLayout* head;
     std::map<SettingGroup, Section*> sections;
     std::map<SettingGroup, SettingList*> lists;
 };

@@ -5,7 +5,6 @@
 #include "resources/Icons.h"
 
 #include <QAction>
-#include <QLabel>
 #include <QMainWindow>
 #include <QPainter>
 #include <QStyle>
@@ -123,7 +122,8 @@ Section::Section(const QString& title, QWidget* parent, bool isOpen) : QWidget(p
     header->setAccessibleName(title);
     header->setToolTip(tr("Shows or hides this group"));
     header->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    header->setIconSize({12, 12});
+    const int side = fontMetrics().height() - 3;
+    header->setIconSize({side, side});
     header->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     contents = new QWidget(this);
     layout = new QVBoxLayout(contents);
@@ -155,6 +155,10 @@ void AddActionButtons(Section* section,
         ++index;
     }
     section->Body()->addLayout(grid);
+}
+
+QSize RowLabel::Widened(const QSize& size) const {
+    return size.expandedTo(QSize(fontMetrics().height() * 28 / 5, 0));
 }
 
 QVBoxLayout* MakePanelLayout(QWidget* panel) {

@@ -2,12 +2,12 @@
 #pragma once
 
 #include <QComboBox>
+#include <QLabel>
 #include <QToolButton>
 
 #include <initializer_list>
 
 class QAction;
-class QLabel;
 class QVBoxLayout;
 
 namespace trovik::studio {
@@ -68,6 +68,19 @@ private:
     QToolButton* header;
     QWidget* contents;
     QVBoxLayout* layout;
+};
+
+/// The label in front of a control. Short labels have equal widths, so that the controls of a panel
+/// are aligned.
+class RowLabel : public QLabel {
+    Q_OBJECT
+public:
+    using QLabel::QLabel;
+    QSize sizeHint() const override { return Widened(QLabel::sizeHint()); }
+    QSize minimumSizeHint() const override { return Widened(QLabel::minimumSizeHint()); }
+
+private:
+    QSize Widened(const QSize& size) const;
 };
 
 /// A layout with the margins and spacing of panels.

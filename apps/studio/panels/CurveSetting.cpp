@@ -49,8 +49,7 @@ constexpr float sampledAt[] = {0.0f, 0.2f, 0.4f, 0.6f, 0.8f, 1.0f};
 PanelCombo* AddHeader(QVBoxLayout* layout, const SettingAppearance& appearance, QWidget* parent) {
     auto* row = new QHBoxLayout;
     row->setSpacing(4);
-    auto* label = new QLabel(appearance.label, parent);
-    label->setMinimumWidth(84);
+    auto* label = new RowLabel(appearance.label, parent);
     auto* box = new PanelCombo(appearance.label, appearance.description, parent);
     row->addWidget(label);
     row->addWidget(box, 1);

@@ -67,7 +67,7 @@ ReferencesPanel::ReferencesPanel(const ActionContext& given, QWidget* parent)
     for (const QString& name : names) lock->addItem(name);
     auto* row = new QHBoxLayout;
     row->setSpacing(4);
-    row->addWidget(new QLabel(tr("Locked to"), placement));
+    row->addWidget(new RowLabel(tr("Locked to"), placement));
     row->addWidget(lock, 1);
     controls->addLayout(row);
     across = AddSlider(
@@ -189,7 +189,7 @@ void ReferencesPanel::RefreshList() {
         const bool exists = QFileInfo::exists(image.path);
         const QString name = QFileInfo(image.path).fileName();
         QListWidgetItem& item = *list->item(i);
-        item.setText(exists ? name : tr("%1 (not found)").arg(name));
+        item.setText(exists ? name : tr("Not found: %1").arg(name));
         item.setToolTip(image.path);
         item.setCheckState(image.isVisible ? Qt::Checked : Qt::Unchecked);
     }

@@ -45,8 +45,7 @@ class ChoiceControl : public SettingControl {
 public:
     ChoiceControl(Engine& given, const ToolSetting& setting, QWidget* parent)
         : SettingControl(given, setting, parent) {
-        auto* label = new QLabel(appearance.label, this);
-        label->setMinimumWidth(84);
+        auto* label = new RowLabel(appearance.label, this);
         box = new PanelCombo(appearance.label, appearance.description, this);
         for (const json& choice : setting.range.at("choices")) {
             const QString value = QString::fromStdString(choice.get<std::string>());

@@ -28,8 +28,7 @@ ViewPanel::ViewPanel(const ActionContext& context, QWidget* parent)
     for (const MatcapName& name : MatcapTitles()) matcap->addItem(name.title, name.name);
     auto* row = new QHBoxLayout;
     row->setSpacing(4);
-    auto* label = new QLabel(tr("Matcap"), surface);
-    label->setMinimumWidth(84);
+    auto* label = new RowLabel(tr("Matcap"), surface);
     row->addWidget(label);
     row->addWidget(matcap, 1);
     surface->Body()->addLayout(row);
@@ -53,8 +52,7 @@ ViewPanel::ViewPanel(const ActionContext& context, QWidget* parent)
     scene->Body()->addWidget(fieldOfView);
     auto* background = new QHBoxLayout;
     background->setSpacing(4);
-    auto* backgroundLabel = new QLabel(tr("Background"), scene);
-    backgroundLabel->setMinimumWidth(84);
+    auto* backgroundLabel = new RowLabel(tr("Background"), scene);
     background->addWidget(backgroundLabel);
     const QString names[] = {tr("Bottom"), tr("Top")};
     for (std::size_t i = 0; i < 2; ++i) {

@@ -206,6 +206,10 @@ void FillMenus(QMainWindow& window, const ActionRegistry& actions, FileActions& 
     Fill(windows, actions, {"window.palette", "window.panels", "window.fullscreen", "-"});
     for (const ActionInfo& info : actions.Infos())
         if (info.id.startsWith(QLatin1String("panel."))) Fill(windows, actions, {info.id});
+    windows->addSeparator();
+    QMenu* undocked = windows->addMenu(MainWindow::tr("Undock"));
+    for (const ActionInfo& info : actions.Infos())
+        if (info.id.startsWith(QLatin1String("undock."))) Fill(undocked, actions, {info.id});
     Fill(bar->addMenu(MainWindow::tr("&Help")),
          actions,
          {"help.welcome", "window.keymap", "help.tabletTester", "-", "help.about"});

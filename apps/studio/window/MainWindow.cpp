@@ -9,18 +9,18 @@
 #include "commands/StudioActions.h"
 #include "commands/StudioScene.h"
 #include "commands/ViewModel.h"
-#include "panels/BrushPanel.h"
 #include "panels/Controls.h"
-#include "panels/ToolShelf.h"
 #include "window/JournalNotice.h"
 #include "window/MessageBar.h"
 #include "window/PanelStack.h"
+#include "window/PanelWindows.h"
 #include "window/QuickBar.h"
 #include "window/ScriptBar.h"
 #include "window/StatusNumbers.h"
 #include "window/ViewportMenu.h"
 #include "window/WelcomeHint.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QDockWidget>
 #include <QFileInfo>
@@ -33,25 +33,6 @@
 #include <algorithm>
 
 namespace trovik::studio {
-
-namespace {
-
-QDockWidget* AddDock(QMainWindow& window,
-                     const QString& id,
-                     const QString& title,
-                     Qt::DockWidgetArea area,
-                     QWidget* contents) {
-    auto* dock = new QDockWidget(title, &window);
-    dock->setObjectName(id);
-    dock->setFeatures(QDockWidget::DockWidgetClosable);
-    // No title bar, because the panels have their own titles.
-    dock->setTitleBarWidget(new QWidget(dock));
-    dock->setWidget(contents);
-    window.addDockWidget(area, dock);
-    return dock;
-}
-
-}  // namespace
 
 MainWindow::MainWindow(Engine& engine,
                        ActionRegistry& registry,
@@ -76,6 +57,7 @@ MainWindow::MainWindow(Engine& engine,
     for (const ActionInfo& info : registry.Infos()) addKeys(info.id);
     AddActions();
     palette = new CommandPalette(registry, this);
+    addToolBar(Qt::TopToolBarArea, new QuickBar(engine, registry, this));
     AddDocks();
     AddStatusBar();
     AddScriptBar();
@@ -108,19 +90,6 @@ void MainWindow::AddActions() {
     AddBookmarkActions(context);
     AddReferenceActions(context);
     AddWindowActions();
-}
-
-void MainWindow::AddDocks() {
-    addToolBar(Qt::TopToolBarArea, new QuickBar(context.engine, context.actions, this));
-    tools = new ToolShelf(context.engine, context.actions, this);
-    AddDock(*this, QStringLiteral("tools"), tr("Tools"), Qt::LeftDockWidgetArea, tools);
-    brush = new BrushPanel(context.engine, this);
-    AddDock(*this, QStringLiteral("brush"), tr("Brush"), Qt::RightDockWidgetArea, brush);
-    panels = new PanelStack(this);
-    AddPanels();
-    AddDock(*this, QStringLiteral("panels"), tr("Panels"), Qt::RightDockWidgetArea, panels);
-    setCorner(Qt::BottomRightCorner, Qt::RightDockWidgetArea);
-    setCorner(Qt::BottomLeftCorner, Qt::LeftDockWidgetArea);
 }
 
 void MainWindow::AddStatusBar() {
@@ -202,9 +171,13 @@ void MainWindow::ShowError(const QString& text) { message->ShowError(text); }
 
 void MainWindow::TogglePanels() {
     const QList<QDockWidget*> docks = findChildren<QDockWidget*>();
-    const bool anyShown = std::any_of(
-        docks.begin(), docks.end(), [](const QDockWidget* dock) { return dock->isVisible(); });
-    for (QDockWidget* dock : docks) dock->setVisible(!anyShown);
+    const bool anyShown = panelWindows->IsAnyVisible() ||
+                          std::any_of(docks.begin(), docks.end(), [](const QDockWidget* dock) {
+                              return dock->isVisible();
+                          });
+    // The dock of an undocked panel is empty.
+    for (QDockWidget* dock : docks) dock->setVisible(!anyShown && dock->widget() != nullptr);
+    panelWindows->SetVisible(!anyShown);
 }
 
 void MainWindow::showEvent(QShowEvent* event) {
@@ -219,6 +192,7 @@ void MainWindow::showEvent(QShowEvent* event) {
     resizeDocks({brushDock, panelDock}, {height() * 6 / 10, height() * 4 / 10}, Qt::Vertical);
     const QByteArray state = context.preferences.Layout("docks");
     if (!state.isEmpty()) restoreState(state);
+    panelWindows->Restore(context.preferences.Layout("undocked"));
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
@@ -236,6 +210,8 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     }
     context.preferences.SetLayout("geometry", saveGeometry());
     context.preferences.SetLayout("docks", saveState());
+    context.preferences.SetLayout("undocked", panelWindows->State());
+    panelWindows->SetVisible(false);
     QMainWindow::closeEvent(event);
 }
 
@@ -265,9 +241,12 @@ void MainWindow::dropEvent(QDropEvent* event) {
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
     // The pointer has returned to the viewport, so letter keys select tools again and are not text
     // input.
-    if (watched == centralWidget() && event->type() == QEvent::Enter &&
-        qobject_cast<QLineEdit*>(focusWidget()) != nullptr && !palette->isVisible())
-        centralWidget()->setFocus();
+    if (watched == centralWidget() && event->type() == QEvent::Enter && !palette->isVisible()) {
+        const bool isInPanel = qobject_cast<PanelWindow*>(QApplication::activeWindow()) != nullptr;
+        if (isInPanel) activateWindow();
+        if (isInPanel || qobject_cast<QLineEdit*>(focusWidget()) != nullptr)
+            centralWidget()->setFocus();
+    }
     return QMainWindow::eventFilter(watched, event);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "commands/ActionContext.h"
+#include "window/PanelWindows.h"
 
 #include <QMainWindow>
 #include <QPointer>
@@ -24,7 +25,8 @@ class WelcomeHint;
 /// the registry.
 ///
 /// Panels never keep the keyboard focus: it returns to the viewport after each entry and when the
-/// pointer enters the viewport.
+/// pointer enters the viewport. Panels can be undocked; their windows are restored at the next
+/// start.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
@@ -44,6 +46,8 @@ public:
     CommandPalette& Palette() { return *palette; }
     BrushPanel& Brush() { return *brush; }
     PanelStack& Panels() { return *panels; }
+    /// The windows of undocked panels.
+    PanelWindows& Undocked() { return *panelWindows; }
     ToolShelf& Tools() { return *tools; }
     /// Shows the first-start hint unless it has been dismissed.
     void ShowWelcome();
@@ -64,6 +68,8 @@ private:
     void AddWindowActions();
     void AddDocks();
     void AddPanels();
+    /// Adds the action that undocks a panel.
+    QAction* AddUndocking(const QString& id, const PanelWindows::Home& home);
     void AddStatusBar();
     void AddScriptBar();
     void ConnectEngine();
@@ -78,6 +84,7 @@ private:
     CommandPalette* palette = nullptr;
     BrushPanel* brush = nullptr;
     PanelStack* panels = nullptr;
+    PanelWindows* panelWindows = nullptr;
     ToolShelf* tools = nullptr;
     MessageBar* message = nullptr;
     QPointer<WelcomeHint> welcome;

@@ -3,13 +3,16 @@
 
 #include "panels/Controls.h"
 
-#include <QButtonGroup>
+#include <QAction>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QScrollArea>
 #include <QStackedWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
+
+#include <algorithm>
+#include <utility>
 
 namespace trovik::studio {
 
@@ -23,9 +26,17 @@ PanelStack::PanelStack(QWidget* parent) : QWidget(parent) {
     title = new QLabel(this);
     title->setObjectName(QStringLiteral("panelTitle"));
     title->setContentsMargins(8, 2, 8, 4);
+    titleButton = new QToolButton(this);
+    titleButton->setAutoRaise(true);
+    titleButton->setFocusPolicy(Qt::NoFocus);
+    titleButton->hide();
+    auto* head = new QHBoxLayout;
+    head->setContentsMargins(0, 0, 4, 0);
+    head->addWidget(title, 1);
+    head->addWidget(titleButton);
     stack = new QStackedWidget(this);
     layout->addLayout(icons);
-    layout->addWidget(title);
+    layout->addLayout(head);
     layout->addWidget(stack, 1);
 }
 
@@ -41,6 +52,7 @@ void PanelStack::Add(const QString& id,
     button->setIconSize({side, side});
     button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     icons->addWidget(button);
+    QWidget* page = panel;
     if (scrolls) {
         auto* area = new QScrollArea(stack);
         area->setWidgetResizable(true);
@@ -48,26 +60,65 @@ void PanelStack::Add(const QString& id,
         area->setFrameShape(QFrame::NoFrame);
         area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         area->setWidget(panel);
-        stack->addWidget(area);
-    } else {
-        stack->addWidget(panel);
+        page = area;
     }
-    pages.push_back({id, panelTitle, button});
+    stack->addWidget(page);
+    pages.push_back({id, panelTitle, button, page});
     connect(button, &QToolButton::clicked, this, [this, id] { Show(id); });
     if (pages.size() == 1) Show(id);
 }
 
+PanelStack::Page* PanelStack::Find(const QString& id) {
+    const auto found =
+        std::find_if(pages.begin(), pages.end(), [&](const Page& page) { return page.id == id; });
+    return found == pages.end() ? nullptr : &*found;
+}
+
 void PanelStack::Show(const QString& id) {
-    for (std::size_t i = 0; i < pages.size(); ++i) {
-        pages[i].button->setChecked(pages[i].id == id);
-        if (pages[i].id != id) continue;
-        stack->setCurrentIndex(static_cast<int>(i));
-        title->setText(pages[i].title);
+    const Page* page = Find(id);
+    if (page != nullptr && page->panel != nullptr) stack->setCurrentWidget(page->panel);
+    const QString shown = Shown();
+    for (const Page& one : pages) {
+        one.button->setChecked(one.id == shown);
+        if (one.id != shown) continue;
+        title->setText(one.title);
+        titleButton->setVisible(one.titleAction != nullptr);
+        if (one.titleAction == nullptr) continue;
+        // A button with several actions would open a menu.
+        titleButton->removeAction(titleButton->defaultAction());
+        titleButton->setDefaultAction(one.titleAction);
+        titleButton->setAccessibleName(one.titleAction->text());
     }
+    if (page != nullptr && page->panel == nullptr) Q_EMIT Requested(id);
 }
 
 QString PanelStack::Shown() const {
-    return pages.empty() ? QString() : pages[static_cast<std::size_t>(stack->currentIndex())].id;
+    for (const Page& page : pages)
+        if (page.panel != nullptr && page.panel == stack->currentWidget()) return page.id;
+    return {};
+}
+
+void PanelStack::SetTitleAction(const QString& id, QAction* action) {
+    Find(id)->titleAction = action;
+    Show(Shown());
+}
+
+QWidget* PanelStack::Take(const QString& id) {
+    Page* page = Find(id);
+    QWidget* panel = std::exchange(page->panel, nullptr);
+    stack->removeWidget(panel);
+    if (stack->count() == 0) {
+        title->clear();
+        titleButton->hide();
+    }
+    Show(Shown());
+    return panel;
+}
+
+void PanelStack::PutBack(const QString& id, QWidget* panel) {
+    Find(id)->panel = panel;
+    stack->addWidget(panel);
+    Show(id);
 }
 
 QStringList PanelStack::Ids() const {

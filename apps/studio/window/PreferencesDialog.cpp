@@ -23,7 +23,7 @@ PreferencesDialog::PreferencesDialog(Preferences& preferences, Keymap& keymap, Q
     Choose(theme, preferences.Theme());
     Choices scales;
     for (const int percent : {75, 90, 100, 110, 125, 150, 175, 200})
-        scales.push_back({QStringLiteral("%1 %").arg(percent), percent / 100.0});
+        scales.push_back({QStringLiteral("%1%").arg(percent), percent / 100.0});
     QComboBox* scale = AddChoice(tr("Interface size"), tr("Size of text and controls"), scales);
     Choose(scale, preferences.UiScale());
     Choices presets;

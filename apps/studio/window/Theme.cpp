@@ -3,8 +3,9 @@
 
 #include <QApplication>
 #include <QFont>
+#include <QFontMetrics>
 #include <QPalette>
-#include <QStyleFactory>
+#include <QProxyStyle>
 
 namespace trovik::studio {
 
@@ -12,6 +13,8 @@ namespace {
 
 struct Colors {
     QColor window, panel, base, raised, edge, text, faint, accent, onAccent;
+    /// Background of checked buttons, whose icons have the colour of the text.
+    QColor checked;
 };
 
 const Colors dark{QColor(38, 39, 42),
@@ -22,7 +25,8 @@ const Colors dark{QColor(38, 39, 42),
                   QColor(222, 223, 226),
                   QColor(150, 152, 158),
                   QColor(70, 124, 190),
-                  QColor(255, 255, 255)};
+                  QColor(255, 255, 255),
+                  QColor(70, 124, 190)};
 const Colors light{QColor(222, 223, 226),
                    QColor(236, 237, 239),
                    QColor(252, 252, 253),
@@ -31,7 +35,8 @@ const Colors light{QColor(222, 223, 226),
                    QColor(30, 32, 36),
                    QColor(98, 101, 108),
                    QColor(52, 114, 190),
-                   QColor(255, 255, 255)};
+                   QColor(255, 255, 255),
+                   QColor(158, 194, 236)};
 
 QPalette PaletteOf(const Colors& colors) {
     QPalette palette;
@@ -61,8 +66,26 @@ QPalette PaletteOf(const Colors& colors) {
     return palette;
 }
 
+/// Fusion with icons that are as large as the text.
+class StudioStyle : public QProxyStyle {
+public:
+    explicit StudioStyle(double factor) : QProxyStyle(QStringLiteral("Fusion")), scale(factor) {}
+
+    int pixelMetric(PixelMetric metric,
+                    const QStyleOption* option,
+                    const QWidget* widget) const override {
+        const int value = QProxyStyle::pixelMetric(metric, option, widget);
+        const bool isIcon = metric == PM_SmallIconSize || metric == PM_ButtonIconSize ||
+                            metric == PM_ListViewIconSize;
+        return isIcon ? qRound(value * scale) : value;
+    }
+
+private:
+    double scale;
+};
+
 /// Contains only what a palette cannot express.
-QString StyleSheetOf(const Colors& colors) {
+QString StyleSheetOf(const Colors& colors, int lineHeight) {
     return QStringLiteral(R"(
 QToolTip { background: %base; color: %text; border: 1px solid %edge; padding: 4px; }
 QMainWindow, QStatusBar, QMenuBar, QToolBar { background: %window; }
@@ -79,15 +102,22 @@ QDockWidget::title { background: %window; padding: 5px 8px; }
 QToolButton { border: 1px solid transparent; border-radius: 3px; padding: 3px; }
 QToolButton[hasText="true"] { background: %raised; border-color: %edge; }
 QToolButton[hasText="true"]:hover { background: %edge; }
-QToolButton[hasText="true"]:checked { background: %accent; }
+QToolButton[hasText="true"]:checked { background: %checked; }
 QToolButton:hover { background: %raised; }
 QToolButton:pressed { background: %base; }
-QToolButton:checked { background: %accent; color: %onAccent; }
+QToolButton:checked { background: %checked; }
 QToolButton#sectionHeader { background: %head; border: none; border-radius: 0; padding: 5px 6px;
     font-weight: 600; }
-QToolButton#sectionHeader:checked { background: %head; color: %text; }
+QToolButton#sectionHeader:checked { background: %head; }
 QToolButton#sectionHeader:hover { background: %raised; }
 QScrollArea { border: none; background: transparent; }
+QDialogButtonBox { dialogbuttonbox-buttons-have-icons: 0; }
+QCheckBox::indicator, QAbstractItemView::indicator { width: %boxpx; height: %boxpx;
+    border: 1px solid %edge; border-radius: 3px; background: %base; }
+QCheckBox::indicator:checked, QAbstractItemView::indicator:checked { background: %accent;
+    image: url(:/studio/icons/tick.svg); }
+QCheckBox::indicator:checked { border-color: %accent; }
+QCheckBox::indicator:disabled { border-color: %raised; }
 QLabel#hint { color: %faint; }
 QLabel#panelTitle { font-weight: 600; }
 QFrame#dropLine { background: %accent; border: none; }
@@ -105,6 +135,8 @@ QScrollBar::add-page, QScrollBar::sub-page { background: transparent; }
 QProgressBar { border: 1px solid %edge; border-radius: 3px; background: %base; text-align: center; }
 QProgressBar::chunk { background: %accent; border-radius: 2px; }
 )")
+        .replace(QLatin1String("%box"), QString::number(lineHeight - 3))
+        .replace(QLatin1String("%checked"), colors.checked.name())
         .replace(QLatin1String("%window"), colors.window.name())
         .replace(QLatin1String("%panel"), colors.panel.name())
         .replace(QLatin1String("%base"), colors.base.name())
@@ -122,12 +154,12 @@ QProgressBar::chunk { background: %accent; border-radius: 2px; }
 void ApplyTheme(const QString& theme, double scale) {
     static const double usualSize = QApplication::font().pointSizeF();
     const Colors& colors = theme == QLatin1String("light") ? light : dark;
-    const QString styleSheet = StyleSheetOf(colors);
     QFont font = QApplication::font();
     font.setPointSizeF(usualSize * scale);
+    const QString styleSheet = StyleSheetOf(colors, QFontMetrics(font).height());
     // Applying it again would update the style of every widget.
     if (qApp->styleSheet() == styleSheet && QApplication::font() == font) return;
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setStyle(new StudioStyle(scale));
     QApplication::setFont(font);
     QApplication::setPalette(PaletteOf(colors));
     qApp->setStyleSheet(styleSheet);

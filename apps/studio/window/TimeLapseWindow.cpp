@@ -52,10 +52,12 @@ TimeLapseWindow::TimeLapseWindow(const ActionContext& given, QWidget* parent)
     connect(restart, &QPushButton::clicked, this, &TimeLapseWindow::Restart);
     connect(camera, &QPushButton::clicked, this, &TimeLapseWindow::TakeCamera);
     connect(engine.get(), &Engine::Opened, this, &TimeLapseWindow::TakeCamera);
-    connect(engine.get(), &Engine::Failed, this, [this](const QString& error) {
+    const auto showError = [this](const QString& error) {
         message->setText(error);
         message->show();
-    });
+    };
+    connect(engine.get(), &Engine::Failed, this, showError);
+    connect(player, &ScriptPlayer::Refused, this, showError);
     Restart();
 }
 
@@ -77,16 +79,12 @@ void TimeLapseWindow::TakeCamera() {
 void TimeLapseWindow::Restart() {
     message->hide();
     player->Stop();
-    context.engine.SaveActions(folder.filePath(QStringLiteral("actions.json")).toStdString(),
-                               [self = QPointer(this)](const QString& error) {
-                                   if (self != nullptr && error.isEmpty()) self->Load();
-                               });
-}
-
-void TimeLapseWindow::Load() {
-    const QString error = player->Load(folder.filePath(QStringLiteral("actions.json")));
-    message->setText(error);
-    message->setVisible(!error.isEmpty());
+    context.engine.SaveActions(
+        folder.filePath(QStringLiteral("actions.json")).toStdString(),
+        [self = QPointer(this)](const QString& error, const QString&) {
+            if (self == nullptr || !error.isEmpty()) return;
+            self->player->Load(self->folder.filePath(QStringLiteral("actions.json")));
+        });
 }
 
 }  // namespace trovik::studio

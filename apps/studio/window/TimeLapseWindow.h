@@ -30,7 +30,6 @@ public:
 
 private:
     void Restart();
-    void Load();
     void TakeCamera();
 
     ActionContext context;

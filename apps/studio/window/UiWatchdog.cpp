@@ -3,18 +3,21 @@
 
 #include <QAbstractEventDispatcher>
 #include <QEvent>
+#include <QMetaEnum>
 #include <QThread>
 
 #include <algorithm>
 #include <chrono>
 #include <ctime>
 #include <sys/resource.h>
+#include <utility>
 
 namespace trovik::studio {
 
 namespace {
 
-constexpr uint64_t maxLateEvents = 20;
+constexpr std::size_t maxListedEvents = 20;
+constexpr double minNamedMilliseconds = 0.2;
 
 double ThreadMilliseconds() {
     timespec now{};
@@ -33,8 +36,9 @@ long WaitCount() {
 /// preempted.
 class BusyTimer {
 public:
-    double Milliseconds() const {
-        if (WaitCount() == waits) return ThreadMilliseconds() - processor;
+    double Processor() const { return ThreadMilliseconds() - processor; }
+    double Busy() const {
+        if (WaitCount() == waits) return Processor();
         return std::chrono::duration<double, std::milli>(Clock::now() - begin).count();
     }
 
@@ -44,6 +48,11 @@ private:
     double processor = ThreadMilliseconds();
     long waits = WaitCount();
 };
+
+QString NameOf(QEvent::Type type) {
+    const char* name = QMetaEnum::fromType<QEvent::Type>().valueToKey(type);
+    return name == nullptr ? QString::number(type) : QString::fromLatin1(name);
+}
 
 bool IsPainting(QEvent::Type type) {
     return type == QEvent::Paint || type == QEvent::UpdateRequest || type == QEvent::Expose ||
@@ -73,25 +82,50 @@ bool UiWatchdogApplication::notify(QObject* receiver, QEvent* event) {
     // The receiver and the event may be deleted by the call.
     const char* const className = receiver->metaObject()->className();
     const QString name = receiver->objectName();
-    frames.push_back({isPainting});
+    Frame entered;
+    entered.isPainting = isPainting;
+    frames.push_back(std::move(entered));
     const BusyTimer timer;
     const bool isAccepted = QApplication::notify(receiver, event);
-    const double busy = timer.Milliseconds();
+    UiEvent done{{}, timer.Processor(), timer.Busy()};
     const Frame frame = frames.back();
     frames.pop_back();
-    if (isInner) {
-        frames.back().painting += isPainting ? busy : frame.painting;
-    } else if (!isPainting && !frame.hasEventLoop) {
-        ++times.events;
-        const double counted = busy - frame.painting;
-        times.longest = std::max(times.longest, counted);
-        if (counted > limitMilliseconds && ++times.overLimit <= maxLateEvents)
-            times.late.append(QStringLiteral("%1 %2, event type %3: %4 ms")
-                                  .arg(QLatin1String(className), name)
-                                  .arg(static_cast<int>(type))
-                                  .arg(counted, 0, 'f', 2));
+    if (isPainting) {
+        if (!isInner) return isAccepted;
+        frames.back().paintingProcessor += done.processor;
+        frames.back().paintingBusy += done.busy;
+        return isAccepted;
     }
+    if (frame.hasEventLoop) return isAccepted;
+    done.processor -= frame.paintingProcessor;
+    done.busy -= frame.paintingBusy;
+    if (isInner) {
+        frames.back().paintingProcessor += frame.paintingProcessor;
+        frames.back().paintingBusy += frame.paintingBusy;
+    }
+    // Most events are short, and their names are not needed.
+    if (done.processor > minNamedMilliseconds) {
+        done.text = QStringLiteral("%1 %2 %3").arg(NameOf(type), QLatin1String(className), name);
+        if (frame.inner.processor > done.processor / 2)
+            done.text += QStringLiteral(" > ") + frame.inner.text;
+    }
+    if (!isInner)
+        Note(std::move(done));
+    else if (done.processor > frames.back().inner.processor)
+        frames.back().inner = std::move(done);
     return isAccepted;
+}
+
+void UiWatchdogApplication::Note(UiEvent event) {
+    ++times.events;
+    times.longestBusy = std::max(times.longestBusy, event.busy);
+    if (event.processor > limitMilliseconds) ++times.overLimit;
+    const auto position =
+        std::find_if(times.longest.begin(), times.longest.end(), [&](const UiEvent& other) {
+            return other.processor < event.processor;
+        });
+    times.longest.insert(position, std::move(event));
+    if (times.longest.size() > maxListedEvents) times.longest.pop_back();
 }
 
 }  // namespace trovik::studio

@@ -2,28 +2,38 @@
 #pragma once
 
 #include <QApplication>
-#include <QStringList>
+#include <QString>
 
 #include <cstdint>
 #include <vector>
 
 namespace trovik::studio {
 
+/// An event of the UI thread. Times in milliseconds.
+struct UiEvent {
+    /// Type of the event, class and name of the receiver; if most of the time was spent on an event
+    /// that was sent within it, the same of that event.
+    QString text;
+    /// Processor time of the thread.
+    double processor = 0.0;
+    /// Time that the thread was computing or waiting. Time for which the system ran other threads
+    /// instead is not counted.
+    double busy = 0.0;
+};
+
 /// The longest times for which the UI thread was busy with one event.
 struct UiBusyTimes {
-    /// Time that the thread was computing or waiting, in milliseconds. Time for which the system
-    /// ran other threads instead is not counted.
-    double longest = 0.0;
-    /// The first events that took longer than the limit, at most 20: class and name of the
-    /// receiver, number of the event type, and time.
-    QStringList late;
-    /// Events that took longer than UiWatchdogApplication::limitMilliseconds.
+    /// The events with the longest processor times, longest first; at most 20.
+    std::vector<UiEvent> longest;
+    /// The longest UiEvent::busy.
+    double longestBusy = 0.0;
+    /// Events that took more processor time than UiWatchdogApplication::limitMilliseconds.
     uint64_t overLimit = 0;
     uint64_t events = 0;
 };
 
 /// An application that measures for how long each event keeps the UI thread busy, so that tests can
-/// prove that nothing blocks it. Painting (paint, update, expose and resize events of widgets and
+/// check that nothing blocks it. Painting (paint, update, expose and resize events of widgets and
 /// windows) is not counted, and neither are event loops of dialogs, whose events are measured one
 /// by one.
 class UiWatchdogApplication : public QApplication {
@@ -41,9 +51,12 @@ private:
     struct Frame {
         bool isPainting = false;
         bool hasEventLoop = false;
-        /// Milliseconds of painting within this event.
-        double painting = 0.0;
+        /// Of painting within this event.
+        double paintingProcessor = 0.0, paintingBusy = 0.0;
+        /// The longest event within this one.
+        UiEvent inner;
     };
+    void Note(UiEvent event);
 
     std::vector<Frame> frames;
     UiBusyTimes times;

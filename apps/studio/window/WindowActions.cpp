@@ -1,22 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Actions and panels of the main window.
+/// Actions of the main window.
 #include "commands/CommandPalette.h"
 #include "commands/KeymapEditor.h"
 #include "commands/Preferences.h"
 #include "commands/ViewModel.h"
-#include "panels/HistoryPanel.h"
-#include "panels/InfoPanel.h"
-#include "panels/LayersPanel.h"
-#include "panels/LevelsPanel.h"
-#include "panels/MaskPanel.h"
-#include "panels/ReferencesPanel.h"
-#include "panels/StampTray.h"
-#include "panels/SymmetryPanel.h"
-#include "panels/ViewPanel.h"
 #include "window/MainWindow.h"
-#include "window/PanelStack.h"
 #include "window/PreferencesDialog.h"
 #include "window/RenderWindow.h"
 #include "window/TimeLapseWindow.h"
@@ -100,82 +90,6 @@ void MainWindow::AddWindowActions() {
                  .description = tr("Version and licence."),
                  .icon = "about",
                  .run = [this] { About(); }});
-}
-
-void MainWindow::AddPanels() {
-    Engine& engine = context.engine;
-    ActionRegistry& actions = context.actions;
-    struct Row {
-        const char* id;
-        const char* icon;
-        QString title, tip;
-        QWidget* panel;
-        bool scrolls;
-    };
-    const Row rows[] = {
-        {"layers",
-         "layers",
-         tr("Layers"),
-         tr("Detail that can be scaled, hidden and removed later"),
-         new LayersPanel(context, panels),
-         false},
-        {"levels",
-         "levels",
-         tr("Levels"),
-         tr("Coarser and finer versions of the surface"),
-         new LevelsPanel(engine, actions, panels),
-         true},
-        {"mask",
-         "mask",
-         tr("Mask and Visibility"),
-         tr("Protects or hides parts of the surface"),
-         new MaskPanel(context, panels),
-         true},
-        {"symmetry",
-         "symmetry",
-         tr("Symmetry"),
-         tr("Mirrored and repeated strokes"),
-         new SymmetryPanel(engine, actions, panels),
-         true},
-        {"stamps",
-         "stamp",
-         tr("Stamps"),
-         tr("Images that shape the dabs"),
-         new StampTray(engine, context.preferences, panels),
-         true},
-        {"view",
-         "view",
-         tr("View"),
-         tr("How the viewport shows the surface"),
-         new ViewPanel(context, panels),
-         true},
-        {"references",
-         "reference",
-         tr("References"),
-         tr("Images to sculpt from, behind or in front of the surface"),
-         new ReferencesPanel(context, panels),
-         true},
-        {"history",
-         "history",
-         tr("History"),
-         tr("Steps that can be undone and redone"),
-         new HistoryPanel(engine, actions, panels),
-         false},
-        {"info",
-         "info",
-         tr("Information"),
-         tr("Counts, memory and times"),
-         new InfoPanel(engine, context.view, panels),
-         true},
-    };
-    for (const Row& row : rows) {
-        panels->Add(row.id, row.icon, row.title, row.tip, row.panel, row.scrolls);
-        actions.Add({.id = QStringLiteral("panel.%1").arg(QLatin1String(row.id)),
-                     .text = tr("Show %1").arg(row.title),
-                     .description = row.tip + u'.',
-                     .icon = row.icon,
-                     .run = [this, id = QString::fromLatin1(row.id)] { panels->Show(id); }});
-    }
 }
 
 void MainWindow::About() {

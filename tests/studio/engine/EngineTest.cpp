@@ -2,7 +2,6 @@
 #include "framework/display/PatchPacker.h"
 #include "framework/document/Document.h"
 #include "framework/io/ContentHash.h"
-#include "framework/script/ScriptRunner.h"
 #include "tests/studio/SurfaceCopy.h"
 #include "tests/studio/engine/StudioEngine.h"
 
@@ -86,39 +85,6 @@ TEST_F(StudioEngine, ACopyThatFollowsTheUpdatesEqualsTheSurfaceAfterAllOfThem) {
     std::vector<DisplayVertex> expected(layout.TotalVertexCount());
     PatchPacker(level, layout).PackAll(expected, 1);
     EXPECT_EQ(copy, expected);
-}
-
-TEST_F(StudioEngine, SavedActionsReplayToTheSameScene) {
-    OpenBust();
-    engine->Run({{"tool", "Wax"}, {"set", {{"radius", 0.12}, {"strength", 60}}}});
-    Draw({}, 0.4f);
-    engine->EndStroke();
-    StrokeStart smooth;
-    smooth.modifier = BrushOperation::ModifierSmooth;
-    Draw(smooth, 0.42f);
-    engine->EndStroke();
-    StrokeStart mask;
-    mask.tool = "Freeze";
-    Draw(mask, 0.5f);
-    engine->EndStroke();
-    StrokeStart line;
-    line.isLine = true;
-    Draw(line, 0.45f);
-    engine->EndStroke();
-    engine->Run({{"layer", {{"add", "Skin"}}}});
-    Draw({}, 0.55f);
-    engine->EndStroke();
-    engine->Run({{"undo", 1}});
-    engine->Save(Path("work.trovik"));
-    engine->SaveActions(Path("work.json"));
-    Finish();
-    ASSERT_TRUE(failures.empty()) << failures.first().toStdString();
-
-    ScriptRunner runner(Path("work.json"), folder.path().toStdString(), {});
-    const ScriptResult result = runner.Run();
-    EXPECT_GT(result.totals.dabs, 20u);
-    runner.Save(Path("replayed.trovik"));
-    EXPECT_EQ(HashFile(Path("work.trovik")), HashFile(Path("replayed.trovik")));
 }
 
 TEST_F(StudioEngine, AnAbandonedStrokeLeavesTheSceneAsItWas) {

@@ -3,6 +3,7 @@
 /// \file
 /// The layout of the whole window with each panel, in both themes. ctest runs it at one and two
 /// device pixels per logical pixel.
+#include "commands/StudioScene.h"
 #include "panels/ValueSlider.h"
 #include "tests/studio/panels/StudioWindow.h"
 #include "window/PanelStack.h"
@@ -75,6 +76,10 @@ protected:
         engine.Run({{"layer", {{"add", "Wrinkles of the forehead"}}}});
         engine.Run({{"layer", {{"add", "Pores"}}}});
         engine.Run({{"mask", "invert"}});
+        ReferenceImage image;
+        image.path = folder.filePath("a front view with a long name.png");
+        window->Scene().SetReferences({image, image});
+        window->Scene().SelectReference(0);
         Finish();
     }
 

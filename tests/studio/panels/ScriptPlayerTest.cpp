@@ -40,12 +40,14 @@ protected:
             done = steps;
             reason = error;
         });
+        QObject::connect(
+            &player, &ScriptPlayer::Refused, [this](const QString& error) { refusal = error; });
         QObject::connect(&engine, &Engine::DabShown, [this] { ++dabs; });
         player.SetSpeed(1000.0);
     }
 
     void Load() {
-        ASSERT_EQ(player.Load(folder.filePath("script.json")), QString());
+        player.Load(folder.filePath("script.json"));
         ASSERT_TRUE(WaitFor([this] { return player.GetState() == State::Paused; }));
     }
     ContentHash SceneHash() {
@@ -61,13 +63,18 @@ protected:
     int dabs = 0;
     int done = -1;
     QString reason;
+    QString refusal;
     bool isFinished = false;
 };
 
 }  // namespace
 
 TEST_F(ScriptPlayerTest, StepsThroughAScript) {
-    EXPECT_FALSE(player.Load(folder.filePath("none.json")).isEmpty());
+    player.Load(folder.filePath("none.json"));
+    EXPECT_TRUE(refusal.isEmpty()) << "files are read on the engine thread";
+    ASSERT_TRUE(WaitFor([&] { return !refusal.isEmpty(); }));
+    EXPECT_TRUE(refusal.contains("none.json")) << refusal.toStdString();
+    EXPECT_EQ(player.GetState(), State::Idle);
     Load();
     EXPECT_EQ(player.StepCount(), 4) << "all but the comment";
     EXPECT_EQ(player.Done(), 0);
@@ -87,7 +94,7 @@ TEST_F(ScriptPlayerTest, StepsThroughAScript) {
 }
 
 TEST_F(ScriptPlayerTest, TimeLapseShowsEachDabAndGivesTheSameScene) {
-    ASSERT_EQ(player.Run(folder.filePath("script.json")), QString());
+    player.Run(folder.filePath("script.json"));
     ASSERT_TRUE(WaitFor([&] { return isFinished; }));
     const ContentHash expected = SceneHash();
     EXPECT_EQ(dabs, 0);
@@ -154,7 +161,7 @@ TEST_F(ScriptPlayerTest, ScriptSeesItsOwnCamera) {
     StrokeView elsewhere;
     elsewhere.target = {50.0f, 0.0f, 0.0f};
     engine.SetView(elsewhere);
-    ASSERT_EQ(player.Run(file.fileName()), QString());
+    player.Run(file.fileName());
     ASSERT_TRUE(WaitFor([&] { return isFinished; }));
     EXPECT_EQ(reason, QString());
     Finish();

@@ -17,6 +17,7 @@
 #include <QListWidget>
 #include <QTest>
 
+#include <filesystem>
 #include <optional>
 
 namespace trovik::studio {
@@ -45,6 +46,19 @@ protected:
     void Reopen(const QString& path) {
         OpenRequest request;
         request.scenePath = path.toStdString();
+        Open(request);
+    }
+    /// Recovers the work from a copy of the newest journal, as after a crash.
+    void Recover(const QString& copy) {
+        namespace fs = std::filesystem;
+        const fs::path to = folder.filePath(copy).toStdString();
+        const fs::path journal = engine.Document().journalPath;
+        fs::copy(journal.parent_path(), to);
+        OpenRequest request;
+        request.journalPath = (to / journal.filename()).string();
+        Open(request);
+    }
+    void Open(const OpenRequest& request) {
         bool isOpened = false;
         const auto connection =
             QObject::connect(&engine, &Engine::Opened, &view, [&] { isOpened = true; });
@@ -189,6 +203,57 @@ TEST_F(StudioSceneTest, ReferencePathsAreRelativeToTheScene) {
     Reopen(root.filePath("moved/head.trovik"));
     ASSERT_EQ(notes.size(), 1);
     EXPECT_TRUE(notes[0].contains(image.path)) << notes[0].toStdString();
+}
+
+TEST_F(StudioSceneTest, RecoveredWorkFindsItsReferenceImages) {
+    OpenSphere();
+    const QDir root(folder.path());
+    root.mkpath("scenes/images");
+    QImage picture(8, 4, QImage::Format_RGB32);
+    picture.fill(Qt::red);
+    ReferenceImage image;
+    image.path = root.filePath("scenes/images/front.png");
+    ASSERT_TRUE(picture.save(image.path));
+    window->Scene().SetReferences({image});
+    Save(root.filePath("scenes/head.trovik"));
+    engine.Run({{"mask", "invert"}});
+    Finish();
+    // The second time, the journal starts from the scene that was recovered the first time.
+    for (const char* copy : {"crashed", "crashed again"}) {
+        Recover(copy);
+        ASSERT_TRUE(engine.Document().isRecovered);
+        ASSERT_EQ(window->Scene().References().size(), 1u) << copy;
+        EXPECT_EQ(window->Scene().References()[0].path, image.path) << copy;
+    }
+    EXPECT_TRUE(notes.isEmpty()) << notes.join("\n").toStdString();
+
+    // A scene that was moved before it was opened, and never saved at its new location.
+    ASSERT_TRUE(QFile::rename(root.filePath("scenes"), root.filePath("moved")));
+    Reopen(root.filePath("moved/head.trovik"));
+    engine.Run({{"mask", "invert"}});
+    Finish();
+    Recover("crashed after moving");
+    ASSERT_EQ(window->Scene().References().size(), 1u);
+    EXPECT_EQ(window->Scene().References()[0].path, root.filePath("moved/images/front.png"));
+}
+
+TEST_F(StudioSceneTest, ACopyInAnotherFolderFindsItsReferenceImages) {
+    OpenSphere();
+    const QDir root(folder.path());
+    root.mkpath("scenes");
+    root.mkpath("copies");
+    QImage picture(8, 4, QImage::Format_RGB32);
+    picture.fill(Qt::red);
+    ReferenceImage image;
+    image.path = root.filePath("scenes/front.png");
+    ASSERT_TRUE(picture.save(image.path));
+    window->Scene().SetReferences({image});
+    Save(root.filePath("scenes/head.trovik"));
+    engine.SaveCopy(root.filePath("copies/copy.trovik").toStdString());
+    Finish();
+    Reopen(root.filePath("copies/copy.trovik"));
+    ASSERT_EQ(window->Scene().References().size(), 1u);
+    EXPECT_EQ(window->Scene().References()[0].path, image.path);
 }
 
 TEST_F(StudioSceneTest, ReferencesPanelPlacesTheSelectedImage) {

@@ -1,0 +1,102 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Checks that no event keeps the UI thread of trovik-studio busy.
+
+    ui_times.py SOURCE_DIR TROVIK_STUDIO FOLDER
+
+Plays strokes, undo, panel changes, level changes and layers, and reads the processor times that the
+program measures for each event except painting. It prints the longest events.
+"""
+
+import json
+import os
+import re
+import shutil
+import subprocess
+import sys
+
+# A frame of a display with 60 Hz. The program aims at 4 ms; slow machines take several times as
+# long as fast ones.
+MAX_MILLISECONDS = 16.0
+MIN_EVENTS = 500
+VIEWPORT = [480, 400]
+
+
+def stroke(y, time):
+    events = []
+    for i in range(40):
+        kind = "press" if i == 0 else "release" if i == 39 else "move"
+        events.append(
+            {
+                "type": "pen",
+                "kind": kind,
+                "time": time + 8 * i,
+                "x": 200 + 2 * i,
+                "y": y + i / 4,
+                "pressure": 0.3 + i / 80,
+            }
+        )
+    return events
+
+
+def session(mesh):
+    step = lambda **fields: {"type": "step", "step": fields}
+    action = lambda name: {"type": "action", "id": name}
+    events = [
+        {"type": "open", "mesh": mesh, "levels": 2},
+        action("view.frame"),
+        {"type": "wait"},
+        step(tool="Wax", set={"radiusPixels": 30}),
+    ]
+    panels = "levels layers mask symmetry stamps view references history info".split()
+    for turn in range(3):
+        for i, panel in enumerate(panels):
+            events += [action("panel." + panel), *stroke(150 + 8 * i, 1000 * (turn * 10 + i))]
+        events += [action("edit.undo"), action("edit.undo"), action("edit.redo")]
+        events += [step(layer={"add": f"Layer {turn}"}), *stroke(220, 90000 + 1000 * turn)]
+        events += [action("level.down"), {"type": "wait"}, *stroke(200, 95000 + 1000 * turn)]
+        events += [action("level.up"), {"type": "wait"}, step(mask="invert"), step(mask="invert")]
+        events += [action("tool.Smooth"), *stroke(180, 99000 + 1000 * turn), action("tool.Wax")]
+        events += [action("undock.layers"), action("undock.layers"), action("symmetry.x")]
+        events += [action("view.bookmark.add"), action("view.wireframe"), {"type": "wait"}]
+    return {"format": "trovik-events", "version": 1, "viewport": VIEWPORT, "events": events}
+
+
+def main():
+    source, studio, folder = (os.path.abspath(path) for path in sys.argv[1:4])
+    shutil.rmtree(folder, ignore_errors=True)
+    home = os.path.join(folder, "home")
+    os.makedirs(home)
+    path = os.path.join(folder, "session.events.json")
+    with open(path, "w", encoding="utf-8") as file:
+        json.dump(session(os.path.join(source, "examples/meshes/bust.obj")), file)
+    environment = dict(
+        os.environ,
+        TROVIK_UI_TIMES="1",
+        HOME=home,
+        QT_QPA_PLATFORM="xcb",
+        LIBGL_ALWAYS_SOFTWARE="1",
+    )
+    for name in ("CONFIG", "DATA", "STATE", "CACHE"):
+        environment[f"XDG_{name}_HOME"] = home
+    result = subprocess.run(
+        [studio, "--play", path, "--no-preferences", "--quit"],
+        env=environment,
+        cwd=folder,
+        capture_output=True,
+        text=True,
+    )
+    print(result.stderr)
+    if result.returncode != 0:
+        sys.exit(f"ui_times: trovik-studio ended with status {result.returncode}")
+    found = re.search(r"UI thread: (\d+) events.*; longest ([\d.]+) ms", result.stderr)
+    if found is None:
+        sys.exit("ui_times: trovik-studio has printed no times")
+    if int(found[1]) < MIN_EVENTS:
+        sys.exit(f"ui_times: only {found[1]} events, expected at least {MIN_EVENTS}")
+    if float(found[2]) > MAX_MILLISECONDS:
+        sys.exit(f"ui_times: an event took {found[2]} ms; at most {MAX_MILLISECONDS} are allowed")
+
+
+if __name__ == "__main__":
+    main()
