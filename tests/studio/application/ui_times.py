@@ -18,22 +18,23 @@ import sys
 # A frame of a display with 60 Hz. The program aims at 4 ms; slow machines take several times as
 # long as fast ones.
 MAX_MILLISECONDS = 16.0
-MIN_EVENTS = 500
-VIEWPORT = [480, 400]
+MIN_EVENTS = 200
+VIEWPORT = [320, 240]
+SAMPLES = 16
 
 
 def stroke(y, time):
     events = []
-    for i in range(40):
-        kind = "press" if i == 0 else "release" if i == 39 else "move"
+    for i in range(SAMPLES):
+        kind = "press" if i == 0 else "release" if i == SAMPLES - 1 else "move"
         events.append(
             {
                 "type": "pen",
                 "kind": kind,
                 "time": time + 8 * i,
-                "x": 200 + 2 * i,
+                "x": 140 + 3 * i,
                 "y": y + i / 4,
-                "pressure": 0.3 + i / 80,
+                "pressure": 0.3 + i / 40,
             }
         )
     return events
@@ -49,14 +50,16 @@ def session(mesh):
         step(tool="Wax", set={"radiusPixels": 30}),
     ]
     panels = "levels layers mask symmetry stamps view references history info".split()
-    for turn in range(3):
-        for i, panel in enumerate(panels):
-            events += [action("panel." + panel), *stroke(150 + 8 * i, 1000 * (turn * 10 + i))]
+    for panel in panels:
+        events += [action("panel." + panel), {"type": "wait"}]
+    for turn in range(2):
+        time = 10000 * turn
+        events += [*stroke(80, time), *stroke(100, time + 1000)]
         events += [action("edit.undo"), action("edit.undo"), action("edit.redo")]
-        events += [step(layer={"add": f"Layer {turn}"}), *stroke(220, 90000 + 1000 * turn)]
-        events += [action("level.down"), {"type": "wait"}, *stroke(200, 95000 + 1000 * turn)]
+        events += [step(layer={"add": f"Layer {turn}"}), *stroke(90, time + 2000)]
+        events += [action("level.down"), {"type": "wait"}, *stroke(110, time + 3000)]
         events += [action("level.up"), {"type": "wait"}, step(mask="invert"), step(mask="invert")]
-        events += [action("tool.Smooth"), *stroke(180, 99000 + 1000 * turn), action("tool.Wax")]
+        events += [action("tool.Smooth"), *stroke(95, time + 4000), action("tool.Wax")]
         events += [action("undock.layers"), action("undock.layers"), action("symmetry.x")]
         events += [action("view.bookmark.add"), action("view.wireframe"), {"type": "wait"}]
     return {"format": "trovik-events", "version": 1, "viewport": VIEWPORT, "events": events}
