@@ -115,7 +115,7 @@ protected:
         editor.resize(213, 113);
         editor.show();
     }
-    QPoint At(float x, float y) { return editor.PlaceOf({x, y}).toPoint(); }
+    QPoint At(float x, float y) { return editor.PositionOf({x, y}).toPoint(); }
 };
 
 TEST_F(Curve, EvaluatesAsTheEngineDoes) {
