@@ -244,7 +244,7 @@ private:
     int DistinctSamples() {
         const std::string path = folder.filePath("actions.json").toStdString();
         bool isSaved = false;
-        engine().SaveActions(path, [&isSaved](const QString&) { isSaved = true; });
+        engine().SaveActions(path, [&isSaved](const QString&, const QString&) { isSaved = true; });
         WaitFor([&isSaved] { return isSaved; });
         std::ifstream file(path);
         const nlohmann::json script = nlohmann::json::parse(file);
