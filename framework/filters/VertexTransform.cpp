@@ -43,7 +43,7 @@ Vector MaskBorderOf(const LevelMesh& level, const std::vector<uint8_t>& amounts)
     double total = 0.0;
     ForEachSide(level, [&](uint32_t a, uint32_t b) {
         const double weight = std::abs(int{amounts[a]} - int{amounts[b]});
-        if (weight == 0.0) return;
+        if (weight == 0.0 || level.IsVertexHidden(a) || level.IsVertexHidden(b)) return;
         const Vector p = level.Position(a);
         const Vector q = level.Position(b);
         sum[0] += (static_cast<double>(p.x) + static_cast<double>(q.x)) * weight;

@@ -11,8 +11,8 @@ namespace trovik {
 enum class PivotKind {
     /// The centre of the bounding box, along the mesh's own axes, of the vertices that move.
     Centre,
-    /// The mean position of the mask's border: of the edges whose vertices have different amounts,
-    /// weighted by the difference. For a masked torso, this is the shoulder of the arm.
+    /// The mean position of the mask's border: of the edges between visible vertices with different
+    /// amounts, weighted by the difference. For a masked torso, this is the shoulder of the arm.
     MaskBorder
 };
 

@@ -145,6 +145,18 @@ TEST(VertexTransform, WithoutAMaskBorderIsRefused) {
     EXPECT_EQ(arm->HistoryPosition(), 0u);
 }
 
+TEST(VertexTransform, HiddenFacesDoNotMoveTheMaskBorder) {
+    FilteredDocument arm(Arm());
+    FaceChoice tip(arm.Mesh().faceCount, 0);
+    tip[19] = tip[39] = 1;
+    arm->ChangeVisibility(VisibilityChange::Hide, tip);
+    VertexTransform transform;
+    transform.pivot = PivotKind::MaskBorder;
+    EXPECT_THROW(PivotOf(arm->Geometry(), transform), HostError) << "there is no mask";
+    MaskShoulder(arm);
+    ExpectNearVector(PivotOf(arm->Geometry(), transform), {9.5f, 0.0f, 0.0f}, 0);
+}
+
 TEST(VertexTransform, HiddenVerticesStay) {
     FilteredDocument arm(Arm());
     FaceChoice left(arm.Mesh().faceCount, 0);

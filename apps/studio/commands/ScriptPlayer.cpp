@@ -22,6 +22,8 @@ void ScriptPlayer::Run(const QString& path) { Read(path, State::Running); }
 void ScriptPlayer::Load(const QString& path) { Read(path, State::Paused); }
 
 void ScriptPlayer::Read(const QString& path, State first) {
+    // A step that waits to show a dab would hold up the request on the engine thread.
+    Stop();
     auto file = std::make_shared<ScriptFile>();
     engine.Prepare(
         tr("Reading the script"),

@@ -2,6 +2,7 @@
 #include "engine/ActionStart.h"
 
 #include "framework/errors/HostError.h"
+#include "framework/io/ContentHash.h"
 #include "framework/io/FilePath.h"
 
 #include <filesystem>
@@ -14,12 +15,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Creates a hard link, or a copy if the file system of the new path is another one.
+/// Creates a hard link, or a copy if the file system of the new path is another one. The new path
+/// must not exist.
 void LinkOrCopy(const fs::path& from, const fs::path& to) {
-    fs::remove(to);
     std::error_code failed;
     fs::create_hard_link(from, to, failed);
     if (failed) fs::copy_file(from, to);
+}
+
+bool HaveSameContent(const fs::path& a, const fs::path& b) {
+    return fs::is_regular_file(b) && fs::file_size(a) == fs::file_size(b) &&
+           HashFile(a.string()) == HashFile(b.string());
 }
 
 }  // namespace
@@ -37,6 +43,7 @@ void ActionStart::KeepBeforeWriting(const std::string& path) {
             folder = std::make_unique<QTemporaryDir>();
             copy = folder->filePath(QString::fromStdString(name)).toStdString();
         }
+        fs::remove(copy);
         LinkOrCopy(fs::canonical(source), copy);
         kept = copy;
     } catch (const fs::filesystem_error& error) {
@@ -51,14 +58,22 @@ std::string ActionStart::FileFor(const std::string& scriptPath) const {
                         ": the actions start from the original content of this file, which was "
                         "replaced and could not be kept: " +
                         problem);
+    const std::string& original = kept.empty() ? source : kept;
     fs::path copy = scriptPath;
-    copy.replace_extension(".start" + LowerExtension(source));
     try {
-        LinkOrCopy(kept.empty() ? source : kept, copy);
+        for (int number = 1;; ++number) {
+            const std::string suffix = number == 1 ? ".start" : ".start-" + std::to_string(number);
+            copy = scriptPath;
+            copy.replace_extension(suffix + LowerExtension(source));
+            if (!fs::exists(copy)) {
+                LinkOrCopy(original, copy);
+                return copy.string();
+            }
+            if (HaveSameContent(original, copy)) return copy.string();
+        }
     } catch (const fs::filesystem_error& error) {
         throw HostError("cannot write " + copy.string() + ": " + error.code().message());
     }
-    return copy.string();
 }
 
 }  // namespace trovik::studio

@@ -25,7 +25,9 @@ public:
     /// Whether the script needs a copy of the file.
     bool NeedsCopy() const { return isTemporary || !kept.empty() || !problem.empty(); }
     /// The file with which a script starts: the source, or a copy next to the script, named
-    /// NAME.start.EXTENSION, which this function writes.
+    /// NAME.start.EXTENSION, which this function writes. If a different file has that name, the
+    /// copy is named NAME.start-2.EXTENSION and so on; no existing file is changed. Only the file
+    /// itself is copied, not the files to which it refers.
     /// \throw HostError if the content was not kept, or the copy cannot be written.
     std::string FileFor(const std::string& scriptPath) const;
 

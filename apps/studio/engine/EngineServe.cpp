@@ -130,7 +130,10 @@ void EngineWorker::RunPaced(const StepRequest& step) {
 
 void EngineWorker::Serve(PrepareRequest& preparation) {
     job.Begin(requestNumber, preparation.label);
-    const QString error = ErrorOf(preparation.work);
+    const QString error = ErrorOf([&] {
+        preparation.work();
+        if (job.IsCancelled()) throw Cancelled();
+    });
     EndJob();
     ToUi([error, done = std::move(preparation.done)](Engine&) { done(error); });
 }

@@ -4,8 +4,10 @@
 #include "commands/ActionRegistry.h"
 
 #include <QMainWindow>
+#include <QScreen>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <utility>
 
 namespace trovik::studio {
@@ -30,16 +32,27 @@ void PanelWindows::Undock(const QString& id) {
         return;
     }
     QWidget* panel = entry.home.take();
-    // The window opens over the viewport, next to the docked panel.
-    const QSize size = panel->size();
-    const QPoint corner = panel->mapToGlobal(QPoint());
+    // A page that was not shown yet has no useful size.
+    const QSize size = panel->size().expandedTo(panel->sizeHint());
+    const QPoint corner = CornerNextTo(*panel, size);
     entry.window =
         new PanelWindow(panel, entry.home.title, actions, &mainWindow, mainWindow.centralWidget());
     entry.window->resize(size);
-    entry.window->move(corner - QPoint(size.width() + mainWindow.fontMetrics().height(), 0));
+    entry.window->move(corner);
     connect(entry.window, &PanelWindow::Closed, this, [this, id] { Dock(id); });
     entry.window->show();
     Q_EMIT Changed(id);
+}
+
+QPoint PanelWindows::CornerNextTo(const QWidget& panel, const QSize& size) const {
+    const QPoint corner = panel.mapToGlobal(QPoint());
+    const int distance = mainWindow.fontMetrics().height();
+    const int middle = mainWindow.mapToGlobal(mainWindow.rect().center()).x();
+    const bool isLeft = corner.x() + panel.width() / 2 < middle;
+    const int x = corner.x() + (isLeft ? panel.width() + distance : -size.width() - distance);
+    const QRect screen = mainWindow.screen()->availableGeometry();
+    return {std::clamp(x, screen.left(), std::max(screen.left(), screen.right() - size.width())),
+            std::max(corner.y(), screen.top())};
 }
 
 void PanelWindows::Dock(const QString& id) {

@@ -56,6 +56,10 @@ private:
         Home home;
         QPointer<PanelWindow> window;
     };
+    /// A position on the screen for a window of this size, next to the docked panel and over the
+    /// viewport.
+    QPoint CornerNextTo(const QWidget& panel, const QSize& size) const;
+
     ActionRegistry& actions;
     QMainWindow& mainWindow;
     std::map<QString, Entry> entries;

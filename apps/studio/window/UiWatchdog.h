@@ -32,10 +32,10 @@ struct UiBusyTimes {
     uint64_t events = 0;
 };
 
-/// An application that measures for how long each event keeps the UI thread busy, so that tests can
-/// check that nothing blocks it. Painting (paint, update, expose and resize events of widgets and
-/// windows) is not counted, and neither are event loops of dialogs, whose events are measured one
-/// by one.
+/// An application that measures how much processor time each event takes on the UI thread, and how
+/// long it takes with waiting, for tests and profiles. Painting (paint, update, expose and resize
+/// events of widgets and windows) is not counted, and neither are event loops of dialogs, whose
+/// events are measured one by one.
 class UiWatchdogApplication : public QApplication {
     Q_OBJECT
 public:

@@ -145,7 +145,8 @@ public:
         Print("bytes staged for an update, median", Quantile(bytes, 0.5) / 1e6, "MB");
     }
 
-    /// A pen of 1000 Hz whose dabs follow at three for each frame of 60 Hz.
+    /// A pen of 1000 Hz whose path is long enough for about three dabs per frame of 60 Hz. Prints
+    /// the actual number, which is smaller if samples arrive late.
     void Rate() {
         constexpr int samples = 2000;
         OpenSphere(4);

@@ -55,6 +55,8 @@ TEST_F(Undocking, EveryPanelGetsAWindowAndReturnsWhenItIsClosed) {
         ASSERT_NE(panel, nullptr);
         EXPECT_TRUE(panel->isVisible());
         EXPECT_TRUE(panel->isWindow());
+        EXPECT_GE(panel->height(), panel->sizeHint().height());
+        EXPECT_GE(panel->x(), 0);
         EXPECT_FALSE(panel->findChildren<QWidget*>().isEmpty());
         EXPECT_TRUE(action->isChecked());
         EXPECT_NE(window->Panels().Shown(), id);
