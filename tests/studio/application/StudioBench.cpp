@@ -208,9 +208,15 @@ public:
                 ++frames;
             });
         const auto begin = Clock::now();
+        double posted = 0.0;
+        const auto surface =
+            QObject::connect(&engine(), &Engine::SurfaceArrived, &studio->Window(), [&] {
+                if (posted == 0.0) posted = Milliseconds(begin);
+            });
         studio->Actions().Trigger("edit.undo");
-        WaitFor([this] { return engine().IsIdle() && engine().HasUpdates(); }, 2000);
-        Print("undo: request to posted patches", Milliseconds(begin), "ms");
+        WaitFor([&posted] { return posted > 0.0; });
+        QObject::disconnect(surface);
+        Print("undo: request to posted patches", posted, "ms");
         WaitForPicture();
         QObject::disconnect(frame);
         Print("undo: frames until it is shown", frames, "");
