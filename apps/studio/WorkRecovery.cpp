@@ -39,7 +39,7 @@ WorkRecovery::WorkRecovery(Engine& ofEngine,
 void WorkRecovery::Offer(std::function<void()> otherwise) {
     const QString folder = StudioFolders::Journals();
     // Reading journals can take a long time.
-    QThreadPool::globalInstance()->start([this, folder, otherwise] {
+    QThreadPool::globalInstance()->start([this, folder, otherwise = std::move(otherwise)] {
         auto works = std::make_shared<std::vector<RecoverableWork>>(FindRecoverableWork(folder));
         RemoveLeftovers(folder.toStdString());
         QMetaObject::invokeMethod(

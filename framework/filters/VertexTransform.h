@@ -17,8 +17,8 @@ enum class PivotKind {
 };
 
 /// A scale, then a rotation about an axis, then a translation of the unmasked vertices. Partly
-/// masked vertices are scaled, rotated and translated by a fraction, so that a rotated limb bends
-/// instead of shrinking.
+/// masked vertices are scaled, rotated and translated by a fraction, so that a rotated limb is
+/// bent and does not shrink.
 struct VertexTransform {
     /// World space.
     Vector translation;
