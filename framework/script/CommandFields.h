@@ -237,14 +237,14 @@ struct FieldValue<std::vector<T>> {
     static nlohmann::json Describe() { return Alternative("array", FieldValue<T>::Describe()); }
 };
 
-/// Exactly N items, which the schema ensures.
-template <typename T, std::size_t N>
-struct FieldValue<std::array<T, N>> {
+/// Exactly `size` items, which the schema ensures.
+template <typename T, std::size_t size>
+struct FieldValue<std::array<T, size>> {
     static bool Accepts(const nlohmann::json& json) { return json.is_array(); }
-    static void Read(const FieldReader& from, std::array<T, N>& value) {
-        for (std::size_t i = 0; i < N; ++i) FieldValue<T>::Read(from.At(i), value[i]);
+    static void Read(const FieldReader& from, std::array<T, size>& value) {
+        for (std::size_t i = 0; i < size; ++i) FieldValue<T>::Read(from.At(i), value[i]);
     }
-    static nlohmann::json Write(const std::array<T, N>& value) {
+    static nlohmann::json Write(const std::array<T, size>& value) {
         nlohmann::json list = nlohmann::json::array();
         for (const T& one : value) list.push_back(FieldValue<T>::Write(one));
         return list;

@@ -248,7 +248,7 @@ void EngineWorker::WatchJournal() {
 
 QString EngineWorker::TryJournal() {
     job.Begin(requestNumber, Engine::tr("Restarting the journal"));
-    const QString error = ErrorOf([&] { session->ResumeJournal(); });
+    QString error = ErrorOf([&] { session->ResumeJournal(); });
     EndJob();
     if (journalWatch.Update(session->JournalFailure())) SendJournalFailure();
     return error;
