@@ -85,7 +85,7 @@ TEST_F(ScriptPlayerTest, StepsThroughAScript) {
         EXPECT_EQ(player.Done(), step);
     }
     EXPECT_EQ(player.StepText(), "stroke");
-    EXPECT_EQ(State().history.size(), 2u);
+    EXPECT_TRUE(WaitFor([this] { return State().history.size() == 2u; })) << State().history.size();
     player.Step();
     ASSERT_TRUE(WaitFor([&] { return isFinished; }));
     EXPECT_EQ(done, 4);
