@@ -3,10 +3,12 @@
 
 #include "framework/baking/DisplacementMap.h"
 #include "framework/baking/SurfaceFrames.h"
+#include "framework/edits/SurfaceMoves.h"
 #include "framework/errors/HostError.h"
 #include "framework/jobs/JobPhase.h"
 #include "framework/math/IsFinite.h"
 #include "framework/mesh/LevelPositions.h"
+#include "framework/mesh/UnfrozenFraction.h"
 #include "framework/mesh/VertexNeighbours.h"
 #include "framework/multires/LevelChange.h"
 
@@ -58,9 +60,7 @@ std::uint64_t DisplaceByMap(LevelGeometry& geometry,
                             const DisplacementOptions& options,
                             JobControl* job) {
     LevelMesh& level = *geometry.Bound();
-    SculptLayer* layer = level.ActiveLayer();
-    if (layer != nullptr && !layer->Writable())
-        throw HostError("the active layer \"" + layer->Name() + "\" is hidden or locked");
+    SculptLayer* layer = RequireWritableLayer(level);
     const LevelUvs uvs(geometry, geometry.BoundIndex());
     const SurfaceFrames frames(level, uvs, PositionsOf(level), job);
 
@@ -71,8 +71,7 @@ std::uint64_t DisplaceByMap(LevelGeometry& geometry,
     for (std::uint32_t v = 0; v < level.VertexCount(); ++v) {
         phase.Add();
         const Vector move = MoveOf(v, frames, map);
-        const auto frozen = static_cast<float>(level.FreezeOfTools(v));
-        moves[v] = frozen == 0.0f ? move : move * (1.0f - frozen / 127.0f);
+        moves[v] = move * UnfrozenFraction(level.FreezeOfTools(v));
         if (!IsFinite(moves[v]))
             throw HostError(options.path + ": vertex " + std::to_string(v) +
                             " would get a non-finite position");

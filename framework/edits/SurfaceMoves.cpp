@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/edits/SurfaceMoves.h"
 
+#include "framework/errors/HostError.h"
+#include "framework/layers/SculptLayer.h"
 #include "framework/mesh/VertexNeighbours.h"
+#include "framework/multires/LevelGeometry.h"
 
 namespace trovik {
 
@@ -45,6 +48,23 @@ std::vector<uint32_t> SurfaceMoves::Apply(LevelChange& change) {
     }
     level.ComputeNormalsOf(around);
     return around;
+}
+
+uint32_t SurfaceMoves::ApplyAsStep(LevelGeometry& geometry, const std::string& label) {
+    if (moves.empty()) return 0;
+    LevelChange change(&level);
+    const std::vector<uint32_t> changed = Apply(change);
+    change.FinishAs(label);
+    geometry.ReportVertices(
+        geometry.BoundIndex(), SurfaceChange::Positions | SurfaceChange::Normals, changed);
+    return static_cast<uint32_t>(moves.size());
+}
+
+SculptLayer* RequireWritableLayer(LevelMesh& level) {
+    SculptLayer* layer = level.ActiveLayer();
+    if (layer != nullptr && !layer->Writable())
+        throw HostError("the active layer \"" + layer->Name() + "\" is hidden or locked");
+    return layer;
 }
 
 }  // namespace trovik

@@ -3,6 +3,7 @@
 
 #include "framework/multires/LevelChange.h"
 
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -21,6 +22,10 @@ public:
     /// Mesh-local position. Each vertex may be added once.
     void Add(uint32_t vertex, const Vector& position) { moves.emplace_back(vertex, position); }
     bool IsEmpty() const { return moves.empty(); }
+    /// Moves the vertices as one undo step of the geometry, whose bound level this is, and reports
+    /// them. \return the number of moved vertices; if it is 0, there is no undo step. \throw Error*
+    /// as Apply.
+    uint32_t ApplyAsStep(LevelGeometry& geometry, const std::string& label);
 
     /// Moves the vertices and recomputes the normals around them. \return the vertices whose
     /// position or normal has changed, in ascending order. \throw Error* if an allocation fails; no
@@ -31,5 +36,9 @@ private:
     LevelMesh& level;
     std::vector<std::pair<uint32_t, Vector>> moves;
 };
+
+/// Returns the active layer of a level; null if there is none.
+/// \throw HostError if the layer is hidden or locked.
+TROVIK_API SculptLayer* RequireWritableLayer(LevelMesh& level);
 
 }  // namespace trovik

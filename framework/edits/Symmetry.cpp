@@ -5,6 +5,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/jobs/JobPhase.h"
 #include "framework/math/SameBits.h"
+#include "framework/mesh/UnfrozenFraction.h"
 #include "framework/multires/LevelGeometry.h"
 
 #include <bit>
@@ -127,15 +128,12 @@ uint32_t MakeSymmetric(LevelGeometry& geometry, int axis, SymmetrySide model, Jo
     const float sign = model == SymmetrySide::Positive ? 1.0f : -1.0f;
     std::vector<bool> seen(level.VertexCount());
     SurfaceMoves moves(level);
-    uint32_t moved = 0;
     const auto move = [&](uint32_t vertex, const Vector& goal) {
         const Vector present = level.Position(vertex);
         const uint8_t amount = level.FreezeOfTools(vertex);
         if (amount == freezeAmountMask || SameBits(present, goal)) return;
-        const float fraction =
-            1.0f - static_cast<float>(amount) / static_cast<float>(freezeAmountMask);
-        moves.Add(vertex, amount == 0 ? goal : present + (goal - present) * fraction);
-        ++moved;
+        moves.Add(vertex,
+                  amount == 0 ? goal : present + (goal - present) * UnfrozenFraction(amount));
     };
     JobPhase phase(job, "Pairing vertices", uint64_t{level.faceCount} * corners);
     for (uint32_t slot = 0; slot < level.faceCount * corners; ++slot) {
@@ -159,12 +157,7 @@ uint32_t MakeSymmetric(LevelGeometry& geometry, int axis, SymmetrySide model, Jo
         move(isModel ? twin : vertex, Mirrored(isModel ? position : other, axis));
     }
     phase.Finish();
-    if (moves.IsEmpty()) return 0;
-    LevelChange change(&level);
-    const std::vector<uint32_t> changed = moves.Apply(change);
-    change.FinishAs("Make Symmetric");
-    geometry.ReportVertices(number, SurfaceChange::Positions | SurfaceChange::Normals, changed);
-    return moved;
+    return moves.ApplyAsStep(geometry, "Make Symmetric");
 }
 
 }  // namespace trovik

@@ -7,13 +7,6 @@
 
 namespace trovik {
 
-void NeighbourMeans::Sum::Add(const Vector& position) {
-    x += static_cast<double>(position.x);
-    y += static_cast<double>(position.y);
-    z += static_cast<double>(position.z);
-    ++count;
-}
-
 NeighbourMeans::NeighbourMeans(LevelMesh& ofLevel)
     : level(ofLevel), kinds(ofLevel.VertexCount(), Kind::Inner), sums(ofLevel.VertexCount()) {
     const uint32_t corners = ofLevel.CornersPerFace();
@@ -33,7 +26,7 @@ NeighbourMeans::NeighbourMeans(LevelMesh& ofLevel)
 }
 
 void NeighbourMeans::Compute(const std::vector<Vector>& positions, std::vector<Vector>& means) {
-    std::fill(sums.begin(), sums.end(), Sum());
+    std::fill(sums.begin(), sums.end(), RunningSum());
     // Both faces at an inner edge contribute it, so all neighbours of an inner vertex count twice.
     ForEachSide(level, [&](uint32_t a, uint32_t b) {
         if (kinds[a] == Kind::Inner) sums[a].Add(positions[b]);
@@ -45,13 +38,8 @@ void NeighbourMeans::Compute(const std::vector<Vector>& positions, std::vector<V
     }
     means.resize(positions.size());
     for (std::size_t v = 0; v < positions.size(); ++v) {
-        const Sum& sum = sums[v];
-        const auto count = static_cast<double>(sum.count);
-        means[v] = sum.count == 0 || kinds[v] == Kind::Corner
-                       ? positions[v]
-                       : Vector(static_cast<float>(sum.x / count),
-                                static_cast<float>(sum.y / count),
-                                static_cast<float>(sum.z / count));
+        const bool staysInPlace = sums[v].Count() == 0 || kinds[v] == Kind::Corner;
+        means[v] = staysInPlace ? positions[v] : MeanOf(sums[v].Value(), sums[v].Count());
     }
 }
 

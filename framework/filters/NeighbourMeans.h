@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/math/ExactSum.h"
 #include "framework/mesh/LevelMesh.h"
 
 #include <vector>
@@ -27,19 +28,11 @@ private:
         uint32_t from;
         uint32_t to;
     };
-    struct Sum {
-        double x = 0.0;
-        double y = 0.0;
-        double z = 0.0;
-        uint32_t count = 0;
-
-        void Add(const Vector& position);
-    };
 
     const LevelMesh& level;
     std::vector<Kind> kinds;
     std::vector<BorderSide> borderSides;
-    std::vector<Sum> sums;
+    std::vector<RunningSum> sums;
 };
 
 }  // namespace trovik

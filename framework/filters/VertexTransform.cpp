@@ -6,6 +6,7 @@
 #include "framework/jobs/JobPhase.h"
 #include "framework/mesh/FaceSides.h"
 #include "framework/mesh/LevelPositions.h"
+#include "framework/mesh/UnfrozenFraction.h"
 
 #include <algorithm>
 #include <array>
@@ -100,8 +101,7 @@ struct PartialTransform {
 PartialTransform PartOf(const MatrixTransform& mesh,
                         const VertexTransform& transform,
                         uint32_t amount) {
-    const float weight =
-        1.0f - static_cast<float>(amount) / static_cast<float>(uint32_t{freezeAmountMask});
+    const float weight = UnfrozenFraction(amount);
     Matrix world;
     const Vector one(1.0f, 1.0f, 1.0f);
     const Vector scale = one + (transform.scale - one) * weight;

@@ -52,6 +52,14 @@ private:
     uint32_t count = 0;
 };
 
+/// Returns the mean of `count` terms with this sum, rounded once.
+inline Vector MeanOf(const DoubleVector& sum, uint32_t count) {
+    const auto n = static_cast<double>(count);
+    return {static_cast<float>(sum.x / n),
+            static_cast<float>(sum.y / n),
+            static_cast<float>(sum.z / n)};
+}
+
 /// ExactSum for terms whose running sum in double precision is inexact.
 TROVIK_API DoubleVector SumByExpansion(const Vector* terms, std::size_t count);
 

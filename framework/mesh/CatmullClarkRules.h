@@ -18,10 +18,7 @@ namespace trovik {
 /// Returns the mean of the corners of a face.
 /// \param corners  the sum of the corner positions.
 inline Vector FacePointRule(const DoubleVector& corners, uint32_t count) {
-    const auto n = static_cast<double>(count);
-    return {static_cast<float>(corners.x / n),
-            static_cast<float>(corners.y / n),
-            static_cast<float>(corners.z / n)};
+    return MeanOf(corners, count);
 }
 
 /// Returns the edge point of an inner edge.

@@ -43,7 +43,6 @@ void ScriptPlayer::Begin(ScriptFile file, State first) {
             tr("%1: the script does not name a mesh, and no document is open").arg(file.path));
         return;
     }
-    Stop();
     ++script;
     steps = std::move(file.steps);
     next = 0;

@@ -36,9 +36,9 @@ public:
         Paused
     };
 
-    /// Reads a script on the engine thread, and then runs all of its steps at once. Until it has
-    /// been read, and if it cannot be read (Refused), nothing changes. A later call of Run or Load
-    /// replaces a script that is being read.
+    /// Stops the current script, reads another one on the engine thread, and then runs all of its
+    /// steps at once. If it cannot be read (Refused), the document does not change. A later call of
+    /// Run or Load replaces a script that is being read.
     void Run(const QString& path);
     /// Reads a script as Run does, and opens its document; then the state is Paused before the
     /// first step.

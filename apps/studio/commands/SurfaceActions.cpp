@@ -17,11 +17,9 @@ struct Text {
 
 /// An action that opens a dialog for the parameters of one filter.
 struct FilterAction {
-    const char* id;
+    /// Of the step "filter"; also the end of the names of the action and its icon.
     const char* kind;
     QString text, description;
-    const char* icon;
-    double strength;
     int iterations;
 };
 
@@ -34,7 +32,7 @@ void RunFilter(const ActionContext& context, const FilterAction& row) {
                                   : Text::tr("The fraction of the way to the smooth surface"),
                          0.0,
                          sharpens ? 10.0 : 1.0,
-                         row.strength);
+                         0.5);
     QSpinBox* iterations = dialog.AddWhole(Text::tr("Iterations"),
                                            Text::tr("More iterations affect larger details"),
                                            1,
@@ -102,33 +100,22 @@ void TransformUnmasked(const ActionContext& context) {
 void AddSurfaceActions(const ActionContext& context) {
     ActionRegistry& actions = context.actions;
     const FilterAction filters[] = {
-        {"surface.smooth",
-         "smooth",
-         Text::tr("Smooth Surface"),
-         Text::tr("Smooths the whole unmasked surface."),
-         "surface-smooth",
-         0.5,
-         2},
-        {"surface.relax",
-         "relax",
+        {"smooth", Text::tr("Smooth Surface"), Text::tr("Smooths the whole unmasked surface."), 2},
+        {"relax",
          Text::tr("Relax Surface"),
          Text::tr("Evens out the spacing of the vertices and keeps the shape."),
-         "surface-relax",
-         0.5,
          5},
-        {"surface.sharpen",
-         "sharpen",
+        {"sharpen",
          Text::tr("Sharpen Surface"),
          Text::tr("Amplifies the details of the whole unmasked surface."),
-         "surface-sharpen",
-         0.5,
          2}};
     for (const FilterAction& row : filters) {
+        const QLatin1String kind(row.kind);
         context.EnableWithDocument(
-            actions.Add({.id = row.id,
+            actions.Add({.id = QStringLiteral("surface.%1").arg(kind),
                          .text = Text::tr("%1…").arg(row.text),
                          .description = row.description,
-                         .icon = row.icon,
+                         .icon = QStringLiteral("surface-%1").arg(kind),
                          .run = [context, row] { RunFilter(context, row); }}));
     }
     context.EnableWithDocument(

@@ -5,13 +5,10 @@
 #include "engine/ActionStart.h"
 #include "framework/io/ContentHash.h"
 #include "framework/script/ScriptRunner.h"
+#include "tests/files/TemporaryFolder.h"
 #include "tests/studio/engine/StudioEngine.h"
 
-#include <QTemporaryDir>
-
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 namespace trovik::studio {
 
@@ -125,28 +122,19 @@ TEST_F(StudioEngine, SavedActionsNeedNoCopyWhileTheOpenedFileRemains) {
     EXPECT_FALSE(std::filesystem::exists(Path("actions.start.obj")));
 }
 
-void WriteText(const std::string& path, const std::string& text) {
-    std::ofstream(path + ".part") << text;
-    std::filesystem::rename(path + ".part", path);
-}
-
-std::string TextOf(const std::string& path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 TEST(ActionStart, KeepsExistingFilesThatHaveTheNameOfItsCopy) {
-    const QTemporaryDir folder;
-    const auto path = [&](const char* name) { return folder.filePath(name).toStdString(); };
-    WriteText(path("head.obj"), "original");
+    const TemporaryFolder folder;
+    const auto path = [&](const char* name) { return folder.Path(name); };
+    folder.Fill("head.obj", "original");
     ActionStart start(path("head.obj"), path("work.journal"), false);
     start.KeepBeforeWriting(path("head.obj"));
-    WriteText(path("head.obj"), "replaced");
-    WriteText(path("script.start.obj"), "of the user");
+    // Files are replaced as a whole; writing into a kept file would change its link.
+    std::filesystem::rename(folder.Fill("new.obj", "replaced"), path("head.obj"));
+    folder.Fill("script.start.obj", "of the user");
     for (int times = 0; times < 2; ++times) {
         EXPECT_EQ(start.FileFor(path("script.json")), path("script.start-2.obj"));
-        EXPECT_EQ(TextOf(path("script.start-2.obj")), "original");
-        EXPECT_EQ(TextOf(path("script.start.obj")), "of the user");
+        EXPECT_EQ(TemporaryFolder::Content(path("script.start-2.obj")), "original");
+        EXPECT_EQ(TemporaryFolder::Content(path("script.start.obj")), "of the user");
     }
 }
 
