@@ -28,7 +28,7 @@ public:
                  const ViewportInput& input,
                  QWidget& window);
 
-    /// Looks for unfinished work, removes what is left of finished work, and asks the user.
+    /// Looks for unfinished work, removes the remaining files of finished work, and asks the user.
     /// \param otherwise  called unless work is being recovered.
     void Offer(std::function<void()> otherwise);
 

@@ -28,9 +28,8 @@ public:
     void Open(const QString& path);
     /// Opens a primitive, or the bust if none is given, with this number of levels.
     void OpenPrimitive(std::optional<Primitive> primitive, std::uint32_t segments, int levels);
-    /// Whether closing the document could lose work: changes, also those that are still being made,
-    /// and recovered work that has not been saved
-    /// since, and bookmarks or reference images.
+    /// Whether closing the document could lose work: changes, including unfinished ones, recovered
+    /// work that has not been saved, bookmarks or reference images.
     bool HasUnsavedWork() const;
     /// Calls `go` immediately if no changes would be lost; otherwise asks whether to save first.
     /// `go` is not called if the user cancels or saving fails.

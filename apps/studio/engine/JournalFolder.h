@@ -43,8 +43,8 @@ void MarkAsRecovered(const std::string& journalPath);
 
 /// Removes a journal with all of its companions. Errors are ignored.
 void RemoveJournal(const std::string& journalPath);
-/// Removes what is left of a recovered journal after the recovered work was saved, except for the
-/// recovered scene, from which the journal of the current work starts.
+/// Removes the remaining files of a recovered journal after the recovered work was saved, except
+/// for the recovered scene, from which the journal of the current work starts.
 void RemoveRecovered(const std::string& journalPath);
 /// Removes journals that were closed or contain no unsaved work, unless a process is writing them,
 /// and companions of journals that do not exist. Keeps the files from which any other journal

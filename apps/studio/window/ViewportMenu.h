@@ -9,8 +9,8 @@
 
 namespace trovik::studio {
 
-/// The context menu of the viewport: tools, radius and strength, and what can be done with the mask
-/// and the visibility of the surface under the pointer.
+/// The context menu of the viewport: tools, radius and strength, and the actions for the mask and
+/// the visibility of the surface under the pointer.
 class ViewportMenu : public QMenu {
     Q_OBJECT
 public:
