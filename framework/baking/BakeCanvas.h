@@ -23,9 +23,10 @@ using MapValue = std::array<float, 3>;
 /// from 1 - (y + 1) / height to 1 - y / height. Each texel has a regular grid of samples. If a
 /// surface covers any of them, the value of the texel is the mean of its covered samples.
 ///
-/// Positions are rounded to 1/65536 of a texel, and coverage is computed with integers. A sample on
-/// the edge between two triangles therefore belongs to exactly one of them, and seams have no
-/// holes. Where surfaces overlap, the first one is kept.
+/// Positions are rounded to 1/65536 of a texel, and coverage is computed with integers, as the
+/// signs of the edge functions in Pineda: "A Parallel Algorithm for Polygon Rasterization" (1988).
+/// A sample on the edge between two triangles therefore belongs to exactly one of them, and seams
+/// have no holes. Where surfaces overlap, the first one is kept.
 ///
 /// Memory per texel: 4 bytes, plus 4 per channel, plus 4 if there is padding.
 class TROVIK_API BakeCanvas {

@@ -55,7 +55,9 @@ struct BakedMap {
     std::optional<std::uint32_t> overlappingFace = {};
 };
 
-/// Bakes the difference between level `from` and level `to` into a map, using the mesh's UVs.
+/// Bakes the difference between level `from` and level `to` into a map, using the mesh's UVs. For
+/// displacement maps, see Cook: "Shade Trees" (1984); for normal maps, see Cohen, Olano, Manocha:
+/// "Appearance-Preserving Simplification" (1998).
 ///
 /// The reference surface S is level `to`, refined by Catmull-Clark steps to the resolution of level
 /// `from` without the detail of the levels in between. Every vertex of `from` has a counterpart on

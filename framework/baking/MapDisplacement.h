@@ -30,7 +30,8 @@ struct DisplacementOptions {
     bool repeat = false;
 };
 
-/// Displaces the vertices of the bound level by a map, as one undo step.
+/// Displaces the vertices of the bound level by a map, as one undo step. See Cook: "Shade Trees"
+/// (1984).
 ///
 /// The map is read at the UVs of each vertex, with bilinear interpolation between texel centres and
 /// constant values beyond the outermost centres. A scalar moves the vertex along its normal. A

@@ -44,7 +44,9 @@ struct SurfaceFrame {
 /// one frame: their derivatives are projected onto the plane perpendicular to the vertex's normal,
 /// normalised, and added in face order; the tangent is the normalised sum. The bitangent is normal
 /// x tangent, negated if the texture is mirrored. If the UVs are degenerate, the tangent is an
-/// arbitrary direction perpendicular to the normal.
+/// arbitrary direction perpendicular to the normal. The sharing and the projection follow
+/// Mikkelsen: "Simulation of Wrinkled Surfaces Revisited" (2008), but derivatives are not weighted
+/// by the angle at the corner.
 class SurfaceFrames {
 public:
     /// \param positions  the positions of the level's vertices. \param uvs  the UVs of the same

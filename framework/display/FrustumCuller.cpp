@@ -31,7 +31,8 @@ bool FrustumCuller::IsOutside(const AxisAlignedBoundingBox& box) const {
                                         static_cast<double>(box.maxY),
                                         static_cast<double>(box.maxZ)};
     for (const std::array<double, 4>& plane : planes) {
-        // The box corner that lies farthest inside the plane.
+        // The box corner that lies farthest inside the plane. See Assarsson, Möller: "Optimized
+        // View Frustum Culling Algorithms for Bounding Boxes" (2000).
         double inside = plane[3];
         double size = std::abs(plane[3]);
         for (std::size_t axis = 0; axis < 3; ++axis) {

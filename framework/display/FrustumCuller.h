@@ -9,8 +9,8 @@
 namespace trovik {
 
 /// Finds boxes that lie outside the view of a camera. The planes of the view are extracted from the
-/// matrix (Gribb and Hartmann, Fast Extraction of Viewing Frustum Planes from the
-/// World-View-Projection Matrix, 2001).
+/// matrix; see Gribb, Hartmann: "Fast Extraction of Viewing Frustum Planes from the
+/// World-View-Projection Matrix" (2001).
 class TROVIK_API FrustumCuller {
 public:
     /// Depth range in clip space between the near and far planes, as a multiple of w.

@@ -21,7 +21,8 @@ TROVIK_API AxisAlignedBoundingBox TransformBox(const AxisAlignedBoundingBox& box
                                                const Matrix& matrix);
 
 /// A mesh-local cone that contains the normals of a set of triangles. The front of a triangle is
-/// the side from which its corners appear in counterclockwise order.
+/// the side from which its corners appear in counterclockwise order. See Shirman, Abi-Ezzi: "The
+/// Cone of Normals Technique for Fast Processing of Curved Patches" (1993).
 struct TROVIK_API NormalCone {
     /// Unit vector, or zero if the triangles face in too many directions for the patch to be
     /// culled.

@@ -65,6 +65,8 @@ private:
             slot = (slot + 1) & (slots.size() - 1);
         return slot;
     }
+    /// The multiplier is 2^64 divided by the golden ratio; see Knuth: "The Art of Computer
+    /// Programming, Volume 3: Sorting and Searching" (1998), section 6.4.
     static std::size_t Hash(const Vector& position) {
         uint64_t hash = 0;
         for (const float value : {position.x, position.y, position.z}) {

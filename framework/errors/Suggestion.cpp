@@ -14,7 +14,8 @@ char Lower(char letter) {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
-/// Optimal string alignment distance.
+/// Optimal string alignment distance. The recurrence of Wagner, Fischer: "The String-to-String
+/// Correction Problem" (1974), with swaps of adjacent letters as a fourth edit.
 std::size_t EditDistance(const std::string& a, const std::string& b) {
     std::vector<std::vector<std::size_t>> cost(a.size() + 1,
                                                std::vector<std::size_t>(b.size() + 1));

@@ -10,9 +10,11 @@ struct SurfaceFilter {
     enum class Kind {
         /// Moves each vertex along its normal.
         Inflate,
-        /// Moves each vertex towards the mean of its neighbours (NeighbourMeans).
+        /// Moves each vertex towards the mean of its neighbours (NeighbourMeans). See Taubin: "A
+        /// Signal Processing Approach to Fair Surface Design" (1995).
         Smooth,
-        /// Smooth, but only within the surface: evens out the spacing and keeps the shape.
+        /// Smooth, but only within the surface: evens out the spacing and keeps the shape. See
+        /// Botsch, Kobbelt: "A Remeshing Approach to Multiresolution Modeling" (2004).
         Relax,
         /// Amplifies the difference between the surface and the smoothed surface.
         Sharpen

@@ -16,10 +16,12 @@ namespace trovik {
 TROVIK_API std::vector<uint8_t> InvertedFreeze(const LevelMesh& level);
 
 /// In each step, every vertex gets the maximum of its own amount and its neighbours' amounts.
-/// Frozen areas grow by one ring of vertices.
+/// Frozen areas grow by one ring of vertices. This is the dilation in Vincent: "Graphs and
+/// Mathematical Morphology" (1989).
 TROVIK_API std::vector<uint8_t> GrownFreeze(const LevelMesh& level, uint32_t rings);
 
-/// In each step, every vertex gets the minimum of its own amount and its neighbours' amounts.
+/// In each step, every vertex gets the minimum of its own amount and its neighbours' amounts. This
+/// is the erosion in the same paper.
 TROVIK_API std::vector<uint8_t> ShrunkFreeze(const LevelMesh& level, uint32_t rings);
 
 /// In each step, every vertex gets half its own amount plus half the mean of its neighbours. A

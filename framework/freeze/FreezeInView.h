@@ -54,7 +54,8 @@ struct TROVIK_API ViewBox {
 
 /// A closed polygon in the viewport; the last corner is connected to the first. A point is inside
 /// if a horizontal ray to the right crosses the polygon an odd number of times (even-odd rule), so
-/// a loop within a loop is a hole.
+/// a loop within a loop is a hole. See Shimrat: "Algorithm 112: Position of Point Relative to
+/// Polygon" (1962).
 class TROVIK_API ViewLasso {
 public:
     explicit ViewLasso(std::vector<ViewPoint> lassoCorners) : corners(std::move(lassoCorners)) {}
@@ -68,8 +69,8 @@ private:
 class TROVIK_API ViewImage {
 public:
     enum class Channel : int {
-        /// 0.2126 red + 0.7152 green + 0.0722 blue, computed from the values in the file; for a
-        /// grey image, the value itself.
+        /// 0.2126 red + 0.7152 green + 0.0722 blue (ITU-R BT.709), computed from the values in the
+        /// file; for a grey image, the value itself.
         Luminance,
         /// 1 if the image has no alpha channel.
         Alpha,

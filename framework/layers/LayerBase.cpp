@@ -53,6 +53,8 @@ void Note(LayerBase::LayeredVertex& layeredVertex, const Vector& sum, const Vect
     layeredVertex.position = position;
 }
 
+/// The multiplier is 2^64 divided by the golden ratio; see Knuth: "The Art of Computer Programming,
+/// Volume 3: Sorting and Searching" (1998), section 6.4.
 uint64_t Mix(uint64_t hash, float value) {
     uint32_t bits;
     std::memcpy(&bits, &value, sizeof bits);

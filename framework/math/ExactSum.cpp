@@ -11,8 +11,8 @@ namespace trovik {
 namespace {
 
 /// A sum of floats, stored as non-overlapping doubles in ascending order of magnitude: an expansion
-/// as in Shewchuk, "Adaptive Precision Floating-Point Arithmetic and Fast Robust Geometric
-/// Predicates", 1997.
+/// as in Shewchuk: "Adaptive Precision Floating-Point Arithmetic and Fast Robust Geometric
+/// Predicates" (1997).
 class Expansion {
 public:
     void Add(double term) {

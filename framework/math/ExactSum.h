@@ -37,8 +37,9 @@ public:
     uint32_t Count() const { return count; }
 
 private:
-    // The rounding error of an addition, from Knuth, "The Art of Computer Programming", volume 2,
-    // theorem B of 4.2.2. An infinite term makes it NaN, which counts as inexact.
+    // The rounding error of an addition, from Knuth: "The Art of Computer Programming, Volume 2:
+    // Seminumerical Algorithms" (1997), section 4.2.2, theorem B. An infinite term makes it NaN,
+    // which counts as inexact.
     void Add(double& total, double term) {
         const double next = total + term;
         const double rounded = next - total;
@@ -60,7 +61,9 @@ inline Vector MeanOf(const DoubleVector& sum, uint32_t count) {
             static_cast<float>(sum.z / n)};
 }
 
-/// ExactSum for terms whose running sum in double precision is inexact.
+/// ExactSum for terms whose running sum in double precision is inexact. The algorithm is from
+/// Shewchuk: "Adaptive Precision Floating-Point Arithmetic and Fast Robust Geometric Predicates"
+/// (1997).
 TROVIK_API DoubleVector SumByExpansion(const Vector* terms, std::size_t count);
 
 /// Returns the sum of the terms, computed exactly and rounded once to double precision. The order

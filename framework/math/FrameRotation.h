@@ -21,7 +21,10 @@ namespace trovik {
 /// rotation is the identity. If the edges do not determine an angle, only the shortest rotation is
 /// used.
 ///
-/// Computation is in double precision, so squared lengths neither underflow nor overflow.
+/// Computation is in double precision, so squared lengths neither underflow nor overflow. The
+/// shortest rotation is computed as in Möller, Hughes: "Efficiently Building a Matrix to Rotate One
+/// Vector to Another" (1999), the rotation about the normal by the formula of Rodrigues: "Des lois
+/// géométriques qui régissent les déplacements d'un système solide dans l'espace" (1840).
 class TROVIK_API FrameRotation {
     struct Double3 {
         double x = 0.0;

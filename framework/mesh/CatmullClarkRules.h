@@ -6,8 +6,9 @@
 #include <cstdint>
 
 /// \file
-/// The rules of one Catmull-Clark step (Catmull and Clark, "Recursively generated B-spline surfaces
-/// on arbitrary topological meshes", 1978). Border edges are refined as curves.
+/// The rules of one Catmull-Clark step; see Catmull, Clark: "Recursively Generated B-Spline
+/// Surfaces on Arbitrary Topological Meshes" (1978). Border edges are refined as curves, like the
+/// sharp edges in DeRose, Kass, Truong: "Subdivision Surfaces in Character Animation" (1998).
 ///
 /// Positions are single precision. Every sum is either exact or has only two terms. All other
 /// arithmetic is in double precision, and each result is rounded once. Results therefore do not

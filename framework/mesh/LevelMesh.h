@@ -105,7 +105,9 @@ public:
     uint32_t LowestFaceOf(uint32_t vertex, uint32_t near = openBorder);
 
     /// Recomputes all packed normals of the level: for each vertex, the normalised sum of
-    /// FaceNormal over its faces. Allocates the normals on first use. Cost: O(faces).
+    /// FaceNormal over its faces, which weights faces by their area; see Jin, Lewis, West: "A
+    /// Comparison of Algorithms for Vertex Normal Computation" (2005). Allocates the normals on
+    /// first use. Cost: O(faces).
     /// \throw Cancelled; in that case, some normals may have changed.
     void ComputeNormals(JobControl* job = nullptr);
 

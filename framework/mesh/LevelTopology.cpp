@@ -14,6 +14,8 @@
 /// Sides k + 1 and k + 2 of child k are therefore inside the parent. Side k is the first half of
 /// side k of the parent, and side k + 3 is the second half of side k + 3 of the parent. Two faces
 /// have opposite directions along their edge, so a first half is adjacent to a second half.
+/// Neighbours are found by going up to a common ancestor and down again, as in Samet: "Neighbor
+/// Finding Techniques for Images Represented by Quadtrees" (1982).
 #include "framework/mesh/LevelHierarchy.h"
 
 #include <algorithm>
@@ -135,7 +137,8 @@ uint32_t LevelMesh::LowestFaceOf(uint32_t vertex, uint32_t near) {
         uint32_t low = 0;
         uint32_t high = hierarchy->Level(level - 1)->faceCount - 1;
         if (near != openBorder) {
-            // Brackets the vertex by exponential search from the ancestor of the near face.
+            // Brackets the vertex by exponential search from the ancestor of the near face; see
+            // Bentley, Yao: "An Almost Optimal Algorithm for Unbounded Searching" (1976).
             const uint32_t start =
                 (near >> 2 * (static_cast<uint32_t>(index) - level)) / childCount;
             if (facePoint(start) < vertex) {

@@ -26,7 +26,8 @@ public:
     /// \return whether the patch differs from that of the previous call.
     bool Find(uint32_t vertex) {
         if (vertex >= first && vertex < end) return false;
-        // Brackets the vertex by exponential search.
+        // Brackets the vertex by exponential search. See Bentley, Yao: "An Almost Optimal Algorithm
+        // for Unbounded Searching" (1976).
         uint32_t low = 0;
         uint32_t high = patches - 1;
         if (vertex >= end) {

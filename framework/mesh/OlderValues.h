@@ -73,7 +73,9 @@ private:
     bool kept = false;
     bool isSorted = true;
     std::vector<uint64_t> marks;
-    /// For each word of marks, the number of recorded vertices before it, as of the last Sort.
+    /// For each word of marks, the number of recorded vertices before it, as of the last Sort. With
+    /// the number of bits below a vertex in its own word, this is the rank of the vertex; see
+    /// Jacobson: "Space-Efficient Static Trees and Graphs" (1989).
     std::vector<uint32_t> firstOfWord;
     std::vector<uint32_t> vertices;
     std::vector<Value> values;

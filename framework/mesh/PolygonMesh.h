@@ -63,6 +63,8 @@ struct ManifoldReport {
 ///
 /// Faces, their order and their orientation do not change. Afterwards every pair of vertices is an
 /// edge of at most two faces, in opposite directions, and the faces of each vertex form one fan.
+/// The method is the cutting of Guéziec, Taubin, Lazarus, Horn: "Cutting and Stitching: Converting
+/// Sets of Polygons to Manifold Surfaces" (2001).
 ///
 /// \param mesh  a mesh that CheckPolygonMesh accepts.
 /// \throw HostError if the copies exceed the index range; Cancelled. In both cases the mesh is

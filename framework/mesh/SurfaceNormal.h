@@ -14,7 +14,7 @@ inline Vector Unpacked(const PackedNormal& normal) {
 
 /// Transforms a mesh-local normal of any length to world space; returns unit length or zero. Uses
 /// the transpose of the inverse, so that the normal stays perpendicular to the surface under
-/// non-uniform scaling.
+/// non-uniform scaling; see Turkowski: "Properties of Surface-Normal Transformations" (1990).
 TROVIK_API Vector WorldNormal(const MatrixTransform& transform, const Vector& local);
 
 }  // namespace trovik

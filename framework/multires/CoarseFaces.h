@@ -48,14 +48,16 @@ struct CoarseFaces {
 /// faces, or two on a border. A face point has as many faces as its coarse face has corners. If
 /// several coarse meshes are possible, as on a torus, the function returns the one that keeps the
 /// lowest-numbered vertex of the component's lowest-numbered face. If the mesh was numbered by a
-/// refinement, its numbering is kept.
+/// refinement, its numbering is kept. For the problem and a different algorithm, see Taubin:
+/// "Detecting and Reconstructing Subdivision Connectivity" (2002).
 /// \param level  level 0 of its geometry.
 /// \throw HostError with the reason if the mesh is not a refinement; Cancelled.
 /// Cost: O(faces log faces).
 TROVIK_API CoarseFaces FindCoarseFaces(LevelMesh& level, JobControl* job = nullptr);
 
 /// Returns the positions of a coarse level whose refinement is the best least-squares fit to the
-/// current positions of all vertices of the fine level. Uses conjugate gradients in double
+/// current positions of all vertices of the fine level. Uses conjugate gradients (Hestenes,
+/// Stiefel: "Methods of Conjugate Gradients for Solving Linear Systems" (1952)) in double
 /// precision, with a fixed order of operations. If the fine level is an exact refinement, the
 /// result equals its coarse level up to rounding.
 /// \param finePositions  positions of the fine level's vertices.

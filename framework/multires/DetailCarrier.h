@@ -9,8 +9,8 @@
 
 namespace trovik {
 
-/// Propagates changes between a level and the level above (after Zorin, Schröder and Sweldens,
-/// "Interactive multiresolution mesh editing", 1997).
+/// Propagates changes between a level and the level above, after Zorin, Schröder, Sweldens:
+/// "Interactive Multiresolution Mesh Editing" (1997).
 ///
 /// A fine level is the refinement of the coarse level plus a detail vector per vertex, expressed in
 /// a frame that rotates with the refined surface (see FrameRotation). The positions of both levels

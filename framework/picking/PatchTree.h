@@ -29,7 +29,9 @@ struct PickHit {
 /// Finds intersections of rays with the bound level of a geometry. The recursive face order already
 /// forms a tree: this class stores one box per patch, from leaf patches of a few faces up to the
 /// faces of level 0, and builds a tree of boxes above them. Cost: a pick is logarithmic in the
-/// number of faces; a refit is proportional to the size of the changed region.
+/// number of faces; a refit is proportional to the size of the changed region. For hierarchies of
+/// boxes, see Rubin, Whitted: "A 3-Dimensional Representation for Fast Rendering of Complex Scenes"
+/// (1980).
 ///
 ///        top nodes      median splits of the faces of level 0
 ///        level 0        one box per face

@@ -69,6 +69,8 @@ PickHit MakeHit(const LevelMesh& mesh, const Best& best) {
         best.face, toVector(position, 1.0), toVector(normal, scale), static_cast<float>(best.t)};
 }
 
+/// Tests boxes by the distances at which a ray crosses their pairs of planes; see Kay, Kajiya: "Ray
+/// Tracing Complex Scenes" (1986).
 class RayQuery {
 public:
     RayQuery(const LevelMesh& ofMesh, const Ray& ray)
@@ -125,6 +127,8 @@ private:
     Vector3d inverse;
 };
 
+/// Visits only boxes whose minimum distance is below the best distance so far; see Roussopoulos,
+/// Kelley, Vincent: "Nearest Neighbor Queries" (1995).
 class NearestQuery {
 public:
     NearestQuery(const LevelMesh& ofMesh, const Vector& p) : mesh(ofMesh), point(ToDouble(p)) {

@@ -38,7 +38,7 @@ struct TrianglePoint {
 /// triangles compute the same products for a shared edge. Because rounding is monotone, the sign of
 /// a difference of products is never wrong; at worst the difference becomes zero, and zero counts
 /// as a hit. A ray that passes through an edge therefore hits at least one of the adjacent
-/// triangles.
+/// triangles. See Woop, Benthin, Wald: "Watertight Ray/Triangle Intersection" (2013).
 class RayFrame {
 public:
     RayFrame(const Vector& rayOrigin, const Vector& direction) : origin(ToDouble(rayOrigin)) {
@@ -88,7 +88,8 @@ private:
 };
 
 /// The point on a triangle nearest to `p`: it is on the corner, edge or interior whose Voronoi
-/// region contains `p`. A degenerate triangle is treated as three edges.
+/// region contains `p`. A degenerate triangle is treated as three edges. See Ericson: "Real-Time
+/// Collision Detection" (2005), section 5.1.5.
 inline TrianglePoint NearestOfTriangle(const Vector3d& p,
                                        const Vector3d& a,
                                        const Vector3d& b,

@@ -12,8 +12,8 @@ namespace trovik {
 /// A material capture: the colours of a lit sphere, looked up by the normal in camera space. Each
 /// sphere is generated from a short list of lights and reflection lobes.
 ///
-/// The technique is from P.-P. J. Sloan, W. Martin, A. Gooch, B. Gooch, "The Lit Sphere: A Model
-/// for Capturing NPR Shading from Art", Graphics Interface 2001.
+/// The technique is from Sloan, Martin, Gooch, Gooch: "The Lit Sphere: A Model for Capturing NPR
+/// Shading from Art" (2001).
 class TROVIK_API Matcap {
 public:
     /// \throw HostError for a name that is not in Names().

@@ -14,13 +14,14 @@ struct SamplePoint {
 /// The sample points of one pixel. They depend only on the pixel and the sample count, so a render
 /// does not depend on how pixels are distributed among threads.
 ///
-/// Each stream is the two-dimensional Sobol sequence, Owen-scrambled by hashing: B. Burley,
-/// "Practical Hash-based Owen Scrambling", Journal of Computer Graphics Techniques 9(4), 2020.
-/// Pixels use consecutive blocks of a single sequence along a space-filling curve, so that the
-/// points of neighbouring pixels complement each other and the error of a render is blue noise: A.
-/// G. M. Ahmed, P. Wonka, "Screen-Space Blue-Noise Diffusion of Monte Carlo Sampling Error via
-/// Hierarchical Ordering of Pixels", ACM Transactions on Graphics 39(6), 2020. Streams are
-/// independent of each other.
+/// Each stream is the two-dimensional sequence of Sobol: "On the Distribution of Points in a Cube
+/// and the Approximate Evaluation of Integrals" (1967), scrambled as in Burley: "Practical
+/// Hash-based Owen Scrambling" (2020). Pixels use consecutive blocks of a single sequence along a
+/// space-filling curve, so that the points of neighbouring pixels complement each other and the
+/// error of a render is blue noise; see Ahmed, Wonka: "Screen-Space Blue-Noise Diffusion of Monte
+/// Carlo Sampling Error via Hierarchical Ordering of Pixels" (2020). The curve is the order of
+/// Morton: "A Computer Oriented Geodetic Data Base and a New Technique in File Sequencing" (1966).
+/// Streams are independent of each other.
 class PixelSamples {
 public:
     /// \param count  number of samples per pixel, 1 to 65536.
@@ -72,8 +73,10 @@ private:
         return __builtin_bswap32(value);
     }
 
-    /// Owen scrambling of a number whose lowest bit is the first digit after the binary point: each
-    /// bit is flipped depending on a hash of the bits below it.
+    /// Scrambles a number whose lowest bit is the first digit after the binary point: each bit is
+    /// flipped depending on a hash of the bits below it. The scrambling is that of Owen: "Randomly
+    /// Permuted (t,m,s)-Nets and (t,s)-Sequences" (1995). The hash is from Laine, Karras:
+    /// "Stratified Sampling for Stochastic Transparency" (2011).
     static uint32_t Scramble(uint32_t reversed, uint32_t hash) {
         reversed += hash;
         reversed ^= reversed * 0x6c50b47cu;

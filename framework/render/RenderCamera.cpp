@@ -33,7 +33,8 @@ void ForEachPoint(const std::vector<RenderMesh>& meshes, Visit visit) {
     }
 }
 
-/// Returns `v` rotated about the unit vector `axis`.
+/// Returns `v` rotated about the unit vector `axis`. See Rodrigues: "Des lois géométriques qui
+/// régissent les déplacements d'un système solide dans l'espace" (1840).
 Vector Turned(const Vector& v, const Vector& axis, float radians) {
     const float cosine = std::cos(radians);
     return v * cosine + (axis & v) * std::sin(radians) + axis * ((axis | v) * (1.0f - cosine));

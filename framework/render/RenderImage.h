@@ -145,7 +145,8 @@ TROVIK_API RenderCamera FrameTurntable(const std::vector<RenderMesh>& meshes,
 
 /// Builds a contact sheet from images of the same size, in rows of `columns`, `gap` pixels apart.
 /// If `captions` has as many entries as there are images, a caption is drawn under each one.
-/// Transparent images are composited over the sheet's background; the sheet is opaque.
+/// Transparent images are composited over the sheet's background (Porter, Duff: "Compositing
+/// Digital Images" (1984)); the sheet is opaque.
 TROVIK_API RenderImage MakeContactSheet(const std::vector<RenderImage>& pictures,
                                         int columns,
                                         int gap,

@@ -34,8 +34,8 @@ void Frame(const Vector& n, Vector& a, Vector& b) {
 Vector Scaled(const Vector& v, const Vector& by) { return {v.x * by.x, v.y * by.y, v.z * by.z}; }
 
 /// Returns the openness including light that bounces between nearby surfaces of the same colour.
-/// The fit is from J. Jimenez, X.-C. Wu, A. Pesce, A. Jarabo, "Practical Realtime Strategies for
-/// Accurate Indirect Occlusion", SIGGRAPH Courses, 2016.
+/// The fit is from Jimenez, Wu, Pesce, Jarabo: "Practical Realtime Strategies for Accurate Indirect
+/// Occlusion" (2016).
 float WithBounces(float openness, float albedo) {
     const float a = 2.0404f * albedo - 0.3324f;
     const float b = -4.7951f * albedo + 0.6417f;
@@ -117,12 +117,13 @@ LitSample Shading::Light(const SurfaceSample& sample,
     const float rim = away * away * away * (0.5f + 0.5f * (n | up));
     lit.ambient = Scaled(lit.albedo, Surroundings(n)) + Vector(0.08f, 0.09f, 0.10f) * rim;
     // Ray lengths are distributed between 0 and the maximum, so that near surfaces count more than
-    // distant ones.
+    // distant ones, as in Zhukov, Iones, Kronin: "An Ambient Light Illumination Model" (1998).
     const float reach = extent * ambientReach * points.At(reachStream, index).x;
     lit.openness = Openness(start, n, sample.faceNormal, points.At(ambientStream, index), reach);
 
     const float facing = SoftFacing(n | keyDirection, keySoftness);
-    // The Blinn-Phong highlight, weak and broad because clay is matte.
+    // The highlight of Blinn: "Models of Light Reflection for Computer Synthesized Pictures"
+    // (1977), weak and broad because clay is matte.
     const Vector half = (keyDirection + toEye).Normalized();
     const float square = std::max(0.0f, n | half) * std::max(0.0f, n | half);
     const float eighth = (square * square) * (square * square);

@@ -8,9 +8,8 @@
 namespace trovik {
 
 /// The lighting of one sample. The sampled visibility is kept separate from the analytically
-/// computed light. The two are multiplied after the visibility has been averaged and filtered: E.
-/// Heitz, S. Hill, M. McGuire, "Combining Analytic Direct Illumination and Stochastic Shadows", ACM
-/// SIGGRAPH Symposium on Interactive 3D Graphics and Games, 2018.
+/// computed light. The two are multiplied after the visibility has been averaged and filtered; see
+/// Heitz, Hill, McGuire: "Combining Analytic Direct Illumination and Stochastic Shadows" (2018).
 struct LitSample {
     Vector albedo;
     /// Reflected light from the surroundings and from the key light, without occlusion.

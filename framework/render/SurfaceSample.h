@@ -19,8 +19,8 @@ struct SurfaceSample {
     /// Interpolated from the vertex normals, on the side of the face that the ray hits.
     Vector shadingNormal;
     /// The position, moved from the flat face to the smooth surface that the vertex normals imply.
-    /// Rays that start here avoid self-shadowing artefacts on coarse faces. J. Hanika, "Hacking the
-    /// Shadow Terminator", Ray Tracing Gems II, 2021.
+    /// Rays that start here avoid self-shadowing artefacts on coarse faces. See Hanika: "Hacking
+    /// the Shadow Terminator" (2021).
     Vector rayStart;
 };
 

@@ -7,8 +7,8 @@
 
 namespace trovik {
 
-/// Converts linear light to sRGB, 0 to 1. Bright values roll off smoothly towards white; a kink in
-/// the curve would be visible as a line on a smooth surface.
+/// Converts linear light to sRGB (IEC 61966-2-1 (1999)), 0 to 1. Bright values roll off smoothly
+/// towards white; a kink in the curve would be visible as a line on a smooth surface.
 inline float Coded(float linear) {
     const float soft = 1.0f - std::exp(-1.3f * std::max(linear, 0.0f));
     return soft <= 0.0031308f ? soft * 12.92f : 1.055f * std::pow(soft, 1.0f / 2.4f) - 0.055f;

@@ -37,11 +37,10 @@ inline constexpr int filterReach = 16;
 /// Each value becomes a mean over pixels of the same surface (similar normal, same plane) whose
 /// values differ by no more than the sampling error. Surface edges therefore stay sharp, and so do
 /// shadow edges to the extent that the samples resolve them. The more samples there are, the
-/// smaller the effect of the filter. This is an edge-avoiding a-trous wavelet filter: H. Dammertz,
-/// D. Sewtz, J. Hanika, H. P. A. Lensch, "Edge-Avoiding A-Trous Wavelet Transform for Fast Global
-/// Illumination Filtering", High Performance Graphics 2010; the variance bound on differences is
-/// from C. Schied et al., "Spatiotemporal Variance-Guided Filtering", High Performance Graphics
-/// 2017.
+/// smaller the effect of the filter. The filter is described in Dammertz, Sewtz, Hanika, Lensch:
+/// "Edge-Avoiding À-Trous Wavelet Transform for Fast Global Illumination Filtering" (2010). The
+/// variance bound on differences is from Schied et al.: "Spatiotemporal Variance-Guided Filtering:
+/// Real-Time Reconstruction for Path-Traced Global Illumination" (2017).
 ///
 /// Uses all threads; the result does not depend on their number.
 /// \throw Cancelled.

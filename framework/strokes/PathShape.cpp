@@ -163,7 +163,8 @@ private:
 constexpr int chords = 64;
 
 /// The position at parameter `t` of the span from b to c. Each of the four points has a parameter
-/// value; those of a and d can be arbitrarily far outside the span.
+/// value; those of a and d can be arbitrarily far outside the span. Evaluated as in Barry, Goldman:
+/// "A Recursive Evaluation Algorithm for a Class of Catmull-Rom Splines" (1988).
 Place OnSpan(const std::array<Place, 4>& p, const std::array<double, 4>& at, double t) {
     const auto mix = [&](const Place& a, const Place& b, double from, double to) {
         return a * ((to - t) / (to - from)) + b * ((t - from) / (to - from));

@@ -44,7 +44,10 @@ TROVIK_API std::vector<PathSample> Straightened(const std::vector<PathSample>& s
 /// The centripetal Catmull-Rom curve through the positions: it interpolates each position, is
 /// smooth, has no loops between neighbours, and is a straight line if the positions are collinear.
 /// Pressure, tilt and time are interpolated linearly from sample to sample. Consecutive equal
-/// positions count as one. Throws HostError if the curve needs more than maxPathSteps chords.
+/// positions count as one. Throws HostError if the curve needs more than maxPathSteps chords. See
+/// Catmull, Rom: "A Class of Local Interpolating Splines" (1974) and, for the centripetal
+/// parameters, Yuksel, Schaefer, Keyser: "Parameterization and Applications of Catmull-Rom Curves"
+/// (2011).
 TROVIK_API std::vector<PathSample> CurveThrough(const std::vector<PathSample>& samples);
 
 }  // namespace trovik

@@ -39,8 +39,10 @@ struct PointerLimits {
 ///    moved. A sample that exceeds the limits is not moved either.
 /// 3. Times that still decrease: the times of consecutive samples are replaced with their mean
 ///    until no time decreases. The result is the ascending sequence closest to the original times
-///    in the least-squares sense. Times between the centres of such groups are interpolated
-///    linearly. A time earlier than that of finalised samples becomes the latest finalised time.
+///    in the least-squares sense; see Ayer, Brunk, Ewing, Reid, Silverman: "An Empirical
+///    Distribution Function for Sampling with Incomplete Information" (1955). Times between the
+///    centres of such groups are interpolated linearly. A time earlier than that of finalised
+///    samples becomes the latest finalised time.
 /// 4. Pressure spike at the press (blot): if pressure drops abruptly right after the press, the
 ///    pressures before the drop are replaced with a linear ramp, which has the slope between the
 ///    two samples after the drop and is clamped to at least 0.

@@ -118,7 +118,8 @@ Matrix StampStroke::OverAll(const AxisAlignedBoundingBox& box) const {
 }
 
 // Moves the dab to a random point in the brush's disc on the surface, then to the nearest point on
-// the mesh. Rejection sampling in the square around the disc needs no angles.
+// the mesh. Rejection sampling in the square around the disc needs no angles; see von Neumann:
+// "Various Techniques Used in Connection with Random Digits" (1951).
 void StampStroke::Scatter(StrokeDab& dab) {
     float x = 0.0f;
     float y = 0.0f;

@@ -22,8 +22,8 @@ private:
     std::uint32_t state;
 };
 
-/// Returns gradient noise, about -0.7 to 0.7, with a continuous second derivative (Perlin,
-/// "Improving Noise", 2002). A lattice cell is one unit wide; the noise repeats after `period`
+/// Returns gradient noise, about -0.7 to 0.7, with a continuous second derivative; see Perlin:
+/// "Improving Noise" (2002). A lattice cell is one unit wide; the noise repeats after `period`
 /// cells in both directions. \param period  at least 1.
 double Noise(Point2 p, int period, std::uint32_t seed);
 
@@ -31,8 +31,9 @@ double Noise(Point2 p, int period, std::uint32_t seed);
 /// previous one, scaled to about -0.7 to 0.7. The sum repeats after `period` cells.
 double LayeredNoise(Point2 p, int period, int octaves, std::uint32_t seed);
 
-/// Returns the distance to the nearest of a set of random points, one per cell, from 0 to about 1.2
-/// (Worley, "A Cellular Texture Basis Function", 1996). The pattern repeats after `period` cells.
+/// Returns the distance to the nearest of a set of random points, one per cell, from 0 to about
+/// 1.2; see Worley: "A Cellular Texture Basis Function" (1996). The pattern repeats after `period`
+/// cells.
 double CellDistance(Point2 p, int period, std::uint32_t seed);
 
 }  // namespace trovik::stamps

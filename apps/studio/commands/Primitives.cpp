@@ -75,7 +75,8 @@ PolygonMesh GridCube(std::uint32_t n, const Place& place) {
 }
 
 /// Spreads a cube's grid over the sphere more evenly than normalisation: equal steps on the cube
-/// become nearly equal angles.
+/// become nearly equal angles. See Ronchi, Iacono, Paolucci: "The 'Cubed Sphere': A New Method for
+/// the Solution of Partial Differential Equations in Spherical Geometry" (1996).
 Point OnSphere(const Point& cube) {
     Point point{};
     for (std::size_t k = 0; k < 3; ++k) point[k] = std::tan(cube[k] * std::numbers::pi / 4);
@@ -86,6 +87,7 @@ Point OnSphere(const Point& cube) {
 }
 
 /// Maps the square cross sections of the cube to discs: squares around the centre become circles.
+/// See Shirley, Chiu: "A Low Distortion Map Between Disk and Square" (1997).
 Point OnCylinder(const Point& cube) {
     const double x = cube[0], z = cube[2];
     const double ring = std::max(std::abs(x), std::abs(z));

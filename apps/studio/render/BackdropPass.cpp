@@ -15,7 +15,8 @@ void main() {
 }
 )";
 
-// The gradient changes slowly over many pixels; noise of half a quantisation step prevents banding.
+// The gradient changes slowly over many pixels; noise of half a quantisation step prevents banding;
+// see Roberts: "Picture Coding Using Pseudo-Random Noise" (1962).
 const char* const backgroundFragmentShader = R"(
 uniform vec3 bottom;
 uniform vec3 top;

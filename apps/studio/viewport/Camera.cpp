@@ -49,7 +49,8 @@ struct Precise {
         const double length = Length();
         return length > 0.0 ? *this * (1.0 / length) : *this;
     }
-    /// Rotates counterclockwise about a unit axis.
+    /// Rotates counterclockwise about a unit axis. See Rodrigues: "Des lois géométriques qui
+    /// régissent les déplacements d'un système solide dans l'espace" (1840).
     Precise Rotated(const Precise& axis, double radians) const {
         const double c = std::cos(radians);
         return *this * c + (axis & *this) * std::sin(radians) + axis * ((axis | *this) * (1.0 - c));

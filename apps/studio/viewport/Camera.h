@@ -41,7 +41,8 @@ public:
 
     /// Rotates eye and target about a pivot, as if the pointer rotated the surface: about the
     /// world's y axis by dx, about the camera's right axis by dy. A drag across the viewport's
-    /// height is half a turn.
+    /// height is half a turn. For rotation by horizontal and vertical motions, see Chen, Mountford,
+    /// Sellen: "A Study in Interactive 3-D Rotation Using 2-D Control Devices" (1988).
     void Orbit(const Vector& pivot, float dx, float dy);
     /// Rotates about the view direction. \param radians  counterclockwise.
     void Roll(float radians);

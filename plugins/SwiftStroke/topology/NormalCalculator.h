@@ -7,7 +7,8 @@ namespace trovik {
 
 /// Computes a vertex normal as the mean of the unit normals of the faces around the vertex. Each
 /// neighbouring vertex is reported with one of these faces, and a face counts once for each
-/// neighbour reported with it. Face areas have no effect.
+/// neighbour reported with it. Face areas have no effect. See Gouraud: "Continuous Shading of
+/// Curved Surfaces" (1971).
 class NormalCalculator final : public AdjacentVertexEnumerator {
 public:
     explicit NormalCalculator(Mesh* askedMesh) : mesh(askedMesh) {}

@@ -3,7 +3,8 @@
 /// \file Averages four rows at once. Each average depends on the one to its left, through a chain
 /// of additions, and on the one above. Each row is therefore processed one vertex behind the row
 /// above it, and each register contains two rows. Every average uses exactly the same operands as
-/// if the rows were processed one after the other.
+/// if the rows were processed one after the other. For this order, see Lamport: "The Parallel
+/// Execution of DO Loops" (1974).
 #include "kernels/batch/VertexBatch.h"
 
 #if defined(__x86_64__)
