@@ -5,6 +5,7 @@
 #include <QOpenGLVersionFunctionsFactory>
 
 #include <stdexcept>
+#include <string_view>
 
 namespace trovik::studio {
 
@@ -15,6 +16,12 @@ Gl& CurrentGl() {
     if (functions == nullptr)
         throw std::runtime_error("the viewport needs OpenGL 3.3 or later with the core profile");
     return *functions;
+}
+
+bool IsSoftwareRenderer(Gl& gl) {
+    const auto* const text = reinterpret_cast<const char*>(gl.glGetString(GL_RENDERER));
+    const std::string_view name(text != nullptr ? text : "");
+    return name.starts_with("llvmpipe") || name.starts_with("softpipe");
 }
 
 std::unique_ptr<QOpenGLShaderProgram> MakeProgram(const char* vertexText,

@@ -16,6 +16,9 @@ using Gl = QOpenGLFunctions_3_3_Core;
 /// \throw std::runtime_error if there is none or it is older than 3.3.
 Gl& CurrentGl();
 
+/// Whether the current context draws on the processor, with Mesa's llvmpipe or softpipe.
+bool IsSoftwareRenderer(Gl& gl);
+
 /// Compiles and links a program of the current context. The first line, "#version", is added to
 /// both sources. \param defines  lines after the version.
 /// \throw std::runtime_error with the compiler log.

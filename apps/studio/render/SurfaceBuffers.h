@@ -87,6 +87,8 @@ private:
                      const std::function<void(uint64_t firstVertex)>& beforePage);
 
     Gl& gl;
+    /// Indices after which a frame waits until what it has issued so far is drawn.
+    const uint64_t indicesPerWait;
     std::shared_ptr<const PatchLayout> layout;
     std::vector<Page> pages;
     GLuint indexBuffer = 0;
