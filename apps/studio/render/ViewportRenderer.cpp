@@ -59,7 +59,10 @@ void ViewportRenderer::Draw(const Frame& frame) {
         frameSeconds = measured->seconds;
         lod.FrameMeasured(measured->tag, measured->seconds);
     }
-    drawnStrideLog2 = surface.UsedStrideLog2(lod.StrideLog2(frame.secondsAtRest));
+    // A surface that arrives over many frames is not drawn at full detail each time.
+    const bool isArriving = frame.uploadBudget != unlimitedBudget && !surface.IsComplete();
+    drawnStrideLog2 =
+        surface.UsedStrideLog2(lod.StrideLog2(isArriving ? 0.0 : frame.secondsAtRest));
 
     timer->Begin(drawnStrideLog2);
     gl.glViewport(0, 0, frame.view.width, frame.view.height);
