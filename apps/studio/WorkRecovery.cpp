@@ -77,7 +77,8 @@ void WorkRecovery::StorePicture() {
         return;
     }
     const QString path = QString::fromStdString(PicturePathOf(engine.Document().journalPath));
-    const QImage image = viewport.grabFramebuffer();
+    const QImage image = viewport.ShownFrame();
+    if (image.isNull()) return;
     // Scaling and compression take longer than a frame.
     QThreadPool::globalInstance()->start([image, path] {
         image.scaled(pictureSize, Qt::KeepAspectRatio, Qt::SmoothTransformation).save(path);

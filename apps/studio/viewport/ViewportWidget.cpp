@@ -2,9 +2,11 @@
 #include "viewport/ViewportWidget.h"
 
 #include "engine/Engine.h"
+#include "render/Gl.h"
 #include "render/ViewportRenderer.h"
 
 #include <QOpenGLContext>
+#include <QOpenGLFramebufferObject>
 #include <QPainter>
 
 #include <chrono>
@@ -203,6 +205,31 @@ QImage ViewportWidget::Grab() {
     isGrabbing = true;
     QImage image = grabFramebuffer();
     isGrabbing = false;
+    return image;
+}
+
+QImage ViewportWidget::ShownFrame() {
+    if (renderer == nullptr) return {};
+    makeCurrent();
+    const QSize pixels = size() * devicePixelRatioF();
+    QOpenGLFramebufferObject copy(pixels);
+    // Resolves the samples of the widget's framebuffer.
+    Gl& gl = CurrentGl();
+    gl.glBindFramebuffer(GL_READ_FRAMEBUFFER, defaultFramebufferObject());
+    gl.glBindFramebuffer(GL_DRAW_FRAMEBUFFER, copy.handle());
+    gl.glBlitFramebuffer(0,
+                         0,
+                         pixels.width(),
+                         pixels.height(),
+                         0,
+                         0,
+                         pixels.width(),
+                         pixels.height(),
+                         GL_COLOR_BUFFER_BIT,
+                         GL_NEAREST);
+    gl.glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
+    QImage image = copy.toImage().convertToFormat(QImage::Format_RGB32);
+    doneCurrent();
     return image;
 }
 

@@ -58,6 +58,8 @@ public:
     /// Uploads all updates that have arrived, draws a frame at full detail and returns it, in
     /// device pixels.
     QImage Grab();
+    /// A copy of the last frame, in device pixels; draws nothing. Null without a renderer.
+    QImage ShownFrame();
     /// Whether all updates that have arrived are drawn, at full detail.
     bool IsComplete() const;
     /// Takes all updates that have arrived without drawing; the next frame uploads them. The engine

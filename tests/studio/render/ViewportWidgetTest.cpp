@@ -75,6 +75,18 @@ TEST_F(ViewportWidgetTest, ShowsTheDocument) {
     EXPECT_EQ(viewport.Grab(), picture);
 }
 
+TEST_F(ViewportWidgetTest, ShownFrameIsTheLastFrameAndDrawsNothing) {
+    ASSERT_TRUE(WaitForSurface());
+    viewport.SetHudLines({QStringLiteral("5,429 quads")});
+    const QImage picture = viewport.Grab().convertToFormat(QImage::Format_RGB32);
+    int frames = 0;
+    QObject::connect(&viewport, &ViewportWidget::FrameDrawn, [&frames] { ++frames; });
+    const QImage shown = viewport.ShownFrame();
+    SavePicture(shown, "shown-frame.png");
+    EXPECT_EQ(shown, picture);
+    EXPECT_EQ(frames, 0);
+}
+
 TEST(ViewCube, PartsStandForDirections) {
     const QSizeF size(800, 600);
     const QPointF centre = ViewCube::Area(size).center();
