@@ -11,7 +11,7 @@
 # --changed checks the sources changed since the merge base with BASE, including uncommitted changes. If
 # BASE does not exist, or HEAD is the merge base, the sources of the last commit are checked. For a
 # changed header, its own source file is checked, or else one that includes it. If there are more than
-# LIMIT sources (default 12), product sources are checked before tests, and those with the most changed
+# LIMIT sources (default 40), product sources are checked before tests, and those with the most changed
 # lines first; the number of unchecked sources is printed.
 set -euo pipefail
 
@@ -34,10 +34,8 @@ fi
 
 select=("$source/tools/tidy_sources.py" "$source" "$build")
 if [[ -n $base ]]; then
-    select+=(--changed "$base" --limit "${2:-12}")
+    select+=(--changed "$base" --limit "${2:-40}")
 else
     select+=(--matching "${2:-.}")
 fi
-python3 "${select[@]}" |
-    xargs -0 --no-run-if-empty --max-args=1 --max-procs="$(nproc)" \
-        clang-tidy --quiet -p "$build" --extra-arg=-Wno-unknown-warning-option
+python3 "${select[@]}" | python3 "$source/tools/tidy_batches.py" "$build"

@@ -86,7 +86,7 @@ def main():
     parser.add_argument("build")
     parser.add_argument("--matching", default=".")
     parser.add_argument("--changed")
-    parser.add_argument("--limit", type=int, default=12)
+    parser.add_argument("--limit", type=int, default=40)
     arguments = parser.parse_args()
     checkout, build = os.path.realpath(arguments.checkout), os.path.realpath(arguments.build)
 
