@@ -16,8 +16,9 @@ constexpr double margin = 0.8;
 
 void LodChoice::FrameMeasured(uint32_t strideLog2, double seconds) {
     uint32_t needed = strideLog2;
-    for (double predicted = seconds; predicted > options.targetSeconds; predicted /= timeRatio) {
-        if (needed >= options.maxStrideLog2) break;
+    double predicted = seconds;
+    while (predicted > options.targetSeconds && needed < options.maxStrideLog2) {
+        predicted /= timeRatio;
         ++needed;
     }
     if (strideLog2 != moving)

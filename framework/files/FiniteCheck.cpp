@@ -65,11 +65,11 @@ void CheckMorphTargets(const std::string& path, const MeshSource& source, JobCon
 }  // namespace
 
 void CheckFinite(const std::string& path, const MeshSource& source, JobControl* job) {
-    constexpr unsigned Everything =
+    constexpr unsigned everything =
         MeshSource::Positions | MeshSource::Normals | MeshSource::Colors;
     std::uint64_t vertex = 0;
     constexpr const char* phase = "Checking for non-finite numbers";
-    ReadVertices(source, Everything, job, phase, [&](const VertexBlock& block) {
+    ReadVertices(source, everything, job, phase, [&](const VertexBlock& block) {
         CheckList(path, block.positions, "the position of vertex", vertex);
         CheckList(path, block.normals, "the normal of vertex", vertex);
         CheckList(path, block.colors, "the colour of vertex", vertex);

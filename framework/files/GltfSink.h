@@ -50,10 +50,10 @@ private:
     }
 
     void PutLetters(std::size_t letters) {
-        constexpr char Alphabet[] =
+        constexpr char alphabet[] =
             "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
         for (std::size_t letter = 0; letter < 4; ++letter) {
-            file.Put(letter < letters ? Alphabet[bits >> (18 - 6 * letter) & 63u] : '=');
+            file.Put(letter < letters ? alphabet[bits >> (18 - 6 * letter) & 63u] : '=');
         }
         bits = 0;
         held = 0;

@@ -305,13 +305,13 @@ void WriteGltf(const std::string& path, const MeshSource& source, bool isBinary,
         source.Name().empty() ? std::filesystem::path(path).stem().string() : source.Name();
     const GltfDescription description(source, layout, parts, name, job);
     std::string text = description.OpenText();
-    constexpr std::uint64_t ChunkHeader = 8;
-    constexpr std::uint64_t FileHeader = 12;
+    constexpr std::uint64_t chunkHeader = 8;
+    constexpr std::uint64_t fileHeader = 12;
     if (isBinary) {
         text += "}]}";
         text.resize((text.size() + 3) / 4 * 4, ' ');
         const std::uint64_t total =
-            FileHeader + ChunkHeader * 2 + text.size() + description.BufferBytes();
+            fileHeader + chunkHeader * 2 + text.size() + description.BufferBytes();
         if (total > std::numeric_limits<std::uint32_t>::max()) {
             throw HostError(path +
                             ": a binary glTF file is limited to 4 GiB, but this mesh needs " +
@@ -324,7 +324,7 @@ void WriteGltf(const std::string& path, const MeshSource& source, bool isBinary,
         GltfSink plain(file, false);
         file.Write("glTF");
         plain.Word(2);
-        plain.Word(static_cast<std::uint32_t>(FileHeader + ChunkHeader * 2 + text.size() +
+        plain.Word(static_cast<std::uint32_t>(fileHeader + chunkHeader * 2 + text.size() +
                                               description.BufferBytes()));
         plain.Word(static_cast<std::uint32_t>(text.size()));
         file.Write("JSON");

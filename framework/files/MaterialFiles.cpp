@@ -146,8 +146,7 @@ fs::path NameForCopy(const fs::path& source,
     const std::string copyLine = CopyLine(source, folder);
     for (int number = 1;; ++number) {
         const std::string suffix = number == 1 ? "" : "-" + std::to_string(number);
-        const fs::path path =
-            folder / (source.stem().string() + suffix + source.extension().string());
+        fs::path path = folder / (source.stem().string() + suffix + source.extension().string());
         std::error_code failed;
         const fs::file_status status = fs::symlink_status(path, failed);
         const bool isTaken = std::find(taken.begin(), taken.end(), path.string()) != taken.end();

@@ -22,7 +22,7 @@ constexpr std::size_t MaxProperties = 1'000;
 constexpr std::size_t MaxElements = 1'000;
 
 std::optional<PlyType> TypeOfName(std::string_view name) {
-    constexpr std::pair<std::string_view, PlyType> Names[] = {{"char", PlyType::Int8},
+    constexpr std::pair<std::string_view, PlyType> names[] = {{"char", PlyType::Int8},
                                                               {"int8", PlyType::Int8},
                                                               {"uchar", PlyType::UInt8},
                                                               {"uint8", PlyType::UInt8},
@@ -38,7 +38,7 @@ std::optional<PlyType> TypeOfName(std::string_view name) {
                                                               {"float32", PlyType::Float32},
                                                               {"double", PlyType::Float64},
                                                               {"float64", PlyType::Float64}};
-    for (const auto& [known, type] : Names) {
+    for (const auto& [known, type] : names) {
         if (known == name) {
             return type;
         }
@@ -214,8 +214,8 @@ private:
         for (const PlyElement& element : header.elements) {
             std::uint64_t shortestRow = 0;
             for (const PlyProperty& property : element.properties) {
-                constexpr std::uint64_t DigitAndBlank = 2;
-                shortestRow += isText            ? DigitAndBlank
+                constexpr std::uint64_t digitAndBlank = 2;
+                shortestRow += isText            ? digitAndBlank
                                : property.isList ? SizeOf(property.countType)
                                                  : SizeOf(property.type);
             }

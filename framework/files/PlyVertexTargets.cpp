@@ -11,7 +11,7 @@
 namespace trovik {
 
 PlyVertexTargets FindPlyVertexTargets(const std::string& path, const PlyElement& element) {
-    constexpr std::pair<std::string_view, int> Names[] = {{"x", 0},
+    constexpr std::pair<std::string_view, int> names[] = {{"x", 0},
                                                           {"y", 1},
                                                           {"z", 2},
                                                           {"nx", 3},
@@ -31,10 +31,10 @@ PlyVertexTargets FindPlyVertexTargets(const std::string& path, const PlyElement&
     std::array<bool, plyVertexNumbers> found = {};
     for (const PlyProperty& property : element.properties) {
         const auto* name =
-            std::find_if(std::begin(Names), std::end(Names), [&property](const auto& entry) {
+            std::find_if(std::begin(names), std::end(names), [&property](const auto& entry) {
                 return entry.first == property.name;
             });
-        int slot = name == std::end(Names) || property.isList ? -1 : name->second;
+        int slot = name == std::end(names) || property.isList ? -1 : name->second;
         // If several properties provide the same number, the first one is used.
         if (slot >= 0 && found[static_cast<std::size_t>(slot)]) {
             slot = -1;
@@ -47,7 +47,7 @@ PlyVertexTargets FindPlyVertexTargets(const std::string& path, const PlyElement&
     for (std::size_t i = 0; i < plyFirstNormal; ++i) {
         if (!found[i]) {
             throw HostError(path + ": element 'vertex' has no scalar property '" +
-                            std::string(Names[i].first) + "'");
+                            std::string(names[i].first) + "'");
         }
     }
     const auto all = [&found](std::size_t first, std::size_t count) {

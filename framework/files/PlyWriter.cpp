@@ -71,10 +71,10 @@ void WriteHeader(OutputFile& file,
     if (layout.vertexUvs) {
         file.Write("property float s\nproperty float t\n");
     }
-    constexpr const char* ColorNames[] = {"red", "green", "blue", "alpha"};
+    constexpr const char* colorNames[] = {"red", "green", "blue", "alpha"};
     for (std::size_t i = 0; i < layout.colorNumbers; ++i) {
         file.Write(layout.byteColors ? "property uchar " : "property float ");
-        file.Write(ColorNames[i]);
+        file.Write(colorNames[i]);
         file.Put('\n');
     }
     file.Write("element face ");
@@ -140,9 +140,9 @@ private:
 
 template <class Rows>
 void WriteVertices(Rows rows, const MeshSource& source, const PlyLayout& layout, JobControl* job) {
-    constexpr unsigned Everything =
+    constexpr unsigned everything =
         MeshSource::Positions | MeshSource::Normals | MeshSource::Uvs | MeshSource::Colors;
-    ReadVertices(source, Everything, job, "Writing vertices", [&](const VertexBlock& block) {
+    ReadVertices(source, everything, job, "Writing vertices", [&](const VertexBlock& block) {
         for (std::size_t vertex = 0; vertex < block.positions.size(); ++vertex) {
             for (const float number : block.positions[vertex]) {
                 rows.Float(number);

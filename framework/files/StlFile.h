@@ -9,7 +9,7 @@
 /// \file
 /// Layout of binary STL files, little-endian: a header with arbitrary text, the number of
 /// triangles, and for each triangle its normal, three corners, and two unused bytes.
-namespace trovik::StlFile {
+namespace trovik::stl_file {
 
 inline constexpr std::size_t headerBytes = 80;
 inline constexpr std::size_t triangleBytes = 50;
@@ -23,4 +23,4 @@ inline std::uint32_t LoadWord(const unsigned char* bytes) {
 
 inline float LoadFloat(const unsigned char* bytes) { return std::bit_cast<float>(LoadWord(bytes)); }
 
-}  // namespace trovik::StlFile
+}  // namespace trovik::stl_file

@@ -76,14 +76,15 @@ private:
 
 PolygonMesh ReadBinary(InputFile& file, std::uint32_t count, JobControl* job) {
     TriangleList triangles;
-    const unsigned char* header = file.Take(StlFile::headerBytes);
-    std::string name(reinterpret_cast<const char*>(header), StlFile::headerBytes);
+    const unsigned char* header = file.Take(stl_file::headerBytes);
+    std::string name(reinterpret_cast<const char*>(header), stl_file::headerBytes);
     name.resize(std::min(name.size(), name.find('\0')));
-    triangles.BeginSolid(name.starts_with(StlFile::nameMark) ? name.substr(StlFile::nameMark.size())
-                                                             : std::string());
+    triangles.BeginSolid(name.starts_with(stl_file::nameMark)
+                             ? name.substr(stl_file::nameMark.size())
+                             : std::string());
     file.Take(sizeof(std::uint32_t));
     for (std::uint32_t number = 0; number < count; ++number) {
-        const unsigned char* row = file.Take(StlFile::triangleBytes);
+        const unsigned char* row = file.Take(stl_file::triangleBytes);
         if (row == nullptr) {
             throw HostError(file.Path() + ", byte " + std::to_string(file.Position()) +
                             ": the file ends inside triangle " + std::to_string(number) + " of " +
@@ -94,14 +95,14 @@ PolygonMesh ReadBinary(InputFile& file, std::uint32_t count, JobControl* job) {
             for (std::size_t axis = 0; axis < 3; ++axis) {
                 // The corners follow the three numbers of the normal.
                 const unsigned char* bytes = row + (3 + corner * 3 + axis) * sizeof(float);
-                const float number_ = StlFile::LoadFloat(bytes);
-                if (!std::isfinite(number_)) {
+                const float coordinate = stl_file::LoadFloat(bytes);
+                if (!std::isfinite(coordinate)) {
                     throw HostError(file.Path() + ", byte " +
-                                    std::to_string(file.Position() - StlFile::triangleBytes) +
+                                    std::to_string(file.Position() - stl_file::triangleBytes) +
                                     ": triangle " + std::to_string(number) +
                                     " (counted from 0) has a non-finite coordinate");
                 }
-                triangle[corner][axis] = number_;
+                triangle[corner][axis] = coordinate;
             }
         }
         triangles.Add(triangle);
@@ -223,7 +224,7 @@ private:
 }  // namespace
 
 PolygonMesh ReadStl(const std::string& path, JobControl* job) {
-    constexpr std::size_t Lead = StlFile::headerBytes + sizeof(std::uint32_t);
+    constexpr std::size_t lead = stl_file::headerBytes + sizeof(std::uint32_t);
     bool beginsAsText = false;
     std::uint32_t count = 0;
     std::uint64_t wanted = 0;
@@ -231,11 +232,11 @@ PolygonMesh ReadStl(const std::string& path, JobControl* job) {
     {
         InputFile probe(path);
         size = probe.Remaining();
-        const unsigned char* start = probe.Take(std::min<std::size_t>(Lead, size));
+        const unsigned char* start = probe.Take(std::min<std::size_t>(lead, size));
         beginsAsText = size >= 5 && IsWord({reinterpret_cast<const char*>(start), 5}, "solid");
-        if (size >= Lead) {
-            count = StlFile::LoadWord(start + StlFile::headerBytes);
-            wanted = Lead + std::uint64_t{count} * StlFile::triangleBytes;
+        if (size >= lead) {
+            count = stl_file::LoadWord(start + stl_file::headerBytes);
+            wanted = lead + std::uint64_t{count} * stl_file::triangleBytes;
         }
     }
     InputFile file(path, job);
@@ -243,12 +244,12 @@ PolygonMesh ReadStl(const std::string& path, JobControl* job) {
     if (beginsAsText && size != wanted) {
         return StlText(file, job).Read();
     }
-    if (size < Lead) {
+    if (size < lead) {
         throw HostError(path + ", byte " + std::to_string(size) +
                         ": the file ends inside its header, and it does not begin with 'solid'");
     }
     if (size < wanted) {
-        throw HostError(path + ", byte " + std::to_string(StlFile::headerBytes) + ": " +
+        throw HostError(path + ", byte " + std::to_string(stl_file::headerBytes) + ": " +
                         std::to_string(count) +
                         " triangles are declared, but the file is too short for them");
     }

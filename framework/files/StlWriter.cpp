@@ -66,8 +66,8 @@ class BinaryTriangles {
 public:
     BinaryTriangles(OutputFile& target, const MeshSource& source, std::uint32_t count)
         : file(target) {
-        std::string header = std::string(StlFile::nameMark) + source.Name();
-        header.resize(StlFile::headerBytes, '\0');
+        std::string header = std::string(stl_file::nameMark) + source.Name();
+        header.resize(stl_file::headerBytes, '\0');
         file.Write(header);
         WriteWord(count);
     }

@@ -118,10 +118,10 @@ void WriteUvs(OutputFile& file, const MeshSource& source, JobControl* job) {
 }  // namespace
 
 void WriteUsd(const std::string& path, const MeshSource& source, JobControl* job) {
-    constexpr std::uint64_t MaxCount = std::numeric_limits<std::int32_t>::max();
-    if (source.VertexCount() > MaxCount || source.FaceCount() > MaxCount ||
-        source.UvCount() >= MaxCount) {
-        throw HostError(path + ": the mesh has more than " + std::to_string(MaxCount) +
+    constexpr std::uint64_t maxCount = std::numeric_limits<std::int32_t>::max();
+    if (source.VertexCount() > maxCount || source.FaceCount() > maxCount ||
+        source.UvCount() >= maxCount) {
+        throw HostError(path + ": the mesh has more than " + std::to_string(maxCount) +
                         " vertices, faces or texture coordinates, the limit of a USD file");
     }
     OutputFile file(path);

@@ -15,11 +15,16 @@ constexpr int full = freezeAmountMask;
 
 float Limited(float weight) { return weight > 0.0f ? std::min(weight, 1.0f) : 0.0f; }
 
+/// Rounds half up. The sum may round up from just below one half, where std::lround does not;
+/// stored masks depend on it.
+uint8_t Rounded(float amount) {
+    // NOLINTNEXTLINE(bugprone-incorrect-roundings)
+    return static_cast<uint8_t>(amount + 0.5f);
+}
+
 }  // namespace
 
-uint8_t FreezeAmountOf(float weight) {
-    return static_cast<uint8_t>(Limited(weight) * static_cast<float>(full) + 0.5f);
-}
+uint8_t FreezeAmountOf(float weight) { return Rounded(Limited(weight) * static_cast<float>(full)); }
 
 uint8_t Blended(uint8_t before, uint8_t given, FreezeMode mode) {
     const int b = before;
@@ -56,7 +61,7 @@ std::vector<uint8_t> InterpolatedFreeze(const std::vector<uint8_t>& from,
     for (std::size_t v = 0; v < from.size(); ++v) {
         const auto start = static_cast<float>(from[v]);
         const float way = static_cast<float>(to[v]) - start;
-        between[v] = static_cast<uint8_t>((start + way * weight) + 0.5f);
+        between[v] = Rounded(start + way * weight);
     }
     return between;
 }

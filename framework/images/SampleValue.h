@@ -14,11 +14,11 @@ float SampleValue(Sample sample) {
     } else if constexpr (sizeof(Sample) < 4) {
         // Dividend and divisor are exactly representable as floats, so the result is the float
         // nearest to the quotient.
-        constexpr auto Largest = static_cast<float>(std::numeric_limits<Sample>::max());
-        return static_cast<float>(sample) / Largest;
+        constexpr auto largest = static_cast<float>(std::numeric_limits<Sample>::max());
+        return static_cast<float>(sample) / largest;
     } else {
-        constexpr auto Largest = static_cast<double>(std::numeric_limits<Sample>::max());
-        return static_cast<float>(static_cast<double>(sample) / Largest);
+        constexpr auto largest = static_cast<double>(std::numeric_limits<Sample>::max());
+        return static_cast<float>(static_cast<double>(sample) / largest);
     }
 }
 

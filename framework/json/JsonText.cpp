@@ -65,7 +65,7 @@ std::string PlainReason(std::string reason) {
 /// mistakes.
 /// \param at  the first byte of the faulty token.
 std::string SyntaxReason(const std::string& text, std::size_t at, const std::string& parserReason) {
-    const std::string plain = PlainReason(parserReason);
+    std::string plain = PlainReason(parserReason);
     if (at >= text.size()) return "the file ends too early: " + plain;
     const char c = text[at];
     if (c == '#' || StartsAt(text, at, "//") || StartsAt(text, at, "/*"))

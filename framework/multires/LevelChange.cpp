@@ -207,9 +207,7 @@ std::vector<uint32_t> LevelChange::MovedHidden() const {
     if (level == nullptr || level->HiddenVertexCount() == 0) return moved;
     for (uint32_t i = 0; i < recordStore.fill; ++i) {
         const StoredVertexInfo& record = recordStore.array[i];
-        const Vertex& vertex = level->vertices.array[record.vertexIndex];
-        if (level->IsVertexHidden(record.vertexIndex) &&
-            std::memcmp(&vertex.x, record.originalPosition, sizeof record.originalPosition) != 0)
+        if (level->IsVertexHidden(record.vertexIndex) && HasMoved(*level, record))
             moved.push_back(i);
     }
     return moved;

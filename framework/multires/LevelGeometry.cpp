@@ -97,9 +97,9 @@ void LevelGeometry::RefuseInStroke(const std::string& action) const {
     for (const auto& level : levels) {
         if (level->Changes().empty()) continue;
         const std::string meshName = levels[0]->Name().toStdString();
-        throw HostError((meshName.empty() ? std::string() : meshName + ": ") + action +
-                        " is refused: a stroke on level " + std::to_string(level->Index()) +
-                        " has not ended");
+        std::string message = meshName.empty() ? std::string() : meshName + ": ";
+        message.append(action).append(" is refused: a stroke on level ");
+        throw HostError(message + std::to_string(level->Index()) + " has not ended");
     }
 }
 

@@ -16,9 +16,7 @@ constexpr std::size_t prefetchAhead = 16;
 
 /// Returns whether the position or the normal differs bitwise from the record's.
 bool Moved(const LevelMesh& mesh, const StoredVertexInfo& record) {
-    const Vertex& vertex = mesh.vertices.array[record.vertexIndex];
-    if (std::memcmp(&vertex.x, record.originalPosition, sizeof record.originalPosition) != 0)
-        return true;
+    if (HasMoved(mesh, record)) return true;
     if (record.vertexIndex >= mesh.vertexNormals.fill) return false;
     const PackedNormal& normal = mesh.vertexNormals.array[record.vertexIndex];
     return std::memcmp(&normal.x, &record.originalNormal.x, 3 * sizeof normal.x) != 0;

@@ -16,6 +16,8 @@ inline float Coded(float linear) {
 
 /// Converts a value from 0 to 1 to the nearest byte value.
 inline uint8_t ToByte(float value) {
+    // Faster than std::lround, and the value is not negative.
+    // NOLINTNEXTLINE(bugprone-incorrect-roundings)
     return static_cast<uint8_t>(std::clamp(value, 0.0f, 1.0f) * 255.0f + 0.5f);
 }
 

@@ -134,7 +134,8 @@ private:
         RefuseNewerClass(stream, *desc);
         const NoFaces whileLinked(level);
         parent.AddChild(node);
-        made.release();
+        // The parent owns it now.
+        static_cast<void>(made.release());
         return node;
     }
 

@@ -49,7 +49,8 @@ std::function<void()> CommandContext::DabProgress() const {
 void CommandContext::ReportNotes(const std::string& file,
                                  const std::vector<std::string>& notes) const {
     if (!progress.message) return;
-    for (const std::string& note : notes) progress.message(file + ": " + note);
+    const std::string prefix = file + ": ";
+    for (const std::string& note : notes) progress.message(prefix + note);
 }
 
 std::string CommandContext::InputPath(const std::string& name, const std::string& pointer) const {

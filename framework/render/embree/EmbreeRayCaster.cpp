@@ -157,7 +157,7 @@ EmbreeRayCaster::EmbreeRayCaster(const std::vector<RayMesh>& meshes, JobControl*
     if (monitor.IsCancelled()) throw Cancelled();
     // A scene whose tasks could not be started still contains these tasks, and its destructor would
     // terminate the process. The scene is leaked instead.
-    if (error.Code() == RTC_ERROR_UNKNOWN) scene.release();
+    if (error.Code() == RTC_ERROR_UNKNOWN) static_cast<void>(scene.release());
     error.ThrowIfAny();
     monitor.Finish();
 }

@@ -38,7 +38,7 @@ std::string WhatOf(const FreezeChoice& choice) {
                          "\"" + found[0] + "\" and \"" + found[1] +
                              "\" cannot be combined; a step needs exactly one of them");
     }
-    const std::string what = found.empty() ? "" : found[0];
+    std::string what = found.empty() ? "" : found[0];
     if (what.empty() || (what == "center" && !choice.radius) || (what == "min" && !choice.max)) {
         throw FieldFault(
             "",

@@ -15,8 +15,8 @@ struct EnumNames<BrushOperation::Modifier> {
         {"invert", BrushOperation::ModifierInvert}};
 };
 
-/// Samples, each with `Numbers` coordinates and an optional pressure.
-template <std::size_t Numbers>
+/// Samples, each with `numbers` coordinates and an optional pressure.
+template <std::size_t numbers>
 struct PathSamples {
     std::vector<PathSample> list;
 };
@@ -25,14 +25,14 @@ struct PathSamples {
 std::vector<PathSample> ReadPathSamples(const FieldReader& list, std::size_t numbers);
 nlohmann::json WritePathSamples(const std::vector<PathSample>& list, std::size_t numbers);
 
-template <std::size_t Numbers>
-struct FieldValue<PathSamples<Numbers>> {
+template <std::size_t numbers>
+struct FieldValue<PathSamples<numbers>> {
     static bool Accepts(const nlohmann::json& json) { return json.is_array(); }
-    static void Read(const FieldReader& from, PathSamples<Numbers>& value) {
-        value.list = ReadPathSamples(from, Numbers);
+    static void Read(const FieldReader& from, PathSamples<numbers>& value) {
+        value.list = ReadPathSamples(from, numbers);
     }
-    static nlohmann::json Write(const PathSamples<Numbers>& value) {
-        return WritePathSamples(value.list, Numbers);
+    static nlohmann::json Write(const PathSamples<numbers>& value) {
+        return WritePathSamples(value.list, numbers);
     }
     static nlohmann::json Describe() {
         return Alternative("array", Alternative("array", Alternative("number")));

@@ -116,6 +116,7 @@ void ApplyPath(CommandContext& context, const StrokeParameters& stroke) {
     const std::vector<PathSample> samples = SamplesOf(context, stroke);
     if (stroke.surface) {
         std::vector<Vector> points;
+        points.reserve(samples.size());
         for (const PathSample& sample : samples) points.push_back(sample.position);
         context.WarnOfFarPoints("stroke/surface", points, context.RadiusAt(points.front()));
     }
