@@ -12,8 +12,9 @@
 
 namespace trovik {
 
-/// The faces of a source, divided into parts with the same group, the same material, or both. Parts
-/// are ordered by their first face. A source without groups or materials has one part.
+/// Divides the faces of a source into parts. The faces of a part have the same group, the same
+/// material, or both. Parts are ordered by their first face. A source without groups or materials
+/// has one part.
 class TROVIK_API FaceParts {
 public:
     enum Keys : unsigned { ByGroup = 1, ByMaterial = 2 };
@@ -26,7 +27,8 @@ public:
         std::uint64_t faces = 0;
         std::uint64_t corners = 0;
 
-        /// Number of triangles when each face is split into a fan around its first corner.
+        /// Returns the number of triangles that result from splitting each face into a fan around
+        /// its first corner.
         std::uint64_t Triangles() const { return corners - 2 * faces; }
     };
 
@@ -44,7 +46,8 @@ public:
     /// consecutive.
     using Take = std::function<void(std::size_t part, const std::vector<std::uint32_t>& words)>;
 
-    /// \param keys  a combination of Keys. Cost: one pass over the faces. Borrows the source.
+    /// Borrows the source. Cost: one pass over the faces.
+    /// \param keys  a combination of Keys.
     /// \param jobControl  checked by the constructor and by ForEachWord, which throw Cancelled.
     /// Borrowed.
     FaceParts(const MeshSource& source, unsigned keys, JobControl* jobControl = nullptr);

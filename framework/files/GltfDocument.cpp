@@ -14,7 +14,8 @@ namespace trovik {
 
 namespace {
 
-/// More than in any real file. A limit is needed because the loader recurses into nested values.
+/// Exceeds the nesting depth of any real file. A limit is needed because the loader recurses into
+/// nested values.
 constexpr int MaxDepth = 64;
 
 void CheckNesting(std::string_view json, const std::string& path) {

@@ -39,7 +39,8 @@ public:
         : text(document.Path() + ": " + what + " " + std::to_string(number) + ", " + inner + " " +
                std::to_string(innerNumber)) {}
 
-    /// \throw HostError "FILE: WHAT N: reason".
+    /// Always throws.
+    /// \throw HostError with the message "FILE: WHAT N: reason".
     [[noreturn]] void Refuse(const std::string& reason) const;
     /// Returns `number` as an index after checking that it is valid for `count` elements.
     std::size_t Checked(int number, std::size_t count, const char* what) const;

@@ -12,7 +12,7 @@
 
 namespace trovik {
 
-/// A duplicate of a vertex that has a different texture coordinate.
+/// A copy of a mesh vertex with a different texture coordinate.
 struct GltfCopy {
     std::uint32_t vertex;
     std::array<float, 2> uv;
@@ -72,7 +72,8 @@ private:
     /// UV.
     std::vector<std::array<float, 2>> firstUvs;
     std::vector<GltfCopy> copies;
-    /// Linked lists of copies: the first copy of each vertex, and the next one of each copy.
+    /// The copies of each vertex form a linked list: `copiesOf` contains the first copy of a
+    /// vertex, and `nextCopy` the successor of each copy.
     std::unordered_map<std::uint32_t, std::uint32_t> copiesOf;
     std::vector<std::uint32_t> nextCopy;
     std::vector<std::vector<std::uint32_t>> morphVertices;

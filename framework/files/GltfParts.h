@@ -10,7 +10,7 @@
 
 namespace trovik {
 
-/// Faces of one primitive.
+/// The faces of one primitive.
 struct GltfPart {
     std::string name;
     std::optional<std::string> group;

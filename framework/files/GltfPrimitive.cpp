@@ -9,7 +9,7 @@ namespace trovik {
 
 namespace {
 
-/// Modes of a primitive. A negative mode is the default, a list.
+/// Modes of a primitive. A negative mode means the default, a triangle list.
 constexpr int triangleList = 4;
 constexpr int strip = 5;
 constexpr int fan = 6;

@@ -25,6 +25,7 @@ struct GltfVertices {
     bool hasAlpha = false;
 };
 
+/// Reads the vertices of a primitive and applies its morph targets.
 /// \param weights  weights of the morph targets.
 /// \throw HostError with the file, the location and the reason.
 GltfVertices ReadGltfVertices(const GltfAccessors& accessors,

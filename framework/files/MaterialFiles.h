@@ -18,12 +18,12 @@ struct PlacedMaterialFiles {
 /// paths.
 ///
 /// A file in the OBJ file's folder or a subfolder is referenced directly. Any other file is copied
-/// into that folder, and the texture paths in the copy are adjusted so that they refer to the same
-/// images. A copy starts with a comment that contains the path of the original, relative to the OBJ
-/// file's folder. A copy replaces an earlier copy of the same original. If the name is taken by any
-/// other file or by a symbolic link, "-2", "-3" or a higher number is appended to it. An identical
-/// copy is not rewritten. A file that is missing, unreadable, longer than 16 MiB, not named *.mtl
-/// or not text is not copied; it is referenced by its relative path.
+/// into the OBJ file's folder, and the texture paths in the copy are adjusted so that they refer to
+/// the same images. A copy starts with a comment that contains the path of the original, relative
+/// to the OBJ file's folder. A copy replaces an earlier copy of the same original. If the name is
+/// taken by any other file or by a symbolic link, "-2", "-3" or a higher number is appended to it.
+/// An identical copy is not rewritten. A file is not copied, only referenced by its relative path,
+/// if it is missing or unreadable, is longer than 16 MiB, is not named *.mtl, or is not text.
 ///
 /// \param objPath  the OBJ file; it need not exist yet, but its folder must.
 /// \param files  paths, absolute or relative to the working directory.

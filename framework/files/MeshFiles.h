@@ -118,15 +118,18 @@ TROVIK_API void WriteStl(const std::string& path, const PolygonMesh& mesh, StlEn
 /// \throw HostError with the file, the part of the document, and the reason.
 TROVIK_API PolygonMesh ReadGltf(const std::string& path, JobControl* job = nullptr);
 
-/// \throw HostError unless the extension belongs to a mesh format that can be written.
+/// Checks that the extension belongs to a mesh format that can be written.
+/// \throw HostError if it does not.
 TROVIK_API void RequireWritableMesh(const std::string& path);
 
 /// Writes a mesh in the format that the extension selects; see docs/mesh-files.md.
+///
+/// Memory: a few megabytes in addition to the source's memory, regardless of the size of the mesh.
+/// glTF files of meshes with UV seams need 8 more bytes per vertex; glTF and USD files of meshes
+/// with groups or materials need up to 64 MiB.
 /// \return the additional files that were written: for OBJ, copies of material files.
 /// \throw HostError for any other extension, for non-finite numbers, and if writing fails, with the
-/// file and the system's reason. Memory: a few megabytes in addition to the source's memory,
-/// regardless of the size of the mesh. glTF files of meshes with UV seams need 8 more bytes per
-/// vertex; glTF and USD files of meshes with groups or materials need up to 64 MiB.
+/// file and the system's reason.
 TROVIK_API std::vector<std::string> WriteMeshFile(const std::string& path,
                                                   const MeshSource& source,
                                                   JobControl* job = nullptr);

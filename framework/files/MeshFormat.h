@@ -12,8 +12,8 @@ namespace trovik {
 
 class JobControl;
 
-/// A format of mesh files: one row of the table that ReadMeshFile, WriteMeshFile and file dialogs
-/// use. A format with several encodings has a row for each extension.
+/// A mesh file format: one row of the table that ReadMeshFile, WriteMeshFile and file dialogs use.
+/// A format with several encodings has a row for each extension.
 struct MeshFormat {
     /// \throw HostError with the file and the reason; Cancelled.
     using Reader = PolygonMesh (*)(const std::string& path, JobControl* job);
@@ -23,32 +23,34 @@ struct MeshFormat {
     using Writer = std::vector<std::string> (*)(const std::string& path,
                                                 const MeshSource& source,
                                                 JobControl* job);
-    /// Units and axis of all files of a format.
+    /// The units and up axis that all files of a format have.
     struct FixedSpace {
         MeshSpace space;
-        /// For messages, such as "in metres with y up".
+        /// Text for messages, such as "in metres with y up".
         const char* description;
     };
 
-    /// Extension of the file names, lower case, with its dot.
+    /// The file name extension in lower case, including the dot.
     const char* extension;
     /// Name of the format, such as "PLY", and of the encoding that is written, such as "binary";
     /// null if there is only one. Both are shown to users, translated in the context "MeshFormat".
     const char* name;
     const char* encoding = nullptr;
-    /// The data that written files contain, such as "quads, UVs, colours"; translated likewise.
+    /// The data that written files contain, such as "quads, UVs, colours"; translated in the same
+    /// way.
     const char* keeps = nullptr;
     /// Null if files cannot be read.
     Reader read = nullptr;
     /// Null if files cannot be written.
     Writer write = nullptr;
-    /// Without a value if files can have any units and axis.
+    /// Empty if files can have any units and up axis.
     std::optional<FixedSpace> space = {};
 };
 
 /// All formats, in the order of their extensions.
 TROVIK_API const std::vector<MeshFormat>& MeshFormats();
-/// Returns the format of a file name, whose extension may be in any case; null if there is none.
+/// Returns the format that the extension of a file name selects, in upper or lower case; null if
+/// there is none.
 TROVIK_API const MeshFormat* FindMeshFormat(const std::string& path);
 
 /// Registers a format. Define it as a constant in a source file in `framework/files/formats`, which

@@ -25,8 +25,8 @@ struct DroppedFaces {
     }
 };
 
-/// Removes the faces that use a vertex twice, with their attributes, adds a note with their number,
-/// and checks the mesh (CheckPolygonMesh).
+/// Removes the faces that use a vertex twice, along with their attributes, adds a note that states
+/// how many there were, and checks the mesh (CheckPolygonMesh).
 /// \param dropped  faces that the reader has already skipped for this reason.
 /// \throw HostError whose message begins with `path`; Cancelled.
 /// Cost: linear in the corner count.

@@ -240,8 +240,7 @@ private:
         cornerUvs.push_back(index);
     }
 
-    /// Adds an entry for the current face. The list starts at the first face that has a name of
-    /// this kind.
+    /// Adds an entry for the current face. The list stays empty until a face has a number.
     void AddFaceName(std::uint32_t number, std::vector<std::uint32_t>& numbers) const {
         if (number != SurfaceAttributes::none || !numbers.empty()) {
             numbers.resize(mesh.faceSizes.size(), SurfaceAttributes::none);

@@ -39,7 +39,7 @@ std::optional<ObjCorner> CornerOf(std::string_view word);
 /// name. Backslashes are converted to forward slashes.
 TROVIK_API std::vector<std::string> MaterialFileNames(std::string_view text);
 
-/// Returns the group number of an `s` statement: an integer, 0 for `off`, 1 for `on`.
+/// Returns the group number of an `s` statement: the given integer, 0 for `off`, or 1 for `on`.
 /// \param otherwise  the result for any other text.
 TROVIK_API std::uint32_t SmoothingGroupOf(std::string_view text, std::uint32_t otherwise);
 

@@ -37,7 +37,7 @@ struct PlyRow {
                     " (counted from 0): " + reason);
 }
 
-/// Numbers as text, separated by white space.
+/// Reads numbers from text, separated by white space.
 class PlyTextBody {
 public:
     PlyTextBody(InputFile& plyFile, const PlyHeader& header)
@@ -70,9 +70,10 @@ public:
     }
 
     /// Checks that the rest of the file is long enough for a list of this many numbers.
-    /// \throw HostError if it cannot.
+    /// \throw HostError if it is not.
     void CheckLength(PlyType, std::uint64_t count, const PlyRow& row) {
-        // One digit and one blank per number, but no blank after the last number of the file.
+        // Each number takes at least one digit and one blank, but the last number of the file needs
+        // no blank.
         if (count > (rest.size() + file.Remaining() + 1) / 2) {
             RefuseEnd(row);
         }
@@ -120,7 +121,7 @@ private:
     std::string_view rest;
 };
 
-/// Numbers as bytes, in either byte order.
+/// Reads numbers from bytes, in either byte order.
 template <std::endian order>
 class PlyBinaryBody {
 public:

@@ -53,7 +53,8 @@ std::string_view TakeWord(std::string_view& text) {
     return word;
 }
 
-/// Quotes text from the file for a message: printable, and shortened in case the file is damaged.
+/// Returns text from the file in quotes, for a message. The text is made printable and, in case the
+/// file is damaged, shortened.
 std::string Quoted(std::string_view text) {
     std::string quoted = "'";
     for (const char letter : text.substr(0, 40)) {

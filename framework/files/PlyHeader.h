@@ -18,7 +18,7 @@ enum class PlyType { Int8, UInt8, Int16, UInt16, Int32, UInt32, Float32, Float64
 
 inline bool IsWhole(PlyType type) { return type < PlyType::Float32; }
 
-/// Bytes of one number in the binary encodings.
+/// Returns the size in bytes of one number in the binary encodings.
 inline std::size_t SizeOf(PlyType type) {
     constexpr std::size_t sizes[] = {1, 1, 2, 2, 4, 4, 4, 8};
     return sizes[static_cast<std::size_t>(type)];

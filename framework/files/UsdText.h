@@ -57,6 +57,7 @@ public:
         }
         file.Put(')');
     }
+    /// Ends the array.
     /// \param interpolation  empty if the attribute has none.
     void End(std::string_view interpolation = {}) {
         file.Put(']');

@@ -79,7 +79,7 @@ TROVIK_API void WriteImageFile(const std::string& path,
 /// The file is written completely or not at all; see FileReplacement.
 /// \param image  isFloat is ignored.
 /// \param description  one line of text to store with the pixels; may be empty.
-/// \throw HostError with the file and the reason; also if a value is non-finite; Cancelled.
+/// \throw HostError with the file and the reason, including if a value is non-finite; Cancelled.
 TROVIK_API void WriteFloatImageFile(const std::string& path,
                                     const FloatImage& image,
                                     const std::string& description = std::string(),

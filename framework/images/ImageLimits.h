@@ -25,6 +25,7 @@ TROVIK_API void CheckImageSize(const std::string& path,
                                std::int64_t channels,
                                std::size_t maxBytes);
 
+/// Checks that all values of an image are finite.
 /// \throw HostError with the path and the first pixel and channel that has a non-finite value.
 TROVIK_API void CheckImageFinite(const char* doing,
                                  const std::string& path,

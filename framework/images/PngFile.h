@@ -20,7 +20,7 @@ TROVIK_API bool IsPngFile(const std::string& path);
 /// to alpha, and samples with fewer than eight bits are scaled to eight.
 FloatImage ReadPngFile(const std::string& path, std::size_t maxBytes);
 
-/// See ReadImageDescription: returns the text "Description".
+/// Returns the text with the keyword "Description"; see ReadImageDescription.
 std::string ReadPngDescription(const std::string& path);
 
 }  // namespace trovik

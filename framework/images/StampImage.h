@@ -52,11 +52,11 @@ private:
 /// Maximum size of one stamp as floats: 512 MiB, which is a grey stamp of 11585 x 11585 pixels. The
 /// brush stores a second copy of the pixels.
 inline constexpr std::size_t maxStampBytes = std::size_t{1} << 29;
-/// Memory limit for stamps that no brush uses; beyond it, the oldest are evicted.
+/// Memory limit for stamps that no brush uses; beyond it, the least recently used are evicted.
 inline constexpr std::size_t maxIdleStampBytes = std::size_t{1} << 29;
 
-/// Returns whether the name identifies a vector displacement map, that is, contains ".vdm" or
-/// "_vdm" in upper or lower case.
+/// Returns whether the name identifies a vector displacement map, that is, whether it contains
+/// ".vdm" or "_vdm" in upper or lower case.
 TROVIK_API bool IsVectorStampName(const std::string& fileName);
 
 /// A cache of stamps by file. A file is read again only if its size, modification time or identity

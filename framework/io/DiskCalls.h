@@ -8,9 +8,9 @@
 
 namespace trovik {
 
-/// The system calls for files that must be written reliably. OutputFile, FileReplacement and
-/// JournalWriter use no others for this purpose. Each function behaves like the system call of the
-/// same name and reports errors through errno. Tests can substitute an implementation that
+/// The system calls with which OutputFile, FileReplacement and JournalWriter write files reliably;
+/// these classes use no other calls for this purpose. Each function behaves like the system call of
+/// the same name and reports errors through errno. Tests can substitute an implementation that
 /// simulates a failing disk.
 class TROVIK_API DiskCalls {
 public:
@@ -20,12 +20,12 @@ public:
     virtual int Sync(int file);
     virtual int Close(int file);
     virtual int Rename(const char* from, const char* to);
-    /// Rename that fails with EEXIST if `to` exists; atomic if the file system supports it.
+    /// Renames a file, but fails with EEXIST if `to` exists. Atomic if the file system supports it.
     virtual int RenameNew(const char* from, const char* to);
 
-    /// Returns the current implementation; initially, that of the system.
+    /// Returns the current implementation. By default, it makes the system calls.
     static DiskCalls& Current();
-    /// Sets the implementation for all files written after this call; null selects the system's.
+    /// Sets the implementation for all files written after this call; null selects the default one.
     /// Borrowed. Must not be called while files are being written.
     static void Use(DiskCalls* calls);
 };

@@ -154,7 +154,7 @@ FileReplacement::FileReplacement(const std::string& filePath)
         presentMode = status.st_mode & 07777;
     } else if (errno != ENOENT) {
         // For example, the target's name may be too long; creating the new file, whose name is
-        // shorter, would not reveal this.
+        // shortened to fit, would not reveal this.
         ThrowFileError("write", path, errno);
     }
 
@@ -180,8 +180,9 @@ bool FileReplacement::Create() {
         temporaryPath.clear();
         ThrowFileError("write", path, systemError);
     }
-    // Between the two calls, another process may find the file unlocked and remove it. If the file
-    // system does not support locks, that process cannot lock the file either and leaves it alone.
+    // Between the creation and the lock, another process may find the file unlocked and remove it.
+    // If the file system does not support locks, that process cannot lock the file either and
+    // leaves it alone.
     const bool isLocked = flock(file, LOCK_EX | LOCK_NB) == 0;
     const bool isTaken = !isLocked && errno == EWOULDBLOCK;
     if (isTaken || (access(temporaryPath.c_str(), F_OK) != 0 && errno == ENOENT)) {

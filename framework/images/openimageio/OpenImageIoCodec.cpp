@@ -220,7 +220,7 @@ std::vector<unsigned char> OpenImageIoCodec::Encode(const std::string& path,
                                           &progress) &&
                       output->close();
     if (progress.IsCancelled()) {
-        // The writer uses `memory`, which is destroyed first, so it must be closed here.
+        // The writer must be closed here, because `memory`, which it uses, is destroyed before it.
         output->close();
         throw Cancelled();
     }
