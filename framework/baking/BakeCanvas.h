@@ -23,10 +23,10 @@ using MapValue = std::array<float, 3>;
 /// from 1 - (y + 1) / height to 1 - y / height. Each texel has a regular grid of samples. If a
 /// surface covers any of them, the value of the texel is the mean of its covered samples.
 ///
-/// Positions are rounded to 1/65536 of a texel, and coverage is computed with integers, as the
-/// signs of the edge functions in Pineda: "A Parallel Algorithm for Polygon Rasterization" (1988).
-/// A sample on the edge between two triangles therefore belongs to exactly one of them, and seams
-/// have no holes. Where surfaces overlap, the first one is kept.
+/// Positions are rounded to 1/65536 of a texel, and coverage is computed from the signs of integer
+/// edge functions; see Pineda: "A Parallel Algorithm for Polygon Rasterization" (1988). A sample on
+/// the edge between two triangles therefore belongs to exactly one of them, and seams have no
+/// holes. Where surfaces overlap, the first one is kept.
 ///
 /// Memory per texel: 4 bytes, plus 4 per channel, plus 4 if there is padding.
 class TROVIK_API BakeCanvas {
@@ -48,8 +48,8 @@ public:
         /// are filled.
         std::uint32_t padding = 0;
         /// Whether surfaces that cross an edge of the tile wrap around to the opposite edge;
-        /// otherwise they are clipped. With this option, quads must lie within -1 to 2 and be no
-        /// larger than the tile.
+        /// otherwise they are clipped. With this option, quads must lie in the range from -1 to 2
+        /// and be no larger than the tile.
         bool repeat = false;
     };
     explicit BakeCanvas(const Options& options);
@@ -78,7 +78,7 @@ public:
     bool LastOverlapped() const { return lastOverlapped; }
 
 private:
-    /// In units of 1/65536 texel, y downwards.
+    /// A point in units of 1/65536 texel; y points down.
     struct FixedPoint {
         std::int64_t x;
         std::int64_t y;

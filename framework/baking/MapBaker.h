@@ -16,11 +16,11 @@ struct BakeOptions {
     MapKind kind = MapKind::Displacement;
     /// The space of vectors and normals; unused for scalar displacement.
     MapSpace space = MapSpace::Tangent;
-    /// The level whose shape is baked into the map; by default the highest level.
+    /// The level whose shape is baked into the map (default: the highest level).
     std::optional<std::uint32_t> from = {};
     /// The level to which the map will be applied; it must be below `from`.
     std::uint32_t to = 0;
-    /// Texels, 1 to 16384 each.
+    /// Width and height in texels, 1 to 16384 each.
     std::uint32_t width = 1024;
     std::uint32_t height = 1024;
     /// Samples per texel: 1, 4 or 16.

@@ -40,8 +40,8 @@ Vector MoveOf(std::uint32_t vertex, const SurfaceFrames& frames, DisplacementMap
 /// Recomputes the normals of these vertices from the current positions; all other normals are
 /// unchanged.
 void RefreshNormals(LevelMesh& level, const std::vector<std::uint32_t>& vertices) {
-    // For more vertices than this, gathering the normals of the surrounding faces of each vertex
-    // costs more than a single pass over all faces.
+    // If an eighth or more of the vertices are affected, gathering the normals of the faces around
+    // each of them costs more than a single pass over all faces.
     if (vertices.size() < level.VertexCount() / 8) {
         level.ComputeNormalsOf(vertices);
         return;

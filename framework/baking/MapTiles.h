@@ -29,7 +29,7 @@ bool HasTileMark(const std::string& path);
 std::string TilePath(const std::string& path, std::uint32_t number);
 
 /// Returns, for each face of level 0, the number of the tile that contains its UVs, or noMapTile
-/// for a face without UVs. Corners may exceed the tile's border by 1/1000, because rounding or
+/// for a face without UVs. Corners may lie up to 1/1000 outside the tile, because rounding or
 /// manual editing can cause small deviations; the excess is clipped.
 /// \throw HostError naming the face and its UVs if they cross a tile border or lie outside all
 /// tiles, and if a tile other than 1001 is needed but `path` does not contain `<UDIM>`. With

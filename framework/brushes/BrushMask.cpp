@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The brush's mask numbers: -1 is the stamp, 1 is the stamp lookup at the mirror vertex.
+/// \file The functions of the brush that take a mask number. Mask -1 (stampMask) is the stamp. Mask
+/// 1 is a switch without an image: if it is enabled, a dab on the other side of the topological
+/// mirror reads the stamp at the mirror image of each vertex instead of at the vertex itself. No
+/// other number refers to a mask.
 #include "framework/brushes/BrushSettings.h"
 
 namespace trovik {

@@ -41,7 +41,7 @@ struct BrushOperation::Private {
     float stampFactor = 1.0f;
     float stampOffset = 0.0f;
     Matrix stampMatrix;              ///< set by the stroke loop for each dab
-    bool mirroredStampRead = false;  ///< mask 1
+    bool mirroredStampRead = false;  ///< whether mask 1 is enabled; see BrushMask.cpp
 
     Vector directionVector;  ///< last argument of SetDirectionVector, used for the cursor
     bool directionVectorSet = false;

@@ -17,18 +17,19 @@ TROVIK_API const std::vector<std::string>& FalloffNames();
 TROVIK_API int FalloffIndexOf(const std::string& name);
 /// Returns whether the table has a curve with this index.
 TROVIK_API bool IsFalloffIndex(int index);
-/// Returns the name of the table's curve with this index, or "custom" for user-defined samples.
+/// Returns the name of the curve with this index, or "custom" for user-defined samples.
 TROVIK_API std::string FalloffName(int index);
 
 /// Samples per curve.
 inline constexpr unsigned falloffSampleCount = 256;
 
-/// Value of a curve at distance x, from 0 at the centre to 1 at the rim. Computed with additions,
-/// multiplications and square roots only, so that the table is the same on every machine.
+/// Returns the value of a curve at distance x, where x is 0 at the centre and 1 at the rim. It is
+/// computed with additions, multiplications and square roots only, so that the table is the same on
+/// every machine.
 TROVIK_API float FalloffValue(int index, float x);
 
 /// Fills `samples` with the curve, from the centre to the rim. An index outside the table selects
-/// the curve "smooth".
+/// the "smooth" curve.
 TROVIK_API void FillFalloff(Store<float>& samples, int index);
 /// Fills `samples` with user-defined values.
 TROVIK_API void FillFalloff(Store<float>& samples, const std::vector<float>& values);

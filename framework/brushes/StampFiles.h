@@ -15,9 +15,9 @@ namespace trovik {
 TROVIK_API std::vector<std::string> StampFolders();
 
 /// Finds the file of a stamp name. An absolute path is used unchanged. Any other name is looked up
-/// in each stamp folder: first the whole name, then the name without its folder part, then the
-/// latter in the subfolder "Stamps". A name without an extension may refer to a TIFF, PNG, EXR or
-/// JPEG file.
+/// in each stamp folder: first the whole name, then the name without its folder part, then that
+/// shorter name in the subfolder "Stamps". A name without an extension may refer to a TIFF, PNG,
+/// EXR or JPEG file.
 /// \return nothing if the file does not exist.
 TROVIK_API std::optional<std::string> FindStampFile(const std::string& name);
 

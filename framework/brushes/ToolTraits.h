@@ -38,7 +38,8 @@ struct HostTool {
     /// Name in the catalogue and in scripts.
     const char* name;
     ToolTraits traits = {};
-    /// Default key, as text such as "S", and name of the icon; for applications.
+    /// The default key, as text such as "S", and the name of the icon. Both are used by
+    /// applications.
     const char* key = "";
     const char* icon = "tool";
     /// One or two sentences that describe the effect; translated in the context "ToolCatalogue".
@@ -49,10 +50,10 @@ struct HostTool {
 /// tools of the catalogue have the default values.
 TROVIK_API std::span<const HostTool> HostTools();
 
-/// The traits of a catalogue row; the defaults if it is null. Cost: a search in a list of about
-/// twenty names.
+/// Returns the traits of a catalogue row, or the defaults if it is null. Cost: a search in a list
+/// of about twenty names.
 TROVIK_API const ToolTraits& TraitsOf(const BrushConfiguration* tool);
-/// The traits of the brush's active tool.
+/// Returns the traits of the brush's active tool.
 inline const ToolTraits& TraitsOf(const BrushOperation& brush) {
     return TraitsOf(brush.ActiveConfiguration());
 }

@@ -15,8 +15,8 @@ constexpr int full = freezeAmountMask;
 
 float Limited(float weight) { return weight > 0.0f ? std::min(weight, 1.0f) : 0.0f; }
 
-/// Rounds half up. The sum may round up from just below one half, where std::lround does not;
-/// stored masks depend on it.
+/// Rounds to nearest, with halves rounded up. Unlike std::lround, it may also round up an amount
+/// just below one half, because the sum is rounded. Stored masks depend on this.
 uint8_t Rounded(float amount) {
     // NOLINTNEXTLINE(bugprone-incorrect-roundings)
     return static_cast<uint8_t>(amount + 0.5f);

@@ -23,13 +23,13 @@ enum class FreezeMode : int {
     Multiply,
 };
 
-/// The freeze amount for a mask weight of 0 to 1, rounded to the nearest multiple of 1/127, with
-/// halves rounded up. Other weights are clamped; NaN yields 0.
+/// Returns the freeze amount for a mask weight of 0 to 1, rounded to the nearest multiple of 1/127,
+/// with halves rounded up. Other weights are clamped; NaN yields 0.
 TROVIK_API uint8_t FreezeAmountOf(float weight);
 
 TROVIK_API uint8_t Blended(uint8_t before, uint8_t given, FreezeMode mode);
 
-/// Freeze amounts for mask weights of 0 to 1, each multiplied by `amount` (0 to 1).
+/// Returns the freeze amounts for mask weights of 0 to 1, each multiplied by `amount` (0 to 1).
 TROVIK_API std::vector<uint8_t> FreezeAmountsOf(const std::vector<float>& weights, float amount);
 
 /// Interpolates linearly from `from` to `to` by `amount` (0 to 1) and rounds to nearest.

@@ -18,11 +18,12 @@ enum class CurvatureSign : int {
 
 struct CurvatureRange {
     CurvatureSign sign = CurvatureSign::Cavity;
-    /// World units. Scaled curvature is the mean curvature times this size: it is 1 in a spherical
-    /// hollow of radius `size`, 1/2 in a hollow of twice that radius, and negative on a ridge.
+    /// In world units. Scaled curvature is the mean curvature times this size: it is 1 in a
+    /// spherical hollow of radius `size`, 1/2 in a hollow of twice that radius, and negative on a
+    /// ridge.
     float size = 1.0f;
-    /// Scaled curvature from `from` to `to` (negated for Ridge, absolute for Both) yields mask
-    /// weight 1.
+    /// A vertex has mask weight 1 if its scaled curvature (negated for Ridge, absolute for Both) is
+    /// in the range from `from` to `to`.
     float from = 0.25f;
     float to = 3.402823466e+38f;
     /// Width of the falloff outside that range, in scaled curvature: the weight falls linearly to 0
@@ -33,10 +34,10 @@ struct CurvatureRange {
     uint32_t rings = 0;
 };
 
-/// The scaled curvature at each vertex p of the bound level, computed from world positions: the
-/// mean over its neighbours q of the curvature towards q, 2 (q - p) . n / |q - p|^2, times `size`,
-/// where n is the normal at p. Neighbours are weighted as in BlurredFreeze. 0 for a vertex without
-/// faces.
+/// Returns the scaled curvature at each vertex p of the bound level, computed from world positions:
+/// the mean over its neighbours q of the curvature towards q, 2 (q - p) . n / |q - p|^2, times
+/// `size`, where n is the normal at p. Neighbours are weighted as in BlurredFreeze. The result is 0
+/// for a vertex without faces.
 /// \param size, rings  see CurvatureRange. Cost: O(faces).
 TROVIK_API std::vector<float> ScaledCurvatures(const LevelGeometry& geometry,
                                                float size,

@@ -17,11 +17,12 @@ struct FreezeReach {
     uint32_t vertex;
     /// A face that contains the vertex.
     uint32_t face;
-    /// Distance from the hit, world units.
+    /// Distance from the hit, in world units.
     float distance;
 };
-/// Vertices within reach of a dab, each listed once, in traversal order. \param center  mesh-local.
-/// Cost: O(faces under the dab).
+/// Returns the vertices within reach of a dab, each listed once, in traversal order. Cost: O(faces
+/// under the dab).
+/// \param center  mesh-local.
 TROVIK_API std::vector<FreezeReach> VerticesUnderDab(LevelMesh& level,
                                                      uint32_t face,
                                                      const Vector& center,
@@ -34,9 +35,10 @@ class TROVIK_API FreezeRecords {
 public:
     explicit FreezeRecords(LevelMesh& strokeLevel) : level(strokeLevel) {}
 
-    /// The mask weight of a vertex, 0 to 1.
+    /// Returns the mask weight of a vertex, 0 to 1.
     float Share(uint32_t vertex) const;
-    /// \return whether the vertex's freeze amount, which is rounded to a multiple of 1/127, has
+    /// Sets the mask weight of a vertex.
+    /// \return whether its freeze amount, which is the weight rounded to a multiple of 1/127, has
     /// changed.
     bool SetWeight(uint32_t vertex, float weight);
 

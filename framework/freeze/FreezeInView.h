@@ -28,12 +28,12 @@ struct ViewPoint {
     float y = 0.0f;
 };
 
-/// Projects a world position to the viewport; empty if the position is not in front of the eye. The
-/// inverse of StrokeView::Through.
+/// Projects a world position to the viewport; empty if the position is not in front of the eye.
+/// This is the inverse of StrokeView::Through.
 TROVIK_API std::optional<ViewPoint> ProjectToView(const StrokeView& view, const Vector& world);
 
-/// Mask weights of the bound level's vertices, determined by their viewport positions; 0 for
-/// vertices that are not reached.
+/// Returns the mask weights of the bound level's vertices, determined by their viewport positions;
+/// 0 for vertices that are not reached.
 /// \param weightAt  returns 0 to 1 for a viewport position, which may be outside the viewport.
 /// Called concurrently on several threads.
 /// \param tree  the up-to-date tree of the bound level. Cost: O(vertices); ViewReach::Visible also
@@ -72,13 +72,13 @@ public:
         /// 0.2126 red + 0.7152 green + 0.0722 blue (ITU-R BT.709), computed from the values in the
         /// file; for a grey image, the value itself.
         Luminance,
-        /// 1 if the image has no alpha channel.
+        /// The alpha value; 1 if the image has no alpha channel.
         Alpha,
     };
     /// \param over  the area that the whole image covers.
     ViewImage(const FloatImage& image, Channel channel, bool inverted, const ViewBox& over);
-    /// Weight at a position; 0 outside the area. The weight is interpolated bilinearly between
-    /// pixel centres and is constant beyond the outermost centres.
+    /// Returns the weight at a position; 0 outside the area. The weight is interpolated bilinearly
+    /// between pixel centres and is constant beyond the outermost centres.
     float WeightAt(const ViewPoint& position) const;
 
 private:

@@ -19,13 +19,14 @@ TROVIK_API std::vector<float> WeightsOfGroup(const LevelGeometry& geometry,
                                              uint32_t group);
 
 /// Returns 1 near `center` and 0 at distances of `radius` or more. The weight falls off linearly
-/// over the outer fraction `soft` (0 to 1) of the radius. World space.
+/// over the outer fraction `soft` (0 to 1) of the radius. The centre and the radius are in world
+/// space.
 TROVIK_API std::vector<float> WeightsInSphere(const LevelGeometry& geometry,
                                               const Vector& center,
                                               float radius,
                                               float soft);
 
-/// Returns 1 inside the box and on its sides, 0 outside. World space.
+/// Returns 1 inside the box and on its sides, 0 outside. The box is in world space.
 TROVIK_API std::vector<float> WeightsInBox(const LevelGeometry& geometry,
                                            const Vector& low,
                                            const Vector& high);

@@ -15,8 +15,9 @@ public:
     /// or, if the stamp is inverted, as (1 - v) + o, as for sculpting. Cost: O(pixels) if the image
     /// has changed.
     void Read(const BrushOperation& brush);
-    /// Weight from 0 to 1: the bilinearly interpolated pixel times the stamp's factor; 0 outside a
-    /// stamp that is not tiled. \param position, toPixels  see StampPlacement::ToPixels.
+    /// Returns a weight from 0 to 1: the bilinearly interpolated pixel times the stamp's factor; 0
+    /// outside a stamp that is not tiled.
+    /// \param position, toPixels  see StampPlacement::ToPixels.
     float WeightAt(const Vector& position, const Matrix& toPixels) const;
 
 private:

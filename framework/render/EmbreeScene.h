@@ -13,8 +13,8 @@ namespace trovik {
 class JobControl;
 
 /// A render's meshes as objects of the ray tracing library. Coordinates are scaled so that the
-/// largest one is about 1, so that squares and products of lengths stay within float range for
-/// meshes of any size. The scale is a power of two, so it does not affect the result.
+/// largest one is about 1; squares and products of lengths then stay within float range for meshes
+/// of any size. The scale is a power of two, so it does not affect the result.
 class TROVIK_API EmbreeScene {
 public:
     /// Borrows the list and its meshes.
@@ -29,7 +29,7 @@ public:
     bool Hit(const Vector& origin, const Vector& direction, SurfaceSample& sample) const;
     /// Returns whether the ray hits anything within `distance`.
     bool IsBlocked(const Vector& origin, const Vector& direction, float distance) const;
-    /// Diagonal of the bounding box of all meshes; 0 if they are empty.
+    /// Returns the diagonal of the bounding box of all meshes; 0 if they are empty.
     float Extent() const;
     const RenderMesh& Mesh(uint32_t number) const { return meshes[number]; }
     /// Returns the world-space position of a vertex.

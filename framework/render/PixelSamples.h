@@ -19,9 +19,9 @@ struct SamplePoint {
 /// Hash-based Owen Scrambling" (2020). Pixels use consecutive blocks of a single sequence along a
 /// space-filling curve, so that the points of neighbouring pixels complement each other and the
 /// error of a render is blue noise; see Ahmed, Wonka: "Screen-Space Blue-Noise Diffusion of Monte
-/// Carlo Sampling Error via Hierarchical Ordering of Pixels" (2020). The curve is the order of
-/// Morton: "A Computer Oriented Geodetic Data Base and a New Technique in File Sequencing" (1966).
-/// Streams are independent of each other.
+/// Carlo Sampling Error via Hierarchical Ordering of Pixels" (2020). The curve follows the order
+/// described in Morton: "A Computer Oriented Geodetic Data Base and a New Technique in File
+/// Sequencing" (1966). Streams are independent of each other.
 class PixelSamples {
 public:
     /// \param count  number of samples per pixel, 1 to 65536.
@@ -43,7 +43,7 @@ public:
 
 private:
     /// Side length of a tile in pixels. Each tile has its own sequence, in which a pixel's index
-    /// has 8 + 8 bits.
+    /// has 16 bits, 8 for each coordinate.
     static constexpr uint32_t tileSide = 256;
 
     static uint32_t BitsOf(int count) {
@@ -52,14 +52,14 @@ private:
         return bits;
     }
 
-    /// Every bit of the result depends on every bit of the value.
+    /// Hashes a value so that every bit of the result depends on every bit of the value.
     static uint32_t Mix(uint32_t value) {
         value = (value ^ (value >> 16)) * 0x7feb352du;
         value = (value ^ (value >> 15)) * 0x846ca68bu;
         return value ^ (value >> 16);
     }
 
-    /// Moves the low 8 bits to the even positions.
+    /// Moves the low 8 bits to the even bit positions.
     static uint32_t SpreadBits(uint32_t value) {
         value = (value | value << 4) & 0x0f0fu;
         value = (value | value << 2) & 0x3333u;

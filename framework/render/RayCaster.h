@@ -13,7 +13,7 @@ class JobControl;
 /// The faces of one mesh. The arrays are borrowed for the lifetime of the RayCaster.
 struct RayMesh {
     /// x, y, z of each vertex, tightly packed; at least 4 more bytes must be readable after the
-    /// last one.
+    /// last vertex.
     const float* positions = nullptr;
     uint32_t vertexCount = 0;
     const uint32_t* faceVertexIndices = nullptr;

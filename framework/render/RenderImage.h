@@ -143,10 +143,10 @@ TROVIK_API RenderCamera FrameTurntable(const std::vector<RenderMesh>& meshes,
                                        const Vector& up,
                                        int count);
 
-/// Builds a contact sheet from images of the same size, in rows of `columns`, `gap` pixels apart.
-/// If `captions` has as many entries as there are images, a caption is drawn under each one.
-/// Transparent images are composited over the sheet's background (Porter, Duff: "Compositing
-/// Digital Images" (1984)); the sheet is opaque.
+/// Builds a contact sheet from images of the same size, arranged in rows of `columns` images with
+/// gaps of `gap` pixels between them. If `captions` has as many entries as there are images, a
+/// caption is drawn under each one. Transparent images are composited over the sheet's background
+/// (Porter, Duff: "Compositing Digital Images" (1984)); the sheet is opaque.
 TROVIK_API RenderImage MakeContactSheet(const std::vector<RenderImage>& pictures,
                                         int columns,
                                         int gap,

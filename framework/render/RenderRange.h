@@ -15,10 +15,12 @@ inline constexpr float maxRenderCoordinate = 1e18f;
 /// Returns whether all coordinates are finite and at most maxRenderCoordinate.
 bool IsRenderable(const Vector& position);
 
+/// Checks that a position is renderable (IsRenderable).
 /// \param what  the object, for example "vertex 12".
-/// \throw HostError with `what` and the position if the position is not renderable (IsRenderable).
+/// \throw HostError with `what` and the position if it is not.
 void CheckRenderable(const std::string& what, const Vector& position);
 
+/// Checks that a camera can be used for a render.
 /// \throw HostError if the eye or the target of the camera is not renderable, if they coincide, if
 /// `up` is non-finite, or if the field of view is not between 0 and 180 degrees.
 TROVIK_API void CheckCamera(const RenderCamera& camera);

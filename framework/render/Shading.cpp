@@ -122,8 +122,8 @@ LitSample Shading::Light(const SurfaceSample& sample,
     lit.openness = Openness(start, n, sample.faceNormal, points.At(ambientStream, index), reach);
 
     const float facing = SoftFacing(n | keyDirection, keySoftness);
-    // The highlight of Blinn: "Models of Light Reflection for Computer Synthesized Pictures"
-    // (1977), weak and broad because clay is matte.
+    // The highlight follows Blinn: "Models of Light Reflection for Computer Synthesized Pictures"
+    // (1977); it is weak and broad because clay is matte.
     const Vector half = (keyDirection + toEye).Normalized();
     const float square = std::max(0.0f, n | half) * std::max(0.0f, n | half);
     const float eighth = (square * square) * (square * square);

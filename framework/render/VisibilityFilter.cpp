@@ -16,8 +16,8 @@ namespace {
 /// Cubic B-spline over five pixels.
 constexpr float kernel[5] = {1.0f / 16.0f, 4.0f / 16.0f, 6.0f / 16.0f, 4.0f / 16.0f, 1.0f / 16.0f};
 constexpr int radius = 2;
-/// Distance between the taps of each pass, in pixels. filterReach is the sum of these distances and
-/// that of the variance estimate, times the radius.
+/// Distance between the taps of each pass, in pixels. filterReach is the radius times the sum of
+/// these distances and the distance for the variance estimate, which is 1.
 constexpr int passes[] = {1, 2, 4};
 static_assert(filterReach == radius * (1 + 1 + 2 + 4));
 
@@ -27,7 +27,7 @@ constexpr float normalLimit = 0.10f;
 /// Maximum distance from the plane of the surface, in pixels, for each pixel of distance in the
 /// image.
 constexpr float planeLimit = 0.6f;
-/// Differences up to this limit count as noise, in squared standard deviations.
+/// Squared differences up to this limit, in units of the variance, count as noise.
 constexpr float noiseLimit = 9.0f;
 /// Squared difference that counts as noise regardless of the variance: about one byte step.
 constexpr float minNoise = 2e-5f;

@@ -36,7 +36,7 @@ public:
     void Absorb(const States& now);
     /// Makes the next call to Find report the mesh, whether or not its state has changed.
     void Force(std::size_t mesh, const std::string& reason);
-    /// The meshes whose state differs from that in the trace.
+    /// Returns the meshes whose state differs from that in the trace.
     std::vector<Change> Find(const States& now);
     /// Records that this mesh's state in the trace no longer includes the mirror.
     void ClearMirror(std::size_t mesh);

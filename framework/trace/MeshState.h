@@ -25,14 +25,15 @@ TROVIK_API void WriteMeshState(const std::string& folder,
                                const MeshUnlocker* unlocker,
                                bool mirrorCorners);
 
-/// The scene's geometries, in order; the trace names them "m0", "m1" and so on.
+/// Returns the scene's geometries, in order; the trace names them "m0", "m1" and so on.
 TROVIK_API std::vector<LevelGeometry*> SceneGeometries();
 
 /// Hashes of the files of a state, by file name within its folder.
 using MeshStateHashes = std::map<std::string, uint64_t>;
 
-/// Hashes of the files that WriteMeshState would write; except for hash collisions, they are equal
-/// if and only if the files are equal. Writes nothing. Cost: one pass over all arrays of the mesh.
+/// Returns the hashes of the files that WriteMeshState would write; except for hash collisions,
+/// they are equal if and only if the files are equal. No files are written. Cost: one pass over all
+/// arrays of the mesh.
 TROVIK_API MeshStateHashes HashMeshState(LevelGeometry& geometry,
                                          const MeshUnlocker* unlocker,
                                          bool mirrorCorners);

@@ -22,7 +22,8 @@ inline constexpr const char* npyRecord =
     "('originalNormal', '<i2', (4,)), ('buildUp', '<f4'), ('vertexIndex', '<u4'), "
     "('reserved', '<u4'), ('layerSlot', '<u4')]";
 
-/// The magic string, version 1.0 and header of an array; the length is a multiple of 64.
+/// Returns the magic string, the version (1.0) and the header of an array; their total length is a
+/// multiple of 64 bytes.
 TROVIK_API std::string NpyHeader(const char* elementType, const std::vector<uint64_t>& shape);
 
 /// Writes an array: little-endian, C order. `data` may be null if `sizeBytes` is 0.

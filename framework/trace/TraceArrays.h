@@ -16,18 +16,19 @@ public:
     /// \param folder  must exist.
     explicit TraceArrays(std::string folder);
 
-    /// File of a falloff table: float32 [n]. \throw HostError if it cannot be written.
+    /// Writes a falloff table, float32 [n], and returns the name of its file.
+    /// \throw HostError if it cannot be written.
     std::string Falloff(const Store<float>& samples);
-    /// File of a stamp's pixels as returned by Image::getTile: float32 [height, width, channels].
-    /// The pixels are read again only after ForgetPixels, or if the image object, its version, its
-    /// size or `name` has changed since the last call. \throw HostError if the file cannot be
-    /// written.
+    /// Writes a stamp's pixels as returned by Image::getTile, float32 [height, width, channels],
+    /// and returns the name of the file. The pixels are read again only after ForgetPixels, or if
+    /// the image object, its version, its size or `name` has changed since the last call.
+    /// \throw HostError if the file cannot be written.
     std::string Pixels(Image& image, const QString& name, uint8_t channels);
     /// Forces the pixels to be read again. Called at the start of each stroke, because a new image
     /// may have the same address as a deleted one.
     void ForgetPixels() { lastRead = {}; }
-    /// The number of the image object; numbers are assigned in the order of first use, starting at
-    /// 0.
+    /// Returns the number of the image object; numbers are assigned in the order of first use,
+    /// starting at 0.
     unsigned ImageNumber(const Image* image);
 
 private:

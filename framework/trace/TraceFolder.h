@@ -13,7 +13,8 @@ inline constexpr const char* traceLineFile = "trace.jsonl";
 /// that case, nothing is removed.
 void PrepareTraceFolder(const std::string& folder);
 
-/// Folder name of a mesh state: the kind, followed by the number with at least six digits.
+/// Returns the folder name of a mesh state: the kind, followed by the number with at least six
+/// digits.
 std::string NumberedTraceFolder(const char* kind, unsigned number);
 
 }  // namespace trovik

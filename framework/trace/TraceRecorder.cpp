@@ -26,7 +26,7 @@ const MeshUnlocker* UnlockerOf(const BrushOperation& brush) {
     return dynamic_cast<const MeshUnlocker*>(&brush);
 }
 
-/// The brush is working on the mesh whose lock it holds.
+/// Returns the mesh that the brush is working on, which is the one whose lock it holds.
 LevelMesh* BoundMesh(const BrushOperation& brush) {
     const MeshUnlocker* unlocker = UnlockerOf(brush);
     if (unlocker == nullptr) return nullptr;
