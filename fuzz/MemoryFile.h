@@ -28,8 +28,8 @@ public:
     MemoryFile(const MemoryFile&) = delete;
     MemoryFile& operator=(const MemoryFile&) = delete;
 
-    /// Runs a reader on the file. The reader must succeed, or throw a HostError with one line that
-    /// names the file; otherwise, the process is aborted.
+    /// Runs a reader on the file. The reader must succeed, or throw a HostError whose message is
+    /// one line that names the file; otherwise, the process is aborted.
     template <class Reader>
     void Read(const Reader& read) const {
         try {

@@ -3,14 +3,15 @@
 """Runs the benchmarks and reports the results.
 
     bench.py run BUILD OUT [FILTER]   writes all figures to OUT/bench.json and OUT/bench.txt
-    bench.py check BUILD RECORDED     measures and compares the ratios with the recorded ones
+    bench.py check BUILD RECORDED     measures the ratios and compares them with the recorded ones
     bench.py record BUILD RECORDED [PROGRAM ...]
-                                      measures and records the ratios of all programs or of these:
-                                      stroke-bench, document-bench, display-bench, trovik-ladder
+                                      measures and records the ratios of the given programs
+                                      (default: all); the programs are stroke-bench,
+                                      document-bench, display-bench and trovik-ladder
 
-BUILD is the folder of an optimised build. Times are CPU times, those of document-bench
-wall-clock times: the minimum of several runs, which the ratios use, and the median. Compare ratios
-of times of one run rather than times, because the machine may be busy.
+BUILD is the folder of an optimised build. Times are CPU times, except that document-bench reports
+wall-clock times. The minimum and the median of several runs are reported; ratios use the minimum.
+Compare ratios within one run instead of times, because the machine may be busy.
 """
 import json
 import os
@@ -24,7 +25,7 @@ import tempfile
 
 REPETITIONS = 12
 WORSE = 1.15
-# Side of the coarse grid, refined twice, for the stroke through the command.
+# The stroke through the command: side of its coarse grid, subdivision levels, and number of dabs.
 GRID_SIDE, GRID_LEVELS, DABS = 375, 2, 100
 
 
@@ -47,7 +48,7 @@ def run_program(build, name, wanted, options=()):
 
 
 def run_repeated(build, program, wanted=".", repetitions=REPETITIONS):
-    """Nanoseconds (minimum and median) and covered vertices of each benchmark, by name."""
+    """Returns the nanoseconds (minimum and median) and covered vertices of each benchmark, by name."""
     unit = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
     found, times = {}, {}
     options = [f"--benchmark_repetitions={repetitions}", "--benchmark_min_time=0.05",
@@ -63,9 +64,9 @@ def run_repeated(build, program, wanted=".", repetitions=REPETITIONS):
 
 
 def run_document_bench(build, wanted="."):
-    """The same of document-bench, which takes the fastest of several runs itself: a document of its
-    largest size takes longer to build than all that is measured on it. Wall-clock times, because
-    some of its operations use several threads."""
+    """Returns the same figures for document-bench. This program computes the minimum and the median
+    itself, because building its largest document takes longer than all measurements on it. Times are
+    wall-clock times, because some operations use several threads."""
     found = {}
     for row in run_program(build, "document-bench", wanted):
         name = re.sub("/iterations:.*", "", row["run_name"])

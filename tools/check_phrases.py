@@ -17,7 +17,7 @@ from pathlib import Path
 
 from source_prose import prose_of
 
-# A word before a noun, which distinguishes the noun from the verb: "its place" from "it places".
+# A word that precedes a noun but not a verb. It distinguishes "its place" from "it places".
 NOUN = (
     r"\b(?:a|an|the|its|their|his|this|these|those|each|every|one|two|three|no|some|any|same|whose|own|other"
     r"|another|first|last|next|new|old|right|wrong|[a-z]+'s?) "

@@ -2,10 +2,10 @@
 # SPDX-License-Identifier: Apache-2.0
 """Runs clang-tidy on the sources that standard input lists, each followed by a NUL character.
 
-Most of the time of clang-tidy goes into headers. Sources of one folder with the same compiler options
-are therefore checked together, through a file that includes them. If they do not compile together,
-because two of them define the same name, they are divided. Prints the output of batches with findings;
-the exit status is 1 if there are any.
+clang-tidy spends most of its time on headers. Sources in one folder with the same compiler options are
+therefore checked as a batch, through a file that includes them. If they do not compile together, for
+example because two of them define the same name, the batch is split. Prints the output of batches with
+findings; the exit status is 1 if there are any.
 
 usage: tidy_batches.py BUILD_DIR [--size NUMBER] [--jobs NUMBER] < SOURCES
 """
@@ -20,14 +20,14 @@ import subprocess
 import sys
 import tempfile
 
-# Including sources is what a batch does.
+# A batch includes sources on purpose.
 CHECKS = "--checks=-bugprone-suspicious-include"
 # Version 14 does not know all warning options of newer compilers.
 EXTRA = "--extra-arg=-Wno-unknown-warning-option"
 
 
 def options_of(command):
-    """Returns the compiler options of a command without those that name the source and the outputs."""
+    """Returns the compiler options of a command except those that name the source and the outputs."""
     words = iter(shlex.split(command)[1:])
     options = []
     for word in words:

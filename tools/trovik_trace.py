@@ -19,7 +19,7 @@ HOST = ("SettleSymmetry", "HostChange")
 
 
 class TraceError(Exception):
-    """A one-line message about a file in a trace that cannot be read."""
+    """Raised when a trace file cannot be read; the message is one line."""
 
 
 # --- Reading -------------------------------------------------------------------------------------
@@ -242,7 +242,7 @@ def dab_numbers(lines):
 
 
 class Unknown(Exception):
-    """The reason why a value cannot be derived from a trace."""
+    """Raised when a value cannot be derived from a trace; the message is the reason."""
 
 
 def read_meta(state, mesh):

@@ -26,7 +26,8 @@ struct Verb {
     std::vector<std::string> choices;
 };
 
-/// The values of a CLI::IsMember, which the type name lists between braces.
+/// Returns the values that a CLI::IsMember check accepts. The type name of the option lists them
+/// between braces.
 std::vector<std::string> Choices(const CLI::Option& option) {
     const std::string type = option.get_type_name();
     const std::size_t from = type.find('{');
@@ -38,7 +39,7 @@ std::vector<std::string> Choices(const CLI::Option& option) {
     return choices;
 }
 
-/// The text that a completion list shows next to a name: the first sentence or clause.
+/// Returns the text that a completion list shows next to a name: the first sentence or clause.
 std::string Short(const std::string& description) {
     std::size_t end = description.size();
     for (const char* mark : {". ", " (", "; "}) end = std::min(end, description.find(mark));
@@ -82,7 +83,7 @@ std::string Names(const Verb& verb) {
     return Joined(names);
 }
 
-/// The text in single quotes, for bash and zsh.
+/// Returns the text in single quotes, for bash and zsh.
 std::string Quoted(const std::string& text) {
     std::string quoted = "'";
     for (const char c : text) {
@@ -94,7 +95,7 @@ std::string Quoted(const std::string& text) {
     return quoted + "'";
 }
 
-/// The text in single quotes, for fish.
+/// Returns the text in single quotes, for fish.
 std::string FishQuoted(const std::string& text) {
     std::string quoted = "'";
     for (const char c : text) {

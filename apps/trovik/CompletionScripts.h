@@ -7,7 +7,8 @@
 
 namespace trovik {
 
-/// The completion script for a shell, generated from the verbs, options and values of the program.
+/// Returns the completion script for a shell, generated from the verbs, options and values of the
+/// program.
 /// \param shell "bash", "zsh" or "fish".
 std::string CompletionScript(const CLI::App& program, const std::string& shell);
 

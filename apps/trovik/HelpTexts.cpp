@@ -62,7 +62,7 @@ const std::map<std::string, std::string>& Examples() {
     return examples;
 }
 
-/// The requested verb, or the program if there is none.
+/// Returns the requested verb, or the program if there is none.
 const CLI::App& RequestedCommand(const CLI::App& program) {
     const std::vector<CLI::App*> verbs = program.get_subcommands();
     return verbs.empty() ? program : *verbs.front();

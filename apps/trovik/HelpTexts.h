@@ -11,10 +11,11 @@ namespace trovik {
 /// Must be called after all verbs have been added.
 void AddHelpTexts(CLI::App& program);
 
-/// `there is no command "X"`, with the most similar command name as a suggestion.
+/// Returns the message `there is no command "X"`, with the most similar command name as a
+/// suggestion.
 std::string UnknownCommand(const CLI::App& program, const std::string& name);
 
-/// The message for invalid usage: one line that names the --help to read.
+/// Returns the message for invalid usage: one line that refers to the relevant --help.
 std::string UsageError(const CLI::App& program, const CLI::ParseError& error);
 
 }  // namespace trovik

@@ -64,7 +64,8 @@ struct HistoryOptions {
     bool untilDamage = false;
 };
 
-/// Reads the journal; for a scene, reads the journal next to it, which must start from that scene.
+/// Reads the journal. For a scene, reads the journal next to it, and adds a note if that journal
+/// does not belong to the current version of the scene.
 JournalContent JournalOf(const HistoryOptions& options) {
     if (!IsScenePath(options.file)) return ReadJournal(options.file, options.untilDamage);
     const std::string journalPath = options.file + ".journal";

@@ -74,7 +74,7 @@ int Run(int argc, char** argv) {
         trovik::Error::Dispose(error);
         return Fail(reason);
     }
-    // A full disk may only be detected here, when the last buffered output is written.
+    // A full disk may be detected only here, when the last buffered output is written.
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
         return Fail(std::string("standard output: ") + std::strerror(errno));
     return done;

@@ -14,7 +14,8 @@ namespace trovik {
 /// \param levels  subdivision levels to add.
 /// \param given  units and up axis of a mesh file; they override those specified in the file.
 /// \param additionalBytes  returns the memory that the caller needs in addition to the forecast
-/// levels. If both together do not fit, the levels are refused before any memory is allocated.
+/// memory of the levels. If the sum exceeds the available memory, the levels are refused before any
+/// memory is allocated.
 /// \throw HostError; Cancelled.
 LoadedScene OpenRefined(const std::string& path,
                         unsigned levels,

@@ -18,7 +18,7 @@ namespace trovik {
 
 namespace {
 
-/// The attributes of a mesh as text, one line each.
+/// Returns the attributes of a mesh as text, one line each.
 std::vector<std::pair<std::string, std::string>> AttributeLines(const PolygonMesh& polygons) {
     const SurfaceAttributes& attributes = polygons.attributes;
     std::vector<std::pair<std::string, std::string>> lines;
@@ -47,7 +47,7 @@ std::vector<std::pair<std::string, std::string>> AttributeLines(const PolygonMes
     return lines;
 }
 
-/// The attributes of a mesh as JSON.
+/// Returns the attributes of a mesh as JSON.
 nlohmann::json AttributeJson(const PolygonMesh& polygons) {
     const SurfaceAttributes& attributes = polygons.attributes;
     return {{"normals", !polygons.normals.empty()},

@@ -10,7 +10,8 @@ namespace trovik {
 /// Prints the report of `trovik info` on a mesh file as text on standard output, unless quiet.
 /// \throw HostError if the file cannot be read.
 void PrintMeshInfo(const std::string& path, bool quiet);
-/// The report of `trovik info` on a mesh file as JSON. \throw HostError if it cannot be read.
+/// Returns the report of `trovik info` on a mesh file as JSON. \throw HostError if it cannot be
+/// read.
 nlohmann::json MeshInfoJson(const std::string& path);
 
 }  // namespace trovik

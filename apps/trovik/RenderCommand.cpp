@@ -45,7 +45,7 @@ struct RenderArguments {
 
 Vector ToVector(const std::vector<float>& numbers) { return {numbers[0], numbers[1], numbers[2]}; }
 
-/// The direction given by three numbers, or `otherwise` if the list is empty.
+/// Returns the direction given by three numbers, or `otherwise` if the list is empty.
 Vector DirectionOr(const std::vector<float>& numbers, const char* option, const Vector& otherwise) {
     if (numbers.empty()) return otherwise;
     const Vector direction = ToVector(numbers);
@@ -55,8 +55,8 @@ Vector DirectionOr(const std::vector<float>& numbers, const char* option, const 
     return direction;
 }
 
-/// The camera, from the first of these that is available: --eye, --from, the scene's view, the
-/// default.
+/// Returns the camera from the first of these sources that is available: --eye, --from, the scene's
+/// view, the default direction.
 RenderCamera CameraFor(const RenderArguments& wanted,
                        const RenderMesh& shown,
                        const StrokeView* sceneView) {
@@ -81,8 +81,9 @@ RenderCamera CameraFor(const RenderArguments& wanted,
     return camera;
 }
 
-/// \param camera  accepted by CheckCamera. \throw HostError if the option --up is parallel to the
-/// line of sight.
+/// Checks the option --up.
+/// \param camera  accepted by CheckCamera.
+/// \throw HostError if --up is parallel to the line of sight.
 void CheckUp(const RenderArguments& wanted, const RenderCamera& camera) {
     const Vector sight = camera.eye - camera.target;
     if (!wanted.up.empty() && !((camera.up.Normalized() & sight.Normalized()).Length() > 1e-4f))

@@ -10,7 +10,7 @@ namespace trovik {
 /// Prints the report of `trovik info` on a scene file as text on standard output, unless quiet.
 /// \throw HostError as LoadScene does.
 void PrintSceneInfo(const std::string& path, bool quiet);
-/// The report of `trovik info` on a scene file as JSON. \throw HostError as LoadScene does.
+/// Returns the report of `trovik info` on a scene file as JSON. \throw HostError as LoadScene does.
 nlohmann::json SceneInfoJson(const std::string& path);
 
 }  // namespace trovik

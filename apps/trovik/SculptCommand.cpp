@@ -32,7 +32,7 @@ struct SculptOptions {
     bool json = false;
 };
 
-/// Peak resident memory in MiB.
+/// Returns the peak resident memory in MiB.
 double PeakMemory() {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
@@ -80,7 +80,7 @@ void PrintSummaryJson(const ScriptResult& result, const std::vector<std::string>
     PrintJson(summary);
 }
 
-/// The preferences file to load; empty if there is none.
+/// Returns the preferences file to load; empty if there is none.
 std::string PreferencesFile(const SculptOptions& options) {
     if (options.noPreferences) return "";
     if (!options.userPreferences) return options.preferences;

@@ -17,7 +17,8 @@ namespace trovik {
 
 namespace {
 
-/// The text of a tool's tooltip as plain text, without the heading, which is printed separately.
+/// Returns the text of a tool's tooltip as plain text, without the heading, which is printed
+/// separately.
 std::string PlainHelp(const BrushConfiguration& tool) {
     QString text = tool.ToolTip();
     const qsizetype body = text.indexOf(QStringLiteral("</div>"));
@@ -43,7 +44,8 @@ std::string ValueText(const nlohmann::json& value) {
     return value.is_string() ? value.get<std::string>() : value.dump();
 }
 
-/// "0 to 100", "above 0", "tool, upright, stroke, start"; empty if there are no limits.
+/// Returns the accepted values as text, such as "0 to 100", "above 0" or "tool, upright, stroke,
+/// start"; empty if there are no limits.
 std::string RangeText(const nlohmann::json& range) {
     if (range.contains("choices")) {
         std::string words;
@@ -62,7 +64,8 @@ std::string RangeText(const nlohmann::json& range) {
     return text + (text.empty() ? "up to " : " to ") + ValueText(range.at(highest));
 }
 
-/// "above 0 world units"; either part may be missing.
+/// Returns the limits and the unit of a setting, such as "above 0 world units"; either part may be
+/// missing.
 std::string LimitsText(const ToolSetting& setting) {
     const std::string range = RangeText(setting.range);
     return range + (range.empty() || setting.unit.empty() ? "" : " ") + setting.unit;
@@ -74,7 +77,8 @@ std::string Listed(const std::vector<std::string>& names) {
     return list;
 }
 
-/// "15; Smooth, Freeze: 100": the default of most tools, then the other defaults with their tools.
+/// Returns the defaults of a setting, such as "15; Smooth, Freeze: 100": the default of most tools,
+/// followed by the other defaults with their tools.
 std::string DefaultsText(const std::vector<ToolDescription>& tools, std::size_t setting) {
     std::map<std::string, std::vector<std::string>> toolsOfValue;
     std::vector<std::string> without, having;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Packs patches for display: the patches of a dab, and whole levels. `copy` is the lower
-/// bound: it copies as many bytes as packing the same patches writes. Compare ratios within one
-/// run, not absolute times. The benchmarks of whole levels measure wall-clock time because they use
-/// several threads.
+/// \file Measures how long it takes to pack patches for display: the patches of a dab, and whole
+/// levels. `copy` is the lower bound: it copies as many bytes as packing the same patches writes.
+/// Compare ratios within one run, not absolute times. The benchmarks of whole levels measure
+/// wall-clock time because they use several threads.
 #include "framework/display/DirtyPatches.h"
 #include "framework/display/PatchBounds.h"
 #include "framework/display/PatchPacker.h"
@@ -155,7 +155,8 @@ void NormalCones(benchmark::State& state) {
     Report(state, packed.size());
 }
 
-// 4.2 and 16.8 million quads; one and two threads.
+// The arguments of pack-dab and pack-all are the number of subdivisions (8 for 4.2 million quads, 9
+// for 16.8 million) and the number of threads.
 BENCHMARK_CAPTURE(PackDab, warm, false)
     ->Name("pack-dab/warm")
     ->ArgsProduct({{8, 9}, {1, 2}})

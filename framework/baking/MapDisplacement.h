@@ -11,9 +11,9 @@ namespace trovik {
 
 class JobControl;
 
-/// How a displacement map is applied to a level. Missing values are taken from the description in
-/// the file (MapText). If the file has no description, the map is a scalar displacement with scale
-/// 1 and with mid 0.5 for integer pixels and 0 for floating-point pixels.
+/// Specifies how a displacement map is applied to a level. Missing values are taken from the
+/// description in the file (MapText). If the file has no description, the map is a scalar
+/// displacement with scale 1 and with mid 0.5 for integer pixels and 0 for floating-point pixels.
 struct DisplacementOptions {
     /// An image file; with `<UDIM>` in its name, one file per tile.
     std::string path;

@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-/// How the values of a map are stored.
+/// Specifies how the values of a map are stored.
 ///
 /// In both formats, a normal n is stored as 0.5 + 0.5 n. Floats store displacements in mesh units,
 /// with mid 0 and scale 1. 16-bit integers store a displacement d as 0.5 + d / scale, where scale

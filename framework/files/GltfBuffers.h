@@ -23,8 +23,8 @@ class JobControl;
 /// tinygltf receives a document in which each of them is replaced by a single byte.
 class GltfBuffers {
 public:
-    /// Reads the buffers. If the text is not JSON or has no such buffers, the list is empty;
-    /// tinygltf reports any errors in the text.
+    /// Reads the buffers. If the text is not JSON or has no such buffers, nothing is read; tinygltf
+    /// reports any errors in the text.
     /// \throw HostError with the file, the buffer and the reason.
     /// \throw Cancelled.
     GltfBuffers(const std::string& path, std::string_view json, JobControl* job);

@@ -9,7 +9,8 @@
 
 namespace trovik {
 
-/// How new freeze amounts g are combined with existing amounts b; both range from 0 to 127.
+/// Specifies how new freeze amounts g are combined with existing amounts b; both range from 0 to
+/// 127.
 enum class FreezeMode : int {
     /// The maximum of b and g.
     Raise,

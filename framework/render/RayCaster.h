@@ -55,7 +55,7 @@ public:
     virtual bool Hit(const Vector& origin, const Vector& direction, RayHit& hit) const = 0;
     /// Returns whether the ray hits anything within `distance`.
     virtual bool IsBlocked(const Vector& origin, const Vector& direction, float distance) const = 0;
-    /// Bounding box of all faces; `low` is above `high` if there are no faces.
+    /// Returns the bounding box of all faces; `low` is above `high` if there are no faces.
     virtual RayBounds Bounds() const = 0;
 };
 

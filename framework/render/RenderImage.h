@@ -30,7 +30,8 @@ struct RenderMesh {
     const float* positions = nullptr;
     std::size_t positionStride = 12;
     uint32_t vertexCount = 0;
-    /// Packed x, y, z (1/32767) of each vertex, `normalStride` bytes apart; null for flat faces.
+    /// Packed normal of each vertex (x, y, z in units of 1/32767), `normalStride` bytes apart; null
+    /// for flat faces.
     const int16_t* normals = nullptr;
     std::size_t normalStride = 8;
     const uint32_t* faceVertexIndices = nullptr;

@@ -20,8 +20,8 @@ class TROVIK_API RenderedLevel {
 public:
     /// \throw HostError for ShadingMode::Uv if the mesh has no texture coordinates.
     RenderedLevel(const LevelGeometry& geometry, ShadingMode shading);
-    /// Uses the given positions and normals (mesh-local, one per vertex; borrowed) instead, for
-    /// example those before a stroke, and no freeze amounts.
+    /// Uses the given positions and normals (mesh-local, one per vertex; borrowed) instead of the
+    /// level's own, for example those before a stroke. Freeze amounts are not used.
     RenderedLevel(const LevelGeometry& geometry,
                   ShadingMode shading,
                   const std::vector<Vector>& positions,

@@ -18,7 +18,7 @@ namespace trovik {
 struct TraceOptions {
     /// Folder of the trace, which is created if necessary. An earlier trace in it is replaced.
     std::string folder;
-    /// Writes the state of every mesh once every N dabs; 0 turns this off.
+    /// Number of dabs after which the state of every mesh is written again; 0 turns this off.
     unsigned every = 0;
 };
 

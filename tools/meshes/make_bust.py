@@ -1,6 +1,8 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Cuts examples/meshes/bust.obj from human.obj: head, neck and chest, with eyeballs and a plinth.
+"""Creates examples/meshes/bust.obj from human.obj.
+
+The script cuts out the head, neck and chest, and adds eyeballs and a plinth.
 
     tools/meshes/make_bust.py examples/meshes/human.obj examples/meshes/bust.obj
 """

@@ -55,7 +55,8 @@ Brick MakeBrick(double left, double right, int row) {
     return brick;
 }
 
-/// Returns the distance of a point from the edge, positive inside, with rounded corners and chips.
+/// Returns the distance of a point from the brick's edge, which has rounded corners and chips;
+/// positive inside.
 double Inside(const Brick& brick, Point2 p) {
     constexpr double Corner = 20.0;
     const Point2 q{std::fabs(p.x) - brick.half.x + Corner, std::fabs(p.y) - brick.half.y + Corner};

@@ -51,8 +51,8 @@ Stone MakeStone(Point2 centre, double size, double base, std::uint32_t seed) {
     return stone;
 }
 
-/// Returns the height of the stone at a point, in units of the stamp's side; any value below
-/// `floor` if the stone is lower than that.
+/// Returns the height of the stone at a point, in units of the stamp's side. If the stone is lower
+/// than `floor` there, the result is an arbitrary value below `floor`.
 double StoneHeight(const Stone& stone, Point2 point, double floor) {
     const Point2 straight = point - stone.centre;
     const double size = stone.size;

@@ -18,8 +18,8 @@ FloatImage PaintReptileScale();
 FloatImage PaintKnifeCut();
 FloatImage PaintRubble();
 
-/// The channels of a vector displacement map are the displacements to the right of the image, out
-/// of the surface, and to the image's bottom, in units of the stamp's side.
+/// The channels of a vector displacement map are the displacements towards the right of the image,
+/// out of the surface, and towards the bottom of the image, in units of the stamp's side.
 /// \return three channels, size x size, exactly 0 along the borders.
 FloatImage PaintEarCurl();
 FloatImage PaintHook();

@@ -12,8 +12,8 @@ namespace trovik::stamps {
 
 inline double Clamp01(double x) { return std::clamp(x, 0.0, 1.0); }
 
-/// Returns 0 below `from` and 1 above `to`, with zero slope at both ends; decreasing if `from` >
-/// `to`.
+/// Interpolates smoothly from 0 at `from` to 1 at `to`, with zero slope at both ends and constant
+/// values beyond them. `from` may be greater than `to`.
 inline double SmoothStep(double from, double to, double x) {
     const double t = Clamp01((x - from) / (to - from));
     return t * t * (3.0 - 2.0 * t);
@@ -22,7 +22,7 @@ inline double SmoothStep(double from, double to, double x) {
 inline double Mix(double a, double b, double t) { return a + (b - a) * t; }
 inline double Square(double x) { return x * x; }
 
-/// Returns the minimum of both, with the crease rounded over a width of `round`.
+/// Returns the minimum of two numbers, with the crease rounded over a width of `round`.
 inline double SmoothMin(double a, double b, double round) {
     const double h = std::max(round - std::fabs(a - b), 0.0) / round;
     return std::min(a, b) - h * h * round * 0.25;

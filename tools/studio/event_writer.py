@@ -2,14 +2,14 @@
 """Writes event files of trovik-studio (docs/studio-events.md) from curves.
 
 A Recording collects events. Strokes are smooth curves through a few points, given in world space or
-in pixels of the viewport, and become pen events at even distances. World points are projected
-through the current camera, so a point needs to be correct only as seen from there.
+in pixels of the viewport, and become evenly spaced pen events. World points are projected
+through the current camera, so a point only has to be correct as seen from that camera.
 """
 
 import json
 import math
 
-# Rate of the pen, in milliseconds per sample.
+# Time between two samples of the pen, in milliseconds.
 SAMPLE_MILLISECONDS = 8
 # Distance between two samples, in logical pixels.
 SAMPLE_PIXELS = 9.0
@@ -67,8 +67,8 @@ class Camera:
 
 
 def curve(points, count):
-    """Samples a centripetal Catmull-Rom spline through points of any dimension, at even parameters
-    of each segment; `count` samples per segment."""
+    """Samples a centripetal Catmull-Rom spline through points of any dimension, with `count`
+    samples per segment at evenly spaced parameters."""
     if len(points) < 3:
         ends = [points[0], points[-1]]
         return [
@@ -94,7 +94,7 @@ def curve(points, count):
 
 
 def resample(pixels, distance):
-    """Points at even distances along a polyline; the ends are kept."""
+    """Returns evenly spaced points along a polyline, including both ends."""
     lengths = [0.0]
     for a, b in zip(pixels, pixels[1:]):
         lengths.append(lengths[-1] + math.dist(a, b))
@@ -113,17 +113,17 @@ def resample(pixels, distance):
 
 
 def steady(t):
-    """Pressure along a stroke, t from 0 to 1: the same everywhere."""
+    """Returns a constant pressure; t runs from 0 to 1 along the stroke."""
     return 1.0
 
 
 def tapered(t):
-    """Rises and falls, as a stroke that begins and ends lightly."""
+    """Returns a pressure that rises and then falls, for a stroke that begins and ends lightly."""
     return math.sin(math.pi * min(max(t, 0.04), 0.96)) ** 0.7
 
 
 def softened(t):
-    """Nearly the same everywhere, with soft ends."""
+    """Returns a nearly constant pressure that is lower at both ends."""
     return min(1.0, 0.35 + 4 * t, 0.35 + 4 * (1 - t))
 
 
@@ -216,7 +216,7 @@ class Recording:
         self.time += last * SAMPLE_MILLISECONDS + 1000
 
     def text(self):
-        """The event file: one event per line."""
+        """Returns the content of the event file: one event per line."""
         lines = ",\n".join(json.dumps(event) for event in self.events)
         return (
             '{"format": "trovik-events", "version": 1, "comment": %s, "viewport": %s, "events": [\n%s\n]}\n'

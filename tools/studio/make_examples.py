@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Writes examples/studio/*.events.json, the sessions of docs/studio.md.
+"""Writes examples/studio/*.events.json, the sessions that docs/studio.md describes.
 
     make_examples.py FOLDER          writes the files
     make_examples.py FOLDER --check  fails if a file differs from what would be written
@@ -23,7 +23,7 @@ PORTRAIT = Camera((4.2, 0.2, 10.0), (0.05, -0.28, 0), field_of_view=15)
 
 
 def block():
-    """Large forms on the sphere: the sides of the head, jaw, neck."""
+    """Sculpts the large forms on the sphere: the sides of the head, the face, the jaw and the neck."""
     r = Recording(VIEWPORT, "The large forms of a head: sides, face, jaw and neck.")
     r.add("wait")
     r.screenshot("start.jpg", window=True)
@@ -37,14 +37,14 @@ def block():
     r.settings(radius=0.55, strength=48, direction="y")
     r.stroke([(0, -0.5, 0.5), (0, -0.4, 0.12)], hold="Ctrl")
     r.screenshot("sides.jpg")
-    # The temples are full.
+    # Fill out the temples.
     r.settings(direction="surfaceNormal", radius=0.7, strength=9)
     r.stroke([(0, 0.6, 0.1), (0, 0.55, -0.3)])
-    # Under the back of the skull, down to the neck.
+    # Carve under the back of the skull, down to the neck.
     r.look(BACK)
     r.settings(radius=0.8, strength=30)
     r.stroke([(0, -0.8, 0), (0.3, -0.8, 0)], hold="Ctrl")
-    # The face comes forward and down to the chin.
+    # Pull the face forward, and down to the chin.
     r.look(FRONT)
     r.settings(radius=0.75, strength=13)
     r.stroke([(0, -0.62, 0), (0.12, -0.62, 0)])
@@ -52,7 +52,7 @@ def block():
     r.stroke([(0, -0.8, 0), (0.1, -0.8, 0)], hold="Ctrl")
     r.settings(radius=0.4, strength=10, direction="z")
     r.stroke([(0, -1.0, 0), (0.1, -1.0, 0)])
-    # The neck: the underside moves down.
+    # Pull the underside down to form the neck.
     r.look(BELOW)
     r.settings(direction="y", falloff="plateau", radius=0.55, strength=90)
     r.stroke([(0, 0, -0.3)], hold="Ctrl")
@@ -60,7 +60,7 @@ def block():
     r.stroke([(0, 0, -0.3)], hold="Ctrl")
     r.tool("Flatten", radius=0.9, strength=100, smoothing=False)
     r.stroke([(0, 0, -0.24), (0, 0, -0.2)])
-    # The neck was stretched; Smooth evens it out.
+    # Smooth the surface of the neck, which has been stretched.
     r.tool("Smooth", radius=0.4, strength=60, smoothing=False)
     for camera in (SIDE, FRONT, BACK):
         r.look(camera)
@@ -73,7 +73,7 @@ def block():
 
 
 def features():
-    """Eye sockets, brow, nose, cheeks, mouth, chin and ears on a finer level."""
+    """Sculpts eye sockets, brow, nose, cheeks, mouth, chin and ears on a finer level."""
     r = Recording(VIEWPORT, "The features of the face.")
     r.action("level.subdivide.once")
     r.look(FRONT)
@@ -125,7 +125,7 @@ def features():
 
 
 def eyes():
-    """Eyeballs, lids, nostrils and lips on a finer level."""
+    """Sculpts eyeballs and lids on a finer level."""
     r = Recording(VIEWPORT, "Eyes, eyelids, nostrils and lips.")
     r.action("level.subdivide.once")
     r.look(FACE)
@@ -157,7 +157,7 @@ def eyes():
 
 
 def details():
-    """Iris, eyebrows, nostrils, lips and hair on the finest level."""
+    """Sculpts irises, eyebrows, nostrils, lips and hair on the finest level."""
     r = Recording(VIEWPORT, "Iris, eyebrows, nostrils, lips and hair.")
     r.action("level.subdivide.once")
     r.look(FACE)
@@ -194,7 +194,7 @@ NAPE = [(-0.1, -0.42), (-0.28, -0.46), (-0.45, -0.5)]
 
 
 def hair(r):
-    """Strands that run from the hairline to the back of the head."""
+    """Sculpts strands that run from the hairline to the back of the head."""
     r.tool("Sculpt", falloff="smooth", pressureControlsStrength=True)
     # Locks: raised strands, then fine grooves between them.
     for camera, locks in ((SIDE, side_locks()), (TOP, top_locks()), (BACK, back_locks())):
@@ -234,7 +234,7 @@ def back_locks():
 
 
 def wrinkles():
-    """Wrinkles on a layer, at a part of their strength; the finished head."""
+    """Sculpts wrinkles on a layer, reduces the strength of the layer, and shows the finished head."""
     r = Recording(VIEWPORT, "Wrinkles on a layer, and the finished head.")
     r.action("panel.layers")
     r.action("layer.add")

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Plays the sessions of examples/studio one after the other, each on the scene of the one before.
+"""Plays the sessions of examples/studio in order, each on the scene that the previous one saved.
 
     play_examples.py SOURCE_DIR TROVIK_STUDIO TROVIK FOLDER [--pictures]
 
 Fails if a session does not play to its end, if the last scene is smaller than docs/studio.md says, or
-if the page and the sessions do not name the same pictures. Scenes and pictures are written to FOLDER;
+if that page and the sessions do not name the same pictures. Scenes and pictures are written to FOLDER;
 with --pictures, the pictures are also copied to docs/pictures/studio. Needs a display (xvfb-run).
 """
 
