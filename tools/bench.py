@@ -48,7 +48,7 @@ def run_program(build, name, wanted, options=()):
 
 
 def run_repeated(build, program, wanted=".", repetitions=REPETITIONS):
-    """Returns the nanoseconds (minimum and median) and covered vertices of each benchmark, by name."""
+    """Returns the nanoseconds (minimum, median) and covered vertices of each benchmark, by name."""
     unit = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
     found, times = {}, {}
     options = [f"--benchmark_repetitions={repetitions}", "--benchmark_min_time=0.05",
@@ -65,8 +65,8 @@ def run_repeated(build, program, wanted=".", repetitions=REPETITIONS):
 
 def run_document_bench(build, wanted="."):
     """Returns the same figures for document-bench. This program computes the minimum and the median
-    itself, because building its largest document takes longer than all measurements on it. Times are
-    wall-clock times, because some operations use several threads."""
+    itself, because building its largest document takes longer than all measurements on it. Times
+    are wall-clock times, because some operations use several threads."""
     found = {}
     for row in run_program(build, "document-bench", wanted):
         name = re.sub("/iterations:.*", "", row["run_name"])

@@ -2,10 +2,10 @@
 # SPDX-License-Identifier: Apache-2.0
 """Runs clang-tidy on the sources that standard input lists, each followed by a NUL character.
 
-clang-tidy spends most of its time on headers. Sources in one folder with the same compiler options are
-therefore checked as a batch, through a file that includes them. If they do not compile together, for
-example because two of them define the same name, the batch is split. Prints the output of batches with
-findings; the exit status is 1 if there are any.
+clang-tidy spends most of its time on headers. Sources in one folder with the same compiler options
+are therefore checked as a batch, through a file that includes them. If they do not compile together,
+for example because two of them define the same name, the batch is split. Prints the output of
+batches with findings; the exit status is 1 if there are any.
 
 usage: tidy_batches.py BUILD_DIR [--size NUMBER] [--jobs NUMBER] < SOURCES
 """
@@ -27,7 +27,7 @@ EXTRA = "--extra-arg=-Wno-unknown-warning-option"
 
 
 def options_of(command):
-    """Returns the compiler options of a command except those that name the source and the outputs."""
+    """Returns the compiler options of a command, except those that name the source or an output."""
     words = iter(shlex.split(command)[1:])
     options = []
     for word in words:

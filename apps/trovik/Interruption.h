@@ -13,7 +13,8 @@ void IgnoreFileSizeSignal();
 bool IsInterrupted();
 /// \throw Cancelled if the program has been interrupted.
 void ThrowIfInterrupted();
-/// Exit status of an interrupted program: 128 + signal number, as is the convention in shells.
+/// Returns the exit status of an interrupted program: 128 plus the signal number, as is the
+/// convention in shells.
 int InterruptionStatus();
 
 }  // namespace trovik

@@ -100,7 +100,7 @@ void PackDab(benchmark::State& state, bool scattered) {
     Report(state, out.size());
 }
 
-/// The lower bound: copies the same number of bytes.
+/// Measures the lower bound: copying the same number of bytes.
 void Copy(benchmark::State& state, uint64_t vertices) {
     const std::vector<DisplayVertex> from(vertices);
     std::vector<DisplayVertex> to(vertices);

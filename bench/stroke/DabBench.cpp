@@ -20,7 +20,7 @@ void LaterDab(benchmark::State& state, Tool tool, Variation variation) {
     scene.Report(state);
 }
 
-/// A later dab that fully processes every patch, including patches out of reach.
+/// Measures a later dab that fully processes every patch, including patches out of reach.
 void VisitingDab(benchmark::State& state, Tool tool) {
     DabScene scene(tool, Variation::Plain, state.range(0));
     scene.brush.usesPatchCache = false;
@@ -33,7 +33,7 @@ void VisitingDab(benchmark::State& state, Tool tool) {
     scene.Report(state);
 }
 
-/// The first dab of a stroke, which creates the undo records.
+/// Measures the first dab of a stroke, which creates the undo records.
 void FirstDab(benchmark::State& state, Tool tool) {
     DabScene scene(tool, Variation::Plain, state.range(0));
     const char* wrong = nullptr;

@@ -70,7 +70,8 @@ void Floor(benchmark::State& state) {
     parts.scene.Report(state);
 }
 
-/// First touch: writes the record instead of reading it, and also writes the vertex's link word.
+/// Measures the first touch, which writes the record instead of reading it and also writes the
+/// vertex's link word.
 void FirstTouchFloor(benchmark::State& state) {
     PatchScene parts(Tool::Sculpt, Variation::Plain, state.range(0));
     SwiftStroke& brush = parts.scene.brush;
@@ -94,7 +95,7 @@ void FirstTouchFloor(benchmark::State& state) {
     parts.scene.Report(state);
 }
 
-/// The maximum memory throughput: every byte of an array is read and written in order.
+/// Measures the maximum memory throughput: every byte of an array is read and written in order.
 void Stream(benchmark::State& state) {
     std::vector<uint64_t> words(static_cast<std::size_t>(state.range(0)) / sizeof(uint64_t), 1);
     for (auto _ : state) {

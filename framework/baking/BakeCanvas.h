@@ -35,10 +35,10 @@ public:
     static constexpr std::uint32_t largestSide = 16384;
 
     struct Options {
-        /// 1 to largestSide each.
+        /// Width and height in texels, 1 to largestSide each.
         std::uint32_t width = 1024;
         std::uint32_t height = 1024;
-        /// 1 or 3.
+        /// The number of channels: 1 or 3.
         std::uint32_t channels = 3;
         /// Samples per texel in each direction: 1, 2 or 4.
         std::uint32_t samplesPerSide = 2;
@@ -74,7 +74,7 @@ public:
     /// Finishes the tile. \param neutral  the value of empty texels.
     /// \throw Cancelled.
     FloatImage Finish(const MapValue& neutral, Counts& counts, JobControl* job = nullptr);
-    /// Whether the last quad covered a sample that was already covered.
+    /// Returns whether the last quad covered a sample that was already covered.
     bool LastOverlapped() const { return lastOverlapped; }
 
 private:

@@ -19,7 +19,7 @@ public:
     /// Returns the value of the map at a position: a scalar in x, or a vector.
     /// \throw HostError for a position outside the map or a file that cannot be read.
     Vector At(const std::array<float, 2>& uv);
-    /// Valid after a tile has been read.
+    /// Returns the kind of the map; valid after a tile has been read.
     MapKind Kind() const { return text.kind; }
     MapSpace Space() const { return text.space; }
 

@@ -177,7 +177,8 @@ private:
         return corners;
     }
 
-    /// Whether the side is a UV seam, that is, the face across it is not adjacent in the texture.
+    /// Returns whether the side is a UV seam, that is, whether the face across it is not adjacent
+    /// in the texture.
     bool IsIslandEdge(std::uint32_t face, std::uint32_t side) const {
         const std::uint32_t across = level.QuadEdgeNeighbour(face, side);
         if (across == openBorder) return true;

@@ -14,7 +14,7 @@ float SmoothStep(float t) { return t * t * (3.0f - 2.0f * t); }
 
 struct Curve {
     const char* name;
-    /// The falloff at distance x (0 to 1) from the centre.
+    /// Returns the falloff at distance x (0 to 1) from the centre.
     float (*value)(float x);
 };
 

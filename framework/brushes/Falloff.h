@@ -11,7 +11,7 @@ namespace trovik {
 
 class BrushOperation;
 
-/// Names of the falloff curves, by index.
+/// Returns the names of the falloff curves, by index.
 TROVIK_API const std::vector<std::string>& FalloffNames();
 /// \return the index of a curve, or -1 for an unknown name.
 TROVIK_API int FalloffIndexOf(const std::string& name);

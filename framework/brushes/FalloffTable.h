@@ -28,7 +28,7 @@ public:
     void Set(const std::vector<float>& values);
     void Set(Samples samples) { current = std::move(samples); }
 
-    /// The current samples, which are immutable; copy the pointer to share ownership.
+    /// Returns the current samples, which are immutable; copy the pointer to share ownership.
     const Samples& Current() const { return current; }
     /// Lends the current samples; the array stays valid until BeginStroke.
     const Store<float>& Lend();

@@ -30,7 +30,7 @@ public:
     GltfBuffers(const std::string& path, std::string_view json, JobControl* job);
 
     bool Empty() const { return contents.empty(); }
-    /// The document for tinygltf.
+    /// Returns the JSON of the document for tinygltf.
     const std::string& Json() const { return changed; }
     /// Replaces the single-byte buffers in the model with the actual contents. Call it once.
     void MoveInto(tinygltf::Model& model);

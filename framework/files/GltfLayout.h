@@ -55,7 +55,7 @@ public:
     void WriteUvs(GltfSink& sink, JobControl* job) const;
 
     GltfBox PositionBox(JobControl* job) const;
-    /// The file vertices that a morph target moves, in ascending order.
+    /// Returns the file vertices that a morph target moves, in ascending order.
     const std::vector<std::uint32_t>& MorphVertices(std::size_t target) const {
         return morphVertices[target];
     }

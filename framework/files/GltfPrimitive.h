@@ -14,12 +14,12 @@ namespace trovik {
 /// The vertices of a primitive as stored in the file. A list is empty if the primitive does not
 /// have the attribute; otherwise it has an entry for each position.
 struct GltfVertices {
-    /// With morph targets applied.
+    /// The positions after morph targets have been applied.
     std::vector<std::array<float, 3>> positions;
     std::vector<std::array<float, 3>> normals;
-    /// TEXCOORD_0.
+    /// The values of TEXCOORD_0.
     std::vector<std::array<float, 2>> uvs;
-    /// COLOR_0.
+    /// The values of COLOR_0.
     std::vector<std::array<float, 4>> colors;
     /// Whether the colours in the file have an alpha component.
     bool hasAlpha = false;

@@ -47,7 +47,7 @@ struct MeshFormat {
     std::optional<FixedSpace> space = {};
 };
 
-/// All formats, in the order of their extensions.
+/// Returns all formats, in the order of their extensions.
 TROVIK_API const std::vector<MeshFormat>& MeshFormats();
 /// Returns the format that the extension of a file name selects, in upper or lower case; null if
 /// there is none.

@@ -24,7 +24,7 @@ public:
     bool Next(std::string_view& statement);
 
     const std::string& Path() const { return file.Path(); }
-    /// Number of the last line of the current statement; the first line is 1.
+    /// Returns the number of the last line of the current statement; the first line is 1.
     std::uint64_t Line() const { return line; }
 
 private:

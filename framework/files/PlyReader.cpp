@@ -21,7 +21,7 @@ namespace trovik {
 
 namespace {
 
-/// Integer colours are divided by the largest value of their type.
+/// Returns the divisor for colour values: 1 for floats, 65535 for UInt16, 255 for other integers.
 float ColorScale(PlyType type) {
     return !IsWhole(type) ? 1.0f : type == PlyType::UInt16 ? 65535.0f : 255.0f;
 }

@@ -42,7 +42,8 @@ public:
     /// changed.
     bool SetWeight(uint32_t vertex, float weight);
 
-    /// Touched vertices in the order of first touch, with their original amounts.
+    /// Vertices returns the touched vertices in the order of first touch, and AmountsBefore their
+    /// original amounts in the same order.
     const std::vector<uint32_t>& Vertices() const { return vertices; }
     const std::vector<uint8_t>& AmountsBefore() const { return amountsBefore; }
 

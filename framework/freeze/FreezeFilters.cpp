@@ -30,7 +30,8 @@ std::vector<uint8_t> Spread(const LevelMesh& level, uint32_t rings, Choose choos
     return amounts;
 }
 
-/// value / divisor, rounded to nearest, with halves rounded up; the divisor must be positive.
+/// Returns value / divisor, rounded to nearest, with halves rounded up; the divisor must be
+/// positive.
 int64_t Divided(int64_t value, int64_t divisor) {
     const int64_t twice = 2 * value + divisor;
     const int64_t by = 2 * divisor;

@@ -9,8 +9,9 @@
 
 namespace trovik {
 
-/// Always throws. \throw HostError "cannot <doing> image <path>: <reason>", with the reason reduced
-/// to one line. If the reason is empty, the file is reported as damaged.
+/// Always throws. If the reason is empty, the file is reported as damaged.
+/// \throw HostError with the message "cannot <doing> image <path>: <reason>", in which the reason
+/// is reduced to one line.
 [[noreturn]] TROVIK_API void ThrowImageError(const char* doing,
                                              const std::string& path,
                                              std::string reason);

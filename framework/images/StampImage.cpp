@@ -32,7 +32,7 @@ Colour ColourOf(const float* pixel, uint32_t channels, bool isFloat) {
     return {{pixel[0] * alpha, pixel[1] * alpha, pixel[2] * alpha}};
 }
 
-/// Computed in double precision, so that the mean of equal values is exactly that value.
+/// Computes the mean in double precision, so that the mean of equal values is exactly that value.
 float MeanOf(const Colour& colour, bool grey) {
     if (grey) return colour.c[1];
     const double sum = (static_cast<double>(colour.c[0]) + static_cast<double>(colour.c[1])) +

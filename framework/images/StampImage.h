@@ -72,7 +72,7 @@ public:
     /// file is kept.
     std::shared_ptr<StampImage> Get(const std::string& path, std::size_t maxBytes = maxStampBytes);
 
-    /// Number of files read since the cache was created.
+    /// Returns the number of files read since the cache was created.
     uint64_t ReadCount() const { return reads; }
     /// Evicts stamps that only the cache uses, least recently used first, until the remaining ones
     /// fit within the limit.

@@ -49,9 +49,9 @@ public:
     FileReplacement(const FileReplacement&) = delete;
     FileReplacement& operator=(const FileReplacement&) = delete;
 
-    /// The path as passed to the constructor, for messages.
+    /// Returns the path as passed to the constructor, for messages.
     const std::string& Path() const { return path; }
-    /// The path of the file to which the new content is written before Commit.
+    /// Returns the path of the file to which the new content is written before Commit.
     const std::string& TemporaryPath() const { return temporaryPath; }
     /// Transfers ownership of the file descriptor that holds the lock. Closing it releases the
     /// lock.
@@ -81,7 +81,8 @@ private:
     bool mayReplace = true;
 };
 
-/// Always throws. \throw HostError "cannot <doing> <path>: <text of the system error>".
+/// Always throws.
+/// \throw HostError with the message "cannot <doing> <path>: <text of the system error>".
 [[noreturn]] TROVIK_API void ThrowFileError(const char* doing,
                                             const std::string& path,
                                             int systemError);

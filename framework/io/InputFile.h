@@ -28,9 +28,9 @@ public:
     InputFile& operator=(const InputFile&) = delete;
 
     const std::string& Path() const { return path; }
-    /// Number of bytes returned so far.
+    /// Returns how many bytes have been consumed so far.
     std::uint64_t Position() const { return position; }
-    /// Number of bytes not returned yet, based on the file size at the time of opening.
+    /// Returns how many bytes are left, based on the file size at the time of opening.
     std::uint64_t Remaining() const { return size > position ? size - position : 0; }
 
     /// Reads the next line without its terminator (LF or CR LF), which may be missing at the end of

@@ -19,7 +19,7 @@ public:
     /// \throw HostError for a name that is not in Names().
     explicit Matcap(const std::string& name);
 
-    /// The available names; the first is the default.
+    /// Returns the available names; the first is the default.
     static const std::vector<std::string>& Names();
 
     /// Returns the linear colour for a unit normal in camera space: x to the right, y up. Normals

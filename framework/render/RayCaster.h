@@ -18,7 +18,7 @@ struct RayMesh {
     uint32_t vertexCount = 0;
     const uint32_t* faceVertexIndices = nullptr;
     uint32_t faceCount = 0;
-    /// 3 or 4.
+    /// The number of corners per face: 3 or 4.
     uint32_t cornersPerFace = 4;
 };
 

@@ -36,7 +36,7 @@ struct RenderMesh {
     std::size_t normalStride = 8;
     const uint32_t* faceVertexIndices = nullptr;
     uint32_t faceCount = 0;
-    /// 3 or 4.
+    /// The number of corners per face: 3 or 4.
     uint32_t cornersPerFace = 4;
     /// Local to world, row-major, row-vector convention.
     float localToWorld[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
@@ -54,7 +54,7 @@ struct RenderMesh {
     /// For ShadingMode::Uv: u, v of each corner, face by face; NaN for a corner without UVs. Null
     /// if no corner has UVs.
     const float* cornerUvs = nullptr;
-    /// Linear red, green, blue.
+    /// The base colour: linear red, green and blue.
     float color[3] = {0.46f, 0.33f, 0.26f};
 
     bool HasHiddenFaces() const { return faceFlags != nullptr; }

@@ -111,7 +111,8 @@ struct Mean {
     }
 };
 
-/// Variance of `mean`, a fraction of unoccluded rays that is estimated from `count` rays.
+/// Returns the variance of `mean`, a fraction of unoccluded rays that is estimated from `count`
+/// rays.
 float BinomialVariance(float mean, float count) {
     return count > 0.0f ? std::max(0.0f, mean * (1.0f - mean)) / count : 0.0f;
 }

@@ -24,7 +24,7 @@ constexpr const char* preferenceKeys[] = {"Render Swift Stroke",
                                           "Wax Fills Only",
                                           "Wax Scrapes Only"};
 
-/// Value of a Boolean or numeric attribute; null if the attribute does not exist.
+/// Returns the value of a Boolean or numeric attribute; null if the attribute does not exist.
 std::string AttributeText(const Attribute* attribute) {
     if (const auto* flag = dynamic_cast<const AttributeInstance<bool>*>(attribute))
         return JsonBool(flag->Value());

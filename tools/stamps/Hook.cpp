@@ -22,7 +22,7 @@ struct SpinePoint {
     Point2 heading;
 };
 
-/// The centre line goes up, over and down again: a bend of more than half a turn.
+/// Returns the centre line, which goes up, over and down again: a bend of more than half a turn.
 const std::array<SpinePoint, SpineSteps + 1>& Spine() {
     static const auto spine = [] {
         std::array<SpinePoint, SpineSteps + 1> points{};

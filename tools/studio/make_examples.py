@@ -23,7 +23,7 @@ PORTRAIT = Camera((4.2, 0.2, 10.0), (0.05, -0.28, 0), field_of_view=15)
 
 
 def block():
-    """Sculpts the large forms on the sphere: the sides of the head, the face, the jaw and the neck."""
+    """Sculpts the large forms on the sphere: the sides of the head, face, jaw and neck."""
     r = Recording(VIEWPORT, "The large forms of a head: sides, face, jaw and neck.")
     r.add("wait")
     r.screenshot("start.jpg", window=True)
@@ -234,7 +234,7 @@ def back_locks():
 
 
 def wrinkles():
-    """Sculpts wrinkles on a layer, reduces the strength of the layer, and shows the finished head."""
+    """Sculpts wrinkles on a layer, reduces its strength, and shows the finished head."""
     r = Recording(VIEWPORT, "Wrinkles on a layer, and the finished head.")
     r.action("panel.layers")
     r.action("layer.add")

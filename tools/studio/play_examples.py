@@ -4,9 +4,10 @@
 
     play_examples.py SOURCE_DIR TROVIK_STUDIO TROVIK FOLDER [--pictures]
 
-Fails if a session does not play to its end, if the last scene is smaller than docs/studio.md says, or
-if that page and the sessions do not name the same pictures. Scenes and pictures are written to FOLDER;
-with --pictures, the pictures are also copied to docs/pictures/studio. Needs a display (xvfb-run).
+Fails if a session does not play to its end, if the last scene is smaller than docs/studio.md says,
+or if that page and the sessions do not name the same pictures. Scenes and pictures are written to
+FOLDER; with --pictures, the pictures are also copied to docs/pictures/studio. Needs a display
+(xvfb-run).
 """
 
 import json
