@@ -100,7 +100,7 @@ void AddBookmarkActions(const ActionContext& context) {
         QAction* go =
             actions.Add({.id = QStringLiteral("view.bookmark.%1").arg(i + 1),
                          .text = Text::tr("Go to Bookmark %1").arg(i + 1),
-                         .description = Text::tr("Moves the camera to this bookmark of the list."),
+                         .description = Text::tr("Moves the camera to this bookmark in the list."),
                          .keys = {QKeySequence(QStringLiteral("F%1").arg(5 + i))},
                          .icon = "bookmark",
                          .run = [context, i] { GoTo(context, i); }});

@@ -57,13 +57,12 @@ void FileActions::AddDocumentActions() {
                      .keys = {QKeySequence("Ctrl+Alt+S")},
                      .icon = "save",
                      .run = [this] { SaveIncremental(); }});
-    QAction* copy =
-        actions.Add({.id = "file.saveCopy",
-                     .text = tr("Save a Copy…"),
-                     .description = tr("Saves into another scene file, and keeps working on the "
-                                       "present one."),
-                     .icon = "save",
-                     .run = [this] { SaveCopy(); }});
+    QAction* copy = actions.Add(
+        {.id = "file.saveCopy",
+         .text = tr("Save a Copy…"),
+         .description = tr("Saves to a different scene file, and keeps the current one open."),
+         .icon = "save",
+         .run = [this] { SaveCopy(); }});
     for (QAction* action : {save, saveAs, incremental, copy}) context.EnableWithDocument(action);
 }
 
@@ -134,17 +133,18 @@ void FileActions::AddScriptActions() {
                                                     tr("Scripts (*.json)"));
                      if (!path.isEmpty()) player->Load(path);
                  }});
-    QAction* play = actions.Add({.id = "script.play",
-                                 .text = tr("Play or Pause Script"),
-                                 .description = tr("Shows the loaded script dab by dab."),
-                                 .keys = {QKeySequence("Ctrl+P")},
-                                 .icon = "play",
-                                 .run = [this] {
-                                     if (player->GetState() == ScriptPlayer::State::Playing)
-                                         player->Pause();
-                                     else
-                                         player->Play();
-                                 }});
+    QAction* play =
+        actions.Add({.id = "script.play",
+                     .text = tr("Play or Pause Script"),
+                     .description = tr("Plays the loaded script dab by dab, or pauses it."),
+                     .keys = {QKeySequence("Ctrl+P")},
+                     .icon = "play",
+                     .run = [this] {
+                         if (player->GetState() == ScriptPlayer::State::Playing)
+                             player->Pause();
+                         else
+                             player->Play();
+                     }});
     QAction* step = actions.Add({.id = "script.step",
                                  .text = tr("Next Step of Script"),
                                  .description = tr("Runs the next step of the loaded script."),

@@ -51,8 +51,8 @@ FileActions::FileActions(const ActionContext& given, QObject* parent)
     connect(player, &ScriptPlayer::Refused, this, &FileActions::Refused);
     connect(player, &ScriptPlayer::Finished, this, [this](int done, const QString& error) {
         if (error.isEmpty())
-            Q_EMIT Succeeded(done == 1 ? tr("The script has run: 1 step")
-                                       : tr("The script has run: %1 steps").arg(done));
+            Q_EMIT Succeeded(done == 1 ? tr("The script has finished: 1 step")
+                                       : tr("The script has finished: %1 steps").arg(done));
     });
 }
 

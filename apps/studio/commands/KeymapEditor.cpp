@@ -213,7 +213,7 @@ void KeymapEditor::Capture(const QString& id) {
         contested = {};
         list->setFocus();
         ShowKeys();
-        Say(tr("Press the key for %1. Backspace removes the key, Escape keeps it.")
+        Say(tr("Press the key for %1. Backspace removes the key; Escape keeps it.")
                 .arg(actions.Info(id)->text));
     }
 }

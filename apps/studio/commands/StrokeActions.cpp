@@ -57,8 +57,8 @@ void AddStrokeActions(const ActionContext& context) {
                      .icon = "strength"});
     actions.AddHeld({.id = "view.navigate",
                      .text = Text::tr("Navigate While Held"),
-                     .description = Text::tr("Drag to orbit, with Shift to pan, with Ctrl to zoom. "
-                                             "For pens without buttons."),
+                     .description = Text::tr("Drag to orbit, Shift-drag to pan, Ctrl-drag to zoom. "
+                                             "Intended for pens without buttons."),
                      .keys = {QKeySequence("Space")},
                      .icon = "view"});
 }

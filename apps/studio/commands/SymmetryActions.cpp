@@ -81,7 +81,7 @@ void AddSymmetryActions(const ActionContext& context) {
     QAction* off =
         actions.Add({.id = "symmetry.off",
                      .text = Text::tr("No Symmetry"),
-                     .description = Text::tr("Turns off all stroke mirrors."),
+                     .description = Text::tr("Turns off symmetry for strokes."),
                      .icon = "cancel",
                      .run = [context] { context.Run("mirror", nlohmann::json::array()); }});
     QAction* fromPositive = actions.Add(

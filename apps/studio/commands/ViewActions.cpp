@@ -68,7 +68,7 @@ void AddMatcaps(const ActionContext& context) {
         QAction* action = context.actions.Add(
             {.id = QStringLiteral("view.matcap.%1").arg(matcap.name),
              .text = Text::tr("Matcap %1").arg(matcap.title),
-             .description = Text::tr("Shows the surface in this material."),
+             .description = Text::tr("Shows the surface with this material."),
              .icon = "matcap",
              .isCheckable = true,
              .run = [context, name = matcap.name] { SetMatcap(context, name); }});
@@ -81,7 +81,7 @@ void AddMatcaps(const ActionContext& context) {
     }
     context.actions.Add({.id = "view.matcap.next",
                          .text = Text::tr("Next Matcap"),
-                         .description = Text::tr("Shows the surface in the next material."),
+                         .description = Text::tr("Shows the surface with the next material."),
                          .keys = {QKeySequence("Shift+M")},
                          .icon = "matcap",
                          .run = [context, matcaps] {

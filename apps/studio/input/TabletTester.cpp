@@ -52,7 +52,7 @@ TabletTester::TabletTester(const PointerRouter& viewportRouter, QWidget* parent)
     layout->addWidget(area, 1);
     figures = new QLabel(this);
     figures->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    figures->setAccessibleName(tr("Figures"));
+    figures->setAccessibleName(tr("Measurements"));
     layout->addWidget(figures);
     log = new QPlainTextEdit(this);
     log->setReadOnly(true);

@@ -67,10 +67,11 @@ CurveControl::CurveControl(Engine& given, const ToolSetting& setting, QWidget* p
     presets = AddHeader(layout, appearance, this);
     for (const Preset& preset : PressurePresets()) presets->addItem(preset.title);
     presets->setPlaceholderText(tr("Custom curve"));
-    editor = new CurveEditor(appearance.label,
-                             appearance.description + u' ' +
-                                 tr("Drag points; double-click adds one, right-click removes."),
-                             this);
+    editor =
+        new CurveEditor(appearance.label,
+                        appearance.description + u' ' +
+                            tr("Drag points; double-click to add one, right-click to remove one."),
+                        this);
     editor->SetAxis(tr("light"), tr("hard press"));
     layout->addWidget(editor);
     connect(editor, &CurveEditor::Edited, this, &CurveControl::SendPoints);
@@ -113,10 +114,11 @@ FalloffControl::FalloffControl(Engine& given, const ToolSetting& setting, QWidge
     for (const std::string& known : FalloffNames())
         names->addItem(ChoiceText(QString::fromStdString(known)), QString::fromStdString(known));
     names->setPlaceholderText(tr("Custom curve"));
-    editor = new CurveEditor(appearance.label,
-                             appearance.description + u' ' +
-                                 tr("Drag points; double-click adds one, right-click removes."),
-                             this);
+    editor =
+        new CurveEditor(appearance.label,
+                        appearance.description + u' ' +
+                            tr("Drag points; double-click to add one, right-click to remove one."),
+                        this);
     editor->SetAxis(tr("centre"), tr("rim"));
     layout->addWidget(editor);
     connect(names, &QComboBox::activated, this, [this](int index) {

@@ -21,9 +21,9 @@ InfoPanel::InfoPanel(Engine& given, ViewModel& model, QWidget* parent)
     form->setLabelAlignment(Qt::AlignLeft);
     AddRow("file", tr("File"), tr("The document's file"));
     AddRow("level", tr("Level"), tr("The current level"));
-    AddRow("faces", tr("Faces"), tr("Of the current level"));
-    AddRow("vertices", tr("Vertices"), tr("Of the current level"));
-    AddRow("layers", tr("Layers"), tr("Of the current level"));
+    AddRow("faces", tr("Faces"), tr("Number of faces on the current level"));
+    AddRow("vertices", tr("Vertices"), tr("Number of vertices on the current level"));
+    AddRow("layers", tr("Layers"), tr("Number of layers on the current level"));
     AddRow("size", tr("Size"), tr("Bounding box of the surface, in world units"));
     AddRow("memory", tr("Memory"), tr("Memory used by all meshes and undo steps"));
     AddRow("undo", tr("Undo"), tr("Memory and disk space used by the undo steps"));

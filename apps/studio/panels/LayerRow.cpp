@@ -84,7 +84,7 @@ void LayerRow::BeginRename() {
     EndRename(false);
     entry = new QLineEdit(QString::fromStdString(layer.name), this);
     entry->setAccessibleName(tr("Name of the layer"));
-    entry->setToolTip(tr("Return accepts the name, Escape keeps the old one"));
+    entry->setToolTip(tr("Return accepts the name; Escape keeps the old one"));
     entry->setGeometry(strength->geometry());
     entry->selectAll();
     entry->installEventFilter(this);

@@ -38,9 +38,9 @@ ReferencesPanel::ReferencesPanel(const ActionContext& given, QWidget* parent)
     setAccessibleName(tr("References"));
     QVBoxLayout* layout = MakePanelLayout(this);
     hint = MakeHint(tr("Images to sculpt from. Add one, or drop an image file on the window. In a "
-                       "view along an axis, it is locked to this view."),
+                       "view along an axis, the image is locked to that view."),
                     this);
-    list = MakeRowList(tr("Reference images"), tr("Click an image to place it"), this);
+    list = MakeRowList(tr("Reference images"), tr("Click an image to edit its placement"), this);
     layout->addWidget(hint);
     layout->addWidget(list);
     auto* buttons = new QHBoxLayout;
@@ -56,7 +56,9 @@ ReferencesPanel::ReferencesPanel(const ActionContext& given, QWidget* parent)
     controls->setContentsMargins(0, 4, 0, 0);
     controls->setSpacing(4);
     lock = new PanelCombo(
-        tr("Locked to"), tr("The view in which the image is shown; the screen: always"), placement);
+        tr("Locked to"),
+        tr("The view in which the image is shown; an image locked to the screen is always shown"),
+        placement);
     const QString names[] = {tr("Screen"),
                              tr("Front view"),
                              tr("Back view"),
@@ -73,12 +75,12 @@ ReferencesPanel::ReferencesPanel(const ActionContext& given, QWidget* parent)
     across = AddSlider(
         placement,
         tr("Across"),
-        tr("Position of the centre, to the right"),
+        tr("Horizontal position of the centre"),
         [](ReferenceImage& image, double value) { Move(image, PlaneOf(image.lock).right, value); });
     upward = AddSlider(
         placement,
         tr("Up"),
-        tr("Position of the centre, upwards"),
+        tr("Vertical position of the centre"),
         [](ReferenceImage& image, double value) { Move(image, PlaneOf(image.lock).up, value); });
     height = AddSlider(
         placement,
@@ -87,7 +89,7 @@ ReferencesPanel::ReferencesPanel(const ActionContext& given, QWidget* parent)
         [](ReferenceImage& image, double value) { image.height = static_cast<float>(value); });
     opacity = AddSlider(placement,
                         tr("Opacity"),
-                        tr("How much the image covers"),
+                        tr("Opacity of the image; at 100 %, nothing shows through"),
                         [](ReferenceImage& image, double value) {
                             image.opacity = static_cast<float>(value / 100.0);
                         });

@@ -193,7 +193,7 @@ void ValueSlider::BeginEntry() {
     EndEntry(false);
     entry = new QLineEdit(this);
     entry->setAccessibleName(name);
-    entry->setToolTip(tr("Return accepts the number, Escape keeps the old one"));
+    entry->setToolTip(tr("Return accepts the number; Escape keeps the old one"));
     entry->setAlignment(Qt::AlignRight);
     entry->setGeometry(rect());
     entry->setText(QLocale().toString(value, 'g', 7).remove(QLocale().groupSeparator()));

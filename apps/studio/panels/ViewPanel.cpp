@@ -24,7 +24,7 @@ ViewPanel::ViewPanel(const ActionContext& context, QWidget* parent)
     layout->setSpacing(1);
     auto* surface = new Section(tr("Surface"), this);
     matcap =
-        new PanelCombo(tr("Matcap"), tr("The material in which the surface is shown"), surface);
+        new PanelCombo(tr("Matcap"), tr("The material with which the surface is shown"), surface);
     for (const MatcapName& name : MatcapTitles()) matcap->addItem(name.title, name.name);
     auto* row = new QHBoxLayout;
     row->setSpacing(4);

@@ -36,7 +36,7 @@ JournalNotice::JournalNotice(Engine& engine, ActionRegistry& actions, QWidget* o
                         .pixmap(QSize(side, side), devicePixelRatioF()));
     label = new QLabel(this);
     label->setWordWrap(true);
-    label->setAccessibleName(tr("Problem of the journal"));
+    label->setAccessibleName(tr("Journal problem"));
     layout->addWidget(icon);
     layout->addWidget(label, 1);
     const auto addButton = [&](const QString& text, const QString& tip, const auto& run) {

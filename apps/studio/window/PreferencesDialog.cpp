@@ -31,8 +31,8 @@ PreferencesDialog::PreferencesDialog(Preferences& preferences, Keymap& keymap, Q
         presets.push_back({Keymap::PresetTitle(preset), preset});
     QComboBox* navigation =
         AddChoice(tr("Navigation"),
-                  tr("Default: the middle button orbits, with Shift it pans, with Ctrl it zooms. "
-                     "Alt-drag: Alt and the left button orbits. Pen: a drag next to the surface "
+                  tr("Default: the middle button orbits, pans with Shift, and zooms with Ctrl. "
+                     "Alt-drag: the left button with Alt orbits. Pen: a drag next to the surface "
                      "orbits. The preset's keys also apply."),
                   presets);
     Choose(navigation, preferences.Navigation());

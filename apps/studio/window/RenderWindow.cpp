@@ -94,7 +94,7 @@ void RenderWindow::AddControls(QWidget* side) {
     form->addRow(tr("Matcap"), matcap);
     samples = Named(new QComboBox(side),
                     tr("Samples"),
-                    tr("Rays per pixel; more are slower and give smoother shadows"));
+                    tr("Rays per pixel; more rays give smoother shadows but take longer"));
     for (const int count : {4, 16, 64, 256}) samples->addItem(QString::number(count), count);
     samples->setCurrentIndex(1);
     form->addRow(tr("Samples"), samples);
@@ -102,13 +102,13 @@ void RenderWindow::AddControls(QWidget* side) {
         new QCheckBox(tr("Wireframe"), side), tr("Wireframe"), tr("Draws the edges of the faces"));
     transparent = Named(new QCheckBox(tr("Transparent background"), side),
                         tr("Transparent background"),
-                        tr("Leaves out the backdrop"));
+                        tr("Leaves out the background"));
     form->addRow(wireframe);
     form->addRow(transparent);
     message = new QLabel(side);
     message->setWordWrap(true);
     message->setObjectName(QStringLiteral("hint"));
-    progress = Named(new QProgressBar(side), tr("Progress"), tr("How far the render is"));
+    progress = Named(new QProgressBar(side), tr("Progress"), tr("Progress of the render"));
     progress->setTextVisible(false);
     go = new QPushButton(side);
     save =
@@ -177,7 +177,7 @@ void RenderWindow::ShowState() {
     go->setText(isRendering ? tr("Cancel") : tr("Render"));
     go->setAccessibleName(go->text());
     go->setToolTip(isRendering ? tr("Stops the render")
-                               : tr("Renders what the camera of the viewport sees now"));
+                               : tr("Renders the current view of the viewport"));
     save->setEnabled(!picture.isNull());
 }
 

@@ -42,7 +42,7 @@ ScriptBar::ScriptBar(ScriptPlayer& given,
     stop = add("stop", tr("Stop"), tr("Completes the current step and ends the script"));
     film = add("record",
                tr("Save frames"),
-               tr("Saves each shown dab as an image in a folder, until it is switched off"));
+               tr("Saves an image of each dab to a folder, until switched off"));
     film->setCheckable(true);
     speed = new ValueSlider(tr("Speed"), tr("Dabs per second"), this);
     ValueSlider::Range range;
@@ -119,7 +119,7 @@ void ScriptBar::Refresh() {
     const bool isLoaded = isPlaying || state == State::Paused;
     play->setIcon(Icon(isPlaying ? QStringLiteral("pause") : QStringLiteral("play")));
     play->setAccessibleName(isPlaying ? tr("Pause") : tr("Play"));
-    play->setToolTip(isPlaying ? tr("Pauses after this dab") : tr("Shows one dab after the other"));
+    play->setToolTip(isPlaying ? tr("Pauses after this dab") : tr("Plays the script dab by dab"));
     play->setEnabled(isLoaded);
     step->setEnabled(isLoaded);
     stop->setEnabled(state != State::Idle);

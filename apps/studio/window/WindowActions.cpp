@@ -39,12 +39,14 @@ void MainWindow::AddWindowActions() {
                  .keys = {QKeySequence("F11")},
                  .icon = "frame",
                  .run = [this] { isFullScreen() ? showNormal() : showFullScreen(); }});
-    actions.Add({.id = "window.preferences",
-                 .text = tr("Preferences…"),
-                 .description = tr("Theme, interface size, navigation, undo memory, pen."),
-                 .keys = {QKeySequence("Ctrl+,")},
-                 .icon = "preferences",
-                 .run = [this] { PreferencesDialog(context.preferences, keymap, this).exec(); }});
+    actions.Add(
+        {.id = "window.preferences",
+         .text = tr("Preferences…"),
+         .description =
+             tr("Changes the theme, interface size, navigation, undo memory and pen settings."),
+         .keys = {QKeySequence("Ctrl+,")},
+         .icon = "preferences",
+         .run = [this] { PreferencesDialog(context.preferences, keymap, this).exec(); }});
     actions.Add({.id = "window.keymap",
                  .text = tr("Keymap…"),
                  .description = tr("Shows and changes the keys of all commands."),
@@ -87,7 +89,7 @@ void MainWindow::AddWindowActions() {
                  }});
     actions.Add({.id = "help.about",
                  .text = tr("About Trovik Studio"),
-                 .description = tr("Version and licence."),
+                 .description = tr("Shows the version and licence."),
                  .icon = "about",
                  .run = [this] { About(); }});
 }
