@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Actions of StudioApplication: those that need the viewport's input.
+/// Actions of StudioApplication that need the viewport's input.
 #include "CommandLineWork.h"
 #include "StudioApplication.h"
 #include "events/EventRecorder.h"

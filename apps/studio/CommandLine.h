@@ -23,7 +23,7 @@ struct CommandLine {
     bool quits = false;
     /// Qt platform; if empty, PlatformFor chooses it.
     std::string platform;
-    /// Viewport size in logical pixels; 0: determined by the window.
+    /// Viewport size in logical pixels; if 0, the window determines it.
     int viewportWidth = 0;
     int viewportHeight = 0;
     /// Whether to write no journal; nothing can then be recovered after a crash.

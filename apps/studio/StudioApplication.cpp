@@ -22,8 +22,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// The sphere of a new document: 24 576 faces in the base mesh, four times as many on each further
-/// level.
+/// Size of the sphere in a new document: 6 144 faces in the base mesh, and 24 576 on level 1.
 constexpr uint32_t firstSegments = 32;
 constexpr int firstLevels = 1;
 /// Brush radius for an imported mesh, in logical pixels.

@@ -55,7 +55,7 @@ private:
     void PlayEvents();
     void ApplyPreferences();
     void ShowSymmetry();
-    /// Whether there is a user to ask at the start.
+    /// Whether there is a user who can be asked at startup.
     bool MayAsk() const;
     void OpenFirst();
     void WhenOpened();

@@ -25,8 +25,8 @@ struct ActionInfo {
     /// Name of an icon in resources/icons, without ".svg"; may be empty.
     QString icon = {};
     bool isCheckable = false;
-    /// Whether its keys work only while the viewport has the keyboard focus; elsewhere they keep
-    /// their usual meaning, such as Tab.
+    /// Whether its keys work only while the viewport has the keyboard focus; elsewhere, keys such
+    /// as Tab keep their usual meaning.
     bool isForViewport = false;
     std::function<void()> run = {};
 };
@@ -42,11 +42,11 @@ public:
     explicit ActionRegistry(QWidget* window);
 
     /// Adds an action. Its tooltip consists of the description and the key. The id must be new; a
-    /// key that is already bound to another action is not bound again.
+    /// key that is already bound to another action stays bound to that action.
     QAction* Add(const ActionInfo& info);
     /// Adds a key that has an effect while it is held; see HeldKey.
     void AddHeld(const ActionInfo& info);
-    /// Null if there is none, and for held keys.
+    /// Null for an unknown id and for held keys.
     QAction* Find(const QString& id) const;
     /// The key bound to a held action; empty if there is none.
     QKeySequence HeldKey(const QString& id) const;
@@ -67,12 +67,12 @@ public:
     QList<QKeySequence> Keys(const QString& id) const;
     /// Binds keys and returns the ids that lose a key. Unknown ids have no effect.
     QStringList SetKeys(const QString& id, const QList<QKeySequence>& keys);
-    /// The id that has a key; empty if there is none.
+    /// The id to which a key is bound; empty if there is none.
     QString Owner(const QKeySequence& key) const;
     /// Restores the keys of the preset "default".
     void ResetKeys();
-    /// Updates the menus and tooltips of all actions. Call it after several calls of SetKeys with
-    /// `isQuiet`. \param isQuiet  suppresses KeysChanged until the next call with false.
+    /// Suppresses KeysChanged while several keys are bound. Call it with true before calling
+    /// SetKeys repeatedly, and with false afterwards. The second call sends KeysChanged.
     void SetQuiet(bool isQuiet);
 
 Q_SIGNALS:

@@ -15,7 +15,7 @@ namespace trovik::studio {
 
 class ScriptPlayer;
 
-/// The actions of the File menu. Stores the operation to perform after a save.
+/// The actions of the File menu. The object also stores the operation to perform after a save.
 ///
 /// Call on the UI thread only.
 class FileActions : public QObject {
@@ -34,8 +34,8 @@ public:
     /// Calls `go` immediately if no changes would be lost; otherwise asks whether to save first.
     /// `go` is not called if the user cancels or saving fails.
     void WhenSaved(const std::function<void()>& go);
-    /// The file with the next free number: "head.trovik" gives "head_001.trovik", "head_001.trovik"
-    /// gives "head_002.trovik".
+    /// The file with the next free number: "head.trovik" gives "head_001.trovik", and
+    /// "head_001.trovik" gives "head_002.trovik".
     static QString NextIncrement(const QString& path);
     /// Fills a menu with the recent files, and updates it when they change.
     void FillRecent(QMenu* menu);

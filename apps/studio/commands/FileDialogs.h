@@ -41,7 +41,7 @@ class ImportDialog : public FormDialog {
     Q_OBJECT
 public:
     ImportDialog(const QString& fileName, QWidget* parent);
-    /// If empty, as specified in the file.
+    /// If empty, the units specified in the file apply.
     std::string Units() const;
     std::string Up() const;
     int Levels() const;
@@ -57,7 +57,7 @@ class ExportDialog : public FormDialog {
     Q_OBJECT
 public:
     explicit ExportDialog(QWidget* parent);
-    /// Includes the dot.
+    /// Includes the leading dot.
     QString Extension() const;
     /// The fields of the step "export", without the file.
     nlohmann::json Options() const;

@@ -16,7 +16,7 @@ class ActionRegistry;
 class Keymap;
 
 /// Lists all actions with their keys. After a click on a key, the editor waits for the next key;
-/// Backspace removes the key, Escape keeps it. A key that is bound to another action is only
+/// Backspace removes the key; Escape keeps it. A key that is bound to another action is only
 /// rebound after a second press; a message names the other action.
 class KeymapEditor : public QDialog {
     Q_OBJECT
@@ -56,7 +56,7 @@ private:
     QLabel* message;
     QPushButton* reset;
     QString capturing;
-    /// A key of another action that has been pressed once.
+    /// A key that is bound to another action and has been pressed once.
     QKeySequence contested;
     /// Whether a key was pressed together with the modifiers that are held.
     bool isCombination = false;

@@ -49,10 +49,10 @@ public:
     /// "device" or "pointer": whether pen positions come from the tablet or from the cursor.
     QString PenPosition() const;
     void SetPenPosition(const QString& source);
-    /// The eraser end of a pen: "invert" or "smooth".
+    /// The effect of the eraser end of a pen: "invert" or "smooth".
     QString Eraser() const;
     void SetEraser(const QString& effect);
-    /// The pen's barrel button: "pan", "orbit" or "menu".
+    /// The effect of the pen's barrel button: "pan", "orbit" or "menu".
     QString BarrelButton() const;
     void SetBarrelButton(const QString& effect);
     /// Whether the first-start hint still has to be shown.

@@ -36,8 +36,8 @@ void AddQuad(PolygonMesh& mesh, const std::array<std::uint32_t, 4>& corners) {
     mesh.faceVertices.insert(mesh.faceVertices.end(), corners.begin(), corners.end());
 }
 
-/// The surface of a cube of n x n x n cells, with shared vertices; `place` maps points of the cube
-/// from -1 to 1.
+/// The surface of a cube of n x n x n cells, with shared vertices; `place` maps points of the cube,
+/// whose coordinates range from -1 to 1.
 template <typename Place>
 PolygonMesh GridCube(std::uint32_t n, const Place& place) {
     PolygonMesh mesh;

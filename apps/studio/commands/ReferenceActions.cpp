@@ -54,8 +54,8 @@ void Delete(const ActionContext& context) {
     context.scene.SetReferences(std::move(images));
 }
 
-/// Locks an image to the direction of the camera, as high as the surface, if it looks along an
-/// axis.
+/// If the camera looks along an axis, locks an image to that direction and makes it as high as the
+/// surface.
 void LockToView(const ActionContext& context, ReferenceImage& image) {
     if (!context.view.pose || !context.view.bounds) return;
     const CameraPose pose = context.view.pose();

@@ -22,7 +22,7 @@ struct ScriptFile {
     /// Whether it opens a document, with `request`. Otherwise it runs on the open document.
     bool opens = false;
     OpenRequest request;
-    /// Without steps that contain only a comment. If no document is opened, the setup of the script
+    /// Omits steps that contain only a comment. If no document is opened, the setup of the script
     /// comes first. File names are absolute if the script's folder contains the file.
     std::vector<Step> steps;
 };

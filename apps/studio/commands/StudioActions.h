@@ -13,8 +13,8 @@ void AddEditActions(const ActionContext& context);
 void AddViewActions(const ActionContext& context);
 void AddBookmarkActions(const ActionContext& context);
 void AddReferenceActions(const ActionContext& context);
-/// Adds a reference image to the scene, in the plane of the view if it is along an axis. Files that
-/// cannot be read are reported by StudioScene::Noted.
+/// Adds a reference image to the scene. If the camera looks along an axis, the image is locked to
+/// that view. Files that cannot be read are reported by StudioScene::Noted.
 void AddReference(const ActionContext& context, const QString& path);
 /// Whether a file has the extension of an image that can be a reference.
 bool IsReferenceFile(const QString& path);

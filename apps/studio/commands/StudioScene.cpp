@@ -166,7 +166,7 @@ void StudioScene::FollowStep(const json& step) {
     }
     const auto stored = step.find("applicationData");
     if (stored == step.end() || !stored->is_object()) return;
-    // From a script or an event file.
+    // The data comes from a script or an event file.
     const auto name = stored->find("name");
     const auto text = stored->find("text");
     if (name == stored->end() || *name != json(entryName)) return;

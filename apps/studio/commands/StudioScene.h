@@ -29,11 +29,11 @@ struct FaceGroup {
     uint8_t displayGroup = 0;
 };
 
-/// What the studio stores in a scene besides the sculpture: camera bookmarks and reference images.
-/// Each change runs the step "applicationData", so that journal, scripts and event files contain
-/// it; it is not an undo step. Scenes contain the paths of images relative to their own folder, and
-/// that folder, to which the paths of a copy or of recovered work refer. It also lists the face
-/// groups, and holds which of them is selected.
+/// The data that the studio stores in a scene along with the sculpture: camera bookmarks and
+/// reference images. Each change runs the step "applicationData", which is not an undo step, so
+/// that the journal, scripts and event files contain it. A scene stores image paths relative to its
+/// own folder. It also stores that folder, to which the paths refer in a copy of the scene and in
+/// recovered work. This class also lists the face groups and stores which of them is selected.
 ///
 /// Call on the UI thread only.
 class StudioScene : public QObject {
@@ -50,7 +50,8 @@ public:
 
     const std::vector<ReferenceImage>& References() const { return references; }
     void SetReferences(std::vector<ReferenceImage> changed);
-    /// Shows a change that is in progress, such as the drag of a slider. SetReferences follows.
+    /// Shows a change that is in progress, such as the drag of a slider. Call SetReferences when it
+    /// is complete.
     void PreviewReferences(std::vector<ReferenceImage> changed);
     /// Index of the selected image; -1 if there is none.
     int CurrentReference() const { return currentReference; }
@@ -80,15 +81,17 @@ Q_SIGNALS:
     void Noted(const QString& message);
 
 private:
-    /// \param folders  to which relative paths refer; the first one that contains the file is used.
+    /// \param folders  the folders to which relative paths refer; the first one that contains the
+    /// file is used.
     void Load(const std::string& text, QStringList folders);
     void Clear();
-    /// Runs the step that stores the data. \param folder  of the scene; empty: paths are absolute.
+    /// Runs the step that stores the data. \param folder  the scene's folder; if empty, absolute
+    /// paths are stored.
     void Store(const QString& folder);
     void FollowStep(const nlohmann::json& step);
     void NoteMissingFiles();
     void ListGroups();
-    /// Folder of the document's scene file; empty without one.
+    /// Folder of the document's scene file; empty if there is none.
     QString SceneFolder() const;
 
     Engine& engine;
@@ -99,7 +102,7 @@ private:
     int currentBookmark = -1;
     int currentReference = -1;
     bool isModified = false;
-    /// Whether the step being run is one of this object.
+    /// Whether this object started the step that is running.
     bool isStoring = false;
     /// The text that was stored last.
     std::string storedText;

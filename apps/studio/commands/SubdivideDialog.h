@@ -12,7 +12,8 @@ class QSpinBox;
 namespace trovik::studio {
 
 /// The predicted size of additional levels. It is exact for quads without open borders, and
-/// slightly too small with borders. It is computed from counts only, so the cost is negligible.
+/// slightly too small for meshes with open borders. It is computed from counts only, so the cost is
+/// negligible.
 LevelForecast ForecastLevels(const DocumentState& state, int times);
 
 /// A number of bytes or elements in readable form, such as "1.25 GB" or "3.1 million".

@@ -30,7 +30,7 @@ void AddTool(const ActionContext& context, const ToolAppearance& tool) {
     context.EnableWithDocument(action);
 }
 
-/// Adds the plug-in's tools for which there is no action yet.
+/// Adds actions for those tools of the plug-in that do not have one yet.
 void AddNewTools(const ActionContext& context) {
     for (const std::string& name : context.State().tools) {
         const QString tool = QString::fromStdString(name);

@@ -41,7 +41,7 @@ public:
     void SetPose(const CameraPose& wanted) { Q_EMIT PoseRequested(wanted); }
     /// Returns the pose of the camera; unset without a viewport.
     std::function<CameraPose()> pose;
-    /// World box of the surface; unset without a viewport.
+    /// World-space bounding box of the surface; unset without a viewport.
     std::function<AxisAlignedBoundingBox()> bounds;
 
     /// Returns the displayed frame, in device pixels; unset without a viewport.

@@ -17,7 +17,7 @@ bool OnlyWritesFiles(const nlohmann::json& step);
 /// The file that such a step writes; empty for other steps.
 std::string FileWrittenBy(const nlohmann::json& step);
 
-/// Samples of a stroke in 20 bytes each, or 28 if the pen of the stroke was ever tilted. Values are
+/// The samples of a stroke, in 20 bytes each, or 28 if the pen was tilted at any time. Values are
 /// stored unchanged.
 class PackedSamples {
 public:
@@ -50,8 +50,8 @@ public:
     std::size_t StepCount() const { return entries.size(); }
     /// Memory of the samples of all strokes, in bytes.
     std::size_t SampleBytes() const;
-    /// \param start  replaces the name of the mesh or scene that the script opens; empty: the name
-    /// is kept. \throw HostError if the file cannot be written.
+    /// \param start  replaces the name of the mesh or scene that the script opens; if empty, the
+    /// name is kept. \throw HostError if the file cannot be written.
     void Write(const std::string& path, const std::string& start = {}) const;
 
 private:

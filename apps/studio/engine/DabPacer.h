@@ -18,8 +18,8 @@ public:
     void Go();
     /// Ends the current call of Wait and all further ones until Begin is called.
     void Release();
-    /// Makes Wait wait again. Call it when the step is requested, so that Release can follow at any
-    /// time.
+    /// Makes Wait block again. Call it when the step is requested, so that Release can follow at
+    /// any time.
     void Begin();
     void Wait();
 
@@ -30,8 +30,8 @@ private:
     bool isReleased = false;
 };
 
-/// Calls a function whenever the surface of a document changes, for as long as it exists. Borrows
-/// the document.
+/// Calls a function whenever the surface of a document changes, until the listener is destroyed.
+/// Borrows the document.
 class SurfaceListener final : public DocumentObserver {
 public:
     SurfaceListener(trovik::Document& observed, std::function<void()> onChange)

@@ -48,7 +48,7 @@ private:
     Clock::time_point reported;
 };
 
-/// A part of a job that can be cancelled by itself. Borrows the job.
+/// A part of a job that can be cancelled separately. Borrows the job.
 class CancellableJob final : public JobControl {
 public:
     CancellableJob(JobControl& whole, const std::atomic<bool>& flag)

@@ -52,7 +52,7 @@ struct HoverHit {
     Vector normal;
     /// Radius of a dab at this point, in world units.
     float radius = 0.0f;
-    /// The face group there, as an index into OpenedDocument::groups; -1 if there is none.
+    /// The face group at this point, as an index into OpenedDocument::groups; -1 if there is none.
     int group = -1;
     /// Positions and normals of the mirrored dabs.
     struct Mirrored {
@@ -68,11 +68,11 @@ struct StrokeStart {
     /// stroke.
     StrokeView view;
     BrushOperation::Modifier modifier = BrushOperation::ModifierNone;
-    /// A tool for this stroke only, by name; empty: the active tool.
+    /// Name of a tool for this stroke only; if empty, the active tool is used.
     std::string tool;
     /// A straight line from press to release.
     bool isLine = false;
-    /// Stabiliser length (lazy brush) in pixels; negative: the tool's own setting.
+    /// Stabiliser length (lazy brush) in pixels; if negative, the tool's own setting applies.
     float steadyPixels = -1.0f;
 };
 
@@ -93,7 +93,8 @@ struct OpenRequest {
     std::string journalPath;
     /// Writes the mesh file and returns its path. Called on the engine thread.
     std::function<std::string()> makeMesh;
-    /// Units and up axis of a mesh, as in stroke scripts; empty: those specified in the file.
+    /// Units and up axis of a mesh, as in stroke scripts; if empty, those specified in the file
+    /// apply.
     std::string units, up;
     /// Levels to add to a mesh.
     int levels = 0;
@@ -102,7 +103,7 @@ struct OpenRequest {
     /// Other fields of a stroke script's setup, such as "seed" and "mirror". Its preferences take
     /// precedence over those above. Null if there are none.
     nlohmann::json setup;
-    /// Name of a new document created from a primitive; empty: the file name.
+    /// Name of a new document created from a primitive; if empty, the file name is used.
     std::string title;
 };
 
@@ -126,10 +127,10 @@ struct OpenedDocument {
     /// Notes about the file, one line each.
     std::vector<std::string> notes;
     bool isRecovered = false;
-    /// Recovered work: the folder of the scene in which it was done; empty if there was none, or if
-    /// the journal does not contain it.
+    /// For recovered work, the folder of the scene in which the work was done; empty if there was
+    /// none, or if the journal does not contain it.
     std::string workFolder;
-    /// Whether a script opened it, with a setup of its own.
+    /// Whether a script with its own setup opened it.
     bool isFromScript = false;
 };
 
@@ -139,7 +140,7 @@ using ToolSettingList = std::vector<ToolSetting>;
 /// Statistics of the last stroke.
 struct StrokeFigures {
     unsigned dabs = 0;
-    /// For the last Add that applied dabs: milliseconds in the engine, per dab.
+    /// Milliseconds per dab in the engine, for the last Add that applied dabs.
     double millisecondsPerDab = 0.0;
 };
 

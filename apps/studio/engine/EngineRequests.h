@@ -17,7 +17,7 @@ struct StepRequest {
     nlohmann::json step;
     QString label;
     Engine::Done done;
-    /// The view that the step sees; empty: the document's.
+    /// The view that the step uses; if empty, the view of the document.
     std::optional<StrokeView> view;
     /// Whether the thread waits after each dab; see Engine::Pace.
     bool isPaced = false;

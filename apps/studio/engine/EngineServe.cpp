@@ -113,7 +113,7 @@ void EngineWorker::Serve(StepRequest& step) {
     });
 }
 
-// The UI thread may have been too busy to notice that the request was a long one.
+// The UI thread may have been too busy to notice that the request took long.
 void EngineWorker::EndJob() {
     if (job.End()) ToUi([](Engine& to) { to.NoteBusy(0); });
 }

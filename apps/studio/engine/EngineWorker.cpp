@@ -63,7 +63,7 @@ void EngineWorker::Post(EngineRequest request) {
     wake.notify_one();
 }
 
-// The request that ends an abandoned stroke is posted in order, since others may follow it.
+// The request that ends an abandoned stroke is posted in order, since other requests may follow it.
 void EngineWorker::AbandonStroke() {
     bool isOpen = false;
     {

@@ -46,9 +46,10 @@ public:
     /// The request that has been running for longer than 200 ms; 0 if there is none. A released
     /// stroke whose dabs are being applied counts as a request.
     uint64_t LongRequest() const { return job.LongRequest(); }
-    /// Abandons the stroke that was begun last, unless it has ended, even if it was released.
+    /// Abandons the stroke that was begun last, even if it was released. Has no effect if the
+    /// stroke has ended.
     void AbandonStroke();
-    /// Whether a request is the rest of a stroke. \param request  from LongRequest.
+    /// Whether a request applies the rest of a released stroke. \param request  from LongRequest.
     bool IsStroke(uint64_t request) const { return request == newestReleased; }
     std::vector<std::shared_ptr<const SurfaceUpdate>> TakeUpdates();
     bool HasUpdates() const;
@@ -76,8 +77,8 @@ private:
     bool HasWork() const;
     /// Carries out one request, or a part of the work that is left from earlier ones.
     void Turn();
-    /// The next request. If a stroke is open that ends before this request, the stroke is released
-    /// instead.
+    /// The next request. If this request ends the open stroke, a request to release the stroke is
+    /// returned first.
     std::optional<NumberedRequest> NextRequest();
     void Serve(EngineRequest& request);
     void Serve(OpenRequest& request);
@@ -95,7 +96,7 @@ private:
     /// Runs a function and catches its exceptions. \return the error in one line; empty if there is
     /// none.
     QString Guarded(const std::function<void()>& work);
-    /// The same without a report.
+    /// Like Guarded, but does not send Failed.
     static QString ErrorOf(const std::function<void()>& work);
     /// Removes the script position (name and JSON pointer) from the start of a message.
     static QString WithoutPosition(const std::string& message);
@@ -137,7 +138,7 @@ private:
     std::vector<std::shared_ptr<const SurfaceUpdate>> updates;
     std::size_t waitingBytes = 0;
     uint64_t newestRequest = 0;
-    /// Requests that began strokes that were abandoned after their release.
+    /// The requests of strokes that were abandoned after their release.
     std::vector<uint64_t> abandonedStrokes;
     /// The newest request that began a stroke, and the newest stroke that has ended.
     uint64_t newestStroke = 0;
@@ -146,7 +147,7 @@ private:
     /// The newest request when Engine::BecameIdle was last sent.
     uint64_t idleRequest = 0;
     bool isEnding = false;
-    /// The stroke whose rest is being applied, or was last.
+    /// The stroke whose remaining dabs are being applied, or were applied last.
     std::atomic<uint64_t> newestReleased = 0;
 
     // Engine thread.

@@ -134,8 +134,8 @@ void RemoveRecovered(const std::string& journalPath) {
 }
 
 // Another process can recover or start a journal at the same time. Therefore, the journals that
-// exist at the beginning keep their companion files even if they are renamed meanwhile, and
-// journals are read only after the folder was first listed.
+// exist at the beginning keep their companion files even if they are renamed in the meantime, and
+// journals are read only after the folder has been listed.
 void RemoveLeftovers(const std::string& folder) {
     const std::vector<fs::path> files = FilesIn(folder);
     std::map<std::string, std::vector<fs::path>> companions;

@@ -26,14 +26,15 @@ bool IsChange(const JournalStep& step);
 /// The number of steps that the newest saved scene contains; nothing if there is no such scene, or
 /// its file has changed since. Cost: reads that file.
 std::optional<std::size_t> SavedSteps(const JournalContent& content);
-/// Whether a journal contains work that is in no file of the user. \param saved  from SavedSteps.
+/// Whether a journal contains work that is not in any file of the user. \param saved  from
+/// SavedSteps.
 bool HasUnsavedWork(const JournalContent& content, std::optional<std::size_t> saved);
 
-/// The folder of the user's file that was saved last, or opened; empty if the journal does not
-/// contain it.
+/// The folder of the user's file that was saved last or, if nothing was saved, opened; empty if the
+/// journal does not contain it.
 std::string WorkFolderOf(const JournalContent& content);
 
-/// A path in the folder that no other journal has.
+/// A path in the folder that no other journal uses.
 std::string NewJournalPath(const std::string& folder);
 std::string PicturePathOf(const std::string& journalPath);
 /// The scene that recovery writes.

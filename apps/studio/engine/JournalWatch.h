@@ -6,7 +6,7 @@
 
 namespace trovik::studio {
 
-/// Follows whether the journal of the open document is being written, and schedules attempts to
+/// Tracks whether the journal of the open document is being written, and schedules attempts to
 /// continue a journal that failed. Used on the engine thread only.
 class JournalWatch {
 public:
@@ -22,7 +22,7 @@ public:
     Clock::time_point NextTime() const { return nextTime; }
     /// Whether the journal failed, and the time for the next attempt has come.
     bool IsAttemptDue() const { return !failure.empty() && Clock::now() >= nextTime; }
-    /// The next attempt follows later, after a longer time with each attempt.
+    /// Schedules the next attempt; the delay grows with each attempt, up to a limit.
     void Postpone();
 
 private:

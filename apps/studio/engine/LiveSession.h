@@ -22,8 +22,8 @@ namespace trovik::studio {
 /// only.
 class LiveSession {
 public:
-    /// Opens a document. \param journalPath  path of the journal to write; empty: none. \throw
-    /// HostError; Cancelled.
+    /// Opens a document. \param journalPath  path of the journal to write; if empty, no journal is
+    /// written. \throw HostError; Cancelled.
     LiveSession(const OpenRequest& request,
                 const std::string& journalPath,
                 const ScriptProgress& progress);
@@ -37,10 +37,10 @@ public:
     const OpenedDocument& Opened() const { return opened; }
 
     /// Runs a step. No stroke may be open.
-    /// \param view  the view that the step sees; empty: the document's.
+    /// \param view  the view that the step uses; if empty, the view of the document.
     /// \throw HostError; Cancelled.
     void Run(const nlohmann::json& step, const std::optional<StrokeView>& view);
-    /// Begins a stroke. No other one may be open.
+    /// Begins a stroke. No other stroke may be open.
     /// \param poll  called regularly while mirrored sides are applied after the release. If it
     /// throws Cancelled, the stroke is abandoned. \throw HostError
     void BeginStroke(const StrokeStart& start, std::function<void()> poll);
@@ -52,7 +52,8 @@ public:
     /// Releases the stroke, which accepts no further samples, and applies dabs within the time
     /// budget of a turn. The stroke is open until Continue has applied all of them.
     void ReleaseStroke();
-    /// Reverts the surface bit-exactly to its state before the stroke, which may be released.
+    /// Reverts the surface bit-exactly to its state before the stroke, which may already have been
+    /// released.
     void AbandonStroke();
     bool HasStroke() const { return stroke.has_value(); }
     bool IsReleased() const { return isReleased; }
@@ -71,15 +72,16 @@ public:
     std::string SaveActions(const std::string& path) const;
     /// Writes a scene file that does not become the file of the document.
     void SaveCopy(const std::string& path, JobControl* job);
-    /// Why the journal is not being written; empty while it is, and if none is kept.
+    /// The reason why the journal is not being written; empty while it is being written and if no
+    /// journal is kept.
     std::string JournalFailure();
     /// Whether there is room on the disk for the scene from which a failed journal continues.
     bool HasRoomForJournal();
     /// Continues a failed journal from a snapshot. \throw HostError; Cancelled.
     void ResumeJournal();
 
-    /// Ends the work normally: applies the rest of an open stroke, closes the journal, and removes
-    /// it with the files that belong to it.
+    /// Closes the session normally: applies the rest of an open stroke, closes the journal, and
+    /// removes it with the files that belong to it.
     void Close();
 
 private:

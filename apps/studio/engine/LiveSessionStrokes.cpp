@@ -77,7 +77,7 @@ void LiveSession::BeginStroke(const StrokeStart& start, std::function<void()> po
     strokeSeed = document.Settings().strokesBegun + 1;
     options.seed = strokeSeed;
     if (start.steadyPixels >= 0.0f) options.steady = start.steadyPixels;
-    // A copy that follows the drag has no path to straighten.
+    // Only a tool that draws along a path has a path to straighten.
     if (document.Brush().StrokeDrawMode() == static_cast<int>(DrawMode::AlongPath))
         options.shape.line = start.isLine;
     strokeStart = start;

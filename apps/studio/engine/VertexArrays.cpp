@@ -22,7 +22,7 @@ std::vector<DisplayVertex> VertexArrays::Take(std::size_t size) {
     if (size == 0) return taken;
     {
         const std::lock_guard lock(mutex);
-        // The largest one, because the vertices by which an array grows are cleared.
+        // Takes the largest array, because growing an array clears the added vertices.
         const auto largest =
             std::max_element(kept.begin(), kept.end(), [](const auto& a, const auto& b) {
                 return a.size() < b.size();

@@ -9,8 +9,9 @@
 
 namespace trovik::studio {
 
-/// Keeps the vertex arrays of surface updates that are no longer used, for later updates. Clearing
-/// a new array of several megabytes and faulting in its pages takes as long as packing it.
+/// Keeps the vertex arrays of surface updates that are no longer used, so that later updates can
+/// reuse them. Clearing a new array of several megabytes and faulting in its pages takes as long as
+/// packing it.
 ///
 /// All functions: any thread.
 class VertexArrays {

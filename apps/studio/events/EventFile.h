@@ -106,7 +106,7 @@ using Input = std::variant<PenInput,
                            ScreenshotInput>;
 
 struct TimedInput {
-    /// Milliseconds on the clock of the pen.
+    /// Milliseconds on the pen's clock.
     uint32_t time = 0;
     Input input;
     bool operator==(const TimedInput&) const = default;
@@ -119,7 +119,7 @@ struct EventFile {
     /// Logical pixels.
     QSize viewport{960, 720};
     /// Device pixels per logical pixel when the events were recorded. Strokes are bit-identical
-    /// only if it is the same.
+    /// only if the ratio is the same during playback.
     double pixelRatio = 1.0;
     std::vector<TimedInput> events;
 };

@@ -56,7 +56,7 @@ void EventPlayer::Play(EventFile events) {
     failure.clear();
     isPlaying = true;
     to.input.FinishGesture();
-    // The releases of keys that the user holds now do not arrive during the playback.
+    // If the user releases a held key during the playback, the event does not arrive.
     to.input.ReleaseKeys();
     to.input.SetTimerOn(false);
     qApp->installEventFilter(this);

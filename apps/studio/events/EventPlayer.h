@@ -49,12 +49,12 @@ public:
 
     void SetPace(Pace newPace) { pace = newPace; }
     /// Whether an event that fails, such as a step with an error or a disabled action, ends the
-    /// playback. Initially true.
+    /// playback (default true).
     void SetStopsOnError(bool on) { stopsOnError = on; }
     /// Whether the viewport draws frames while events are played. Otherwise, it draws only those
-    /// that events wait for, so that the playback is as fast as the engine. Initially true.
+    /// that events wait for, so that the playback is as fast as the engine. The default is true.
     void SetDrawsFrames(bool on) { drawsFrames = on; }
-    /// Folder for screenshots with relative paths; initially the working folder.
+    /// Folder for screenshots with relative paths (default: the working folder).
     void SetOutputFolder(const QString& folder) { outputFolder = folder; }
 
     /// Resizes the viewport and starts the playback. Ends a running playback first.
@@ -79,7 +79,7 @@ private:
     bool PlayNext();
     bool IsReady(const TimedInput& next) const;
     bool NeedsFrame(const TimedInput& event) const;
-    /// Unless all frames are drawn, starts or stops the frames of the viewport.
+    /// Makes the viewport start or stop drawing frames. Has no effect if all frames are drawn.
     void SetFrames(bool on);
     bool IsMotion(const TimedInput& event) const;
     void Finish(const QString& error);

@@ -79,7 +79,7 @@ private:
     /// Timestamp of the last pointer event, on the router's clock and in the file.
     double pointerTime = 0.0;
     uint32_t pointerFileTime = 0;
-    /// The effects of the running action.
+    /// Effects of the running action so far.
     bool hasRunStep = false;
     bool hasOpenedWindow = false;
 };

@@ -25,16 +25,17 @@ public:
     /// Sets the pointer position, in device pixels, and requests a pick.
     void MoveTo(const QPointF& position);
     void Hide();
-    /// The effect of the next stroke, which determines the appearance of the rings.
+    /// Sets the colour of the rings, which indicates the effect of the next stroke.
     void SetColor(const QColor& color);
     /// Shows this radius, in device pixels, instead of the brush radius while the radius is being
-    /// changed; 0 ends this.
+    /// changed; 0 restores the brush radius.
     void SetPreviewRadius(double pixels);
     /// The last pointer position; empty after Hide.
     const std::optional<QPointF>& Position() const { return position; }
     /// The last result of a pick.
     const HoverHit& Hit() const { return hit; }
-    /// The last position on the surface, for orbits; empty before the first one.
+    /// The last pointer position on the surface, about which the camera orbits; empty before the
+    /// pointer first reaches the surface.
     const std::optional<Vector>& LastOnSurface() const { return lastOnSurface; }
     /// Radius of a dab at the last hit, in device pixels; 0 if there is none.
     double RadiusInPixels() const;

@@ -9,8 +9,8 @@
 
 namespace trovik::studio {
 
-/// The operation of a drag, from press to release: a stroke, a camera motion, a change of the
-/// radius, or a selection. Only one is active at a time.
+/// The operation that a drag performs, from press to release: a stroke, a camera motion, a change
+/// of the radius, or a selection. Only one is active at a time.
 class Gesture {
 public:
     virtual ~Gesture() = default;
@@ -31,7 +31,7 @@ public:
     virtual std::optional<double> Tick() { return std::nullopt; }
     /// Repeats the effect of Tick at a recorded time.
     virtual void TickAt(double /*milliseconds*/) {}
-    /// Shown over the viewport.
+    /// Lines of text that are shown over the viewport.
     virtual QStringList Hud() const { return {}; }
     /// Whether the gesture continues while no button is pressed, until a press or a key ends it.
     virtual bool GoesOnWithoutButton() const { return false; }

@@ -31,8 +31,8 @@ public:
     bool IsHeld(const QKeySequence& sequence) const;
     bool IsHeld(Qt::Key key) const { return keys.contains(key); }
     Qt::KeyboardModifiers Modifiers() const;
-    /// Updates the modifiers from a mouse event, which includes those that were pressed in another
-    /// window.
+    /// Updates the modifiers from those of a mouse event, which include keys that were pressed in
+    /// another window.
     void Synchronise(Qt::KeyboardModifiers modifiers);
     /// Marks all keys as released, for example after a change of window.
     void Clear();

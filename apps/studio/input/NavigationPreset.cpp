@@ -29,8 +29,8 @@ const std::vector<NavigationPreset>& Presets() {
                            {Qt::RightButton, alt, CameraMotion::Zoom},
                            {Qt::LeftButton, alt | shift, CameraMotion::Pan},
                            {Qt::LeftButton, alt | control, CameraMotion::Zoom}})},
-        // A pen's barrel button is the middle one. It pans, because a drag that starts off the
-        // surface orbits the camera.
+        // A pen's barrel button acts as the middle button. It pans, because a drag that starts off
+        // the surface orbits the camera.
         {QStringLiteral("pen"),
          {{Qt::LeftButton, none, CameraMotion::Orbit, true},
           {Qt::LeftButton, shift, CameraMotion::Pan, true},

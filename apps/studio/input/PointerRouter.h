@@ -25,7 +25,7 @@ class PointerRouter : public QObject {
     Q_OBJECT
 public:
     /// The source of pen positions: the tablet, which reports fractions of a pixel, or the cursor,
-    /// for tablets that are mapped to a part of the screens.
+    /// for tablets that are mapped to only part of the desktop.
     enum class PenPosition { Device, Cursor };
 
     explicit PointerRouter(QWidget* viewport);

@@ -21,7 +21,7 @@ class PointerRouter;
 class TabletTester : public QDialog {
     Q_OBJECT
 public:
-    /// \param viewportRouter  its events are shown as well. Borrowed; outlives the dialog.
+    /// \param viewportRouter  its events are shown as well. Borrowed; must outlive the dialog.
     explicit TabletTester(const PointerRouter& viewportRouter, QWidget* parent = nullptr);
 
     /// The measurements so far, in several lines.

@@ -11,8 +11,8 @@ namespace trovik::studio {
 class BrushCursor;
 class Engine;
 
-/// Changes the brush's radius or strength: by moving the pointer sideways, or by a typed number.
-/// The setting changes when the gesture is finished; until then the ring and the HUD show it.
+/// Changes the brush's radius or strength: by a horizontal pointer motion or a typed number. The
+/// setting changes when the gesture is finished; until then the ring and the HUD show it.
 class ValueGesture final : public Gesture {
     Q_DECLARE_TR_FUNCTIONS(ValueGesture)
 public:

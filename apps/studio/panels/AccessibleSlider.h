@@ -8,7 +8,7 @@ namespace trovik::studio {
 class ValueSlider;
 
 /// Describes a ValueSlider to assistive technology: a slider with a value, its limits and the text
-/// of the value. Setting the value has the effect of typing it.
+/// of the value. Setting the value has the same effect as typing it.
 class AccessibleSlider final : public QAccessibleWidget, public QAccessibleValueInterface {
 public:
     explicit AccessibleSlider(ValueSlider* slider);

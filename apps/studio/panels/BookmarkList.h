@@ -9,8 +9,8 @@ class QListWidget;
 
 namespace trovik::studio {
 
-/// The camera bookmarks of the document: a click moves the camera to one. Adds the action that
-/// renames the selected one in the list.
+/// The camera bookmarks of the document. A click on a bookmark moves the camera to it. The list
+/// adds the action that renames the selected bookmark.
 class BookmarkList : public QWidget {
     Q_OBJECT
 public:

@@ -14,7 +14,7 @@ class ValueSlider;
 class BrushSliders : public QObject {
     Q_OBJECT
 public:
-    /// \param parent  of the sliders and of this object.
+    /// \param parent  the parent of the sliders and of this object.
     BrushSliders(Engine& engine, QWidget* parent);
 
     ValueSlider* Radius() const { return radius; }
@@ -26,7 +26,8 @@ private:
     Engine& engine;
     ValueSlider* radius;
     ValueSlider* strength;
-    /// The setting that the radius slider shows: in pixels if the tool uses pixels.
+    /// The setting that the radius slider shows: "radiusPixels" if the radius is given in pixels,
+    /// otherwise "radius".
     std::string radiusName = "radius";
 };
 

@@ -10,8 +10,8 @@
 namespace trovik::studio {
 
 /// Shows and edits the control points of a curve from 0 to 1, for falloffs and pressure. A drag
-/// moves a point, a double click adds one, a right click removes one. Between the points, the curve
-/// is that of PressureCurve, which the engine also uses.
+/// moves a point, a double click adds one, and a right click removes one. Between the points, the
+/// curve is that of PressureCurve, which the engine also uses.
 class CurveEditor : public QWidget {
     Q_OBJECT
 public:
@@ -46,7 +46,7 @@ protected:
 
 private:
     QRectF Area() const;
-    /// -1 if none is near.
+    /// Index of the point near a position; -1 if there is none.
     int PointAt(const QPointF& position) const;
     PressureCurve::Point PointOf(const QPointF& position) const;
     void Remove(int index);

@@ -23,7 +23,7 @@ private:
     CurveEditor* editor;
 };
 
-/// The falloff: a curve of the table, or a user-defined curve, which is sent as samples.
+/// The falloff: a built-in curve, or a user-defined curve, which is sent as samples.
 class FalloffControl : public SettingControl {
     Q_OBJECT
 public:

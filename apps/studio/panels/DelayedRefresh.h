@@ -6,7 +6,7 @@
 namespace trovik::studio {
 
 /// Refreshes statistics that change with every frame at most five times per second. Each change of
-/// a label draws the whole window once more, which would delay the next frame.
+/// a label redraws the whole window, which would delay the next frame.
 ///
 /// Owned by the widget that shows the statistics.
 class DelayedRefresh : public QTimer {

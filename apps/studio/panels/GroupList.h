@@ -11,7 +11,7 @@ class StudioScene;
 struct ActionContext;
 
 /// The face groups of the document with the colours in which the viewport tints them. A click
-/// selects the group on which the actions work.
+/// selects the group on which the actions operate.
 class GroupList : public QWidget {
     Q_OBJECT
 public:

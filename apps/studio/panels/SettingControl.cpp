@@ -152,10 +152,10 @@ SettingControl* SettingControl::Make(Engine& engine, const ToolSetting& setting,
     if (AcceptsType(setting, "array")) return new CurveControl(engine, setting, parent);
     const bool isNumber = AcceptsType(setting, "number") || AcceptsType(setting, "integer");
     if (isNumber) {
-        // The radius in pixels has no value until it is set.
+        // An optional number can be false or null.
         const bool isOptional =
             AcceptsType(setting, "boolean") || setting.value.is_null() ||
-            // A radius in pixels is null while the radius in world units applies.
+            // The radius in pixels is null while the brush uses the radius in world units.
             setting.name == "radiusPixels";
         return new NumberControl(engine, setting, parent, isOptional);
     }

@@ -231,7 +231,7 @@ void StampTray::Browse() {
     Choose(path);
 }
 
-// The first image loads the image library, which takes longer than the rest of the start.
+// Reading the first image loads the image library, which takes longer than the rest of the startup.
 void StampTray::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     LoadThumbnails();

@@ -31,7 +31,7 @@ public:
 
     /// Paths of the displayed stamps.
     QStringList Shown() const;
-    /// Selects a stamp for the active tool and remembers it.
+    /// Selects a stamp for the active tool and adds it to the recent stamps.
     void Choose(const QString& path);
 
 protected:

@@ -17,9 +17,10 @@ public:
     /// Fills the framebuffer and leaves its depth values unchanged. \return the number of draw
     /// calls.
     uint64_t DrawBackground(const RenderSettings& settings, const RenderView& view);
-    /// Blends the grid and the ground plane over the surface and background, with depth test. They
-    /// lie below the surface, at a multiple of the grid spacing, so that small changes to the
-    /// surface do not move them. \param worldBox  of the surface. \return the number of draw calls.
+    /// Blends the grid and the ground plane over the surface and background, with depth testing.
+    /// They lie below the surface, at a multiple of the grid spacing, so that small changes to the
+    /// surface do not move them. \param worldBox  the world-space bounding box of the surface.
+    /// \return the number of draw calls.
     uint64_t DrawFloor(const RenderSettings& settings,
                        const RenderView& view,
                        const AxisAlignedBoundingBox& worldBox,

@@ -9,8 +9,8 @@
 
 namespace trovik::studio {
 
-// The triangles of a face are consecutive and start with the same vertex, with which no other
-// face's triangles start. The diagonals of quads can therefore be left out.
+// The triangles of a face are consecutive and start with the same vertex; no triangle of another
+// face starts with it. The diagonals of quads can therefore be left out.
 FaceEdges FaceEdgesOf(const PatchLayout& layout) {
     FaceEdges edges;
     std::vector<std::array<uint16_t, 2>> sides;

@@ -23,7 +23,7 @@ struct FaceEdges {
     std::vector<IndexRange> patches;
 };
 
-/// Cost: some tenths of a second for a million faces.
+/// Cost: a few tenths of a second for a million faces.
 FaceEdges FaceEdgesOf(const PatchLayout& layout);
 
 /// Computes the lines on another thread. The future does not block when it is destroyed.

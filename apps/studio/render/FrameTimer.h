@@ -8,7 +8,7 @@
 
 namespace trovik::studio {
 
-/// Measures the GPU time of frames without waiting for the GPU: a result is available some frames
+/// Measures the GPU time of frames without waiting for the GPU: a result is available a few frames
 /// later. Requires the constructor's context.
 class FrameTimer {
 public:

@@ -10,7 +10,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// Makes the tint of white look like clay in the viewport.
+/// Factor that gives the white tint about the brightness of clay in the viewport.
 constexpr float swatchLight = 0.75f;
 
 }  // namespace

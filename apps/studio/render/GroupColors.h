@@ -9,8 +9,8 @@
 
 namespace trovik::studio {
 
-/// The factor of a face group's linear colour, 0 to 1 each. \param displayGroup  as DisplayGroup
-/// returns; 0, for faces without a group, is white.
+/// The factor by which a face group multiplies the linear colour, 0 to 1 per channel. \param
+/// displayGroup  as DisplayGroup returns; 0, for faces without a group, is white.
 QVector3D GroupTint(uint8_t displayGroup);
 /// GroupTint of all values.
 const std::vector<QVector3D>& GroupTints();

@@ -9,7 +9,7 @@
 
 namespace trovik::studio {
 
-/// Draws reference images, without depth test. Requires the constructor's context.
+/// Draws reference images, without depth testing. Requires the constructor's context.
 class ReferencePass {
 public:
     ReferencePass();
@@ -29,7 +29,7 @@ private:
     Gl& gl;
     std::unique_ptr<QOpenGLShaderProgram> program;
     GLuint vertexArray = 0;
-    /// By QImage::cacheKey.
+    /// Keyed by QImage::cacheKey.
     std::map<qint64, GLuint> textures;
 };
 

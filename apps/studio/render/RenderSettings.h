@@ -15,11 +15,11 @@ namespace trovik::studio {
 
 /// How the viewport draws the surface; panels and actions change it.
 struct RenderSettings {
-    /// A name of Matcaps::Names.
+    /// A name from Matcaps::Names.
     QString matcap = QStringLiteral("clay");
     bool isFlat = false;
     bool hasWireframe = false;
-    /// 0: off; 1: strong.
+    /// From 0 (off) to 1 (strong).
     float cavity = 0.4f;
     bool showsMask = true;
     bool showsGroups = false;
@@ -47,7 +47,7 @@ struct RenderView {
     float pixelSize = 0.001f;
 };
 
-/// The brush ring: where the next dab would be applied. World.
+/// The brush ring: where the next dab would be applied, in world space.
 struct BrushRing {
     Vector position;
     Vector normal;
@@ -64,7 +64,7 @@ struct Overlays {
     std::vector<BrushRing> mirroredRings;
     /// Planes of symmetry as mesh-local axes 0, 1, 2.
     std::vector<int> symmetryPlanes;
-    /// The stroke's path on the viewport from the brush to the pen, in device pixels.
+    /// The line from the stabilised brush to the pen, in device pixels of the viewport.
     std::vector<std::array<float, 2>> lazyString;
     /// The box or lasso that is being drawn, in device pixels; closed.
     std::vector<std::array<float, 2>> selection;

@@ -25,10 +25,10 @@ public:
         /// Device pixels per logical pixel; determines the line width.
         float pixelRatio;
         uint32_t strideLog2;
-        /// Waits for lines that are being computed instead of leaving them out.
+        /// Whether to wait for lines that are being computed instead of leaving them out.
         bool waits;
     };
-    /// Draws into the bound framebuffer, with depth test.
+    /// Draws into the bound framebuffer, with depth testing.
     SurfaceBuffers::Drawn Draw(SurfaceBuffers& surface, const Frame& frame);
 
 private:

@@ -5,11 +5,14 @@ namespace trovik::studio {
 
 /// Source of the program that draws the surface, without "#version". Defines select its variant:
 ///
-///     FLAT      the normal of the triangle instead of the interpolated one WIRE      lines between
-///     the cells of grid patches, from the number of the vertex CAVITY    convex areas lighter,
-///     concave ones darker, by the change of the normal from pixel to pixel MASK      frozen
-///     vertices darker GROUPS    face groups tinted RINGS     brush rings, by the distance to their
-///     centres in the world PLANES    lines where planes of symmetry cut the surface
+/// - FLAT: uses the normal of the triangle instead of the interpolated normal.
+/// - WIRE: draws lines between the cells of grid patches, computed from the vertex number.
+/// - CAVITY: brightens convex areas and darkens concave ones, according to the change of the normal
+///   from pixel to pixel.
+/// - MASK: darkens masked vertices.
+/// - GROUPS: tints face groups.
+/// - RINGS: draws brush rings, computed from the world-space distance to their centres.
+/// - PLANES: draws lines where planes of symmetry cut the surface.
 ///
 /// Lighting is computed in linear colours and encoded as sRGB at the end, for a framebuffer without
 /// its own conversion. Lines are blended after that.

@@ -64,7 +64,7 @@ public:
     /// GPU time of the newest measured frame, in seconds; 0 before the first measurement.
     double FrameSeconds() const { return frameSeconds; }
 
-    /// World box of the visible faces; empty without a surface. Needs no context.
+    /// World-space bounding box of the visible faces; empty without a surface. Needs no context.
     AxisAlignedBoundingBox WorldBounds() const;
     /// SurfaceUpdate::sampleTime of the newest pen sample that the last frame showed completely.
     double ShownSampleTime() const { return shownSampleTime; }

@@ -12,8 +12,8 @@ namespace trovik::studio {
 
 /// An image that is shown behind or in front of the surface as a model to sculpt from.
 struct ReferenceImage {
-    /// To what the image is fixed: to the screen, or to the world, in a plane across a view
-    /// direction; such an image is shown only from this direction.
+    /// Whether the image is fixed to the screen, or to a plane in the world that is perpendicular
+    /// to a view direction. An image in the world is shown only from that direction.
     enum class Lock { Screen, Front, Back, Right, Left, Top, Bottom };
 
     /// Absolute path of the file.
@@ -39,15 +39,16 @@ struct ReferenceDirections {
 std::optional<ReferenceDirections> DirectionsOf(ReferenceImage::Lock lock);
 
 /// Where a frame shows an image; empty if the view does not show it. An image in the world is shown
-/// if the camera looks along its direction, up to two degrees.
+/// if the camera looks along its direction, to within two degrees.
 std::optional<ReferenceQuad> QuadOf(const ReferenceImage& reference,
                                     const QImage& image,
                                     const RenderView& view);
-/// The direction along which a camera looks, up to two degrees; Lock::Screen if there is none.
+/// The lock direction along which a camera looks, to within two degrees; Lock::Screen if there is
+/// none.
 /// \param forward  unit length.
 ReferenceImage::Lock LockFor(const Vector& forward);
 
-/// Words for files, in the order of ReferenceImage::Lock: "screen", "front" …
+/// Names used in files, in the order of ReferenceImage::Lock: "screen", "front" …
 inline constexpr const char* referenceLockNames[] = {
     "screen", "front", "back", "right", "left", "top", "bottom"};
 

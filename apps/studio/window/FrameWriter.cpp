@@ -9,7 +9,7 @@ namespace trovik::studio {
 namespace {
 
 constexpr int threads = 2;
-/// Frames in memory.
+/// Maximum number of frames in memory.
 constexpr int maxWaiting = 8;
 constexpr int digits = 5;
 

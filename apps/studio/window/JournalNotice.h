@@ -11,8 +11,8 @@ class ActionRegistry;
 class Engine;
 
 /// A notice over the upper edge of a widget while the journal of the document cannot be written. It
-/// has buttons to save a copy and to try again, takes no focus, and stays until the journal is
-/// written again.
+/// has buttons to save a copy and to try again, takes no focus, and remains visible until the
+/// journal is written again.
 class JournalNotice : public QFrame {
     Q_OBJECT
 public:

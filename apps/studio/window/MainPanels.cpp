@@ -38,7 +38,7 @@ QDockWidget* AddDock(QMainWindow& window,
     return dock;
 }
 
-/// The home of a panel that fills a dock.
+/// Describes how a panel that fills a dock is removed from the dock and inserted again.
 PanelWindows::Home HomeIn(QDockWidget* dock) {
     return {dock->windowTitle(),
             [dock] {
@@ -99,7 +99,7 @@ QAction* MainWindow::AddUndocking(const QString& id, const PanelWindows::Home& h
          }});
     const auto update = [this, id, action] { action->setChecked(panelWindows->IsUndocked(id)); };
     connect(panelWindows, &PanelWindows::Changed, action, update);
-    // The action toggles itself before it runs.
+    // The action toggles its check mark before it runs.
     connect(action, &QAction::triggered, action, update);
     return action;
 }

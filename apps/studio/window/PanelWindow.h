@@ -13,8 +13,8 @@ class ActionRegistry;
 class PanelWindow : public QWidget {
     Q_OBJECT
 public:
-    /// \param panel  becomes a child. \param mainWindow  whose central widget receives the keys;
-    /// becomes the parent.
+    /// \param panel  becomes a child. \param mainWindow  becomes the parent; its central widget
+    /// receives the keys.
     PanelWindow(QWidget* panel,
                 const QString& title,
                 ActionRegistry& actions,

@@ -32,7 +32,7 @@ void PanelWindows::Undock(const QString& id) {
         return;
     }
     QWidget* panel = entry.home.take();
-    // A page that was not shown yet has no useful size.
+    // A page that has not been shown yet has no useful size.
     const QSize size = panel->size().expandedTo(panel->sizeHint());
     const QPoint corner = CornerNextTo(*panel, size);
     entry.window =

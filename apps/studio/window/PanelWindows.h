@@ -28,11 +28,12 @@ public:
         std::function<void(QWidget*)> putBack;
     };
 
-    /// \param window  whose central widget is the viewport. The objects are borrowed.
+    /// \param window  the main window; its central widget is the viewport. The objects are
+    /// borrowed.
     PanelWindows(ActionRegistry& actions, QMainWindow& window);
 
     void Add(const QString& id, Home home);
-    /// Opens a window for a panel, or raises the window that it has. Unknown ids have no effect.
+    /// Opens a window for a panel, or raises its existing window. Unknown ids have no effect.
     void Undock(const QString& id);
     void Dock(const QString& id);
     bool IsUndocked(const QString& id) const { return Window(id) != nullptr; }
@@ -44,7 +45,7 @@ public:
 
     /// The undocked panels and the positions of their windows.
     QByteArray State() const;
-    /// Undocks the panels of a state. Text that is not a state is ignored.
+    /// Undocks the panels of a state. Data that is not a valid state is ignored.
     void Restore(const QByteArray& state);
 
 Q_SIGNALS:

@@ -55,7 +55,7 @@ private:
     QImage shown;
     QImage picture;
     bool isRendering = false;
-    /// Cancels the newest render, whose results are dropped then.
+    /// Cancels the newest render, whose results are then dropped.
     CancelFlag cancel = std::make_shared<std::atomic<bool>>(false);
 };
 

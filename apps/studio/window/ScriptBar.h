@@ -17,8 +17,8 @@ class Preferences;
 class ScriptPlayer;
 class ValueSlider;
 
-/// Controls of a script player: play, pause, step, stop, the speed, and a switch that saves each
-/// shown dab as an image of a film.
+/// Controls of a script player: play, pause, step, stop, the speed, and a switch that saves an
+/// image of each dab as it is shown.
 class ScriptBar : public QWidget {
     Q_OBJECT
 public:
@@ -29,7 +29,7 @@ public:
               QWidget* parent);
     ~ScriptBar() override;
 
-    /// Saves each shown dab in a folder until EndFilm is called, or the script ends.
+    /// Saves an image of each dab to a folder until EndFilm is called or the script ends.
     void BeginFilm(const QString& folder);
     /// Waits until all frames are written.
     void EndFilm();

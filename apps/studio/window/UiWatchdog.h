@@ -9,15 +9,15 @@
 
 namespace trovik::studio {
 
-/// An event of the UI thread. Times in milliseconds.
+/// An event of the UI thread. Times are in milliseconds.
 struct UiEvent {
-    /// Type of the event, class and name of the receiver; if most of the time was spent on an event
-    /// that was sent within it, the same of that event.
+    /// Type of the event, and class and name of the receiver. If most of the time was spent on an
+    /// event that was sent within this one, " > " and the same data of that event follow.
     QString text;
     /// Processor time of the thread.
     double processor = 0.0;
-    /// Time that the thread was computing or waiting. Time for which the system ran other threads
-    /// instead is not counted.
+    /// Time during which the thread was computing or waiting. Time during which the system ran
+    /// other threads instead is not counted.
     double busy = 0.0;
 };
 
@@ -33,9 +33,9 @@ struct UiBusyTimes {
 };
 
 /// An application that measures how much processor time each event takes on the UI thread, and how
-/// long it takes with waiting, for tests and profiles. Painting (paint, update, expose and resize
-/// events of widgets and windows) is not counted, and neither are event loops of dialogs, whose
-/// events are measured one by one.
+/// long it takes including waiting. Used for tests and profiles. Painting (paint, update, expose
+/// and resize events of widgets and windows) is not counted, and neither are event loops of
+/// dialogs, whose events are measured individually.
 class UiWatchdogApplication : public QApplication {
     Q_OBJECT
 public:
@@ -51,7 +51,7 @@ private:
     struct Frame {
         bool isPainting = false;
         bool hasEventLoop = false;
-        /// Of painting within this event.
+        /// Times of painting within this event.
         double paintingProcessor = 0.0, paintingBusy = 0.0;
         /// The longest event within this one.
         UiEvent inner;
