@@ -12,10 +12,11 @@ extern "C" {
 /// libxkbcommon calls strndup with text that is not terminated, which strict_string_checks reports.
 const char* __asan_default_options() { return "intercept_strndup=0"; }
 
-/// Leaks of the libraries below Qt.
+/// Suppresses reports of leaks in libraries that Qt uses.
 const char* __lsan_default_suppressions() { return "leak:libdbus\nleak:libfontconfig\n"; }
 
-/// Keeps libraries loaded, because LeakSanitizer reports what unloaded OpenGL drivers refer to.
+/// Keeps libraries loaded, because LeakSanitizer reports memory to which only unloaded OpenGL
+/// drivers refer.
 int dlclose(void*) noexcept { return 0; }
 
 }  // extern "C"

@@ -8,7 +8,7 @@
 
 namespace trovik::studio {
 
-/// Applies all waiting updates of the surface to a copy of its vertices.
+/// Applies all pending updates of the surface to a copy of its vertices.
 inline void FollowUpdates(Engine& engine, std::vector<DisplayVertex>& copy) {
     for (const auto& update : engine.TakeUpdates()) {
         copy.resize(update->layout->TotalVertexCount());

@@ -7,7 +7,7 @@
 
 namespace trovik::studio {
 
-/// Runs the event loop until the condition holds. \return false if the time runs out first.
+/// Runs the event loop until the condition holds. \return false on a timeout.
 template <typename Condition>
 bool WaitFor(Condition condition, int milliseconds = 120'000) {
     QElapsedTimer since;

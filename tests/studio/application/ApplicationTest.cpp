@@ -21,7 +21,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// The studio with the sphere of a first start.
+/// The studio with the sphere that it opens at the first start.
 class Application : public testing::Test {
 protected:
     Application() {
@@ -79,7 +79,7 @@ TEST_F(Application, TheKeymapEditorBindsAKeyToEveryAction) {
 
 TEST_F(Application, TheGuideNamesWhatExists) {
     WaitForSphere();
-    // Names that a person sees: actions, panels, and the controls of the window.
+    // Names that users see: actions, panels, and the controls of the window.
     QStringList names;
     std::map<QString, QString> ids;
     for (const ActionInfo& info : studio->Actions().Infos()) {
@@ -101,7 +101,7 @@ TEST_F(Application, TheGuideNamesWhatExists) {
         EXPECT_TRUE(names.contains(name)) << name.toStdString();
         if (one.captured(2).isEmpty()) continue;
         EXPECT_TRUE(studio->Actions().Keys(ids[name]).contains(QKeySequence(one.captured(2))))
-            << name.toStdString() << " has another key than " << one.captured(2).toStdString();
+            << name.toStdString() << " does not have the key " << one.captured(2).toStdString();
     }
     EXPECT_GT(found, 30);
 }

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Measures what a sculptor waits for in trovik-studio. Run it on a display, under Xvfb for
-/// example:
+/// Measures how long a sculptor waits for trovik-studio. Run it on a display, for example under
+/// Xvfb:
 ///
-///    studio-bench [MEASURE...]     start, stroke, rate, undo, memory; the default is all but
-///    memory
+///     studio-bench [MEASURE...]
 ///
+/// The measures are start, stroke, rate, undo and memory; the default is all except memory.
 /// The first run is slower, because the driver has no compiled shaders in its cache.
 ///
 /// Prints one line for each number. `memory` needs about 4 GB. Processor times are those of all
-/// threads of the process; unlike the other times, they hardly depend on other work of the machine.
+/// threads of the process; unlike the other times, they hardly depend on other processes.
 #include "StudioApplication.h"
 #include "commands/Primitives.h"
 #include "tests/studio/WaitFor.h"
@@ -85,7 +85,7 @@ public:
         Print("processor time of this", startProcessor, "ms");
     }
 
-    /// Live dabs over 100 thousand vertices of a sphere of 1.6 million quads.
+    /// Measures live dabs, each over 100 thousand vertices of a sphere of 1.6 million quads.
     void Stroke(const char* tool) {
         OpenSphere(4);
         engine().Run({{"tool", tool}, {"set", {{"radius", 0.505}, {"strength", 5}}}});
@@ -115,7 +115,7 @@ public:
         engine().BeginStroke(start);
         const double processorBefore = ProcessorMilliseconds();
         for (int i = 0; i < 240; ++i) {
-            // About one dab for two samples.
+            // Gives about one dab for every two samples.
             const double angle = 0.3 * i;
             sampled = Clock::now();
             engine().AddSamples({{480.0f + static_cast<float>(60.0 * std::cos(angle)),
@@ -145,8 +145,8 @@ public:
         Print("bytes staged for an update, median", Quantile(bytes, 0.5) / 1e6, "MB");
     }
 
-    /// A pen of 1000 Hz whose path is long enough for about three dabs per frame of 60 Hz. Prints
-    /// the actual number, which is smaller if samples arrive late.
+    /// Measures a pen that reports at 1000 Hz, along a path that is long enough for about three
+    /// dabs per frame at 60 Hz. Prints the actual number, which is smaller if samples arrive late.
     void Rate() {
         constexpr int samples = 2000;
         OpenSphere(4);
@@ -196,7 +196,8 @@ public:
         Print("1000 Hz: samples that are missing or doubled", samples - DistinctSamples(), "");
     }
 
-    /// The undo of a stroke over 100 thousand vertices: frames until the viewport shows it.
+    /// Measures the undo of a stroke over 100 thousand vertices: the delay and the number of frames
+    /// until the viewport shows it.
     void Undo() {
         OpenSphere(4);
         engine().Run({{"tool", "Wax"}, {"set", {{"radius", 0.505}}}});
@@ -225,7 +226,7 @@ public:
               "MB");
     }
 
-    /// A plane of 16.8 million quads.
+    /// Measures the memory for a plane of 16.8 million quads.
     void Memory() {
         const double before = ResidentBytes();
         OpenRequest request;

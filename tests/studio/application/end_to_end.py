@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Uses trovik-studio as a person does, with the mouse and the keys of a window system.
+"""Uses trovik-studio as a person would, with the mouse and keyboard of the window system.
 
     end_to_end.py SOURCE_DIR TROVIK_STUDIO TROVIK FOLDER
 
-Opens a mesh, draws two strokes with the mouse, undoes the second, saves under a new name, quits; then
+Opens a mesh, draws two strokes with the mouse, undoes the second, saves under a new name and quits. Then
 checks the saved scene with `trovik`. It starts its own X server (Xvfb) and needs xdotool. A missing
 program is a failure.
 """
@@ -17,7 +17,7 @@ import sys
 import time
 
 LIMIT_SECONDS = 90
-# Of the mesh.
+# Height of the chin in the mesh.
 CHIN_HEIGHT = 6.2
 
 
@@ -124,7 +124,7 @@ def main():
     try:
         desktop.start([studio, mesh, "--viewport-width", "640", "--viewport-height", "480"])
         main_window = desktop.window("bust.obj.*Trovik Studio")
-        # The bust is in the middle of the viewport, whatever the width of the panels.
+        # The bust is in the middle of the viewport, regardless of the width of the panels.
         geometry = dict(
             line.split("=")
             for line in desktop.xdotool("getwindowgeometry", "--shell", main_window)

@@ -15,8 +15,8 @@ import shutil
 import subprocess
 import sys
 
-# A user notices a freeze of this length. The program aims at 4 ms; docs/performance.md lists measured
-# values. The bound is far above them, because test machines differ in speed.
+# A user notices a freeze of this length. The target is 4 ms; docs/performance.md lists measured
+# values. The limit is far above them, because test machines differ in speed.
 MAX_MILLISECONDS = 500.0
 MIN_EVENTS = 100
 VIEWPORT = [200, 160]

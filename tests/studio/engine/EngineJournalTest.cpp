@@ -19,8 +19,8 @@ TEST_F(StudioEngine, ReportsAJournalThatCannotBeWrittenAndContinuesIt) {
     engine->EndStroke();
     Finish();
     EXPECT_EQ(engine->JournalFailure(), "");
-    // The failure is detected without another request. No journal can be written either, because a
-    // file is where the folder was.
+    // The failure is detected without another request. A new journal cannot be written either,
+    // because a file has replaced the folder.
     fs::remove_all(Path("journals"));
     std::ofstream(Path("journals")) << "not a folder";
     ASSERT_TRUE(WaitFor([this] { return !engine->JournalFailure().isEmpty(); }));
@@ -65,7 +65,7 @@ TEST_F(StudioEngine, OffersOnlyWorkThatIsNotInASavedScene) {
         const auto works = FindRecoverableWork(copy.path());
         return works.empty() ? qsizetype(-1) : works.front().steps.size();
     };
-    // Finish has run the step "set", which is not worth listing.
+    // Finish has run only the step "set", for which no recovery is offered.
     EXPECT_EQ(offered(), -1);
     Draw({}, 0.5f);
     engine->EndStroke();

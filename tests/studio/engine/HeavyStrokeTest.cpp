@@ -86,7 +86,7 @@ TEST_F(HeavyStroke, KeepsTheOrderOfRequestsThatWaitForIt) {
     engine->EndStroke();
     engine->Run({{"layer", {{"add", "Skin"}}}});
     Draw({}, 0.5f, 10);
-    // The step ends the stroke, which the user has not released.
+    // Running a step ends the stroke, although the pen has not been released.
     engine->Run({{"mirror", {"x"}}});
     engine->EndStroke();
     Finish();

@@ -26,7 +26,7 @@ namespace {
 
 /// Above this number of faces, no level is added.
 constexpr uint32_t maxFaces = 10'000;
-/// Events after which a dialog or menu is closed.
+/// Number of events after which a dialog or menu is closed.
 constexpr int maxStepsInside = 5;
 constexpr int maxCloseAttempts = 1000;
 
@@ -56,7 +56,7 @@ int Monkey::Random(int below) { return static_cast<int>(random() % static_cast<u
 
 QPointF Monkey::RandomPosition() {
     const QSize size = studio.Viewport().size();
-    // Now and then outside of the viewport, as a drag may be.
+    // Some positions are outside the viewport, because a drag may leave it.
     return QPointF(Random(size.width() + 40) - 20, Random(size.height() + 40) - 20) +
            QPointF(Random(8), Random(8)) * 0.125;
 }
@@ -103,7 +103,7 @@ void Monkey::Step() {
     if (!isSending) return;
     Schedule();
     if (remaining <= 0) {
-        // Send returns only when no dialog has an event loop of its own any more.
+        // Send returns only when no dialog is running its own event loop.
         QWidget* open = QApplication::activePopupWidget();
         if (open == nullptr) open = QApplication::activeModalWidget();
         if (open == nullptr) return;

@@ -11,7 +11,7 @@
 namespace trovik::studio::test {
 
 /// Sends random pointer, key and command events to a running studio, as fast as its event loop
-/// accepts them, also while dialogs and menus are open. The sequence depends on the seed; its
+/// accepts them, even while dialogs and menus are open. The sequence depends on the seed; its
 /// effect also depends on the speed of the machine, because jobs run at the same time.
 ///
 /// It neither quits nor resets the document, never enters text into a file dialog, and stops adding
@@ -57,7 +57,7 @@ private:
     bool isSending = false;
     int remaining = 0;
     int closeAttempts = 0;
-    /// Events since the open dialog or menu was first noticed.
+    /// Number of events since the open dialog or menu was first detected.
     int stepsInside = 0;
     uint32_t time = 0;
     QPointF pen{200.0, 150.0};

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Random input to the whole studio. TROVIK_MONKEY_EVENTS is the number of events,
-/// TROVIK_MONKEY_SEED the seed of the sequence.
+/// Sends random input to the whole studio. TROVIK_MONKEY_EVENTS is the number of events, and
+/// TROVIK_MONKEY_SEED is the seed of the sequence.
 #include "commands/Primitives.h"
 #include "framework/io/ContentHash.h"
 #include "input/ViewportInput.h"
@@ -38,7 +38,7 @@ int NumberOf(const char* variable, int otherwise) {
 class MonkeyTest : public testing::Test {
 protected:
     MonkeyTest() {
-        // File dialogs and recordings of the monkey stay in this folder.
+        // Files that the monkey saves or records are written to this folder.
         QDir::setCurrent(folder.path());
         QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
         CommandLine line;
@@ -100,7 +100,7 @@ protected:
         return HashFile(path);
     }
 
-    /// Remembers the surface at the start of the history.
+    /// Stores the surface at the start of the history.
     void RememberBase() {
         WaitUntilIdle();
         const auto done = static_cast<int>(State().historyPosition);
@@ -167,7 +167,7 @@ TEST_F(MonkeyTest, LeavesAValidDocument) {
         monkey.Send(count);
         sent += count;
         studio->Input().FinishGesture();
-        // A menu of the viewport opens only when the engine has picked the surface.
+        // The viewport menu opens only after the engine has picked the surface.
         WaitUntilIdle();
         ASSERT_TRUE(monkey.CloseAll()) << "a dialog or menu cannot be closed";
         WaitUntilIdle();

@@ -100,7 +100,7 @@ TEST_F(KeymapTest, FilesRoundTrip) {
     QWidget other;
     ActionRegistry fresh(&other);
     Keymap imported(fresh, Path("second.json"));
-    // Actions that are added after the file was read get their keys as well.
+    // Actions that are added after the file has been read get their keys as well.
     ASSERT_EQ(imported.Import(Path("exported.json")), "");
     Fill(fresh);
     for (const ActionInfo& info : actions.Infos())

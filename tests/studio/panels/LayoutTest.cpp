@@ -58,7 +58,8 @@ void ExpectNoClippedText(const QToolButton& button) {
     EXPECT_LE(button.fontMetrics().height(), button.height() + 1) << NameOf(button);
 }
 
-/// Nothing is cut off at the sides by the widgets around it. Panels scroll up and down only.
+/// Checks that the widgets around a widget do not cut it off at the sides. Panels scroll only
+/// vertically.
 void ExpectInsideOfParents(const QWidget& widget) {
     for (const QWidget* outer = widget.parentWidget(); outer != nullptr;
          outer = outer->parentWidget()) {
@@ -98,8 +99,8 @@ protected:
         EXPECT_GT(labels, 40);
     }
 
-    /// An image of the window is not empty: no color covers nearly all of it outside of the
-    /// viewport.
+    /// Checks that an image of the window is not empty: outside the viewport, no single color
+    /// covers nearly all of it.
     void CheckPicture() {
         const QImage image = window->grab().toImage();
         ASSERT_EQ(image.size(), window->size() * window->devicePixelRatioF());

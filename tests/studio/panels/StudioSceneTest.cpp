@@ -27,7 +27,7 @@ namespace {
 const CameraPose front{{0, 0, 5}, {0, 0, 0}, {0, 1, 0}, 35.0f, false};
 const CameraPose side{{5, 0.1f, 0}, {0, 0.25f, 0}, {0, 0.6f, 0.8f}, 50.0f, true};
 
-/// A window whose camera is a variable.
+/// A window whose camera is a variable of the test.
 class StudioSceneTest : public StudioWindow {
 protected:
     StudioSceneTest() {
@@ -227,7 +227,7 @@ TEST_F(StudioSceneTest, RecoveredWorkFindsItsReferenceImages) {
     }
     EXPECT_TRUE(notes.isEmpty()) << notes.join("\n").toStdString();
 
-    // A scene that was moved before it was opened, and never saved at its new location.
+    // The scene was moved before it was opened, and was never saved at its new location.
     ASSERT_TRUE(QFile::rename(root.filePath("scenes"), root.filePath("moved")));
     Reopen(root.filePath("moved/head.trovik"));
     engine.Run({{"mask", "invert"}});
@@ -319,7 +319,7 @@ TEST(ReferenceImage, IsShownFromItsDirection) {
     image.centre = {0.3f, 0.1f, -0.2f};
     const auto inWorld = QuadOf(image, picture, view);
     ASSERT_TRUE(inWorld.has_value());
-    // Seen from +x, the right of the image is -z.
+    // Seen from +x, the right side of the image is towards -z.
     const Vector corner = shown.ToPixel({0.3f, 0.35f, -0.7f});
     const auto& [x, y, w] = inWorld->corners[3];
     EXPECT_NEAR((x / w * 0.5f + 0.5f) * 800.0f, corner.x, 0.01f);

@@ -28,8 +28,8 @@ protected:
     void OpenSphere(int levels = 1);
     /// Waits until the results of all requests so far are shown.
     void Finish();
-    /// Waits until no widget of the window moves or changes its size any more: layouts follow a
-    /// change over several turns of the event loop.
+    /// Waits until all widgets of the window have stopped moving and changing size, because layouts
+    /// respond to a change over several iterations of the event loop.
     void FinishLayout();
     /// The steps since the document was opened, as SaveActions writes them.
     nlohmann::json Steps();

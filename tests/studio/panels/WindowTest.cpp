@@ -180,7 +180,7 @@ TEST_F(StudioWindow, NoControlOfAPanelTakesTheFocusByItself) {
                                qobject_cast<QAbstractItemView*>(widget) != nullptr ||
                                qobject_cast<QComboBox*>(widget) != nullptr ||
                                qobject_cast<ValueSlider*>(widget) != nullptr;
-        // Skips parts of Qt's own controls.
+        // Skips internal widgets of Qt's controls.
         if (!isControl || widget->objectName().startsWith("qt_") ||
             qobject_cast<QComboBox*>(widget->parentWidget()) != nullptr ||
             widget->parentWidget()->inherits("QComboBoxPrivateContainer"))
@@ -197,7 +197,7 @@ TEST_F(StudioWindow, EveryControlHasANameAndATooltip) {
         const bool isControl = qobject_cast<QAbstractButton*>(widget) != nullptr ||
                                qobject_cast<QComboBox*>(widget) != nullptr ||
                                qobject_cast<ValueSlider*>(widget) != nullptr;
-        // Skips parts of Qt's own controls, such as the icon in a line edit.
+        // Skips internal widgets of Qt's controls, such as the icon in a line edit.
         if (!isControl || widget->objectName().startsWith("qt_") ||
             qobject_cast<QLineEdit*>(widget->parentWidget()) != nullptr)
             continue;

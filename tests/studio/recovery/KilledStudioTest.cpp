@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The program is killed with SIGKILL while it works. Its next start offers the work, and
-/// recovers the surface after the last finished dab bit for bit.
+/// \file The program is killed with SIGKILL while it is working. When it is started again, it
+/// offers to recover the work, and restores the surface bit for bit as it was after the last
+/// finished dab.
 #include "StudioApplication.h"
 #include "commands/Preferences.h"
 #include "framework/document/Document.h"
@@ -28,7 +29,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A dab every hundredth of the radius, so that the stroke has some hundred dabs.
+/// Places a dab every hundredth of the radius, so that the stroke has several hundred dabs.
 const char* const brush =
     R"({"tool": "Wax", "set": {"radius": 0.3, "strength": 10, "spacing": 1}})";
 

@@ -36,7 +36,7 @@ public:
     }
 
 private:
-    /// Necessary because another viewport may have been used.
+    /// Necessary because another viewport may have made its own context current.
     void MakeCurrent() { context.makeCurrent(&surface); }
 
     QOffscreenSurface surface;

@@ -80,7 +80,7 @@ protected:
 constexpr const char* stroke = R"({"stroke": {"pointer": [[75, 62], [125, 94]]}})";
 
 TEST_F(SurfacePictureTest, ShowsStrokesOfEveryTool) {
-    // Smoothing and moving tools have no effect on a surface without detail.
+    // Tools that smooth or move the surface have no effect on a surface without detail.
     EXPECT_TRUE(StepIsShown(R"({"stroke": {"pointer": [[69, 87], [131, 69]]}})"));
     unsigned shownTools = 0;
     const std::vector<std::string> tools = shown.document->ToolNames();
@@ -90,7 +90,7 @@ TEST_F(SurfacePictureTest, ShowsStrokesOfEveryTool) {
         shown.runner.Do({{"tool", tool}, {"set", {{"radius", 0.3}}}});
         shownTools += StepIsShown(stroke) ? 1u : 0u;
     }
-    // Some do nothing without a stamp.
+    // Some tools do nothing without a stamp.
     EXPECT_GE(shownTools, 12u);
 }
 

@@ -271,7 +271,7 @@ TEST(PenSession, APressThatDependsOnThePickOrbitsNextToTheSurfaceAndSculptsOnIt)
     EXPECT_EQ(session.Play(Joined({{Step(brush)}, beside})), "");
     EXPECT_FALSE(session.viewport->View() == before);
     EXPECT_TRUE(session.engine.State()->history.empty());
-    // Play restores the camera that the stroke was made for.
+    // Play first sets the camera to BustCamera, so this stroke is on the surface.
     EXPECT_EQ(session.Play(PenStroke(300.0, 2000)), "");
     EXPECT_EQ(session.engine.State()->history.size(), 1u);
     EXPECT_EQ(session.SceneHash(), HashAfter(PenStroke(300.0, 2000)));
@@ -281,7 +281,7 @@ TEST(PenSession, PlaybackLeavesNoKeyHeld) {
     StudioSession session;
     session.OpenBust();
     const auto user = QKeyCombination::fromCombined(Qt::Key_Shift);
-    // The user's key is released during the playback, which blocks its event.
+    // The user releases the key during the playback, which blocks the release event.
     QKeyEvent pressed(QEvent::KeyPress, user.key(), Qt::NoModifier);
     QCoreApplication::sendEvent(session.viewport, &pressed);
     ASSERT_TRUE(session.input->Keys().IsHeld(Qt::Key_Shift));
@@ -293,7 +293,7 @@ TEST(PenSession, PlaybackLeavesNoKeyHeld) {
     EXPECT_EQ(session.Play(Joined({{press(Qt::Key_Control)}, events})), "");
     EXPECT_EQ(session.input->Keys().Modifiers(), Qt::NoModifier);
     EXPECT_FALSE(session.input->HasGesture());
-    // A held key that changes the radius.
+    // The key F changes the radius while it is held.
     PenInput hover;
     hover.position = {400.0, 300.0};
     EXPECT_EQ(session.Play({{0, hover}, press(Qt::Key_F)}), "");

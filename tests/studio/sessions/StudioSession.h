@@ -70,7 +70,7 @@ CameraInput BustCamera();
 
 /// Events of a stroke with a pen across the bust.
 std::vector<TimedInput> PenStroke(double y, uint32_t time, int samples = 40, bool isEraser = false);
-/// The same with a mouse.
+/// Events of the same stroke with a mouse.
 std::vector<TimedInput> MouseStroke(double y, uint32_t time, bool isFromPen = false);
 TimedInput Key(KeyInput::Kind kind, QKeyCombination key, uint32_t time = 0);
 TimedInput Step(const char* json);
