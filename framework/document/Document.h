@@ -165,7 +165,7 @@ public:
     /// Adds an undo step for a change that has already been made to the geometry, and updates
     /// everything that depends on the surface. Does nothing if the step is null.
     /// \param join  undo the step together with the previous one.
-    /// \throw HostError if a stroke is open; the change has been rolled back by then.
+    /// \throw HostError if a stroke is open; in that case, the change has been rolled back.
     void Push(std::unique_ptr<UndoStep> step, bool join = false);
     /// Sets the memory budget of the undo history in bytes; without a value, the preference
     /// applies. Reset keeps the budget.

@@ -16,7 +16,7 @@ public:
     /// Called when a scene has been written completely to a temporary file, just before that file
     /// replaces `scenePath`.
     /// \param job  the job of the save; may be null.
-    /// \throw HostError or Cancelled to cancel the save; the old scene then remains.
+    /// \throw HostError or Cancelled to cancel the save; the old scene is then kept.
     virtual void OnSceneWritten(const std::string& scenePath,
                                 const std::string& temporaryPath,
                                 JobControl* job) = 0;

@@ -63,8 +63,8 @@ TROVIK_API void BeginStroke(Document& document,
 /// "pen" stroke in a script with the same samples gives a bit-identical result. The stroke is one
 /// undo step and is recorded in the document's journal, if it has one.
 ///
-/// While it is open, Document rejects every operation that would change the mesh, the tool or the
-/// mirrors. If the stroke is ended through the document's loop, this object ignores further
+/// While the stroke is open, Document rejects every operation that would change the mesh, the tool
+/// or the mirrors. If the stroke is ended through the document's loop, this object ignores further
 /// samples. The document must outlive it. Several documents may have open strokes at the same time.
 ///
 /// A mouse is treated as a pen with pressure 1. Sample positions are in pixels of Document::View,

@@ -16,7 +16,7 @@ namespace {
 constexpr int severalCopies = 4;
 
 /// Resets the process globals to their initial values.
-/// \param geometry  of the document to which they belong.
+/// \param geometry  the geometry of the document to which they belong.
 void ResetGlobals(LevelGeometry* geometry) {
     HostScene& scene = *HostKernel::Instance().Scene();
     CheckableFloatArray::s_bActive = false;

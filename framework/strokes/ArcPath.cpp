@@ -100,7 +100,7 @@ void ArcPath::Add(const PathSample& sample) {
         knots[last] = sample;
         reached[last] =
             reached[last - 1] + Between(knots[last - 1].position, sample.position).Length();
-        // Positions cannot be measured along a segment that is too short to change the length of
+        // Positions cannot be computed along a segment that is too short to change the length of
         // the path.
         if (!(guidesReached[last] > reached[last - 1])) {
             guides[last] = sample;

@@ -12,20 +12,20 @@ namespace trovik {
 /// A polyline parametrised by arc length. Its values depend on the shape of the path and not on the
 /// number of samples: a sample is dropped if it lies exactly on the straight segment between its
 /// neighbours and has the pressure, tilt and (if timed) time interpolated there. Positions along a
-/// straight segment are measured against the first sample on it, regardless of where the segment
-/// ends, so that an additional sample changes values by less than single-precision rounding.
+/// straight segment are computed from the first sample on it, regardless of where the segment ends,
+/// so an additional sample changes the values by less than single-precision rounding.
 ///
 /// A path can grow. Adding samples does not change the values at lengths below Length(); only those
 /// at Length() itself can change. Samples therefore need not be held back.
 ///
-/// Lengths are in the units of the samples. Construction takes O(samples), a query takes O(log
-/// samples).
+/// Lengths are in the units of the samples. Construction takes O(samples) time, and a query takes
+/// O(log samples) time.
 class TROVIK_API ArcPath {
 public:
     /// If pressure, tilt or time changes while the pen stays at one position, selects the value
     /// before or after the change.
     enum class Side { Before, After };
-    /// A pause: from knot `first` to knot `last`, time passes while the pen stays at arc length
+    /// A pause: time passes from knot `first` to knot `last` while the pen stays at arc length
     /// `at`. The last pause of a path can still grow.
     struct Pause {
         double at;
@@ -59,8 +59,8 @@ public:
     /// Arc length at each knot.
     const std::vector<double>& Reached() const { return reached; }
     /// For each knot, the first sample on the segment that ends at the knot, and the arc length
-    /// there. Positions on the segment are measured against them, because the last knot of a path
-    /// can still move.
+    /// there. Positions on the segment are computed from them, because the last knot of a path can
+    /// still move.
     const std::vector<PathSample>& Guides() const { return guides; }
     const std::vector<double>& GuidesReached() const { return guidesReached; }
 

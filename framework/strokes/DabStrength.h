@@ -12,7 +12,7 @@ namespace trovik {
 /// centre by one radius before build-up is applied, and Wax places its plane a quarter of a radius
 /// above the surface. With a vector stamp, all tools except Wax use the percentage: at 100 percent,
 /// a stamp value of 1 moves a vertex by the length of the stamp's side.
-/// \param radius  world units.
+/// \param radius  in world units.
 TROVIK_API float DabStrength(const BrushOperation& brush, float pressure, float radius);
 
 /// Converts a dab's strength to a different radius: a length scales with the radius, while a

@@ -15,11 +15,11 @@ enum class DrawMode : int {
     AcrossPoints = 2,
 };
 
-/// Places one copy of the stamp by press, drag and release, within one stroke of the stroke loop.
-/// Each motion reverts the surface and applies the copy again, so that only the last copy remains.
-/// The copy's up direction points from the press point to the pointer unless the stamp positioning
-/// overrides it. If the pointer does not move, the copy has the brush radius and is placed at the
-/// press point.
+/// Places one copy of the stamp with a press, a drag and a release, all within one stroke of the
+/// stroke loop. Each motion reverts the surface and applies the copy again, so that only the last
+/// copy remains. The copy's up direction points from the press point to the pointer unless the
+/// stamp positioning overrides it. If the pointer does not move, the copy has the brush radius and
+/// is placed at the press point.
 ///
 /// Positions are in viewport coordinates or, without a view, in world space; a world position is
 /// moved to the nearest point on the surface. In a view, distances are measured in the plane
@@ -42,7 +42,7 @@ public:
     void Start(const Vector& position) { press = position; }
     /// Moves the copy to the sample. The last call places the final copy.
     void Drag(const PathSample& sample);
-    /// Number of main dabs applied so far, including reverted ones.
+    /// Number of dabs applied so far, including reverted dabs but not mirrored ones.
     unsigned Count() const { return count; }
 
 private:

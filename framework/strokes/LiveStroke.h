@@ -49,8 +49,8 @@ struct LiveStrokeSettings {
 /// that time has passed.
 class TROVIK_API LiveStroke {
 public:
-    /// Borrows loop, geometry and tree. All other members must be called between the loop's Begin
-    /// and End. \throw HostError if radius or spacing is out of range; see PathSteps.
+    /// Borrows `loop`, `geometry` and `tree`. All other members must be called between the loop's
+    /// Begin and End. \throw HostError if the radius or the spacing is out of range; see PathSteps.
     LiveStroke(StrokeLoop& loop,
                LevelGeometry& geometry,
                const PatchTree& tree,
@@ -66,11 +66,11 @@ public:
     void Add(const std::vector<PathSample>& samples);
     void Add(const PathSample& sample) { Add(std::vector<PathSample>{sample}); }
     using Budget = std::chrono::steady_clock::duration;
-    /// Adds samples within a time budget, so that a backlog of large dabs does not delay the next
-    /// frame: applies at least one dab, and more until the budget is spent. The dabs are
-    /// bit-identical regardless of how they are distributed over calls. \return whether final dabs
-    /// are left over; the next call applies them first. With DrawMode::FromCenter and AcrossPoints,
-    /// the budget is ignored, because only one copy is moved.
+    /// Adds samples and applies dabs within a time budget, so that a backlog of large dabs does not
+    /// delay the next frame. At least one dab is applied, and more until the budget is spent. The
+    /// dabs are bit-identical regardless of how they are distributed over calls. \return whether
+    /// final dabs are left over; the next call applies them first. With DrawMode::FromCenter and
+    /// AcrossPoints, the budget is ignored, because only one copy is moved.
     bool Add(const std::vector<PathSample>& samples, Budget budget);
     /// Applies dabs that Add or Release left over.
     /// \return whether dabs remain.
@@ -101,7 +101,8 @@ public:
     /// overlay for a straight line, or for a path that lags behind the pen. The samples are in the
     /// same space as the added ones. Cost: each call computes the path of the whole stroke again.
     std::vector<PathSample> Preview() const;
-    /// Number of main dabs applied so far; each placement of a stamp copy counts as one.
+    /// Number of dabs applied so far, not counting mirrored dabs; each placement of a stamp copy
+    /// counts as one.
     unsigned Count() const;
 
 private:

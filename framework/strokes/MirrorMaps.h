@@ -10,7 +10,7 @@ namespace trovik {
 /// The mirrored copies of a dab: reflections in planes through the origin and rotations about an
 /// axis through it, all mesh-local.
 struct MirrorSetting {
-    /// Axes perpendicular to the mirror planes: 0 x, 1 y, 2 z, each at most once.
+    /// Axes perpendicular to the mirror planes (0 is x, 1 is y, 2 is z), each listed at most once.
     std::vector<int> planes;
     /// Number of copies rotated about `axis`, including the dab itself; 1 disables rotation.
     int copies = 1;

@@ -35,7 +35,7 @@ namespace trovik {
 /// spacing) beyond it.
 class TROVIK_API PathDabs {
 public:
-    /// Borrows loop, geometry and tree. Use the object between the loop's Begin and End.
+    /// Borrows `loop`, `geometry` and `tree`. Use the object between the loop's Begin and End.
     /// \param view  the camera, which is used in both coordinate spaces.
     /// \throw HostError under the conditions described for PathSteps.
     PathDabs(StrokeLoop& loop,
@@ -63,7 +63,7 @@ public:
     /// \return whether all dabs have been applied.
     /// \throw the exceptions of Advance.
     bool Finish(Deadline deadline = noDeadline);
-    /// Number of main dabs applied.
+    /// Number of dabs applied, not counting mirrored ones.
     unsigned Count() const { return count; }
 
 private:

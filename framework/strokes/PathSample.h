@@ -15,9 +15,9 @@ struct PathSample {
     Vector position;
     /// 0 to 1.
     float pressure = 1.0f;
-    /// Pen tilt: the projection onto the viewport of a unit vector along the pen towards its upper
-    /// end, x to the right and y down. Its length is 0 if the pen is upright and 1 if the pen lies
-    /// flat. z is unused.
+    /// Pen tilt: a unit vector that points along the pen towards its upper end, projected onto the
+    /// viewport (x to the right, y down). Its length is 0 if the pen is upright and 1 if the pen
+    /// lies flat. z is unused.
     Vector tilt;
     /// Timestamp in seconds since an arbitrary moment. Used only by airbrush dabs and the pointer
     /// filter.

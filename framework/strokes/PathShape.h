@@ -30,8 +30,8 @@ struct PathShape {
 /// Applies a shape to a path: first the curve through the samples or the straight line, then
 /// snapping, smoothing and the stabiliser. If none of them is set, returns the samples unchanged.
 /// Throws HostError if the curve needs more than maxPathSteps (see PathSteps.h) chords, or if
-/// snapping, smoothing or the stabiliser takes more than maxPathSteps steps, each 1/16 of its
-/// length parameter.
+/// snapping, smoothing or the stabiliser needs more than maxPathSteps steps. The length of a step
+/// is 1/16 of the stage's length parameter.
 /// \param timed  whether to store times; see ArcPath.
 TROVIK_API std::vector<PathSample> Shaped(std::vector<PathSample> samples,
                                           const PathShape& shape,

@@ -40,10 +40,10 @@ TROVIK_API std::unique_ptr<PathStage> CurveStage();
 /// it, or to the first such point if there are several; other positions are unchanged. Where the
 /// pen approaches or leaves the curve, a straight segment connects the two. No sample is held back.
 ///
-/// For this stage, SmoothingStage and StabiliserStage: `poll` is called regularly during long work,
-/// and its exceptions pass through. Add throws HostError if the path takes more than maxPathSteps
-/// steps, each 1/16 of the stage's length parameter. \param timed  whether to store times; see
-/// ArcPath.
+/// The following also applies to SmoothingStage and StabiliserStage. `poll` is called regularly
+/// during long work, and its exceptions pass through. Add throws HostError if the path needs more
+/// than maxPathSteps steps, where the length of a step is 1/16 of the stage's length parameter.
+/// \param timed  whether to store times; see ArcPath.
 TROVIK_API std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve,
                                                 float distance,
                                                 bool timed,
@@ -52,7 +52,7 @@ TROVIK_API std::unique_ptr<PathStage> SnapStage(std::vector<Vector> curve,
 /// (above 0) around it. Near the ends, the window shrinks so that it stays centred and within the
 /// path, so the first and last positions do not change. A straight path does not change. Pressure,
 /// tilt and time keep their original arc lengths. A position is held back until the pen has moved
-/// farther along the path by half the length, even if the pen pauses.
+/// half the length farther along the path, even if the pen pauses.
 TROVIK_API std::unique_ptr<PathStage> SmoothingStage(float length,
                                                      bool timed,
                                                      const StepPoll& poll = StepPoll());

@@ -131,7 +131,7 @@ void PathSteps::Add(const PathSample& sample) {
     if (last) {
         const double longer = length + Distance(last->position, sample.position);
         if (longer != 0.0 && IsTooLong(longer, StepLength(start))) {
-            throw PathRefused("the path up to " + Text(sample.position, space) + " takes " +
+            throw PathRefused("the path up to " + Text(sample.position, space) + " requires " +
                                   TooMany(longer / *step, StepText()),
                               samples - 1);
         }

@@ -14,8 +14,8 @@
 
 namespace trovik {
 
-/// The maximum number of steps that one stroke may take along its path, including dabs. At a few
-/// microseconds per step, the longest path takes about a minute.
+/// The maximum number of steps along the path of one stroke, including dabs. At a few microseconds
+/// per step, the longest path is processed in about a minute.
 inline constexpr double maxPathSteps = 1e7;
 /// The range of the dab spacing, as a fraction of the radius.
 inline constexpr float minSpacing = 0.001f;
@@ -37,7 +37,7 @@ public:
 /// range.
 TROVIK_API void CheckSpacing(float spacing);
 
-/// \throw HostError if a path takes more than maxPathSteps steps; the message states the number of
+/// \throw HostError if a path needs more than maxPathSteps steps; the message states the number of
 /// steps and their length.
 /// \param work  the purpose of the steps, for the message.
 TROVIK_API void CheckStepCount(double pathLength, double step, const std::string& work);
@@ -59,8 +59,8 @@ private:
 /// in the view, or a quarter of the spacing on the surface; each dab counts as one step.
 class TROVIK_API PathSteps {
 public:
-    /// Borrows geometry and tree.
-    /// \throw HostError if the radius is not finite and above 0, or if the spacing is out of range.
+    /// Borrows `geometry` and `tree`.
+    /// \throw HostError unless the radius is finite and above 0 and the spacing is in range.
     PathSteps(const LevelGeometry& geometry,
               const PatchTree& tree,
               const StrokeView& view,
@@ -80,8 +80,8 @@ public:
     /// samples, is too long.
     void CheckLength(const Vector& first, double length);
     /// Counts one step or one dab and regularly calls PathOptions::poll.
-    /// \throw HostError after more than maxPathSteps steps, which is possible because dabs can
-    /// become smaller than at the start of the path.
+    /// \throw HostError after more than maxPathSteps steps. Add cannot always predict this, because
+    /// dabs can become smaller than at the start of the path.
     void Take();
 
 private:

@@ -12,8 +12,8 @@ namespace trovik {
 /// Maps pressure to a value with a smooth, piecewise cubic curve through control points. The curve
 /// rises only where its points rise and falls only where they fall, so it never leaves their range.
 /// It is constant before the first point and after the last one. Without points, it is the
-/// identity. The slopes are those of Fritsch, Butland: "A Method for Constructing Local Monotone
-/// Piecewise Cubic Interpolants" (1984).
+/// identity. The slopes are computed as in Fritsch, Butland: "A Method for Constructing Local
+/// Monotone Piecewise Cubic Interpolants" (1984).
 class TROVIK_API PressureCurve {
 public:
     struct Point {

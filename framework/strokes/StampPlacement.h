@@ -17,11 +17,11 @@ namespace trovik {
 class TROVIK_API StampPlacement {
 public:
     /// A stamp that lies flat on the surface.
-    /// \param middle, normal, toward world. `normal` may have any non-zero length. `toward`, the
-    /// image's up direction, is projected onto the surface. If the projection vanishes, `Up` is the
-    /// camera's up direction projected onto the surface, and if that vanishes too, the camera's
-    /// view direction.
-    /// \param radius  world units, more than 0.
+    /// \param middle, normal, toward  in world space. `normal` may have any non-zero length.
+    /// `toward`, the image's up direction, is projected onto the surface. If the projection
+    /// vanishes, `Up` is the camera's up direction projected onto the surface, and if that vanishes
+    /// too, the camera's view direction.
+    /// \param radius  in world units, above 0.
     static StampPlacement OnSurface(const Vector& middle,
                                     const Vector& normal,
                                     float radius,
@@ -29,7 +29,7 @@ public:
                                     const Matrix& cameraToWorld);
 
     /// A stamp projected from the camera: it is centred on `middle`, perpendicular to the view
-    /// direction, and has the given radius there. All points on the same line of sight read the
+    /// direction, and has the given radius there. All points on the same line of sight map to the
     /// same pixel. If `middle` is less than one radius from the eye, the projection is parallel.
     /// \param toward  as for OnSurface, but projected onto the image plane; if the projection
     /// vanishes, the camera's up direction is used.
@@ -51,8 +51,9 @@ public:
     const Vector& Up() const { return up; }
     const Vector& Out() const { return out; }
 
-    /// The matrix of a mirrored dab: each position reads the pixel of its mirror image on the main
-    /// side. For mirrors in the mesh's coordinate planes, the matrices differ only in signs.
+    /// The matrix of a mirrored dab, which maps each position to the same pixel as its mirror image
+    /// on the main side. For mirrors in the mesh's coordinate planes, the matrices differ only in
+    /// signs.
     /// \param pointMap  maps main positions to mirrored ones, mesh-local; must be invertible.
     static Matrix Mirrored(const Matrix& toPixels, const Matrix& pointMap);
 

@@ -24,8 +24,8 @@ enum class StampPositioning : int {
     Start = 3,
 };
 
-/// The stamp during one stroke: determines the position, rotation, scattering and spacing of each
-/// dab's copy.
+/// The state of the stamp during one stroke. It determines the position, rotation, scattering and
+/// spacing of each dab's copy.
 ///
 /// The presence of a stamp, its size and its pixels are determined at the start of the stroke.
 /// Other settings are read for each dab. If the brush's IsOrientedToSurface is set, the stamp lies
@@ -50,9 +50,9 @@ public:
     /// the camera onto the bounding sphere of this box (mesh-local).
     Matrix OverAll(const AxisAlignedBoundingBox& box) const;
 
-    /// Distance to the next dab in world units: `fraction` times the radius. Repeat with a stamp
-    /// places its copies side by side instead: the distance is two radii plus the brush's stamp
-    /// spacing (in percent of the radius) plus random jitter. Call once per dab.
+    /// Distance to the next dab in world units: `fraction` times the radius. With a stamp, the
+    /// Repeat tool places its copies side by side instead: the distance is two radii plus the
+    /// brush's stamp spacing (in percent of the radius) plus random jitter. Call once per dab.
     float Spacing(float radius, float fraction);
 
 private:

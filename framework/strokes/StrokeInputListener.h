@@ -20,9 +20,9 @@ public:
     virtual void OnDab(const StrokeDab& dab, bool failed) = 0;
     virtual void OnWholeMesh(float strength, bool byFacing) = 0;
     virtual void OnReverted() = 0;
-    /// \param brokenOff  whether the stroke ended before all mirrored sides were applied, or an
-    /// error occurred while it ended. In these cases, StrokeLoop::Break reproduces the end of the
-    /// stroke, except for sides that were already complete.
+    /// \param brokenOff  whether the stroke ended before all mirrored sides were applied, or
+    /// whether an error occurred while it ended. In these cases, StrokeLoop::Break reproduces the
+    /// end of the stroke, except for sides that were already complete.
     virtual void OnStrokeEnded(bool brokenOff) = 0;
 
 protected:

@@ -15,7 +15,7 @@
 
 namespace trovik {
 
-/// A main dab that the stroke loop passes to the brush.
+/// A dab as the caller passes it to the stroke loop, which adds its mirrored copies.
 struct StrokeDab {
     /// Mesh-local; its mirror flag is false.
     SurfacePoint hit;
@@ -48,13 +48,13 @@ struct StrokeTotals {
 };
 
 /// Drives a brush over the bound level of one geometry. It pairs begin and end calls, adds the
-/// mirrored dabs of each main dab, tracks the previous hit on each side, and reports changed
-/// patches, which updates the patch tree.
+/// mirrored copies of each dab, tracks the previous hit on each side, and reports changed patches,
+/// so that the patch tree is updated.
 ///
 /// Errors: an exception from the brush ends the stroke and is then passed on to the caller.
 class TROVIK_API StrokeLoop {
 public:
-    /// Borrows brush, geometry and tree.
+    /// Borrows `brush`, `geometry` and `tree`.
     StrokeLoop(BrushOperation& brush, LevelGeometry& geometry, PatchTree& tree);
 
     /// Sets the maps from points (mesh-local) to their mirrored positions. Each map adds one
@@ -82,7 +82,7 @@ public:
     /// Begins a stroke. Loads the stamp's file if necessary.
     /// \param seed  the seed for all random values of the stroke.
     /// \throw HostError if the file cannot be read, in which case no stroke begins, or if a stroke
-    /// is already open, which is then not affected.
+    /// is already open, in which case that stroke is not affected.
     void Begin(BrushOperation::Modifier modifier, uint64_t seed = 0);
     /// Applies one dab. Like WholeMesh, throws HostError if no stroke is open.
     void Dab(const StrokeDab& dab);
@@ -110,7 +110,7 @@ public:
     uint64_t StrokeNumber() const { return number; }
 
     const StrokeTotals& Totals() const { return totals; }
-    /// World box of everything that the current or last stroke touched.
+    /// World-space bounding box of everything that the current or last stroke touched.
     const AxisAlignedBoundingBox& DirtyBox() const { return dirtyBox; }
 
 private:
@@ -154,7 +154,7 @@ private:
     StrokeTotals totals;
     AxisAlignedBoundingBox dirtyBox;
     BrushOperation::Modifier modifier = BrushOperation::ModifierNone;
-    /// Whether mirrors beyond the first are applied in additional strokes, and the main dabs
+    /// Whether mirrors beyond the first are applied in additional strokes, and the unmirrored dabs
     /// recorded for these strokes.
     bool inPairs = false;
     std::vector<StrokeDab> mainDabs;

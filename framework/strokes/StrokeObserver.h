@@ -22,21 +22,21 @@ struct BrushCall {
 
     Kind kind;
     BrushOperation& brush;
-    /// SetActiveConfiguration: the tool.
+    /// For SetActiveConfiguration: the tool.
     const BrushConfiguration* configuration = nullptr;
-    /// BeginStroke, ApplyToWholeMesh: the mesh argument; null if the brush receives no mesh.
+    /// For BeginStroke and ApplyToWholeMesh: the mesh argument; null if the brush receives no mesh.
     Mesh* mesh = nullptr;
     BrushOperation::Modifier modifier = BrushOperation::ModifierNone;
     BrushOperation::TriggerType trigger = BrushOperation::TriggerStroke;
-    /// ApplyDab: the arguments of the call. `box` is read before and after the call.
+    /// For ApplyDab: the arguments of the call. `box` is read before and after the call.
     const SurfacePoint* hit = nullptr;
     Vector position;
     float size = 0.0f;
     float pressure = 0.0f;
-    /// ApplyDab, ApplyToWholeMesh.
+    /// For ApplyDab and ApplyToWholeMesh.
     float strength = 0.0f;
     const AxisAlignedBoundingBox* box = nullptr;
-    /// ApplyToWholeMesh.
+    /// For ApplyToWholeMesh.
     bool byFacing = false;
 };
 

@@ -11,7 +11,7 @@
 
 namespace trovik {
 
-/// A viewport's camera and its size in pixels.
+/// A viewport: its camera and its size in pixels.
 struct TROVIK_API StrokeView {
     Vector eye{0.0f, 0.0f, 5.0f};
     Vector target;
@@ -43,9 +43,9 @@ struct PathOptions {
 
 /// Applies dabs along viewport samples, spaced by straight-line distance in world space. Each dab
 /// uses the surface as changed by the previous dabs; no dabs are applied where the path leaves the
-/// mesh. Pressure is interpolated. \return the number of main dabs.
-/// \throw HostError if radius or spacing is out of range, and PathRefused for a path that is too
-/// long, both before the first dab; see PathSteps.
+/// mesh. Pressure is interpolated. \return the number of dabs applied, not counting mirrored ones.
+/// \throw HostError if the radius or the spacing is out of range, and PathRefused for a path that
+/// is too long, both before the first dab; see PathSteps.
 TROVIK_API unsigned StrokeAlongView(StrokeLoop& loop,
                                     LevelGeometry& geometry,
                                     const PatchTree& tree,
@@ -53,8 +53,8 @@ TROVIK_API unsigned StrokeAlongView(StrokeLoop& loop,
                                     const std::vector<PathSample>& samples,
                                     const PathOptions& options);
 
-/// Applies dabs along points on the surface, in world space; the nearest point on the mesh is used.
-/// Errors are those of StrokeAlongView.
+/// Applies dabs along a path through points in world space; at each position on the path, the
+/// nearest point on the mesh is used. Throws the same exceptions as StrokeAlongView.
 TROVIK_API unsigned StrokeAlongSurface(StrokeLoop& loop,
                                        LevelGeometry& geometry,
                                        const PatchTree& tree,

@@ -5,9 +5,9 @@
 
 namespace trovik {
 
-/// Pseudo-random numbers that are identical on every machine for the same seed. They use only
-/// integer arithmetic and one exact product at the end. The generator is from Steele, Lea, Flood:
-/// "Fast Splittable Pseudorandom Number Generators" (2014).
+/// Pseudo-random numbers that are identical on every machine for the same seed. They are computed
+/// with integer arithmetic and one exact floating-point multiplication at the end. The generator is
+/// from Steele, Lea, Flood: "Fast Splittable Pseudorandom Number Generators" (2014).
 class StrokeRandom {
 public:
     explicit StrokeRandom(uint64_t seed = 0) : state(seed) {}

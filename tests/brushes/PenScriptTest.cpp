@@ -215,18 +215,19 @@ TEST_F(PenScript, OverlongPathsAreRefusedNamingTheSample) {
                               "pixels from the viewport's upper left corner"));
         EXPECT_THAT(error(R"("pointer": [[400, 1e30]])"),
                     HasSubstr("/steps/1/stroke/pointer/0: [400, 1e+30] is more than"));
-        EXPECT_THAT(error(R"("pointer": [[0, 0], [0, 4e6], [0, -4e6]])"),
-                    HasSubstr("/steps/1/stroke/pointer/2: the path up to [0, -4e+06] takes 2.4e+07 "
-                              "steps of 0.5 pixels; the maximum for a stroke is 10000000"));
+        EXPECT_THAT(
+            error(R"("pointer": [[0, 0], [0, 4e6], [0, -4e6]])"),
+            HasSubstr("/steps/1/stroke/pointer/2: the path up to [0, -4e+06] requires 2.4e+07 "
+                      "steps of 0.5 pixels; the maximum for a stroke is 10000000"));
         EXPECT_THAT(
             error(R"("surface": [[0, 0, 1], [0, 2e9, 1]])"),
             HasSubstr(
-                "/steps/1/stroke/surface/1: the path up to [0, 2e+09, 1] takes "
+                "/steps/1/stroke/surface/1: the path up to [0, 2e+09, 1] requires "
                 "1.6e+11 steps of 0.0125 units (radius 0.2, spacing 25 percent); the maximum"));
     }
     EXPECT_THAT(
         ErrorOf(Stroke(R"("pen": [[0, 0, 1, 0], [0, 4e6, 1, 8], [0, 0, 1, 16], [0, 4e6, 1, 24]])")),
-        HasSubstr("/steps/1/stroke/pen/2: the path up to [0, 0] takes 1.6e+07 steps"));
+        HasSubstr("/steps/1/stroke/pen/2: the path up to [0, 0] requires 1.6e+07 steps"));
     folder.Fill("far.json", R"({"samples": [[0, 0, 1, 0], [0, 1e30, 1, 8]]})");
     EXPECT_THAT(ErrorOf(Stroke(R"("pen": "far.json")")),
                 HasSubstr("/steps/1/stroke/pen: sample 1: [0, 1e+30] is more than"));
