@@ -16,14 +16,15 @@ enum class PackMethod : uint8_t { Quick, Tight };
 /// Packs arrays of plain values into one sequence of compressed bytes.
 ///
 /// Each array is split into pieces of at most 256 KiB. Within a piece, the first bytes of all
-/// elements come first, then all second bytes and so on, because bytes of the same rank are
-/// similar, for example the signs and exponents of neighbouring positions or the high bytes of
-/// indices. Pieces that do not shrink are stored uncompressed. Compression therefore needs memory
-/// for two pieces and the result, regardless of the size of the arrays.
+/// elements come first, then all second bytes, and so on. Bytes of the same rank are often similar,
+/// for example the signs and exponents of neighbouring positions or the high bytes of indices, so
+/// this order improves compression. Pieces that do not shrink are stored uncompressed. Because
+/// pieces are compressed one at a time, compression needs memory only for two pieces and the
+/// result, regardless of the size of the arrays.
 ///
 /// Layout: for each array, its element size and count (u32, u64); then, for each of its pieces, the
-/// packed length (u32) and the bytes. A packed length equal to the length of the piece means
-/// uncompressed.
+/// packed length (u32) and the bytes. If the packed length equals the length of the piece, the
+/// piece is uncompressed.
 TROVIK_API std::vector<uint8_t> PackArrays(const std::vector<StepArray>& arrays, PackMethod method);
 
 /// Unpacks into the arrays, which must have the same types as the packed ones.

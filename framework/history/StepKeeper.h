@@ -35,7 +35,8 @@ public:
     StepKeeper& operator=(const StepKeeper&) = delete;
 
     Handle Add(std::unique_ptr<UndoStep> step);
-    /// Deletes the step immediately; waits while it is being processed.
+    /// Deletes the step before returning; if the step is being processed, waits until that is
+    /// finished.
     void Drop(const Handle& record);
 
     /// Requests that the arrays be packed. Has no effect if the step's arrays have fewer than

@@ -151,7 +151,7 @@ private:
     /// Reduces the history to the budget by moving steps into the file and by dropping steps.
     void Fit();
     void DropOldest(uint64_t most);
-    /// Drops the next group in dropping order.
+    /// Drops one group, the next one in the order in which groups are dropped.
     /// \return false if only one group is left.
     bool DropGroup();
     void SpillFarthest();

@@ -18,9 +18,9 @@ struct JournalOptions {
     /// the machine crashes. Without this option, the journal survives a crash of the process but
     /// not of the machine.
     bool syncSteps = false;
-    /// For programs that continue after saves and cancelled steps. The journal then continues after
-    /// a save instead of restarting from the scene, so that undoing work from before the save is
-    /// recorded as a step, and cancelled steps are recorded as ended.
+    /// For programs that continue after saves and cancelled steps. After a save, the journal then
+    /// continues instead of restarting from the scene, so that undoing work from before the save is
+    /// recorded as a step. Cancelled steps are recorded as ended.
     bool isInteractive = false;
 };
 
@@ -30,7 +30,7 @@ struct JournalOptions {
 ///
 /// Each call passes its record to the operating system before it returns, so nothing is lost when
 /// the process ends, for whatever reason. A call costs one system call and does not wait for the
-/// disk unless documented.
+/// disk unless its description says so.
 ///
 /// Errors: only the constructor throws. If the journal can no longer be written, for example
 /// because the disk is full, nothing more is recorded; the other calls still succeed, and
@@ -48,7 +48,7 @@ public:
     /// Records that one more dab of the current step is complete.
     void DabDone();
     /// Records the end of the current step.
-    /// \param end  its `dabs` is set by this call.
+    /// \param end  `dabs` is ignored; the number of DabDone calls is recorded instead.
     /// \param label  the label of the undo step.
     void EndStep(const StepEnd& end, const std::string& label);
 
@@ -57,8 +57,9 @@ public:
     /// and the old base.
     void EndStepAndRestart(const StepEnd& end, const std::string& label, const JournalBase& base);
 
-    /// These record strokes that are not part of a step. Call each one after the corresponding call
-    /// to the stroke has returned or thrown, in the same order. Steps may run in between.
+    /// The following functions record strokes that are not part of a step. Call each one after the
+    /// corresponding call to the stroke has returned or thrown, in the same order. Steps may run in
+    /// between.
     void BeginStroke(const StrokeStart& start, const std::string& label);
     void StrokeDab(const StrokeInput& dab);
     void WholeMesh(const WholeMeshInput& input);
@@ -70,8 +71,8 @@ public:
     /// Records a scene that is complete and about to be renamed to this path. Waits for the disk.
     /// \param carried  see JournalBase.
     void Saved(const JournalFile& scene, const nlohmann::json& carried = nullptr);
-    /// Replaces all recorded steps by a new base that contains their result. Summary lines of these
-    /// steps are retained. Waits for the disk.
+    /// Replaces all recorded steps with a new base that contains their result. Summary lines of
+    /// these steps are retained. Waits for the disk.
     void RestartFrom(const JournalBase& base);
     /// Records that the work ended normally. Must be the last call.
     void Close();
@@ -79,7 +80,7 @@ public:
     /// Ends the journal because the caller cannot record its work; see TakeProblem.
     void GiveUp(const std::string& reason);
     /// Resumes a journal that could no longer be written, starting from a base that contains all
-    /// work so far. Must not be called within a step or stroke. The file of the old journal stays
+    /// work so far. Must not be called within a step or stroke. The old journal's file is kept
     /// until the new one replaces it. \return whether the journal is being written again.
     bool Resume(const JournalBase& base);
 

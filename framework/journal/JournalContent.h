@@ -24,10 +24,9 @@ struct JournalBase {
     ContentHash content;
     /// Name and version of the program.
     std::string program;
-    /// Steps that restore settings which the format of the source does not store; null if there are
-    /// none.
+    /// Steps that restore settings that the source's format does not store; null if there are none.
     nlohmann::json carried;
-    /// Absolute path of the folder for files that the script writes; empty in journals of old
+    /// Absolute path of the folder for files that the script writes; empty in journals from older
     /// versions, which did not record it.
     std::string output;
     /// Whether the script may write outside that folder.
@@ -44,7 +43,7 @@ struct JournalFile {
 
 TROVIK_API nlohmann::json ToJson(const JournalFile& file);
 
-/// A recorded call on a stroke that is not part of a step.
+/// A recorded operation of a stroke that is not part of a step.
 struct StrokeCall {
     RecordKind kind;
     StrokeInput dab;
@@ -107,9 +106,9 @@ TROVIK_API JournalContent ReadJournal(const std::string& path, bool untilDamage 
 /// JournalOptions::isInteractive. \param source  JournalBase::source.
 TROVIK_API std::string KeptSourceOf(const std::string& journalPath, const std::string& source);
 
-/// Whether this step and all later ones can be repeated from a scene that was saved before this
+/// Whether this step and all later ones can be replayed from a scene that was saved before this
 /// step. A scene has no undo history, so none of them may undo or redo a step from before the save.
-/// May return false even if the steps can be repeated, but never returns true if they cannot.
+/// May return false even if the steps can be replayed, but never returns true if they cannot.
 TROVIK_API bool CanStartAt(const JournalContent& content, std::size_t step);
 
 /// Returns a summary of a step for lists, with the fields "step", "dabs", "vertices", "undoBytes"

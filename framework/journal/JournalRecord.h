@@ -11,8 +11,7 @@
 /// header contains "TROVIKJN", the version (uint32) and the CRC-32 of both. It is followed by
 /// records. Each contains the length of its content (uint32), its kind (uint32), its number counted
 /// from 0 (uint32), the CRC-32 of these three fields and the content (uint32), and the content.
-/// Everything is little-endian. The number distinguishes a missing record from one that was never
-/// written.
+/// Everything is little-endian. The numbers show whether a record is missing from the sequence.
 namespace trovik {
 
 inline constexpr std::string_view journalMagic = "TROVIKJN";

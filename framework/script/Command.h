@@ -48,8 +48,8 @@ struct CommandTraits {
     bool isFirst = false;
     HistoryUse history = HistoryUse::None;
     std::vector<CommandInput> inputs = {};
-    /// The name in traces, if it differs from `name`, because the trace format never changes; null
-    /// if it is the same.
+    /// The name in traces; null if it is the same as `name`. It can differ because the trace format
+    /// never changes.
     const char* traceName = nullptr;
 };
 

@@ -37,9 +37,10 @@ struct Yes {};
 template <typename Enum>
 struct EnumNames;
 
-/// Read (for values that the schema accepts), Write and Describe for one type. Describe returns the
-/// alternatives that the type accepts: "boolean", "integer", "number", "string", "null", {"enum":
-/// […]}, {"array": alternatives of the items} or {"object": {field: alternatives}}.
+/// Provides Read, Write and Describe for one type. Read expects a value that the schema accepts.
+/// Describe returns the alternatives that the type accepts: "boolean", "integer", "number",
+/// "string", "null", {"enum": […]}, {"array": alternatives of the items} or {"object": {field:
+/// alternatives}}.
 template <typename T, typename = void>
 struct FieldValue;
 
@@ -237,7 +238,7 @@ struct FieldValue<std::vector<T>> {
     static nlohmann::json Describe() { return Alternative("array", FieldValue<T>::Describe()); }
 };
 
-/// Exactly `size` items, which the schema ensures.
+/// The schema ensures that the list has exactly `size` items.
 template <typename T, std::size_t size>
 struct FieldValue<std::array<T, size>> {
     static bool Accepts(const nlohmann::json& json) { return json.is_array(); }

@@ -12,7 +12,8 @@
 
 namespace trovik {
 
-/// Settings for running steps: their file folders, their permissions, and the progress receiver.
+/// Settings for running steps: folders, permissions, the handling of open strokes, and the progress
+/// receiver.
 struct CommandOptions {
     /// The name that messages use for the steps. It is also a file path: files that steps read are
     /// searched for in its folder. The file itself need not exist.
@@ -64,7 +65,7 @@ public:
     /// Passes history and journal errors to the progress receiver and to the document's observers.
     void ReportProblems();
     /// The reason why the journal is not being written, in one line; empty while it is being
-    /// written, and if there is no journal. Checks whether the file of the journal still exists.
+    /// written, and if there is no journal. Also checks whether the journal's file still exists.
     /// ReportProblems does not report the failure of an interactive journal, because the program
     /// can call JournalFailure at any time.
     std::string JournalFailure();

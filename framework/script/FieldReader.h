@@ -18,8 +18,8 @@ public:
     bool Has(const char* key) const { return value.contains(key); }
     FieldReader At(const char* key) const;
     FieldReader At(std::size_t index) const;
-    /// Returns a reader for another value that reports the position of this one; the value must
-    /// outlive the reader.
+    /// Returns a reader for `other` that reports the position of this value; `other` must outlive
+    /// the reader.
     FieldReader With(const nlohmann::json& other) const { return {other, file, pointer}; }
     std::size_t Size() const { return value.size(); }
     const nlohmann::json& Json() const { return value; }

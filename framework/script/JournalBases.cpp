@@ -107,8 +107,8 @@ void JournalRecorder::KeepSource(const std::string& scenePath) {
     if (!losesSource) keptSource = kept;
 }
 
-// Whenever the process ends, the old scene with the old journal, or the new scene with either
-// journal, restores everything.
+// No matter when the process ends, everything can be restored from the files on disk: from the old
+// scene and the old journal, or from the new scene and either journal.
 void JournalRecorder::OnSaved(const std::string&) {
     if (!journal.IsAlive()) return;
     if (journal.IsInteractive() && !losesSource) return;

@@ -67,8 +67,8 @@ void JournalRecorder::BeginStep(const nlohmann::json& step) {
     journal.BeginStep(whole.is_null() ? step : whole);
 }
 
-// Absolute paths, because a name alone can refer to another file when the journal is replayed:
-// files written by this run may no longer exist by then.
+// Absolute paths are recorded, because a name alone can refer to another file when the journal is
+// replayed: files written by this run may no longer exist by then.
 void JournalRecorder::NoteInput(const nlohmann::json& step,
                                 const std::string& command,
                                 const CommandInput& input,

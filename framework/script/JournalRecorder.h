@@ -37,7 +37,7 @@ public:
     /// before a save, it cannot be replayed from the journal's base. In that case, the scene is
     /// written next to the journal, and the journal restarts from that scene.
     void EndStep(bool failed);
-    /// Records that the step was cancelled. Without JournalOptions::isInteractive, the step stays
+    /// Records that the step was cancelled. Without JournalOptions::isInteractive, the step is left
     /// unfinished, as after a crash.
     void CancelStep();
     void Close();
@@ -45,7 +45,7 @@ public:
     const Journal& GetJournal() const { return journal; }
     void RequireFile() { journal.RequireFile(); }
     /// Continues a journal that ended early: writes the scene next to it, and restarts it from that
-    /// scene. \throw HostError while a stroke is open, and if a file cannot be written; Cancelled.
+    /// scene. \throw HostError while a stroke is open, or if a file cannot be written; Cancelled.
     /// In these cases nothing has changed.
     void Resume(JobControl* job);
 
@@ -76,8 +76,8 @@ private:
     StepEnd Ended(bool failed) const;
     /// The base of a journal that continues from this scene.
     JournalBase BaseFrom(const JournalFile& scene);
-    /// Keeps a hard link to the file that the journal starts from, or a copy, if a scene is about
-    /// to replace that file.
+    /// If a scene is about to replace the file that the journal starts from, keeps a hard link to
+    /// that file, or a copy of it.
     void KeepSource(const std::string& scenePath);
     JournalFile WriteSnapshot(JobControl* job);
     void RemoveOlderSnapshot(const std::string& before);

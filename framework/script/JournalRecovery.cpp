@@ -108,7 +108,7 @@ private:
 
     /// Determines where the replay can start. \return the index of the first step to replay.
     std::size_t ChooseStart() {
-        // The fewer steps follow a save, the less work has to be replayed.
+        // A later save leaves less work to replay.
         const auto& saves = content.saves;
         for (auto save = saves.rbegin(); save != saves.rend(); ++save)
             if (CanStartAt(content, save->stepsBefore) &&

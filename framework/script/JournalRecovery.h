@@ -38,8 +38,8 @@ struct RecoveredWork {
 TROVIK_API RecoveredWork RedoJournal(const std::string& journalPath,
                                      const RecoveryOptions& options = {});
 
-/// Calls RedoJournal and saves the result as a scene. The journal is not changed. Before it starts,
-/// it checks that the scene can be written (CheckWritable).
+/// Checks that the scene can be written (CheckWritable), calls RedoJournal, and saves the result as
+/// a scene. The journal is not changed.
 TROVIK_API RecoveredWork RecoverJournal(const std::string& journalPath,
                                         const std::string& scenePath,
                                         const RecoveryOptions& options = {});

@@ -17,8 +17,8 @@ TROVIK_API const char* PenStreamSchema();
 
 /// Reads a stroke script of at most 64 MiB and checks it against the schema; "-" is standard input.
 /// Comments are removed, so a step that contains only a comment becomes an empty object.
-/// \param faults  receives the schema errors of a script that can be parsed, at most 1000 in
-/// addition to repeated fields; if null, the first error is thrown.
+/// \param faults  receives the schema errors of a script that can be parsed, at most 1000, not
+/// counting repeated fields; if null, the first error is thrown.
 /// \throw HostError with one line: file, position (line, or JSON pointer), reason.
 TROVIK_API nlohmann::json ReadStrokeScript(const std::string& path,
                                            std::vector<JsonFault>* faults = nullptr);

@@ -12,8 +12,8 @@ class JobControl;
 /// Receives the progress of a script or of single steps. Each function may be empty, and the job
 /// may be null.
 struct ScriptProgress {
-    /// Receives the number of finished steps, the number of all steps, and the label of the current
-    /// one.
+    /// Receives the number of finished steps, the total number of steps, and the label of the
+    /// current step.
     std::function<void(std::size_t done, std::size_t count, const std::string& what)> step;
     /// Called after each dab; for progress within a long stroke.
     std::function<void()> dab;

@@ -107,7 +107,7 @@ private:
     /// Resolves a field that names an existing file.
     std::string InputPath(const FieldReader& file) const;
 
-    /// The unmodified path.
+    /// The path of the script as it was given.
     std::string givenPath;
     /// Also contains the script's name for messages.
     CommandOptions options;

@@ -41,7 +41,7 @@ void CheckKinds(const CommandContext& context, const StrokeParameters& stroke) {
     if (!hasPath && stroke.path) throw FieldFault("/path", "this stroke has no path");
 }
 
-/// Mesh-local.
+/// The centre of a face, mesh-local.
 Vector Centre(const LevelMesh& mesh, uint32_t face) {
     const uint32_t corners = mesh.CornersPerFace();
     Vector sum;

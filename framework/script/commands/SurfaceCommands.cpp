@@ -75,7 +75,7 @@ const CommandRegistration<FilterParameters> filter({.name = "filter"}, Filter, C
 struct TransformVerticesParameters {
     std::optional<Vector> translate;
     std::optional<Vector> axis;
-    /// Degrees.
+    /// In degrees.
     std::optional<float> angle;
     std::optional<ScaleParameter> scale;
     std::optional<std::variant<PivotKind, Vector>> pivot;

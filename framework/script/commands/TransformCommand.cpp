@@ -7,10 +7,10 @@ namespace trovik {
 namespace {
 
 struct TransformParameters {
-    /// 16 numbers row by row, row-vector convention.
+    /// 16 numbers, row by row, in the row-vector convention.
     std::optional<std::array<float, 16>> matrix;
     std::optional<ScaleParameter> scale;
-    /// Degrees about x, then y, then z.
+    /// Angles in degrees: about x, then y, then z.
     std::optional<Vector> rotate;
     std::optional<Vector> translate;
 
