@@ -16,7 +16,7 @@ struct JsonFault {
 };
 
 /// Returns the JSON Pointer to a field of the value at `pointer`. Control characters in the name
-/// are replaced by spaces, so that messages stay on one line.
+/// are replaced with spaces, so that messages stay on one line.
 TROVIK_API std::string FieldPointer(const std::string& pointer, std::string_view name);
 TROVIK_API std::string ItemPointer(const std::string& pointer, std::size_t index);
 

@@ -45,8 +45,9 @@ void CheckValue(const JsonRule& rule,
                 std::size_t maxFaults,
                 std::vector<JsonFault>& faults);
 
-/// Replaces former field names by the current ones in a value and in all values nested in it. If an
-/// object has both the former and the current name, neither is renamed, and CheckValue reports it.
+/// Replaces former field names with the current ones in a value and in all values nested in it. If
+/// an object has both the former and the current name, neither is renamed, and CheckValue reports
+/// it.
 void RenameFormerFields(const JsonRule& rule, nlohmann::json& value);
 
 /// Returns whether the value has one of the rule's types.

@@ -20,10 +20,10 @@ struct JsonRule;
 /// Supported keywords: type, enum, properties, required, additionalProperties, maxProperties, items
 /// (one schema for all), minItems, maxItems, minLength (bytes), minimum, maximum, exclusiveMinimum,
 /// exclusiveMaximum, anyOf, oneOf, $ref to "#/definitions/…", and the annotations $schema, title
-/// and description. As an extension of draft 7, "entryName" is the noun that messages about unknown
-/// fields of an object use, such as "setting", and "formerName" in the schema of a field is a name
-/// that RenameFormerFields replaces by the field's current name. "integer" accepts only numbers
-/// that are written without a fraction or an exponent.
+/// and description. There are two extensions of draft 7. "entryName" is the noun, such as
+/// "setting", that messages about unknown fields of an object use. "formerName", in the schema of a
+/// field, is a name that RenameFormerFields replaces with the field's current name. "integer"
+/// accepts only numbers that are written without a fraction or an exponent.
 ///
 /// Messages have the form "expected ACCEPTED VALUES, got VALUE". Immutable after construction;
 /// thread-safe.
@@ -43,7 +43,7 @@ public:
         const nlohmann::json& document,
         std::size_t maxFaults = std::numeric_limits<std::size_t>::max()) const;
 
-    /// Replaces former field names by the current ones, at any depth. Messages about the document
+    /// Replaces former field names with the current ones, at any depth. Messages about the document
     /// then use the current names.
     void RenameFormerFields(nlohmann::json& document) const;
 

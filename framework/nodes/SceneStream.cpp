@@ -15,13 +15,13 @@
 namespace trovik {
 
 static_assert(std::endian::native == std::endian::little,
-              "scene files are little-endian and are copied unchanged");
+              "scene files are little-endian, and values are copied without conversion");
 
 namespace {
 
 constexpr char magic[8] = {'T', 'R', 'O', 'V', 'I', 'K', 'S', 'C'};
 
-/// Smaller arrays are copied without a report: they take less than a millisecond.
+/// No progress is reported for smaller arrays, because copying them takes less than a millisecond.
 constexpr std::size_t reportedBytes = std::size_t{1} << 20;
 
 void AppendInRuns(std::vector<uint8_t>& to,

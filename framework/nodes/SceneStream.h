@@ -33,21 +33,22 @@ public:
     SceneStream Section() const;
     /// Returns a stream that reads `size` borrowed bytes with this stream's format, class versions
     /// and job.
-    /// \param place  offset of the first byte in its file, for messages.
+    /// \param offset  the offset of the first byte in its file, for messages.
     /// \param what  the name of the section for messages, such as "chunk LEVL".
     SceneStream Section(const uint8_t* bytes, uint64_t size, uint64_t offset, QString what) const;
 
-    /// Sets the job that receives the progress of arrays of a megabyte or more. Reading or writing
-    /// such an array then throws Cancelled if the job cancels.
+    /// Sets the job that receives the progress of reading and writing arrays of a megabyte or more.
+    /// Reading or writing such an array then throws Cancelled if the job is cancelled.
     /// \param jobControl  may be null. Borrowed.
     void SetJob(JobControl* jobControl) { job = jobControl; }
     JobControl* Job() const { return job; }
-    /// Allocates memory for the bytes that will be written next. If the stream has content, moving
-    /// it to the new memory is reported.
+    /// Allocates memory for the bytes that will be written next. Existing content is copied to the
+    /// new memory, and the job receives the progress of this copy.
     /// \throw Cancelled.
     void Reserve(uint64_t bytes);
 
-    /// Writes a class with a version other than its current one, as an older program would.
+    /// Sets the version that the stream contains for a class, so that the class is written as an
+    /// older program would write it.
     void SetClassVersion(const ClassDesc* classDesc, int version);
     /// Returns the header and the data of a written stream.
     std::vector<uint8_t> ToBytes() const;
@@ -76,8 +77,8 @@ public:
     uint64_t Offset() const { return origin + position; }
     uint32_t Format() const { return format; }
 
-    /// \throw Error* if fewer bytes are left. Called before allocating memory for an element count
-    /// that was read from the file.
+    /// \throw Error* if too few bytes are left for this many elements. Called before allocating
+    /// memory for an element count that was read from the file.
     void Expect(uint64_t count, uint64_t elementSize) const;
     /// Skips bytes.
     /// \throw Error* if fewer are left.

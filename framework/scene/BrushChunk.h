@@ -9,9 +9,9 @@
 
 namespace trovik {
 
-/// Chunk BRSH: the class of the brush; for each tool that was used, its name and the brush's
-/// serialized data with that tool's settings, the active tool last; then the settings that do not
-/// belong to a tool.
+/// Chunk BRSH contains the class of the brush and, for each tool that was used, the tool's name and
+/// the brush's serialized data with that tool's settings; the active tool comes last. The settings
+/// that do not belong to a tool follow.
 ///
 /// The settings of each tool are temporarily applied to the brush. At the end, the brush's own
 /// settings are restored, including its stamp image.

@@ -75,7 +75,7 @@ FreezeDifferences ReadSeenFreeze(SceneStream& stream, const LevelMesh& level) {
 
 QString LevelText(uint64_t index) { return QStringLiteral("level %1").arg(index); }
 
-/// The freeze byte of a scene: the amount that the user has set, also if the vertex is hidden.
+/// The freeze byte of a scene: the amount that the user has set, even if the vertex is hidden.
 uint8_t StoredFreeze(const LevelMesh& level, uint32_t vertex) {
     return static_cast<uint8_t>((level.vertices.array[vertex].freeze & ~freezeAmountMask) |
                                 level.Freeze(vertex));

@@ -57,8 +57,8 @@ private:
     std::vector<SeenByNeighbours> seen;
 };
 
-/// Chunk TMIR: the topological mirror, which depends on the positions of level 0 when it was
-/// computed. Written only if there is one.
+/// Chunk TMIR: the topological mirror, which depends on the positions that level 0 had when the
+/// mirror was computed. Written only if there is one.
 void WriteMirrorChunk(SceneStream& stream, const LevelGeometry& geometry);
 void ReadMirrorChunk(SceneStream& stream, LevelGeometry& geometry);
 

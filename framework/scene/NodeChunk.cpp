@@ -13,9 +13,10 @@ namespace trovik {
 
 namespace {
 
-/// The parent of a node is the geometry or a level.
+/// The parent of a node is a level, given by its number, or the geometry, given by this value.
 constexpr uint32_t geometryParent = 0xffffffffu;
-/// More than any real tree has; a damaged file must not exhaust the stack.
+/// Maximum depth of a tree of nodes, more than any real tree has, so that a damaged file does not
+/// exhaust the stack.
 constexpr uint32_t deepest = 16;
 
 /// The neighbour table of patches: a row of faceTableRow faces for each face of its level.

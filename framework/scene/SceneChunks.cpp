@@ -187,7 +187,8 @@ bool SceneReader::Next() {
         Fail(file.Position(), "bytes follow the end of the scene; the file is damaged");
     if (length != file.Position()) {
         Fail(file.Position(),
-             "the scene should have " + std::to_string(length) + " bytes; parts of it are missing");
+             "the scene should be " + std::to_string(length) +
+                 " bytes long, but parts of it are missing");
     }
     return false;
 }

@@ -13,10 +13,10 @@
 #include <string>
 #include <vector>
 
-/// \file Scene files (*.trovik): a mesh with all its levels, layers and nodes, the settings of all
-/// tools, the pen and the freeze brush, mirrors and the view, so that further work gives
-/// bit-identical results. docs/scene-format.md describes every byte. The undo history, preferences
-/// and stroke totals are not included.
+/// \file Scene files (*.trovik). A scene contains a mesh with all its levels, layers and nodes, the
+/// settings of all tools, the pen and the freeze brush, the mirrors and the view. Further work on a
+/// loaded scene therefore gives bit-identical results. docs/scene-format.md describes every byte.
+/// The undo history, preferences and stroke totals are not included.
 namespace trovik {
 
 /// The contents of a scene apart from the mesh and the brush.
@@ -57,8 +57,8 @@ struct SceneParts {
 /// \param header  format and class versions of the file; data that older versions do not support is
 /// omitted.
 /// \param beforeReplacing  see FileReplacement::Commit.
-/// \throw HostError naming the file and the reason, also if a position is non-finite or memory runs
-/// out; Cancelled. In both cases, the old file is unchanged and the new one is removed.
+/// \throw HostError naming the file and the reason, which can also be a non-finite position or a
+/// lack of memory; Cancelled. In both cases, the old file is unchanged and the new one is removed.
 TROVIK_API void SaveScene(
     const std::string& path,
     const SceneParts& parts,

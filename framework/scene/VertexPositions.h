@@ -10,9 +10,9 @@
 
 namespace trovik {
 
-/// The first format in which a level contains the positions from which the level below was last
-/// updated and the freeze amounts from which its neighbours were, and in which the imported mesh
-/// may differ from level 0.
+/// The first format in which the imported mesh may differ from level 0. It is also the first in
+/// which each level contains the positions from which the level below was last updated, and the
+/// freeze amounts from which the levels above and below were last updated.
 inline constexpr uint32_t carriedDownFormat = 331;
 
 /// A vertex of a level and a position of it, as stored in a scene.
