@@ -72,7 +72,7 @@ public:
 
     LevelGeometry& Geometry() { return *geometry; }
     /// The active brush and its stroke loop: those of the plug-in, or of the freeze brush while the
-    /// tool "Freeze" is active. Call NoteToolChanged after changing settings of the brush.
+    /// "Freeze" tool is active. Call NoteToolChanged after changing settings of the brush.
     BrushOperation& Brush() {
         Activate();
         if (freezing) return *freezeBrush;
@@ -85,7 +85,7 @@ public:
     bool IsStrokeOpen() const;
     /// \throw HostError "cannot WORK while a stroke is open; release or abandon it first".
     void RequireNoStroke(const char* work) const;
-    /// Whether the tool "Freeze" is active.
+    /// Whether the "Freeze" tool is active.
     bool IsFreezing() const { return freezing; }
     /// The plug-in's brush, even while the freeze brush is active.
     BrushOperation& SculptBrush() {

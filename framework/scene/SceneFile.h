@@ -82,8 +82,8 @@ struct LoadedScene {
     bool isFreezing = false;
 };
 
-/// Reads a scene and loads the plug-ins for the classes of its nodes. If it throws, everything that
-/// was read is discarded.
+/// Reads a scene and loads the plug-ins for the classes of its nodes. If the function throws,
+/// everything that was read is discarded.
 /// \param brush  a new brush that receives the settings of all tools, those of the active tool
 /// last; null to skip them. After an error, the brush must be discarded.
 /// \param freezeBrush  a new freeze brush, handled like `brush`.

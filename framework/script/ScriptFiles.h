@@ -42,7 +42,8 @@ public:
     /// with its stem.
     /// \throw HostError with only the reason.
     std::string Target(const std::string& name) const;
-    /// Returns Target and creates its folder. \throw HostError for the same reasons as Target.
+    /// Returns the same path as Target and creates its folder. \throw HostError for the same
+    /// reasons as Target.
     std::string MakeTarget(const std::string& name) const;
     /// \param target  as returned by Target.
     void NoteWritten(const std::string& target) { written.push_back(target); }

@@ -69,7 +69,7 @@ public:
     /// Runs one step of a script. \param step  checked against the schema as part of a script; must
     /// outlive the call. \param number  index in the script, for messages.
     void Do(const nlohmann::json& step, std::size_t number);
-    /// Saves the scene to this path, like the step "save".
+    /// Saves the scene to this path, like the "save" step.
     void Save(const std::string& scenePath) { document->Save(scenePath); }
     /// Finishes the work: ends an open stroke and the journal.
     void Close() { commands->Close(); }

@@ -10,7 +10,7 @@
 
 namespace trovik {
 
-/// A tool setting, as used by the step "set" of stroke scripts.
+/// A tool setting, as used by the "set" step of stroke scripts.
 struct ToolSetting {
     /// Name in scripts; a field within a setting has a name like "stamp.factor".
     std::string name;
@@ -28,10 +28,10 @@ struct ToolSetting {
     bool operator==(const ToolSetting&) const = default;
 };
 
-/// Value names for the stamp setting "positioning", in the order of StampPositioning.
+/// Value names for the "positioning" setting of stamps, in the order of StampPositioning.
 inline constexpr const char* positioningNames[] = {"tool", "upright", "stroke", "start"};
 
-/// Value names for the setting "direction", by number.
+/// Value names for the "direction" setting, indexed by number.
 TROVIK_API const std::vector<std::string>& DirectionNames();
 
 /// All settings, which are the same for every brush, with their current values for the brush's

@@ -13,9 +13,10 @@ struct PointerLimits {
     /// A larger pressure drop between two samples right after the press, or a larger rise right
     /// before the release, counts as a fault.
     float pressureJump = 0.25f;
-    /// Time after the press and before the release in which these jumps are detected, in seconds.
+    /// Length of the intervals after the press and before the release in which these jumps are
+    /// detected, in seconds.
     double settleTime = 0.06;
-    /// The same interval as a number of samples; the shorter of the two applies.
+    /// Length of these intervals as a number of samples; the shorter of the two lengths applies.
     std::size_t settleSamples = 4;
     /// A position jump at the release is at least this many times as long as the longest of the
     /// eight steps before it.
@@ -41,8 +42,8 @@ struct PointerLimits {
 ///    until no time decreases. The result is the ascending sequence closest to the original times
 ///    in the least-squares sense; see Ayer, Brunk, Ewing, Reid, Silverman: "An Empirical
 ///    Distribution Function for Sampling with Incomplete Information" (1955). Times between the
-///    centres of such groups are interpolated linearly. A time earlier than that of finalised
-///    samples becomes the latest finalised time.
+///    centres of such groups are interpolated linearly. A time that is earlier than that of a
+///    finalised sample is replaced with the latest finalised time.
 /// 4. Pressure spike at the press (blot): if pressure drops abruptly right after the press, the
 ///    pressures before the drop are replaced with a linear ramp, which has the slope between the
 ///    two samples after the drop and is clamped to at least 0.

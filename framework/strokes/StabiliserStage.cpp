@@ -19,7 +19,7 @@ namespace {
 using Place = std::array<double, 3>;
 
 double Dot(const Place& a, const Place& b) { return (a[0] * b[0] + a[1] * b[1]) + a[2] * b[2]; }
-/// a + b * f.
+/// Returns a + b * f.
 Place Sum(const Place& a, const Place& b, double f) {
     return {a[0] + b[0] * f, a[1] + b[1] * f, a[2] + b[2] * f};
 }

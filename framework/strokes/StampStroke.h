@@ -10,8 +10,8 @@ namespace trovik {
 
 struct StrokeDab;
 
-/// Values of the brush attribute "stamppositioning", which determines the position and orientation
-/// of a dab's stamp. The attribute "stamprotation" adds a clockwise rotation in whole degrees.
+/// Values of the "stamppositioning" brush attribute, which determines the position and orientation
+/// of a dab's stamp. The "stamprotation" attribute adds a clockwise rotation in whole degrees.
 enum class StampPositioning : int {
     /// The tool's default: Stroke for Repeat and Knife, the drag direction for Imprint, and Upright
     /// for all others.

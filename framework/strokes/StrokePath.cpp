@@ -43,7 +43,7 @@ public:
         last = dab.position;
         loop.Dab(dab);
         ++count;
-        // A minimum distance, so that following the path always terminates.
+        // The minimum distance ensures that following the path always terminates.
         distance = std::max(loop.Spacing(options.radius, options.spacing), options.radius * 1e-3f);
         if (options.progress) options.progress();
     }
@@ -70,13 +70,14 @@ PathPosition Between(const PathSample& from, const PathSample& to, float fractio
             from.pressure + (to.pressure - from.pressure) * fraction};
 }
 
-/// Number of times a step is bisected to find the position of a due dab; the result is accurate to
-/// about a thousandth of a step.
+/// Number of times a step is bisected to find the position at which a dab is due; the result is
+/// accurate to about a thousandth of a step.
 constexpr int halvings = 10;
 
 /// Follows the path from sample to sample in steps of at most `step`. `probe(position)` returns the
 /// hit there; `heading(hit, along)` converts the direction of a segment to the direction of the
-/// stroke on the surface. If a step overshoots, the due position within it is found by bisection.
+/// stroke on the surface. If a step overshoots, the position within it at which the dab is due is
+/// found by bisection.
 template <typename Probe, typename Heading>
 void ApplyDabsAlong(const std::vector<PathSample>& samples,
                     float step,

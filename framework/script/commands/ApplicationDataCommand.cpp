@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// The command "applicationData", which stores an entry of ApplicationData in the scene.
+/// The "applicationData" command, which stores an entry of ApplicationData in the scene.
 #include "framework/scene/ApplicationChunk.h"
 #include "framework/script/Command.h"
 

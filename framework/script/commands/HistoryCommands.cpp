@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// The commands "undo" and "redo". Parameter: the number of steps.
+/// The "undo" and "redo" commands, whose parameter is the number of steps.
 #include "framework/script/Command.h"
 
 namespace trovik {

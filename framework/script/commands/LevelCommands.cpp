@@ -30,7 +30,7 @@ uint64_t AccountedRoom() {
     return static_cast<uint64_t>(std::max<int64_t>(limit - MemoryAccount::Total(), 0));
 }
 
-/// Call this before the first level is added.
+/// Reports the effect of refinement on triangles, once. Call this before the first level is added.
 void ReportTriangles(CommandContext& context) {
     bool& noteGiven = context.Kept<TriangleNote>().isGiven;
     if (noteGiven) return;
