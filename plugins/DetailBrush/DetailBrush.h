@@ -55,7 +55,7 @@ public:
     int DoRefineReduce(bool refine, bool reduce, int passes, bool relax);
     void InitializeTessellator(
         const SurfacePoint* hit, MeshChange* change, float reach, bool refine, bool reduce);
-    /// Shows a message that the mesh cannot be refined.
+    /// Notifies the user that the mesh cannot be refined.
     void ShowTessellationHUD();
 
     /// Whether the brush refines the mesh under it.

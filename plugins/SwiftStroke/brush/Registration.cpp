@@ -57,7 +57,7 @@ const Preferences::Bool useOriginalDataForFlatten =
 const Preferences::Bool useVertexWeightsForFlatten =
     MakeBoolPreference("Use Vertex Weights For Flatten", "Use Vertex Weights For Flatten");
 const Preferences::Bool waxFillsOnly = MakeBoolPreference("Wax Fills Only", "Wax Fills Only");
-// Intentionally has the same label as waxFillsOnly, because users are used to it.
+// Intentionally has the same label as waxFillsOnly, because users are familiar with it.
 const Preferences::Bool waxScrapesOnly = MakeBoolPreference("Wax Scrapes Only", "Wax Fills Only");
 
 const PatchKernelTable patchKernels;

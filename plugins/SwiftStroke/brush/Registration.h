@@ -23,7 +23,8 @@ extern const Preferences::Float swiftStrokeLevelFactor;
 extern const Preferences::Bool useOriginalDataForFlatten;
 /// Whether the weight of a plane sample is 1 - distance / radius instead of 1.
 extern const Preferences::Bool useVertexWeightsForFlatten;
-/// These restrict Wax to raising or to lowering the surface; they have an effect only in test mode.
+/// These two settings restrict Wax to raising and to lowering the surface, respectively. They have
+/// an effect only in test mode.
 extern const Preferences::Bool waxFillsOnly;
 extern const Preferences::Bool waxScrapesOnly;
 

@@ -116,7 +116,7 @@ void SwiftStroke::Serialize(Stream& stream) {
     DetailBrush::Serialize(stream);
     stream << buildUpRate;
     bilinearSample.Serialize(stream);
-    // Class version 0 contains no more data; these three attributes then keep their values.
+    // Data of class version 0 ends here; the three attributes below then keep their values.
     if (stream.ClassVersion(StaticClass()) > 0) {
         affectAllLayers.Serialize(stream);
         globalPlane.Serialize(stream);

@@ -42,8 +42,8 @@ public:
     virtual void AddTarget(Attribute& target, bool silent);
     virtual void UpdateTargets();
     virtual int TargetType() const;
-    /// For attributes that refer to a node; for other attributes, these functions have no effect
-    /// and return null.
+    /// These functions are for attributes that refer to a node. For other attributes, they have no
+    /// effect and return null.
     virtual void SetPointerValue(Node* node, bool silent);
     virtual Node* PointerValue() const;
     virtual bool ValidatePointerValue(Node* node) const;

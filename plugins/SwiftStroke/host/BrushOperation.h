@@ -273,7 +273,7 @@ public:
     virtual void ResetBrushConfiguration();
     /// Copies the mirror settings.
     virtual void SetMirrorConfig(const MirrorConfiguration& config);
-    /// Returns whether the tool has stored settings, which it has if it was active before.
+    /// Returns whether settings are stored for the tool, which is the case if it was active before.
     virtual bool IsConfigurationInited(const BrushConfiguration* configuration) const;
     /// Stores the current settings for a tool: all attributes, and all settings without an
     /// attribute except the brush size.

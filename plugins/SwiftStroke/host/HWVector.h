@@ -68,7 +68,8 @@ public:
         if (dot != 0.0f) *this *= 1.0f / std::sqrt(dot);
     }
 
-    /// Per lane. If the comparison is false, as it is for NaN, the result is the second operand.
+    /// Compares lane by lane. If the comparison is false, as it is for NaN, the result is the
+    /// second operand.
     static HWVector Minimum(const HWVector& a, const HWVector& b) {
         return HWVector(_mm_min_ps(a.lanes, b.lanes));
     }

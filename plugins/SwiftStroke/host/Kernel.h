@@ -88,7 +88,7 @@ public:
     TVCrashReporterFlag& operator=(const TVCrashReporterFlag&) = delete;
 
 private:
-    /// Not used here, but part of the layout that crash reporters read.
+    /// This member is not used here, but it is part of the layout that crash reporters read.
     [[maybe_unused]] uint32_t kind;
     uint32_t bit;
 };

@@ -14,7 +14,7 @@ struct KernelSwitches {
                                      ///< kernels: average positions
     bool withFreeze = false;         ///< bit 3: the freeze amount reduces the weight
     bool throughLayer = false;       ///< bit 4: write through the sculpt layer
-    bool averageBit = false;         ///< bit 5: selects the family, with pullBit; see below
+    bool averageBit = false;         ///< bit 5: selects the family together with pullBit; see below
     bool tiledStamp = false;         ///< bit 6: wrap stamp coordinates
     bool pullBit = false;            ///< bit 7
     bool notifyPerVertex = false;    ///< bit 8: notify every renderer of each written vertex

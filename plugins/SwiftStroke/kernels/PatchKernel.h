@@ -43,8 +43,8 @@ __attribute__((noinline)) bool MoveBatch(DabConstants& patch,
             v.weight = batch.weight[i];
         }
         reached |= MoveVertex(sw, dab, v);
-        // Stored after the move. If it were stored earlier, the compiler would have to assume that
-        // the vertex may have changed.
+        // The build-up is stored after the move. If it were stored earlier, the compiler would have
+        // to assume that the vertex might have changed.
         if constexpr (sw.family == Family::Pushing && !sw.withStamp && !sw.withoutRadius)
             v.record->buildUp = batch.buildUp[i];
     }

@@ -148,8 +148,8 @@ private:
     /// Stores `count` packed normals, starting at index `first`, for entries of the patch list.
     void Put(uint32_t first, uint32_t count, uint32_t index) {
         const uint64_t* from = packed.normals + first;
-        // Copied to local variables, because the compiler must assume that storing a normal may
-        // change the members.
+        // The members are copied to local variables, because the compiler must assume that storing
+        // a normal may change them.
         PackedNormal* const to = normals;
         if (list == nullptr) {
             for (const uint32_t* at = indexTable + index; count > 0; --count)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Computes the normals of PatchNormals.cpp eight at a time. The operations match those of
-/// that file line by line; see there for comments.
+/// \file Computes the same normals as PatchNormals.cpp, eight at a time. The operations match those
+/// of that file line by line; see there for comments.
 #include "kernels/PatchNormals.h"
 
 #include <algorithm>
@@ -41,7 +41,7 @@ TROVIK_AVX2 inline __m256i Words(__m256 component, __m256 factor) {
     return _mm256_cvtps_epi32(_mm256_mul_ps(unit, _mm256_set1_ps(32767.0f)));
 }
 
-/// Components are in the order of cells 0 2 4 6 1 3 5 7.
+/// The components are in the cell order 0 2 4 6 1 3 5 7.
 TROVIK_AVX2 inline WideComponents Differences(const HWVector* less, const HWVector* taken) {
     return Transposed(_mm256_sub_ps(Pair(less, 0), Pair(taken, 0)),
                       _mm256_sub_ps(Pair(less, 1), Pair(taken, 1)),

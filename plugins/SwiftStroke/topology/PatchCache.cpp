@@ -11,8 +11,8 @@ namespace trovik {
 
 namespace {
 
-/// Calls `step` for 0 to `count` - 1. Unrolled manually by four, because the compiler does not
-/// unroll the loop.
+/// Calls `step` for 0 to `count` - 1. The loop is unrolled manually by four, because the compiler
+/// does not unroll it.
 template <class Step>
 TROVIK_FORCE_INLINE void InFours(std::size_t count, const Step& step) {
     std::size_t i = 0;

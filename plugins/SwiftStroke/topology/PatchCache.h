@@ -34,14 +34,14 @@ struct PatchVertexEntry;
 /// - Each record's mark is set to the dab's mark.
 /// - The normals of the corners and of the vertices next to them on the edge are recomputed,
 ///   because a corner also belongs to patches other than this one and its direct neighbours.
-/// - All other normals already have the value that a visit would compute. The neighbours of these
-///   vertices belong only to the patch itself or to the adjacent patch on this side. Each neighbour
-///   therefore moves during a visit of one of these two patches, and at the end of that visit, the
-///   normals of all vertices of the visited patch are recomputed, including those on the shared
-///   side. Both patches compute the same normals, because they have opposite directions along the
-///   shared side, and because a patch with an open side is never culled. Rotating a patch by
-///   quarter turns does not change any product or difference except the sign of a zero, and a
-///   packed zero has no sign.
+/// - All other normals already have the value that a visit would compute. The neighbours of such a
+///   vertex belong only to the patch itself or, if the vertex is on a side, to the patch across
+///   that side. Each neighbour therefore moves only during a visit of one of these two patches, and
+///   at the end of that visit, the normals of all vertices of the visited patch are recomputed,
+///   including those on the shared side. Both patches compute the same normals, because they have
+///   opposite directions along the shared side, and because a patch with an open side is never
+///   culled. Rotating a patch by quarter turns does not change any product or difference except the
+///   sign of a zero, and a packed zero has no sign.
 ///
 /// The last point holds only if no other code changes the mesh. The cache is therefore used only
 /// while the change of the mesh counts outside edits (MeshChange::countsOutsideEdits). It is

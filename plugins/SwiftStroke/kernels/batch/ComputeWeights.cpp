@@ -55,8 +55,8 @@ WeightTerms::WeightTerms(const DabConstants& dab)
 
 template <BuildUp buildUp, bool inWorldSpace>
 uint64_t ComputeWeights(const WeightTerms& terms, uint32_t count, VertexBatch& batch) {
-    // Copied from `terms` before the loop, because the compiler must assume that the loop may
-    // overwrite them.
+    // These values are copied from `terms` before the loop, because the compiler must assume that
+    // the loop may overwrite `terms`.
     const __m128i mark = _mm_set1_epi32(std::bit_cast<int32_t>(terms.dabStamp));
     const __m128i last = _mm_set1_epi32(std::bit_cast<int32_t>(terms.falloffLast));
     const __m128 centerX = _mm_set1_ps(terms.center[0]);
@@ -84,10 +84,11 @@ uint64_t ComputeWeights(const WeightTerms& terms, uint32_t count, VertexBatch& b
         const __m128 dx = _mm_sub_ps(centerX, p.x);
         const __m128 dy = _mm_sub_ps(centerY, p.y);
         const __m128 dz = _mm_sub_ps(centerZ, p.z);
-        // Added in the same order as in HWVector's dot product.
+        // The terms are added in the same order as in HWVector's dot product.
         const __m128 squared =
             _mm_add_ps(_mm_mul_ps(dz, dz), _mm_add_ps(_mm_mul_ps(dy, dy), _mm_mul_ps(dx, dx)));
-        // "Not greater" instead of "less or equal", so that NaN counts as within reach.
+        // The comparison is "not greater" instead of "less or equal", so that NaN counts as within
+        // reach.
         const __m128 reach = _mm_cmpngt_ps(squared, radiusSquared);
         const __m128 marked = _mm_castsi128_ps(_mm_cmpeq_epi32(_mm_castps_si128(marks), mark));
         const int lanes = _mm_movemask_ps(_mm_andnot_ps(marked, reach));

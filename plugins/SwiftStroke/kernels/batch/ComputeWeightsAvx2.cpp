@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Computes the weights of ComputeWeights.cpp for eight vertices at a time. The operations
+/// \file Computes the same weights as ComputeWeights.cpp, eight vertices at a time. The operations
 /// match those of that file line by line; see there for comments.
 #include "kernels/batch/VertexBatch.h"
 #include "kernels/stages/DabConstants.h"
@@ -31,8 +31,8 @@ TROVIK_AVX2 inline __m256 TwoRows(const float (*start)[4], uint32_t i) {
     return CombineHalves(_mm_load_ps(start[i]), _mm_load_ps(start[i + 4]));
 }
 
-/// Inlined, so that the switches are constants in every call. A template would not inherit the
-/// target attribute.
+/// This function is inlined, so that the switches are constants in every call. A template would not
+/// inherit the target attribute.
 TROVIK_AVX2_INLINE uint64_t ComputeWeight(const WeightTerms& terms,
                                           uint32_t count,
                                           VertexBatch& batch,

@@ -11,8 +11,8 @@ namespace {
 /// Creates the record of the batch's vertex `at`, which must not have one. If the record array is
 /// reallocated, pointers to the records of earlier vertices are updated.
 /// \return false if memory could not be allocated and the batch can end before this vertex: the
-/// earlier vertices are processed, and the next batch starts with this vertex and repeats the
-/// error.
+/// earlier vertices are processed, and the next batch starts with this vertex, where the error
+/// occurs again.
 __attribute__((noinline)) bool MakeRecord(const PatchVertexEntry* entries,
                                           uint32_t at,
                                           Vertex* vertices,

@@ -161,8 +161,8 @@ void FaceBatch(const SwiftStroke& brush,
                const WeightTerms& terms,
                VertexBatch& batch);
 
-/// How weights use build-up, which only pushing kernels apply. With a stamp, the stamp stage adds
-/// it.
+/// How the weight computation uses build-up. Only pushing kernels use it; with a stamp, the stamp
+/// stage adds it.
 enum class BuildUp { None, Damps, DampsAndGrows };
 
 /// Computes the weights of a batch.

@@ -170,9 +170,10 @@ TROVIK_FORCE_INLINE StageResult SampleStamp(const Switches& sw,
     return StageResult::Continue;
 }
 
-/// Applies the stamp and adds the build-up. If it is added before the stamp lookup, build-up also
-/// grows outside the stamp; if it is added afterwards, it includes the stamp value. For a vector
-/// stamp, the lowest lane of the weight is 0 after the lookup, so adding it then has no effect.
+/// Applies the stamp and adds the build-up. Build-up that is added before the stamp lookup also
+/// grows outside the stamp; build-up that is added afterwards includes the stamp value. For a
+/// vector stamp, the lowest lane of the weight is 0 after the lookup, so adding build-up then has
+/// no effect.
 template <class Switches>
 TROVIK_FORCE_INLINE StageResult ApplyStamp(const Switches& sw,
                                            const DabConstants& dab,
