@@ -178,7 +178,7 @@ TEST(MapBakerTest, PaddingContinuesTheIslandAndLeavesOtherTexelsNeutral) {
 
 TEST(MapBakerTest, OverlappingUvsAreReported) {
     PolygonMesh mesh = WithIslands(GridMesh(3, 1), 2, 0.25f);
-    // Move face 2 onto face 0.
+    // Moves the UVs of face 2 onto those of face 0.
     for (std::size_t corner = 0; corner < 4; ++corner)
         mesh.attributes.uvs[8 + corner] = mesh.attributes.uvs[corner];
     const auto geometry = Refined(mesh, 1);
@@ -242,7 +242,7 @@ TEST(MapBakerTest, RepeatedTextureWrapsUvsOutsideTheTile) {
     const BakedMap plain = BakeMap(*inside, options, "v.exr");
 
     PolygonMesh shifted = WithIslands(GridMesh(2, 1), 2, 0.25f);
-    // Shifted so that the right island crosses the edge of a tile.
+    // The islands are shifted so that the right one crosses the edge of a tile.
     for (std::array<float, 2>& uv : shifted.attributes.uvs) {
         uv[0] += 3.0f + 5.0f / 32.0f;
         uv[1] -= 4.0f / 32.0f;

@@ -128,7 +128,7 @@ TEST_F(MapRoundTrip, SixteenBitsAddOnlyTheirRoundingError) {
         SCOPED_TRACE(name);
         const std::vector<Vector> rounded = applied(name);
         EXPECT_EQ(report.bits, MapBits::Sixteen);
-        // Three components, each with an error of half a quantisation step.
+        // Each of the three components has an error of up to half a quantisation step.
         EXPECT_LT(LargestDistance(exact, rounded), 1.8f * report.text.scale / 131070.0f + 1e-6f);
         EXPECT_GT(LargestDistance(exact, rounded), 0.0f);
     }

@@ -46,7 +46,8 @@ TEST_F(CommandWord, AnotherWordChangesNothing) {
 TEST_F(CommandWord, OnlyAChangeOfThatAttributeCounts) {
     SwiftStroke brush;
     AttributeInstance<QString>& held = brush.falloffName;
-    // Set without a notification, so that the command word is present but has not been processed.
+    // The value is set without a notification, so that the command word is present but has not been
+    // processed.
     held.SetValue(word, true);
     EXPECT_TRUE(renderSwiftStroke);
     brush.OnNodeEvent(held, NodeEventTargetConnected);

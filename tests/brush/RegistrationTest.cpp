@@ -103,7 +103,7 @@ TEST(Registration, FactoryMakesAnArrayForLargerCounts) {
         EXPECT_EQ(brushes[i].buildUpRate.Value(), 0.5f);
         EXPECT_EQ(brushes[i].RuntimeClass(), SwiftStroke::StaticClass());
     }
-    // Valid, because the element count is stored in front of the first element.
+    // This is valid, because the element count is stored in front of the first element.
     delete[] brushes;
     EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
 }

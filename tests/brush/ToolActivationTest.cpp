@@ -117,7 +117,7 @@ TEST_P(EachTool, KeepsNoStateOfThePreviousTool) {
 
 TEST_P(EachTool, UsesItsDefaultsOnFirstActivation) {
     SwiftStroke brush;
-    // Values that are not the default of any tool.
+    // None of these values is the default of any tool.
     brush.SetBrushStrength(1.0f);
     brush.SetStrokeSmoothing(false, 0.9f);
     brush.SetSteadyStroke(true, 0.9f);

@@ -8,7 +8,7 @@
 namespace trovik::test {
 namespace {
 
-// Evaluated before any host code runs.
+// These are evaluated before any host code runs.
 const bool smoothRowIsNullAtLoad = smoothConfiguration == nullptr;
 const uint32_t rowsAtLoad = BrushOperation::ConfigurationCount();
 

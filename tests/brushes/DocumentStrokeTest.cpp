@@ -32,7 +32,7 @@ protected:
     /// Returns a runner that owns a square of 32 x 32 quads with these settings.
     std::unique_ptr<ScriptRunner> Work(const std::string& tool,
                                        const std::string& settings = "{}") {
-        // Stored in a member, because the steps are used after the call.
+        // The script is stored in a member, because its steps are used after the call.
         script = nlohmann::json::parse(R"({"mesh": "quad.obj", "levels": 5, "seed": 3,
             "camera": {"eye": [0, 0, 10], "target": [0, 0, 0], "fieldOfView": 17.061518,
                        "width": 800, "height": 600}, "steps": []})");
@@ -436,7 +436,7 @@ TEST_F(DocumentStrokeTest, NewFalloffTakesEffectInTheNextStroke) {
                     SCOPED_TRACE(tool + change.substr(0, 40) + (isMirrored ? " mirrored" : "") +
                                  (isCustom ? " custom" : ""));
                     auto work = begin();
-                    // Set twice, so that freed memory would be reused.
+                    // The falloff is set twice, so that freed memory would be reused.
                     Step(*work, R"({"set": {"falloff": [0.3, 0.7, 0.1, 0.2]}})");
                     Step(*work, R"({"set": {"falloff": )" + change + "}}");
                     Step(*work, second);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Tests that live strokes apply dabs as soon as they are final, and that these are
+/// \file Tests that live strokes apply dabs as soon as they are final, and that the dabs are
 /// bit-identical to those of the recorded stroke.
 #include "framework/errors/HostError.h"
 #include "framework/script/PenStream.h"
@@ -55,7 +55,7 @@ protected:
     Dabs Recorded(const std::vector<PathSample>& samples) {
         return Drawn([&](LiveStroke& stroke) { stroke.Take(samples); });
     }
-    /// Adds the samples in batches of 1 to `most`.
+    /// Adds the samples in batches of 1 to `most` samples.
     Dabs InPieces(const std::vector<PathSample>& samples, std::size_t most, unsigned seed) {
         std::mt19937 random(seed);
         return Drawn([&](LiveStroke& stroke) {
@@ -191,8 +191,8 @@ TEST_F(LiveStrokeTest, StraightSegmentIsNotDelayedUntilItTurns) {
     Drawn([&](LiveStroke& stroke) {
         for (int i = 0; i <= 100; ++i) {
             stroke.Add(Sample(300.0f + 2.0f * static_cast<float>(i), 300.0f));
-            // 20 pixels are one unit, with a dab every quarter unit; dabs are delayed by up to half
-            // a pixel.
+            // 20 pixels are one unit. There is a dab every quarter unit, delayed by up to half a
+            // pixel.
             if (i == 0) {
                 EXPECT_TRUE(brush.dabs.empty());
                 continue;

@@ -130,7 +130,7 @@ TEST_F(PathDabsTest, PressureCurvesScaleStrengthAndSize) {
         const float p = (dabs[i].position.x - 2.0f) * 0.1f;
         EXPECT_NEAR(dabs[i].pressure, 0.5f * p, 1e-4f);
         EXPECT_NEAR(dabs[i].size, 0.5f * (0.5f + 0.5f * p), 1e-4f);
-        // Proportional to the radius, because this brush's strength is a length.
+        // The strength is proportional to the radius, because this brush's strength is a length.
         EXPECT_NEAR(dabs[i].strength, 10.0f * 0.5f * p * dabs[i].size / 0.5f, 1e-3f);
         if (i == 0) continue;
         const float apart = dabs[i].position.x - dabs[i - 1].position.x;
@@ -171,7 +171,7 @@ TEST_F(PathDabsTest, StampTopPointsInTheDirectionOfTheTilt) {
     const Vector ahead = PixelOf(right[0].stampMatrix, position + Vector(0.25f, 0.0f, 0.0f));
     EXPECT_NEAR(ahead.x, 31.5f, 1e-2f);
     EXPECT_NEAR(ahead.y, 15.5f, 1e-2f);
-    // Downwards in the viewport, which is opposite to the grid's y direction.
+    // The pen leans downwards in the viewport, which is opposite to the grid's y direction.
     const Dabs down = InView({Leaning(Sample(400, 300), 0.0f, 0.6f)}, dynamics);
     const Vector below = PixelOf(down[0].stampMatrix, position + Vector(0.0f, -0.25f, 0.0f));
     EXPECT_NEAR(below.y, 15.5f, 1e-2f);

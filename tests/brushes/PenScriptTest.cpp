@@ -40,7 +40,8 @@ protected:
         result = ScriptRunner(script, folder.Path("out"), {}).Run();
         return std::hash<std::string>()(TemporaryFolder::Content(folder.Path("out/out.ply")));
     }
-    /// The number of dabs, using a brush that leaves the square flat.
+    /// Returns the number of dabs that the steps apply. The strength is 0, so the square stays
+    /// flat.
     uint64_t DabsOf(const std::string& steps) {
         Run(Set(R"("strength": 0)") + steps);
         return result.totals.dabs;
@@ -106,7 +107,7 @@ TEST_F(PenScript, FilterIsOnByDefault) {
 }
 
 TEST_F(PenScript, EmptyPathMeasuresArcLengthAroundCorners) {
-    // 282.8 pixels are 1.414 units, with a dab every 0.05 units.
+    // 282.8 pixels are 1.414 units, and there is a dab every 0.05 units.
     EXPECT_EQ(DabsOf(Stroke(std::string(pointer) + R"(, "path": {})")), 29u);
     EXPECT_EQ(DabsOf(Stroke(std::string(pointer) + R"(, "path": {"line": true})")), 21u);
     EXPECT_NE(Run(Stroke(std::string(pointer) + R"(, "path": {"curve": true})")),

@@ -28,8 +28,8 @@ protected:
     float HeightAt(uint32_t column, uint32_t row) {
         return bench.Mesh().Position(row * 17 + column).z;
     }
-    /// The value of the pixel nearest to these coordinates in the image with numbered pixels, with
-    /// the brush's rounding.
+    /// Returns the value of the pixel nearest to these coordinates in the image with numbered
+    /// pixels. The brush rounds coordinates in the same way.
     static float Pixel(float u, float v) {
         const long column = std::lrint(u);
         const long row = std::lrint(v);
@@ -153,7 +153,7 @@ TEST_F(StampedSurface, StampOnAScaledMeshHasItsSizeInWorldSpace) {
     Dabs({loop.At({16.5f, 8.25f, 0.0f}, 4.0f, 1.0f)});
     const float beside = HeightAt(9, 8);
     const float next = HeightAt(10, 8);
-    // The next vertex is two units away, and therefore two pixels.
+    // The next vertex is two units away in world space, so its pixel is two columns farther.
     EXPECT_NEAR(next / beside, Pixel(7.0f, 4.0f) / Pixel(5.0f, 4.0f), 1e-3f);
     EXPECT_GT(beside, 0.0f);
 }

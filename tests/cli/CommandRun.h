@@ -53,7 +53,7 @@ protected:
         return {WEXITSTATUS(result), ReadAll(folder / "out.txt"), ReadAll(folder / "error.txt")};
     }
 
-    /// Runs a script and expects it to fail with a single line on standard error that has this
+    /// Runs a script and expects it to fail with a single line on standard error that contains this
     /// reason.
     void ExpectScriptError(const std::string& script, const std::string& reason) {
         SCOPED_TRACE(script);

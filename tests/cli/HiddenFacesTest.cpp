@@ -31,7 +31,7 @@ TEST_F(HiddenFacesCommand, AreKeptInScenesAndLeftOutOnRequest) {
     EXPECT_EQ(FacesIn("cube.trovik all.ply"), 96u);
     EXPECT_EQ(FacesIn("cube.trovik visible.ply --visible"), 80u);
     EXPECT_EQ(ReadAll(folder / "visible.ply"), ReadAll(folder / "part.ply"));
-    // On an added level, the children of hidden faces are hidden too.
+    // On an added level, the children of hidden faces are also hidden.
     EXPECT_EQ(FacesIn("cube.trovik finer.ply --visible --levels 1"), 320u);
     WriteFile("all.json", R"({"scene": "cube.trovik", "steps": [{"show": "all"},
                               {"save": "shown.trovik"}]})");

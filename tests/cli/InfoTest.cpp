@@ -124,7 +124,7 @@ TEST_F(InfoCommand, ExportsOfMaterialsNameEveryFile) {
     fs::remove_all(folder / "out");
     const json summary = json::parse(Run("sculpt e.json -o out --json -q").out);
     EXPECT_EQ(summary["files"], json({"out/fine.obj", "out/odd.mtl", "out/fine.trovik"}));
-    // A scene still finds its referenced files after it is moved along with them.
+    // After a scene and the files that it references are moved together, the files are still found.
     fs::create_directories(folder / "moved");
     fs::rename(folder / "out", folder / "moved/out");
     fs::rename(folder / "odd.mtl", folder / "moved/odd.mtl");

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Tests where scripts search for files, and where they may write files.
+/// \file Tests which folders scripts search for input files, and in which folders they may write.
 #include "tests/cli/CommandRun.h"
 
 #include <gmock/gmock.h>

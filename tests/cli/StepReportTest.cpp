@@ -21,7 +21,7 @@ protected:
         WriteFile("s.json", R"({"mesh": "cube.obj", "levels": 3, "steps": [)" + steps + "]}");
         return Run("sculpt s.json " + options);
     }
-    /// Runs steps and expects a warning about the step with this number and about no other.
+    /// Runs steps and expects a warning about the step with this number and about no other step.
     void ExpectWarning(const std::string& steps, int number, const std::string& reason) {
         SCOPED_TRACE(steps);
         const std::string where = "s.json: /steps/" + std::to_string(number) + ": " + reason + "\n";

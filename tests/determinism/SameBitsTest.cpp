@@ -40,8 +40,9 @@ uint64_t HashOf(const std::string& bytes) {
     return hash;
 }
 
-/// A stroke of every tool, with everything that affects the results: mirrors, a transform with
-/// three different scales, a layer, masks, facing, pressure, coarser levels, undo.
+/// Returns a script with one stroke for every tool and with everything that affects the results:
+/// mirrors, a transform with three different scales, a layer, masks, facing, pressure, coarser
+/// levels and undo.
 std::string ScriptText() {
     std::ostringstream script;
     script << R"({"mesh": ")" << SourceFolder() << R"(/examples/meshes/spot.obj", "levels": 2,

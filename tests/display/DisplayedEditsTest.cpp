@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file A copy of the surface in which only the changed patches are repacked after each edit stays
-/// byte-identical to a copy that is repacked completely. TROVIK_RANDOM_EDITS sets the number of
-/// edits.
+/// \file Keeps a copy of the surface in which only the changed patches are repacked after each
+/// edit. This copy must stay byte-identical to a copy that is repacked completely.
+/// TROVIK_RANDOM_EDITS sets the number of edits.
 #include "framework/display/DirtyPatches.h"
 #include "tests/display/PackedLevel.h"
 #include "tests/edits/RandomEdits.h"
@@ -36,8 +36,8 @@ struct SeenState {
     std::vector<uint8_t> faceFlags;
 };
 
-/// A copy of the vertices of a geometry's bound level, as uploaded to a GPU, that is updated from
-/// change reports.
+/// A copy of the vertices of a geometry's bound level, in the form in which they are uploaded to a
+/// GPU. The copy is updated from change reports.
 class Display {
 public:
     explicit Display(LevelGeometry& shown) : geometry(shown) { Reset(); }

@@ -46,7 +46,8 @@ inline Triangle Canonical(Triangle corners) {
     return corners;
 }
 
-/// The triangles of all faces, (0, 1, 2) and (0, 2, 3) of a quad, each with its face.
+/// Returns the triangles of all faces, each with its face. The triangles of a quad are (0, 1, 2)
+/// and (0, 2, 3).
 inline std::multimap<Triangle, uint32_t> TrianglesOf(const LevelMesh& level) {
     std::multimap<Triangle, uint32_t> triangles;
     const uint32_t corners = level.CornersPerFace();

@@ -60,7 +60,8 @@ TEST(PatchLayout, PatchesAreContiguous) {
     });
 }
 
-/// Expects each triangle of the level once, in a patch that has its vertices.
+/// Expects the patches to contain each triangle of the level exactly once, together with its
+/// vertices.
 void ExpectEachTriangleOnce(const LevelMesh& level, const PatchLayout& layout) {
     std::multimap<Triangle, uint32_t> expected = TrianglesOf(level);
     for (uint32_t patch = 0; patch < layout.PatchCount(); ++patch) {

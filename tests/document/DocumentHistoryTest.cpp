@@ -33,7 +33,7 @@ TEST(DocumentHistory, JumpToAnyPositionRestoresEveryBit) {
     }
     EXPECT_FALSE(document->JumpTo(states.size()));
     EXPECT_EQ(document->HistoryPosition(), states.size() - 1);
-    // The pick tree and the loop are updated, too.
+    // The pick tree and the stroke loop are also updated.
     document->JumpTo(0);
     Stroke(*document, {0, 0, 1});
     EXPECT_TRUE(BitsOf(*document) == states[1]);

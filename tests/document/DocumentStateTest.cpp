@@ -86,7 +86,7 @@ TEST(DocumentState, CanBeReadByAnotherThreadWhileTheDocumentChanges) {
         document->AddLayer("layer " + std::to_string(i));
         document->State();
     }
-    // Not published, since no code on this thread has requested it.
+    // The state after this change is not published, since no code on this thread has requested it.
     document->AddLayer("last");
     while (reads < 200) std::this_thread::yield();
     const auto published = [&] {

@@ -20,7 +20,7 @@ std::vector<Step> Work(float side) {
     const auto at = [side](float x, float y) { return Vector(x, y, side); };
     const auto settings = [side](Document& d) {
         d.SelectTool(side > 0 ? "Sculpt" : "Wax");
-        // Towards the camera.
+        // Direction mode 8 is towards the camera.
         d.Brush().directionAttribute.SetValue(8, true);
         d.Brush().SetFalloffBasedOnFacingAngle(side > 0, 20.0f, 40.0f);
         d.View().eye = {2.0f * side, 1.0f, 4.0f * side};

@@ -109,7 +109,7 @@ TEST(RotatedLayers, TurnedOffAfterADeformationGiveTheBitsOfAMeshWithoutLayers) {
             const std::vector<Vector> on = layered.Positions();
 
             // Both geometries propagate the same surface to the coarser levels. The finest level of
-            // `plain` then gets the surface without layers, as if that had always been its detail.
+            // `plain` then gets the positions without layers, from which its detail is computed.
             LevelGeometry plain(zoo.mesh);
             plain.Subdivide();
             plain.Subdivide();

@@ -33,7 +33,7 @@ TEST(LevelStep, UndoAndRedoOverLevelsRestoreEveryBitOfEachState) {
         }
         ASSERT_EQ(history.StepCount() + 1, states.size());
 
-        // Undo to increasing depths, and redo everything each time.
+        // Undoes one more step in each round, and then redoes all undone steps.
         for (std::size_t depth = 1; depth < states.size(); ++depth) {
             for (std::size_t i = 1; i <= depth; ++i) {
                 ASSERT_TRUE(history.Undo(geometry));

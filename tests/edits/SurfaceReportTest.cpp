@@ -2,7 +2,7 @@
 
 /// \file Makes random edits of documents with each of the test meshes. An observer keeps a copy of
 /// the bound level and updates it from the reported patches alone. After every dab and every other
-/// edit the copy equals the level, byte for byte, and the document's pick tree gives the same hits
+/// edit, the copy equals the level byte for byte, and the document's pick tree gives the same hits
 /// as a tree that is built from scratch. The default run is short; TROVIK_RANDOM_EDITS sets the
 /// number of edits.
 #include "framework/document/Document.h"

@@ -82,7 +82,7 @@ TEST(FiniteExport, RefinementNearTheFloatLimitStaysFiniteAndConversionBeyondItIs
         WriteMeshFile(folder.Path(name), source);
         WriteMeshFile(folder.Path(name), LevelSource(geometry, {false, {}, 0}));
     }
-    // Finite in metres, but too large in millimetres.
+    // The coordinate is finite in metres, but too large in millimetres.
     mesh = TwoQuads();
     mesh.attributes.space.metersPerUnit = 1.0;
     mesh.positions[2][0] = 1e36f;

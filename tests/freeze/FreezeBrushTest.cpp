@@ -96,8 +96,8 @@ TEST_F(FreezeBrushTest, InvertedBrushUnmasks) {
 TEST_F(FreezeBrushTest, SmoothingBlursTheStateBeforeTheDab) {
     grid.Set(5, 5, 120);
     Stroke({At(5.0f, 5.0f)}, BrushOperation::ModifierSmooth);
-    // Each amount is the mean of the neighbours before the dab: no vertex uses another's new
-    // amount.
+    // Each amount is the mean of the neighbours' amounts before the dab: no vertex uses the new
+    // amount of another vertex.
     EXPECT_EQ(grid.Level().Freeze(grid.At(5, 5)), 0);
     EXPECT_EQ(grid.Level().Freeze(grid.At(4, 5)), 30);
     EXPECT_EQ(grid.Level().Freeze(grid.At(5, 6)), 30);

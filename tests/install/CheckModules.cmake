@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 
-# Copies an installed tree to another folder, and renders there with all modules and then with each
-# module missing. Variables: prefix, command (below prefix), libraries (below prefix), modules
-# (below libraries), mesh, folder (for the copy).
+# Copies an installed tree to another folder, and renders there with all modules, and then with one
+# module missing at a time. Variables: prefix, command (below prefix), libraries (below prefix),
+# modules (below libraries), mesh, folder (for the copy).
 cmake_minimum_required(VERSION 3.25)
 
 unset(ENV{LD_LIBRARY_PATH})

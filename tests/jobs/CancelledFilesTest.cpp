@@ -109,7 +109,7 @@ TEST(CancelledFiles, ExportLeavesTheOldFile) {
         SCOPED_TRACE(name);
         const TemporaryFolder folder;
         const std::string file = folder.Path(name);
-        // Runs once with an existing file and once without.
+        // Runs once with an existing file and once without one.
         for (const bool isThere : {false, true}) {
             std::string before;
             Cancel(

@@ -178,7 +178,7 @@ TEST_F(KilledProcess, LosesNothingAtAHundredMoments) {
         const pid_t child = fork();
         ASSERT_GE(child, 0);
         if (child == 0) {
-            // Slow enough that the process can be killed during the step.
+            // The disk is slow enough that the process can be killed during the step.
             const QuickDisk disk(300);
             try {
                 Work(place, place + "/w.journal", [&](Progress at, std::size_t now) {
