@@ -145,7 +145,7 @@ struct KernelState {
     std::vector<HWVector> offsets;
 };
 
-/// Two dabs on a patch and its neighbour, which covers build-up and seams.
+/// Applies two dabs to a patch and its neighbour, so that build-up and seams are covered.
 std::vector<uint8_t> Run(const KernelSwitches& s,
                          bool specialised,
                          bool vectorStamp,
@@ -237,8 +237,8 @@ std::vector<uint8_t> RunOnRandomPositions(const KernelSwitches& s,
     return bytes;
 }
 
-/// Tests the kernels that reorder vertices with zeros of both signs, infinities and NaN. The bounds
-/// in particular then depend on the order of vertices.
+/// Runs the kernels that reorder vertices on positions that include zeros of both signs, infinities
+/// and NaN. With such positions, the bounds in particular depend on the order of vertices.
 TEST(AllSpecialisations, AgreeOnZerosInfinitiesAndNaN) {
     for (unsigned index = 0; index < KernelSwitches::count; ++index) {
         const KernelSwitches s = KernelSwitches::FromIndex(index);

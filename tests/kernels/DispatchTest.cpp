@@ -78,7 +78,8 @@ TEST_F(Dispatch, NormalsAreUpdatedEvenIfTheKernelReachedNothing) {
     RecordingRenderer& renderer = bench.AddRenderer(1.0f);
     SurfacePoint hit = bench.HitFace(4 * 16);
     bench.Begin();
-    // Far above the surface: the patch under the hit is visited, but no vertex is in reach.
+    // The dab is far above the surface, so the patch under the hit is visited, but no vertex is in
+    // reach.
     AxisAlignedBoundingBox box;
     bench.brush->ApplyDab(hit, {1.5f, 1.5f, 9.0f}, 1.2f, 1.0f, 1.0f, box);
     bench.End();

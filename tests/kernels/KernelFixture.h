@@ -7,8 +7,8 @@
 
 namespace trovik::test {
 
-/// The state of a brush in the middle of a dab, with members set directly, so that a test calls a
-/// kernel without a traversal or dab preparation.
+/// The state of a brush in the middle of a dab, with members set directly, so that a test can call
+/// a kernel without a traversal or dab preparation.
 ///
 /// Set up the mesh through `stroke` (layer, renderers, mask, transform), then call Start. A dab has
 /// full pressure, strength 1, direction +z and an empty dirty box at its centre, unless a test sets

@@ -126,7 +126,8 @@ TEST_F(VectorWidths, PackedNormalsAreBitIdentical) {
     }
 }
 
-/// Compared with the vector class's own operations, one cell at a time.
+/// Compares the normals with those computed by the vector class's own operations, one cell at a
+/// time.
 TEST(PackedNormals, EqualThoseOfTheVectorOperations) {
     Numbers numbers(5);
     for (uint32_t count = 1; count <= 9; ++count) {
@@ -177,7 +178,7 @@ enum class Heights { Uneven, ZerosOfBothSigns, SomeNaN };
 /// positions are added.
 float HeightOf(uint32_t v, Heights heights) {
     const uint32_t drawn = v * 2654435761u >> 16;
-    // Much less than the side length of a face, which determines the patch size.
+    // Heights are much less than the side length of a face, which determines the patch size.
     const float height = 1e-8f * static_cast<float>(drawn);
     if (heights == Heights::ZerosOfBothSigns)
         return drawn % 5 == 0 ? 0.0f : drawn % 5 == 1 ? -0.0f : height;

@@ -152,7 +152,7 @@ TEST_F(Weight, OtherFamiliesDoNotWriteBuildUp) {
 }
 
 TEST_F(Weight, SurfaceBeyondTheFacingAnglesHasWeightZeroAndCountsAsReached) {
-    // Seen from below: 180 degrees.
+    // The surface is seen from below, at an angle of 180 degrees.
     const FacingAngle facing(brush, {0.5f, 0.5f, -100.0f}, 10.0f, 20.0f);
     EXPECT_TRUE(bench.RunKernel(0));
     EXPECT_EQ(bench.Height(middle), 0.0f);

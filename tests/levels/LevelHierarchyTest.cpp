@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Deletes levels at either end, applies shapes to lower levels, and undoes all of these.
+/// \file Deletes levels at either end, applies shapes to lower levels, and undoes all of these
+/// operations.
 #include "framework/layers/SculptLayer.h"
 #include "tests/edits/EditStroke.h"
 #include "tests/levels/GeometryState.h"
@@ -219,7 +220,8 @@ void DoSomething(LevelGeometry& geometry, std::mt19937& random) {
             break;
         }
         case 6:
-            // Not a step, so a step may be undone with another mirror than it was made with.
+            // Changing the mirror is not an undo step, so the mirror may differ between a step and
+            // its undo.
             if (geometry.Mirror() == nullptr)
                 geometry.FindMirror();
             else

@@ -75,7 +75,8 @@ TEST(Multires, DetailRotatesRigidlyWithTheSurface) {
             geometry.BindLevel(0);
             Deform(*geometry.Bound(), [angle](const Vector& p) {
                 const Vector turned = RotatedAboutZ(p, angle);
-                // Rotated about x as well, so that flat meshes leave their plane, and translated.
+                // The mesh is also rotated about x, so that flat meshes leave their plane, and
+                // translated.
                 const Vector q = RotatedAboutZ({turned.y, turned.z, turned.x}, angle);
                 return q + Vector(1.0f, -2.0f, 0.5f);
             });
@@ -246,8 +247,8 @@ TEST(Multires, CostFollowsTheTouchedVertices) {
     }
 }
 
-/// Moves the base vertices of a rough grid of 200 x 200 quads that have x and y up to `side`, and
-/// carries the change to level 1.
+/// On a rough grid of 200 x 200 quads, moves the base vertices whose x and y are at most `side`,
+/// and carries the change to level 1.
 std::vector<CarriedLevel> CarrySquare(LevelGeometry& geometry, float side) {
     geometry.Subdivide();
     Roughen(*geometry.Bound(), 0.1f, 8);

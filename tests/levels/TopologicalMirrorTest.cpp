@@ -172,8 +172,8 @@ TEST(TopologicalMirror, MapsCornersInReversedOrderAndBack) {
 TEST(TopologicalMirror, PairsTheSameVerticesInAPose) {
     for (const ZooMesh& entry : SymmetricMeshes()) {
         SCOPED_TRACE(entry.name);
-        // A torus has a mirror plane through each spoke, and the posed torus may be closer to a
-        // different one.
+        // A torus has a mirror plane through each spoke, and the plane that fits the posed torus
+        // best may be a different one.
         if (entry.name == "torus") continue;
         LevelGeometry atRest(entry.mesh);
         LevelGeometry posed(Posed(entry.mesh));

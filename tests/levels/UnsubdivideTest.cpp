@@ -76,7 +76,7 @@ TEST(Unsubdivide, FindsTheCoarseMeshOfAShuffledRefinement) {
         ASSERT_EQ(base.faceCount, oldBase.faceCount);
         ASSERT_EQ(base.VertexCount(), oldBase.VertexCount());
         EXPECT_EQ(base.CornersPerFace(), oldBase.CornersPerFace());
-        // The fine faces have the same positions, bit-exactly, and the same connectivity.
+        // The fine faces have bit-identical positions and the same connectivity.
         EXPECT_EQ(FacesInSpace(geometry.ToPolygons(false)), FacesInSpace(shuffled.mesh));
         // On a torus, the connectivity of the refinement does not distinguish original vertices
         // from face points.

@@ -117,7 +117,7 @@ private:
     std::map<Visit, uint32_t> faceOfEdge;
 };
 
-/// Returns true for about three in four numbers, always the same ones.
+/// Returns true for a fixed selection of about three quarters of all numbers.
 bool Wanted(uint32_t number, uint32_t salt) { return (number * 2654435761u + salt) >> 30 != 0; }
 
 class FaceTester final : public FaceEnumerator {

@@ -78,7 +78,7 @@ TEST_F(FreeMemoryOfSystem, IsLimitedByTheProcessLimits) {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "a sanitized process cannot run with little address space";
 #endif
-    // In pages: address space, then data and stack in the sixth field.
+    // Sizes are in pages: the first field is the address space, and the sixth is data and stack.
     Fill("proc/self/statm", "25600 1 1 1 0 12800 0\n");
     const auto page = static_cast<uint64_t>(sysconf(_SC_PAGESIZE));
     const pid_t child = fork();

@@ -71,8 +71,8 @@ TEST(TopologicalStroke, EqualsThePlaneMirrorOnASymmetricMesh) {
     EXPECT_EQ(2u, byFaces.Totals().dabs);
 }
 
-/// Subdivides the plane, sculpts it with a stamp with these settings, and returns the displacement
-/// of each vertex.
+/// Subdivides the plane, sculpts it with a stamp that has these settings, and returns the
+/// displacement of each vertex.
 std::vector<Vector> StampedMoves(Document& document, const char* stamp) {
     document.Subdivide();
     document.Subdivide();

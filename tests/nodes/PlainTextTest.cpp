@@ -22,7 +22,7 @@ TEST(PlainText, OtherTextIsKept) {
                     "er <b"),
               "gr\xc3\xb6\xc3\x9f"
               "er <b");
-    // Without a closing bracket these are not tags.
+    // Without a closing bracket, these are not tags.
     QString open;
     for (int i = 0; i < 100000; ++i) open += QStringLiteral("<a");
     EXPECT_EQ(PlainText(open), open.toStdString());

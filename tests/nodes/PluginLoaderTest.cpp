@@ -117,7 +117,7 @@ TEST(PluginLoader, EmptyFolderIsAccepted) {
     EXPECT_EQ(ReasonOf(LoadPlugins), "");
 }
 
-// A single test, since loaded plug-ins stay loaded.
+// This is a single test, since loaded plug-ins stay loaded.
 TEST(PluginLoader, OpensRegistersAndInitialisesOnce) {
     const std::string file = TROVIK_SAMPLE_PLUGIN;
     const uint32_t rows = BrushOperation::ConfigurationCount();

@@ -227,7 +227,7 @@ TEST_F(SphereRender, HasNoLineWhereLightEnds) {
     camera = FrameMeshes({shown}, {0, 0, -1}, 35.0f, 4.0f / 3.0f);
     const RenderImage picture = Make();
     constexpr int reach = 6;
-    // Tested along diagonals from the lit side to the dark side.
+    // The brightness is tested along diagonals from the lit side to the dark side.
     for (int offset = -30; offset <= 30; offset += 10) {
         for (int i = -64; i <= 64; ++i) {
             const auto mean = [&](int along) {

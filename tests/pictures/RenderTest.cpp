@@ -92,7 +92,7 @@ TEST_F(SphereRender, NaNVertexRemovesOnlyItsFaces) {
 TEST_F(SphereRender, SizeOfTheMeshDoesNotMatter) {
     options.wireframe = true;
     const RenderImage usual = Make();
-    // Powers of two, so that the relative positions are bit-identical.
+    // The scales are powers of two, so that the relative positions are bit-identical.
     for (const int exponent : {-60, -40, 20, 40, 56}) {
         SCOPED_TRACE(exponent);
         const float scale = std::ldexp(1.0f, exponent);
@@ -106,7 +106,7 @@ TEST_F(SphereRender, VerticesBeyondTheRangeAreRefused) {
     for (const int i : {0, 5, 10}) shown.localToWorld[i] = 1.1e18f;
     EXPECT_THAT(Refusal(), HasSubstr("cannot render: vertex "));
     EXPECT_THAT(Refusal(), HasSubstr(" in world space; coordinates must be from -1e+18 to 1e+18"));
-    // Finite in mesh-local space but not in world space.
+    // The position is finite in mesh-local space, but not in world space.
     geometry.Bound()->SetPosition(0, {3e38f, 0, 0});
     for (const int i : {0, 5, 10}) shown.localToWorld[i] = 10.0f;
     EXPECT_THAT(Refusal(), StartsWith("cannot render: vertex 0 is at (inf, 0, 0) in world space"));

@@ -22,7 +22,8 @@ const std::vector<ZooMesh>& Meshes() {
     static const std::vector<ZooMesh> meshes = [] {
         std::vector<ZooMesh> all = AllMeshes();
         all.push_back({"sphere", SphereQuads(1)});
-        // Listed several times, so that the vertex path runs as often as the patch path.
+        // Triangle meshes are listed several times, so that the vertex path runs as often as the
+        // patch path.
         for (int i = 0; i < 4; ++i)
             for (ZooMesh& mesh : TriangleMeshes()) all.push_back(std::move(mesh));
         return all;
@@ -55,7 +56,7 @@ void ChooseTransform(RandomNumbers& random, MatrixTransform& place) {
             return;
         }
         case 4:
-            // Flat in world space.
+            // The scale of 0 makes the mesh flat in world space.
             place.Set({random.OneOf({0.0f, 1.0f}), 1.0f, 0.0f}, turn, move);
             return;
         default:

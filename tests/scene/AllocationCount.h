@@ -12,8 +12,8 @@ uint64_t PeakBytes();
 void ForgetPeak();
 uint64_t BytesHeld();
 
-/// Makes the `number`-th allocation from now on fail, counted from 1, and no other; with 0, none
-/// fails.
+/// Makes only the `number`-th allocation after this call fail, counted from 1. If `number` is 0, no
+/// allocation fails.
 void RefuseAllocation(uint64_t number);
 /// Returns whether that allocation has failed.
 bool HasRefused();

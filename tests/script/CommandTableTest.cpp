@@ -273,7 +273,8 @@ const char* const examples = R"([
     {"save": "a.trovik"}
 ])";
 
-/// Numbers in single precision, and samples with their pressure, in the form that Write produces.
+/// Returns the value in the form that Write produces: numbers in single precision, and samples with
+/// their pressure.
 json InSinglePrecision(const json& value) {
     if (value.is_number_float()) return static_cast<double>(static_cast<float>(value));
     json all = value;

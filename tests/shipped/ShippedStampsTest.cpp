@@ -113,7 +113,7 @@ TEST_P(EachStamp, OverhangsIfItIsAVectorMap) {
             if (rightX * downY - rightY * downX < 0.0) ++facingAway;
         }
     }
-    // Requires more than two percent of all quads.
+    // More than two percent of all quads must face away.
     EXPECT_GT(facingAway, image.pixels.size() / 3 / 50);
 }
 

@@ -30,7 +30,8 @@ PolygonMesh FlatMesh(Kind kind) {
     return FlatTriangles(8);
 }
 
-/// Computes the stamp's value at exact coordinates, in double precision; nothing outside the stamp.
+/// Computes the stamp's value at exact coordinates, in double precision. There is no value outside
+/// the stamp.
 struct Reference {
     uint32_t width;
     uint32_t height;

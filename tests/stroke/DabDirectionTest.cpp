@@ -26,7 +26,7 @@ protected:
         if (!brush.strokeActive) bench.Begin();
         brush.directionAttribute.SetValue(mode, true);
         brush.mirrorPass = pass;
-        // Set after the start of the stroke, which clears the previous hits.
+        // The position is set after the start of the stroke, which clears the previous hits.
         brush.SetPreviousPatchPosition(previous);
         brush.Settings().directionVectorSet = false;
         return brush.PrepareDab(hit);
@@ -300,7 +300,7 @@ TEST_F(PlaneReuse, KeepsThePlaneFoundEarlier) {
     EXPECT_EQ(brush.planeDistances[0], 2.0f);
     EXPECT_FALSE(IsDirectionSet());
     EXPECT_TRUE(brush.followVertexNormal);
-    // Such a dab is applied even without a heading.
+    // Such a dab is applied even without a direction of travel.
     previous = Vector{};
     EXPECT_TRUE(Prepare(3));
 }

@@ -214,7 +214,7 @@ TEST(Dab, FreesItsGrids) {
         EXPECT_EQ(bench.brush->layerGridAllocation, nullptr);
         EXPECT_EQ(reinterpret_cast<uintptr_t>(bench.brush->positionGrid) % 16, 0u);
         EXPECT_EQ(reinterpret_cast<uintptr_t>(bench.brush->layerGrid) % 16, 0u);
-        // The dangling pointer remains on purpose: it shows that there was a grid.
+        // The dangling pointer is kept on purpose: it shows that there was a grid.
         EXPECT_EQ(bench.brush->layerGrid != nullptr, !allLayers);
         bench.End();
     }

@@ -211,7 +211,7 @@ TEST(OpenStroke, EndsWithTheMeshThatItIsBoundTo) {
     EXPECT_EQ(bench.brush->meshChanges.fill, 0u);
     EXPECT_TRUE(bench.Mesh().Changes().empty());
     EXPECT_NE(BitsOf(bench.Mesh()), before);
-    // The pending call of EndStroke finds nothing to do.
+    // The pending call of EndStroke then has no effect.
     bench.End();
     EXPECT_TRUE(bench.geometry->History().Undo(*bench.geometry));
     EXPECT_EQ(BitsOf(bench.Mesh()), before);

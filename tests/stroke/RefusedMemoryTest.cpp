@@ -161,7 +161,7 @@ void BeginWithoutRecords(StrokeFixture& bench) {
     bench.Begin();
 }
 
-/// Applies a dab for which memory for most of its records cannot be allocated.
+/// Applies a dab during which the memory for most of its records cannot be allocated.
 void RefuseRecords(StrokeFixture& bench, uint32_t face, float radius) {
     // Memory for seven records; while the array grows, it holds 1 + 3 + 7 of them.
     const MemoryLimit limit(11 * sizeof(StoredVertexInfo) + 64);

@@ -143,7 +143,7 @@ protected:
             StrokeFixture bench(zoo.mesh, subdivisions);
             const float extent = Extent(bench.Mesh());
             Roughen(bench.Mesh(), 0.02f * extent);
-            // Large enough to reach the corners of a face of any size.
+            // The radius is large enough to reach the corners of a face of any size.
             const float radius = (subdivisions == 0 ? 0.7f : 0.3f) * extent;
             const std::size_t moved = CheckedStroke(bench, tool, direction, radius).size();
             movedByAny += moved;
@@ -155,8 +155,8 @@ protected:
             EXPECT_GT(movedByAny, 0u);
         }
     }
-    /// On a round surface all vertices may be on the side of the plane that these tools do not
-    /// move.
+    /// On a round surface, all vertices may be on the side of the plane on which these tools have
+    /// no effect.
     bool MovesOneWayOnly() const { return tool == Tool::Scrape || tool == Tool::Fill; }
 };
 INSTANTIATE_TEST_SUITE_P(Tools,
@@ -365,7 +365,7 @@ TEST_P(WholeStroke, MirroredPairsMakeASymmetricShape) {
         bench.Begin();
         const Vector motion(0.1f, 0.2f, -0.15f);
         brush.SetPreviousPatchPosition(hit.position - motion);
-        // Small enough that the two sides do not overlap.
+        // The dabs are small enough that the two sides do not overlap.
         bench.Dab(hit, 0.25f, StrengthOf(tool, 0.25f));
         brush.SetPreviousPatchPosition(mirrored.position - Vector(-motion.x, motion.y, motion.z));
         bench.Dab(mirrored, 0.25f, StrengthOf(tool, 0.25f));

@@ -19,7 +19,8 @@ void Roughen(LevelMesh& mesh, unsigned seed) {
     mesh.ComputeNormals();
 }
 
-/// Prepares a bench's brush as for a dab on patches of level `patchMeshLevel`, with grids.
+/// Prepares a fixture's brush, including its grids, as for a dab on patches of level
+/// `patchMeshLevel`.
 class HaloState {
 public:
     HaloState(StrokeFixture& bench, uint32_t patchMeshLevel, bool smooth, bool allLayers)
@@ -246,7 +247,7 @@ TEST(PatchHalo, SmoothAtACornerOfAnyValenceMovesTowardsItsNeighbours) {
         SCOPED_TRACE(valence);
         StrokeFixture bench(ValenceFan(valence), 2);
         LevelMesh& mesh = bench.Mesh();
-        // The fan's centre is vertex 0 at every level; move it out of the surface.
+        // The fan's centre is vertex 0 at every level; it is moved out of the surface.
         Vector centre = mesh.Position(0);
         centre.z += 0.2f;
         mesh.SetPosition(0, centre);

@@ -105,7 +105,7 @@ TEST_F(Sampling, OriginalDataModeSumsFirstTouchPositions) {
     EXPECT_TRUE(brush.SamplePlaneVertex(v));
     EXPECT_EQ(brush.planeSamplePositionSum, Vector(2.0f, 2.0f, 0.0f));
     EXPECT_FLOAT_EQ(brush.planeSampleNormalSum.x, 1.0f);
-    // Without a record the original and the current position are the same.
+    // Without a record, the original and the current position are the same.
     EXPECT_TRUE(brush.SamplePlaneVertex(At(2, 3)));
     EXPECT_FLOAT_EQ(brush.planeSampleNormalSum.z, 1.0f);
 }

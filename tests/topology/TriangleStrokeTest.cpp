@@ -37,7 +37,7 @@ std::set<uint32_t> NeighboursOf(const LevelMesh& mesh, uint32_t vertex) {
     return around;
 }
 
-/// On a closed mesh each neighbour is reported in one face. The mean is therefore that of the unit
+/// On a closed mesh, each neighbour is reported in one face. The mean is therefore that of the unit
 /// normals of all faces around the vertex, and is not normalised.
 Triple MeanFaceNormal(const LevelMesh& mesh, uint32_t vertex) {
     Triple sum{};
@@ -87,7 +87,8 @@ TEST(TriangleDab, WeightDependsOnDistanceAndFalloff) {
                 static_cast<std::size_t>(distance / radius * static_cast<double>(table.size() - 1));
             weight = static_cast<double>(table[index]);
         }
-        // The second dab measures from first touch, and the first one's build-up weakens it.
+        // The second dab measures distances from the positions at first touch, and the build-up of
+        // the first dab weakens it.
         const double total = weight + weight * (1.0 - weight * 0.5);
         ExpectAt(mesh, v, {before[v][0], before[v][1], before[v][2] + 0.3 * total}, 2e-6);
         moved += weight > 0.0;
@@ -118,7 +119,7 @@ TEST(TriangleDab, UpdatesTheNormalsOfAllReportedVertices) {
         EXPECT_NEAR(n.y, normal[1] * 32767.0, 1.0);
         EXPECT_NEAR(n.z, normal[2] * 32767.0, 1.0);
     }
-    // The neighbours of moved vertices were reported, too, so that no normal is stale.
+    // The neighbours of moved vertices were also reported, so that no normal is stale.
     const auto after = BitsOf(mesh);
     for (uint32_t v = 0; v < before.size(); ++v) {
         if (std::equal(before[v].position, before[v].position + 3, after[v].position)) continue;

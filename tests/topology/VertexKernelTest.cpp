@@ -265,7 +265,8 @@ TEST_F(VertexKernel, SmoothMovesToTheRingMeanWithoutBuildUp) {
     EXPECT_NEAR(Height(4), 3.0f / 7.0f, 1e-6f);
     EXPECT_NEAR(Mesh().Position(4).x, (1.25f + 6.0f) / 7.0f, 1e-6f);
     EXPECT_EQ(Record(4)->buildUp, 0.0f);
-    // In place: a later vertex reads the new position. Vertex 0 has the neighbours 1, 3 and 4.
+    // Smoothing works in place: a later vertex reads the new position. Vertex 0 has the neighbours
+    // 1, 3 and 4.
     EXPECT_TRUE(Step(0));
     EXPECT_NEAR(Height(0), 3.0f / 7.0f / 4.0f, 1e-6f);
 }
@@ -300,7 +301,7 @@ TEST_F(VertexKernel, SmoothOfALayerWithoutOneActsOnPositions) {
     EXPECT_NEAR(Height(4), 3.0f / 7.0f, 1e-6f);
 }
 
-/// A snapshot with pages of two records for vertices below a limit.
+/// A fixture whose snapshot has pages of two records and contains the vertices below a limit.
 class OriginalRecords : public VertexKernel {
 protected:
     void Open(uint32_t limit) {

@@ -315,7 +315,7 @@ TEST_F(HostChange, EveryKindOfStepBetweenStrokesIsFollowed) {
         reasons.emplace_back(reason);
     }
     Follow(script, {{"levels", 2}});
-    // After the stroke that followed the undo there was nothing to redo.
+    // After the stroke that followed the undo, there was nothing to redo.
     reasons.erase(reasons.begin() + 1);
     EXPECT_EQ(Reasons(), reasons);
     unsigned number = 0;

@@ -348,7 +348,8 @@ TEST_F(TraceRecorderTest, StampHasItsPixelsAndMatrix) {
     Begin(first.Bound());
     EXPECT_EQ(image.reads, 2) << "or in another stroke";
 
-    // The name makes it a vector stamp. After that, another image object with the same pixels.
+    // The name makes it a vector stamp. The last dab uses another image object with the same
+    // pixels.
     brush.SetStamp(true, QStringLiteral("horn_VDM.exr"));
     brush.Settings().stampFactor = 2.0f;
     stamp = Dab(first)["in"]["stamp"];

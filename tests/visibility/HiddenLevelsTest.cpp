@@ -23,7 +23,7 @@ TEST(HiddenLevels, CoarseFacesAreHiddenWhenAllTheirChildrenAre) {
         geometry.Subdivide();
         geometry.Subdivide();
         const uint32_t children = geometry.Level(0)->CornersPerFace();
-        // All but one descendant of face 0 of level 0.
+        // Hides all but one descendant of face 0 of level 0.
         FaceChoice chosen(geometry.Bound()->faceCount);
         std::fill_n(chosen.begin(), children * 4 - 1, uint8_t{1});
         ASSERT_TRUE(Change(geometry, VisibilityChange::Hide, chosen));
@@ -44,7 +44,7 @@ TEST(HiddenLevels, HidingACoarseFaceHidesItsDescendantsOnly) {
     LevelGeometry geometry(Torus(6, 4));
     geometry.Subdivide();
     geometry.Subdivide();
-    // Only some descendants, so that the coarse face is visible.
+    // Hides only some descendants, so that the coarse face remains visible.
     Change(geometry, VisibilityChange::Hide, Only(*geometry.Bound(), {0, 1, 37}));
     geometry.BindLevel(0);
     EXPECT_EQ(geometry.Bound()->HiddenFaceCount(), 0u);
@@ -170,7 +170,7 @@ TEST(HiddenLevels, UnsubdivideDerivesHiddenFacesOfTheBase) {
     LevelMesh& level = *fine.Bound();
     std::mt19937 random(12);
     Change(fine, VisibilityChange::Hide, RandomChoice(level, random, 60));
-    // By position, since faces are renumbered.
+    // The hidden faces are compared by position, since faces are renumbered.
     const auto middles = [](const LevelMesh& of) {
         std::vector<std::array<float, 3>> list;
         for (uint32_t face = 0; face < of.faceCount; ++face) {

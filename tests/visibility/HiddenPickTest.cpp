@@ -62,7 +62,7 @@ TEST(HiddenPick, NothingIsHitWhileEverythingIsHidden) {
     geometry.Subdivide();
     geometry.Subdivide();
     Change(geometry, VisibilityChange::Invert);
-    // Built while everything is hidden.
+    // The tree is built while everything is hidden.
     PatchTree tree(geometry.Bound());
     EXPECT_TRUE(tree.Bounds().IsEmpty());
     ExpectLikeBruteForce(*geometry.Bound(), tree, 1);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Tests strokes over hidden faces: hidden vertices stay bit-identical, and visible vertices
-/// get the same results, bit for bit, as with the hidden vertices masked.
+/// \file Tests strokes over hidden faces: hidden vertices stay bit-identical, and the results at
+/// visible vertices are bit-identical to those of a stroke with the hidden vertices masked.
 #include "framework/brushes/Falloff.h"
 #include "framework/edits/Symmetry.h"
 #include "framework/freeze/FreezeBrush.h"
@@ -31,7 +31,7 @@ bool SamePosition(const VertexBits& a, const VertexBits& b) {
     return std::memcmp(a.position, b.position, sizeof a.position) == 0;
 }
 
-/// Two benches apply the same strokes. In one, faces are hidden; in the other, their vertices are
+/// Two fixtures apply the same strokes. In one, faces are hidden; in the other, their vertices are
 /// masked explicitly.
 TEST(HiddenStroke, HiddenVerticesStayAndOthersMoveAsIfTheyWereMasked) {
     HostSwitches switches;
@@ -131,7 +131,7 @@ TEST(HiddenStroke, NormalsAtTheBorderFollowTheSurface) {
     const std::vector<VertexBits> before = BitsOf(level);
     bench.Stroke(bench.HitFace(level.faceCount / 2 + 3), 0.5f, 0.02f);
     const std::vector<VertexBits> after = BitsOf(level);
-    // Hidden normals next to moved vertices are updated, too.
+    // The stroke also updates the normals of hidden vertices next to moved ones.
     uint32_t turned = 0;
     for (uint32_t v = 0; v < after.size(); ++v)
         if (level.IsVertexHidden(v))

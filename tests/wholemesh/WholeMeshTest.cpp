@@ -323,8 +323,8 @@ TEST(WholeMesh, SmoothUsesTheMeanOfEachRing) {
     Bench bench(peak);
     bench.Activate(Tool::Smooth);
     bench.Apply(100.0f);
-    // In place: the left and upper neighbours of the peak were smoothed before it and had risen by
-    // a fifth of it.
+    // Smoothing works in place: the left and upper neighbours of the peak were smoothed before it,
+    // and had already risen by a fifth of its height.
     const auto positions = bench.Positions();
     EXPECT_LT(positions[12].z, 0.3f);
     EXPECT_GT(positions[12].z, 0.2f);
