@@ -156,7 +156,7 @@ TEST_F(SprayedDabs, RandomRotationStaysWithinItsRange) {
     float right = 0.0f;
     for (const RecordingBrush::Dab& dab : Spray(1, 200)) {
         EXPECT_EQ(dab.position, Vector(8.0f, 8.0f, 0.0f));
-        // The image's up direction: straight up, or at most an eighth of a turn to either side.
+        // The image is upright or rotated by at most an eighth of a turn to either side.
         const Vector up = PixelOf(dab.stampMatrix, {8.0f, 10.0f, 0.0f}) -
                           PixelOf(dab.stampMatrix, {8.0f, 8.0f, 0.0f});
         const float angle = std::atan2(up.x, -up.y);

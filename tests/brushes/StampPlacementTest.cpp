@@ -64,11 +64,11 @@ TEST(StampPlacement, TopPointsAlongTheGivenDirectionInTheSurface) {
 
 TEST(StampPlacement, WithoutADirectionItIsUprightInTheView) {
     const Matrix camera = CameraAbove(4.0f);
-    // A wall facing +x: the camera's up direction lies in it.
+    // The camera's up direction lies in the plane of a wall that faces +x.
     const auto wall = StampPlacement::OnSurface({}, {3.0f, 0.0f, 0.0f}, 1.0f, {}, camera);
     EXPECT_EQ(wall.Up(), Vector(0.0f, 1.0f, 0.0f));
     EXPECT_EQ(wall.Right(), Vector(0.0f, 0.0f, -1.0f));
-    // A floor seen from above its edge: up points away from the viewer.
+    // On a floor seen from above its edge, up points away from the viewer.
     const auto floor = StampPlacement::OnSurface({}, {0.0f, 1.0f, 0.0f}, 1.0f, {}, camera);
     EXPECT_EQ(floor.Up(), Vector(0.0f, 0.0f, -1.0f));
     EXPECT_EQ(floor.Right(), Vector(1.0f, 0.0f, 0.0f));

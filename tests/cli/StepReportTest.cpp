@@ -243,7 +243,7 @@ TEST_F(ToolSettings, ScriptsAcceptTheDefaults) {
         json set = json::object();
         for (const json& setting : tool["settings"]) {
             const std::string name = setting["name"];
-            // Default stamps are installed files, whose paths differ.
+            // Default stamps are installed files, whose paths depend on the installation.
             if (setting["default"].is_null() || name == "stamp.path") continue;
             const std::size_t dot = name.find('.');
             if (dot == std::string::npos)

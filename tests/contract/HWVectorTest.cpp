@@ -107,7 +107,7 @@ TEST(HWVector, NormalizeLeavesAZeroLengthVectorUnchanged) {
     zero.Normalize();
     EXPECT_EQ(Bits(zero.X()), Bits(0.0f));
     EXPECT_EQ(Bits(zero.Y()), Bits(-0.0f));
-    // Its squares underflow.
+    // The square of the component underflows.
     HWVector tiny(1e-30f, 0.0f, 0.0f, 0.0f);
     tiny.Normalize();
     EXPECT_EQ(tiny.X(), 1e-30f);

@@ -150,7 +150,7 @@ TEST(Matrix, MatrixWithNaNHasNoInverse) {
     bool ok = true;
     matrix.Invert(&ok);
     EXPECT_FALSE(ok);
-    // Its inverse would overflow.
+    // The inverse of this matrix would overflow.
     Matrix tiny;
     tiny.m[0][0] = 1e-39f;
     tiny.Invert(&ok);

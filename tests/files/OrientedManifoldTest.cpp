@@ -39,7 +39,7 @@ Faces FacesOf(const PolygonMesh& mesh) {
     return faces;
 }
 
-/// Expects each half-edge at most once, and a single fan of faces around each vertex.
+/// Expects each half-edge to occur at most once, and a single fan of faces around each vertex.
 void ExpectOrientedManifold(const PolygonMesh& mesh) {
     CheckPolygonMesh(mesh, "result");
     std::set<std::pair<std::uint32_t, std::uint32_t>> halfEdges;

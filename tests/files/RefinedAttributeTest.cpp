@@ -89,7 +89,8 @@ TEST(RefinedAttributes, ColoursAreEdgeAndFaceMeans) {
     for (std::size_t vertex = 0; vertex < 6; ++vertex) {
         EXPECT_EQ(colors[vertex], mesh.attributes.colors[vertex]);
     }
-    // The edges of q0 (0 1 4 3), its centre, the new edges of q1 (1 2 5 4), its centre.
+    // The new vertices are on the edges of q0 (0 1 4 3), at its centre, on the new edges of q1 (1 2
+    // 5 4), and at its centre, in this order.
     const std::vector<Color> added = {{0.5f, 0, 0, 1},
                                       {0.75f, 0.25f, 0, 1},
                                       {0.25f, 0.75f, 0, 1},

@@ -85,7 +85,7 @@ TEST(StlFile, BinaryBytesAreThoseOfTheFormat) {
     ASSERT_EQ(content.size(), 134u);
     EXPECT_NE(content.substr(0, 5), "solid");
     EXPECT_EQ(content.substr(80, 4), std::string("\1\0\0\0", 4));
-    // The normal 0 0 1, then 1 0 0.
+    // The data of the triangle starts with its normal (0, 0, 1) and its first vertex (1, 0, 0).
     EXPECT_EQ(content.substr(84, 24),
               std::string("\0\0\0\0\0\0\0\0\0\0\x80\x3f\0\0\x80\x3f\0\0\0\0\0\0\0\0", 24));
     EXPECT_EQ(content.substr(132), std::string("\0\0", 2));

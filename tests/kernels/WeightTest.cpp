@@ -138,7 +138,7 @@ TEST_F(Weight, OtherFamiliesDoNotWriteBuildUp) {
         EXPECT_TRUE(bench.RunTester(0));
         EXPECT_EQ(bench.Record(middle)->buildUp, 0.0f);
     }
-    // These tools do not read it either.
+    // These tools do not read the build-up either.
     bench.Restart(Tool::Flatten);
     brush.planeDistance = 1.0f;
     brush.dabStrength = 50.0f;

@@ -360,7 +360,7 @@ TEST(StampOfATool, IsSetOnlyForSprayRepeatKnifeAndImprint) {
         const bool stamped = tool == Tool::Spray || tool == Tool::Repeat || tool == Tool::Knife ||
                              tool == Tool::Imprint;
         EXPECT_EQ(brush.stampEnabled, stamped);
-        // Its image has not been loaded yet.
+        // The stamp's image has not been loaded yet.
         EXPECT_EQ(HostKernel::Instance().HUDMessages(),
                   std::vector<std::string>(stamped ? 1 : 0, noImageText));
         brush.EndStroke();

@@ -51,8 +51,8 @@ private:
     Store<StoredVertexInfo> store;
 };
 
-/// Returns values set by a test to a brush's queries, and logs the queries. The mesh is one
-/// triangle whose traversals visit nothing. `Base` is Mesh or SubdivisionLevel.
+/// A mesh that logs a brush's queries and returns values set by the test. It has one triangle, and
+/// its traversals visit nothing. `Base` is Mesh or SubdivisionLevel.
 template <typename Base>
 class FakeOf : public Base {
 public:

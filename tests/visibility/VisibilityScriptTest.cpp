@@ -208,7 +208,7 @@ TEST_F(VisibilityScript, ScenesStoreHiddenFacesAndTheirMasks) {
 
 TEST_F(VisibilityScript, HighestLevelOfASceneDecidesInconsistencies) {
     const auto document = Run(R"({"hide": {"group": "left"}})");
-    // The result of a program that subdivides without support for hidden faces.
+    // Simulates a scene from a program that subdivides without support for hidden faces.
     LevelMesh& top = *document->Geometry().Level(3);
     for (uint32_t face = 0; face < 32; ++face) top.faceFlags[face] = faceIsLive;
     document->Save(folder.Path("other.trovik"));

@@ -12,8 +12,7 @@
 
 namespace trovik::test {
 
-/// The hidden faces of a level; checks that counting in one pass and reading each face's flag
-/// agree.
+/// Returns, for each face of a level, whether it is hidden.
 inline std::vector<bool> HiddenFlags(const LevelMesh& level) {
     std::vector<bool> hidden(level.faceCount);
     for (uint32_t face = 0; face < level.faceCount; ++face) hidden[face] = level.IsFaceHidden(face);
