@@ -43,7 +43,7 @@ inline Vector BorderEdgePointRule(const Vector& a, const Vector& b) {
 }
 
 /// Returns the refined position of an inner vertex.
-/// \param around  the sum, over the faces at the vertex, of the face point and the next corner.
+/// \param around  the sum of the face point and the next corner of every face at the vertex.
 /// \param faces  the number of those faces, at least 1.
 inline Vector VertexPointRule(const Vector& vertex, const DoubleVector& around, uint32_t faces) {
     const auto n = static_cast<double>(faces);

@@ -55,13 +55,14 @@ private:
         return nullptr;
     }
 
-    /// A new vertex on the border between two patches belongs to both. Adds the patches that share
-    /// such a vertex with an adjacent owner and are not owners themselves.
+    /// A new vertex on the border between two patches belongs to both, but only one of them owns
+    /// it. Adds the patches that share such a vertex with an adjacent owner but are not owners
+    /// themselves.
     void AddAcross(const std::vector<uint32_t>& owners,
                    const std::vector<uint32_t>& vertices,
                    std::vector<uint32_t>& patches) {
-        // The vertices on these sides are collected first; they are far fewer than the vertices in
-        // the list.
+        // The vertices on these sides are collected first, because there are far fewer of them than
+        // vertices in the list.
         std::vector<uint32_t> onSides;
         std::vector<uint32_t> across;
         for (const uint32_t patch : owners) {
@@ -99,8 +100,8 @@ private:
         const uint32_t firstSide = corners == 4 ? side : 0;
         const uint32_t secondSide = corners == 4 ? side : 3;
         uint32_t finest = firstChild;
-        // The corner at the end of the first half. It has the same index in the child that contains
-        // it, on every finer level.
+        // The index of the corner at the end of the first half. On every finer level, the corner
+        // has the same index in the child that contains it.
         const uint32_t middle = (firstSide + 1) & 3u;
         for (uint32_t i = 1; i < below; ++i) finest = finest * 4 + middle;
         inside.push_back(level.faceVertexIndices.array[finest * 4 + middle]);

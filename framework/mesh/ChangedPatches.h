@@ -14,13 +14,14 @@ class LevelMesh;
 /// to 32 x 32 faces.
 inline uint32_t ReportedPatchLevel(uint32_t level) { return level > 5 ? level - 5 : 0; }
 
-/// Returns, in ascending order, the faces of level `patchLevel` with a descendant in `level` that
-/// uses one of the vertices. A vertex without faces does not belong to any patch.
+/// Returns the patches of `level` that contain at least one of the vertices, as faces of level
+/// `patchLevel` in ascending order. A vertex without faces does not belong to any patch.
 ///
 /// Vertices are numbered in the order of the first face that uses them, so a vertex's number
-/// determines the patch that owns it. If the neighbour across a side of an owning patch does not
-/// itself own any of the vertices, the vertices on that side are looked up. Cost: a few nanoseconds
-/// for most vertices, provided that vertices of the same patch are adjacent in the list.
+/// determines the lowest-numbered patch that contains it. A vertex on the border between two
+/// patches also belongs to the other patch. Such vertices are looked up only along borders whose
+/// other patch was not determined by any vertex number. Cost: a few nanoseconds for most vertices,
+/// provided that the vertices of each patch are adjacent in the list.
 TROVIK_API std::vector<uint32_t> PatchesAt(LevelMesh& level,
                                            uint32_t patchLevel,
                                            const std::vector<uint32_t>& vertices);

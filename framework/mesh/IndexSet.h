@@ -29,7 +29,7 @@ public:
     }
     bool Has(uint32_t number) const { return RankOf(number) != noRank; }
     uint32_t Count() const { return count; }
-    /// In ascending order.
+    /// Returns the members in ascending order.
     std::vector<uint32_t> Members() const;
 
 private:

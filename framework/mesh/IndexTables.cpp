@@ -47,8 +47,8 @@ void Fill(PatchTables& tables, uint32_t level) {
             tables.cellOfFace.array[face] = cell;
         }
     }
-    // A grid point is the top left corner of its cell. Points of the last row and column are other
-    // corners of the previous cell.
+    // A grid point is the top left corner of its cell. A point in the last row or column is a
+    // different corner of the previous cell.
     ResizeStore(tables.vertexIndex, (side + 1) * (side + 1));
     uint32_t point = 0;
     for (uint32_t row = 0; row <= side; ++row) {

@@ -15,8 +15,8 @@ struct LevelForecast {
     /// Total memory of all additional levels: the face and vertex arrays, and the position copies
     /// that are needed to detect changes since the level was bound.
     uint64_t bytes = 0;
-    /// Number of additional levels. It is lower than requested if the element count of a level does
-    /// not fit the index type.
+    /// Number of additional levels. It is lower than requested if a level would have more elements
+    /// than the index type can count.
     uint32_t levels = 0;
 
     /// Each face stores four indices, its flags, and a visit stamp for walks.

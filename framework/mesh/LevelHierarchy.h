@@ -12,7 +12,7 @@
 
 namespace trovik {
 
-/// When an observer is called, relative to the other observers of the geometry.
+/// Specifies when an observer is called relative to the other observers of the geometry.
 enum class ObserverOrder {
     /// Called before the others. For observers that update data structures derived from the
     /// surface, such as pick trees, which other observers may query.
@@ -20,9 +20,9 @@ enum class ObserverOrder {
     Later
 };
 
-/// The part of a level hierarchy's interface that a single level needs: its topology depends on the
-/// levels below it. LevelGeometry, the only implementation, adds the propagation of edits between
-/// levels.
+/// The part of a level hierarchy's interface that a single level needs, because its topology
+/// depends on the levels below it. LevelGeometry, the only implementation, adds the propagation of
+/// edits between levels.
 class TROVIK_API LevelHierarchy : public Geometry {
 public:
     uint32_t LevelCount() const { return static_cast<uint32_t>(levels.size()); }

@@ -65,8 +65,8 @@ public:
     void Unlock() override;
     int Index() const override;
 
-    /// Returns the hierarchy of this level, even while the level is removed from it. GeometryOf
-    /// (LevelGeometry.h) returns the level's geometry.
+    /// Returns the hierarchy of this level, even while the level has been removed from the
+    /// hierarchy. GeometryOf (LevelGeometry.h) returns the level's geometry.
     LevelHierarchy& Hierarchy() const { return *hierarchy; }
     uint32_t VertexCount() const { return vertexCount; }
     /// Number of vertices of the level below, which are the first vertices of this level; 0 for
@@ -83,9 +83,9 @@ public:
         if (older.MissesPosition(vertex)) NoteOlderPosition(vertex);
         StorePosition(vertex, p);
     }
-    /// If a change is open, increments its count of edits to positions or normals from outside the
-    /// brush. Code that writes to the storage directly must call this once per edit, unless it
-    /// writes on behalf of the brush.
+    /// If a change is open, increments its count of the edits to positions or normals that were not
+    /// made by the brush. Code that writes to the storage directly must call this once per edit,
+    /// unless it writes on behalf of the brush.
     void CountOutsideEdit() {
         if (outsideEditCount != nullptr) ++*outsideEditCount;
     }
@@ -97,7 +97,7 @@ public:
         v.y = p.y;
         v.z = p.z;
     }
-    /// Returns the first corner of `face` that is `vertex`, or -1.
+    /// Returns the index of the first corner of `face` that uses `vertex`, or -1 if there is none.
     int CornerOf(uint32_t face, uint32_t vertex) const;
     /// Returns the lowest-numbered face that uses the vertex, or openBorder if there is none. Cost:
     /// O(log faces + valence), or a few nanoseconds if `near` is close to the vertex.
@@ -153,7 +153,7 @@ public:
 
     void SetLockable(bool on) { lockable = on; }
     bool IsLockable() const { return lockable; }
-    /// Returns the result that Lock would return, without locking.
+    /// Returns the same result as Lock, but does not lock the mesh.
     bool WouldLock(const MeshUnlocker* unlocker) const;
     /// The holder of the lock; null if the mesh is not locked. A brush's lock is released when the
     /// brush is destroyed. Any other holder must unlock the mesh before the holder is destroyed.
@@ -199,7 +199,7 @@ public:
     void ComputeNormalsOf(const IndexSet& which,
                           const std::vector<uint32_t>& faces,
                           JobControl* job = nullptr);
-    /// The same without progress and without counting an edit (CountOutsideEdit). Different
+    /// Does the same, but does not report progress or count an edit (CountOutsideEdit). Different
     /// vertices may be updated on different threads.
     void StoreNormalsOf(const IndexSet& which, const std::vector<uint32_t>& faces);
     /// Appends the faces around a vertex in rotational order. The first is `face`, which must use

@@ -12,10 +12,11 @@
 ///      corner 3 ---- e2 ---- corner 2
 ///
 /// Sides k + 1 and k + 2 of child k are therefore inside the parent. Side k is the first half of
-/// side k of the parent, and side k + 3 is the second half of side k + 3 of the parent. Two faces
-/// have opposite directions along their edge, so a first half is adjacent to a second half.
-/// Neighbours are found by going up to a common ancestor and down again, as in Samet: "Neighbor
-/// Finding Techniques for Images Represented by Quadtrees" (1982).
+/// side k of the parent, and side k + 3 is the second half of side k + 3 of the parent. Two
+/// adjacent faces traverse their common edge in opposite directions, so the first half of one side
+/// is adjacent to the second half of the other. Neighbours are found by going up to a common
+/// ancestor and down again, as in Samet: "Neighbor Finding Techniques for Images Represented by
+/// Quadtrees" (1982).
 #include "framework/mesh/LevelHierarchy.h"
 
 #include <algorithm>
@@ -64,8 +65,8 @@ ChildSide TriangleChildSide(uint32_t child, uint32_t side) {
 }  // namespace
 
 uint32_t LevelMesh::QuadEdgeNeighbour(uint32_t face, uint32_t side) {
-    // Go up until the side is inside a face or the base is reached, and record which half was taken
-    // at each level.
+    // Go up until the side is inside a face or the base is reached, and record which half of the
+    // side is followed at each level.
     uint32_t halves = 0;
     int level = index;
     uint32_t neighbour = openBorder;
@@ -93,7 +94,7 @@ uint32_t LevelMesh::QuadEdgeNeighbour(uint32_t face, uint32_t side) {
         --level;
     }
     if (neighbour == openBorder) return openBorder;
-    // Go down on the other side of the edge, where a first half is a second half.
+    // Go down on the other side of the edge, where first and second halves are swapped.
     for (; level < index; ++level, halves >>= 1) {
         const uint32_t other = neighbour >> 2;
         const uint32_t otherSide = neighbour & 3u;

@@ -18,7 +18,7 @@ public:
     LocalRefiner(LevelMesh& coarseLevel, const Vector* positions)
         : coarse(coarseLevel), inputPositions(positions), corners(coarseLevel.CornersPerFace()) {}
     /// Refines an older state of the coarse level.
-    /// \param positions  sorted.
+    /// \param positions  must be sorted.
     LocalRefiner(LevelMesh& coarseLevel, const OlderValues<Vector>& positions)
         : coarse(coarseLevel), older(&positions), corners(coarseLevel.CornersPerFace()) {}
 

@@ -15,8 +15,8 @@ StoredVertexInfo& MeshChange::Add_uncached(uint32_t vertex,
 
     const uint32_t slot = withLayerSlot ? ReserveLayerSlot(vertex) : noLayerSlot;
 
-    // The vertex is modified only after its record is stored, because a link without a record would
-    // lose the vertex's stamp.
+    // The vertex is modified only after its record is stored, because the vertex's stamp would be
+    // lost if a link were set without a record.
     if (!HasRoom()) {
         const uint32_t index = store.fill;
         store.Append(StoredVertexInfo{});

@@ -73,7 +73,7 @@ public:
     std::uint64_t CornerCount() const { return cornerCount; }
     /// Number of corners of the largest face.
     std::uint32_t LargestFace() const { return largestFace; }
-    /// Length of the UV list; 0 if the mesh has no UVs.
+    /// The length of the UV list, or 0 if the mesh has no UVs.
     std::uint64_t UvCount() const { return uvCount; }
     /// Whether every corner has a UV and all corners of each vertex have the same UV. Vertex blocks
     /// have UVs only in this case.
@@ -134,7 +134,7 @@ protected:
     std::vector<MorphTarget> morphTargets;
 };
 
-/// A polygon mesh as a source. Borrows the mesh.
+/// Provides a polygon mesh as a source. Borrows the mesh.
 class TROVIK_API PolygonSource : public MeshSource {
 public:
     /// \param wanted  the space of the returned coordinates; by default the space of the mesh.
@@ -151,8 +151,8 @@ public:
 private:
     const PolygonMesh& mesh;
     SpaceConversion conversion;
-    /// If each vertex has a single UV: the UV index of each vertex, or `none` for a vertex without
-    /// faces.
+    /// The UV index of each vertex, or `none` for a vertex without faces. The list is empty unless
+    /// each vertex has a single UV.
     std::vector<std::uint32_t> vertexUvs;
 };
 

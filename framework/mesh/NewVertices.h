@@ -8,8 +8,8 @@
 namespace trovik {
 
 /// The vertices that are new in a level, and the patch that owns each: the lowest-numbered patch
-/// that contains it. A patch is a run of faces of the level below: the descendants of one face of
-/// that level or of a coarser one.
+/// that contains it. A patch is a run of faces of the level below: either a single face of that
+/// level, or all descendants of one face of a coarser level.
 class NewVertices {
 public:
     /// \param newLevel  at least level 1.

@@ -21,7 +21,8 @@ public:
         bool operator==(const Notice&) const = default;
     };
 
-    /// Clears the recorded notifications and starts to record. A new renderer does not record.
+    /// Clears the recorded notifications and starts recording. A new object does not record until
+    /// this function is called.
     void StartRecording() {
         notices.clear();
         listening = true;

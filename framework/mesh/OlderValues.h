@@ -16,15 +16,15 @@ namespace trovik {
 /// An older state of a level's values, one value per vertex. It stores the old values only of those
 /// vertices that have been written since. All other vertices still have their old values.
 ///
-/// Memory: the recorded values, one bit per vertex up to the highest recorded one, and another half
-/// bit per vertex after Sort.
+/// Memory: the recorded values, plus one bit for each vertex up to the highest recorded vertex.
+/// After Sort, another half bit is used for each of these vertices.
 template <typename Value>
 class OlderValues {
 public:
-    /// Whether a state is recorded. If not, Note does nothing.
+    /// Whether a state is being recorded. If not, Note does nothing.
     bool IsKept() const { return kept; }
-    /// Starts to record, with the current values as the older state. Has no effect if a state is
-    /// already recorded.
+    /// Starts recording. The current values become the older state. Has no effect if a state is
+    /// already being recorded.
     void Keep() { kept = true; }
     void Drop() { *this = OlderValues(); }
 
@@ -43,7 +43,7 @@ public:
     /// Sorts the lists by vertex. Cost: linear in the number of recorded vertices, plus one word
     /// per 64 vertices of the level.
     /// \param phase  polled for each vertex.
-    /// \throw Cancelled, and has no effect then.
+    /// \throw Cancelled; the lists are then unchanged.
     void Sort(JobPhase& phase);
     void Sort() {
         JobPhase unreported(nullptr, "", 0);
@@ -73,9 +73,9 @@ private:
     bool kept = false;
     bool isSorted = true;
     std::vector<uint64_t> marks;
-    /// For each word of marks, the number of recorded vertices before it, as of the last Sort. With
-    /// the number of bits below a vertex in its own word, this is the rank of the vertex; see
-    /// Jacobson: "Space-Efficient Static Trees and Graphs" (1989).
+    /// For each word of marks, the number of recorded vertices before it, as of the last Sort. The
+    /// rank of a vertex is this number plus the number of marks below the vertex in its own word;
+    /// see Jacobson: "Space-Efficient Static Trees and Graphs" (1989).
     std::vector<uint32_t> firstOfWord;
     std::vector<uint32_t> vertices;
     std::vector<Value> values;

@@ -26,7 +26,7 @@ struct PolygonMesh {
     std::string name;
     /// UVs, colours, groups, and the space of the coordinates.
     SurfaceAttributes attributes;
-    /// File data that the reader skipped, described in one sentence per item.
+    /// Descriptions of the file data that the reader skipped, one sentence per item.
     std::vector<std::string> notes;
 };
 
@@ -63,8 +63,8 @@ struct ManifoldReport {
 ///
 /// Faces, their order and their orientation do not change. Afterwards every pair of vertices is an
 /// edge of at most two faces, in opposite directions, and the faces of each vertex form one fan.
-/// The method is the cutting of Guéziec, Taubin, Lazarus, Horn: "Cutting and Stitching: Converting
-/// Sets of Polygons to Manifold Surfaces" (2001).
+/// The method is the cutting operation described in Guéziec, Taubin, Lazarus, Horn: "Cutting and
+/// Stitching: Converting Sets of Polygons to Manifold Surfaces" (2001).
 ///
 /// \param mesh  a mesh that CheckPolygonMesh accepts.
 /// \throw HostError if the copies exceed the index range; Cancelled. In both cases the mesh is

@@ -20,7 +20,7 @@ void IgnoreErrorsOf(Action action) {
     } catch (Error* error) {
         Error::Dispose(error);
     } catch (...) {
-        // An exception of unknown type, which needs no explicit disposal.
+        // Other exceptions need no explicit disposal.
     }
 }
 

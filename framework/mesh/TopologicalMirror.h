@@ -24,11 +24,11 @@ class TROVIK_API TopologicalMirror {
 public:
     /// Finds the mirror of a mesh. `base` is level 0. If several mirrors are possible, the current
     /// positions of `base` select the one closest to a reflection in the plane through the origin
-    /// perpendicular to `axis` (0 x, 1 y, 2 z). The rest of this description assumes x; the other
-    /// axes work the same way.
+    /// perpendicular to `axis` (0 is x, 1 is y, 2 is z). The rest of this description assumes x;
+    /// the other axes work the same way.
     ///
-    /// A map that exchanges front and back, or top and bottom, instead of left and right is not
-    /// accepted, even if the connectivity allows it.
+    /// A map that exchanges front and back or top and bottom, rather than left and right, is
+    /// rejected even if the connectivity allows it.
     ///
     /// A seed is either a pair of faces that share an edge and are nearly mirror images of each
     /// other, or a single face that is nearly its own mirror image. The best match is tried first.

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// The search for the mirror of a mesh: seeds are derived from positions, the rest of the map from
-/// adjacency.
+/// The search for the mirror of a mesh: seeds are derived from positions, and the rest of the map
+/// is derived from adjacency.
 #include "framework/jobs/JobPhase.h"
 #include "framework/mesh/LevelMesh.h"
 #include "framework/mesh/TopologicalMirror.h"
@@ -22,7 +22,7 @@ constexpr std::size_t seedLimit = 1024;
 constexpr std::size_t mirrorLimit = 8;
 /// Maximum number of other components to try as the mirror image of a component.
 constexpr std::size_t partnerLimit = 4;
-/// Maximum total number of walk steps for one list of seeds, as a multiple of the component's face
+/// Maximum total number of walk steps for each list of seeds, as a multiple of the component's face
 /// count.
 constexpr uint64_t walkLimit = 200;
 /// A seed or map whose error is at most this fraction of its size is a reflection up to rounding.

@@ -88,7 +88,7 @@ std::vector<uint32_t> FacesAt(LevelMesh& level, const std::vector<uint32_t>& ver
 }
 
 // A vertex that is not from level 0 has at most four faces. If four of its faces are in the list,
-// the list is therefore complete for this vertex; the faces of all other vertices are searched for
+// the list is therefore complete for this vertex; the faces of every other vertex are searched for
 // individually.
 std::vector<uint32_t> FacesAt(LevelMesh& level,
                               const IndexSet& vertices,

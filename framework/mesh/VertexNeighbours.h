@@ -19,16 +19,17 @@ void MakeSet(std::vector<uint32_t>& list);
 /// close together in the list.
 TROVIK_API std::vector<uint32_t> FacesAt(LevelMesh& level, const std::vector<uint32_t>& vertices);
 
-/// Overload for callers that already have some faces of the vertices, such as those of a region.
-/// `faces` then contains all faces of most vertices, and only vertices on the region's border are
-/// searched individually.
+/// Overload for callers that already have some faces of the vertices, such as the faces of a
+/// region. `faces` then contains all faces of most vertices, so only the vertices on the region's
+/// border require individual searches.
 /// \param faces  in ascending order; must include at least one face of each vertex that has faces,
 /// and may include others.
 TROVIK_API std::vector<uint32_t> FacesAt(LevelMesh& level,
                                          const IndexSet& vertices,
                                          const std::vector<uint32_t>& faces);
 
-/// Returns, in ascending order, the faces and all other faces that share a vertex with one of them.
+/// Returns the given faces and all other faces that share a vertex with one of them, in ascending
+/// order.
 TROVIK_API std::vector<uint32_t> WithFacesAround(LevelMesh& level, std::vector<uint32_t> faces);
 
 /// Writes the faces around a vertex to `faces`, in ascending order and without duplicates; the list
@@ -39,12 +40,12 @@ void FacesAt(LevelMesh& level, uint32_t vertex, std::vector<uint32_t>& faces);
 TROVIK_API std::vector<uint32_t> CornersOf(const LevelMesh& level,
                                            const std::vector<uint32_t>& faces);
 
-/// Returns the same vertices as a set.
+/// Returns the same vertices as CornersOf, as a set.
 IndexSet CornerSetOf(const LevelMesh& level, const std::vector<uint32_t>& faces);
 
-/// Returns, in ascending order, the vertices and all other vertices of the faces around them. These
-/// are the vertices whose normals change when the given vertices move. A vertex without faces only
-/// contributes itself. Cost: linear in the number of vertices.
+/// Returns the given vertices and all other vertices of the faces around them, in ascending order.
+/// These are the vertices whose normals change when the given vertices move. A vertex without faces
+/// contributes only itself. Cost: linear in the number of vertices.
 TROVIK_API std::vector<uint32_t> WithNeighbours(LevelMesh& level,
                                                 const std::vector<uint32_t>& vertices);
 

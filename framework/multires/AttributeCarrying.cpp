@@ -11,7 +11,7 @@ namespace {
 
 constexpr uint32_t None = SurfaceAttributes::none;
 
-/// Copies the attributes that are not per vertex, face or corner.
+/// Copies the attributes that are not stored per vertex, face or corner.
 SurfaceAttributes NamesOf(const SurfaceAttributes& other) {
     SurfaceAttributes names;
     names.space = other.space;

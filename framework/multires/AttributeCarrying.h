@@ -13,8 +13,8 @@ struct CoarseFaces;
 
 /// \file Converts surface attributes when a different level becomes level 0.
 
-/// Returns the attributes of level 0 refined to a level (AttributeRefinement.h), as they would be
-/// if that level were level 0. Cost: O(faces of the level).
+/// Returns the attributes that a level would have if it were level 0, computed by refining the
+/// attributes of level 0 (AttributeRefinement.h). Cost: O(faces of the level).
 SurfaceAttributes AttributesOfLevel(const LevelGeometry& geometry,
                                     uint32_t level,
                                     JobControl* job = nullptr);

@@ -153,7 +153,7 @@ CoarseFaces Gather(LevelMesh& mesh, const RoleSearch& search, uint32_t corners, 
     return coarse;
 }
 
-/// Returns whether the face lists define a valid mesh even if an edge is identified only by its two
+/// Returns whether the face lists define a valid mesh when an edge is identified only by its two
 /// vertices.
 bool IsMesh(const CoarseFaces& coarse, JobControl* job) {
     PolygonMesh polygons;

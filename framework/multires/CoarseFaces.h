@@ -33,7 +33,8 @@ struct CoarseFaces {
     std::vector<uint32_t> fineVertices;
     /// Maps each fine face to the number that a refinement assigns to it.
     FaceRenumbering fineFaces;
-    /// Maps the fine vertices in the same way; filled when the refinement is built.
+    /// Maps each fine vertex to the number that a refinement assigns to it; filled when the
+    /// refinement is built.
     std::vector<uint32_t> fineVertexMap;
 
     uint64_t Bytes() const {
@@ -43,13 +44,13 @@ struct CoarseFaces {
     }
 };
 
-/// Recognises a refined mesh by its connectivity. Among each face's corners, one must be a coarse
-/// vertex, the opposite one a face point, and the other two edge points. An edge point has four
+/// Recognises a refined mesh by its connectivity. In each face, one corner must be a coarse vertex,
+/// the opposite corner a face point, and the other two corners edge points. An edge point has four
 /// faces, or two on a border. A face point has as many faces as its coarse face has corners. If
 /// several coarse meshes are possible, as on a torus, the function returns the one that keeps the
 /// lowest-numbered vertex of the component's lowest-numbered face. If the mesh was numbered by a
-/// refinement, its numbering is kept. For the problem and a different algorithm, see Taubin:
-/// "Detecting and Reconstructing Subdivision Connectivity" (2002).
+/// refinement, its numbering is kept. The problem and a different algorithm are described in
+/// Taubin: "Detecting and Reconstructing Subdivision Connectivity" (2002).
 /// \param level  level 0 of its geometry.
 /// \throw HostError with the reason if the mesh is not a refinement; Cancelled.
 /// Cost: O(faces log faces).

@@ -18,7 +18,7 @@ namespace trovik {
 
 namespace {
 
-/// Returns, in ascending order, the vertices whose position differs from the recorded one.
+/// Returns the vertices whose positions differ from the recorded ones, in ascending order.
 std::vector<uint32_t> Changed(const LevelMesh& level,
                               const OlderValues<Vector>& seen,
                               JobControl* job) {
@@ -34,9 +34,9 @@ std::vector<uint32_t> Changed(const LevelMesh& level,
     return changed;
 }
 
-/// Number of faces that are processed at a time. Fewer per run would visit the faces around the
-/// runs more often; more would not fit into the caches. Runs depend only on the number of faces,
-/// and so do the order of the results and the work that is counted.
+/// Number of faces that are processed at a time. With shorter runs, the faces around the runs would
+/// be visited more often; longer runs would not fit into the caches. The runs, the order of the
+/// results and the counted work depend only on the number of faces.
 constexpr std::size_t coarseFacesPerRun = 2048;
 constexpr std::size_t fineFacesPerRun = 4096;
 
@@ -71,7 +71,8 @@ Vector SeenPosition(const LevelMesh& level, const OlderValues<Vector>& seen, uin
 class NormalRun {
 public:
     /// Stores the old normals and computes the new ones.
-    /// \param all  the faces of all runs, in ascending order; the run is from `first` to `end`.
+    /// \param all  the faces of all runs, in ascending order; this run is the range from `first` to
+    /// `end`.
     void Compute(LevelMesh& level,
                  const std::vector<uint32_t>& all,
                  std::size_t first,
@@ -123,7 +124,7 @@ private:
     }
 
     std::vector<uint32_t> vertices;
-    /// Of each vertex; empty before Compute and after MoveTo.
+    /// The previous normal of each vertex; empty before Compute and after MoveTo.
     std::vector<PackedNormal> before;
 };
 

@@ -9,15 +9,15 @@
 
 namespace trovik {
 
-/// Propagates changes between a level and the level above, after Zorin, Schröder, Sweldens:
-/// "Interactive Multiresolution Mesh Editing" (1997).
+/// Propagates changes between a level and the level above it, based on the method in Zorin,
+/// Schröder, Sweldens: "Interactive Multiresolution Mesh Editing" (1997).
 ///
 /// A fine level is the refinement of the coarse level plus a detail vector per vertex, expressed in
 /// a frame that rotates with the refined surface (see FrameRotation). The positions of both levels
-/// are stored. The detail is computed from them, so it takes no memory, and an unchanged level
-/// stays bit-identical. The "seen" state of a level is its state at the last synchronisation with
-/// an adjacent level. The detail of a fine vertex is its offset from the refinement of the coarse
-/// level's seen state.
+/// are stored. The detail is computed from these positions, so it takes no memory and an unchanged
+/// level stays bit-identical. The "seen" state of a level is its state at the last synchronisation
+/// with an adjacent level. The detail of a fine vertex is its offset from the refinement of the
+/// coarse level's seen state.
 ///
 /// Upwards: if the refinements of the seen and the current state differ at a fine vertex, the
 /// vertex moves to its refined position plus its detail, which is rotated with the surface. A
@@ -33,9 +33,9 @@ namespace trovik {
 /// stays bit-identical; changes that the coarse level cannot represent remain in the detail.
 ///
 /// Cost in either direction: linear in the number of vertices that were written since the last
-/// synchronisation, plus recomputing the surroundings of those that moved. Large changes are
-/// computed in runs of faces on several threads (RunInParallel) and stored by the calling thread;
-/// results do not depend on the number of threads.
+/// synchronisation, plus the cost of recomputing the surroundings of the vertices that moved. Large
+/// changes are computed in runs of faces on several threads (RunInParallel) and stored by the
+/// calling thread; results do not depend on the number of threads.
 class DetailCarrier {
 public:
     /// \param jobControl  checked by Up and Down, which throw Cancelled; `carried` then lists the

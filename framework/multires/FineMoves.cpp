@@ -13,7 +13,8 @@ enum PointFlag : uint32_t {
     IsMoved = 1,
     /// The point is a corner of a face with a moved corner.
     IsTouched = 2,
-    /// A face of the region uses the point, and the lowest-numbered such face is one of the owners.
+    /// IsMet: a face of the region uses the point. IsOwned: the lowest-numbered of these faces is
+    /// one of the owners.
     IsMet = 4,
     IsOwned = 8,
     /// The surface rotation at the point is needed.
@@ -90,7 +91,7 @@ private:
     /// The quads of the region with a point whose rotation is needed.
     std::vector<RefinedRegion::Quad> quads;
     std::vector<FrameRotation::Face> normals;
-    /// 4 x quad + corner, grouped by point; `ends` holds the end of each group.
+    /// The values 4 * quad + corner, grouped by point; `ends` stores the end of each group.
     std::vector<uint32_t> slots;
     std::vector<uint32_t> ends;
     /// The edges of the last point.
@@ -126,7 +127,7 @@ FineMoves FindFineMoves(LevelMesh& coarse,
         }
     }
 
-    // A vertex without detail moves with its point, however the surface rotates.
+    // A vertex without detail moves with its point, regardless of the surface rotation.
     for (uint32_t point = 0; point < count; ++point) {
         if ((flags[point] & IsTouched) == 0 || (flags[point] & IsOwned) == 0) continue;
         const Vector detail = fine.Position(region.VertexOf(point)) - region.At(point).before;

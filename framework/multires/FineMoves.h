@@ -13,7 +13,7 @@ namespace trovik {
 /// A run of coarse faces whose fine vertices are moved together. A fine vertex is owned by the
 /// lowest-numbered coarse face that uses it.
 struct FineMoveRun {
-    /// In ascending order: the faces of the run and all faces around them.
+    /// The faces of the run and all faces around them, in ascending order.
     std::vector<uint32_t> faces;
     /// The first and last face of the run.
     uint32_t firstOwner = 0;
@@ -31,7 +31,8 @@ struct FineMoves {
 };
 
 /// Computes the new positions of fine vertices after the coarse level has changed, by the rules of
-/// DetailCarrier::Up. Changes nothing; different runs may be computed on different threads.
+/// DetailCarrier::Up. Does not modify either level; different runs may be computed on different
+/// threads.
 /// \param seen  the positions of the coarse level at the last synchronisation, sorted.
 /// \param withSurface  whether to return the motion of the surface.
 /// Cost: linear in the number of faces.

@@ -12,13 +12,14 @@ namespace trovik {
 /// Propagation of freeze amounts between a level and the level above.
 ///
 /// Upwards, a coarse vertex passes its amount to the same vertex of the fine level, an edge point
-/// gets the mean of the two ends of the edge, and a face point gets the mean of its corners. Both
-/// means are rounded to nearest, halves up. Downwards, a coarse vertex gets the amount of the same
-/// fine vertex; the fine vertices in between are ignored.
+/// gets the mean of the amounts at the two ends of the edge, and a face point gets the mean of
+/// those at the corners of the face. Both means are rounded to the nearest integer, with halves
+/// rounded up. Downwards, a coarse vertex gets the amount of the same fine vertex; the fine
+/// vertices in between are ignored.
 ///
-/// Only changes are propagated. Upwards, a fine vertex gets a new amount only if the amount has
-/// changed at its coarse vertex, at an end of its edge, or at a corner of its face. Switching down
-/// and up again without an edit therefore leaves every amount unchanged.
+/// Only changes are propagated. Upwards, a fine vertex gets a new amount only if the amount of its
+/// coarse vertex, of an end of its edge, or of a corner of its face has changed. Switching down and
+/// up again without an edit therefore leaves every amount unchanged.
 
 /// Computes all amounts of `fine`, which has none yet, from those of `coarse`.
 /// \throw Cancelled.

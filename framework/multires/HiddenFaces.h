@@ -10,18 +10,18 @@
 namespace trovik {
 
 /// \file
-/// Hidden faces across the levels of a geometry.
+/// Hidden faces on all levels of a geometry.
 ///
 /// The highest level determines the others: a face of any other level is hidden if all its children
-/// are. Hiding a face therefore hides all its descendants, a partly hidden coarse face is visible,
-/// and switching levels does not change visibility. All code that adds or removes levels preserves
-/// this rule.
+/// are hidden. Hiding a face therefore hides all its descendants, a partly hidden coarse face is
+/// visible, and switching levels does not change visibility. All code that adds or removes levels
+/// preserves this rule.
 
 /// How a visibility change affects a face of the bound level.
 enum class FaceVisibility : uint8_t { Keep, Hide, Show };
 
-/// Returns, in ascending order, the faces of the highest level that must be toggled so that the
-/// faces of the bound level and their descendants match `wanted`.
+/// Returns the faces of the highest level that must be toggled to make the faces of the bound level
+/// and their descendants match `wanted`. The faces are in ascending order.
 /// \param wanted  one entry per face of the bound level.
 /// Cost: linear in the number of highest-level descendants of the faces to hide or show.
 TROVIK_API std::vector<FaceRun> FacesToToggle(const LevelGeometry& geometry,

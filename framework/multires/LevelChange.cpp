@@ -18,13 +18,14 @@ namespace trovik {
 
 namespace {
 
-/// Number of the current stroke, counted across all geometries, so that a step does not join a step
-/// of an earlier stroke. Like all changes, it is accessed only on the host's main thread.
+/// Number of the current stroke. Strokes are counted across all geometries, so that a step does not
+/// join a step of an earlier stroke. Like all changes, it is accessed only on the host's main
+/// thread.
 uint64_t currentStroke = 1;
 
-/// The allocation of the last change's records, reused by the next change: it has already grown,
-/// and its pages are already mapped. Without it, the first dab of a stroke spends half of its time
-/// on growing the array and on page faults.
+/// The record array of the last change. The next change reuses it, because the array has already
+/// grown and its pages are already mapped. Otherwise, the first dab of a stroke would spend half of
+/// its time on growing the array and on page faults.
 class SpareMemory {
 public:
     void LendTo(Store<StoredVertexInfo>& records) {
@@ -50,8 +51,8 @@ private:
         return MemoryAccount::Limit() != std::numeric_limits<int64_t>::max();
     }
 
-    /// Maximum number of bytes kept per vertex, so that the spare memory is small compared with the
-    /// mesh. The fixed bounds below also apply.
+    /// Maximum number of bytes kept per vertex, so that the spare memory is small relative to the
+    /// mesh. The fixed limits below also apply.
     static constexpr uint64_t sparePerVertex = 4;
     static constexpr uint64_t least = uint64_t{1} << 20;
     static constexpr uint64_t most = uint64_t{32} << 20;
@@ -200,7 +201,7 @@ void LevelChange::NoteOlderPositions() {
     }
 }
 
-// For a fully frozen vertex, brushes write its position plus a displacement times 0, which changes
+// For a fully frozen vertex, brushes write the position plus 0 times a displacement, which changes
 // -0 to +0. With a layer, brushes compose the position again, which may round it differently.
 std::vector<uint32_t> LevelChange::MovedHidden() const {
     std::vector<uint32_t> moved;

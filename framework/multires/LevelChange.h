@@ -20,14 +20,14 @@ class StrokeStep;
 ///
 /// A stroke that leaves a mesh and returns to it creates two changes for that mesh. Only the later
 /// one is linked. The effect of the earlier one is recorded when it is unlinked, so that the two
-/// steps can be undone one after the other, bit-exactly, even if the second one moved a vertex
-/// back.
+/// steps can be undone one after the other, bit-exactly, even if the second stroke moved a vertex
+/// back to its original position.
 ///
 /// A change is *open* until it is finished or deleted. While a level has an open change, its
 /// geometry refuses undo, redo and the removal of levels (LevelGeometry::RefuseInStroke). If a
 /// brush held the level's lock when the change was started, destroying that brush also ends the
-/// change. A level that is destroyed detaches its open changes: a detached change has no mesh, and
-/// its Finish creates no undo step.
+/// change. When a level is destroyed, it detaches its open changes. A detached change has no mesh,
+/// and its Finish function does not create an undo step.
 class TROVIK_API LevelChange : public EndableChange {
 public:
     /// Opens and links the change. If another change of the level is open, it is unlinked first.
@@ -37,9 +37,9 @@ public:
 
     /// Restores visitStampWord in the changeLink of every vertex whose link still refers to its
     /// record, and pushes the undo step, which stores the pre-stroke position, normal and layer
-    /// offset of each touched vertex. Vertices whose values are bit-identical to before are
-    /// omitted; if no vertex changed, nothing is pushed. Afterwards, hidden vertices are exactly at
-    /// their pre-stroke positions.
+    /// offset of each touched vertex. Vertices whose values are bit-identical to those before the
+    /// stroke are omitted; if no vertex changed, nothing is pushed. Afterwards, hidden vertices are
+    /// exactly at their pre-stroke positions.
     ///
     /// Finish without `joinPrevious` starts a new stroke in all histories. Later steps of other
     /// meshes join only steps of that stroke, each in its own geometry's history.
@@ -66,8 +66,8 @@ public:
     /// a stroke.
     void NoteOlderPositions();
 
-    /// Returns the records of those hidden vertices that are not exactly at their pre-stroke
-    /// positions. Cost: O(records) if anything is hidden.
+    /// Returns the records of the hidden vertices that are not exactly at their pre-stroke
+    /// positions. Cost: O(1) if nothing is hidden, otherwise O(records).
     std::vector<uint32_t> MovedHidden() const;
     /// Restores the pre-stroke positions of these records' vertices. Unlink does so for all hidden
     /// vertices; a host that reports every change to an observer calls this first.
@@ -101,8 +101,8 @@ private:
     LevelMesh* level;
     /// The resources of the brush that locked the level; null if there is none.
     StrokeResources* resources;
-    /// Vertex count of the level; a copy, because the level may already have been destroyed when it
-    /// is read.
+    /// A copy of the level's vertex count, because the level may already have been destroyed when
+    /// the count is read.
     uint32_t vertexCount;
     Store<StoredVertexInfo> recordStore;
     /// The previous layer states of the records that have a layer slot, in record order.
@@ -116,7 +116,8 @@ private:
     bool finished = false;
 };
 
-/// Returns whether the position of the record's vertex differs bitwise from the record's.
+/// Returns whether the position of the record's vertex differs bitwise from the position in the
+/// record.
 inline bool HasMoved(const LevelMesh& level, const StoredVertexInfo& record) {
     const float* before = record.originalPosition;
     return !SameBits(level.Position(record.vertexIndex), Vector(before[0], before[1], before[2]));

@@ -44,8 +44,9 @@ public:
     MatrixTransform& Transform() { return transform; }
     const MatrixTransform& Transform() const { return transform; }
 
-    /// Adds a level on top by one Catmull-Clark step (boundary interpolation: edge and corner) and
-    /// binds it. Freeze amounts are propagated, and children of hidden faces are hidden.
+    /// Adds a level on top by one Catmull-Clark step (with edge-and-corner boundary interpolation)
+    /// and binds the new level. Freeze amounts are propagated, and children of hidden faces are
+    /// hidden.
     /// \param byteBudget  maximum size of the new level.
     /// \return the state before switching to the previously highest level, for use with Exchange;
     /// see SwitchLevel.
@@ -73,8 +74,8 @@ public:
     std::vector<CarriedLevel> BindLevel(uint32_t index);
     /// Binds a different level as BindLevel does, and returns the state that Exchange needs to
     /// switch back.
-    /// \throw Cancelled; every level is then bit-identical to before, and the observers have not
-    /// been notified.
+    /// \throw Cancelled; every level is then restored bit-exactly, and the observers have not been
+    /// notified.
     LevelSwitch SwitchLevel(uint32_t index, JobControl* job = nullptr);
     /// Moves the vertices of all levels below the bound one to their positions on the bound level.
     /// The bound level and those above stay bit-identical; their differences from the refinement of
@@ -101,11 +102,12 @@ public:
     /// Removes the levels above level `kept`, or, if `lower` is set, the levels below `kept`, which
     /// then becomes level 0. In the second case, an existing mirror is converted to the faces of
     /// the new level 0, and the attributes of the old level 0 are refined to it. The bound level
-    /// must not be among the removed ones.
+    /// must not be one of the removed levels.
     /// \throw HostError during a stroke; Cancelled. In both cases, nothing has changed.
     RemovedLevels RemoveLevels(bool lower, uint32_t kept, JobControl* job = nullptr);
     /// Reinserts the levels that RemoveLevels removed. All other data except the mirror must be as
-    /// it was immediately after the removal. A mirror that was found since is found again.
+    /// it was immediately after the removal. If a mirror has been found since then, it is computed
+    /// again for the restored levels.
     void RestoreLevels(RemovedLevels taken);
 
     /// The mesh-wide data of a replaced level 0.
@@ -193,10 +195,10 @@ private:
     void ShapeLowerLevels(std::vector<CarriedLevel>& changed, JobControl* job);
     void SwapCarried(std::vector<CarriedLevel>& carried);
     void RestoreSeen(const LevelSwitch& state);
-    /// Starts to record an older state of level `index` for its neighbours. Must be called before
-    /// the level can change.
+    /// Starts recording the values of level `index` that later changes replace, so that the
+    /// neighbouring levels can be synchronised. Must be called before the level can change.
     void KeepSeen(uint32_t index);
-    /// Drops the recorded state of a level that did not change.
+    /// Discards the recorded older values of a level if the level has not changed.
     void DropUnchanged(uint32_t index);
     /// Reports to the observers which changes were propagated to a level.
     void ReportCarried(const CarriedLevel& carried);
@@ -228,7 +230,8 @@ private:
     void FitBase(const CoarseFaces& coarse, const std::vector<uint32_t>& fineMap, JobControl* job);
     void RenumberLevels(uint32_t first, const std::vector<LevelNumbers>& numbers);
     void NumberLevels();
-    /// Drops the state recorded for the level below level 0, because no such level exists.
+    /// Discards the state that was recorded for a level below level 0, because no such level
+    /// exists.
     void DropFromBelow();
 
     uint32_t bound = 0;

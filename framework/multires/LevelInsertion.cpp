@@ -26,7 +26,7 @@ void Permute(T* elements, std::size_t count, const std::vector<uint32_t>& map) {
     for (std::size_t i = 0; i < count; ++i) elements[map[i]] = before[i];
 }
 
-/// Returns the mirror, converted to the faces of `level`, which becomes its base.
+/// Returns the mirror, converted to the faces of `level`, which becomes the base of the mirror.
 std::unique_ptr<TopologicalMirror> MirrorOfLevel(const TopologicalMirror& mirror,
                                                  const LevelMesh& level,
                                                  JobControl* job) {

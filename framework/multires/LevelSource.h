@@ -12,9 +12,9 @@
 
 namespace trovik {
 
-/// A level of a geometry as a source for file writers. It reads directly from the arrays of the
-/// level, and refines the attributes of level 0 to it (AttributeRefinement.h). Borrows the geometry
-/// and the layers.
+/// Provides a level of a geometry as a source for file writers. The source reads directly from the
+/// arrays of the level, and refines the attributes of level 0 to it (AttributeRefinement.h).
+/// Borrows the geometry and the layers.
 ///
 /// The UV list of a level above 0 has one entry per grid point of each quad of the lowest quad
 /// level (level 0, or level 1 if level 0 has triangles), row by row. Memory: proportional to the
@@ -24,7 +24,7 @@ public:
     struct Options {
         /// Whether to apply the geometry's transform; otherwise, coordinates are mesh-local.
         bool world = false;
-        /// The space of the returned coordinates, if the space of the mesh is known.
+        /// The space to which coordinates are converted if the space of the mesh is known.
         MeshSpace space;
         /// The level to export; the bound level if not set.
         std::optional<std::uint32_t> level = {};

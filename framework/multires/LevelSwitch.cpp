@@ -3,11 +3,11 @@
 /// \file
 /// Propagation of changes between the levels of a geometry when a different level is bound.
 ///
-/// For a level that has or may have changed, two older states are kept: those with which the level
-/// above and the level below were last synchronised (OlderStates). Each is dropped when that
-/// neighbour has received the changes, or if the neighbour does not exist. Only the bound level can
-/// change, so switching to another level visits every pair of adjacent levels that has changes to
-/// propagate in that direction.
+/// For a level that has or may have changed, two older states are kept: one with which the level
+/// above was last synchronised, and one for the level below (OlderStates). Each state is dropped
+/// when its neighbour has received the changes, or if that neighbour does not exist. Only the bound
+/// level can change, so switching to another level visits every pair of adjacent levels that has
+/// changes to propagate in that direction.
 #include "framework/jobs/JobPhase.h"
 #include "framework/layers/LayerStack.h"
 #include "framework/math/SameBits.h"
@@ -253,8 +253,8 @@ LevelSwitch LevelGeometry::StateOfSwitch(JobControl* job) {
     for (const auto& level : levels) {
         if (LevelChange* open = level->OpenChange()) open->NoteOlderPositions();
         OlderStates& older = level->Older();
-        // Not reported, so that a switch that is repeated after it was cancelled makes the same
-        // reports.
+        // Sorting does not report progress, so that a switch that is repeated after being cancelled
+        // produces the same reports.
         older.fromAbove.Sort();
         older.fromBelow.Sort();
         older.freezeFromAbove.Sort();

@@ -80,10 +80,10 @@ struct LevelSwitch {
     }
 };
 
-/// Work done by the propagation of changes since counting began. The counts depend on the size of
-/// the changes, not on the size of the level.
+/// The amount of work done to propagate changes since counting began. The counts depend on the size
+/// of the changes, not on the size of the level.
 struct CarryCounts {
-    /// Number of points that were refined, each for two states.
+    /// Number of points that were refined. Each point is refined for both states.
     uint64_t refined = 0;
     /// Number of vertices for which the surface rotation was computed.
     uint64_t turned = 0;

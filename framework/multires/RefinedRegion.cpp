@@ -14,7 +14,7 @@ namespace trovik {
 
 namespace {
 
-/// Sums over the points around a coarse vertex, in both states.
+/// The sums of the points around a coarse vertex, in both states.
 struct TwoSums {
     RunningSum before;
     RunningSum after;
@@ -31,8 +31,8 @@ constexpr uint32_t isUnseen = 0xffffffffu;
 
 }  // namespace
 
-/// Refines face by face: face and edge points are computed once, and the sums around vertices are
-/// accumulated along the way.
+/// Refines one face at a time. Each face point and edge point is computed once, and the sums around
+/// vertices are accumulated at the same time.
 class RefinedRegion::Refinement {
 public:
     Refinement(RefinedRegion& ofRegion, const OlderValues<Vector>& seenPositions)

@@ -9,7 +9,7 @@
 namespace trovik {
 
 /// \name Corners of a face's children
-/// The face point, and the edge point of a side; see LevelTopology.cpp.
+/// The indices of the face point and of the edge point of a side; see LevelTopology.cpp.
 /// @{
 inline constexpr uint32_t facePointSlot = 2;
 inline uint32_t EdgePointSlot(uint32_t corners, uint32_t side) {

@@ -10,11 +10,11 @@
 
 namespace trovik {
 
-/// Layer data of the vertices that move because the level below changed. The layer base moves with
-/// the surface as a vertex without layers would. Every offset rotates with the detail of its
-/// vertex, regardless of the layer's strength and visibility. The result of hiding a layer after
-/// the change is therefore bit-identical to that of propagating the change without the layer, and
-/// showing the layer again restores the previous positions exactly.
+/// Stores the layer data of the vertices that move because the level below changed. The layer base
+/// moves with the surface as a vertex without layers would. Every offset rotates with the detail of
+/// its vertex, regardless of the layer's strength and visibility. The result of hiding a layer
+/// after the change is therefore bit-identical to that of propagating the change without the layer,
+/// and showing the layer again restores the previous positions exactly.
 ///
 /// A rotated offset keeps its length, up to single-precision rounding.
 ///
@@ -52,7 +52,8 @@ private:
     LayerBase::Layers layers;
     LayerBase* ground;
     std::vector<Entries> entries;
-    /// The vertices' data in the other state; until Finish, in the state that is being prepared.
+    /// The data of the vertices in the other state. Until Finish is called, this is the state that
+    /// is being prepared.
     std::vector<LayerBase::OtherLayeredVertex> layeredVertices;
 };
 

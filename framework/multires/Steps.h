@@ -19,9 +19,9 @@ namespace trovik {
 ///
 /// All of these functions throw Cancelled if the job is cancelled; the geometry is then unchanged.
 ///
-/// Memory: 32 bytes per changed vertex, and 16 per vertex whose change has not been propagated yet;
-/// 5 bytes per freeze amount; 44 bytes per vertex with layer data, plus 40 for each of its layers
-/// (RotatedLayers).
+/// Memory: 32 bytes per changed vertex, 16 bytes per vertex whose change has not been propagated
+/// yet, 5 bytes per freeze amount, and 44 bytes per vertex with layer data, plus 40 bytes for each
+/// of its layers (RotatedLayers).
 TROVIK_API std::unique_ptr<UndoStep> BindLevelAsStep(LevelGeometry& geometry,
                                                      uint32_t index,
                                                      JobControl* job = nullptr);
@@ -60,11 +60,11 @@ TROVIK_API std::vector<uint8_t> FreezeAmounts(const LevelMesh& level);
 /// Creates the undo step for a change of freeze amounts. It stores the amounts of the vertices that
 /// differ from `amountsBefore`.
 /// \param amountsBefore  one per vertex of the level.
-/// \return null if none differs.
+/// \return null if no amount differs.
 TROVIK_API std::unique_ptr<UndoStep> MakeFreezeStep(const LevelMesh& level,
                                                     const std::vector<uint8_t>& amountsBefore);
 
-/// Creates the same step from a list of vertices.
+/// Creates the same step for the listed vertices.
 /// \param vertices  without duplicates.
 /// \param amountsBefore  one per listed vertex.
 /// Cost: linear in the number of listed vertices.
@@ -73,7 +73,7 @@ TROVIK_API std::unique_ptr<UndoStep> MakeFreezeStep(const LevelMesh& level,
                                                     const std::vector<uint8_t>& amountsBefore);
 
 /// Creates the undo step for a change of the geometry's transform.
-/// \return null if the transform is bit-identical to before.
+/// \return null if the new transform is bit-identical to the old one.
 TROVIK_API std::unique_ptr<UndoStep> MakeTransformStep(const LevelGeometry& geometry,
                                                        const MatrixTransform& transformBefore);
 

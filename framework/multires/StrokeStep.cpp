@@ -11,10 +11,11 @@ namespace trovik {
 
 namespace {
 
-/// The vertices of a step are scattered over a mesh that is larger than the caches.
+/// Prefetching is needed because the vertices of a step are scattered over a mesh that is larger
+/// than the caches.
 constexpr std::size_t prefetchAhead = 16;
 
-/// Returns whether the position or the normal differs bitwise from the record's.
+/// Returns whether the position or the normal differs bitwise from that in the record.
 bool Moved(const LevelMesh& mesh, const StoredVertexInfo& record) {
     if (HasMoved(mesh, record)) return true;
     if (record.vertexIndex >= mesh.vertexNormals.fill) return false;

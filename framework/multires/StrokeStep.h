@@ -19,7 +19,7 @@ namespace trovik {
 /// binds that level. BindLevel may propagate changes from coarser levels to this level. The
 /// vertices of the step then get the exact state that the step stores, and all other vertices keep
 /// the propagated values. Hosts that record each level switch as a separate step (BindLevelAsStep)
-/// avoid this case; their undo is exact across levels, too.
+/// avoid this case; in these hosts, undo is also exact across levels.
 class TROVIK_API StrokeStep : public UndoStep {
 public:
     /// Compares the records of an unlinked change with the current mesh.

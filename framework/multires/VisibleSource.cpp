@@ -13,8 +13,8 @@ namespace {
 
 constexpr std::uint32_t None = SurfaceAttributes::none;
 
-/// Moves `count` elements from `from` to `to`, which must be at most `from`. Lists that were not
-/// requested are empty and stay empty.
+/// Moves `count` elements from index `from` to index `to`, which must not exceed `from`. Lists that
+/// were not requested are empty and stay empty.
 template <typename T>
 void Move(std::vector<T>& list, std::size_t from, std::size_t to, std::size_t count = 1) {
     if (list.empty() || from == to) {

@@ -7,10 +7,10 @@
 
 namespace trovik {
 
-/// The visible faces of a level as a source for file writers: the data of LevelSource without
-/// hidden faces, hidden vertices, and UVs that only hidden faces use. Order and values are
-/// preserved; vertices and UVs are renumbered without gaps. If no face is hidden, the result equals
-/// that of LevelSource.
+/// Provides the visible faces of a level as a source for file writers. It returns the data of
+/// LevelSource without hidden faces, hidden vertices, and UVs that only hidden faces use. Order and
+/// values are preserved; vertices and UVs are renumbered without gaps. If no face is hidden, the
+/// result equals that of LevelSource.
 ///
 /// Memory: 4 bytes per vertex of the level and per UV. Cost of construction: O(faces).
 class TROVIK_API VisibleSource : public MeshSource {
