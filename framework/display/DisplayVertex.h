@@ -10,13 +10,13 @@ namespace trovik {
 /// One vertex of a patch, in the format that a viewport uploads. All members are bit-exact copies
 /// of the level's data; nothing is converted or rounded.
 ///
-/// `flags` belongs to a face, not to the vertex: in the index lists of PatchLayout, each triangle
+/// `flags` belongs to a face, not to the vertex: each triangle in the index lists of PatchLayout
 /// begins with the vertex that stores the flags of its face, and no vertex stores the flags of two
 /// faces. A shader reads them with flat interpolation and the first-vertex convention.
 struct DisplayVertex {
     /// Mesh-local position.
     float x, y, z;
-    /// Mesh-local normal; 32767 is 1.
+    /// Mesh-local normal; the value 32767 represents 1.
     int16_t normalX, normalY, normalZ;
     /// Freeze amount, 0 to 127.
     uint8_t freeze;
@@ -38,9 +38,9 @@ inline constexpr unsigned displayGroupShift = 1;
 /// Face groups with index 0 to displayGroupCount - 1 get different DisplayGroup values.
 inline constexpr uint32_t displayGroupCount = 127;
 
-/// The number that stands for a face group in DisplayVertex::flags: 0 for faces without a group,
-/// otherwise 1 to 127. From the 128th group on, the numbers repeat. Such a number is therefore
-/// sufficient to choose a colour, but not to identify the group.
+/// Returns the number that represents a face group in DisplayVertex::flags: 0 for faces without a
+/// group, otherwise 1 to 127. The numbers repeat from the 128th group on, so a number is sufficient
+/// to choose a colour but does not identify the group.
 /// \param faceGroup  index into SurfaceAttributes::groupNames.
 constexpr uint8_t DisplayGroup(uint32_t faceGroup) {
     return static_cast<uint8_t>(1 + faceGroup % displayGroupCount);

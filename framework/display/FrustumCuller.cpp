@@ -41,7 +41,7 @@ bool FrustumCuller::IsOutside(const AxisAlignedBoundingBox& box) const {
             inside += term;
             size += std::abs(term);
         }
-        // For a NaN sum the comparison is false, so the box is not culled.
+        // If the sum is NaN, the comparison is false, so the box is not culled.
         if (inside < -slack * size) return true;
     }
     return false;

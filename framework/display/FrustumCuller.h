@@ -13,7 +13,7 @@ namespace trovik {
 /// World-View-Projection Matrix" (2001).
 class TROVIK_API FrustumCuller {
 public:
-    /// Depth range in clip space between the near and far planes, as a multiple of w.
+    /// The range of depths between the near and far planes in clip space, in multiples of w.
     enum class ClipDepth { MinusOneToOne, ZeroToOne };
 
     /// \param localToClip  maps mesh-local points (x, y, z, 1), as row vectors, to clip space,
@@ -23,8 +23,7 @@ public:
 
     /// Returns whether the (mesh-local) box is certainly out of view, because it is empty or lies
     /// completely outside one plane. Returns false if this is uncertain, as for boxes with infinite
-    /// limits. Boxes near a corner of the frustum may be kept although they are outside. Cost:
-    /// O(1).
+    /// limits. Boxes near a corner of the frustum may be kept even if they are outside. Cost: O(1).
     bool IsOutside(const AxisAlignedBoundingBox& box) const;
 
 private:

@@ -17,7 +17,7 @@ public:
     struct Options {
         /// Target time for drawing a frame while the camera moves, in seconds.
         double targetSeconds = 0.008;
-        /// Delay after the last movement before frames are drawn at full detail, in seconds.
+        /// Time from the last movement until frames are drawn at full detail, in seconds.
         double restSeconds = 0.150;
         /// Base-2 logarithm of the largest stride; values above the depth of the patches have no
         /// further effect.
@@ -37,8 +37,8 @@ public:
     /// the stride grows at once by as many steps as are needed, on the assumption that each step
     /// quarters the time. It shrinks by one step only if the predicted time, which is four times
     /// the measured one, is below 80% of the target; the margin prevents oscillation.
-    /// \param strideLog2  the stride with which the frame was drawn. If it differs from the current
-    /// choice, the measurement can only increase the stride.
+    /// \param strideLog2  base-2 logarithm of the stride with which the frame was drawn. If it
+    /// differs from the current choice, the measurement can only increase the stride.
     void FrameMeasured(uint32_t strideLog2, double seconds);
 
 private:

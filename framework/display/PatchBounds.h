@@ -10,9 +10,9 @@
 
 namespace trovik {
 
-/// The mesh-local bounding box of packed vertices. NaN coordinates are ignored; if all are NaN, the
-/// box is empty. PatchTree::BoxOf returns the same box for a grid patch without reading vertices.
-/// Cost: O(vertices).
+/// Returns the mesh-local bounding box of packed vertices. NaN coordinates are ignored; if all are
+/// NaN, the box is empty. PatchTree::BoxOf returns the same box for a grid patch without reading
+/// vertices. Cost: O(vertices).
 TROVIK_API AxisAlignedBoundingBox BoxOf(std::span<const DisplayVertex> vertices);
 
 /// Returns the axis-aligned bounding box of a box transformed by a matrix (row-vector convention);
@@ -34,8 +34,8 @@ struct TROVIK_API NormalCone {
     /// must lie in `box`. Returns false if this is uncertain. Use it only if the renderer culls
     /// back faces. Cost: O(1).
     bool FacesAway(const AxisAlignedBoundingBox& box, const Vector& eye) const;
-    /// Like FacesAway, for a parallel projection. \param direction  view direction, mesh-local, any
-    /// length.
+    /// Like FacesAway, for a parallel projection.
+    /// \param direction  view direction in mesh-local space, of any length.
     bool FacesAwayFrom(const Vector& direction) const;
 };
 

@@ -28,8 +28,8 @@ namespace trovik {
 /// threads.
 class TROVIK_API PatchLayout {
 public:
-    /// Maximum depth of a patch (33 x 33 vertices). The depth is lower if there are too few levels
-    /// below.
+    /// Maximum depth of a patch (33 x 33 vertices). The depth is lower if there are not enough
+    /// coarser levels.
     static constexpr uint32_t maxDepth = GridIndices::maxDepth;
     static constexpr uint32_t minDepth = 2;
 

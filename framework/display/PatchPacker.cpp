@@ -42,7 +42,8 @@ void PackVertex(const Vertex& vertex,
     std::memcpy(bytes + offsetof(DisplayVertex, normalX), &word, sizeof word);
 }
 
-/// Returns whether all faces in the range are visible. \param count  a multiple of 8.
+/// Returns whether all faces in the range are visible.
+/// \param count  a multiple of 8.
 bool NoneHidden(const uint8_t* faceFlags, uint32_t count) {
     constexpr uint64_t eightHidden = 0x0101010101010101u * faceIsHidden;
     uint64_t any = 0;

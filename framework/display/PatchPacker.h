@@ -38,7 +38,8 @@ public:
                   std::span<DisplayVertex> out,
                   unsigned threads = 1);
     /// Packs every patch at its FirstVertex.
-    /// \param out  at least layout.TotalVertexCount() vertices. \param threads  as for Pack.
+    /// \param out  at least layout.TotalVertexCount() vertices.
+    /// \param threads  as for Pack.
     uint64_t PackAll(std::span<DisplayVertex> out, unsigned threads);
 
     const Counters& Packed() const { return packed; }

@@ -19,16 +19,17 @@ public:
         Properties,
         /// The contribution of the layers to the surface.
         Surface,
-        /// Offsets; the surface stays bit-identical.
+        /// Only offsets; the surface stays bit-identical.
         HiddenFromSurface
     };
 
     LayerEdit(LevelGeometry& geometry, uint32_t level, Reach reach);
-    /// The layers of the level. The list, and the properties and offsets of each layer, may be
-    /// changed freely.
+    /// The layers of the level. The caller may change the list and the properties and offsets of
+    /// each layer.
     LayerBase::Layers& Layers() { return layers; }
     LevelMesh& Mesh() { return mesh; }
-    /// Updates the level. \return the undo step, or null if nothing has changed.
+    /// Updates the level.
+    /// \return the undo step, or null if nothing has changed.
     std::unique_ptr<UndoStep> Finish(const std::string& label);
 
 private:

@@ -26,8 +26,8 @@ TROVIK_API std::unique_ptr<UndoStep> SetLayerPropertiesAsStep(
 TROVIK_API std::unique_ptr<UndoStep> MoveLayerAsStep(LevelGeometry& geometry,
                                                      SculptLayer& layer,
                                                      std::size_t index);
-/// Activates a layer of the bound level, so that strokes are recorded into it; null deactivates all
-/// layers.
+/// Activates a layer of the bound level, so that strokes are recorded in it. If the layer is null,
+/// no layer is active afterwards.
 TROVIK_API std::unique_ptr<UndoStep> SelectLayerAsStep(LevelGeometry& geometry, SculptLayer* layer);
 /// Adds a copy directly above the layer and activates it. The copy has the same effect as the
 /// layer, so the surface is displaced a second time.
@@ -35,13 +35,13 @@ TROVIK_API std::unique_ptr<UndoStep> DuplicateLayerAsStep(LevelGeometry& geometr
                                                           SculptLayer& layer,
                                                           const std::string& name);
 /// Merges the layer into the one below, whose strength becomes 1; the surface stays bit-identical.
-/// If the layer was active, the layer below becomes active. \throw HostError if there is no layer
-/// below, or one of the two is hidden or locked.
+/// If the layer was active, the layer below becomes active.
+/// \throw HostError if there is no layer below, or if either layer is hidden or locked.
 TROVIK_API std::unique_ptr<UndoStep> MergeLayerDownAsStep(LevelGeometry& geometry,
                                                           SculptLayer& layer);
 /// Removes the layer's offsets where the level is frozen: completely at full mask weight, and
-/// proportionally at lower weights. Hidden vertices keep their offsets. \throw HostError if the
-/// layer is locked.
+/// proportionally at lower weights. Hidden vertices keep their offsets.
+/// \throw HostError if the layer is locked.
 TROVIK_API std::unique_ptr<UndoStep> EraseLayerByFreezeAsStep(LevelGeometry& geometry,
                                                               SculptLayer& layer);
 /// @}

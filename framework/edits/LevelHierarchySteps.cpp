@@ -21,7 +21,7 @@ uint64_t BytesOf(const LevelGeometry::RemovedLevels& taken) {
 }
 
 void BindAgain(LevelGeometry& geometry, uint32_t bound) {
-    // A host may have bound another level in between.
+    // A host may have bound another level since then.
     if (geometry.BoundIndex() != bound) geometry.BindLevel(bound);
 }
 

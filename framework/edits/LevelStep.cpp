@@ -7,15 +7,15 @@ namespace trovik {
 
 namespace {
 
-/// The undo step for binding a different level and for changing the contents of levels; the
-/// hierarchy stays the same.
+/// The undo step for binding a different level and for changing the contents of levels without
+/// adding or removing levels.
 class LevelStep : public UndoStep {
 public:
     LevelStep(LevelSwitch done, const LevelGeometry& geometry)
         : change(std::move(done)), boundNow(geometry.BoundIndex()) {}
 
     void Apply(LevelGeometry& geometry) override {
-        // Needed if a host has bound another level in between.
+        // Needed if a host has bound another level since then.
         if (geometry.BoundIndex() != boundNow) geometry.BindLevel(boundNow);
         geometry.Exchange(change);
         boundNow = geometry.BoundIndex();

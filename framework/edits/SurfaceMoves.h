@@ -19,17 +19,19 @@ class TROVIK_API SurfaceMoves {
 public:
     /// Borrows the level, on which a change must be open when Apply is called.
     explicit SurfaceMoves(LevelMesh& ofLevel) : level(ofLevel) {}
-    /// Mesh-local position. Each vertex may be added once.
+    /// Adds a vertex and its new mesh-local position. A vertex may be added only once.
     void Add(uint32_t vertex, const Vector& position) { moves.emplace_back(vertex, position); }
     bool IsEmpty() const { return moves.empty(); }
-    /// Moves the vertices as one undo step of the geometry, whose bound level this is, and reports
-    /// them. \return the number of moved vertices; if it is 0, there is no undo step. \throw Error*
-    /// as Apply.
+    /// Moves the vertices as one undo step of the geometry and reports them. The level must be the
+    /// bound level of the geometry.
+    /// \return the number of moved vertices; if it is 0, there is no undo step.
+    /// \throw Error* under the same conditions as Apply.
     uint32_t ApplyAsStep(LevelGeometry& geometry, const std::string& label);
 
-    /// Moves the vertices and recomputes the normals around them. \return the vertices whose
-    /// position or normal has changed, in ascending order. \throw Error* if an allocation fails; no
-    /// vertex has then moved. Cost: proportional to the number of moved vertices.
+    /// Moves the vertices and recomputes the normals around them.
+    /// \return the vertices whose position or normal has changed, in ascending order.
+    /// \throw Error* if an allocation fails; in that case, no vertex has moved.
+    /// Cost: proportional to the number of moved vertices.
     std::vector<uint32_t> Apply(LevelChange& change);
 
 private:

@@ -25,8 +25,8 @@ Vector Mirrored(Vector v, int axis) {
     return v;
 }
 
-/// The mean of a position and the mirrored position of its twin. The twin gets the mirror image of
-/// the mean.
+/// Returns the mean of a position and the mirrored position of its twin. The twin then gets the
+/// mirror image of the mean.
 Vector Mean(const Vector& a, const Vector& b, int axis) {
     const Vector other = Mirrored(b, axis);
     return {0.5f * (a.x + other.x), 0.5f * (a.y + other.y), 0.5f * (a.z + other.z)};
@@ -49,8 +49,8 @@ public:
         const float* p = records.array[record].originalPosition;
         return {p[0], p[1], p[2]};
     }
-    /// The record whose original position was the mirror image of this one's, if each is the
-    /// other's twin; otherwise `none`.
+    /// The record whose original position was the mirror image of this one's, if the two are each
+    /// other's twins; otherwise `none`.
     uint32_t TwinOf(uint32_t record, int axis) const {
         const uint32_t twin = slots[SlotOf(Mirrored(OriginalPosition(record), axis))];
         if (twin == none) return none;
@@ -95,7 +95,7 @@ std::vector<uint32_t> SettleSymmetry(LevelMesh& level,
     for (uint32_t i = 0; i < count; ++i)
         positions[i] = level.Position(records.array[i].vertexIndex);
     // The planes are processed one after the other. Symmetry about earlier planes is preserved: a
-    // vertex's twin across an earlier plane has a twin across this plane, too, and receives the
+    // vertex's twin across an earlier plane also has a twin across this plane, and receives the
     // mirrored mean.
     for (const int axis : axes) {
         for (uint32_t i = 0; i < count; ++i) {

@@ -10,15 +10,16 @@ namespace trovik {
 /// Makes the two sides of a mirrored stroke exactly symmetric. If a vertex and its image in a
 /// coordinate plane of the mesh were exactly symmetric before the stroke, one moves to the mean of
 /// its position and the mirrored position of the other, and the other moves to the mirror image of
-/// that mean. A vertex that was in the plane returns to it. Pairs that agree stay bit-identical.
-/// Without this, the two sides could differ near the plane by more than rounding errors, because a
-/// dab and its image overlap there and are applied one after the other.
+/// that mean. A vertex that was in the plane returns to it. Pairs that are still symmetric stay
+/// bit-identical. Without this adjustment, the two sides could differ near the plane by more than
+/// rounding errors, because a dab and its image overlap there and are applied one after the other.
 ///
 /// Pairs with different freeze amounts are not changed.
 ///
-/// \param change  open on the level; the moves become part of it. \param axes  axes perpendicular
-/// to the planes (0 x, 1 y, 2 z), without duplicates. \return the vertices whose position or normal
-/// has changed, in ascending order. \throw Error* if an allocation fails; nothing has then moved.
+/// \param change  open on the level; the moves become part of it.
+/// \param axes  axes perpendicular to the planes (0 is x, 1 is y, 2 is z), without duplicates.
+/// \return the vertices whose position or normal has changed, in ascending order.
+/// \throw Error* if an allocation fails; in that case, no vertex has moved.
 /// Cost: proportional to the number of vertices that the stroke touched.
 TROVIK_API std::vector<uint32_t> SettleSymmetry(LevelMesh& level,
                                                 LevelChange& change,
@@ -28,15 +29,17 @@ TROVIK_API std::vector<uint32_t> SettleSymmetry(LevelMesh& level,
 enum class SymmetrySide { Positive, Negative };
 
 /// Makes the bound level symmetric about the plane through the mesh's origin perpendicular to an
-/// axis (0 x, 1 y, 2 z). Vertices on the model side keep their positions, their counterparts move
-/// to the mirrored positions, and vertices on the plane are projected onto it. Mirror images are
-/// found by the connectivity of level 0 (TopologicalMirror), so the halves may have any shape. In
-/// each pair, the vertex that lies farther towards the `model` side is copied.
+/// axis (0 is x, 1 is y, 2 is z). Vertices on the model side keep their positions, their
+/// counterparts move to the mirrored positions, and vertices on the plane are projected onto it.
+/// Mirror images are found by the connectivity of level 0 (TopologicalMirror), so the halves may
+/// have any shape. In each pair, the vertex that lies farther towards the `model` side is copied.
 ///
 /// Frozen vertices do not move; partly frozen ones move part of the way. If a layer is active, the
-/// moves are recorded in it. Pushes one undo step. \return the number of vertices that moved.
+/// moves are recorded in it. Pushes one undo step.
+/// \return the number of vertices that moved.
 /// \throw HostError if the mesh has no such mirror; Cancelled, with the mesh unchanged. The
-/// operation cannot be cancelled once it has moved the first vertex. Cost: O(vertices).
+/// operation cannot be cancelled once it has moved the first vertex.
+/// Cost: O(vertices).
 TROVIK_API uint32_t MakeSymmetric(LevelGeometry& geometry,
                                   int axis,
                                   SymmetrySide model,

@@ -15,7 +15,7 @@ namespace trovik {
 /// Memory: 8 bytes for each run of consecutive faces of the highest level.
 class TROVIK_API VisibilityStep : public UndoStep {
 public:
-    /// \param toggled  see ToggleHidden; must have been applied already.
+    /// \param toggled  the faces that have already been passed to ToggleHidden.
     VisibilityStep(std::vector<FaceRun> toggled, const std::string& label);
 
     void Apply(LevelGeometry& geometry) override;
@@ -31,9 +31,10 @@ private:
     std::vector<FaceRun> runs;
 };
 
-/// Hides or shows faces of the bound level and all their descendants, and returns the undo step,
-/// not yet pushed. It is allowed to hide all faces of the geometry.
-/// \param wanted  one value for each face of the bound level. \return null if nothing changes.
+/// Hides or shows faces of the bound level and all their descendants, and returns the undo step
+/// without pushing it. All faces of the geometry may be hidden.
+/// \param wanted  one value for each face of the bound level.
+/// \return null if nothing changes.
 /// \throw HostError while a stroke is open. Cost: see FacesToToggle and ToggleHidden.
 TROVIK_API std::unique_ptr<VisibilityStep> SetVisibilityAsStep(
     LevelGeometry& geometry, const std::vector<FaceVisibility>& wanted, const std::string& label);

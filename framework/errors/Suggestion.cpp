@@ -7,15 +7,17 @@ namespace trovik {
 
 namespace {
 
-/// Longer words are unlikely to be misspelt names, and the cost grows quadratically.
+/// Longer words are ignored, because they are unlikely to be misspelt names and the cost grows
+/// quadratically with the length.
 constexpr std::size_t maxWordLength = 64;
 
 char Lower(char letter) {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
-/// Optimal string alignment distance. The recurrence of Wagner, Fischer: "The String-to-String
-/// Correction Problem" (1974), with swaps of adjacent letters as a fourth edit.
+/// Returns the optimal string alignment distance. Uses the recurrence of Wagner, Fischer: "The
+/// String-to-String Correction Problem" (1974), with swaps of adjacent letters as a fourth kind of
+/// edit.
 std::size_t EditDistance(const std::string& a, const std::string& b) {
     std::vector<std::vector<std::size_t>> cost(a.size() + 1,
                                                std::vector<std::size_t>(b.size() + 1));

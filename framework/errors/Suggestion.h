@@ -11,9 +11,9 @@ namespace trovik {
 /// Returns the candidate nearest to a misspelt word. A candidate is accepted if it differs by at
 /// most one edit per three letters of the longer word; one edit is always allowed. An edit inserts,
 /// deletes or replaces a byte, or swaps two adjacent bytes. ASCII case is ignored. These are the
-/// errors in Damerau: "A Technique for Computer Detection and Correction of Spelling Errors"
-/// (1964).
-/// \return the first of the nearest candidates, or an empty string if none is near enough.
+/// kinds of errors described in Damerau: "A Technique for Computer Detection and Correction of
+/// Spelling Errors" (1964).
+/// \return the first of the nearest candidates, or an empty string if no candidate is near enough.
 TROVIK_API std::string ClosestWord(const std::string& word,
                                    const std::vector<std::string>& candidates);
 

@@ -27,7 +27,8 @@ NeighbourMeans::NeighbourMeans(LevelMesh& ofLevel)
 
 void NeighbourMeans::Compute(const std::vector<Vector>& positions, std::vector<Vector>& means) {
     std::fill(sums.begin(), sums.end(), RunningSum());
-    // Both faces at an inner edge contribute it, so all neighbours of an inner vertex count twice.
+    // Both faces at an inner edge contribute the edge, so each neighbour of an inner vertex counts
+    // twice.
     ForEachSide(level, [&](uint32_t a, uint32_t b) {
         if (kinds[a] == Kind::Inner) sums[a].Add(positions[b]);
         if (kinds[b] == Kind::Inner) sums[b].Add(positions[a]);

@@ -8,11 +8,11 @@
 
 namespace trovik {
 
-/// The mean position of the edge-connected neighbours of every vertex of a level. On a border, only
-/// neighbours along the border count, so that borders do not shrink inwards, and a vertex with a
-/// single face, such as the corner of a plane, gets its own position. Sums are in double precision,
-/// which makes them independent of the order of the neighbours unless their coordinates differ by
-/// more than 29 binary orders of magnitude.
+/// Computes the mean position of the edge-connected neighbours of each vertex of a level. On a
+/// border, only neighbours along the border are used, so that borders do not shrink inwards. A
+/// border vertex with a single face, such as the corner of a plane, gets its own position. Sums are
+/// in double precision, which makes them independent of the order of the neighbours unless their
+/// coordinates differ by more than 29 binary orders of magnitude.
 class NeighbourMeans {
 public:
     /// Borrows the level. Cost: O(faces).

@@ -9,7 +9,7 @@
 
 namespace trovik {
 
-/// An operation that moves the vertices of a level other than by a brush.
+/// An operation other than a brush stroke that moves the vertices of a level.
 struct PositionEdit {
     /// Label of the undo step.
     std::string label;
@@ -18,8 +18,8 @@ struct PositionEdit {
     std::function<std::vector<Vector>(LevelGeometry& geometry, JobControl* job)> positions;
 };
 
-/// How far operations on the whole surface move each vertex of a level: 1 without a mask, 0 for
-/// vertices that are completely masked or hidden.
+/// Returns, for each vertex of a level, the factor for displacements by operations on the whole
+/// surface: 1 for unmasked vertices, and 0 for vertices that are completely masked or hidden.
 std::vector<float> MoveWeights(const LevelMesh& level);
 
 /// Moves the vertices of the bound level as one undo step. If a layer is active, the displacements

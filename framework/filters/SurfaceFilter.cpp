@@ -28,7 +28,8 @@ std::vector<Vector> Inflated(LevelGeometry& geometry, float amount, JobControl* 
     return positions;
 }
 
-/// \param move  computes the displacement of a vertex from its index and its way to the mean.
+/// \param move  computes the displacement of a vertex from its index and the vector from the vertex
+/// to the mean.
 template <typename Move>
 void Iterate(LevelMesh& level,
              uint32_t iterations,

@@ -13,20 +13,21 @@ struct SurfaceFilter {
         /// Moves each vertex towards the mean of its neighbours (NeighbourMeans). See Taubin: "A
         /// Signal Processing Approach to Fair Surface Design" (1995).
         Smooth,
-        /// Smooth, but only within the surface: evens out the spacing and keeps the shape. See
-        /// Botsch, Kobbelt: "A Remeshing Approach to Multiresolution Modeling" (2004).
+        /// Like Smooth, but vertices move only within the surface. This evens out their spacing and
+        /// keeps the shape. See Botsch, Kobbelt: "A Remeshing Approach to Multiresolution Modeling"
+        /// (2004).
         Relax,
         /// Amplifies the difference between the surface and the smoothed surface.
         Sharpen
     };
     Kind kind = Kind::Smooth;
-    /// Inflate: the distance in world units; negative values move inwards.
+    /// Inflate: the distance in world units; if it is negative, vertices move inwards.
     float amount = 0.0f;
     /// Smooth, Relax: the fraction of the way to the mean per iteration, 0 to 1. Sharpen: the
-    /// factor of the difference that is added.
+    /// factor by which the difference is multiplied before it is added.
     float strength = 0.5f;
-    /// Iterations of Smooth and Relax; for Sharpen, those of the smoothed surface, so that more
-    /// iterations sharpen larger details.
+    /// Number of iterations of Smooth and Relax. For Sharpen, the number of smoothing iterations
+    /// that produce the smoothed surface; with more iterations, larger details are sharpened.
     uint32_t iterations = 1;
 };
 

@@ -75,8 +75,8 @@ Vector LocalPivotOf(LevelGeometry& geometry,
 }
 
 /// Returns the rotation by the formula of Rodrigues: "Des lois géométriques qui régissent les
-/// déplacements d'un système solide dans l'espace" (1840), for row vectors. \param axis  of unit
-/// length.
+/// déplacements d'un système solide dans l'espace" (1840), for row vectors.
+/// \param axis  of unit length.
 Matrix RotationAbout(const Vector& axis, double degrees) {
     const double radians = degrees * (std::numbers::pi / 180.0);
     const auto cosine = static_cast<float>(std::cos(radians));

@@ -22,10 +22,10 @@ struct JobPace {
 /// null, progress is not reported and the operation cannot be cancelled. The pointer is borrowed
 /// for the duration of the call.
 ///
-/// An operation runs through phases, one after the other. Each phase first reports a `done` of 0,
-/// then increasing numbers, and finally `total`. If Report returns false, the operation reverts its
-/// changes and throws Cancelled: the document and all files are then in their previous state, byte
-/// for byte. A cancelled operation can be started again.
+/// An operation runs through phases, one after the other. Each phase first reports that `done` is
+/// 0, then increasing values of `done`, and finally `total`. If Report returns false, the operation
+/// reverts its changes and throws Cancelled: the document and all files are then byte-for-byte
+/// identical to their previous state. A cancelled operation can be started again.
 ///
 /// Operations report through JobPhase, on the thread that called them.
 class TROVIK_API JobControl {

@@ -19,7 +19,7 @@ void JobPhase::Check() {
     const auto now = std::chrono::steady_clock::now();
     if (now - lastReport < job->Pace().interval) return;
     lastReport = now;
-    // Work beyond the expected total is reported as the total.
+    // If more work is done than expected, only the expected total is reported.
     ReportOrThrow(job, std::min(done, total), total, name);
 }
 

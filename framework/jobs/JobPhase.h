@@ -19,7 +19,7 @@ public:
     /// \param totalWork  total number of elements.
     /// \param elementsPerCheck  replaces JobPace::elements if it is smaller; for elements that take
     /// a long time.
-    /// \throw Cancelled if the job is cancelled; all other members throw it too.
+    /// \throw Cancelled if the job is cancelled; all other members also throw it.
     JobPhase(JobControl* job,
              const char* phaseName,
              uint64_t totalWork,

@@ -62,7 +62,7 @@ uint64_t Mix(uint64_t hash, float value) {
     return hash ^ (hash >> 29);
 }
 
-/// Hashes the positions of all faces around the vertex.
+/// Returns a hash of the corner positions of all faces around the vertex.
 uint64_t RingHash(LevelMesh& level, uint32_t vertex, std::vector<uint32_t>& faces) {
     faces.clear();
     const uint32_t lowest = level.LowestFaceOf(vertex);
@@ -110,9 +110,9 @@ void LayerBase::AbsorbMove(LayeredVertex& layeredVertex,
         if (!SameBits(state.seen, present) ||
             !SameBits(state.rest, Sum(layeredVertex.base, layers, first, last, touch)))
             continue;
-        // The last stroke that moved the vertex worked on this layer, so the base is unchanged. The
-        // stroke may have rounded the sum differently, or it may have deferred computing the
-        // position.
+        // The last stroke that moved the vertex was recorded in this layer, so the base is
+        // unchanged. The stroke may have rounded the sum differently, or it may have deferred
+        // computing the position.
         if (SameBits(present, layer.Composite(touch->slot)))
             Note(layeredVertex, Sum(layeredVertex.base, layers, first, last), present);
         return;

@@ -17,8 +17,8 @@ namespace trovik {
 ///
 /// Strokes, however, round the sums differently and write their own normals. For each vertex, this
 /// class stores the last position and normal that a stroke wrote, along with the result computed
-/// from the layers. Whenever the computation gives that result again, the stored position and
-/// normal replace it.
+/// from the layers. Whenever the computation gives that result again, it is replaced by the stored
+/// position and normal.
 class TROVIK_API LayerBase {
 public:
     using Layers = std::vector<std::shared_ptr<SculptLayer>>;
@@ -32,8 +32,8 @@ public:
         Vector position;
     };
     static bool SameLayeredVertex(const LayeredVertex& a, const LayeredVertex& b);
-    /// The data that a vertex has in another state of the level; `isKnown` is false if it has none
-    /// there.
+    /// The data of a vertex in another state of the level; `isKnown` is false if the vertex has no
+    /// data in that state.
     struct OtherLayeredVertex {
         LayeredVertex layeredVertex;
         bool isKnown = false;
@@ -48,8 +48,9 @@ public:
         int16_t unused[3] = {0, 0, 0};
     };
 
-    /// Updates the stored data to reflect changes to the level since the last call. \param layers
-    /// layers of the level, lowest first. Cost: O(touched vertices).
+    /// Updates the stored data to reflect changes to the level since the last call. Cost: O(touched
+    /// vertices).
+    /// \param layers  layers of the level, lowest first.
     void Settle(const LevelMesh& level, const Layers& layers);
 
     /// The positions and normals from before a call to Compose.
@@ -96,14 +97,14 @@ public:
     /// data in `before`, in ascending vertex order.
     std::vector<OtherLayeredVertex> DifferencesTo(const std::vector<LayeredVertex>& before) const;
     /// Exchanges the current data of these vertices with the data in `others`.
-    /// \param others ordered by vertex, without duplicates.
+    /// \param others  ordered by vertex, without duplicates.
     void Exchange(std::vector<OtherLayeredVertex>& others);
 
     /// Renumbers the vertices: vertex v of the level becomes vertex map[v]. Stored normals are
     /// dropped, because they depend on the order of the old face numbers.
     void Renumber(const std::vector<uint32_t>& map);
 
-    /// Used to save scenes. In ascending vertex order.
+    /// The data of all vertices that layers touch, in ascending vertex order. Used to save scenes.
     const std::vector<LayeredVertex>& LayeredVertices() const { return layeredVertices; }
     const std::vector<StoredNormal>& Normals() const { return normals; }
     void Restore(std::vector<LayeredVertex> newLayeredVertices,

@@ -10,11 +10,12 @@
 
 namespace trovik {
 
-/// The sculpt layers of a geometry: any number per level, lowest first. LayerBase describes the
-/// effect of the operations in LayerSteps.h. Each operation works on the bound level or on the
-/// level of its layer. It returns its undo step, which is not pushed yet, or null if nothing
-/// changed. The operations must not be called during a stroke. Cost: O(touched vertices of the
-/// level) if the surface may change, otherwise O(layers).
+/// The sculpt layers of a geometry. Each level has any number of layers, which are listed from
+/// lowest to highest. LayerBase describes how layers affect the surface, and LayerSteps.h contains
+/// the operations on them. Each operation works on the bound level or on the level of its layer,
+/// and returns its undo step without pushing it, or null if nothing changed. The operations must
+/// not be called during a stroke. Cost: O(touched vertices of the level) if the surface may change,
+/// otherwise O(layers).
 class TROVIK_API LayerStack {
 public:
     using Layers = LayerBase::Layers;

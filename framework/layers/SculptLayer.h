@@ -39,7 +39,7 @@ public:
     Vector* get(Vector* out, uint32_t layerSlot) const override;
     /// Stores the offset and computes rest + strength * offset per component, in that order. `out`
     /// receives that position regardless of `updateComposite`. If the slot does not exist, it is
-    /// looked up by `vertex` and created if necessary. The caller checks Writable.
+    /// looked up by `vertex` and created if necessary. The caller must check Writable first.
     void set(Vector* out,
              uint32_t layerSlot,
              uint32_t vertex,
@@ -76,7 +76,8 @@ public:
     float Strength() const { return given.strength; }
     /// The effective strength: 0 while the layer is hidden.
     float EffectiveStrength() const { return given.visible ? given.strength : 0.0f; }
-    /// Updates the composite position of every vertex of the layer. The caller updates normals.
+    /// Sets the strength and updates the composite position of every vertex of the layer. The
+    /// caller must update the normals.
     void SetStrength(float newStrength);
     void SetWritable(bool on) { given.writable = on; }
     const std::string& Name() const { return given.name; }

@@ -38,8 +38,8 @@ public:
 
 private:
     // The rounding error of an addition, from Knuth: "The Art of Computer Programming, Volume 2:
-    // Seminumerical Algorithms" (1997), section 4.2.2, theorem B. An infinite term makes it NaN,
-    // which counts as inexact.
+    // Seminumerical Algorithms" (1997), section 4.2.2, theorem B. If a term is infinite, the error
+    // is NaN, which counts as inexact.
     void Add(double& total, double term) {
         const double next = total + term;
         const double rounded = next - total;
@@ -53,7 +53,7 @@ private:
     uint32_t count = 0;
 };
 
-/// Returns the mean of `count` terms with this sum, rounded once.
+/// Returns the mean of `count` terms whose sum is `sum`, rounded once.
 inline Vector MeanOf(const DoubleVector& sum, uint32_t count) {
     const auto n = static_cast<double>(count);
     return {static_cast<float>(sum.x / n),
@@ -61,9 +61,9 @@ inline Vector MeanOf(const DoubleVector& sum, uint32_t count) {
             static_cast<float>(sum.z / n)};
 }
 
-/// ExactSum for terms whose running sum in double precision is inexact. The algorithm is from
-/// Shewchuk: "Adaptive Precision Floating-Point Arithmetic and Fast Robust Geometric Predicates"
-/// (1997).
+/// Implements ExactSum for terms whose running sum in double precision is inexact. The algorithm is
+/// from Shewchuk: "Adaptive Precision Floating-Point Arithmetic and Fast Robust Geometric
+/// Predicates" (1997).
 TROVIK_API DoubleVector SumByExpansion(const Vector* terms, std::size_t count);
 
 /// Returns the sum of the terms, computed exactly and rounded once to double precision. The order

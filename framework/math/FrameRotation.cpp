@@ -7,8 +7,8 @@ namespace trovik {
 
 namespace {
 
-/// If the sum of the normals is below this fraction of the surrounding area, the normals cancel and
-/// the sum is noise.
+/// If the length of the summed normals is below this fraction of the sum of their lengths, the
+/// normals cancel and the sum is noise.
 constexpr double cancelMargin = 1e-2;
 /// If the sums over the edges are below this fraction of their upper bound, the edges do not
 /// determine an angle.

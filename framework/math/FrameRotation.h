@@ -11,20 +11,21 @@ namespace trovik {
 /// vertex in the first state to its frame in the second. The third axis of the frame is the normal.
 /// The other two axes need not be chosen, because only the rotation matters. The rotation consists
 /// of the shortest rotation from normal to normal, followed by a rotation about the normal by the
-/// angle that best aligns the old edges with the new ones. The alignment is by least squares over
-/// all edges of the vertex, so that no edge is preferred, and borders and poles of any valence are
-/// handled alike.
+/// angle that best aligns the old edges with the new ones. The angle is a least-squares fit to all
+/// edges of the vertex, so no edge is preferred, and borders and poles of any valence are handled
+/// in the same way.
 ///
 /// The rotation preserves lengths under any deformation of the surface. If the normals of the faces
-/// cancel, for example where two coincident sheets face each other, the face that is largest in
-/// both states is used instead, so that noise has no effect. If all faces are degenerate, the
-/// rotation is the identity. If the edges do not determine an angle, only the shortest rotation is
-/// used.
+/// cancel, for example where two coincident parts of the surface face each other, the face that is
+/// largest in both states is used instead, so that noise has no effect. If all faces are
+/// degenerate, the rotation is the identity. If the edges do not determine an angle, only the
+/// shortest rotation is used.
 ///
-/// Computation is in double precision, so squared lengths neither underflow nor overflow. The
+/// All computations are in double precision, so squared lengths neither underflow nor overflow. The
 /// shortest rotation is computed as in Möller, Hughes: "Efficiently Building a Matrix to Rotate One
-/// Vector to Another" (1999), the rotation about the normal by the formula of Rodrigues: "Des lois
-/// géométriques qui régissent les déplacements d'un système solide dans l'espace" (1840).
+/// Vector to Another" (1999), and the rotation about the normal is computed by the formula of
+/// Rodrigues: "Des lois géométriques qui régissent les déplacements d'un système solide dans
+/// l'espace" (1840).
 class TROVIK_API FrameRotation {
     struct Double3 {
         double x = 0.0;
@@ -114,8 +115,8 @@ private:
                 v.z * cosine + sideways.z + axis.z * f};
     }
 
-    /// If the normals are closer than this to being opposite, they no longer determine the shortest
-    /// rotation.
+    /// If 1 plus the cosine of the angle between the normals is at most this, the normals are
+    /// nearly opposite and do not determine the shortest rotation.
     static constexpr double oppositeMargin = 1e-6;
 
     Double3 normalBefore;
@@ -144,7 +145,7 @@ private:
 struct SurfaceMove {
     Vector before;
     Vector after;
-    /// CloseEdges has been called on it. If there is no surface to rotate with, it is the identity.
+    /// A rotation for which CloseEdges has been called, or the identity if there is no surface.
     FrameRotation turn;
 
     /// Returns the new position of `position`. A position that coincides with the point moves

@@ -5,8 +5,8 @@
 
 namespace trovik {
 
-/// The transform of a mesh or a camera. It can be set as scale, rotation and translation, or as a
-/// matrix.
+/// The transform of a mesh or a camera. It can be set either as scale, rotation and translation or
+/// as a matrix.
 class TROVIK_API MatrixTransform : public Transformation {
 public:
     void LocalToWorld(Vector* out, const Vector* in, float w) const override;

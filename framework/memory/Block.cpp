@@ -44,8 +44,8 @@ void Log(const std::string& line) {
         std::clog << line << '\n';
 }
 
-// The account has only a single total, so the log gives the number of arrays, not their size, for
-// each name.
+// The account stores only a single total, so the log contains the number of arrays for each name
+// but not their size.
 void WriteLog(float share, bool everyBlock) {
     const Account& account = TheAccount();
     std::map<std::string, int64_t> blocksByName;

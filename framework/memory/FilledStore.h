@@ -19,7 +19,7 @@ void FillStore(Store<T>& store, uint32_t count, const T& value) {
     std::fill_n(store.array, count, value);
 }
 
-/// Like FillStore, but does not set the elements.
+/// Same as FillStore, but does not set the elements.
 template <typename T>
 void ResizeStore(Store<T>& store, uint32_t count) {
     if (!store.SetFill(count, false)) throw std::bad_alloc();

@@ -21,13 +21,13 @@ struct FreeMemory {
 
 /// Returns the minimum of:
 /// - the memory available on the machine without swapping (MemAvailable in /proc/meminfo),
-/// - the remainder of the memory limits of the process's control group and its ancestors, cgroup
+/// - the memory left under the limits of the process's control group and its ancestors, cgroup
 ///   version 1 or 2; file pages that the kernel can drop count as free,
-/// - the remainder of RLIMIT_AS and RLIMIT_DATA.
+/// - the memory left under RLIMIT_AS and RLIMIT_DATA.
 ///
 /// The result is a snapshot, because other processes also allocate and free memory. Sources that
-/// cannot be read impose no limit. Cost: about 100 microseconds, to read about ten small files in
-/// /proc and /sys.
+/// cannot be read impose no limit. Cost: about 100 microseconds, because about ten small files in
+/// /proc and /sys are read.
 /// \param systemRoot  folder that contains `proc` and `sys`.
 TROVIK_API FreeMemory QueryFreeMemory(const std::string& systemRoot = "/");
 

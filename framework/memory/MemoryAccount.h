@@ -8,11 +8,11 @@
 
 namespace trovik {
 
-/// The memory accounting behind Block: the total size of all arrays, and its limit. Used only on
-/// the host's main thread.
+/// The memory accounting that Block uses: the total size of all arrays and the limit on this size.
+/// Must be used only on the host's main thread.
 class TROVIK_API MemoryAccount {
 public:
-    /// Sets the limit beyond which Block::RegisterMemoryBlock fails. Initially there is no limit.
+    /// Sets the limit beyond which Block::RegisterMemoryBlock fails. By default, there is no limit.
     static void SetLimit(int64_t bytes);
     static int64_t Limit();
     static int64_t Total();

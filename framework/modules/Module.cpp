@@ -14,8 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A variable whose address is always inside this library; that of an exported function may be
-/// inside the executable instead.
+/// A variable whose address is always inside this library. The address of an exported function may
+/// be inside the executable instead.
 const char insideThisLibrary = 0;
 
 [[noreturn]] void ThrowModuleError(const std::string& path,
@@ -39,8 +39,8 @@ std::string ModuleFolder() {
 }
 
 const void* OpenModule(const std::string& path, const char* purpose) {
-    // Functions are bound lazily, because a module's libraries call only few of the functions that
-    // they reference, and binding all of them would dominate the loading time.
+    // Functions are bound lazily, because a module's libraries call only a few of the functions
+    // that they reference, and binding all of these functions would take most of the loading time.
     void* module = dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
     if (module == nullptr) ThrowModuleError(path, purpose, dlerror());
     const auto entry = reinterpret_cast<decltype(&trovikModule)>(dlsym(module, "trovikModule"));

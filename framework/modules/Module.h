@@ -9,8 +9,8 @@
 /// \file
 /// Modules: parts of this library that are built as separate files, because they link large
 /// libraries that most programs never use. A module is loaded when it is first needed and stays
-/// loaded until the process ends. Plug-ins are different: they add classes, and a host loads all of
-/// them.
+/// loaded until the process ends. Plug-ins differ from modules in that they add classes and a host
+/// loads all of them.
 namespace trovik {
 
 /// Returns the folder of the modules: `trovik/modules` next to this library, with symbolic links
@@ -21,7 +21,8 @@ TROVIK_API std::string ModuleFolder();
 /// Loads a module and returns its interface; see ModuleEntry.h. Never returns null. Further calls
 /// for the same module return the same interface. Thread-safe.
 /// \param path  the file of the module.
-/// \param purpose  the feature that needs the module, for the error message: "images", "renders".
+/// \param purpose  the feature that needs the module, for the error message, such as "images" or
+/// "renders".
 /// \throw HostError with the file and the reason: the file is missing, cannot be loaded (with the
 /// loader's message), is not a module, or was built for another version of this library.
 TROVIK_API const void* OpenModule(const std::string& path, const char* purpose);
@@ -38,10 +39,11 @@ struct ModuleFile {
     std::size_t addressSpace;
 };
 
-/// Loads a module of the library and returns its interface, as the other overload does. The caller
+/// Loads a module of the library and returns its interface, like the other overload. The caller
 /// stores the interface in a static variable, so that the module is loaded only once; if loading
 /// throws, the next call tries again.
-/// \throw HostError also if the process cannot map that much address space.
+/// \throw HostError under the same conditions as the other overload, and if the process cannot map
+/// that much address space.
 TROVIK_API const void* OpenModule(const ModuleFile& module);
 
 template <class Interface>

@@ -16,9 +16,9 @@ public:
     /// Borrows the geometry.
     explicit LevelTrees(LevelGeometry& ofGeometry) : geometry(ofGeometry) {}
 
-    /// The tree of the bound level. The reference stays valid until the first call after levels
-    /// have been added or removed. Deletes the trees of levels that no longer exist or whose level
-    /// 0 has been replaced.
+    /// Returns the tree of the bound level. The reference stays valid until the first call after
+    /// levels have been added or removed. Deletes the trees of levels that no longer exist, and all
+    /// trees that were built for a previous level 0.
     /// \throw Cancelled if the job is cancelled while a tree is built.
     PatchTree& OfBound(JobControl* job = nullptr);
 

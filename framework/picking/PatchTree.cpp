@@ -79,7 +79,7 @@ uint32_t PatchTree::FacesUnder(uint32_t levelIndex) const {
     return faces;
 }
 
-// Hidden faces are sorted into the tree by position, in case they are shown again.
+// Hidden faces are also sorted into the tree by position, because they may be shown again.
 PatchTree::Box PatchTree::CornerBox(uint32_t baseFace) const {
     const LevelMesh& lowest = *level->Hierarchy().Level(0);
     const uint32_t corner = lowest.faceVertexIndices.array[std::size_t{baseFace} * baseChildren];
@@ -96,7 +96,7 @@ void PatchTree::BuildTop(JobControl* job) {
         const Box box = boxes[face].low[0] <= boxes[face].high[0] ? boxes[face] : CornerBox(face);
         for (std::size_t axis = 0; axis < 3; ++axis) {
             const float centre = 0.5f * box.low[axis] + 0.5f * box.high[axis];
-            // A face without a finite position can be anywhere in the tree, but the sort requires
+            // A face whose position is not finite can be anywhere in the tree, but sorting requires
             // an ordering.
             centres[face][axis] = std::isfinite(centre) ? centre : 0.0f;
         }
@@ -104,8 +104,8 @@ void PatchTree::BuildTop(JobControl* job) {
     topLeafOfBaseFace.resize(boxes.size());
     topNodes.push_back({EmptyBox(), 0, static_cast<uint32_t>(boxes.size())});
     topParent.push_back(noParent);
-    // Children are appended after their parent, so one pass splits everything.
-    // Reads the clock for each node, because the first ones take long.
+    // Children are appended after their parent, so a single pass splits all nodes. The clock is
+    // read at each node, because the first nodes take a long time.
     JobPhase phase(job, "Sorting the pick tree", boxes.size(), 1);
     for (uint32_t node = 0; node < topNodes.size(); ++node) {
         SplitTop(node, centres);

@@ -8,7 +8,8 @@
 
 namespace trovik {
 
-/// A ray in mesh-local space; the direction need not have length 1. Hits have t in [0, maxT].
+/// A ray in mesh-local space; the direction need not have length 1. Hits have values of t from 0 to
+/// maxT.
 struct Ray {
     Vector origin;
     Vector direction;
@@ -27,11 +28,11 @@ struct PickHit {
 };
 
 /// Finds intersections of rays with the bound level of a geometry. The recursive face order already
-/// forms a tree: this class stores one box per patch, from leaf patches of a few faces up to the
-/// faces of level 0, and builds a tree of boxes above them. Cost: a pick is logarithmic in the
-/// number of faces; a refit is proportional to the size of the changed region. For hierarchies of
-/// boxes, see Rubin, Whitted: "A 3-Dimensional Representation for Fast Rendering of Complex Scenes"
-/// (1980).
+/// forms a tree: this class stores one bounding box per patch, from leaf patches of a few faces up
+/// to the faces of level 0, and builds a binary tree of boxes above level 0. Cost: a pick is
+/// logarithmic in the number of faces; a refit is proportional to the size of the changed region.
+/// For bounding volume hierarchies, see Rubin, Whitted: "A 3-Dimensional Representation for Fast
+/// Rendering of Complex Scenes" (1980).
 ///
 ///        top nodes      median splits of the faces of level 0
 ///        level 0        one box per face
@@ -52,17 +53,17 @@ struct PickHit {
 /// refits and reports must not run concurrently with any other call.
 class TROVIK_API PatchTree final : private GeometryObserver {
 public:
-    /// Cost: O(faces), and O(n log n) in the faces of level 0.
+    /// Cost: O(faces), plus O(n log n) for the n faces of level 0.
     /// \throw Cancelled.
     explicit PatchTree(LevelMesh* level, JobControl* job = nullptr);
     ~PatchTree();
     PatchTree(const PatchTree&) = delete;
     PatchTree& operator=(const PatchTree&) = delete;
 
-    /// The nearest hit on a front or back face. Empty if the ray is not finite or its direction is
-    /// zero.
+    /// Returns the nearest hit on a front or back face. Empty if nothing is hit, or if the ray is
+    /// not finite or its direction is zero.
     std::optional<PickHit> Pick(const Ray& ray) const;
-    /// The point on the surface nearest to `p` (mesh-local). Empty if `p` is not finite.
+    /// Returns the point on the surface nearest to `p` (mesh-local). Empty if `p` is not finite.
     std::optional<PickHit> Nearest(const Vector& p) const;
 
     /// Recomputes all boxes.
@@ -72,9 +73,9 @@ public:
     /// changed one shares a border that may have moved.
     void Refit(uint32_t patchLevelIndex, const std::vector<FaceVisit>& visited);
 
-    /// Whether the boxes still match the level. False if the level's index or level 0 has changed,
-    /// or if the level is detached from its geometry. If a change is reported in such a state, the
-    /// result remains false permanently.
+    /// Returns whether the boxes still match the level. The result is false if the level's index or
+    /// level 0 has changed, or if the level is detached from its geometry. If a change is reported
+    /// while the result is false, it remains false permanently.
     bool IsCurrent() const { return !missedChange && IsAttached(); }
     const LevelMesh* Level() const { return level; }
 
@@ -143,7 +144,7 @@ private:
 
     LevelMesh* level;
     LevelHierarchy* hierarchy;
-    /// For comparison only.
+    /// The level 0 at the time of construction; only its address is used.
     const LevelMesh* base;
     bool missedChange = false;
     uint32_t boundLevel;
@@ -156,7 +157,8 @@ private:
     std::vector<uint32_t> order;
     std::vector<uint32_t> topLeafOfBaseFace;
 
-    /// Number of the refit that last touched a patch or node, so that each is processed once.
+    /// The number of the refit that last touched each patch or node, so that a refit processes each
+    /// of them only once.
     std::vector<std::vector<uint32_t>> patchStamps;
     std::vector<uint32_t> topStamps;
     uint32_t refit = 0;

@@ -19,8 +19,8 @@ constexpr double boxSlack = 1e-9;
 double Lower(double t) { return t * (t > 0.0 ? 1.0 - boxSlack : 1.0 + boxSlack); }
 double Higher(double t) { return -Lower(-t); }
 
-/// The best triangle so far. At equal distances, the lower face number wins, regardless of the
-/// order of visits.
+/// The best triangle so far. At equal distances, the triangle with the lower face number is
+/// selected, regardless of the order of visits.
 struct Best {
     double t;
     uint32_t face = openBorder;
@@ -82,8 +82,8 @@ public:
         for (std::size_t axis = 0; axis < 3; ++axis) inverse[axis] = 1.0 / direction[axis];
     }
 
-    /// \param nearest  receives a lower bound of t in the box. \return false if the ray misses the
-    /// box or enters it beyond the best hit.
+    /// \param nearest  receives a lower bound of t in the box.
+    /// \return false if the ray misses the box or enters it beyond the best hit.
     template <class Box>
     bool Reaches(const Box& box, double& nearest) const {
         double entry = 0.0;

@@ -59,8 +59,8 @@ public:
                 p[alongAxis]};
     }
 
-    /// Tests a triangle whose corners are given in the frame (see Place). \return false if the
-    /// triangle is missed or seen edge-on.
+    /// Tests a triangle whose corners are given in the frame (see Place).
+    /// \return false if the triangle is missed or seen edge-on.
     bool Hit(const Vector3d& a, const Vector3d& b, const Vector3d& c, TrianglePoint& out) const {
         const double u = Edge(b, c);
         const double v = Edge(c, a);
@@ -87,9 +87,9 @@ private:
     double along;
 };
 
-/// The point on a triangle nearest to `p`: it is on the corner, edge or interior whose Voronoi
-/// region contains `p`. A degenerate triangle is treated as three edges. See Ericson: "Real-Time
-/// Collision Detection" (2005), section 5.1.5.
+/// The point on a triangle nearest to `p`: it lies on the feature (corner, edge or interior) whose
+/// Voronoi region contains `p`. A degenerate triangle is treated as three edges. See Ericson:
+/// "Real-Time Collision Detection" (2005), section 5.1.5.
 inline TrianglePoint NearestOfTriangle(const Vector3d& p,
                                        const Vector3d& a,
                                        const Vector3d& b,

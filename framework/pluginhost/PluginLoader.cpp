@@ -21,7 +21,7 @@ std::vector<std::string> PluginFolders() {
 }
 
 void LoadPlugin(const std::string& path, bool initialise) {
-    /// For each loaded file, the plug-in records that it registered.
+    /// The Plugin objects that each loaded file has registered.
     static std::map<std::string, std::vector<Plugin*>> opened;
     std::error_code failed;
     const fs::path canonical = fs::canonical(path, failed);

@@ -13,9 +13,9 @@ namespace trovik {
 /// running program that exist.
 TROVIK_API std::vector<std::string> PluginFolders();
 
-/// Loads a plug-in with the system loader. A file that is already loaded is skipped. With
-/// `initialise`, the plug-in records that the file registers are initialised. Plug-ins stay loaded
-/// until the process ends.
+/// Loads a plug-in with the system loader. A file that is already loaded is skipped. If
+/// `initialise` is set, the Plugin objects that the file registers are initialised. Plug-ins stay
+/// loaded until the process ends.
 /// \throw HostError with the file and the reason.
 TROVIK_API void LoadPlugin(const std::string& path, bool initialise = true);
 

@@ -43,7 +43,7 @@ unsigned CountGrantedThreads(unsigned wanted) {
     } catch (const std::system_error&) {
         // No further thread can be started.
     } catch (const std::bad_alloc&) {
-        // No further thread can be started: its state did not fit into the address space.
+        // No further thread can be started, because its state does not fit into the address space.
     }
     {
         const std::lock_guard lock(mutex);
@@ -54,8 +54,8 @@ unsigned CountGrantedThreads(unsigned wanted) {
     return static_cast<unsigned>(threads.size()) + 1;
 }
 
-/// Returns the number of threads, up to `wanted`, that fit into the address space that the work
-/// does not need.
+/// Returns the number of threads, up to `wanted`, that fit into the address space not needed for
+/// the work.
 unsigned CountAddressableThreads(unsigned wanted, uint64_t workBytes) {
     // Only address space is considered, because stacks reserve address space but use little
     // physical memory.

@@ -13,15 +13,15 @@ namespace trovik {
 /// oneTBB terminates the process if it cannot start a worker thread. Later calls can only lower the
 /// number.
 ///
-/// The number is below the number of processors if RLIMIT_NPROC or a control group limits it, or if
-/// RLIMIT_AS does not leave enough address space for the stacks and heaps of the threads. Results
-/// never depend on the number.
+/// The number is lower than the number of processors if RLIMIT_NPROC or a control group limits it,
+/// or if RLIMIT_AS does not leave enough address space for the stacks and heaps of the threads.
+/// Results never depend on the number.
 /// \param workBytes  memory that the work itself will allocate.
 /// \return the number of threads, including the calling thread; at least 1.
 /// Cost: the first call starts and joins up to one thread per processor.
 TROVIK_API unsigned LimitWorkerThreads(uint64_t workBytes = 0);
 
-/// No limit except that of LimitWorkerThreads.
+/// Imposes no limit other than that of LimitWorkerThreads.
 inline constexpr unsigned allWorkerThreads = ~0u;
 
 /// Calls `work(i)` once for each i below `count`, on several threads including the calling one, in

@@ -9,7 +9,7 @@ namespace trovik {
 
 namespace {
 
-/// The visible faces for which `isChosen(vertex)` is true at all corners.
+/// Returns the visible faces for which `isChosen(vertex)` is true at all corners.
 template <typename IsChosen>
 FaceChoice VisibleFacesWith(const LevelMesh& level, IsChosen isChosen) {
     FaceChoice chosen(level.faceCount);
@@ -22,7 +22,8 @@ FaceChoice VisibleFacesWith(const LevelMesh& level, IsChosen isChosen) {
     return chosen;
 }
 
-/// \param ofBaseFaces  a number for each face of level 0; empty if all have `none`.
+/// \param ofBaseFaces  a number for each face of level 0; empty if every face has the number
+/// `none`.
 FaceChoice FacesNumbered(const LevelGeometry& geometry,
                          const std::vector<uint32_t>& ofBaseFaces,
                          uint32_t number) {

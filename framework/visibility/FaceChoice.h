@@ -17,22 +17,23 @@ namespace trovik {
 /// One byte for each face: 1 if it is selected, 0 otherwise.
 using FaceChoice = std::vector<uint8_t>;
 
-/// The visible faces with at least this mask weight at every corner.
-/// \param threshold  as a freeze amount, 1 to 127. Cost: O(faces).
+/// Returns the visible faces that have at least this mask weight at every corner.
+/// \param threshold  a freeze amount from 1 to 127. Cost: O(faces).
 TROVIK_API FaceChoice FacesByMask(const LevelMesh& level, uint8_t threshold);
 
-/// All faces, visible or hidden, whose level-0 ancestor belongs to this group. Cost: O(faces).
+/// Returns all faces, visible or hidden, whose level-0 ancestor belongs to this group. Cost:
+/// O(faces).
 /// \param group  index into SurfaceAttributes::groupNames, or `none` for the faces without a group.
 TROVIK_API FaceChoice FacesOfGroup(const LevelGeometry& geometry, uint32_t group);
-/// All faces, visible or hidden, whose level-0 ancestor has this material.
+/// Returns all faces, visible or hidden, whose level-0 ancestor has this material.
 /// \param material  index into SurfaceAttributes::materialNames, or `none`.
 TROVIK_API FaceChoice FacesOfMaterial(const LevelGeometry& geometry, uint32_t material);
 
-/// All faces, visible or hidden, of the connected component that contains this face of the bound
-/// level. Cost: O(faces).
+/// Returns all faces, visible or hidden, of the connected component that contains this face of the
+/// bound level. Cost: O(faces).
 TROVIK_API FaceChoice FacesOfComponent(const LevelGeometry& geometry, uint32_t face);
 
-/// The visible faces whose corners are all within `reach` and satisfy `isInside`.
+/// Returns the visible faces whose corners are all within `reach` and satisfy `isInside`.
 /// \param isInside  tests a position on the viewport; see WeightsInView, which also describes
 /// `tree` and the cost.
 TROVIK_API FaceChoice FacesInView(const LevelGeometry& geometry,

@@ -23,10 +23,11 @@ enum class VisibilityChange : int {
     ShowAll,
 };
 
-/// Changes the visibility and returns the undo step, not yet pushed.
+/// Changes the visibility and returns the undo step without pushing it.
 /// \param chosen  one byte for each face of the bound level; not used by Invert and ShowAll.
-/// \return null if nothing changes. \throw HostError while a stroke is open. Cost: O(faces of the
-/// bound level) plus the cost of SetVisibilityAsStep.
+/// \return null if nothing changes.
+/// \throw HostError while a stroke is open.
+/// Cost: O(faces of the bound level) plus the cost of SetVisibilityAsStep.
 TROVIK_API std::unique_ptr<VisibilityStep> ChangeVisibilityAsStep(LevelGeometry& geometry,
                                                                   VisibilityChange change,
                                                                   const FaceChoice& chosen = {});
