@@ -10,8 +10,8 @@ namespace trovik {
 /// One vertex of a patch, in the format that a viewport uploads. All members are bit-exact copies
 /// of the level's data; nothing is converted or rounded.
 ///
-/// `flags` belongs to a face, not to the vertex: each triangle in the index lists of PatchLayout
-/// begins with the vertex that stores the flags of its face, and no vertex stores the flags of two
+/// `flags` belongs to a face, not to the vertex. Each triangle in the index lists of PatchLayout
+/// begins with the vertex that stores the flags of its face. No vertex stores the flags of two
 /// faces. A shader reads them with flat interpolation and the first-vertex convention.
 struct DisplayVertex {
     /// Mesh-local position.

@@ -33,8 +33,8 @@ public:
     static constexpr uint32_t maxDepth = GridIndices::maxDepth;
     static constexpr uint32_t minDepth = 2;
 
-    /// Call on the thread of the level's document. Borrows nothing. Cost: O(level index) for grids,
-    /// O(n log n) for buckets with n faces in total.
+    /// Must be called on the thread of the level's document. Borrows nothing. Cost: O(level index)
+    /// for grids, O(n log n) for buckets with n faces in total.
     explicit PatchLayout(const LevelMesh& level);
 
     /// Index of the level that is divided.

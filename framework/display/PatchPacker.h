@@ -55,7 +55,7 @@ private:
 
     const LevelMesh& level;
     const PatchLayout& layout;
-    /// For each face of level 0; empty if there are no groups.
+    /// The group of each face of level 0; empty if there are no groups.
     std::span<const uint32_t> faceGroups;
     Counters packed;
 };

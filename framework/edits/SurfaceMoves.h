@@ -12,9 +12,9 @@ namespace trovik {
 /// Moves vertices of a level to given positions, for operations other than brushes. The moves
 /// become part of an open change, and therefore of its undo step.
 ///
-/// If a writable, visible layer is active, the displacement of a vertex, divided by the layer's
-/// strength, is added to its offset in that layer, and the vertex gets exactly the given position.
-/// Otherwise the move changes the layer base.
+/// If a writable, visible layer is active, the displacement of a vertex is divided by the layer's
+/// strength and added to the vertex's offset in that layer. The vertex gets exactly the given
+/// position. Otherwise the move changes the layer base.
 class TROVIK_API SurfaceMoves {
 public:
     /// Borrows the level, on which a change must be open when Apply is called.

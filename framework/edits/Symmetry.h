@@ -7,12 +7,13 @@
 
 namespace trovik {
 
-/// Makes the two sides of a mirrored stroke exactly symmetric. If a vertex and its image in a
-/// coordinate plane of the mesh were exactly symmetric before the stroke, one moves to the mean of
-/// its position and the mirrored position of the other, and the other moves to the mirror image of
-/// that mean. A vertex that was in the plane returns to it. Pairs that are still symmetric stay
-/// bit-identical. Without this adjustment, the two sides could differ near the plane by more than
-/// rounding errors, because a dab and its image overlap there and are applied one after the other.
+/// Makes the two sides of a mirrored stroke exactly symmetric. The function adjusts each pair of
+/// vertices that were exact mirror images in a coordinate plane of the mesh before the stroke. One
+/// moves to the mean of its position and the mirrored position of the other; the other moves to the
+/// mirror image of that mean. A vertex that was in the plane returns to it. Pairs that are still
+/// symmetric stay bit-identical. Without this adjustment, the two sides could differ near the plane
+/// by more than rounding errors, because a dab and its image overlap there and are applied one
+/// after the other.
 ///
 /// Pairs with different freeze amounts are not changed.
 ///

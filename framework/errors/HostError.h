@@ -12,10 +12,10 @@ namespace trovik {
 /// an unreadable file or insufficient memory.
 ///
 /// The message is one complete sentence for the user at the command line. It contains the file, the
-/// location in the file (line, byte or field) and the reason, for example `ship.obj, line 12: face
-/// refers to vertex 9, but only 8 vertices are defined`. It is one line of printable UTF-8: the
-/// constructor escapes all other bytes, which may come from quoted input (PrintableText). Incorrect
-/// use of the library triggers an assertion instead.
+/// location in the file (line, byte or field) and the reason. An example is `ship.obj, line 12:
+/// face refers to vertex 9, but only 8 vertices are defined`. The message is one line of printable
+/// UTF-8: the constructor escapes all other bytes, which may come from quoted input
+/// (PrintableText). Incorrect use of the library triggers an assertion instead.
 class TROVIK_API HostError : public std::runtime_error {
 public:
     explicit HostError(const std::string& message);

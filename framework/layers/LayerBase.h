@@ -93,8 +93,8 @@ public:
                                 const Vector& position,
                                 const SurfaceMove& move);
 
-    /// Compares the current data with `before` and returns, for each vertex whose data differs, its
-    /// data in `before`, in ascending vertex order.
+    /// Returns the data in `before` of each vertex whose current data differs from it, in ascending
+    /// vertex order.
     std::vector<OtherLayeredVertex> DifferencesTo(const std::vector<LayeredVertex>& before) const;
     /// Exchanges the current data of these vertices with the data in `others`.
     /// \param others  ordered by vertex, without duplicates.

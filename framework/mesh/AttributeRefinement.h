@@ -16,8 +16,8 @@ struct PolygonMesh;
 /// endpoints, a face point gets the mean of the corners, and an existing vertex keeps its value.
 /// Values are therefore bilinear over each quad of level 0, and a texture seam stays a seam.
 ///
-/// The order of operations is fixed, so that the two faces on an edge compute bit-identical values:
-/// (a + b) * 0.5 for an edge, ((a + b) + c [+ d ...]) * (1 / corners) for a face.
+/// The order of operations is fixed, so that the two faces on an edge compute bit-identical values.
+/// The value is (a + b) * 0.5 for an edge and ((a + b) + c [+ d ...]) * (1 / corners) for a face.
 
 template <std::size_t count>
 std::array<float, count> MeanOfTwo(const std::array<float, count>& a,

@@ -6,7 +6,7 @@
 
 namespace trovik {
 
-/// Bit of Mesh::faceFlags that only the host reads: the face is hidden.
+/// The bit of Mesh::faceFlags that marks a hidden face. Only the host reads it.
 inline constexpr uint8_t faceIsHidden = 4;
 
 /// Consecutive faces of a level. The faces of a patch are consecutive, so most selections need only

@@ -12,9 +12,10 @@ namespace trovik {
 
 /// A set of vertex or face numbers. Each member has a rank: its index in ascending order, from 0.
 ///
-/// Ranks are stored in pages of 512 numbers; pages without members are not stored. Cost and memory:
-/// linear in the number of members if their numbers are close together, as in a region of a mesh,
-/// plus 8 bytes per 512 numbers between the lowest and the highest member.
+/// Ranks are stored in pages of 512 numbers; pages without members are not stored. Cost and memory
+/// are linear in the number of members if their numbers are close together, as in a region of a
+/// mesh. In addition, the set uses 8 bytes per 512 numbers between the lowest and the highest
+/// member.
 class TROVIK_API IndexSet {
 public:
     /// \param members  in any order; duplicates are allowed.

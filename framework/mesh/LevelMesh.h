@@ -27,14 +27,14 @@ struct FaceVisit {
 ///
 /// Level 0 stores the adjacency of its faces. Every other level is the Catmull-Clark refinement of
 /// the level below. Face f of the level below becomes the faces 4f to 4f + 3; child k is at corner
-/// k and has the same corner order as f. A triangle becomes the faces 3f to 3f + 2; the corners of
-/// child k are corner k, the point on edge k, the face point and the point on edge k - 1. The
+/// k and has the same corner order as f. A triangle becomes the faces 3f to 3f + 2. The corners of
+/// its child k are corner k, the point on edge k, the face point and the point on edge k - 1. The
 /// topology is implicit: the neighbour across a side is computed from the base mesh and the digits
 /// of the face number.
 ///
-/// Vertex numbers: the vertices of the level below keep their numbers. They are followed, for each
-/// face of the level below, by the edge points that no earlier face uses, in the order of the
-/// sides, and then by the face point. The new vertices of a patch are therefore contiguous in
+/// Vertex numbers: the vertices of the level below keep their numbers. The new vertices follow,
+/// face by face of the level below: first the edge points that no earlier face uses, in the order
+/// of the sides, and then the face point. The new vertices of a patch are therefore contiguous in
 /// memory.
 ///
 /// Walks mark visited elements with stamps that are stored in the mesh. A walk does not allocate
@@ -131,10 +131,11 @@ public:
     /// replaces are recorded when its change is unlinked.
     OlderStates& Older() { return older; }
     const OlderStates& Older() const { return older; }
-    /// Hidden faces are neither sculpted nor drawn. The face's entry in faceFlags stores the state
-    /// (faceIsHidden). A vertex is hidden if it has faces and all of them are hidden.
-    /// Vertex::freeze then marks it as fully frozen for brushes, and its own amount is saved in
-    /// Vertex::reserved[0]. Vertices between hidden and visible faces are visible.
+    /// Hidden faces are neither sculpted nor drawn. The entry of each face in faceFlags stores
+    /// whether the face is hidden (faceIsHidden). A vertex is hidden if it has faces and all of
+    /// them are hidden. Vertex::freeze then marks it as fully frozen for brushes, and its own
+    /// amount is saved in Vertex::reserved[0]. Vertices between hidden and visible faces are
+    /// visible.
     ///
     /// All levels of a geometry have the same hidden region. Use HiddenFaces.h in
     /// framework/multires to change a geometry.

@@ -17,8 +17,8 @@ void LevelRefiner::RefinePositions(const LevelMesh& fine, Place place, const Vec
         phase.Add();
         facePoints[face] = points.FacePoint(face);
     }
-    // Sums of face points and next corners around each vertex. Border vertices depend only on the
-    // border.
+    // The sums of the face points and next corners around each vertex. Border vertices depend only
+    // on the border.
     std::vector<RunningSum> around(coarse.VertexCount());
     std::unordered_map<uint32_t, RunningSum> borderEnds;
     for (uint32_t face = 0; face < coarse.faceCount; ++face) {
@@ -43,8 +43,7 @@ void LevelRefiner::RefinePositions(const LevelMesh& fine, Place place, const Vec
                 borderEnds[b].Add(pa);
                 place(edgePoint, BorderEdgePointRule(pa, pb));
             } else {
-                place(edgePoint,
-                      EdgePointRule(pa, pb, centre, facePoints[neighbour >> 2]));
+                place(edgePoint, EdgePointRule(pa, pb, centre, facePoints[neighbour >> 2]));
             }
         }
     }

@@ -199,7 +199,7 @@ std::vector<Fan> FindFurtherFans(const CornerRing& ring,
 /// describe an oriented manifold. However, if both half-edges exist, the two faces are neighbours
 /// again when neighbours are found by vertex pairs.
 ///
-/// \param ring  with the vertex numbers of the result.
+/// \param ring  must contain the vertex numbers of the result.
 void FindClosedCuts(const CornerRing& ring, const EdgeGroups& groups, ManifoldReport& report) {
     std::vector<std::array<std::uint32_t, 2>> ends;
     ForEachEdge(groups, [&](std::size_t first, std::size_t last) {

@@ -74,10 +74,13 @@ TROVIK_API ManifoldReport MakeOrientedManifold(PolygonMesh& mesh, JobControl* jo
 
 /// Checks that the lists of a mesh describe a surface that can be sculpted.
 ///
-/// The following are rejected: a mesh without faces; faces with fewer than three corners, with a
-/// repeated vertex or with a vertex that does not exist; non-finite positions; lists, including
-/// attributes, whose lengths do not match; more than 2^32 - 2 vertices, faces or corners. Messages
-/// count faces and vertices from 0.
+/// The following are rejected:
+/// - a mesh without faces, or with more than 2^32 - 2 vertices, faces or corners;
+/// - faces with fewer than three corners, a repeated vertex, or a vertex that does not exist;
+/// - non-finite positions;
+/// - lists whose lengths do not match, including attribute lists.
+///
+/// Messages count faces and vertices from 0.
 /// \param source  the prefix of each message, such as the file's path.
 /// \throw HostError for the first error found; Cancelled.
 TROVIK_API void CheckPolygonMesh(const PolygonMesh& mesh,

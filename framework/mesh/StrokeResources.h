@@ -29,9 +29,9 @@ public:
     static StrokeResources* Of(MeshUnlocker* holder);
 
     explicit StrokeResources(BrushOperation& ofBrush) : brush(ofBrush) {}
-    /// Cleans up a stroke that was not ended: finishes and deletes its changes in the order in
-    /// which they were started, so that they form one undo step, and unlocks the meshes. A change
-    /// that cannot be finished is deleted without an undo step.
+    /// Cleans up a stroke that was not ended: finishes and deletes its changes, and then unlocks
+    /// the meshes. Changes are finished in the order in which they were started, so that they form
+    /// one undo step. A change that cannot be finished is deleted without an undo step.
     ~StrokeResources();
     StrokeResources(const StrokeResources&) = delete;
     StrokeResources& operator=(const StrokeResources&) = delete;

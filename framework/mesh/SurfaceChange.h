@@ -9,7 +9,7 @@ namespace trovik {
 /// The changed patches of one level, which a viewport has to update.
 ///
 /// A patch is a face of level `patchLevel` (at most `level`) with all its descendants in `level`.
-/// It owns the vertices at the corners of those faces, so a vertex on a border belongs to every
+/// It contains the vertices at the corners of those faces, so a vertex on a border belongs to every
 /// patch around it. Data outside the listed patches has not changed.
 struct SurfaceChange {
     enum What : uint8_t {

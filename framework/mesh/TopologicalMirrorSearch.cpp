@@ -29,9 +29,9 @@ constexpr uint64_t walkLimit = 200;
 constexpr double exactRatio = 1e-10;
 
 struct Seed {
-    /// The sum of two squared distances: the distance from one face to the other's reflection in a
-    /// plane x = c, relative to the face size, and the distance from that plane to x = 0, relative
-    /// to the component size.
+    /// The sum of two squared distances. The first is the distance from one face to the other's
+    /// reflection in a plane x = c, relative to the face size. The second is the distance from that
+    /// plane to x = 0, relative to the component size.
     double error;
     uint32_t face;
     uint32_t across;

@@ -48,7 +48,7 @@ struct CoarseFaces {
 /// the opposite corner a face point, and the other two corners edge points. An edge point has four
 /// faces, or two on a border. A face point has as many faces as its coarse face has corners. If
 /// several coarse meshes are possible, as on a torus, the function returns the one that keeps the
-/// lowest-numbered vertex of the component's lowest-numbered face. If the mesh was numbered by a
+/// lowest-numbered vertex of each component's lowest-numbered face. If the mesh was numbered by a
 /// refinement, its numbering is kept. The problem and a different algorithm are described in
 /// Taubin: "Detecting and Reconstructing Subdivision Connectivity" (2002).
 /// \param level  level 0 of its geometry.

@@ -11,11 +11,11 @@ namespace trovik {
 /// \file
 /// Propagation of freeze amounts between a level and the level above.
 ///
-/// Upwards, a coarse vertex passes its amount to the same vertex of the fine level, an edge point
-/// gets the mean of the amounts at the two ends of the edge, and a face point gets the mean of
-/// those at the corners of the face. Both means are rounded to the nearest integer, with halves
-/// rounded up. Downwards, a coarse vertex gets the amount of the same fine vertex; the fine
-/// vertices in between are ignored.
+/// Upwards, a coarse vertex passes its amount to the same vertex of the fine level. An edge point
+/// gets the mean amount of the two ends of the edge, and a face point gets the mean amount of the
+/// corners of the face. Both means are rounded to the nearest integer, with halves rounded up.
+/// Downwards, a coarse vertex gets the amount of the same fine vertex; the fine vertices in between
+/// are ignored.
 ///
 /// Only changes are propagated. Upwards, a fine vertex gets a new amount only if the amount of its
 /// coarse vertex, of an end of its edge, or of a corner of its face has changed. Switching down and

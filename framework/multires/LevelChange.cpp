@@ -83,8 +83,9 @@ LevelChange::LevelChange(LevelMesh* ofLevel)
     }
     if (LevelChange* open = level->OpenChange()) {
         open->Unlink();
-        // Another brush has an open stroke, which may be finished after this one. Its step is
-        // pushed to the history now, so that steps are undone in the reverse order of the edits.
+        // Another brush has an open stroke, which may be finished after this one. The step of that
+        // stroke is pushed to the history now, so that steps are undone in the reverse order of the
+        // edits.
         if (open->resources != resources) open->PushStep(++currentStroke);
     }
     // Reserves room in the second list first, so that a failed allocation leaves the change in

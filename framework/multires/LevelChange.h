@@ -19,9 +19,9 @@ class StrokeStep;
 /// into one undo step.
 ///
 /// A stroke that leaves a mesh and returns to it creates two changes for that mesh. Only the later
-/// one is linked. The effect of the earlier one is recorded when it is unlinked, so that the two
-/// steps can be undone one after the other, bit-exactly, even if the second stroke moved a vertex
-/// back to its original position.
+/// one is linked. The effect of the earlier one is recorded when it is unlinked. The two steps can
+/// therefore be undone bit-exactly, one after the other, even if the second one moved a vertex back
+/// to its original position.
 ///
 /// A change is *open* until it is finished or deleted. While a level has an open change, its
 /// geometry refuses undo, redo and the removal of levels (LevelGeometry::RefuseInStroke). If a
@@ -36,7 +36,7 @@ public:
     ~LevelChange() override;
 
     /// Restores visitStampWord in the changeLink of every vertex whose link still refers to its
-    /// record, and pushes the undo step, which stores the pre-stroke position, normal and layer
+    /// record. Then pushes the undo step, which stores the pre-stroke position, normal and layer
     /// offset of each touched vertex. Vertices whose values are bit-identical to those before the
     /// stroke are omitted; if no vertex changed, nothing is pushed. Afterwards, hidden vertices are
     /// exactly at their pre-stroke positions.

@@ -67,9 +67,9 @@ public:
     void CheckForecast(uint32_t times, uint64_t byteBudget, uint64_t additionalBytes = 0) const;
 
     /// Binds a different level. Changes since the last switch are propagated through the levels in
-    /// between: to coarser levels by fitting, to finer levels by rotating their detail with the
-    /// surface; see DetailCarrier, and FreezeCarrying.h for freeze amounts. If nothing changed,
-    /// every level stays bit-identical.
+    /// between. Coarser levels are fitted to the changes; the detail of finer levels is rotated
+    /// with the surface (DetailCarrier). FreezeCarrying.h describes the propagation of freeze
+    /// amounts. If nothing changed, every level stays bit-identical.
     /// \return the changes of the levels that were updated.
     std::vector<CarriedLevel> BindLevel(uint32_t index);
     /// Binds a different level as BindLevel does, and returns the state that Exchange needs to

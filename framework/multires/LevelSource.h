@@ -16,9 +16,9 @@ namespace trovik {
 /// arrays of the level, and refines the attributes of level 0 to it (AttributeRefinement.h).
 /// Borrows the geometry and the layers.
 ///
-/// The UV list of a level above 0 has one entry per grid point of each quad of the lowest quad
-/// level (level 0, or level 1 if level 0 has triangles), row by row. Memory: proportional to the
-/// size of level 0, plus 4 bytes per vertex that a layer touches.
+/// The UV list of a level above 0 has one entry for each grid point of each quad of the lowest quad
+/// level, row by row. The lowest quad level is level 0, or level 1 if level 0 has triangles.
+/// Memory: proportional to the size of level 0, plus 4 bytes per vertex that a layer touches.
 class TROVIK_API LevelSource : public MeshSource {
 public:
     struct Options {

@@ -59,7 +59,7 @@ private:
 
     LevelMesh& coarse;
     uint32_t corners;
-    /// Per point.
+    /// The vertex number of each point on the finer level.
     std::vector<uint32_t> vertices;
     std::vector<Point> points;
     /// For the region's faces and the faces around them.

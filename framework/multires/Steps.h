@@ -20,8 +20,8 @@ namespace trovik {
 /// All of these functions throw Cancelled if the job is cancelled; the geometry is then unchanged.
 ///
 /// Memory: 32 bytes per changed vertex, 16 bytes per vertex whose change has not been propagated
-/// yet, 5 bytes per freeze amount, and 44 bytes per vertex with layer data, plus 40 bytes for each
-/// of its layers (RotatedLayers).
+/// yet, and 5 bytes per freeze amount. A vertex with layer data takes another 44 bytes, plus 40
+/// bytes for each of its layers (RotatedLayers).
 TROVIK_API std::unique_ptr<UndoStep> BindLevelAsStep(LevelGeometry& geometry,
                                                      uint32_t index,
                                                      JobControl* job = nullptr);

@@ -8,9 +8,9 @@
 
 namespace trovik {
 
-/// Returns the folders that are searched for plug-ins: those in the environment variable
-/// TROVIK_PLUGIN_PATH (separated by colons), or, if it is not set, the default folders next to the
-/// running program that exist.
+/// Returns the folders that are searched for plug-ins. The environment variable TROVIK_PLUGIN_PATH
+/// lists them, separated by colons. If it is not set, the default folders next to the running
+/// program are returned, except those that do not exist.
 TROVIK_API std::vector<std::string> PluginFolders();
 
 /// Loads a plug-in with the system loader. A file that is already loaded is skipped. If
