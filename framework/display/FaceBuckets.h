@@ -13,10 +13,10 @@ namespace trovik {
 /// splits along the longest axis, and triangulates each bucket with its own 16-bit vertex indices.
 /// A smaller level is a single bucket.
 ///
-/// All triangles of a face start at the same vertex, and no other face's triangles start there, so
-/// the vertex can store the flags of the face. For a consistently oriented quad mesh, this requires
-/// no additional vertices. A triangle mesh has about twice as many faces as vertices, so about half
-/// of its faces require a duplicated vertex.
+/// All triangles of a face start at the same vertex, and the triangles of other faces do not start
+/// there, so the vertex can store the flags of the face. For a consistently oriented quad mesh,
+/// this requires no additional vertices. A triangle mesh has about twice as many faces as vertices,
+/// so about half of its faces require a duplicated vertex.
 ///
 /// Stores indices only, not positions, and is valid until the faces or vertices of the level are
 /// renumbered. The division depends only on the positions at the time of construction. May be read

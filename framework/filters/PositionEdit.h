@@ -13,8 +13,8 @@ namespace trovik {
 struct PositionEdit {
     /// Label of the undo step.
     std::string label;
-    /// Returns the new mesh-local position of each vertex of the level. Must respect the mask; see
-    /// MoveWeights. May throw HostError and Cancelled.
+    /// Returns the new mesh-local position of each vertex of the level. The function must respect
+    /// the mask; see MoveWeights. May throw HostError and Cancelled.
     std::function<std::vector<Vector>(LevelGeometry& geometry, JobControl* job)> positions;
 };
 

@@ -17,8 +17,8 @@ public:
     /// \param job  receives the reports; may be null. Borrowed.
     /// \param phaseName  a string literal.
     /// \param totalWork  total number of elements.
-    /// \param elementsPerCheck  replaces JobPace::elements if it is smaller; for elements that take
-    /// a long time.
+    /// \param elementsPerCheck  replaces JobPace::elements if it is smaller. Intended for elements
+    /// that take a long time.
     /// \throw Cancelled if the job is cancelled; all other members also throw it.
     JobPhase(JobControl* job,
              const char* phaseName,
@@ -31,8 +31,8 @@ public:
         sinceCheck += count;
         if (sinceCheck >= checkAfter) Check();
     }
-    /// Sets the number of completed elements, which must not decrease; for work that is counted
-    /// elsewhere.
+    /// Sets the number of completed elements, which must not decrease. Intended for work that is
+    /// counted elsewhere.
     void Reach(uint64_t elements) {
         if (elements > done)
             Add(elements - done);

@@ -10,9 +10,9 @@
 namespace trovik {
 
 /// The layer base of one level: for each vertex that a layer touches, the position without layers.
-/// The surface is the base plus strength * offset of each layer, in stack order. Layers that are
-/// hidden, have strength 0, or have no offset at the vertex contribute nothing. The surface depends
-/// only on the base and the layers, so hiding and showing layers in any order restores
+/// The surface is the base plus strength * offset of each layer, in stack order. A layer
+/// contributes nothing if it is hidden, has strength 0, or has no offset at the vertex. The surface
+/// depends only on the base and the layers, so hiding and showing layers in any order restores
 /// bit-identical positions.
 ///
 /// Strokes, however, round the sums differently and write their own normals. For each vertex, this

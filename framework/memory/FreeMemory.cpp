@@ -106,7 +106,7 @@ void ApplyGroups(FreeMemory& least, const fs::path& systemRoot) {
 constexpr std::size_t addressSpaceField = 0;
 constexpr std::size_t dataField = 5;
 
-/// Returns a process limit minus the current usage.
+/// Returns the difference between a process limit and the current usage.
 template <typename Resource>
 std::optional<uint64_t> ProcessLimit(Resource resource,
                                      std::size_t usedField,

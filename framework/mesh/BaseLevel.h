@@ -8,7 +8,7 @@
 
 namespace trovik {
 
-/// Converts polygons into the faces that level 0 can store: all quads or all triangles. Any other
+/// Converts polygons into faces that level 0 can store: only quads or only triangles. Any other
 /// mesh is split by one Catmull-Clark step: a face with n corners becomes n consecutive quads. The
 /// corners of quad k are corner k, the point on edge k, the face point and the point on edge k - 1.
 /// \throw Cancelled.

@@ -58,7 +58,7 @@ public:
     uint32_t QuadEdgeNeighbour(uint32_t face, uint32_t side) override;
     void FaceNormal(Vector* out, uint32_t face) override;
     trovik::Geometry* Geometry() override;
-    /// Fails while the mesh is marked as not lockable, or while another holder's stroke is open.
+    /// Fails if the mesh is marked as not lockable, or if the stroke of another holder is open.
     bool Lock(MeshUnlocker* unlocker) override;
     int FreezeQuery() override;
     trovik::Layer* Layer() override;

@@ -43,7 +43,8 @@ void LevelRefiner::RefinePositions(const LevelMesh& fine, Place place, const Vec
                 borderEnds[b].Add(pa);
                 place(edgePoint, BorderEdgePointRule(pa, pb));
             } else {
-                place(edgePoint, EdgePointRule(pa, pb, centre, facePoints[neighbour >> 2]));
+                place(edgePoint,
+                      EdgePointRule(pa, pb, centre, facePoints[neighbour >> 2]));
             }
         }
     }

@@ -29,13 +29,13 @@ struct TROVIK_API VertexBlock {
 /// data.
 struct TROVIK_API FaceBlock {
     std::vector<std::uint32_t> sizes;
-    /// Per corner.
+    /// The vertex at each corner.
     std::vector<std::uint32_t> vertices;
     /// Per corner: the index into the UV list of the source, or SurfaceAttributes::none.
     std::vector<std::uint32_t> uvIndices;
-    /// Per corner; zeros if the entry of uvIndices is `none`.
+    /// The UV of each corner; (0, 0) if the entry of uvIndices is `none`.
     std::vector<std::array<float, 2>> uvs;
-    /// Per face.
+    /// The group, material and smoothing group of each face.
     std::vector<std::uint32_t> groups;
     std::vector<std::uint32_t> materials;
     std::vector<std::uint32_t> smoothing;

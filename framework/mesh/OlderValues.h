@@ -14,7 +14,8 @@
 namespace trovik {
 
 /// An older state of a level's values, one value per vertex. It stores the old values only of those
-/// vertices that have been written since. All other vertices still have their old values.
+/// vertices that have been written since. All other vertices still have their old values in the
+/// level.
 ///
 /// Memory: the recorded values, plus one bit for each vertex up to the highest recorded vertex.
 /// After Sort, another half bit is used for each of these vertices.

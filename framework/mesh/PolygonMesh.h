@@ -21,7 +21,8 @@ struct PolygonMesh {
     std::vector<std::uint32_t> faceSizes;
     /// The vertex of each corner. The length is the sum of faceSizes.
     std::vector<std::uint32_t> faceVertices;
-    /// Per vertex; empty or as long as positions. Writers store the list unless it is empty.
+    /// The normal of each vertex. The list is either empty or as long as positions. Writers store
+    /// it unless it is empty.
     std::vector<std::array<float, 3>> normals;
     std::string name;
     /// UVs, colours, groups, and the space of the coordinates.

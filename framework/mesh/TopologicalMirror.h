@@ -25,7 +25,7 @@ public:
     /// Finds the mirror of a mesh. `base` is level 0. If several mirrors are possible, the one
     /// closest to a reflection is returned, based on the current positions of `base`. The plane of
     /// the reflection passes through the origin and is perpendicular to `axis` (0 is x, 1 is y, 2
-    /// is z). The rest of this description assumes x; the other axes work the same way.
+    /// is z). The rest of this description assumes x; the other axes are handled in the same way.
     ///
     /// A map that exchanges front and back or top and bottom, rather than left and right, is
     /// rejected even if the connectivity allows it.

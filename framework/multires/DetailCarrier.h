@@ -28,10 +28,11 @@ namespace trovik {
 /// Downwards: a coarse vertex moves by a weighted mean of the displacements of the fine vertices at
 /// and around it. The weights are 1/4 for the same vertex, 1/2 for the mean of its edge points, and
 /// 1/4 for the mean of its face points. On a border, the weights are 1/2 for the same vertex and
-/// 1/4 for each border edge point; a vertex with one face moves exactly with its fine vertex. The
-/// weights are non-negative and sum to one, so no coarse vertex moves farther than the fine
-/// vertices did, and a translation of the fine level translates the coarse level. The fine level
-/// stays bit-identical; changes that the coarse level cannot represent remain in the detail.
+/// 1/4 for each border edge point; a vertex with one face moves by exactly the same displacement as
+/// its fine vertex. The weights are non-negative and sum to one, so no coarse vertex moves farther
+/// than the fine vertices did, and a translation of the fine level translates the coarse level. The
+/// fine level stays bit-identical; changes that the coarse level cannot represent remain in the
+/// detail.
 ///
 /// Cost in either direction: linear in the number of vertices that were written since the last
 /// synchronisation, plus the cost of recomputing the surroundings of the vertices that moved. Large

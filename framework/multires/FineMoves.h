@@ -22,7 +22,8 @@ struct FineMoveRun {
 
 /// The new positions of the fine vertices that a run of coarse faces owns.
 struct FineMoves {
-    /// The vertices, in ascending order, and their new positions, which may equal the current ones.
+    /// The vertices, in ascending order, and their new positions, which may be equal to the current
+    /// ones.
     std::vector<uint32_t> vertices;
     std::vector<Vector> positions;
     /// The motion of the surface at each vertex; empty if it was not requested.

@@ -43,7 +43,8 @@ TROVIK_API std::vector<FaceRun> FacesOnLevel(const LevelGeometry& geometry,
 
 /// Hides the children of hidden faces on a level that was just added.
 TROVIK_API void HideChildren(const LevelMesh& coarse, LevelMesh& fine);
-/// Hides exactly those faces of `coarse` whose children on `fine` are all hidden.
+/// Hides the faces of `coarse` whose children on `fine` are all hidden, and shows all other faces
+/// of `coarse`.
 TROVIK_API void HideParents(LevelMesh& coarse, const LevelMesh& fine);
 /// Derives the hidden faces of all lower levels from those of the highest level. Call this after
 /// writing the highest level's face flags directly.

@@ -48,8 +48,8 @@ public:
     /// and binds the new level. Freeze amounts are propagated, and children of hidden faces are
     /// hidden.
     /// \param byteBudget  maximum size of the new level.
-    /// \return the state before switching to the previously highest level, for use with Exchange;
-    /// see SwitchLevel.
+    /// \return the state before the switch to the level that was the highest one until then, for
+    /// use with Exchange; see SwitchLevel.
     /// \throw HostError if the level would exceed 2^32 - 2 vertices or faces or the byte budget, or
     /// if memory accounting rejects the allocation; Cancelled. In each case, nothing has been
     /// changed or reported.

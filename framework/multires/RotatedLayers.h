@@ -11,10 +11,10 @@
 namespace trovik {
 
 /// Stores the layer data of the vertices that move because the level below changed. The layer base
-/// moves with the surface as a vertex without layers would. Every offset rotates with the detail of
-/// its vertex, regardless of the layer's strength and visibility. The result of hiding a layer
-/// after the change is therefore bit-identical to that of propagating the change without the layer,
-/// and showing the layer again restores the previous positions exactly.
+/// moves with the surface in the same way as a vertex without layers. Every offset rotates with the
+/// detail of its vertex, regardless of the layer's strength and visibility. The result of hiding a
+/// layer after the change is therefore bit-identical to that of propagating the change without the
+/// layer, and showing the layer again restores the previous positions exactly.
 ///
 /// A rotated offset keeps its length, up to single-precision rounding.
 ///

@@ -92,7 +92,7 @@ public:
     uint64_t BoxesRefitted() const { return boxesRefitted; }
 
 private:
-    /// Empty if any component of `low` exceeds that of `high`.
+    /// The box is empty if any component of `low` exceeds the same component of `high`.
     struct Box {
         std::array<float, 3> low;
         std::array<float, 3> high;
