@@ -24,7 +24,7 @@ CameraPose PoseOf(const ActionContext& context) {
 
 QString FreeName(const std::vector<CameraBookmark>& bookmarks) {
     for (std::size_t number = bookmarks.size() + 1;; ++number) {
-        const QString name = Text::tr("View %1").arg(number);
+        QString name = Text::tr("View %1").arg(number);
         if (std::none_of(bookmarks.begin(), bookmarks.end(), [&](const CameraBookmark& one) {
                 return one.name == name;
             }))

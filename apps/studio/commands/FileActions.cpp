@@ -174,7 +174,7 @@ QString FileActions::Stem() const {
 QString FileActions::AskToOpen(const QString& title,
                                const QString& purpose,
                                const QString& filter) {
-    const QString path = QFileDialog::getOpenFileName(
+    QString path = QFileDialog::getOpenFileName(
         context.window, title, context.preferences.LastFolder(purpose), filter);
     if (!path.isEmpty()) context.preferences.SetLastFolder(purpose, QFileInfo(path).absolutePath());
     return path;
@@ -191,7 +191,7 @@ QString FileActions::AskToSave(const QString& title,
     dialog.setDefaultSuffix(extension.mid(1));
     dialog.selectFile(QFileInfo(proposal).fileName());
     if (dialog.exec() != QDialog::Accepted) return {};
-    const QString path = dialog.selectedFiles().value(0);
+    QString path = dialog.selectedFiles().value(0);
     context.preferences.SetLastFolder(purpose, QFileInfo(path).absolutePath());
     return path;
 }

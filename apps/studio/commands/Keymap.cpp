@@ -24,7 +24,8 @@ QString ReadKeys(const QJsonObject& object, Keymap::Keys& keys) {
         if (!entry.value().isArray())
             return Keymap::tr("/keys/%1: expected a list of keys").arg(entry.key());
         QList<QKeySequence> list;
-        for (const QJsonValue& value : entry.value().toArray()) {
+        const QJsonArray texts = entry.value().toArray();
+        for (const auto& value : texts) {
             const auto key = QKeySequence::fromString(value.toString(), QKeySequence::PortableText);
             if (key.isEmpty() || key[0].key() == Qt::Key_unknown)
                 return Keymap::tr("/keys/%1: \"%2\" is not a key")
@@ -98,7 +99,7 @@ QList<QKeySequence> Keymap::PresetKeys(const QString& id) const {
 }
 
 QStringList Keymap::Bind(const QString& id, const QList<QKeySequence>& keys) {
-    const QStringList losers = actions.SetKeys(id, keys);
+    QStringList losers = actions.SetKeys(id, keys);
     QStringList touched = losers;
     touched.append(id);
     for (const QString& changed : touched) {
@@ -164,7 +165,7 @@ QString Keymap::Load() {
 QString Keymap::Import(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) return path + ": " + file.errorString();
-    const QString error = FromJson(path, file.readAll());
+    QString error = FromJson(path, file.readAll());
     if (error.isEmpty()) Store();
     return error;
 }

@@ -48,7 +48,7 @@ std::string FreeLayerName(const DocumentState& state, const std::string& wanted)
 
 void AddLayerActions(const ActionContext& context) {
     ActionRegistry& actions = context.actions;
-    const auto add = [&](ActionInfo info, auto condition) {
+    const auto add = [&](const ActionInfo& info, auto condition) {
         context.EnableWhen(actions.Add(info), condition);
     };
     add({.id = "layer.add",

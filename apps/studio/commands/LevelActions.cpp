@@ -26,7 +26,7 @@ void ChangeLevel(const ActionContext& context, int by) {
 
 void AddLevelActions(const ActionContext& context) {
     ActionRegistry& actions = context.actions;
-    const auto add = [&](ActionInfo info, auto condition) {
+    const auto add = [&](const ActionInfo& info, auto condition) {
         context.EnableWhen(actions.Add(info), condition);
     };
     const auto always = [](const DocumentState&) { return true; };

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "commands/SymmetrySetting.h"
 
+#include "framework/math/SameBits.h"
+
 #include <algorithm>
-#include <cstring>
 
 namespace trovik::studio {
 
@@ -12,10 +13,7 @@ constexpr const char* axisNames[] = {"x", "y", "z"};
 
 bool AreSame(const std::vector<Matrix>& left, const std::vector<Matrix>& right) {
     return left.size() == right.size() &&
-           std::equal(
-               left.begin(), left.end(), right.begin(), [](const Matrix& a, const Matrix& b) {
-                   return std::memcmp(&a, &b, sizeof a) == 0;
-               });
+           std::equal(left.begin(), left.end(), right.begin(), SameBits<Matrix>);
 }
 
 std::vector<int> PlanesOf(unsigned bits) {

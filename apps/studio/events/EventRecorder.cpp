@@ -13,6 +13,7 @@
 #include <QWheelEvent>
 
 #include <chrono>
+#include <cmath>
 #include <utility>
 
 namespace trovik::studio {
@@ -36,7 +37,7 @@ EventRecorder::EventRecorder(const EventTarget& target, QObject* parent)
     });
     connect(&from.input, &ViewportInput::Ticked, this, [this](double milliseconds) {
         if (!isRecording) return;
-        const auto elapsed = static_cast<uint32_t>(milliseconds - pointerTime + 0.5);
+        const auto elapsed = static_cast<uint32_t>(std::lround(milliseconds - pointerTime));
         Put(pointerFileTime + elapsed, TickInput());
     });
 }
