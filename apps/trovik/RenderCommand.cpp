@@ -35,6 +35,7 @@ struct RenderArguments {
     std::vector<float> from, eye, target, up;
     /// 0 if the option is not given.
     float fieldOfView = 0.0f;
+    bool isOrthographic = false;
     std::string shading;
     /// 0 for a single image.
     int frames = 0;
@@ -65,15 +66,19 @@ RenderCamera CameraFor(const RenderArguments& wanted,
     float fieldOfView = isSeen ? sceneView->verticalFieldOfView : defaultFieldOfView;
     if (wanted.fieldOfView != 0.0f) fieldOfView = wanted.fieldOfView;
     if (isSeen)
-        return {
-            sceneView->eye, sceneView->target, wanted.up.empty() ? sceneView->up : up, fieldOfView};
+        return {sceneView->eye,
+                sceneView->target,
+                wanted.up.empty() ? sceneView->up : up,
+                fieldOfView,
+                sceneView->isOrthographic || wanted.isOrthographic};
     RenderCamera camera = FrameTurntable(
         {shown},
         -DirectionOr(wanted.from, "--from", defaultDirection),
         fieldOfView,
         static_cast<float>(wanted.options.width) / static_cast<float>(wanted.options.height),
         up,
-        std::max(wanted.frames, 1));
+        std::max(wanted.frames, 1),
+        wanted.isOrthographic);
     if (wanted.eye.empty()) return camera;
     camera.eye = ToVector(wanted.eye);
     if (!wanted.target.empty()) camera.target = ToVector(wanted.target);
@@ -115,7 +120,8 @@ void Report(const RenderArguments& wanted,
                     {{"eye", triple(camera.eye)},
                      {"target", triple(camera.target)},
                      {"up", triple(camera.up)},
-                     {"fieldOfView", camera.verticalFieldOfView}}}});
+                     {"fieldOfView", camera.verticalFieldOfView},
+                     {"orthographic", camera.isOrthographic}}}});
     } else if (!wanted.quiet && wanted.frames > 0) {
         std::printf("wrote %s to %s: %zu frames of %d x %d pixels\n",
                     files.front().c_str(),
@@ -191,6 +197,10 @@ void AddRenderCommand(CLI::App& program) {
     verb->add_option("--up", options->up, "Up direction in the image")->expected(3);
     verb->add_option("--fov", options->fieldOfView, "Vertical field of view in degrees")
         ->check(CLI::Range(0.1f, 179.0f));
+    verb->add_flag("--orthographic",
+                   options->isOrthographic,
+                   "Renders in orthographic projection; --fov and the distance from the eye to the "
+                   "target determine the height of the view");
     verb->add_option("--width", options->options.width, "Width in pixels")
         ->check(CLI::Range(1, 16384));
     verb->add_option("--height", options->options.height, "Height in pixels")

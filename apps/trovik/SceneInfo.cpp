@@ -46,6 +46,7 @@ nlohmann::json Describe(const std::string& path, const LoadedScene& scene) {
               {"target", Triple(scene.settings.view.target)},
               {"up", Triple(scene.settings.view.up)},
               {"fieldOfView", scene.settings.view.verticalFieldOfView},
+              {"orthographic", scene.settings.view.isOrthographic},
               {"width", scene.settings.view.width},
               {"height", scene.settings.view.height}}},
             {"notes", scene.notes}};

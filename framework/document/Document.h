@@ -334,6 +334,7 @@ private:
     /// This document's values of the process globals, stored while another document is active: the
     /// kernel's camera, and whether the falloff depends on the facing angle.
     MatrixTransform camera;
+    bool isCameraOrthographic = false;
     bool facingActive = false;
     StrokeTotals earlierTotals;
     SceneSettings settings;

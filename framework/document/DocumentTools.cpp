@@ -21,6 +21,7 @@ void ResetGlobals(LevelGeometry* geometry) {
     HostScene& scene = *HostKernel::Instance().Scene();
     CheckableFloatArray::s_bActive = false;
     scene.OwnCamera().Transform() = MatrixTransform();
+    scene.OwnCamera().SetOrthographic(false);
     scene.RemoveGeometry(geometry);
 }
 
@@ -38,7 +39,9 @@ Document::Activation::~Activation() {
 void Document::StoreGlobals() {
     if (active == nullptr) return;
     active->facingActive = CheckableFloatArray::s_bActive;
-    active->camera = HostKernel::Instance().Scene()->OwnCamera().Transform();
+    HostCamera& camera = HostKernel::Instance().Scene()->OwnCamera();
+    active->camera = camera.Transform();
+    active->isCameraOrthographic = camera.IsOrthographic();
     ResetGlobals(active->geometry.get());
     active = nullptr;
 }
@@ -48,6 +51,7 @@ void Document::BecomeActive() {
     HostScene& scene = *HostKernel::Instance().Scene();
     CheckableFloatArray::s_bActive = facingActive;
     scene.OwnCamera().Transform() = camera;
+    scene.OwnCamera().SetOrthographic(isCameraOrthographic);
     scene.AddGeometry(geometry.get());
     active = this;
 }
@@ -117,7 +121,9 @@ void Document::SetTopologicalMirror(JobControl* job) {
 
 void Document::UpdateCamera() {
     Activate();
-    HostKernel::Instance().Scene()->OwnCamera().Transform().SetMatrix(settings.view.ToWorld());
+    HostCamera& own = HostKernel::Instance().Scene()->OwnCamera();
+    own.Transform().SetMatrix(settings.view.BrushCameraToWorld());
+    own.SetOrthographic(settings.view.isOrthographic);
     NotifyCamera();
 }
 

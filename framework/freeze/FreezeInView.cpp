@@ -26,6 +26,7 @@ public:
     explicit Projection(const StrokeView& view)
         : camera(view.ToWorld()),
           eye(view.eye),
+          distance(view.isOrthographic ? (view.eye - view.target).Length() : 0.0f),
           width(static_cast<float>(view.width)),
           height(static_cast<float>(view.height)),
           tangent(std::tan(view.verticalFieldOfView * 0.5f * 0.017453293f)) {}
@@ -35,7 +36,7 @@ public:
         const auto along = [&](int row) {
             return (camera.m[row][0] * way.x + camera.m[row][1] * way.y) + camera.m[row][2] * way.z;
         };
-        const float depth = -along(2);
+        const float depth = distance > 0.0f ? distance : -along(2);
         if (!(depth > 0.0f)) return std::nullopt;
         const float u = along(0) / depth / tangent;
         const float v = along(1) / depth / tangent;
@@ -45,6 +46,8 @@ public:
 private:
     Matrix camera;
     Vector eye;
+    /// The depth at which all positions are projected in orthographic projection; otherwise 0.
+    float distance;
     float width;
     float height;
     float tangent;
@@ -54,8 +57,13 @@ private:
 class Sight {
 public:
     Sight(const LevelGeometry& geometry, const PatchTree& patchTree, const StrokeView& view)
-        : level(*geometry.Bound()), tree(patchTree) {
+        : level(*geometry.Bound()),
+          tree(patchTree),
+          bounds(patchTree.Bounds()),
+          isOrthographic(view.isOrthographic) {
         geometry.Transform().WorldToLocal(&eye, &view.eye, 1.0f);
+        const Vector sight = view.target - view.eye;
+        geometry.Transform().WorldToLocal(&forward, &sight, 0.0f);
     }
 
     bool Reaches(uint32_t vertex, ViewReach reach) const {
@@ -74,17 +82,23 @@ private:
     // The sign of the dot product of a normal and a vector is invariant under any transformation.
     bool IsFacing(uint32_t vertex) const {
         const Vector normal = Unpacked(level.vertexNormals.array[vertex]);
-        return ((eye - level.Position(vertex)) | normal) > 0.0f;
+        const Vector toEye = isOrthographic ? -forward : eye - level.Position(vertex);
+        return (toEye | normal) > 0.0f;
     }
     bool IsVisible(uint32_t vertex) const {
         const Vector position = level.Position(vertex);
-        const auto hit = tree.Pick({eye, position - eye, 1.0f});
+        const Vector from =
+            isOrthographic ? StartingBefore({position, forward}, bounds).origin : eye;
+        const auto hit = tree.Pick({from, position - from, 1.0f});
         return !hit || hit->t >= 1.0f - sightTolerance || level.CornerOf(hit->face, vertex) >= 0;
     }
 
     const LevelMesh& level;
     const PatchTree& tree;
+    AxisAlignedBoundingBox bounds;
+    bool isOrthographic;
     Vector eye;
+    Vector forward;
 };
 
 }  // namespace

@@ -28,8 +28,8 @@ struct ViewPoint {
     float y = 0.0f;
 };
 
-/// Projects a world position to the viewport; empty if the position is not in front of the eye.
-/// This is the inverse of StrokeView::Through.
+/// Projects a world position to the viewport; empty if the position is not in front of the eye of a
+/// perspective view. This is the inverse of StrokeView::Through.
 TROVIK_API std::optional<ViewPoint> ProjectToView(const StrokeView& view, const Vector& world);
 
 /// Returns the mask weights of the bound level's vertices, determined by their viewport positions;

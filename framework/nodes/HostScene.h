@@ -15,9 +15,14 @@ public:
         return const_cast<MatrixTransform*>(&placement);
     }
     MatrixTransform& Transform() { return placement; }
+    /// Whether lines of sight are parallel to the view direction. The position of the camera is
+    /// then far away; see StrokeView::BrushCameraToWorld.
+    bool IsOrthographic() const { return isOrthographic; }
+    void SetOrthographic(bool on) { isOrthographic = on; }
 
 private:
     MatrixTransform placement;
+    bool isOrthographic = false;
 };
 
 /// The scene: its current geometries, which are borrowed, and its active camera, which is never

@@ -102,6 +102,15 @@ float EmbreeScene::Extent() const {
     return way.x >= 0.0f && std::isfinite(way.Length()) ? way.Length() * unit : 0.0f;
 }
 
+float EmbreeScene::NearestDepth(const Vector& position, const Vector& direction) const {
+    const RayBounds box = caster->Bounds();
+    if (!(box.low.x <= box.high.x)) return 0.0f;
+    const Vector corner(direction.x > 0.0f ? box.low.x : box.high.x,
+                        direction.y > 0.0f ? box.low.y : box.high.y,
+                        direction.z > 0.0f ? box.low.z : box.high.z);
+    return (corner * unit - position) | direction;
+}
+
 bool EmbreeScene::Hit(const Vector& origin, const Vector& direction, SurfaceSample& sample) const {
     RayHit hit;
     if (!caster->Hit(origin * perUnit, direction, hit)) return false;

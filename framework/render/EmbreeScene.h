@@ -31,6 +31,9 @@ public:
     bool IsBlocked(const Vector& origin, const Vector& direction, float distance) const;
     /// Returns the diagonal of the bounding box of all meshes; 0 if they are empty.
     float Extent() const;
+    /// The smallest depth of a visible vertex along a unit direction, relative to a position; 0 if
+    /// all meshes are empty.
+    float NearestDepth(const Vector& position, const Vector& direction) const;
     const RenderMesh& Mesh(uint32_t number) const { return meshes[number]; }
     /// Returns the world-space position of a vertex.
     Vector WorldPosition(uint32_t mesh, uint32_t vertex) const {

@@ -61,6 +61,9 @@ ImageRenderer::ImageRenderer(const EmbreeScene& shownScene,
       job(jobControl),
       view(camera, options.width, options.height),
       shading(shownScene, view) {
+    // Slightly in front of all meshes, so that rounding does not put a ray's start behind one.
+    if (view.IsOrthographic())
+        nearest = scene.NearestDepth(view.Eye(), -view.Back()) - scene.Extent() * 1e-3f;
     if (options.shading == ShadingMode::Matcap)
         matcap.emplace(options.matcap.empty() ? Matcap::Names().front() : options.matcap);
 }
@@ -131,7 +134,7 @@ void ImageRenderer::Sample(int x,
         const float pixelY = static_cast<float>(y) + within.y;
         const Vector direction = view.DirectionThrough(pixelX, pixelY);
         SurfaceSample sample;
-        if (!scene.Hit(view.Eye(), direction, sample)) continue;
+        if (!scene.Hit(view.OriginThrough(pixelX, pixelY, nearest), direction, sample)) continue;
         ++hits;
         const float remaining = options.wireframe ? wires.Remaining(sample, pixelX, pixelY) : 1.0f;
         AddSample(sample, direction, remaining, points, i, sums);

@@ -60,6 +60,8 @@ private:
     const RenderOptions& options;
     JobControl* job;
     RenderViewport view;
+    /// The depth at which rays start in orthographic projection.
+    float nearest = 0.0f;
     Shading shading;
     std::optional<Matcap> matcap;
 };

@@ -46,9 +46,11 @@ RenderCamera FrameMeshes(const std::vector<RenderMesh>& meshes,
                          const Vector& direction,
                          float verticalFieldOfView,
                          float aspect,
-                         const Vector& wantedUp) {
+                         const Vector& wantedUp,
+                         bool isOrthographic) {
     RenderCamera camera;
     camera.verticalFieldOfView = verticalFieldOfView;
+    camera.isOrthographic = isOrthographic;
     const Vector forward = direction.Normalized();
     const Vector upright = wantedUp.Normalized();
     // If the camera looks along the up direction, another up direction is used.
@@ -71,7 +73,7 @@ RenderCamera FrameMeshes(const std::vector<RenderMesh>& meshes,
     float distance = 0.0f;
     ForEachPoint(meshes, [&](const Vector& p) {
         const Vector way = p - camera.target;
-        const float depth = way | back;
+        const float depth = isOrthographic ? 0.0f : way | back;
         distance = std::max(distance, depth + std::fabs(way | up) * margin / tangent);
         distance = std::max(distance, depth + std::fabs(way | right) * margin / (tangent * aspect));
     });
@@ -94,14 +96,20 @@ RenderCamera FrameTurntable(const std::vector<RenderMesh>& meshes,
                             float verticalFieldOfView,
                             float aspect,
                             const Vector& up,
-                            int count) {
-    RenderCamera widest = FrameMeshes(meshes, direction, verticalFieldOfView, aspect, up);
+                            int count,
+                            bool isOrthographic) {
+    RenderCamera widest =
+        FrameMeshes(meshes, direction, verticalFieldOfView, aspect, up, isOrthographic);
     const Vector back = (widest.eye - widest.target).Normalized();
     float distance = (widest.eye - widest.target).Length();
     for (int i = 1; i < count; ++i) {
         const RenderCamera turned = TurntableFrame(widest, i, count);
-        const RenderCamera framed =
-            FrameMeshes(meshes, turned.target - turned.eye, verticalFieldOfView, aspect, widest.up);
+        const RenderCamera framed = FrameMeshes(meshes,
+                                                turned.target - turned.eye,
+                                                verticalFieldOfView,
+                                                aspect,
+                                                widest.up,
+                                                isOrthographic);
         distance = std::max(distance, (framed.eye - framed.target).Length());
     }
     widest.eye = widest.target + back * distance;

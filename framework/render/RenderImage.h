@@ -16,12 +16,16 @@ class EmbreeScene;
 class JobControl;
 
 /// The camera of a render. Positions are in world space, angles in degrees.
+///
+/// In orthographic projection, the image shows the part of the plane through `target` that it would
+/// show in perspective. Meshes behind the eye are visible too.
 struct RenderCamera {
     Vector eye{0.0f, 0.0f, 5.0f};
     Vector target;
     Vector up{0.0f, 1.0f, 0.0f};
     /// Vertical field of view.
     float verticalFieldOfView = 35.0f;
+    bool isOrthographic = false;
 };
 
 /// A mesh to be rendered. The arrays are borrowed for the call.
@@ -128,7 +132,8 @@ TROVIK_API RenderCamera FrameMeshes(const std::vector<RenderMesh>& meshes,
                                     const Vector& direction,
                                     float verticalFieldOfView,
                                     float aspect,
-                                    const Vector& up = Vector(0.0f, 1.0f, 0.0f));
+                                    const Vector& up = Vector(0.0f, 1.0f, 0.0f),
+                                    bool isOrthographic = false);
 
 /// Returns the camera of frame `index` of a turntable with `count` frames. The camera orbits its
 /// target around its up direction, so that the meshes appear to rotate counter-clockwise when seen
@@ -142,7 +147,8 @@ TROVIK_API RenderCamera FrameTurntable(const std::vector<RenderMesh>& meshes,
                                        float verticalFieldOfView,
                                        float aspect,
                                        const Vector& up,
-                                       int count);
+                                       int count,
+                                       bool isOrthographic = false);
 
 /// Builds a contact sheet from images of the same size, arranged in rows of `columns` images with
 /// gaps of `gap` pixels between them. If `captions` has as many entries as there are images, a

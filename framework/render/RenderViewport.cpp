@@ -16,7 +16,8 @@ constexpr float radiansPerDegree = 0.017453293f;
 RenderViewport::RenderViewport(const RenderCamera& camera, int width, int height)
     : eye(camera.eye),
       halfWidth(static_cast<float>(width) * 0.5f),
-      halfHeight(static_cast<float>(height) * 0.5f) {
+      halfHeight(static_cast<float>(height) * 0.5f),
+      isOrthographic(camera.isOrthographic) {
     const Vector sight = camera.eye - camera.target;
     const float distance = sight.Length();
     if (!std::isfinite(distance) || distance == 0.0f)
@@ -34,12 +35,20 @@ RenderViewport::RenderViewport(const RenderCamera& camera, int width, int height
         throw HostError("the camera's field of view is " + std::to_string(angle) +
                         " degrees; it must be between 0 and 180");
     pixelSize = std::tan(angle * 0.5f * radiansPerDegree) / halfHeight;
+    if (isOrthographic) pixelSize *= distance;
 }
 
 Vector RenderViewport::DirectionThrough(float pixelX, float pixelY) const {
+    if (isOrthographic) return -back;
     const Vector across =
         right * ((pixelX - halfWidth) * pixelSize) + up * ((halfHeight - pixelY) * pixelSize);
     return (across - back).Normalized();
+}
+
+Vector RenderViewport::OriginThrough(float pixelX, float pixelY, float nearest) const {
+    if (!isOrthographic) return eye;
+    return eye + right * ((pixelX - halfWidth) * pixelSize) +
+           up * ((halfHeight - pixelY) * pixelSize) - back * nearest;
 }
 
 Vector RenderViewport::ToCamera(const Vector& world) const {
@@ -48,7 +57,7 @@ Vector RenderViewport::ToCamera(const Vector& world) const {
 }
 
 Vector RenderViewport::ToPixel(const Vector& inCamera) const {
-    const float scale = 1.0f / (pixelSize * inCamera.z);
+    const float scale = 1.0f / PixelSizeAt(inCamera.z);
     return {halfWidth + inCamera.x * scale, halfHeight - inCamera.y * scale, 0.0f};
 }
 

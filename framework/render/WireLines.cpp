@@ -33,8 +33,9 @@ void WireLines::Project(const SurfaceSample& sample) {
     const RenderMesh& shown = scene.Mesh(sample.mesh);
     const uint32_t corners = shown.cornersPerFace;
     const uint32_t* vertices = shown.faceVertexIndices + std::size_t{sample.face} * corners;
-    // Edges that pass behind the eye are clipped just in front of it.
-    const float nearest = sample.distance * 1e-3f;
+    // Edges that pass behind the eye are clipped just in front of it, in perspective.
+    const float nearest =
+        view.IsOrthographic() ? -std::numeric_limits<float>::infinity() : sample.distance * 1e-3f;
     Vector inCamera[4];
     for (uint32_t k = 0; k < corners; ++k)
         inCamera[k] = view.ToCamera(scene.WorldPosition(sample.mesh, vertices[k]));

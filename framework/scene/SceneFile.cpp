@@ -61,6 +61,10 @@ public:
             });
             return;
         }
+        if (name == "PROJ") {
+            reader.Read([this](SceneStream& s) { ReadProjectionChunk(s, scene.settings.view); });
+            return;
+        }
         if (name == "PENS") {
             reader.Read([this](SceneStream& s) { scene.settings.dynamics = ReadPenChunk(s); });
             return;
@@ -116,6 +120,7 @@ private:
                                               "LGND",
                                               "NODE",
                                               "SETT",
+                                              "PROJ",
                                               "PENS",
                                               "BRSH",
                                               "FRZB",
@@ -206,6 +211,8 @@ void WriteScene(const std::string& path,
         }
         write("NODE", [&](SceneStream& s) { WriteNodeChunk(s, parts.geometry); });
         write("SETT", [&](SceneStream& s) { WriteSettingsChunk(s, parts.settings); });
+        if (parts.settings.view.isOrthographic)
+            write("PROJ", [&](SceneStream& s) { WriteProjectionChunk(s, parts.settings.view); });
         if (header.IsFormatAtLeast(332))
             write("PENS", [&](SceneStream& s) { WritePenChunk(s, parts.settings.dynamics); });
         write("BRSH", [&](SceneStream& s) { WriteBrushChunk(s, parts.brush); });

@@ -15,6 +15,8 @@ namespace {
 
 /// The maximum width and height of the view.
 constexpr int32_t largestSide = 16384;
+/// The other value, 0, is perspective.
+constexpr uint8_t orthographicProjection = 1;
 
 void TransferView(SceneStream& stream, StrokeView& view) {
     stream.Transfer(view.eye);
@@ -65,6 +67,20 @@ void WriteSettingsChunk(SceneStream& stream, const SceneSettings& settings) {
     int32_t mode = copy.mirrorMode;
     stream.Transfer(mode);
     WriteList(stream, copy.mirrorMaps);
+}
+
+void WriteProjectionChunk(SceneStream& stream, const StrokeView& view) {
+    uint8_t projection = view.isOrthographic ? orthographicProjection : 0;
+    stream.Transfer(projection);
+}
+
+void ReadProjectionChunk(SceneStream& stream, StrokeView& view) {
+    uint8_t projection = 0;
+    stream.Transfer(projection);
+    if (projection > orthographicProjection)
+        SceneStream::Refuse(
+            QStringLiteral("the view's projection is %1; it must be 0 or 1").arg(projection));
+    view.isOrthographic = projection == orthographicProjection;
 }
 
 SceneSettings ReadSettingsChunk(SceneStream& stream) {

@@ -9,4 +9,10 @@ namespace trovik {
 void WriteSettingsChunk(SceneStream& stream, const SceneSettings& settings);
 SceneSettings ReadSettingsChunk(SceneStream& stream);
 
+/// Chunk PROJ: the projection of the view. It is written only for an orthographic view, so that
+/// programs without support for it skip the chunk and show the same part of the surface in
+/// perspective.
+void WriteProjectionChunk(SceneStream& stream, const StrokeView& view);
+void ReadProjectionChunk(SceneStream& stream, StrokeView& view);
+
 }  // namespace trovik

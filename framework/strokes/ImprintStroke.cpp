@@ -13,8 +13,8 @@ namespace {
 Vector IntersectionWithPlane(const StrokeView& view, const Vector& middle, const Vector& position) {
     const Vector forward = (view.target - view.eye).Normalized();
     const Ray ray = view.Through(position.x, position.y);
-    const float t = ((middle - view.eye) | forward) / (ray.direction | forward);
-    return view.eye + ray.direction * t;
+    const float t = ((middle - ray.origin) | forward) / (ray.direction | forward);
+    return ray.origin + ray.direction * t;
 }
 
 }  // namespace

@@ -230,10 +230,7 @@ float DabRadius(const StrokeView& view,
 }
 
 float WorldLength(const StrokeView& view, float pixels, const Vector& position) {
-    const Vector forward = (view.target - view.eye).Normalized();
-    const float depth = (position - view.eye) | forward;
-    const float tangent = std::tan(view.verticalFieldOfView * 0.5f * 0.017453293f);
-    return pixels * (std::fabs(depth) * tangent * 2.0f / static_cast<float>(view.height));
+    return pixels * view.PixelSizeAt(position);
 }
 
 Vector TiltInView(const StrokeView& view, const Vector& tilt) {

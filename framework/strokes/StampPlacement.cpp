@@ -90,13 +90,14 @@ StampPlacement StampPlacement::OnSurface(const Vector& middle,
 StampPlacement StampPlacement::ByCamera(const Vector& middle,
                                         float radius,
                                         const Vector& toward,
-                                        const Matrix& cameraToWorld) {
+                                        const Matrix& cameraToWorld,
+                                        bool isOrthographic) {
     StampPlacement placement;
     placement.middle = middle;
     placement.radius = radius;
     placement.out = RowOf(cameraToWorld, 2).Normalized();
     placement.eye = RowOf(cameraToWorld, 3);
-    placement.projected = ((placement.eye - middle) | placement.out) > radius;
+    placement.projected = !isOrthographic && ((placement.eye - middle) | placement.out) > radius;
     placement.SetUp(toward, cameraToWorld);
     return placement;
 }

@@ -33,10 +33,13 @@ public:
     /// same pixel. If `middle` is less than one radius from the eye, the projection is parallel.
     /// \param toward  as for OnSurface, but projected onto the image plane; if the projection
     /// vanishes, the camera's up direction is used.
+    /// \param isOrthographic  whether the lines of sight are parallel; the position of the camera
+    /// then has no effect.
     static StampPlacement ByCamera(const Vector& middle,
                                    float radius,
                                    const Vector& toward,
-                                   const Matrix& cameraToWorld);
+                                   const Matrix& cameraToWorld,
+                                   bool isOrthographic = false);
 
     /// Rotates the stamp clockwise as seen by the viewer. Quarter turns are exact.
     void Turn(float fullTurns);

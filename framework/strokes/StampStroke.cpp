@@ -4,6 +4,7 @@
 #include "framework/brushes/BrushSettings.h"
 #include "framework/brushes/ToolTraits.h"
 #include "framework/mesh/SurfaceNormal.h"
+#include "framework/nodes/HostScene.h"
 #include "framework/strokes/DabAtHit.h"
 #include "framework/strokes/DabStrength.h"
 #include "framework/strokes/StrokeLoop.h"
@@ -33,6 +34,11 @@ Matrix CameraToWorld() {
     Matrix matrix;
     g_pKernel->Scene()->ActiveCamera()->Transformation()->LocalToWorldMatrix(&matrix);
     return matrix;
+}
+
+bool IsCameraOrthographic() {
+    const auto* camera = dynamic_cast<const HostCamera*>(g_pKernel->Scene()->ActiveCamera());
+    return camera != nullptr && camera->IsOrthographic();
 }
 
 }  // namespace
@@ -95,7 +101,7 @@ StampPlacement StampStroke::Place(const StrokeDab& dab, const Vector& toward) co
     const Vector normal = WorldNormal(geometry->Transform(), dab.hit.normal);
     if (brush->IsOrientedToSurface() && normal != Vector())
         return StampPlacement::OnSurface(dab.position, normal, dab.size, toward, camera);
-    return StampPlacement::ByCamera(dab.position, dab.size, toward, camera);
+    return StampPlacement::ByCamera(dab.position, dab.size, toward, camera, IsCameraOrthographic());
 }
 
 Matrix StampStroke::OverAll(const AxisAlignedBoundingBox& box) const {
@@ -112,7 +118,8 @@ Matrix StampStroke::OverAll(const AxisAlignedBoundingBox& box) const {
         radius = std::max(radius, (toWorld.AffineTransform(local, 1.0f) - middle).Length());
     }
     if (!(radius > 0.0f)) return {};
-    StampPlacement placement = StampPlacement::ByCamera(middle, radius, Vector(), CameraToWorld());
+    StampPlacement placement =
+        StampPlacement::ByCamera(middle, radius, Vector(), CameraToWorld(), IsCameraOrthographic());
     placement.Turn(static_cast<float>(brush->separatorOption.Value()) / 360.0f);
     return placement.ToPixels(width, height, toWorld);
 }

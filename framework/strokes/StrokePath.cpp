@@ -12,6 +12,14 @@ namespace trovik {
 
 namespace {
 
+constexpr float radiansPerDegree = 0.017453293f;
+/// Distance from a mesh to the camera of brushes in orthographic projection, as a multiple of the
+/// distance from the eye to the target. Directions to the camera then deviate by no more than the
+/// rounding error of a unit vector.
+constexpr float brushCameraFactor = 16777216.0f;
+/// Limit of that distance, in world units: the squares of its components must be finite.
+constexpr float maxBrushCameraDistance = 1e18f;
+
 struct Axes {
     Vector right, up, back;
 };
@@ -137,12 +145,76 @@ void ApplyDabsAlong(const std::vector<PathSample>& samples,
 
 Ray StrokeView::Through(float x, float y) const {
     const Axes axes = AxesOf(*this);
-    const float tangent = std::tan(verticalFieldOfView * 0.5f * 0.017453293f);
+    const float tangent = std::tan(verticalFieldOfView * 0.5f * radiansPerDegree);
     const auto w = static_cast<float>(width);
     const auto h = static_cast<float>(height);
     const float u = (2.0f * x - w) / h * tangent;
     const float v = (1.0f - 2.0f * y / h) * tangent;
+    if (isOrthographic) {
+        const float distance = (eye - target).Length();
+        return {eye + axes.right * (u * distance) + axes.up * (v * distance), -axes.back};
+    }
     return {eye, (axes.right * u + axes.up * v - axes.back).Normalized()};
+}
+
+Ray StrokeView::LocalThrough(float x,
+                             float y,
+                             const LevelGeometry& geometry,
+                             const PatchTree& tree) const {
+    const Ray world = Through(x, y);
+    Ray local;
+    geometry.Transform().WorldToLocal(&local.origin, &world.origin, 1.0f);
+    geometry.Transform().WorldToLocal(&local.direction, &world.direction, 0.0f);
+    return isOrthographic ? StartingBefore(local, tree.Bounds()) : local;
+}
+
+Vector StrokeView::SightTo(const Vector& position) const {
+    return isOrthographic ? target - eye : position - eye;
+}
+
+float StrokeView::PixelSizeAt(const Vector& position) const {
+    const Vector forward = (target - eye).Normalized();
+    const float depth = ((isOrthographic ? target : position) - eye) | forward;
+    const float tangent = std::tan(verticalFieldOfView * 0.5f * radiansPerDegree);
+    return std::fabs(depth) * tangent * 2.0f / static_cast<float>(height);
+}
+
+Matrix StrokeView::BrushCameraToWorld() const {
+    Matrix matrix = ToWorld();
+    if (!isOrthographic) return matrix;
+    const Vector back = (eye - target).Normalized();
+    const float distance =
+        std::min((eye - target).Length() * brushCameraFactor, maxBrushCameraDistance);
+    const Vector far = target + back * distance;
+    matrix.m[3][0] = far.x;
+    matrix.m[3][1] = far.y;
+    matrix.m[3][2] = far.z;
+    return matrix;
+}
+
+// The corners are projected to the line in double precision, because the origin can be far away.
+Ray StartingBefore(const Ray& ray, const AxisAlignedBoundingBox& box) {
+    const double direction[3] = {ray.direction.x, ray.direction.y, ray.direction.z};
+    const double origin[3] = {ray.origin.x, ray.origin.y, ray.origin.z};
+    const double low[3] = {box.minX, box.minY, box.minZ};
+    const double high[3] = {box.maxX, box.maxY, box.maxZ};
+    double square = 0.0;
+    double nearest = 0.0;
+    double farthest = 0.0;
+    for (int axis = 0; axis < 3; ++axis) {
+        const double d = direction[axis];
+        square += d * d;
+        nearest += ((d > 0.0 ? low : high)[axis] - origin[axis]) * d;
+        farthest += ((d > 0.0 ? high : low)[axis] - origin[axis]) * d;
+    }
+    // Rounding must not move the nearest corner behind the start.
+    const double t = (nearest - (farthest - nearest) * 1e-3) / square;
+    if (box.IsEmpty() || !std::isfinite(t)) return ray;
+    Ray moved = ray;
+    moved.origin = {static_cast<float>(origin[0] + direction[0] * t),
+                    static_cast<float>(origin[1] + direction[1] * t),
+                    static_cast<float>(origin[2] + direction[2] * t)};
+    return moved;
 }
 
 Matrix StrokeView::ToWorld() const {
@@ -199,11 +271,7 @@ std::optional<PickHit> HitThrough(const LevelGeometry& geometry,
                                   const PatchTree& tree,
                                   const StrokeView& view,
                                   const Vector& position) {
-    const Ray world = view.Through(position.x, position.y);
-    Ray local;
-    geometry.Transform().WorldToLocal(&local.origin, &world.origin, 1.0f);
-    geometry.Transform().WorldToLocal(&local.direction, &world.direction, 0.0f);
-    return tree.Pick(local);
+    return tree.Pick(view.LocalThrough(position.x, position.y, geometry, tree));
 }
 
 std::optional<PickHit> HitNear(const LevelGeometry& geometry,
@@ -223,7 +291,7 @@ Vector HeadingInView(const LevelGeometry& geometry,
     const Axes axes = AxesOf(view);
     const Vector motion = axes.right * along.x - axes.up * along.y;
     const Vector normal = WorldNormal(geometry.Transform(), hit.normal);
-    const Vector sight = (WorldPositionOf(geometry, hit) - view.eye).Normalized();
+    const Vector sight = view.SightTo(WorldPositionOf(geometry, hit)).Normalized();
     const float facing = sight | normal;
     constexpr float minFacing = 0.05f;
     if (std::fabs(facing) < minFacing) return motion;

@@ -11,7 +11,11 @@
 
 namespace trovik {
 
-/// A viewport: its camera and its size in pixels.
+/// A viewport's camera and its size in pixels.
+///
+/// In orthographic projection, all lines of sight are parallel to the view direction. The viewport
+/// then shows the part of the plane through `target` that it would show in perspective, and `eye`
+/// has no other meaning: surfaces behind it are visible too.
 struct TROVIK_API StrokeView {
     Vector eye{0.0f, 0.0f, 5.0f};
     Vector target;
@@ -19,12 +23,32 @@ struct TROVIK_API StrokeView {
     float verticalFieldOfView = 35.0f;
     int width = 960;
     int height = 720;
+    bool isOrthographic = false;
 
-    /// World-space ray from the eye through a viewport position; (0, 0) is the upper left corner.
+    /// World-space ray through a viewport position; (0, 0) is the upper left corner. It starts at
+    /// the eye, or in orthographic projection on the plane through the eye perpendicular to the
+    /// view direction.
     Ray Through(float x, float y) const;
+    /// The ray of Through in mesh-local space. In orthographic projection, it starts in front of
+    /// the whole mesh.
+    Ray LocalThrough(float x, float y, const LevelGeometry& geometry, const PatchTree& tree) const;
+    /// World-space line of sight to a position, of any length: from the eye to the position, or in
+    /// orthographic projection along the view direction.
+    Vector SightTo(const Vector& position) const;
+    /// Size of a pixel in world units at the depth of a position; in orthographic projection, it is
+    /// the same everywhere.
+    float PixelSizeAt(const Vector& position) const;
     /// Camera-to-world transform: the camera looks along its local -z axis, with +y up.
     Matrix ToWorld() const;
+    /// Like ToWorld, for brushes, which compute the direction to the viewer from the position of
+    /// the camera. In orthographic projection, that position is so far away that the directions
+    /// from all points of a mesh are equal to single precision.
+    Matrix BrushCameraToWorld() const;
 };
+
+/// Moves the origin of a ray along its line so that the ray starts shortly in front of a box. Rays
+/// with a zero or non-finite direction, and boxes that are empty or infinite, have no effect.
+TROVIK_API Ray StartingBefore(const Ray& ray, const AxisAlignedBoundingBox& box);
 
 /// How dabs are applied along a path.
 struct PathOptions {

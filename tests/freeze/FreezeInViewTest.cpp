@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace trovik::test {
 namespace {
 
@@ -60,6 +62,84 @@ TEST_F(FreezeInView, ReachSelectsTheSideOfTheSurface) {
             EXPECT_EQ(visible[v], 0.0f);
         }
     }
+}
+
+TEST_F(FreezeInView, OrthographicLinesOfSightAreParallel) {
+    view.isOrthographic = true;
+    for (const float z : {-30.0f, -1.0f, 0.0f, 0.9f, 4.9f, 7.0f}) {
+        const auto point = ProjectToView(view, {1.0f, 0.5f, z});
+        ASSERT_TRUE(point);
+        EXPECT_NEAR(point->x, 300.0f, 1e-3f);
+        EXPECT_NEAR(point->y, 150.0f, 1e-3f);
+        EXPECT_NEAR(view.PixelSizeAt({1.0f, 0.5f, z}), 0.01f, 1e-7f);
+    }
+    const Ray ray = view.Through(37.0f, 311.0f);
+    EXPECT_EQ(ray.direction, Vector(0.0f, 0.0f, -1.0f));
+    const auto point = ProjectToView(view, ray.origin + ray.direction * 3.0f);
+    EXPECT_NEAR(point->x, 37.0f, 1e-3f);
+    EXPECT_NEAR(point->y, 311.0f, 1e-3f);
+}
+
+TEST_F(FreezeInView, OrthographicPicksDoNotDependOnThePositionOfTheEye) {
+    view.isOrthographic = true;
+    // In front of the sphere, inside it, behind it and far away, with the same direction and scale.
+    for (const float z : {5.0f, 0.5f, -20.0f, 4000.0f}) {
+        SCOPED_TRACE(z);
+        view.eye = {0.0f, 0.0f, z};
+        view.target = {0.0f, 0.0f, z - 5.0f};
+        const auto hit = HitThrough(geometry, tree, view, {250.0f, 170.0f, 0.0f});
+        ASSERT_TRUE(hit);
+        EXPECT_NEAR(hit->position.x, 0.5f, 1e-4f);
+        EXPECT_NEAR(hit->position.y, 0.3f, 1e-4f);
+        EXPECT_NEAR(hit->position.z, std::sqrt(1.0f - 0.34f), 0.01f);
+        EXPECT_FALSE(HitThrough(geometry, tree, view, {301.0f, 200.0f, 0.0f}));
+        const Vector heading = HeadingInView(geometry, view, *hit, {1.0f, 0.0f, 0.0f});
+        EXPECT_NEAR(heading | hit->normal, 0.0f, 1e-4f) << "on the surface";
+        EXPECT_NEAR(heading.y / heading.x, 0.0f, 1e-4f);
+        const ViewBox all{{0.0f, 0.0f}, {400.0f, 400.0f}};
+        for (const ViewReach reach : {ViewReach::Facing, ViewReach::Visible}) {
+            const auto weights = Shares(reach, all);
+            for (uint32_t v = 0; v < geometry.Bound()->VertexCount(); ++v) {
+                const float height = geometry.Bound()->Position(v).z;
+                if (std::fabs(height) > 0.05f) {
+                    ASSERT_EQ(weights[v], height > 0.0f ? 1.0f : 0.0f) << height;
+                }
+            }
+        }
+    }
+}
+
+TEST_F(FreezeInView, OrthographicBrushesSeeTheSameDirectionEverywhere) {
+    view.eye = {3.0f, 4.0f, 12.0f};
+    EXPECT_EQ(view.BrushCameraToWorld(), view.ToWorld());
+    view.isOrthographic = true;
+    const Matrix camera = view.BrushCameraToWorld();
+    const Vector eye(camera.m[3][0], camera.m[3][1], camera.m[3][2]);
+    const Vector back = view.eye.Normalized();
+    for (const Vector& point : {Vector(), Vector(5.0f, -3.0f, 1.0f), Vector(0.0f, 9.0f, 20.0f)})
+        EXPECT_LT(((eye - point).Normalized() - back).Length(), 5e-7f);
+    // Other values are unchanged, and squared distances are finite, even for a distant eye.
+    for (int row = 0; row < 3; ++row)
+        for (int k = 0; k < 3; ++k) EXPECT_EQ(camera.m[row][k], view.ToWorld().m[row][k]);
+    view.eye = view.eye * 1e14f;
+    const Matrix distant = view.BrushCameraToWorld();
+    EXPECT_TRUE(std::isfinite(Vector(distant.m[3][0], distant.m[3][1], distant.m[3][2]).Length()));
+}
+
+TEST(StartingBefore, MovesTheStartInFrontOfTheBox) {
+    AxisAlignedBoundingBox box;
+    box.Extend({-1.0f, -1.0f, -1.0f});
+    box.Extend({1.0f, 1.0f, 1.0f});
+    for (const float z : {0.0f, -7.0f, 50.0f}) {
+        const Ray moved = StartingBefore({{0.25f, 0.5f, z}, {0.0f, 0.0f, -2.0f}}, box);
+        EXPECT_NEAR(moved.origin.x, 0.25f, 1e-6f);
+        EXPECT_GT(moved.origin.z, 1.0f);
+        EXPECT_LT(moved.origin.z, 1.01f);
+    }
+    const Ray still = StartingBefore({{1.0f, 2.0f, 3.0f}, {}}, box);
+    EXPECT_EQ(still.origin, Vector(1.0f, 2.0f, 3.0f));
+    EXPECT_EQ(StartingBefore({{1.0f, 2.0f, 3.0f}, {0.0f, 1.0f, 0.0f}}, {}).origin,
+              Vector(1.0f, 2.0f, 3.0f));
 }
 
 TEST_F(FreezeInView, OccludedFrontFacesAreNotVisible) {

@@ -7,6 +7,7 @@
 #include "framework/render/RenderViewport.h"
 #include "tests/pictures/SphereRender.h"
 
+#include <cstdlib>
 #include <filesystem>
 #include <unistd.h>
 
@@ -28,6 +29,61 @@ TEST(PictureViews, ProjectPointsToThePixelsOfTheirRays) {
     EXPECT_NEAR(view.ToPixel(view.ToCamera(view.Eye() + beside)).x - 160.0f,
                 0.1f / view.PixelSizeAt(2.0f),
                 1e-2f);
+}
+
+TEST(PictureViews, OrthographicRaysAreParallel) {
+    const RenderViewport view({{1, 2, 5}, {0, 0.5f, 0}, {0, 1, 0}, 40.0f, true}, 320, 200);
+    const RenderViewport perspective({{1, 2, 5}, {0, 0.5f, 0}, {0, 1, 0}, 40.0f}, 320, 200);
+    EXPECT_EQ(view.DirectionThrough(3.0f, 4.0f), view.DirectionThrough(300.0f, 150.0f));
+    for (const float depth : {-2.0f, 0.0f, 3.0f}) {
+        const Vector point = view.OriginThrough(37.25f, 150.5f, depth);
+        EXPECT_NEAR(view.ToCamera(point).z, depth, 1e-5f);
+        const Vector pixel = view.ToPixel(view.ToCamera(point));
+        EXPECT_NEAR(pixel.x, 37.25f, 1e-3f);
+        EXPECT_NEAR(pixel.y, 150.5f, 1e-3f);
+    }
+    // At the target, the scale is that of the perspective view.
+    const float distance = Vector(1, 1.5f, 5).Length();
+    EXPECT_NEAR(view.PixelSizeAt(0.1f), perspective.PixelSizeAt(distance), 1e-6f);
+}
+
+// The number of pixels in which two transparent renders differ.
+std::size_t Differences(const RenderImage& a, const RenderImage& b) {
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < a.alpha.size(); ++i)
+        count += std::abs(a.alpha[i] - b.alpha[i]) > 64 ? 1u : 0u;
+    return count;
+}
+
+TEST_F(SphereRender, OrthographicSizeDoesNotDependOnDepth) {
+    options.transparent = true;
+    options.wireframe = true;
+    camera.isOrthographic = true;
+    const RenderImage centred = Make();
+    EXPECT_NE(centred.alpha[PixelAt(centred, 60, 45)], 0);
+    // Farther away, around the eye, and behind it.
+    for (const float z : {-40.0f, 5.0f, 30.0f}) {
+        shown.localToWorld[14] = z;
+        const RenderImage moved = Make();
+        EXPECT_LE(Differences(centred, moved), 3u) << z;
+        EXPECT_NEAR(Brightness(moved, 60, 45), Brightness(centred, 60, 45), 40) << z;
+    }
+    camera.isOrthographic = false;
+    shown.localToWorld[14] = -3.0f;
+    EXPECT_GT(Differences(centred, Make()), 300u);
+}
+
+TEST_F(SphereRender, OrthographicFramingFillsTheImage) {
+    options.transparent = true;
+    camera = FrameMeshes({shown}, {0.2f, -0.3f, -1}, 35.0f, aspect, {0, 1, 0}, true);
+    EXPECT_TRUE(camera.isOrthographic);
+    const RenderImage framed = Make();
+    // The margin is 8 percent.
+    const int top = static_cast<int>(45.0f * (1.0f - 1.0f / 1.08f));
+    for (int x = 0; x < 120; ++x) EXPECT_EQ(framed.alpha[PixelAt(framed, x, top - 2)], 0);
+    EXPECT_NE(framed.alpha[PixelAt(framed, 60, top + 2)], 0);
+    EXPECT_TRUE(
+        FrameTurntable({shown}, {0, 0, -1}, 35.0f, aspect, {0, 1, 0}, 4, true).isOrthographic);
 }
 
 TEST(PictureViews, RefuseCamerasWithoutADirection) {

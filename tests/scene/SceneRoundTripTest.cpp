@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/BrushSettings.h"
 #include "framework/errors/HostError.h"
+#include "framework/nodes/HostKernel.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/scene/SampleScene.h"
 
@@ -254,6 +255,24 @@ TEST_F(SceneRoundTrip, RestoresSettingsCommonToAllTools) {
     EXPECT_EQ(read->Brush().strokeMeshLocked, 1);
     EXPECT_TRUE(read->Brush().IsScreenSpace());
     CheckableFloatArray::s_bActive = false;
+}
+
+TEST_F(SceneRoundTrip, RestoresTheProjectionOfTheView) {
+    auto document = RichDocument(folder);
+    EXPECT_FALSE(Reopen(*document)->View().isOrthographic);
+    document->View().isOrthographic = true;
+    document->UpdateCamera();
+    EXPECT_TRUE(HostKernel::Instance().Scene()->OwnCamera().IsOrthographic());
+    auto read = Reopen(*document);
+    EXPECT_TRUE(read->View().isOrthographic);
+    EXPECT_EQ(read->View().eye, document->View().eye);
+    EXPECT_EQ(read->View().verticalFieldOfView, 50.0f);
+    // The brushes of another document see its own projection.
+    read->View().isOrthographic = false;
+    read->UpdateCamera();
+    EXPECT_FALSE(HostKernel::Instance().Scene()->OwnCamera().IsOrthographic());
+    document->Brush();
+    EXPECT_TRUE(HostKernel::Instance().Scene()->OwnCamera().IsOrthographic());
 }
 
 TEST_F(SceneRoundTrip, RestoresViewMirrorsRadiusAndSpacing) {

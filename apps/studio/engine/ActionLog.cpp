@@ -24,6 +24,7 @@ nlohmann::json CameraStep(const StrokeView& view) {
               {"target", Numbers(view.target)},
               {"up", Numbers(view.up)},
               {"fieldOfView", view.verticalFieldOfView},
+              {"orthographic", view.isOrthographic},
               {"width", view.width},
               {"height", view.height}}}};
 }

@@ -63,7 +63,8 @@ ImageWork RenderWork(const RenderOptions& options) {
                      const StrokeView& view,
                      JobControl& job,
                      const ShowImage& show) {
-        const RenderCamera camera{view.eye, view.target, view.up, view.verticalFieldOfView};
+        const RenderCamera camera{
+            view.eye, view.target, view.up, view.verticalFieldOfView, view.isOrthographic};
         const RenderedLevel level(document.Geometry(), options.shading);
         const RenderScene scene({level.Mesh()}, &job);
         RenderOptions coarse = options;

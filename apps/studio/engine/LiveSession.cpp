@@ -25,7 +25,7 @@ constexpr uint64_t sceneBytesPerVertex = 16;
 bool IsSameView(const StrokeView& a, const StrokeView& b) {
     return a.eye == b.eye && a.target == b.target && a.up == b.up &&
            a.verticalFieldOfView == b.verticalFieldOfView && a.width == b.width &&
-           a.height == b.height;
+           a.height == b.height && a.isOrthographic == b.isOrthographic;
 }
 
 /// A script without steps that opens the requested document.

@@ -103,6 +103,13 @@ IdImage DrawIds(SurfaceBuffers& surface,
     program->bind();
     const Matrix localToClip = toWorld * view.worldToClip;
     SetUniform(*program, "localToClip", localToClip);
+    const auto row = [&toWorld](int r) {
+        return Vector(toWorld.m[r][0], toWorld.m[r][1], toWorld.m[r][2]);
+    };
+    SetUniform(*program,
+               "depthAxis",
+               Vector(row(0) | view.forward, row(1) | view.forward, row(2) | view.forward));
+    SetUniform(*program, "depthAtOrigin", (row(3) - view.eye) | view.forward);
     gl.glViewport(0, 0, view.width, view.height);
     const GLuint nothing[4] = {IdImage::none, 0, 0, 0};
     const GLfloat farthest = 1.0f;

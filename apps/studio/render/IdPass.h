@@ -16,8 +16,8 @@ struct IdImage {
     /// cover the pixel.
     std::vector<uint32_t> patches;
     std::vector<uint32_t> faces;
-    /// World-space distance from the eye along the view direction; 0 where the surface does not
-    /// cover the pixel.
+    /// World-space distance from the eye along the view direction, negative behind the eye of an
+    /// orthographic view; 0 where the surface does not cover the pixel.
     std::vector<float> depths;
 };
 

@@ -76,6 +76,7 @@ QOpenGLShaderProgram& SurfacePass::Variant(const SurfaceBuffers& surface, const 
     const auto add = [&](bool isUsed, const char* name) {
         if (isUsed) defines += QByteArray("#define ") + name + '\n';
     };
+    add(frame.view.isOrthographic, "ORTHOGRAPHIC");
     add(settings.isFlat, "FLAT");
     // Flat normals have no derivatives within a triangle.
     add(settings.cavity > 0.0f && !settings.isFlat, "CAVITY");

@@ -124,7 +124,11 @@ float PixelsFrom(float value, float smoothed) {
 
 void main() {
     if ((faceFlags & 1u) != 0u) discard;
+#ifdef ORTHOGRAPHIC
+    vec3 toEye = vec3(0.0, 0.0, 1.0);
+#else
     vec3 toEye = normalize(-viewPosition);
+#endif
 #ifdef FLAT
     vec3 n = normalize(cross(dFdx(viewPosition), dFdy(viewPosition)));
 #else
@@ -220,6 +224,8 @@ layout(location = 0) in vec3 position;
 layout(location = 3) in uint flags;
 uniform mat4 localToClip;
 uniform uint firstVertex;
+uniform vec3 depthAxis;
+uniform float depthAtOrigin;
 flat out uint vertexNumber;
 flat out uint faceFlags;
 out float depth;
@@ -227,7 +233,7 @@ void main() {
     gl_Position = localToClip * vec4(position, 1.0);
     vertexNumber = firstVertex + uint(gl_VertexID);
     faceFlags = flags;
-    depth = gl_Position.w;
+    depth = dot(position, depthAxis) + depthAtOrigin;
 }
 )";
 

@@ -3,18 +3,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 
 namespace trovik::studio {
 
 namespace {
 
-/// How many times farther away the eye is in orthographic projection than in perspective. A point
-/// at the edge of the viewport then moves by half a pixel over the depth of a framed surface. A
-/// larger factor flattens the view more, but makes stroke rays, which are single precision, less
-/// accurate.
-constexpr double orthographicFactor = 256.0;
-/// A smaller field of view indicates orthographic projection.
 constexpr float minFieldOfView = 5.0f;
 constexpr float maxFieldOfView = 120.0f;
 constexpr float usualFieldOfView = 35.0f;
@@ -25,8 +20,6 @@ constexpr double maxDistance = 1e8;
 constexpr double frameMargin = 1.12;
 
 double HalfTangent(double degrees) { return std::tan(degrees * std::numbers::pi / 360.0); }
-
-double DegreesOf(double halfTangent) { return std::atan(halfTangent) * 360.0 / std::numbers::pi; }
 
 /// Double-precision vectors, so that many small motions do not add up to a drift.
 struct Precise {
@@ -88,23 +81,15 @@ void Camera::SetSize(int widthPixels, int heightPixels) {
 void Camera::SetView(const StrokeView& view) {
     target = view.target;
     up = view.up;
-    isOrthographic = view.verticalFieldOfView < minFieldOfView;
-    if (isOrthographic) {
-        const Precise offset = Precise(view.eye) - Precise(view.target);
-        eye = (Precise(view.target) + offset * (1.0 / orthographicFactor)).ToVector();
-        fieldOfView = static_cast<float>(
-            DegreesOf(HalfTangent(view.verticalFieldOfView) * orthographicFactor));
-        // The eye of views from elsewhere is not as far away.
-        if (fieldOfView > maxFieldOfView) {
-            const double tangent = HalfTangent(view.verticalFieldOfView);
-            fieldOfView = usualFieldOfView;
-            eye = (Precise(view.target) + offset * (tangent / HalfTangent(usualFieldOfView)))
-                      .ToVector();
-        }
-    } else {
-        eye = view.eye;
-        fieldOfView = view.verticalFieldOfView;
-    }
+    eye = view.eye;
+    fieldOfView = view.verticalFieldOfView;
+    isOrthographic = view.isOrthographic;
+    if (fieldOfView >= minFieldOfView) return;
+    isOrthographic = true;
+    fieldOfView = usualFieldOfView;
+    const Precise offset = Precise(view.eye) - Precise(view.target);
+    const double factor = HalfTangent(view.verticalFieldOfView) / HalfTangent(fieldOfView);
+    eye = (Precise(target) + offset * factor).ToVector();
 }
 
 void Camera::SetPose(const CameraPose& pose) {
@@ -150,12 +135,12 @@ void Camera::Roll(float radians) {
 }
 
 void Camera::Pan(const Vector& anchor, float dx, float dy) {
-    const StrokeView view = ToStrokeView();
-    const Axes axes(view);
+    const Axes axes(ToStrokeView());
     const double depth = (axes.Eye() - Precise(anchor)) | axes.Back();
     // A point behind the eye cannot be followed, so the target's depth is used.
-    const double usedDepth = depth > 0.0 ? depth : (axes.Eye() - Precise(target)) | axes.Back();
-    const double perPixel = 2.0 * HalfTangent(view.verticalFieldOfView) * usedDepth / height;
+    const bool isAtAnchor = depth > 0.0 && !isOrthographic;
+    const double usedDepth = isAtAnchor ? depth : (axes.Eye() - Precise(target)) | axes.Back();
+    const double perPixel = 2.0 * HalfTangent(fieldOfView) * usedDepth / height;
     const Precise move = axes.Up() * (dy * perPixel) - axes.Right() * (dx * perPixel);
     eye = (Precise(eye) + move).ToVector();
     target = (Precise(target) + move).ToVector();
@@ -188,9 +173,8 @@ void Camera::Frame(const AxisAlignedBoundingBox& worldBox) {
     double radius = 0.0;
     ForEachCorner(worldBox, [&](const Precise& corner) {
         const Precise offset = corner - centre;
-        // In orthographic projection, the eye is farther away, so the depth of a corner counts
-        // less.
-        const double nearer = (offset | axes.Back()) / (isOrthographic ? orthographicFactor : 1.0);
+        // The depth of a corner does not affect its size in orthographic projection.
+        const double nearer = isOrthographic ? 0.0 : offset | axes.Back();
         const double reach = std::max(std::abs(offset | axes.Right()) / tangentX,
                                       std::abs(offset | axes.Up()) / tangentY);
         distance = std::max(distance, reach * frameMargin + nearer);
@@ -212,14 +196,10 @@ StrokeView Camera::ToStrokeView() const {
     view.verticalFieldOfView = fieldOfView;
     view.width = width;
     view.height = height;
+    view.isOrthographic = isOrthographic;
     const Precise offset = Precise(eye) - Precise(target);
     const double distance = offset.Length();
     if (distance == 0.0) view.eye = target + Vector(0.0f, 0.0f, 1.0f);
-    if (isOrthographic) {
-        view.eye = (Precise(target) + offset * orthographicFactor).ToVector();
-        view.verticalFieldOfView =
-            static_cast<float>(DegreesOf(HalfTangent(fieldOfView) / orthographicFactor));
-    }
     // The right axis is undefined if the up direction is parallel to the line of sight.
     if ((view.up & (view.eye - view.target).Normalized()).Length() < 1e-6f)
         view.up = std::abs(offset.y) > 0.9 * distance ? Vector(0.0f, 0.0f, -1.0f)
@@ -228,43 +208,53 @@ StrokeView Camera::ToStrokeView() const {
 }
 
 RenderView Camera::ToRenderView(const AxisAlignedBoundingBox& worldBox) const {
-    const StrokeView view = ToStrokeView();
-    const Axes axes(view);
+    const Axes axes(ToStrokeView());
     const Precise from = axes.Eye();
     const double distance = (from - Precise(target)).Length();
     double nearest = distance * 0.5;
     double farthest = distance * 2.0;
     if (!worldBox.IsEmpty()) {
-        nearest = maxDistance * orthographicFactor;
-        farthest = 0.0;
+        nearest = std::numeric_limits<double>::infinity();
+        farthest = -nearest;
         ForEachCorner(worldBox, [&](const Precise& corner) {
             const double depth = (from - corner) | axes.Back();
             nearest = std::min(nearest, depth);
             farthest = std::max(farthest, depth);
         });
     }
-    // Slightly larger than the box, because rounding would otherwise clip faces on its sides. The
-    // ratio is limited, because it determines the depth precision.
-    farthest = std::max(farthest * 1.01, distance * 1e-3);
-    nearest = std::clamp(nearest * 0.99, farthest * 1e-4, farthest * 0.999);
-
-    const double scaleY = 1.0 / HalfTangent(view.verticalFieldOfView);
+    const double scaleY = 1.0 / HalfTangent(fieldOfView);
     const double scaleX = scaleY * height / width;
-    const double scaleZ = (farthest + nearest) / (farthest - nearest);
-    const double moveZ = -2.0 * farthest * nearest / (farthest - nearest);
     const Precise forward = axes.Back() * -1.0;
-    const Precise columns[4] = {
-        axes.Right() * scaleX, axes.Up() * scaleY, forward * scaleZ, forward};
     RenderView result;
-    for (int column = 0; column < 4; ++column) {
-        const Precise& axis = columns[column];
-        const double shift = -(from | axis) + (column == 2 ? moveZ : 0.0);
+    // Sets a column of the matrix to the projection of a point to an axis, plus a number.
+    const auto set = [&](int column, const Precise& axis, double shift) {
         result.worldToClip.m[0][column] = static_cast<float>(axis.x);
         result.worldToClip.m[1][column] = static_cast<float>(axis.y);
         result.worldToClip.m[2][column] = static_cast<float>(axis.z);
-        result.worldToClip.m[3][column] = static_cast<float>(shift);
+        result.worldToClip.m[3][column] = static_cast<float>(shift - (from | axis));
+    };
+    // The depth range is slightly larger than the box, because rounding would otherwise clip faces
+    // on its sides.
+    if (isOrthographic) {
+        const double margin = (farthest - nearest) * 0.01 + distance * 1e-3;
+        nearest -= margin;
+        farthest += margin;
+        const double scaleZ = 2.0 / (farthest - nearest);
+        set(0, axes.Right() * (scaleX / distance), 0.0);
+        set(1, axes.Up() * (scaleY / distance), 0.0);
+        set(2, forward * scaleZ, -nearest * scaleZ - 1.0);
+        set(3, forward * 0.0, 1.0);
+    } else {
+        // The ratio is limited, because it determines the depth precision.
+        farthest = std::max(farthest * 1.01, distance * 1e-3);
+        nearest = std::clamp(nearest * 0.99, farthest * 1e-4, farthest * 0.999);
+        const double range = farthest - nearest;
+        set(0, axes.Right() * scaleX, 0.0);
+        set(1, axes.Up() * scaleY, 0.0);
+        set(2, forward * ((farthest + nearest) / range), -2.0 * farthest * nearest / range);
+        set(3, forward, 0.0);
     }
-    result.eye = view.eye;
+    result.eye = from.ToVector();
     result.forward = forward.ToVector();
     result.right = axes.Right().ToVector();
     result.up = axes.Up().ToVector();
@@ -277,11 +267,11 @@ RenderView Camera::ToRenderView(const AxisAlignedBoundingBox& worldBox) const {
 }
 
 Vector Camera::ToPixel(const Vector& world) const {
-    const StrokeView view = ToStrokeView();
-    const Axes axes(view);
+    const Axes axes(ToStrokeView());
     const Precise offset = Precise(world) - axes.Eye();
     const double depth = -(offset | axes.Back());
-    const double perUnit = height * 0.5 / (HalfTangent(view.verticalFieldOfView) * depth);
+    const double scaleDepth = isOrthographic ? (Precise(target) - axes.Eye()).Length() : depth;
+    const double perUnit = height * 0.5 / (HalfTangent(fieldOfView) * scaleDepth);
     return Precise(width * 0.5 + (offset | axes.Right()) * perUnit,
                    height * 0.5 - (offset | axes.Up()) * perUnit,
                    depth)

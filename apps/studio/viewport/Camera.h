@@ -18,9 +18,9 @@ struct CameraPose {
 /// The viewport's camera: an eye that looks at a target, with an up direction, in perspective or
 /// orthographic projection. World space, right-handed. Motions are given in device pixels.
 ///
-/// Strokes need a perspective view (StrokeView). In orthographic projection the eye is moved far
-/// away and the field of view made small, so that strokes and the displayed image agree to a
-/// fraction of a pixel, and the depth of a point moves it by less than a pixel.
+/// In orthographic projection, the viewport shows the part of the plane through the target that it
+/// would show in perspective, and everything in front of or behind that plane. Switching the
+/// projection therefore keeps the screen size of objects at the target.
 class Camera {
 public:
     const Vector& Eye() const { return eye; }
@@ -30,7 +30,8 @@ public:
     float FieldOfView() const { return fieldOfView; }
 
     void SetSize(int widthPixels, int heightPixels);
-    /// From a document; keeps the size.
+    /// From a document; keeps the size. A view with a field of view below 5 degrees becomes
+    /// orthographic: scenes of earlier versions contain orthographic views in this form.
     void SetView(const StrokeView& view);
     /// Keeps the size.
     void SetPose(const CameraPose& pose);

@@ -11,6 +11,7 @@ StrokeView ViewOf(const CommandContext& context,
     view.width = camera.width.value_or(view.width);
     view.height = camera.height.value_or(view.height);
     view.verticalFieldOfView = camera.fieldOfView.value_or(view.verticalFieldOfView);
+    view.isOrthographic = camera.orthographic.value_or(view.isOrthographic);
     if (camera.eye) {
         view.eye = *camera.eye;
         view.target = camera.target.value_or(view.target);
@@ -31,7 +32,8 @@ StrokeView ViewOf(const CommandContext& context,
                        view.verticalFieldOfView,
                        static_cast<float>(view.width) / static_cast<float>(view.height),
                        up,
-                       frames);
+                       frames,
+                       view.isOrthographic);
     view.eye = framed.eye;
     view.target = framed.target;
     view.up = framed.up;

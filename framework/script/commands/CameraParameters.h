@@ -11,6 +11,7 @@ struct CameraParameters {
     std::optional<int> height;
     /// Vertical angle in degrees.
     std::optional<float> fieldOfView;
+    std::optional<bool> orthographic;
     std::optional<Vector> eye;
     std::optional<Vector> target;
     std::optional<Vector> up;
@@ -23,6 +24,7 @@ struct CameraParameters {
         visit("width", width);
         visit("height", height);
         visit("fieldOfView", fieldOfView);
+        visit("orthographic", orthographic);
         visit("eye", eye);
         visit("target", target);
         visit("up", up);

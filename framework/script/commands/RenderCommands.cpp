@@ -76,7 +76,8 @@ void Render(CommandContext& context,
     StrokeView view = document.View();
     if (parameters.camera) view = ViewOf(context, *parameters.camera, view, "/camera", frames);
     const RenderOptions options = OptionsOf(parameters, view);
-    const RenderCamera first{view.eye, view.target, view.up, view.verticalFieldOfView};
+    const RenderCamera first{
+        view.eye, view.target, view.up, view.verticalFieldOfView, view.isOrthographic};
     const bool beforeAfter = parameters.beforeAfter.value_or(false);
     const LevelGeometry& geometry = document.Geometry();
     const InitialSurface& surface = context.Kept<InitialSurface>();
