@@ -46,12 +46,10 @@ std::string Shown(const std::string& name) {
     return "'" + shown + "'";
 }
 
-/// Reads the first `wanted` bytes of a file in the document's folder or a subfolder.
-Bytes ReadExternalFile(const std::string& document,
-                       const std::string& name,
-                       std::uint64_t wanted,
-                       const std::string& location,
-                       JobControl* job) {
+/// The path of a file in the document's folder or a subfolder. \throw HostError as ReadGltfFile.
+fs::path ExternalPath(const std::string& document,
+                      const std::string& name,
+                      const std::string& location) {
     if (name.find('\0') != std::string::npos) {
         throw HostError(location + Shown(name) + " is not the name of a file");
     }
@@ -80,23 +78,7 @@ Bytes ReadExternalFile(const std::string& document,
     if (relative.empty() || *relative.begin() == "..") {
         refuseOutside();
     }
-    std::string reason;
-    try {
-        InputFile file(path.string(), job);
-        if (file.Remaining() >= wanted) {
-            const auto count = static_cast<std::size_t>(wanted);
-            const unsigned char* bytes = count == 0 ? nullptr : file.Take(count);
-            if (bytes != nullptr) {
-                return Bytes(bytes, bytes + count);
-            }
-            return {};
-        }
-        reason = Shown(name) + " has " + std::to_string(file.Remaining()) +
-                 " bytes, fewer than its byteLength of " + std::to_string(wanted);
-    } catch (const HostError& refused) {
-        reason = refused.what();
-    }
-    throw HostError(location + reason);
+    return path;
 }
 
 Bytes ReadDataUri(const std::string& uri, std::uint64_t wanted, const std::string& location) {
@@ -135,13 +117,39 @@ GltfBuffers::GltfBuffers(const std::string& path, std::string_view text, JobCont
         const std::string location = path + ": buffer " + std::to_string(number) + ": ";
         contents[number] = uri.starts_with("data:")
                                ? ReadDataUri(uri, wanted, location)
-                               : ReadExternalFile(path, Decoded(uri), wanted, location, job);
+                               : ReadGltfFile(path, uri, wanted, location, job);
         buffer["uri"] = "data:application/octet-stream;base64,AA==";
         buffer["byteLength"] = 1;
     }
     if (!contents.empty()) {
         changed = document.dump();
     }
+}
+
+std::vector<unsigned char> ReadGltfFile(const std::string& document,
+                                        const std::string& uri,
+                                        std::optional<std::uint64_t> wanted,
+                                        const std::string& location,
+                                        JobControl* job) {
+    const std::string name = Decoded(uri);
+    const fs::path path = ExternalPath(document, name, location);
+    std::string reason;
+    try {
+        InputFile file(path.string(), job);
+        if (file.Remaining() >= wanted.value_or(0)) {
+            const auto count = static_cast<std::size_t>(wanted.value_or(file.Remaining()));
+            const unsigned char* bytes = count == 0 ? nullptr : file.Take(count);
+            if (bytes != nullptr) {
+                return Bytes(bytes, bytes + count);
+            }
+            return {};
+        }
+        reason = Shown(name) + " has " + std::to_string(file.Remaining()) +
+                 " bytes, fewer than its byteLength of " + std::to_string(*wanted);
+    } catch (const HostError& refused) {
+        reason = refused.what();
+    }
+    throw HostError(location + reason);
 }
 
 void GltfBuffers::MoveInto(tinygltf::Model& model) {

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,5 +42,16 @@ private:
     std::map<std::size_t, std::vector<unsigned char>> contents;
     std::string changed;
 };
+
+/// Reads a file that a glTF document names, in the document's folder or a subfolder.
+/// \param document  path of the document. \param uri  the name, with percent escapes.
+/// \param wanted  number of bytes to read from its start; empty: all of them.
+/// \throw HostError that begins with `location`, if the file is in another folder, shorter than
+/// `wanted` or cannot be read.
+std::vector<unsigned char> ReadGltfFile(const std::string& document,
+                                        const std::string& uri,
+                                        std::optional<std::uint64_t> wanted,
+                                        const std::string& location,
+                                        JobControl* job = nullptr);
 
 }  // namespace trovik

@@ -2,8 +2,11 @@
 #include "engine/ActionStart.h"
 
 #include "framework/errors/HostError.h"
+#include "framework/files/StandaloneMesh.h"
 #include "framework/io/ContentHash.h"
 #include "framework/io/FilePath.h"
+
+#include <QTemporaryFile>
 
 #include <filesystem>
 #include <system_error>
@@ -58,7 +61,13 @@ std::string ActionStart::FileFor(const std::string& scriptPath) const {
                         ": the actions start from the original content of this file, which was "
                         "replaced and could not be kept: " +
                         problem);
-    const std::string& original = kept.empty() ? source : kept;
+    std::string original = kept.empty() ? source : kept;
+    // Removed as soon as it has been linked or copied to its final name. In the folder of the
+    // script, because references to other files are relative to that folder.
+    QTemporaryFile standalone(QString::fromStdString(scriptPath) + QStringLiteral(".XXXXXX"));
+    if (LowerExtension(original) != ".trovik" && standalone.open() &&
+        WriteStandaloneMesh(original, source, standalone.fileName().toStdString()))
+        original = standalone.fileName().toStdString();
     fs::path copy = scriptPath;
     try {
         for (int number = 1;; ++number) {

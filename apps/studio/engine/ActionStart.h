@@ -26,8 +26,9 @@ public:
     bool NeedsCopy() const { return isTemporary || !kept.empty() || !problem.empty(); }
     /// The file with which a script starts: the source, or a copy next to the script, named
     /// NAME.start.EXTENSION, which this function writes. If a different file has that name, the
-    /// copy is named NAME.start-2.EXTENSION and so on; no existing file is changed. Only the file
-    /// itself is copied, not the files to which it refers.
+    /// copy is named NAME.start-2.EXTENSION and so on; no existing file is changed. The copy of a
+    /// glTF or OBJ file contains the files to which it refers, or they are copied too; see
+    /// WriteStandaloneMesh.
     /// \throw HostError if the content was not kept, or the copy cannot be written.
     std::string FileFor(const std::string& scriptPath) const;
 

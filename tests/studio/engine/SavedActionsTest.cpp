@@ -3,11 +3,16 @@
 /// \file
 /// Scripts of the actions on a document, which replay to the same scene.
 #include "engine/ActionStart.h"
+#include "framework/files/MeshFiles.h"
 #include "framework/io/ContentHash.h"
 #include "framework/script/ScriptRunner.h"
 #include "tests/files/TemporaryFolder.h"
 #include "tests/studio/engine/StudioEngine.h"
 
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
 #include <filesystem>
 
 namespace trovik::studio {
@@ -120,6 +125,74 @@ TEST_F(StudioEngine, SavedActionsNeedNoCopyWhileTheOpenedFileRemains) {
     Finish();
     EXPECT_EQ(start, QString());
     EXPECT_FALSE(std::filesystem::exists(Path("actions.start.obj")));
+}
+
+TEST(ActionStart, ContainsTheBuffersAndImagesOfAGltfFile) {
+    const TemporaryFolder folder;
+    const auto path = [&](const char* name) { return folder.Path(name); };
+    std::filesystem::create_directories(path("model/images"));
+    std::filesystem::create_directories(path("elsewhere"));
+    // A triangle: three positions and three indices.
+    const float positions[9] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+    const uint16_t indices[4] = {0, 1, 2, 0};
+    folder.Fill("model/a b.bin",
+                std::string(reinterpret_cast<const char*>(positions), sizeof positions) +
+                    std::string(reinterpret_cast<const char*>(indices), sizeof indices));
+    folder.Fill("model/images/skin.png", "image");
+    folder.Fill("model/head.gltf", R"({"asset": {"version": "2.0"}, "scene": 0,
+        "scenes": [{"nodes": [0]}], "nodes": [{"mesh": 0}],
+        "meshes": [{"primitives": [{"attributes": {"POSITION": 0}, "indices": 1}]}],
+        "buffers": [{"uri": "a%20b.bin", "byteLength": 44}],
+        "bufferViews": [{"buffer": 0, "byteLength": 36},
+                        {"buffer": 0, "byteOffset": 36, "byteLength": 6}],
+        "accessors": [{"bufferView": 0, "componentType": 5126, "count": 3, "type": "VEC3",
+                       "min": [0, 0, 0], "max": [1, 1, 0]},
+                      {"bufferView": 1, "componentType": 5123, "count": 3, "type": "SCALAR"}],
+        "images": [{"uri": "images/skin.png"}, {"uri": "images/none.png"}]})");
+    ActionStart start(path("model/head.gltf"), path("work.journal"), false);
+    EXPECT_EQ(start.FileFor(path("elsewhere/script.json")), path("model/head.gltf"));
+    start.KeepBeforeWriting(path("model/head.gltf"));
+    std::filesystem::rename(folder.Fill("new.gltf", "replaced"), path("model/head.gltf"));
+    for (int times = 0; times < 2; ++times)
+        ASSERT_EQ(start.FileFor(path("elsewhere/script.json")),
+                  path("elsewhere/script.start.gltf"));
+    const std::string copy = TemporaryFolder::Content(path("elsewhere/script.start.gltf"));
+    const nlohmann::json document = nlohmann::json::parse(copy);
+    EXPECT_EQ(document["images"][0]["uri"], "data:image/png;base64,aW1hZ2U=");
+    EXPECT_EQ(document["images"][1]["uri"], "images/none.png") << "the file does not exist";
+    // The copy can be read without the folder of the original.
+    std::filesystem::remove_all(path("model"));
+    const PolygonMesh mesh = ReadMeshFile(path("elsewhere/script.start.gltf"));
+    ASSERT_EQ(mesh.positions.size(), 3u);
+    EXPECT_EQ(mesh.positions[1][0], 1.0f);
+}
+
+TEST(ActionStart, CopiesTheMaterialFilesOfAnObjFile) {
+    const TemporaryFolder folder;
+    const auto path = [&](const char* name) { return folder.Path(name); };
+    std::filesystem::create_directories(path("model"));
+    std::filesystem::create_directories(path("elsewhere"));
+    folder.Fill("model/skin 1.mtl", "newmtl skin\nmap_Kd skin.png\n");
+    const std::string faces = "v 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl skin\nf 1 2 3\n";
+    folder.Fill("model/head.obj", "# a comment\nmtllib skin 1.mtl\n" + faces);
+    ActionStart start(path("model/head.obj"), path("work.journal"), false);
+    start.KeepBeforeWriting(path("model/head.obj"));
+    std::filesystem::rename(folder.Fill("new.obj", "replaced"), path("model/head.obj"));
+    for (int times = 0; times < 2; ++times)
+        ASSERT_EQ(start.FileFor(path("elsewhere/script.json")), path("elsewhere/script.start.obj"));
+    EXPECT_EQ(TemporaryFolder::Content(path("elsewhere/script.start.obj")),
+              "# a comment\nmtllib skin 1.mtl\n" + faces);
+    const std::string materials = TemporaryFolder::Content(path("elsewhere/skin 1.mtl"));
+    EXPECT_THAT(materials, testing::HasSubstr("newmtl skin"));
+    EXPECT_THAT(materials, testing::HasSubstr("../model/skin.png"));
+    // Next to the original, its material file is used.
+    EXPECT_EQ(start.FileFor(path("model/script.json")), path("model/script.start.obj"));
+    EXPECT_EQ(TemporaryFolder::Content(path("model/script.start.obj")),
+              "# a comment\nmtllib skin 1.mtl\n" + faces);
+    std::size_t files = 0;
+    for ([[maybe_unused]] const auto& file : std::filesystem::directory_iterator(path("elsewhere")))
+        ++files;
+    EXPECT_EQ(files, 2u) << "no temporary file remains";
 }
 
 TEST(ActionStart, KeepsExistingFilesThatHaveTheNameOfItsCopy) {
