@@ -15,6 +15,7 @@ ScriptPlayer::ScriptPlayer(Engine& given, QObject* parent) : QObject(parent), en
     timer.setTimerType(Qt::PreciseTimer);
     connect(&timer, &QTimer::timeout, this, &ScriptPlayer::Advance);
     connect(&engine, &Engine::DabShown, this, &ScriptPlayer::ShowDab);
+    connect(&engine, &Engine::OpenRequested, this, &ScriptPlayer::NoteOpen);
 }
 
 void ScriptPlayer::Run(const QString& path) { Read(path, State::Running); }
@@ -24,12 +25,14 @@ void ScriptPlayer::Load(const QString& path) { Read(path, State::Paused); }
 void ScriptPlayer::Read(const QString& path, State first) {
     // A step that waits to show a dab would hold up the request on the engine thread.
     Stop();
+    reading = path;
     auto file = std::make_shared<ScriptFile>();
     engine.Prepare(
         tr("Reading the script"),
         [file, path] { *file = ReadScriptFile(path); },
         [self = QPointer(this), file, first, number = ++newestRead](const QString& error) {
             if (self.isNull() || self->newestRead != number) return;
+            self->reading.clear();
             if (error.isEmpty())
                 self->Begin(std::move(*file), first);
             else
@@ -63,7 +66,20 @@ void ScriptPlayer::Begin(ScriptFile file, State first) {
         disconnect(failed);
         Finish(error);
     });
+    isOpening = true;
     engine.Open(file.request);
+    isOpening = false;
+}
+
+void ScriptPlayer::NoteOpen() {
+    if (isOpening) return;
+    if (!reading.isEmpty()) {
+        ++newestRead;
+        Q_EMIT Refused(tr("%1: the script was not run, because another document was opened while "
+                          "it was being read")
+                           .arg(std::exchange(reading, {})));
+    }
+    End(tr("another document was opened"));
 }
 
 void ScriptPlayer::WhenOpened() {
@@ -154,13 +170,15 @@ void ScriptPlayer::Step() {
         RunNext();
 }
 
-void ScriptPlayer::Stop() {
+void ScriptPlayer::Stop() { End(tr("stopped")); }
+
+void ScriptPlayer::End(const QString& reason) {
     if (state == State::Idle) return;
     disconnect(opened);
     disconnect(failed);
     timer.stop();
     engine.ReleaseDabs();
-    Finish(tr("stopped"));
+    Finish(reason);
 }
 
 QString ScriptPlayer::StepText() const {

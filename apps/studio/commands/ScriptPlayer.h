@@ -38,7 +38,8 @@ public:
 
     /// Stops the current script, reads another one on the engine thread, and then runs all of its
     /// steps at once. If it cannot be read (Refused), the document does not change. A later call of
-    /// Run or Load replaces a script that is being read.
+    /// Run or Load replaces a script that is being read. If another document is opened meanwhile,
+    /// the script is not run (Refused); if it is opened later, the script ends (Finished).
     void Run(const QString& path);
     /// Reads a script as Run does, and opens its document; then the state is Paused before the
     /// first step.
@@ -76,6 +77,9 @@ Q_SIGNALS:
 private:
     void Read(const QString& path, State first);
     void Begin(ScriptFile file, State first);
+    /// Drops the script when another document is requested.
+    void NoteOpen();
+    void End(const QString& reason);
     void WhenOpened();
     void RunNext();
     void StepDone(const QString& error);
@@ -99,6 +103,10 @@ private:
     unsigned script = 0;
     /// Counts the calls of Run and Load.
     unsigned newestRead = 0;
+    /// Path of the script that is being read; empty if there is none.
+    QString reading;
+    /// Whether the document of the script is being requested.
+    bool isOpening = false;
     double speed = 60.0;
     /// Time between two dabs.
     QTimer timer;

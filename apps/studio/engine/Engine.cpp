@@ -36,6 +36,7 @@ void Engine::NoteBusy(uint64_t request) {
 void Engine::Open(const OpenRequest& request) {
     OpenRequest withPreferences = request;
     withPreferences.preferences = preferences;
+    Q_EMIT OpenRequested();
     worker->Post(std::move(withPreferences));
 }
 

@@ -157,6 +157,8 @@ public:
     const ToolSetting* Setting(const std::string& name) const;
 
 Q_SIGNALS:
+    /// A document is about to be requested by Open.
+    void OpenRequested();
     void Opened();
     void Saved(const QString& scenePath);
     /// Updates are available from TakeUpdates. Sent once until TakeUpdates is called.

@@ -74,6 +74,49 @@ TEST_F(PlayedScript, AppliesAllFieldsOfTheSetup) {
     EXPECT_EQ(HashFile(Path("studio.trovik")), HashFile(Path("command.trovik")));
 }
 
+// Each request is carried out after the script was read, so the script has to be dropped.
+TEST_F(PlayedScript, IsDroppedWhenAnotherDocumentIsOpened) {
+    OpenBust();
+    QStringList refusals, ends;
+    int opened = 0;
+    QObject::connect(
+        &player, &ScriptPlayer::Refused, [&](const QString& reason) { refusals << reason; });
+    QObject::connect(
+        &player, &ScriptPlayer::Finished, [&](int, const QString& reason) { ends << reason; });
+    QObject::connect(engine.get(), &Engine::Opened, [&] { ++opened; });
+    OpenRequest other;
+    other.meshPath = trovik::test::SourceFolder() + "/examples/meshes/bust.obj";
+    const nlohmann::json subdivide = {{"steps", {{{"subdivide", 1}}}}};
+    player.Run(Write(subdivide));
+    engine->Open(other);
+    Finish();
+    EXPECT_EQ(opened, 1);
+    ASSERT_EQ(refusals.size(), 1);
+    EXPECT_THAT(refusals.first().toStdString(),
+                testing::AllOf(testing::StartsWith(Path("script.json")),
+                               testing::HasSubstr("another document was opened")));
+    EXPECT_EQ(engine->State()->levels.size(), 1u) << "the script did not change the other document";
+    EXPECT_TRUE(ends.isEmpty());
+
+    // The same script runs on a document that stays open.
+    player.Run(Write(subdivide));
+    ASSERT_TRUE(WaitFor([&] { return ends.size() == 1; }));
+    Finish();
+    EXPECT_EQ(ends.first(), "");
+    EXPECT_EQ(engine->State()->levels.size(), 2u);
+
+    // A script that waits between two steps ends.
+    player.Load(Write(subdivide));
+    ASSERT_TRUE(WaitFor([&] { return player.GetState() == ScriptPlayer::State::Paused; }));
+    engine->Open(other);
+    EXPECT_EQ(player.GetState(), ScriptPlayer::State::Idle);
+    ASSERT_EQ(ends.size(), 2);
+    EXPECT_THAT(ends.last().toStdString(), testing::HasSubstr("another document"));
+    Finish();
+    EXPECT_EQ(refusals.size(), 1);
+    EXPECT_TRUE(failures.empty());
+}
+
 TEST_F(PlayedScript, RefusesWhatCannotBeApplied) {
     const std::string mesh = trovik::test::SourceFolder() + "/examples/meshes/bust.obj";
     const auto none = nlohmann::json::array();
