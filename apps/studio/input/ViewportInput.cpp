@@ -1,17 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "input/ViewportInput.h"
 
-#include "commands/ActionRegistry.h"
 #include "engine/Engine.h"
 #include "input/BrushCursor.h"
 #include "input/CameraGesture.h"
 #include "input/StrokeGesture.h"
 #include "viewport/ViewportWidget.h"
 
-#include <QKeyEvent>
-#include <QWheelEvent>
-
-#include <cmath>
 #include <utility>
 
 namespace trovik::studio {
@@ -19,25 +14,6 @@ namespace trovik::studio {
 namespace {
 
 constexpr int tickMilliseconds = 16;
-/// One wheel notch, 120 units, changes the distance by a tenth.
-constexpr double unitsPerFactor = 120.0;
-constexpr double wheelFactor = 0.9;
-
-class Nesting {
-public:
-    explicit Nesting(int& counter) : depth(counter) { ++depth; }
-    ~Nesting() { --depth; }
-    Nesting(const Nesting&) = delete;
-    Nesting& operator=(const Nesting&) = delete;
-
-private:
-    int& depth;
-};
-
-const QColor plainRing(245, 245, 245);
-const QColor invertRing(255, 150, 80);
-const QColor smoothRing(110, 190, 255);
-const QColor maskRing(255, 225, 90);
 
 }  // namespace
 
@@ -80,13 +56,6 @@ ViewportInput::ViewportInput(Engine& ofEngine, ActionRegistry& registry, Viewpor
 
 ViewportInput::~ViewportInput() = default;
 
-bool ViewportInput::IsHeld(const char* action) const {
-    const QList<QKeySequence> bound = actions.Keys(QString::fromLatin1(action));
-    for (const QKeySequence& key : bound)
-        if (keys.IsHeld(key)) return true;
-    return false;
-}
-
 void ViewportInput::SelectNext(SelectionGesture::Shape shape, SelectionGesture::Done done) {
     selection = Selection{shape, std::move(done)};
     viewport.setCursor(Qt::CrossCursor);
@@ -99,7 +68,7 @@ void ViewportInput::PlayTick(double milliseconds) {
 }
 
 void ViewportInput::Handle(const PointerEvent& event) {
-    const Nesting nesting(handlingDepth);
+    const Handling handling(*this);
     if (!pending.empty()) {
         pending.push_back(event);
         return;
@@ -237,96 +206,6 @@ Vector ViewportInput::Anchor() const {
     if (box.IsEmpty()) return viewport.View().Target();
     return {
         (box.minX + box.maxX) * 0.5f, (box.minY + box.maxY) * 0.5f, (box.minZ + box.maxZ) * 0.5f};
-}
-
-void ViewportInput::KeyPressed(int key) {
-    const Nesting nesting(handlingDepth);
-    ShowRingColor();
-    if (key == Qt::Key_Escape || IsHeld("stroke.abandon")) {
-        selection.reset();
-        viewport.unsetCursor();
-        // A released stroke may still be waiting for its last dabs.
-        if (gesture == nullptr) engine.AbandonStroke();
-        End(false);
-        return;
-    }
-    if (gesture != nullptr) {
-        if (gesture->GoesOnWithoutButton() && (key == Qt::Key_Return || key == Qt::Key_Enter))
-            End(true);
-        return;
-    }
-    if (!viewport.hasFocus() || !cursor->Position()) return;
-    for (const auto& [action, value] :
-         {std::pair("brush.radius", ValueGesture::Value::Radius),
-          std::pair("brush.strength", ValueGesture::Value::Strength)}) {
-        if (!IsHeld(action) || engine.State() == nullptr) continue;
-        auto next = std::make_unique<ValueGesture>(
-            engine, *cursor, value, *cursor->Position(), viewport.devicePixelRatioF());
-        ValueGesture* const begun = next.get();
-        Begin(std::move(next), Qt::NoButton);
-        valueGesture = begun;
-        gestureKey = key;
-        return;
-    }
-}
-
-// Hold the key, drag and release; or tap the key, move and click.
-void ViewportInput::KeyReleased(int key) {
-    const Nesting nesting(handlingDepth);
-    ShowRingColor();
-    if (valueGesture != nullptr && key == gestureKey && valueGesture->HasChanged()) End(true);
-}
-
-bool ViewportInput::TypeNumber(const QKeyEvent& event) {
-    if (valueGesture == nullptr || !valueGesture->Type(event.key(), event.text())) return false;
-    // A typed number is confirmed by a key, not by releasing the key that began the gesture.
-    gestureKey = 0;
-    ShowHud();
-    return true;
-}
-
-bool ViewportInput::eventFilter(QObject* watched, QEvent* event) {
-    switch (event->type()) {
-        case QEvent::ShortcutOverride:
-            // While a gesture is active, keys do not trigger shortcuts.
-            if (gesture != nullptr) {
-                event->accept();
-                return true;
-            }
-            break;
-        case QEvent::KeyPress:
-            if (TypeNumber(*static_cast<QKeyEvent*>(event))) return true;
-            break;
-        case QEvent::MouseButtonPress:
-            keys.Synchronise(static_cast<QMouseEvent*>(event)->modifiers());
-            break;
-        case QEvent::Wheel:
-            Wheel(*static_cast<QWheelEvent*>(event));
-            return true;
-        case QEvent::FocusOut:
-            End(true);
-            break;
-        default:
-            break;
-    }
-    return QObject::eventFilter(watched, event);
-}
-
-void ViewportInput::Wheel(const QWheelEvent& event) {
-    if (gesture != nullptr) return;
-    const double notches = event.angleDelta().y() / unitsPerFactor;
-    Camera camera = viewport.View();
-    const Vector anchor = cursor->Hit().isHit ? cursor->Hit().position : Anchor();
-    camera.Dolly(anchor, static_cast<float>(std::pow(wheelFactor, notches)));
-    viewport.SetView(camera);
-}
-
-void ViewportInput::ShowRingColor() {
-    QColor color = plainRing;
-    if (IsHeld("stroke.mask")) color = maskRing;
-    if (IsHeld("stroke.invert")) color = invertRing;
-    if (IsHeld("stroke.smooth")) color = smoothRing;
-    cursor->SetColor(color);
 }
 
 void ViewportInput::ShowHud() {

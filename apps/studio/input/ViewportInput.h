@@ -100,6 +100,18 @@ private:
     void ShowHud();
     bool IsHeld(const char* action) const;
 
+    /// Marks the time during which an event is handled; see IsHandling.
+    class Handling {
+    public:
+        explicit Handling(ViewportInput& of) : input(of) { ++input.handlingDepth; }
+        ~Handling() { --input.handlingDepth; }
+        Handling(const Handling&) = delete;
+        Handling& operator=(const Handling&) = delete;
+
+    private:
+        ViewportInput& input;
+    };
+
     Engine& engine;
     ActionRegistry& actions;
     ViewportWidget& viewport;
