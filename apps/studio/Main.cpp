@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CommandLine.h"
 #include "StudioApplication.h"
+#include "Translations.h"
 #include "window/UiWatchdog.h"
 
 #include <QApplication>
+#include <QLocale>
 
 #include <cstdio>
 #include <memory>
@@ -53,6 +55,7 @@ int main(int argc, char** argv) {
     QApplication::setApplicationVersion(QStringLiteral(TROVIK_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("org.trovik.Studio"));
 
+    const Translations translations(QLocale().uiLanguages(), TranslationFolders());
     StudioApplication studio(*commandLine);
     studio.Start();
     const int result = QApplication::exec();
