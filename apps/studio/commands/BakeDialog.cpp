@@ -24,7 +24,6 @@ BakeDialog::BakeDialog(Engine& given, const DocumentState& state, QWidget* paren
     : FormDialog(tr("Bake Map"), tr("Bake…"), parent), engine(given) {
     picture = new QLabel(this);
     picture->setAccessibleName(tr("Preview"));
-    picture->setToolTip(tr("The map at low resolution; grey: no displacement"));
     picture->setAlignment(Qt::AlignCenter);
     picture->setWordWrap(true);
     picture->setFrameShape(QFrame::StyledPanel);
@@ -47,12 +46,12 @@ BakeDialog::BakeDialog(Engine& given, const DocumentState& state, QWidget* paren
         levels.push_back({tr("Level %1 (%2 faces)").arg(i).arg(CountText(state.levels[i].faces)),
                           static_cast<int>(i)});
     from = AddChoice(tr("Detail from"), tr("The level whose detail is baked"), levels);
-    from->setCurrentIndex(static_cast<int>(state.currentLevel));
+    from->setCurrentIndex(static_cast<int>(state.levels.size()) - 1);
     to = AddChoice(tr("Onto"), tr("The coarser level that the map is for"), levels);
-    size =
-        AddChoice(tr("Size"),
-                  tr("Width and height in pixels"),
-                  {{"512", 512}, {"1024", 1024}, {"2048", 2048}, {"4096", 4096}, {"8192", 8192}});
+    Choices sizes;
+    for (const int side : {512, 1024, 2048, 4096, 8192})
+        sizes.push_back({tr("%1 × %1 pixels").arg(side), side});
+    size = AddChoice(tr("Size"), tr("Width and height of the map"), sizes);
     size->setCurrentIndex(2);
     format =
         AddChoice(tr("Format"),
@@ -60,12 +59,13 @@ BakeDialog::BakeDialog(Engine& given, const DocumentState& state, QWidget* paren
                   {{"OpenEXR (.exr)", ".exr"}, {"TIFF (.tif)", ".tif"}, {"PNG (.png)", ".png"}});
     bits = AddChoice(tr("Depth"),
                      tr("How exactly values are stored"),
-                     {{tr("32-bit float"), "float"}, {tr("16 bits"), 16}});
+                     {{tr("32-bit float"), "float"}, {tr("16-bit integer"), 16}});
     samples = AddChoice(tr("Samples"),
                         tr("Samples per pixel; more are slower and smoother"),
                         {{"1", 1}, {"4", 4}, {"16", 16}});
     samples->setCurrentIndex(1);
-    padding = AddWhole(tr("Padding"), tr("Padding in pixels beyond the UV seams"), 0, 256, 8);
+    padding = AddWhole(tr("Padding"), tr("Width of the border around UV islands"), 0, 256, 8);
+    padding->setSuffix(tr(" pixels"));
     repeat = AddCheck(tr("Repeats"), tr("The UVs run beyond 0 to 1, so the map repeats"), false);
     connect(map, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
     connect(format, &QComboBox::currentIndexChanged, this, &BakeDialog::ShowOptions);
@@ -81,7 +81,10 @@ BakeDialog::~BakeDialog() { *cancel = true; }
 QString BakeDialog::Extension() const { return format->currentData().toString(); }
 
 void BakeDialog::ShowOptions() {
-    ShowRow(space, map->currentData() != "displacement");
+    const QVariant kind = map->currentData();
+    ShowRow(space, kind != "displacement");
+    picture->setToolTip(kind == "normal" ? tr("The map at low resolution")
+                                         : tr("The map at low resolution; grey: no displacement"));
     // PNG supports only integers.
     ShowRow(bits, Extension() != QLatin1String(".png"));
     GoButton()->setEnabled(from->currentData().toInt() > to->currentData().toInt());

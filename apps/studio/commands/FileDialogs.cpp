@@ -174,13 +174,23 @@ DisplacementDialog::DisplacementDialog(const QString& fileName, QWidget* parent)
         tr("Space"),
         tr("Whether vectors are relative to the surface or to the mesh"),
         {{tr("As in the file"), QString()}, {tr("Tangent"), "tangent"}, {tr("Object"), "object"}});
-    strength = AddNumber(tr("Strength"), tr("Multiplies the displacement"), -1000, 1000, 1);
+    strength = AddNumber(tr("Strength"),
+                         tr("Multiplies the displacement; negative values invert it"),
+                         -100000,
+                         100000,
+                         100,
+                         {1, 10.0, tr(" %")});
     hasScale = AddCheck(tr("Custom range"),
                         tr("Sets the mid value and the scale, for maps that do not specify them"),
                         false);
-    mid =
-        AddNumber(tr("Middle"), tr("The value that leaves the surface unchanged"), -1e6, 1e6, 0.5);
-    scale = AddNumber(tr("Scale"), tr("Length that the value 1 represents"), -1e6, 1e6, 1);
+    mid = AddNumber(
+        tr("Middle"), tr("The value that leaves the surface unchanged"), -1e6, 1e6, 0.5, {4, 0.1});
+    scale = AddNumber(tr("Scale"),
+                      tr("Length that the value 1 represents, in world units"),
+                      -1e6,
+                      1e6,
+                      1,
+                      {4, 0.1});
     repeat = AddCheck(tr("Repeats"), tr("Repeats the map beyond its borders"), false);
     ShowRow(mid, false);
     ShowRow(scale, false);
@@ -191,7 +201,8 @@ DisplacementDialog::DisplacementDialog(const QString& fileName, QWidget* parent)
 }
 
 nlohmann::json DisplacementDialog::Options() const {
-    nlohmann::json options = {{"strength", strength->value()}, {"repeat", repeat->isChecked()}};
+    nlohmann::json options = {{"strength", strength->value() / 100.0},
+                              {"repeat", repeat->isChecked()}};
     if (!ChosenText(map).empty()) options["map"] = ChosenText(map);
     if (!ChosenText(space).empty()) options["space"] = ChosenText(space);
     if (hasScale->isChecked()) {

@@ -65,10 +65,16 @@ QSpinBox* FormDialog::AddWhole(
     return Add(box, label, tip);
 }
 
-QDoubleSpinBox* FormDialog::AddNumber(
-    const QString& label, const QString& tip, double least, double most, double value) {
+QDoubleSpinBox* FormDialog::AddNumber(const QString& label,
+                                      const QString& tip,
+                                      double least,
+                                      double most,
+                                      double value,
+                                      const NumberFormat& format) {
     auto* box = new QDoubleSpinBox(this);
-    box->setDecimals(4);
+    box->setDecimals(format.decimals);
+    box->setSingleStep(format.step);
+    box->setSuffix(format.suffix);
     box->setRange(least, most);
     box->setValue(value);
     return Add(box, label, tip);

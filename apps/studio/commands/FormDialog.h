@@ -31,8 +31,18 @@ public:
     QComboBox* AddChoice(const QString& label, const QString& tip, const Choices& choices);
     QCheckBox* AddCheck(const QString& label, const QString& tip, bool isOn);
     QSpinBox* AddWhole(const QString& label, const QString& tip, int least, int most, int value);
-    QDoubleSpinBox* AddNumber(
-        const QString& label, const QString& tip, double least, double most, double value);
+    /// How a number is shown and changed by one step of the wheel or of an arrow.
+    struct NumberFormat {
+        int decimals = 4;
+        double step = 1.0;
+        QString suffix = {};
+    };
+    QDoubleSpinBox* AddNumber(const QString& label,
+                              const QString& tip,
+                              double least,
+                              double most,
+                              double value,
+                              const NumberFormat& format);
     QLabel* AddText(const QString& label);
     void AddRow(QWidget* widget);
     void ShowRow(QWidget* control, bool shown);

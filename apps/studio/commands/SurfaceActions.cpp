@@ -7,6 +7,10 @@
 #include <QDoubleSpinBox>
 #include <QSpinBox>
 
+#include <algorithm>
+#include <cmath>
+#include <string_view>
+
 namespace trovik::studio {
 
 namespace {
@@ -23,37 +27,62 @@ struct FilterAction {
     int iterations;
 };
 
+FormDialog::NumberFormat Percent() { return {1, 5.0, QStringLiteral(" %")}; }
+
+/// A hundredth of the size of the surface, as a decimal power: a length with a visible but small
+/// effect.
+double SmallLength(const ActionContext& context) {
+    const AxisAlignedBoundingBox box =
+        context.engine.HasDocument() ? context.engine.Document().bounds : AxisAlignedBoundingBox();
+    if (box.IsEmpty()) return 0.1;
+    const double size = std::max({static_cast<double>(box.maxX) - box.minX,
+                                  static_cast<double>(box.maxY) - box.minY,
+                                  static_cast<double>(box.maxZ) - box.minZ});
+    return size > 0.0 ? std::pow(10.0, std::floor(std::log10(size * 0.0101))) : 0.1;
+}
+
+/// The format of lengths of about this size.
+FormDialog::NumberFormat LengthFormat(double length) {
+    const int decimals = static_cast<int>(std::ceil(-std::log10(length))) + 2;
+    return {std::clamp(decimals, 2, 9), length};
+}
+
 void RunFilter(const ActionContext& context, const FilterAction& row) {
     FormDialog dialog(row.text, Text::tr("Apply"), context.window);
     const bool sharpens = std::string_view(row.kind) == "sharpen";
     QDoubleSpinBox* strength =
         dialog.AddNumber(Text::tr("Strength"),
-                         sharpens ? Text::tr("The factor by which details grow")
-                                  : Text::tr("The fraction of the way to the smooth surface"),
+                         sharpens ? Text::tr("How much details grow in each iteration")
+                                  : Text::tr("How far each iteration moves vertices towards the "
+                                             "mean of their neighbours"),
                          0.0,
-                         sharpens ? 10.0 : 1.0,
-                         0.5);
+                         sharpens ? 1000.0 : 100.0,
+                         50.0,
+                         Percent());
     QSpinBox* iterations = dialog.AddWhole(Text::tr("Iterations"),
                                            Text::tr("More iterations affect larger details"),
                                            1,
                                            1000,
                                            row.iterations);
     if (dialog.exec() != QDialog::Accepted) return;
-    context.Run(
-        "filter",
-        {{"kind", row.kind}, {"strength", strength->value()}, {"iterations", iterations->value()}},
-        row.text);
+    context.Run("filter",
+                {{"kind", row.kind},
+                 {"strength", strength->value() / 100.0},
+                 {"iterations", iterations->value()}},
+                row.text);
 }
 
 void Inflate(const ActionContext& context) {
     const QString title = Text::tr("Inflate");
     FormDialog dialog(title, Text::tr("Apply"), context.window);
-    QDoubleSpinBox* amount = dialog.AddNumber(
-        Text::tr("Distance"),
-        Text::tr("The distance in units of the scene; negative values move inwards"),
-        -1e6,
-        1e6,
-        0.1);
+    const double length = SmallLength(context);
+    QDoubleSpinBox* amount =
+        dialog.AddNumber(Text::tr("Distance"),
+                         Text::tr("Distance in world units; negative values move inwards"),
+                         -1e6,
+                         1e6,
+                         length,
+                         LengthFormat(length));
     if (dialog.exec() != QDialog::Accepted) return;
     context.Run("filter", {{"kind", "inflate"}, {"amount", amount->value()}}, title);
 }
@@ -68,14 +97,25 @@ void TransformUnmasked(const ActionContext& context) {
     QComboBox* axis = dialog.AddChoice(Text::tr("Rotation axis"),
                                        Text::tr("A world axis through the pivot"),
                                        {{"X", 0}, {"Y", 1}, {"Z", 2}});
-    QDoubleSpinBox* angle = dialog.AddNumber(
-        Text::tr("Angle"), Text::tr("Degrees, counterclockwise"), -360.0, 360.0, 0.0);
-    QDoubleSpinBox* scale = dialog.AddNumber(
-        Text::tr("Scale"), Text::tr("The factor for all directions"), 0.001, 1000.0, 1.0);
+    QDoubleSpinBox* angle =
+        dialog.AddNumber(Text::tr("Angle"),
+                         Text::tr("Counterclockwise, seen from the tip of the axis"),
+                         -360.0,
+                         360.0,
+                         0.0,
+                         {1, 5.0, QStringLiteral("°")});
+    QDoubleSpinBox* scale = dialog.AddNumber(Text::tr("Scale"),
+                                             Text::tr("In all directions; 100 % keeps the size"),
+                                             0.1,
+                                             100000.0,
+                                             100.0,
+                                             Percent());
     QDoubleSpinBox* move[3];
     const QString names[3] = {Text::tr("Move X"), Text::tr("Move Y"), Text::tr("Move Z")};
+    const FormDialog::NumberFormat lengths = LengthFormat(SmallLength(context));
     for (int i = 0; i < 3; ++i)
-        move[i] = dialog.AddNumber(names[i], Text::tr("Units of the scene"), -1e6, 1e6, 0.0);
+        move[i] = dialog.AddNumber(
+            names[i], Text::tr("Distance along the axis, in world units"), -1e6, 1e6, 0.0, lengths);
     QSpinBox* blur = dialog.AddWhole(
         Text::tr("Soft border"),
         Text::tr("How often the mask is blurred for this change, for a smooth transition"),
@@ -89,7 +129,7 @@ void TransformUnmasked(const ActionContext& context) {
                 {{"pivot", FormDialog::ChosenText(pivot)},
                  {"axis", direction},
                  {"angle", angle->value()},
-                 {"scale", scale->value()},
+                 {"scale", scale->value() / 100.0},
                  {"translate", {move[0]->value(), move[1]->value(), move[2]->value()}},
                  {"maskBlur", blur->value()}},
                 title);
