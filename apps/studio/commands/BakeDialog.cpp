@@ -87,20 +87,27 @@ void BakeDialog::ShowOptions() {
                                          : tr("The map at low resolution; grey: no displacement"));
     // PNG supports only integers.
     ShowRow(bits, Extension() != QLatin1String(".png"));
-    GoButton()->setEnabled(from->currentData().toInt() > to->currentData().toInt());
-    GoButton()->setToolTip(GoButton()->isEnabled()
-                               ? tr("Asks for the file, then bakes")
-                               : tr("The detail has to come from a higher level"));
     ShowPreview();
+}
+
+void BakeDialog::SetProblem(const QString& problem) {
+    GoButton()->setEnabled(problem.isEmpty());
+    GoButton()->setToolTip(problem.isEmpty() ? tr("Asks for the file, then bakes") : problem);
+    if (!problem.isEmpty()) picture->setText(problem.left(1).toUpper() + problem.mid(1));
 }
 
 void BakeDialog::ShowPreview() {
     *cancel = true;
     picture->setPixmap({});
-    if (from->currentData().toInt() <= to->currentData().toInt()) {
-        picture->setText(tr("The detail has to come from a higher level."));
+    if (from->count() < 2) {
+        SetProblem(tr("A map needs a surface with at least two levels."));
         return;
     }
+    if (from->currentData().toInt() <= to->currentData().toInt()) {
+        SetProblem(tr("The detail has to come from a higher level."));
+        return;
+    }
+    SetProblem({});
     BakeOptions options;
     options.kind = MapKindOf(ChosenText(map)).value_or(options.kind);
     options.space = MapSpaceOf(ChosenText(space)).value_or(options.space);
@@ -123,7 +130,8 @@ void BakeDialog::ShowPreview() {
             picture->setPixmap(pixmap);
         },
         [this](const QString& error) {
-            if (!error.isEmpty()) picture->setText(error);
+            // The same error would stop the bake.
+            SetProblem(error);
         });
 }
 

@@ -23,6 +23,8 @@ public:
 private:
     void ShowOptions();
     void ShowPreview();
+    /// Disables baking if there is a problem.
+    void SetProblem(const QString& problem);
 
     Engine& engine;
     QLabel* picture;

@@ -16,9 +16,10 @@ namespace trovik::studio {
 FormDialog::FormDialog(const QString& title, const QString& goText, QWidget* parent)
     : QDialog(parent) {
     setWindowTitle(title);
-    setMinimumWidth(380);
     auto* layout = new QVBoxLayout(this);
     layout->setSizeConstraint(QLayout::SetFixedSize);
+    // Wide enough for the title of the window.
+    layout->addStrut(24 * fontMetrics().height());
     form = new QFormLayout;
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     layout->addLayout(form);

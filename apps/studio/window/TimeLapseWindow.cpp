@@ -37,6 +37,8 @@ TimeLapseWindow::TimeLapseWindow(const ActionContext& given, QWidget* parent)
     auto* camera = new QPushButton(tr("Use Current View"), this);
     camera->setAccessibleName(tr("Use Current View"));
     camera->setToolTip(tr("Takes the camera and the display settings of the main window"));
+    // Enter must not discard the position in the time lapse.
+    for (QPushButton* button : {restart, camera}) button->setAutoDefault(false);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 6);
     layout->setSpacing(4);
