@@ -2,8 +2,9 @@
 
 # Translations of trovik-studio: apps/studio/translations/trovik-studio_LOCALE.ts.
 #
-# - The target `update-translations` writes the current texts of the sources to these files with
-#   Qt's lupdate, and creates files for the locales in TROVIK_NEW_TRANSLATIONS.
+# - The target `update-translations` writes the current texts of the application, and those of the
+#   framework's tables of tools and formats, to these files with Qt's lupdate. It creates files for
+#   the locales in TROVIK_NEW_TRANSLATIONS.
 # - If Qt's lrelease is installed, the build makes trovik-studio_LOCALE.qm from each file.
 #
 # Both tools are in Debian's package qt6-l10n-tools. The build does not require them.
@@ -39,7 +40,7 @@ function(trovik_add_translations)
             "update-translations: there are no translations; set TROVIK_NEW_TRANSLATIONS")
     else()
         set(command "${TROVIK_LUPDATE}" -locations relative -no-obsolete
-            "${PROJECT_SOURCE_DIR}/apps/studio" -ts ${updated})
+            "${PROJECT_SOURCE_DIR}/apps/studio" "${PROJECT_SOURCE_DIR}/framework" -ts ${updated})
     endif()
     add_custom_target(update-translations COMMAND ${command} VERBATIM)
 

@@ -157,7 +157,7 @@ TEST_F(ManPageOfTheCommand, ListsTheFieldsOfEveryJsonOutput) {
     EXPECT_EQ(Keys(scene.at("layers").at(0)),
               (Names{"name", "level", "strength", "writable", "active", "vertices"}));
     EXPECT_EQ(Keys(scene.at("view")),
-              (Names{"eye", "target", "up", "fieldOfView", "width", "height"}));
+              (Names{"eye", "target", "up", "fieldOfView", "orthographic", "width", "height"}));
     EXPECT_EQ(ExpectDocumented("convert", "convert cube.obj fine.ply --levels 1"),
               nlohmann::json({{"from", "cube.obj"},
                               {"to", "fine.ply"},
@@ -169,7 +169,8 @@ TEST_F(ManPageOfTheCommand, ListsTheFieldsOfEveryJsonOutput) {
         ExpectDocumented("render", "render cube.obj c.png --width 40 --height 30 --samples 1");
     EXPECT_EQ(render.at("width"), 40);
     EXPECT_EQ(render.at("height"), 30);
-    EXPECT_EQ(Keys(render.at("camera")), (Names{"eye", "target", "up", "fieldOfView"}));
+    EXPECT_EQ(Keys(render.at("camera")),
+              (Names{"eye", "target", "up", "fieldOfView", "orthographic"}));
     const auto tools = ExpectDocumented("tools", "tools");
     EXPECT_EQ(tools.size(), 16u);
     for (const char* field : {"name", "default", "unit"})

@@ -59,15 +59,30 @@ TEST_F(RenderCommand, TransparentImageHasAlpha) {
     EXPECT_EQ(image.pixels[(15 * 40 + 20) * 4 + 3], 1.0f);
 }
 
+TEST_F(RenderCommand, OrthographicSizeDoesNotDependOnDepth) {
+    // The sides of the cube that face the camera are at different depths, but equally wide.
+    const auto coverage = [this](const std::string& options) {
+        const FloatImage image = Rendered("--transparent --eye 0 0 4 --fov 50 " + options);
+        double sum = 0.0;
+        for (std::size_t i = 3; i < image.pixels.size(); i += 4)
+            sum += static_cast<double>(image.pixels[i]);
+        return sum;
+    };
+    EXPECT_LT(coverage("--orthographic"), coverage("") * 0.8);
+    const Outcome outcome =
+        Run("render cube.obj r.png --json --samples 1 --width 40 --height 30 --orthographic");
+    ASSERT_EQ(outcome.status, 0) << outcome.error;
+    EXPECT_EQ(nlohmann::json::parse(outcome.out).at("camera").at("orthographic"), true);
+}
+
 TEST_F(RenderCommand, UsesTheRequestedCamera) {
     const Outcome outcome =
         Run("render cube.obj r.png --json --samples 1 --width 40 --height 30 --eye 0 -9 1 "
             "--target 0 0 1 --up 0 0 1 --fov 50");
     ASSERT_EQ(outcome.status, 0) << outcome.error;
-    EXPECT_EQ(
-        nlohmann::json::parse(outcome.out).at("camera"),
-        nlohmann::json::parse(
-            R"({"eye": [0, -9, 1], "target": [0, 0, 1], "up": [0, 0, 1], "fieldOfView": 50})"));
+    EXPECT_EQ(nlohmann::json::parse(outcome.out).at("camera"),
+              nlohmann::json::parse(R"({"eye": [0, -9, 1], "target": [0, 0, 1], "up": [0, 0, 1],
+                                        "fieldOfView": 50, "orthographic": false})"));
     // The camera looks at the centre of the mesh, which appears smaller in the wider view.
     const auto covered = [](const FloatImage& image) {
         int count = 0;

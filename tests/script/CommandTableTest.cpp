@@ -235,7 +235,7 @@ const char* const examples = R"([
                            "scale": [1, 2, 0.5], "pivot": "maskBorder", "maskBlur": 4}},
     {"transformVertices": {"scale": 2, "pivot": [1, 2, 3]}},
     {"camera": {"eye": [1, 2, 3], "target": [0, 0, 0], "up": [0, 1, 0], "from": [1, 1, 1],
-                "fieldOfView": 33.3, "width": 640, "height": 480}},
+                "fieldOfView": 33.3, "orthographic": true, "width": 640, "height": 480}},
     {"render": {"file": "a.png", "keep": "a", "width": 64, "height": 48, "samples": 4,
                  "shading": "matcap", "matcap": "wax", "transparent": true, "frames": 3,
                  "wireframe": true, "beforeAfter": true, "camera": {"from": [0, 0, 1]}}},
@@ -337,7 +337,8 @@ TEST(CommandTable, ExamplesHaveEveryField) {
         CollectDescribed(entry.describe(), prefix, described);
     }
     // The camera of a render step has the fields of the step "camera".
-    for (const char* field : {"eye", "target", "up", "fieldOfView", "width", "height"})
+    for (const char* field :
+         {"eye", "target", "up", "fieldOfView", "orthographic", "width", "height"})
         inExamples.insert(std::string("/render/camera/") + field);
     EXPECT_EQ(inExamples, described);
 }
