@@ -39,7 +39,8 @@ function(trovik_add_translations)
         set(command "${CMAKE_COMMAND}" -E echo
             "update-translations: there are no translations; set TROVIK_NEW_TRANSLATIONS")
     else()
-        set(command "${TROVIK_LUPDATE}" -locations relative -no-obsolete
+        set(command "${CMAKE_COMMAND}" -E make_directory "${folder}" COMMAND
+            "${TROVIK_LUPDATE}" -locations relative -no-obsolete
             "${PROJECT_SOURCE_DIR}/apps/studio" "${PROJECT_SOURCE_DIR}/framework" -ts ${updated})
     endif()
     add_custom_target(update-translations COMMAND ${command} VERBATIM)
