@@ -7,6 +7,8 @@
 #include "framework/math/SameBits.h"
 #include "framework/mesh/UnfrozenFraction.h"
 
+#include <utility>
+
 namespace trovik {
 
 std::vector<float> MoveWeights(const LevelMesh& level) {
@@ -14,6 +16,26 @@ std::vector<float> MoveWeights(const LevelMesh& level) {
     for (uint32_t v = 0; v < level.VertexCount(); ++v)
         weights[v] = UnfrozenFraction(level.FreezeOfTools(v));
     return weights;
+}
+
+PositionEdit GivenPositions(std::vector<Vector> positions, const std::string& label) {
+    const auto masked = [given = std::move(positions)](LevelGeometry& geometry, JobControl*) {
+        const LevelMesh& level = *geometry.Bound();
+        if (given.size() != level.VertexCount()) {
+            throw HostError("expected one position for each of the " +
+                            std::to_string(level.VertexCount()) + " vertices, got " +
+                            std::to_string(given.size()));
+        }
+        std::vector<Vector> result = given;
+        const std::vector<float> weights = MoveWeights(level);
+        for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+            if (weights[v] == 1.0f) continue;
+            const Vector before = level.Position(v);
+            result[v] = weights[v] == 0.0f ? before : before + (given[v] - before) * weights[v];
+        }
+        return result;
+    };
+    return {label, masked};
 }
 
 uint32_t EditPositions(LevelGeometry& geometry, const PositionEdit& edit, JobControl* job) {

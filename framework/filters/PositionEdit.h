@@ -18,6 +18,11 @@ struct PositionEdit {
     std::function<std::vector<Vector>(LevelGeometry& geometry, JobControl* job)> positions;
 };
 
+/// Returns an edit that moves each vertex to a given mesh-local position, one per vertex of the
+/// bound level. The mask reduces the displacements; an unmasked vertex gets its position
+/// bit-exactly. The edit throws HostError if the number of positions is wrong.
+TROVIK_API PositionEdit GivenPositions(std::vector<Vector> positions, const std::string& label);
+
 /// Returns, for each vertex of a level, the factor for displacements by operations on the whole
 /// surface: 1 for unmasked vertices, and 0 for vertices that are completely masked or hidden.
 std::vector<float> MoveWeights(const LevelMesh& level);

@@ -3,17 +3,25 @@
 
 #include "host/Api.h"
 
+#include <filesystem>
 #include <initializer_list>
 #include <string>
 #include <vector>
 
 namespace trovik {
 
-/// Returns the folders to search for files that are installed with the program, in search order. An
+/// Returns the folder of this library's file, with symbolic links resolved; empty if it cannot be
+/// determined.
+TROVIK_API std::filesystem::path LibraryFolder();
+
+/// Returns the folders to search for files that are installed with the library, in search order. An
 /// environment variable lists these folders, separated by colons. If it is not set, the folders in
-/// `nextToProgram` that exist are returned.
-/// \param nextToProgram  relative to the folder of the running program.
-TROVIK_API std::vector<std::string> ResourceFolders(
-    const char* variable, std::initializer_list<const char*> nextToProgram);
+/// `fromBin` that exist are returned.
+/// \param fromBin  relative to the folder of Trovik's programs. This folder is located relative to
+/// the library, so that other programs, such as an interpreter that loads the library, find the
+/// same files. If none of the folders exists there, they are searched relative to the folder of the
+/// running program.
+TROVIK_API std::vector<std::string> ResourceFolders(const char* variable,
+                                                    std::initializer_list<const char*> fromBin);
 
 }  // namespace trovik

@@ -2,21 +2,15 @@
 #include "framework/modules/Module.h"
 
 #include "framework/errors/HostError.h"
+#include "framework/io/ResourceFolders.h"
 #include "framework/memory/AddressSpace.h"
 #include "framework/modules/ModuleEntry.h"
 
 #include <dlfcn.h>
-#include <filesystem>
 
 namespace trovik {
 
 namespace {
-
-namespace fs = std::filesystem;
-
-/// A variable whose address is always inside this library. The address of an exported function may
-/// be inside the executable instead.
-const char insideThisLibrary = 0;
 
 [[noreturn]] void ThrowModuleError(const std::string& path,
                                    const char* purpose,
@@ -30,12 +24,9 @@ const char insideThisLibrary = 0;
 }  // namespace
 
 std::string ModuleFolder() {
-    Dl_info library{};
-    std::error_code failed;
-    fs::path file;
-    if (dladdr(&insideThisLibrary, &library) != 0) file = fs::canonical(library.dli_fname, failed);
-    if (file.empty()) throw HostError("cannot find the module folder of this library");
-    return (file.parent_path() / TROVIK_MODULE_DIR_FROM_LIBRARY).string();
+    const std::filesystem::path library = LibraryFolder();
+    if (library.empty()) throw HostError("cannot find the module folder of this library");
+    return (library / TROVIK_MODULE_DIR_FROM_LIBRARY).string();
 }
 
 const void* OpenModule(const std::string& path, const char* purpose) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/freeze/FreezeFilters.h"
+#include "framework/io/Base64.h"
 #include "framework/multires/Steps.h"
 #include "framework/script/commands/FreezeParameters.h"
 
@@ -20,6 +21,7 @@ std::vector<std::string> FieldsGiven(const FreezeChoice& choice) {
                                                    {"cavity", choice.cavity.has_value()},
                                                    {"component", choice.component.has_value()},
                                                    {"group", choice.group.has_value()},
+                                                   {"values", choice.values.has_value()},
                                                    {"grow", choice.grow.has_value()},
                                                    {"shrink", choice.shrink.has_value()},
                                                    {"blur", choice.blur.has_value()},
@@ -43,9 +45,8 @@ std::string WhatOf(const FreezeChoice& choice) {
         throw FieldFault(
             "",
             "needs \"center\" and \"radius\", \"min\" and \"max\", or one of \"all\", \"box\", "
-            "\"lasso\", \"image\", \"cavity\", \"component\", \"group\", \"grow\", \"shrink\", "
-            "\"blur\", "
-            "\"sharpen\"");
+            "\"lasso\", \"image\", \"cavity\", \"component\", \"group\", \"values\", \"grow\", "
+            "\"shrink\", \"blur\", \"sharpen\"");
     }
     return what;
 }
@@ -55,6 +56,40 @@ struct Filter {
     const char* name;
     std::vector<uint8_t> (*run)(const LevelMesh& level, uint32_t times);
 };
+
+/// Returns the amounts of the field "values", one per vertex.
+std::vector<uint8_t> GivenAmounts(const LevelMesh& level, const FreezeChoice& choice) {
+    std::vector<uint8_t> amounts;
+    if (const auto* text = std::get_if<std::string>(&*choice.values))
+        amounts = AtField("/values", [&] { return DecodeBase64(*text); });
+    else
+        for (const uint32_t value : std::get<std::vector<uint32_t>>(*choice.values))
+            amounts.push_back(static_cast<uint8_t>(std::min(value, uint32_t{0xff})));
+    if (amounts.size() != level.VertexCount()) {
+        throw FieldFault("/values",
+                         "expected one amount for each of the " +
+                             std::to_string(level.VertexCount()) + " vertices, got " +
+                             std::to_string(amounts.size()));
+    }
+    const auto wrong = std::find_if(
+        amounts.begin(), amounts.end(), [](uint8_t one) { return one > freezeAmountMask; });
+    if (wrong != amounts.end()) {
+        throw FieldFault("/values",
+                         "the amount of vertex " + std::to_string(wrong - amounts.begin()) +
+                             " is not from 0 to 127");
+    }
+    return amounts;
+}
+
+/// Blends the amounts of the field "values" into the mask. \return false if the step has none.
+bool SetValues(CommandContext& context, const FreezeChoice& choice, float amount) {
+    if (!choice.values) return false;
+    std::vector<uint8_t> amounts = GivenAmounts(*context.document.Geometry().Bound(), choice);
+    if (amount != 1.0f)
+        amounts = InterpolatedFreeze(std::vector<uint8_t>(amounts.size(), 0), amounts, amount);
+    context.document.Freeze(amounts, choice.mode.value_or(FreezeMode::Replace));
+    return true;
+}
 
 /// Applies one of the filters to the mask. \return false if the step has none.
 bool RunFilter(CommandContext& context, const FreezeChoice& choice, float amount) {
@@ -96,7 +131,7 @@ void Freeze(CommandContext& context, const FreezeParameters& parameters) {
     const auto& choice = std::get<FreezeChoice>(parameters);
     WhatOf(choice);
     const float amount = choice.amount.value_or(1.0f);
-    if (RunFilter(context, choice, amount)) return;
+    if (RunFilter(context, choice, amount) || SetValues(context, choice, amount)) return;
     const std::vector<uint8_t> amounts = FreezeAmountsOf(FreezeWeights(context, choice), amount);
     if (std::all_of(amounts.begin(), amounts.end(), [](uint8_t one) { return one == 0; }))
         context.Warn("no vertex is selected");

@@ -106,6 +106,8 @@ struct FreezeChoice {
     std::optional<FreezeComponent> component;
     /// Null selects the faces without a group.
     std::optional<std::variant<std::string, std::nullptr_t>> group;
+    /// Freeze amounts, one per vertex: numbers, or base64 of bytes.
+    std::optional<std::variant<std::string, std::vector<uint32_t>>> values;
     std::optional<uint32_t> grow;
     std::optional<uint32_t> shrink;
     std::optional<uint32_t> blur;
@@ -128,6 +130,7 @@ struct FreezeChoice {
         visit("cavity", cavity);
         visit("component", component);
         visit("group", group);
+        visit("values", values);
         visit("grow", grow);
         visit("shrink", shrink);
         visit("blur", blur);
