@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file Undo steps that add levels to a geometry's hierarchy or remove levels from it.
+#include "framework/history/TopologyStep.h"
 #include "framework/multires/Steps.h"
 
 #include <utility>
@@ -25,7 +26,7 @@ void BindAgain(LevelGeometry& geometry, uint32_t bound) {
     if (geometry.BoundIndex() != bound) geometry.BindLevel(bound);
 }
 
-class SubdivideStep : public UndoStep {
+class SubdivideStep : public TopologyStep {
 public:
     SubdivideStep(LevelSwitch way, uint32_t newLevel) : change(std::move(way)), added(newLevel) {
         label = "Level " + std::to_string(added);
@@ -56,7 +57,7 @@ private:
     bool isDone = true;
 };
 
-class DeleteLevelsStep : public UndoStep {
+class DeleteLevelsStep : public TopologyStep {
 public:
     DeleteLevelsStep(LevelGeometry& geometry, bool isLower, JobControl* job)
         : before(geometry.StateOfSwitch(job)), lower(isLower) {
@@ -96,7 +97,7 @@ private:
     bool isDone = true;
 };
 
-class UnsubdivideStep : public UndoStep {
+class UnsubdivideStep : public TopologyStep {
 public:
     UnsubdivideStep(LevelGeometry& geometry, JobControl* job)
         : before(geometry.StateOfSwitch(job)), coarse(FindCoarseFaces(*geometry.Level(0), job)) {

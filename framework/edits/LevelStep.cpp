@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/history/TopologyStep.h"
 #include "framework/multires/Steps.h"
 
 #include <utility>
@@ -9,7 +10,7 @@ namespace {
 
 /// The undo step for binding a different level and for changing the contents of levels without
 /// adding or removing levels.
-class LevelStep : public UndoStep {
+class LevelStep : public TopologyStep {
 public:
     LevelStep(LevelSwitch done, const LevelGeometry& geometry)
         : change(std::move(done)), boundNow(geometry.BoundIndex()) {}
