@@ -86,6 +86,16 @@ void ScriptRunner::Open(const nlohmann::json& setup) {
     StartJournal(script);
 }
 
+void ScriptRunner::Open(const std::string& name,
+                        PolygonMesh polygons,
+                        const nlohmann::json& setup) {
+    const FieldReader script(setup, options.name, "");
+    PrepareProcess(script);
+    document = std::make_unique<Document>(name, std::move(polygons), options.progress.job);
+    StartCommands();
+    SetUpDocument(script);
+}
+
 void ScriptRunner::Do(const nlohmann::json& step, std::size_t number) {
     commands->Do(FieldReader(step, options.name, "/steps/" + std::to_string(number)));
     commands->ReportProblems();

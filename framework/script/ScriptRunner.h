@@ -66,6 +66,10 @@ public:
     /// calling Run.
     /// \param setup  a script returned by ParseStrokeScript; its steps are ignored.
     void Open(const nlohmann::json& setup);
+    /// Does the same for polygons in memory. No journal is recorded, because a journal names the
+    /// file from which the work starts. \param name  replaces the file name in messages. \param
+    /// setup  as above, with neither "mesh" nor "scene".
+    void Open(const std::string& name, PolygonMesh polygons, const nlohmann::json& setup);
     /// Runs one step of a script. \param step  checked against the schema as part of a script; must
     /// outlive the call. \param number  index in the script, for messages.
     void Do(const nlohmann::json& step, std::size_t number);
@@ -81,6 +85,8 @@ public:
 
 private:
     void SetUp(const FieldReader& script);
+    /// Sets up the opened document.
+    void SetUpDocument(const FieldReader& script);
     /// \throw HostError unless the script has exactly one of "mesh" and "scene".
     void CheckHasOneSource(const FieldReader& script) const;
     /// Sets up the process before the mesh or scene is opened.

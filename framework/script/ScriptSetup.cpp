@@ -19,6 +19,10 @@ void ScriptRunner::SetUp(const FieldReader& script) {
     CheckHasOneSource(script);
     PrepareProcess(script);
     OpenSource(script);
+    SetUpDocument(script);
+}
+
+void ScriptRunner::SetUpDocument(const FieldReader& script) {
     ThrowIfCancelled();
     if (script.Has("undoBudget"))
         document->SetUndoBudget(script.At("undoBudget").Json().get<uint64_t>());
