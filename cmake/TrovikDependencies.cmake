@@ -45,3 +45,23 @@ endif()
 if(TROVIK_BUILD_BENCH)
     find_package(benchmark 1.7 REQUIRED)
 endif()
+if(TROVIK_BUILD_PYTHON)
+    # The interpreter of the distribution, for which its packages are built: the first one on the
+    # path may be another.
+    if(NOT DEFINED Python_EXECUTABLE AND EXISTS /usr/bin/python3)
+        set(Python_EXECUTABLE /usr/bin/python3)
+    endif()
+    find_package(Python 3.9 REQUIRED COMPONENTS Interpreter Development.Module)
+    set(PYBIND11_FINDPYTHON ON)
+    find_package(pybind11 2.10 REQUIRED)
+    # The folder of extension modules, such as lib/python3.11/dist-packages, below the prefix.
+    execute_process(
+        COMMAND
+            "${Python_EXECUTABLE}" -c
+            "import os, sysconfig; print(os.path.basename(sysconfig.get_path('platlib')))"
+        OUTPUT_VARIABLE packagesFolder
+        OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    set(TROVIK_PYTHON_INSTALL_DIR
+        "lib/python${Python_VERSION_MAJOR}.${Python_VERSION_MINOR}/${packagesFolder}"
+        CACHE STRING "Folder of the Python package below the prefix")
+endif()

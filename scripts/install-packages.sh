@@ -20,6 +20,8 @@ packages=(
     qt6-svg-dev libqt6svg6 libqt6opengl6-dev libgl1-mesa-dri
     # Its tests draw on a virtual display.
     xvfb xauth xdotool fonts-dejavu-core
+    # The Python package and its tests.
+    python3-dev pybind11-dev python3-pytest python3-hypothesis
     # Libraries for the tests and benchmarks.
     libosd-dev libgtest-dev libgmock-dev libbenchmark-dev locales
 )

@@ -1,0 +1,256 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "python/core/Session.h"
+
+#include "framework/errors/Cancelled.h"
+#include "framework/history/TopologyStep.h"
+#include "framework/nodes/HostKernel.h"
+#include "framework/nodes/PlainText.h"
+#include "framework/script/PenStream.h"
+#include "framework/script/ScriptDocument.h"
+#include "python/core/Errors.h"
+#include "python/core/JsonOf.h"
+
+#include <algorithm>
+#include <cassert>
+#include <utility>
+
+namespace trovik::python {
+
+namespace {
+
+/// Adds the engine's messages to a list for the duration of a command.
+class Listening {
+public:
+    explicit Listening(Sculpture& sculpture)
+        : messages([&sculpture](const std::string& text) {
+              sculpture.messages.push_back(PlainText(QString::fromStdString(text)));
+          }) {}
+
+private:
+    HUDListening messages;
+};
+
+nlohmann::json SetupOf(py::handle fields) {
+    nlohmann::json setup = JsonOf(fields);
+    setup["steps"] = nlohmann::json::array();
+    return setup;
+}
+
+/// Undoes what a cancelled stroke has changed.
+void UndoFrom(Sculpture& sculpture, std::size_t position) {
+    sculpture.job.Mute(true);
+    while (sculpture.Document().HistoryPosition() > position)
+        sculpture.runner->Runner().Do(nlohmann::json{{"undo", 1}});
+    sculpture.job.Mute(false);
+}
+
+}  // namespace
+
+Sculpture::~Sculpture() {
+    if (isOpen) Document().RemoveObserver(events);
+}
+
+std::shared_ptr<Sculpture> Session::NewSculpture() {
+    // A document may only be destroyed while no thread uses the engine.
+    const std::shared_ptr<Sculpture> opened(new Sculpture, [](Sculpture* sculpture) {
+        EngineUse::Retire(std::shared_ptr<void>(std::unique_ptr<Sculpture>(sculpture)));
+    });
+    ScriptProgress progress;
+    progress.job = &opened->job;
+    progress.dab = [job = &opened->job] { job->NoteDab(); };
+    progress.message = [target = opened.get()](const std::string& text) {
+        target->messages.push_back(text);
+    };
+    opened->runner = std::make_unique<ScriptRunner>(stepName, ".", progress);
+    // The program that runs the steps chooses the files.
+    opened->runner->AllowOutside(true);
+    return opened;
+}
+
+template <typename Work>
+void Session::Run(Sculpture& sculpture, py::handle progress, const Work& work) {
+    PythonJob::Scope scope(sculpture.job, progress);
+    try {
+        InEngine([&] {
+            const Listening listening(sculpture);
+            work();
+        });
+    } catch (const Cancelled&) {
+        scope.ThrowCause();
+        throw;
+    }
+}
+
+Session::Session(std::shared_ptr<Sculpture> opened) : sculpture(std::move(opened)) {
+    sculpture->Document().AddObserver(sculpture->events);
+    sculpture->isOpen = true;
+}
+
+std::unique_ptr<Session> Session::Open(py::handle setup,
+                                       const std::string& journal,
+                                       bool syncsJournal,
+                                       py::handle progress) {
+    if (EngineUse::IsOnThisThread())
+        Raise("BusyError", "a document cannot be opened from a progress callback");
+    const nlohmann::json script = ParseStrokeScript(SetupOf(setup).dump(), stepName);
+    std::shared_ptr<Sculpture> opened = NewSculpture();
+    if (!journal.empty())
+        opened->runner->SetJournal(
+            {.path = journal, .syncSteps = syncsJournal, .isInteractive = true});
+    Run(*opened, progress, [&] { opened->runner->Open(script); });
+    return std::unique_ptr<Session>(new Session(std::move(opened)));
+}
+
+std::unique_ptr<Session> Session::New(
+    const std::string& name,
+    const py::array_t<float, py::array::c_style | py::array::forcecast>& positions,
+    const py::array_t<uint32_t, py::array::c_style | py::array::forcecast>& faceSizes,
+    const py::array_t<uint32_t, py::array::c_style | py::array::forcecast>& faceVertices,
+    py::handle setup,
+    py::handle progress) {
+    if (EngineUse::IsOnThisThread())
+        Raise("BusyError", "a document cannot be created in a progress callback");
+    const nlohmann::json script = ParseStrokeScript(SetupOf(setup).dump(), stepName);
+    PolygonMesh polygons;
+    polygons.name = name;
+    const auto points = positions.unchecked<2>();
+    for (py::ssize_t i = 0; i < points.shape(0); ++i)
+        polygons.positions.push_back({points(i, 0), points(i, 1), points(i, 2)});
+    polygons.faceSizes.assign(faceSizes.data(), faceSizes.data() + faceSizes.size());
+    polygons.faceVertices.assign(faceVertices.data(), faceVertices.data() + faceVertices.size());
+    std::shared_ptr<Sculpture> opened = NewSculpture();
+    Run(*opened, progress, [&] {
+        CheckPolygonMesh(polygons, name, &opened->job);
+        opened->runner->Open(name, std::move(polygons), script);
+    });
+    return std::unique_ptr<Session>(new Session(std::move(opened)));
+}
+
+Sculpture& Session::Use() {
+    if (sculpture == nullptr) Raise("ClosedError", "the document is closed");
+    if (owner != std::this_thread::get_id())
+        Raise("ThreadError",
+              "the document belongs to another thread; call move_to_this_thread() first, while no "
+              "other thread uses it");
+    if (EngineUse::IsOnThisThread())
+        Raise("BusyError", "a document cannot be used in a progress callback");
+    return *sculpture;
+}
+
+void Session::MoveToThread() {
+    if (sculpture == nullptr) Raise("ClosedError", "the document is closed");
+    if (EngineUse::IsOnThisThread())
+        Raise("BusyError", "a document cannot be used in a progress callback");
+    owner = std::this_thread::get_id();
+    InEngine([&] { sculpture->Document().SetOwnerThread(); });
+}
+
+void Session::RefuseViews(const std::string& work) const {
+    const std::size_t count = *views;
+    if (count == 0) return;
+    throw py::buffer_error("cannot " + work + " while " + std::to_string(count) +
+                           (count == 1 ? " view" : " views") +
+                           " of the positions exist; delete them or use copies");
+}
+
+void Session::RequireNoViews(const nlohmann::json& step) {
+    if (*views == 0 || !step.is_object()) return;
+    for (const char* name : {"subdivide", "unsubdivide", "deleteLevels", "reset"})
+        if (step.contains(name)) RefuseViews(std::string("run \"") + name + "\"");
+    if (step.contains("level") && step.at("level") != sculpture->Geometry().BoundIndex())
+        RefuseViews("change the level");
+    for (const char* name : {"undo", "redo"}) {
+        if (!step.contains(name) || !step.at(name).is_number_integer()) continue;
+        const auto count = std::max<int64_t>(step.at(name).get<int64_t>(), 0);
+        if (ChangesTopology(
+                sculpture->Geometry().History(), static_cast<std::size_t>(count), name[0] == 'r'))
+            RefuseViews(std::string(name) + " a change of the levels");
+    }
+}
+
+std::vector<std::string> Session::Do(py::handle given, py::handle progress) {
+    Sculpture& used = Use();
+    const nlohmann::json step = JsonOf(given);
+    RequireNoViews(step);
+    [[maybe_unused]] const Vertex* before = used.Geometry().Bound()->vertices.array;
+    CommandRunner& runner = used.runner->Runner();
+    Run(used, progress, [&] {
+        const std::size_t position = used.Document().HistoryPosition();
+        try {
+            runner.Do(step);
+        } catch (const Cancelled&) {
+            UndoFrom(used, position);
+            throw;
+        }
+    });
+    assert(*views == 0 || before == used.Geometry().Bound()->vertices.array);
+    return runner.Context().warnings;
+}
+
+std::vector<std::string> Session::TakeMessages() {
+    return std::exchange(Use().messages, std::vector<std::string>());
+}
+
+void Session::Close(bool endsJournal) {
+    if (sculpture == nullptr) return;
+    Sculpture& used = Use();
+    RefuseViews("close the document");
+    Run(used, py::none(), [&] {
+        used.stroke.reset();
+        if (endsJournal) used.runner->Close();
+    });
+    sculpture.reset();
+}
+
+void Session::BeginStroke(const PenStrokeOptions& options, py::handle progress) {
+    Sculpture& used = Use();
+    Run(used, progress, [&] {
+        PenStrokeOptions polled = options;
+        polled.progress = [&used] { used.job.NoteDab(); };
+        polled.poll =
+            polled.mirrorPoll = [&used] { ReportOrThrow(&used.job, 0, 0, "Applying dabs"); };
+        // Throws if a stroke is open.
+        used.Document().RequireNoStroke("begin another stroke");
+        used.stroke.emplace(used.Document(), polled);
+    });
+}
+
+void Session::AddSamples(py::handle given, py::handle progress) {
+    Sculpture& used = Use();
+    const nlohmann::json list = JsonOf(given);
+    Run(used, progress, [&] {
+        const std::vector<PathSample> samples = PenSamples(FieldReader(list, stepName, ""));
+        const std::size_t position = used.Document().HistoryPosition();
+        try {
+            used.stroke->Add(samples);
+        } catch (const Cancelled&) {
+            UndoFrom(used, position);
+            throw;
+        }
+    });
+}
+
+void Session::Tick(double milliseconds) {
+    Sculpture& used = Use();
+    Run(used, py::none(), [&] { used.stroke->Tick(milliseconds / 1000.0); });
+}
+
+void Session::EndStroke(bool abandon, py::handle progress) {
+    Sculpture& used = Use();
+    if (!used.stroke) return;
+    Run(used, progress, [&] {
+        const std::size_t position = used.Document().HistoryPosition();
+        try {
+            if (abandon)
+                used.stroke->Abandon();
+            else
+                used.stroke->Release();
+        } catch (const Cancelled&) {
+            UndoFrom(used, position);
+            throw;
+        }
+        used.stroke.reset();
+    });
+}
+
+}  // namespace trovik::python

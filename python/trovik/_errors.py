@@ -1,0 +1,84 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Exceptions of the package."""
+
+import os
+import re
+
+__all__ = ["Error", "Cancelled", "ClosedError", "ThreadError", "BusyError", "SculptWarning"]
+
+# A message begins with the JSON pointer of the field in the step, if there is one.
+_STEP = re.compile(r"python: (/[^ ]*|/): (.*)", re.DOTALL)
+# A file, optionally with a location in it.
+_FILE = re.compile(
+    r"(?P<file>[^:]+?)(?:, (?P<location>(?:line|byte|field|chunk|face|vertex)[^:]*))?: (?P<reason>.+)", re.DOTALL
+)
+
+
+class Error(RuntimeError):
+    """Invalid input, or a failure of the environment such as an unreadable file.
+
+    The message is one line. A command that raises this error has changed nothing, unless it is a
+    stroke with an error after its first dab.
+
+    Attributes
+    ----------
+    file : str or None
+        The file that caused the error.
+    location : str or None
+        The location of the error: the JSON pointer of a field in the step, such as
+        ``"/set/radius"``, or the location in the file, such as ``"line 12"``.
+    reason : str
+        The message without file and location.
+
+    Examples
+    --------
+    >>> try:
+    ...     document.set(raduis=1)
+    ... except trovik.Error as error:
+    ...     print(error.location, error.reason)
+    /set/raduis unknown setting; did you mean "radius"?
+    """
+
+    def __init__(self, message):
+        step = _STEP.fullmatch(message)
+        if step is None and message.startswith("python: "):
+            message = message[len("python: "):]
+        self.file = None
+        self.location = step.group(1) if step else None
+        self.reason = step.group(2) if step else message
+        named = _FILE.fullmatch(self.reason)
+        if named and (os.path.exists(named.group("file")) or "." in os.path.basename(named.group("file"))
+                      and " " not in os.path.basename(named.group("file"))):
+            self.file = named.group("file")
+            self.location = self.location or named.group("location")
+            self.reason = named.group("reason")
+        super().__init__(f"{step.group(1)}: {step.group(2)}" if step else message)
+
+    def __reduce__(self):
+        return (type(self)._restored, (str(self), self.file, self.location, self.reason))
+
+    @classmethod
+    def _restored(cls, message, file, location, reason):
+        error = cls(message)
+        error.file, error.location, error.reason = file, location, reason
+        return error
+
+
+class Cancelled(Exception):
+    """A progress function returned ``False``. The document is unchanged."""
+
+
+class ClosedError(Error):
+    """The document was closed."""
+
+
+class ThreadError(Error):
+    """The document belongs to another thread; see `Document.move_to_this_thread`."""
+
+
+class BusyError(Error):
+    """A document was used in a progress function."""
+
+
+class SculptWarning(UserWarning):
+    """A command had no effect, or probably not the intended one."""

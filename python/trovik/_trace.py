@@ -1,0 +1,133 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Scripts with traces, and traces as arrays."""
+
+import json
+import os
+from pathlib import Path
+
+import numpy as np
+
+from . import _core
+
+__all__ = ["run_script", "read_trace", "Trace"]
+
+
+def run_script(script, output=".", *, trace=None, trace_every=0, allow_outside=False, progress=None):
+    """Run a stroke script file, as ``trovik sculpt`` does.
+
+    Parameters
+    ----------
+    script : path
+        The script. ``docs/stroke-script.md`` describes all fields.
+    output : path, optional
+        Folder for the files that the script writes.
+    trace : path, optional
+        Folder for a trace of all calls into the brush; see `read_trace`.
+    trace_every : int, optional
+        Record the state of the meshes after every n-th dab; 0 records only the first and last one.
+    allow_outside : bool, optional
+        Permit files outside of `output`.
+    progress : callable, optional
+        See `Document`.
+
+    Returns
+    -------
+    dict
+        ``files`` (paths written), ``dabs``, ``vertices_moved``, ``vertices``, ``faces``, ``levels``
+        and ``warnings``.
+
+    Raises
+    ------
+    Error
+        With the script as `Error.file`, or the JSON pointer as `Error.location`.
+
+    Examples
+    --------
+    >>> result = trovik.run_script("first.json", "out", trace="out/trace")
+    >>> result["dabs"]
+    36
+    """
+    return _core.run_script(
+        os.fspath(script), os.fspath(output), os.fspath(trace or ""), trace_every, allow_outside, progress
+    )
+
+
+class Trace:
+    """A trace on disk; see `read_trace`.
+
+    Attributes
+    ----------
+    folder : pathlib.Path
+    calls : list of dict
+        The lines of the trace, with the fields ``call``, ``in`` and ``out``.
+    """
+
+    def __init__(self, folder):
+        self.folder = Path(folder)
+        with open(self.folder / "trace.jsonl", encoding="utf-8") as lines:
+            self.calls = [json.loads(line) for line in lines]
+
+    @property
+    def states(self):
+        """list of str : Names of the recorded states, such as ``"before"`` and ``"dab-000001"``."""
+        return sorted(path.name for path in self.folder.iterdir() if path.is_dir() and path.name != "arrays")
+
+    def state(self, name, mesh="m0"):
+        """Return the arrays of one mesh in one state.
+
+        Parameters
+        ----------
+        name : str
+            One of `states`.
+        mesh : str, optional
+            Name of the mesh in the trace.
+
+        Returns
+        -------
+        dict of str to numpy.ndarray
+            Read-only arrays, mapped from the files, by name without extension, such as
+            ``"level-2/positions"``, float32 (vertices, 3), mesh-local. ``docs/trace.md`` lists
+            them. The key ``"meta"`` contains the fields of ``meta.json``.
+        """
+        folder = self.folder / name / mesh
+        if not folder.is_dir():
+            raise KeyError(f"{self.folder}: there is no state {name!r} of the mesh {mesh!r}")
+        arrays = {
+            path.relative_to(folder).with_suffix("").as_posix(): np.load(path, mmap_mode="r")
+            for path in sorted(folder.rglob("*.npy"))
+        }
+        arrays["meta"] = json.loads((folder / "meta.json").read_text(encoding="utf-8"))
+        return arrays
+
+    def array(self, name):
+        """Return an array that a line refers to, such as a falloff table or a stamp image.
+
+        Parameters
+        ----------
+        name : str
+            The name in the line.
+        """
+        path = self.folder / name
+        if not path.exists():
+            path = self.folder / "arrays" / (name if name.endswith(".npy") else name + ".npy")
+        return np.load(path, mmap_mode="r")
+
+
+def read_trace(folder):
+    """Open a trace that `run_script` or ``trovik sculpt --trace`` has written.
+
+    Parameters
+    ----------
+    folder : path
+
+    Returns
+    -------
+    Trace
+
+    Examples
+    --------
+    >>> trace = trovik.read_trace("out/trace")
+    >>> before, after = (trace.state(name)["level-5/positions"] for name in ("before", "after"))
+    >>> moved = np.flatnonzero((before != after).any(axis=1))
+    """
+    return Trace(folder)
