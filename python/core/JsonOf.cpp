@@ -65,7 +65,7 @@ json OfNumpy(const py::array& array, const std::string& pointer) {
                 return std::isfinite(one) ? json(one) : OfFloat(one, Item(at, i));
             });
     }
-    if (kind == 'i' || kind == 'u') {
+    if (kind == 'i' || (kind == 'u' && array.itemsize() < 8)) {
         const py::array_t<std::int64_t, py::array::c_style | py::array::forcecast> numbers(array);
         const std::int64_t* next = numbers.data();
         return OfArray(

@@ -65,7 +65,7 @@ class Commands:
 
     # --- Tools and strokes ---
 
-    def tool(self, name: str, **settings: Any) -> None:
+    def tool(self, name: str, /, **settings: Any) -> None:
         """Make a tool active, and change its settings.
 
         Parameters

@@ -160,7 +160,7 @@ class Document(Commands, Arrays):
                 if self._observers:
                     self._deliver()
 
-    def layer(self, name: Optional[str] = None, **fields: Any) -> _LayerScope:
+    def layer(self, name: Optional[str] = None, /, **fields: Any) -> _LayerScope:
         """Add a layer on the current level, or select it if it exists; subsequent strokes are
         recorded into it. In a ``with`` statement, the layer that was active before is selected
         again at the end of the block.

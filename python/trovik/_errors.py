@@ -13,6 +13,8 @@ _FILE = re.compile(
     r"(?P<file>[^:]+?)(?:, (?P<location>(?:line|byte|field|chunk|face|vertex)[^:]*))?: (?P<reason>.+)", re.DOTALL
 )
 
+_MISSING = re.compile(r"file not found: (.+?)(?: is neither |, nor |$)")
+
 
 class Error(RuntimeError):
     """Invalid input, or a failure of the environment such as an unreadable file.
@@ -46,7 +48,10 @@ class Error(RuntimeError):
         self.file = None
         self.location = step.group(1) if step else None
         self.reason = step.group(2) if step else message
-        named = _FILE.fullmatch(self.reason)
+        missing = _MISSING.match(self.reason)
+        if missing:
+            self.file = missing.group(1)
+        named = None if missing else _FILE.fullmatch(self.reason)
         if named and (os.path.exists(named.group("file")) or "." in os.path.basename(named.group("file"))
                       and " " not in os.path.basename(named.group("file"))):
             self.file = named.group("file")

@@ -1,0 +1,356 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Documents: opening, commands, arrays, errors, files."""
+
+import copy
+import json
+import pickle
+import subprocess
+import sys
+import warnings
+
+import numpy as np
+import pytest
+from conftest import SOURCE, SPOT, bits, cube
+
+import trovik
+
+
+def test_every_step_of_scripts_has_a_method():
+    schema = json.loads((SOURCE / "docs" / "stroke-script.schema.json").read_text())
+    names = {"mask": "freeze"}
+    for step in schema["definitions"]["step"]["properties"]:
+        if step == "comment":
+            continue
+        snake = "".join("_" + letter.lower() if letter.isupper() else letter for letter in step)
+        method = getattr(trovik.Document, names.get(step, snake), None)
+        assert callable(method), step
+        assert method.__doc__, step
+
+
+def test_public_names_have_docstrings():
+    for name in trovik.__all__:
+        assert getattr(trovik, name).__doc__, name
+        for attribute, value in vars(getattr(trovik, name)).items():
+            if not attribute.startswith("_") and (callable(value) or isinstance(value, property)):
+                assert value.__doc__, f"{name}.{attribute}"
+
+
+def test_opens_meshes_and_scenes():
+    with trovik.open(SPOT, levels=2, mirror=["x"], seed=7) as s:
+        assert (s.level_count, s.current_level) == (3, 2)
+        s.set(radius=0.2)
+        s.stroke(surface=[[0.35, 0.2, 0.5]])
+        s.save("a.trovik")
+        assert not s.is_modified
+        expected = bits(s)
+    with trovik.open("a.trovik") as s:
+        assert bits(s) == expected
+        assert repr(s).startswith("<trovik.Document '")
+        s.undo() if s.history else None
+    assert s.closed and repr(s) == "<trovik.Document, closed>"
+
+
+def test_creates_documents_from_arrays():
+    mixed = trovik.new([[0, 0, 0], [1, 0, 0], [1, 1, 0], [0, 1, 0], [2, 0, 0]], [[0, 1, 2, 3], [1, 4, 2]])
+    assert mixed.faces().shape == (7, 4)
+    triangles = trovik.new(np.eye(3), np.array([[0, 1, 2]]))
+    assert triangles.faces().tolist() == [[0, 1, 2]]
+    assert triangles.positions.tolist() == np.eye(3).tolist()
+    with pytest.raises(trovik.Error, match="shape"):
+        trovik.new(np.eye(2), [[0, 1, 2]])
+    with pytest.raises(trovik.Error, match="vertex that does not exist"):
+        trovik.new(np.eye(3), [[0, 1, 3]])
+    with pytest.raises(trovik.Error, match="vertex that does not exist"):
+        trovik.new(np.eye(3), [[0, 1, -1]])
+    with pytest.raises(trovik.Error, match="integers"):
+        trovik.new(np.eye(3), [[0, 1, 2.5]])
+    with pytest.raises(trovik.Error):
+        trovik.new(np.eye(3), [])
+    with pytest.raises(trovik.Error, match="mesh: "):
+        trovik.new([[0, 0, 0], [1, 0, 0], [np.nan, 0, 0]], [[0, 1, 2]], name="mesh")
+    with pytest.raises(trovik.Error, match="raduis|levles"):
+        trovik.new(np.eye(3), [[0, 1, 2]], levles=2)
+
+
+def test_commands_change_the_sculpture(ball):
+    ball.tool("Wax", radius=0.4, strength=50, falloff="smooth")
+    assert ball.active_tool["name"] == "Wax" and ball.active_tool["strength"] == 50
+    ball.mirror("x")
+    before = ball.positions.copy()
+    ball.stroke(surface=np.array([[0.5, 0.0, 1.0], [0.5, 0.4, 1.0]], dtype=np.float32))
+    moved = (ball.positions != before).any(axis=1)
+    assert (before[moved, 0] > 0).any() and (before[moved, 0] < 0).any()
+    assert ball.history[-1].label == "Wax" and ball.history[-1].applied
+    ball.undo()
+    assert (ball.positions == before).all() and not ball.history[-1].applied
+    ball.redo()
+    assert ((ball.positions != before).any(axis=1) == moved).all()
+    ball.do({"undo": 1})
+    assert (ball.positions == before).all()
+
+
+def test_fields_with_reserved_names(ball):
+    ball.freeze(cavity={"from": -10.0, "sign": "both"})
+    ball.symmetrize("x", from_="negative")
+    ball.stroke(surface=[[0, 0, 1]], open=True)
+    ball.stroke(surface=[[0, 0.2, 1]], continue_=True)
+    ball.camera(from_=[0, 0, 1], width=100, height=80)
+    assert ball.history[-1].label == "Sculpt"
+
+
+def test_set_positions_is_one_undo_step(ball):
+    before = ball.positions.copy()
+    target = before + np.float32(0.1) * ball.normals
+    count = len(ball.history)
+    ball.set_positions(target, label="Inflate")
+    assert ball.positions.tobytes() == target.tobytes()
+    assert [entry.label for entry in ball.history[count:]] == ["Inflate"]
+    ball.undo()
+    assert ball.positions.tobytes() == before.tobytes()
+
+
+def test_freeze_accepts_arrays(ball):
+    height = ball.positions[:, 1]
+    ball.freeze(np.clip(height * 127, 0, 127))
+    assert (ball.mask == np.rint(np.clip(height * 127, 0, 127))).all()
+    ball.freeze(height > 0)
+    assert (ball.mask == np.where(height > 0, 127, 0)).all()
+    ball.freeze("invert")
+    assert (ball.mask == np.where(height > 0, 0, 127)).all()
+    ball.freeze(center=[0, 1, 0], radius=0.3)
+    assert ball.mask.max() == 127
+    ball.freeze("clear")
+    assert not ball.mask.any()
+    for wrong in (np.full(3, 1), np.full(len(height), 128), np.full(len(height), np.nan), np.full((2, 2), 1)):
+        with pytest.raises(trovik.Error):
+            ball.freeze(wrong)
+    with pytest.raises(TypeError):
+        ball.freeze("clear", mode="add")
+
+
+def test_layers(ball):
+    before = ball.positions.copy()
+    with ball.layer("wrinkles", strength=0.5):
+        ball.stroke(surface=[[0, 0, 1]])
+    assert [(layer.name, layer.strength, layer.active) for layer in ball.layers] == [("wrinkles", 0.5, False)]
+    layer = ball.layers[0]
+    np.testing.assert_allclose(before + 0.5 * layer.offsets, ball.positions, atol=1e-6)
+    with ball.layer("folds"):
+        with ball.layer("wrinkles"):
+            assert ball.layers[0].active
+        assert ball.layers[1].active
+    ball.layer(of="wrinkles", name="lines")
+    with pytest.raises(trovik.Error, match="wrinkles"):
+        layer.offsets
+    ball.layer(of="lines", remove=True)
+    with pytest.raises(trovik.Error):
+        with ball.layer("folds"):
+            raise trovik.Error("stop")
+    assert not any(one.active for one in ball.layers)
+
+
+def test_arrays_of_the_current_level():
+    s = trovik.open(SPOT, levels=1)
+    faces, positions, normals = s.faces(), s.positions, s.normals
+    assert faces.shape == (2928, 4) and faces.dtype == np.uint32 and faces.max() == len(positions) - 1
+    assert s.faces(0).shape == (732, 4)
+    with pytest.raises(IndexError, match="no level 7"):
+        s.faces(7)
+    diagonals = np.cross(
+        positions[faces[:, 2]] - positions[faces[:, 0]], positions[faces[:, 3]] - positions[faces[:, 1]]
+    )
+    assert (np.einsum("ij,ij->i", diagonals, normals[faces[:, 0]]) > 0).mean() > 0.99
+    np.testing.assert_allclose(np.linalg.norm(normals, axis=1), 1, atol=1e-4)
+    assert s.uvs.shape == (2928, 4, 2) and not np.isnan(s.uvs).any()
+    assert s.colors is None and cube().uvs is None
+    s.hide(faces=[[0, 10]])
+    assert s.hidden_faces.nonzero()[0].tolist() == list(range(10))
+    s.show()
+    s.transform(translate=[1, 2, 3])
+    assert s.local_to_world[3].tolist() == [1, 2, 3, 1]
+
+
+def test_colors():
+    with open("c.ply", "w") as file:
+        file.write(
+            "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n"
+            "property uchar red\nproperty uchar green\nproperty uchar blue\nelement face 1\n"
+            "property list uchar int vertex_indices\nend_header\n"
+            "0 0 0 255 0 0\n1 0 0 0 255 0\n0 1 0 0 0 255\n3 0 1 2\n"
+        )
+    s = trovik.open("c.ply")
+    assert s.colors.tolist() == [[1, 0, 0, 1], [0, 1, 0, 1], [0, 0, 1, 1]]
+
+
+def test_queries_in_world_space(ball):
+    ball.transform(scale=2, translate=[10, 0, 0])
+    hits = ball.pick([[10, 0, 9, 0, 0, -3], [0, 0, 9, 0, 0, -1], [10, 0, 9, 0, 0, 0]])
+    assert (hits.face >= 0).tolist() == [True, False, False]
+    np.testing.assert_allclose(hits.position[0, :2], [10, 0], atol=1e-5)
+    np.testing.assert_allclose(hits.normal[0], [0, 0, 1], atol=1e-3)
+    np.testing.assert_allclose(9 - 3 * hits.t[0], hits.position[0, 2], rtol=1e-5)
+    assert np.isnan(hits.position[1]).all() and np.isnan(hits.t[1])
+    near = ball.nearest([[10, 0, 9], [np.nan, 0, 0]])
+    np.testing.assert_allclose(near.position[0], hits.position[0], atol=1e-3)
+    np.testing.assert_allclose(near.t[0], 9 - near.position[0, 2], rtol=1e-4)
+    assert near.face[1] == -1
+    with pytest.raises(ValueError, match=r"\(n, 6\)"):
+        ball.pick(np.zeros((2, 3)))
+    with pytest.raises(ValueError, match=r"\(n, 3\)"):
+        ball.nearest([1, 2, 3])
+
+
+def test_errors_carry_file_location_and_reason(ball):
+    with pytest.raises(trovik.Error) as caught:
+        ball.set(raduis=1)
+    assert (caught.value.file, caught.value.location) == (None, "/set/raduis")
+    assert caught.value.reason == 'unknown setting; did you mean "radius"?'
+    assert str(caught.value) == '/set/raduis: unknown setting; did you mean "radius"?'
+    with pytest.raises(trovik.Error) as caught:
+        trovik.open("none.obj")
+    assert caught.value.file.endswith("/none.obj") and caught.value.location == "/mesh"
+    with open("bad.obj", "w") as file:
+        file.write("v 0 0 0\nv 1 0 0\nf 1 2 9\n")
+    with pytest.raises(trovik.Error) as caught:
+        trovik.open("bad.obj")
+    assert caught.value.file.endswith("/bad.obj") and caught.value.location == "line 3", vars(caught.value)
+    assert "9" in caught.value.reason
+    again = pickle.loads(pickle.dumps(caught.value))
+    assert vars(again) == vars(caught.value) and str(again) == str(caught.value)
+    with open("bad.trovik", "wb") as file:
+        file.write(b"not a scene")
+    with pytest.raises(trovik.Error) as caught:
+        trovik.open("bad.trovik")
+    assert caught.value.file.endswith("/bad.trovik")
+
+
+@pytest.mark.parametrize(
+    "step, error",
+    [
+        ({"stroke": {"surface": [[0, 0, np.nan]]}}, ValueError),
+        ({"stroke": {"surface": np.array([[0, 0, np.inf]])}}, ValueError),
+        ({"set": {"radius": object()}}, TypeError),
+        ({"set": {1: 2}}, TypeError),
+        ({"undo": 2**70}, ValueError),
+        ({"undo": "x"}, trovik.Error),
+        ({"undo": 1.5}, trovik.Error),
+        ({"fly": 1}, trovik.Error),
+        ([1], trovik.Error),
+        ({"subdivide": 1, "undo": 1}, trovik.Error),
+        ({"stroke": {"surface": [[0, 0, 1, 2]]}}, trovik.Error),
+        ({"level": 9}, trovik.Error),
+        ({"undo": 9}, trovik.Error),
+        ({"redo": 1}, trovik.Error),
+        ({"mask": {"image": {"file": "none.png"}}}, trovik.Error),
+        ({"stroke": {"continue": True}}, trovik.Error),
+    ],
+)
+def test_wrong_steps_are_refused(ball, step, error):
+    before = bits(ball)
+    with pytest.raises(error):
+        ball.do(step)
+    assert bits(ball) == before
+    nested = []
+    nested.append(nested)
+    with pytest.raises(RecursionError):
+        ball.do({"set": nested})
+
+
+def test_values_of_numpy_are_accepted(ball):
+    ball.set(radius=np.float32(0.25), spacing=np.int64(30), pressureControlsStrength=np.bool_(True))
+    assert ball.active_tool["radius"] == 0.25
+    assert ball.active_tool["spacing"] == pytest.approx(30)
+    ball.stroke(dabs=[{"face": np.uint32(3)}], seed=np.uint64(2**63 + 1))
+    ball.hide(faces=np.array([[0, 4]], dtype=np.uint16))
+
+
+def test_steps_without_effect_warn(ball):
+    with warnings.catch_warnings(record=True) as caught:
+        warnings.simplefilter("always")
+        ball.stroke(pointer=[[1, 1]])
+    assert [one.category for one in caught] == [trovik.SculptWarning]
+    assert caught[0].filename == __file__
+
+
+def test_documents_cannot_be_pickled_or_copied(ball):
+    for action in (pickle.dumps, copy.copy, copy.deepcopy):
+        with pytest.raises(TypeError, match="save it as a scene"):
+            action(ball)
+    with pytest.raises(TypeError, match="trovik.open"):
+        trovik.Document("spot.obj")
+
+
+def test_closed_documents_refuse_calls():
+    s = cube()
+    s.close()
+    s.close()
+    for call in (lambda: s.positions, lambda: s.subdivide(), lambda: s.history, lambda: s.live_stroke(), lambda: s.mask):
+        with pytest.raises(trovik.ClosedError):
+            call()
+
+
+def test_files(ball):
+    ball.camera(from_=[0.3, 0.1, 1], width=64, height=48)
+    ball.render("a.png", samples=1)
+    ball.render(keep="a", samples=1)
+    ball.contact_sheet("sheet.png", renders=["a"])
+    ball.export("a.glb")
+    ball.save("a.trovik")
+    ball.application_data("tests/key", "text")
+    ball.application_data("tests/key")
+    assert [name.rsplit("/")[-1] for name in ball.written_files] == ["a.png", "sheet.png", "a.glb", "a.trovik"]
+
+
+def test_stamps_from_arrays(ball):
+    y, x = np.mgrid[-1:1:32j, -1:1:32j]
+    path = trovik.save_stamp("ring.tif", np.exp(-40 * (np.hypot(x, y) - 0.6) ** 2))
+    ball.tool("Sculpt", radius=0.6, strength=30, stamp={"path": path})
+    assert ball.active_tool["stamp"] == path
+    ball.stroke(surface=[[0, 0, 1]])
+    with pytest.raises(trovik.Error):
+        trovik.save_stamp("ring.tif", np.zeros(3))
+    with pytest.raises(trovik.Error, match="finite"):
+        trovik.save_stamp("ring.tif", np.full((4, 4), np.nan))
+    with pytest.raises(trovik.Error):
+        trovik.save_stamp("ring.png", np.zeros((4, 4)))
+
+
+def test_journal_restores_unsaved_work():
+    code = f"""
+import numpy as np, os, trovik
+s = trovik.open({str(SPOT)!r}, journal="work.journal")
+s.subdivide(2)
+s.freeze(s.positions[:, 1] > 0)
+s.set_positions(s.positions + 0.02 * s.normals)
+s.set(radius=0.2)
+s.stroke(surface=[[0.35, 0.2, 0.5]])
+np.save("positions.npy", s.positions)
+np.save("mask.npy", s.mask)
+with s.live_stroke() as stroke:
+    pass
+os._exit(0)
+"""
+    subprocess.run([sys.executable, "-c", code], check=True)
+    with pytest.raises(trovik.Error, match="work.journal"):
+        trovik.open(SPOT, journal="work.journal")
+    trovik.recover("work.journal", "recovered.trovik")
+    with trovik.open("recovered.trovik") as s:
+        assert (s.positions == np.load("positions.npy")).all()
+        assert (s.mask == np.load("mask.npy")).all()
+    with pytest.raises(trovik.Error):
+        trovik.recover("none.journal", "b.trovik")
+
+
+def test_journal_ends_with_the_document():
+    with trovik.open(SPOT, journal="a.journal") as s:
+        s.subdivide()
+    s = trovik.open(SPOT, journal="a.journal")
+    s.subdivide()
+    s.save("a.trovik")
+    del s
+    with pytest.raises(ZeroDivisionError):
+        with trovik.open(SPOT, journal="a.journal") as s:
+            s.subdivide()
+            1 / 0
+    with pytest.raises(trovik.Error, match="a.journal"):
+        trovik.open(SPOT, journal="a.journal")

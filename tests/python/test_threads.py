@@ -1,0 +1,315 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Threads, progress, cancellation, observers and live strokes."""
+
+import gc
+import os
+import signal
+import sys
+import threading
+import time
+
+import numpy as np
+import pytest
+from conftest import SPOT, bits, cube
+
+import trovik
+
+
+def in_thread(work):
+    """Run a function in another thread, and return its result or exception."""
+    result = []
+
+    def run():
+        try:
+            result.append(work())
+        except BaseException as error:
+            result.append(error)
+
+    thread = threading.Thread(target=run)
+    thread.start()
+    thread.join(60)
+    assert not thread.is_alive()
+    return result[0]
+
+
+def test_calls_from_other_threads_are_refused(ball):
+    before = bits(ball)
+    for call in (ball.subdivide, lambda: ball.positions, ball.close, lambda: ball.pick(np.zeros((1, 6))), ball.live_stroke):
+        error = in_thread(call)
+        assert isinstance(error, trovik.ThreadError) and "move_to_this_thread" in str(error)
+    assert bits(ball) == before
+
+
+def test_documents_can_be_moved_to_another_thread(ball):
+    def work():
+        ball.move_to_this_thread()
+        ball.subdivide()
+        return ball.level_count
+
+    assert in_thread(work) == 6
+    with pytest.raises(trovik.ThreadError):
+        ball.positions
+    ball.move_to_this_thread()
+    assert ball.level_count == 6
+
+
+def test_documents_in_several_threads_give_the_same_bits():
+    def work():
+        s = cube(levels=4)
+        s.set(radius=0.4)
+        for i in range(6):
+            s.stroke(surface=[[0, i / 9, 0.8], [0.5, 0, 0.7]])
+        result = bits(s)
+        s.close()
+        return result
+
+    expected = work()
+    results = []
+    threads = [threading.Thread(target=lambda: results.append(work())) for _ in range(4)]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join(60)
+    assert results == [expected] * 4
+
+
+def test_the_gil_is_released_in_commands():
+    s = cube(levels=6)
+    s.set(radius=1.5, spacing=2)
+    counted = []
+    stop = threading.Event()
+
+    def count():
+        while not stop.is_set():
+            counted.append(time.monotonic())
+            time.sleep(0.001)
+
+    thread = threading.Thread(target=count)
+    thread.start()
+    begin = time.monotonic()
+    s.stroke(surface=[[-1, 0, 1], [1, 0, 1]])
+    end = time.monotonic()
+    stop.set()
+    thread.join()
+    assert end - begin > 0.02, "the stroke must be long enough for the test"
+    during = [moment for moment in counted if begin < moment < end]
+    assert len(during) > 3, (len(during), end - begin)
+
+
+def test_progress_is_reported_and_cancels(ball):
+    reports = []
+    ball.subdivide(2, progress=lambda done, total: reports.append((done, total)))
+    assert reports and all(0 <= done <= total or total == 0 for done, total in reports)
+    before = bits(ball)
+    count = len(ball.history)
+    with pytest.raises(trovik.Cancelled):
+        ball.subdivide(progress=lambda done, total: False)
+    assert bits(ball) == before and len(ball.history) == count
+    with pytest.raises(trovik.Cancelled):
+        trovik.open(SPOT, progress=lambda done, total: False)
+    with pytest.raises(trovik.Cancelled):
+        ball.save("a.trovik", progress=lambda done, total: False)
+    assert os.listdir(".") == []
+
+
+def test_an_exception_in_progress_cancels(ball):
+    before = bits(ball)
+
+    def fail(done, total):
+        raise KeyError("mine")
+
+    with pytest.raises(KeyError, match="mine"):
+        ball.subdivide(progress=fail)
+    assert bits(ball) == before
+    with pytest.raises(TypeError):
+        ball.subdivide(progress=3)
+    ball.subdivide()
+
+
+def test_documents_cannot_be_used_in_progress(ball):
+    errors = []
+    other = cube()
+
+    def use(done, total):
+        for call in (lambda: ball.positions, lambda: other.subdivide(), lambda: cube(), ball.close, lambda: trovik.open(SPOT)):
+            with pytest.raises(trovik.BusyError) as caught:
+                call()
+            errors.append(caught.value)
+
+    ball.subdivide(progress=use)
+    assert errors
+
+
+def test_documents_may_be_dropped_in_progress(ball):
+    others = [cube(levels=2) for _ in range(3)]
+
+    def drop(done, total):
+        if others:
+            others.pop()
+            gc.collect()
+
+    ball.subdivide(2, progress=drop)
+    assert not others
+
+
+def test_a_cancelled_stroke_is_undone(ball):
+    ball.subdivide(2)
+    ball.set(radius=0.5, spacing=1)
+    before = bits(ball)
+    begin = time.monotonic()
+    with pytest.raises(trovik.Cancelled):
+        ball.stroke(
+            surface=np.c_[np.cos(np.linspace(0, 60, 4000)), np.sin(np.linspace(0, 60, 4000)), np.ones(4000)],
+            progress=lambda dabs, total: dabs < 5,
+        )
+    assert time.monotonic() - begin < 10
+    assert bits(ball) == before
+    ball.stroke(surface=[[0, 0, 1]])
+
+
+@pytest.mark.parametrize("work", ["stroke", "subdivide", "live"])
+def test_ctrl_c_cancels(work):
+    s = cube(levels=6)
+    s.set(radius=1.0, spacing=0.5)
+    s.camera(from_=[0, 0, 1], width=400, height=400)
+    before = bits(s)
+    angles = np.linspace(0, 60, 4000)
+
+    def run():
+        if work == "stroke":
+            s.stroke(surface=np.c_[np.cos(angles), np.sin(angles), np.ones(4000)])
+        elif work == "subdivide":
+            # Ctrl-C arrives in the first report.
+            s.subdivide(2, progress=lambda done, total: signal.raise_signal(signal.SIGINT) or True)
+        else:
+            with s.live_stroke() as stroke:
+                stroke.add(np.c_[200 + 90 * np.cos(angles), 200 + 90 * np.sin(angles), np.ones(4000), 8 * np.arange(4000)])
+
+    timer = threading.Timer(0.1, lambda: os.kill(os.getpid(), signal.SIGINT))
+    if work != "subdivide":
+        timer.start()
+    with pytest.raises(KeyboardInterrupt):
+        run()
+    timer.cancel()
+    assert bits(s) == before
+    s.stroke(surface=[[0, 0, 1]])
+
+
+def test_live_strokes_give_the_bits_of_pen_strokes():
+    samples = np.c_[np.linspace(150, 250, 40), 200 + 20 * np.sin(np.arange(40)), np.linspace(0.2, 1, 40), 8.0 * np.arange(40)]
+    results = []
+    for live in (True, False):
+        with cube(levels=4, camera={"from": [0, 0, 1], "width": 400, "height": 400}) as s:
+            s.set(radius=0.2)
+            if live:
+                with s.live_stroke() as stroke:
+                    for sample in samples:
+                        stroke.add(sample)
+                assert stroke.is_over
+            else:
+                s.stroke(pen=samples, path={"interactive": True})
+            assert len(s.history) == 1
+            results.append(bits(s))
+    assert results[0] == results[1]
+
+
+def test_live_strokes_are_abandoned_by_exceptions(ball):
+    ball.camera(from_=[0, 0, 1], width=400, height=400)
+    before, count = bits(ball), len(ball.history)
+    sample = [[200, 200, 1, 0], [220, 200, 1, 100], [240, 210, 1, 200]]
+    with pytest.raises(ZeroDivisionError):
+        with ball.live_stroke() as stroke:
+            stroke.add(sample)
+            stroke.tick(300)
+            with pytest.raises(trovik.Error, match="stroke is open"):
+                ball.subdivide()
+            with pytest.raises(trovik.Error):
+                ball.live_stroke()
+            with pytest.raises(ValueError, match="shape"):
+                stroke.add([[1, 2]])
+            with pytest.raises(trovik.Error, match="pressure"):
+                stroke.add([[1, 2, 3, 400]])
+            1 / 0
+    assert bits(ball) == before and len(ball.history) == count and stroke.is_over
+    with pytest.raises(trovik.Error, match="over"):
+        stroke.add(sample)
+    with pytest.raises(ValueError, match="modifier"):
+        ball.live_stroke("soft")
+    ball.live_stroke("smooth").release()
+
+
+def test_observers_are_called_after_commands(ball):
+    events = []
+    ball.save("a.trovik")
+    observer = ball.observe(
+        surface=lambda event: events.append(("surface", event)),
+        history=lambda document: events.append(("history", len(document.history))),
+        levels=lambda document: events.append(("levels", document.level_count)),
+        layers=lambda document: events.append(("layers", [layer.name for layer in document.layers])),
+        tool=lambda document: events.append(("tool", document.active_tool["name"])),
+        modified=lambda on: events.append(("modified", on)),
+        camera=lambda document: events.append(("camera", None)),
+    )
+    ball.stroke(surface=[[0, 0, 1]])
+    names = [name for name, _ in events]
+    assert names.count("history") == 1 and ("modified", True) in events and ("history", 1) in events
+    surface = [event for name, event in events if name == "surface"]
+    assert any("positions" in event.what and event.patches is not None and len(event.patches) for event in surface)
+    events.clear()
+    ball.subdivide()
+    assert ("levels", 6) in events
+    assert any("topology" in event.what for name, event in events if name == "surface")
+    events.clear()
+    ball.layer("a")
+    ball.tool("Wax")
+    ball.camera(from_=[1, 0, 0])
+    assert ("layers", ["a"]) in events and ("tool", "Wax") in events and ("camera", None) in events
+    events.clear()
+    observer.remove()
+    observer.remove()
+    ball.undo()
+    assert events == []
+    with pytest.raises(TypeError, match="surfaces"):
+        ball.observe(surfaces=print)
+
+
+def test_observers_may_use_the_document_and_fail(ball, monkeypatch):
+    problems = []
+    monkeypatch.setattr(sys, "unraisablehook", lambda problem: problems.append(problem.exc_value))
+
+    def change(document):
+        if len(document.history) < 3:
+            document.freeze("invert")
+
+    def fail(document):
+        raise ValueError("mine")
+
+    with ball.observe(history=change), ball.observe(history=fail):
+        ball.freeze("all")
+    assert len(ball.history) == 3
+    assert problems and all(isinstance(problem, ValueError) for problem in problems)
+
+
+def test_memory_is_constant_over_documents():
+    def resident():
+        with open("/proc/self/statm") as file:
+            return int(file.read().split()[1]) * os.sysconf("SC_PAGE_SIZE")
+
+    def work(count):
+        for i in range(count):
+            s = cube(levels=2)
+            s.set(radius=0.4)
+            if i % 10 == 0:
+                s.stroke(surface=[[0, 0, 1]])
+                with s.observe(surface=lambda event: None), s.layer("a"):
+                    s.freeze(s.positions[:, 0] > 0)
+                with pytest.raises(trovik.Error):
+                    s.set(raduis=1)
+                with pytest.raises(trovik.Cancelled):
+                    s.subdivide(progress=lambda done, total: False)
+        gc.collect()
+
+    work(200)
+    before = resident()
+    work(1000)
+    assert resident() - before < 8e6
