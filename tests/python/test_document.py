@@ -284,7 +284,8 @@ def test_closed_documents_refuse_calls():
     s = cube()
     s.close()
     s.close()
-    for call in (lambda: s.positions, lambda: s.subdivide(), lambda: s.history, lambda: s.live_stroke(), lambda: s.mask):
+    calls = (lambda: s.positions, s.subdivide, lambda: s.history, s.live_stroke, lambda: s.mask)
+    for call in calls:
         with pytest.raises(trovik.ClosedError):
             call()
 

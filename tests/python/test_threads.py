@@ -34,7 +34,8 @@ def in_thread(work):
 
 def test_calls_from_other_threads_are_refused(ball):
     before = bits(ball)
-    for call in (ball.subdivide, lambda: ball.positions, ball.close, lambda: ball.pick(np.zeros((1, 6))), ball.live_stroke):
+    calls = (ball.subdivide, lambda: ball.positions, ball.close, lambda: ball.pick(np.zeros((1, 6))), ball.live_stroke)
+    for call in calls:
         error = in_thread(call)
         assert isinstance(error, trovik.ThreadError) and "move_to_this_thread" in str(error)
     assert bits(ball) == before
@@ -131,7 +132,7 @@ def test_documents_cannot_be_used_in_progress(ball):
     other = cube()
 
     def use(done, total):
-        for call in (lambda: ball.positions, lambda: other.subdivide(), lambda: cube(), ball.close, lambda: trovik.open(SPOT)):
+        for call in (lambda: ball.positions, other.subdivide, cube, ball.close, lambda: trovik.open(SPOT)):
             with pytest.raises(trovik.BusyError) as caught:
                 call()
             errors.append(caught.value)
@@ -183,7 +184,8 @@ def test_ctrl_c_cancels(work):
             s.subdivide(2, progress=lambda done, total: signal.raise_signal(signal.SIGINT) or True)
         else:
             with s.live_stroke() as stroke:
-                stroke.add(np.c_[200 + 90 * np.cos(angles), 200 + 90 * np.sin(angles), np.ones(4000), 8 * np.arange(4000)])
+                circle = 200 + 90 * np.c_[np.cos(angles), np.sin(angles)]
+                stroke.add(np.c_[circle, np.ones(4000), 8 * np.arange(4000)])
 
     timer = threading.Timer(0.1, lambda: os.kill(os.getpid(), signal.SIGINT))
     if work != "subdivide":
@@ -196,7 +198,8 @@ def test_ctrl_c_cancels(work):
 
 
 def test_live_strokes_give_the_bits_of_pen_strokes():
-    samples = np.c_[np.linspace(150, 250, 40), 200 + 20 * np.sin(np.arange(40)), np.linspace(0.2, 1, 40), 8.0 * np.arange(40)]
+    i = np.arange(40)
+    samples = np.c_[150 + 2.5 * i, 200 + 20 * np.sin(i), 0.2 + 0.02 * i, 8.0 * i]
     results = []
     for live in (True, False):
         with cube(levels=4, camera={"from": [0, 0, 1], "width": 400, "height": 400}) as s:

@@ -93,7 +93,7 @@ def test_views_keep_the_memory_of_a_dropped_document():
 
 
 COMMANDS = st.sampled_from(
-    ["subdivide", "level", "undo", "redo", "stroke", "mask", "set_positions", "reset", "hide", "layer", "delete", "view", "drop"]
+    "subdivide level undo redo stroke mask set_positions reset hide layer delete view drop".split()
 )
 
 
@@ -144,7 +144,7 @@ def test_views_stay_valid_in_random_work(steps):
         lambda inner: st.lists(inner, max_size=3) | st.dictionaries(st.text(max_size=6), inner, max_size=3),
         max_leaves=8,
     ),
-    st.sampled_from(["set", "stroke", "mask", "layer", "mirror", "camera", "transform", "setPositions", "undo", "hide"]),
+    st.sampled_from("set stroke mask layer mirror camera transform setPositions undo hide".split()),
 )
 def test_any_value_is_run_or_refused(value, step):
     s = cube(levels=1)

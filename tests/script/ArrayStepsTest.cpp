@@ -20,12 +20,12 @@ using testing::HasSubstr;
 
 std::string Text(const std::vector<std::uint8_t>& bytes) { return {bytes.begin(), bytes.end()}; }
 
-TEST(Base64, DecodesTheExamplesOfTheStandard) {
+TEST(Base64, DecodesWithAndWithoutPadding) {
     EXPECT_EQ(Text(DecodeBase64("")), "");
-    EXPECT_EQ(Text(DecodeBase64("Zg==")), "f");
-    EXPECT_EQ(Text(DecodeBase64("Zm8=")), "fo");
-    EXPECT_EQ(Text(DecodeBase64("Zm9v")), "foo");
-    EXPECT_EQ(Text(DecodeBase64("Zm9vYmFy")), "foobar");
+    EXPECT_EQ(Text(DecodeBase64("TQ==")), "M");
+    EXPECT_EQ(Text(DecodeBase64("TWE=")), "Ma");
+    EXPECT_EQ(Text(DecodeBase64("TWFu")), "Man");
+    EXPECT_EQ(Text(DecodeBase64("TWFuTWE=")), "ManMa");
     EXPECT_EQ(DecodeBase64("+/8A"), (std::vector<std::uint8_t>{0xfb, 0xff, 0x00}));
 }
 
