@@ -215,14 +215,21 @@ void Session::BeginStroke(const PenStrokeOptions& options, py::handle progress) 
     });
 }
 
+DocumentStroke& Session::OpenStroke() {
+    Sculpture& used = Use();
+    if (!used.stroke) Raise("Error", "the stroke is over");
+    return *used.stroke;
+}
+
 void Session::AddSamples(py::handle given, py::handle progress) {
     Sculpture& used = Use();
+    DocumentStroke& stroke = OpenStroke();
     const nlohmann::json list = JsonOf(given);
     Run(used, progress, [&] {
         const std::vector<PathSample> samples = PenSamples(FieldReader(list, stepName, ""));
         const std::size_t position = used.Document().HistoryPosition();
         try {
-            used.stroke->Add(samples);
+            stroke.Add(samples);
         } catch (const Cancelled&) {
             UndoFrom(used, position);
             throw;
@@ -232,7 +239,8 @@ void Session::AddSamples(py::handle given, py::handle progress) {
 
 void Session::Tick(double milliseconds) {
     Sculpture& used = Use();
-    Run(used, py::none(), [&] { used.stroke->Tick(milliseconds / 1000.0); });
+    DocumentStroke& stroke = OpenStroke();
+    Run(used, py::none(), [&] { stroke.Tick(milliseconds / 1000.0); });
 }
 
 void Session::EndStroke(bool abandon, py::handle progress) {

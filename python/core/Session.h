@@ -101,6 +101,8 @@ private:
     void RefuseViews(const std::string& work) const;
     /// Calls RefuseViews if the step would invalidate views.
     void RequireNoViews(const nlohmann::json& step);
+    /// \throw Error if there is no live stroke.
+    DocumentStroke& OpenStroke();
 
     std::shared_ptr<Sculpture> sculpture;
     std::thread::id owner = std::this_thread::get_id();

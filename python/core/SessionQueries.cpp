@@ -25,6 +25,13 @@ struct Hits {
                 values->mutable_data(), values->size(), std::numeric_limits<float>::quiet_NaN());
     }
 
+    /// Calls a function that calls Set, without the GIL.
+    template <typename Work>
+    static void Fill(const Work& work) {
+        const py::gil_scoped_release released;
+        work();
+    }
+
     void Set(py::ssize_t row, const LevelGeometry& geometry, const PickHit& hit, float parameter) {
         const Vector point = WorldPositionOf(geometry, hit);
         const Vector outward = WorldNormal(geometry.Transform(), hit.normal);
@@ -79,16 +86,18 @@ py::dict Pick(Session& session,
     const LevelGeometry& geometry = document.Geometry();
     const MatrixTransform& transform = geometry.Transform();
     Hits hits(rays.shape(0));
-    for (py::ssize_t i = 0; i < rays.shape(0); ++i) {
-        const float* row = rays.data(i);
-        const Vector origin(row[0], row[1], row[2]);
-        const Vector direction(row[3], row[4], row[5]);
-        Ray ray;
-        transform.WorldToLocal(&ray.origin, &origin, 1.0f);
-        transform.WorldToLocal(&ray.direction, &direction, 0.0f);
-        // The parameter of the hit is the same in both spaces.
-        if (const auto hit = document.Tree().Pick(ray)) hits.Set(i, geometry, *hit, hit->t);
-    }
+    Hits::Fill([&] {
+        for (py::ssize_t i = 0; i < rays.shape(0); ++i) {
+            const float* row = rays.data(i);
+            const Vector origin(row[0], row[1], row[2]);
+            const Vector direction(row[3], row[4], row[5]);
+            Ray ray;
+            transform.WorldToLocal(&ray.origin, &origin, 1.0f);
+            transform.WorldToLocal(&ray.direction, &direction, 0.0f);
+            // The parameter of the hit is the same in both spaces.
+            if (const auto hit = document.Tree().Pick(ray)) hits.Set(i, geometry, *hit, hit->t);
+        }
+    });
     return hits.ToDict();
 }
 
@@ -98,14 +107,17 @@ py::dict Nearest(Session& session,
     RequireColumns(points, 3, "points");
     const LevelGeometry& geometry = document.Geometry();
     Hits hits(points.shape(0));
-    for (py::ssize_t i = 0; i < points.shape(0); ++i) {
-        const float* row = points.data(i);
-        const Vector point(row[0], row[1], row[2]);
-        Vector local;
-        geometry.Transform().WorldToLocal(&local, &point, 1.0f);
-        const auto hit = document.Tree().Nearest(local);
-        if (hit) hits.Set(i, geometry, *hit, (WorldPositionOf(geometry, *hit) - point).Length());
-    }
+    Hits::Fill([&] {
+        for (py::ssize_t i = 0; i < points.shape(0); ++i) {
+            const float* row = points.data(i);
+            const Vector point(row[0], row[1], row[2]);
+            Vector local;
+            geometry.Transform().WorldToLocal(&local, &point, 1.0f);
+            const auto hit = document.Tree().Nearest(local);
+            if (hit)
+                hits.Set(i, geometry, *hit, (WorldPositionOf(geometry, *hit) - point).Length());
+        }
+    });
     return hits.ToDict();
 }
 

@@ -15,7 +15,8 @@ Examples
 >>> s.export("out.glb")
 """
 
-from ._arrays import HistoryEntry, Layer, SurfaceHits
+from ._arrays import Arrays, HistoryEntry, Layer, SurfaceHits
+from ._commands import Commands
 from ._document import Document, Observer, SurfaceEvent
 from ._errors import BusyError, Cancelled, ClosedError, Error, SculptWarning, ThreadError
 from ._live import LiveStroke
@@ -23,9 +24,11 @@ from ._open import new, open, recover, save_stamp
 from ._trace import Trace, read_trace, run_script
 
 __all__ = [
+    "Arrays",
     "BusyError",
     "Cancelled",
     "ClosedError",
+    "Commands",
     "Document",
     "Error",
     "HistoryEntry",

@@ -14,7 +14,7 @@ import numpy as np
 from . import _core
 from ._arrays import Arrays
 from ._commands import Commands, Progress, fields_of
-from ._errors import Error, SculptWarning
+from ._errors import BusyError, ClosedError, Error, SculptWarning, ThreadError
 from ._live import LiveStroke
 
 _log = logging.getLogger("trovik")
@@ -93,6 +93,7 @@ class Document(Commands, Arrays):
             raise TypeError("use trovik.open() or trovik.new() to create a document")
         self._core = core
         self._observers: list[Observer] = []
+        self._live: Optional[LiveStroke] = None
         if has_journal:
             # Also called when the interpreter exits.
             weakref.finalize(self, _finish, core)
@@ -153,12 +154,19 @@ class Document(Commands, Arrays):
 
     def _run(self, work: Callable[[_core.Session], Any]) -> Any:
         try:
-            return work(self._core)
-        finally:
-            if not self.closed:
-                self._log_messages()
-                if self._observers:
-                    self._deliver()
+            result = work(self._core)
+        except (BusyError, ClosedError, ThreadError):
+            raise
+        except BaseException:
+            self._after_command()
+            raise
+        self._after_command()
+        return result
+
+    def _after_command(self) -> None:
+        self._log_messages()
+        if self._observers:
+            self._deliver()
 
     def layer(self, name: Optional[str] = None, /, **fields: Any) -> _LayerScope:
         """Add a layer on the current level, or select it if it exists; subsequent strokes are

@@ -1,8 +1,11 @@
 # SPDX-License-Identifier: Apache-2.0
 """Exceptions of the package."""
 
+from __future__ import annotations
+
 import os
 import re
+from typing import Any, Optional
 
 __all__ = ["Error", "Cancelled", "ClosedError", "ThreadError", "BusyError", "SculptWarning"]
 
@@ -13,6 +16,7 @@ _FILE = re.compile(
     r"(?P<file>[^:]+?)(?:, (?P<location>(?:line|byte|field|chunk|face|vertex)[^:]*))?: (?P<reason>.+)", re.DOTALL
 )
 
+_POINTER = re.compile(r"(/[^ ]*): (.*)", re.DOTALL)
 _MISSING = re.compile(r"file not found: (.+?)(?: is neither |, nor |$)")
 
 
@@ -41,7 +45,11 @@ class Error(RuntimeError):
     /set/raduis unknown setting; did you mean "radius"?
     """
 
-    def __init__(self, message):
+    file: Optional[str]
+    location: Optional[str]
+    reason: str
+
+    def __init__(self, message: str):
         step = _STEP.fullmatch(message)
         if step is None and message.startswith("python: "):
             message = message[len("python: "):]
@@ -55,15 +63,18 @@ class Error(RuntimeError):
         if named and (os.path.exists(named.group("file")) or "." in os.path.basename(named.group("file"))
                       and " " not in os.path.basename(named.group("file"))):
             self.file = named.group("file")
-            self.location = self.location or named.group("location")
             self.reason = named.group("reason")
+            pointer = _POINTER.fullmatch(self.reason)
+            if pointer:
+                self.reason = pointer.group(2)
+            self.location = self.location or (pointer.group(1) if pointer else named.group("location"))
         super().__init__(f"{step.group(1)}: {step.group(2)}" if step else message)
 
-    def __reduce__(self):
+    def __reduce__(self) -> Any:
         return (type(self)._restored, (str(self), self.file, self.location, self.reason))
 
     @classmethod
-    def _restored(cls, message, file, location, reason):
+    def _restored(cls, message: str, file: Optional[str], location: Optional[str], reason: str) -> Error:
         error = cls(message)
         error.file, error.location, error.reason = file, location, reason
         return error

@@ -1,6 +1,19 @@
 # SPDX-License-Identifier: Apache-2.0
 """Strokes whose samples arrive over time."""
 
+from __future__ import annotations
+
+from typing import TYPE_CHECKING, Any
+
+import numpy as np
+from numpy.typing import ArrayLike
+
+from ._commands import Progress
+from ._errors import Error
+
+if TYPE_CHECKING:
+    from ._document import Document
+
 __all__ = ["LiveStroke"]
 
 
@@ -11,13 +24,14 @@ class LiveStroke:
     reverted if the block raises an exception.
     """
 
-    def __init__(self, document, options, progress):
+    def __init__(self, document: Document, options: tuple, progress: Progress):
         self._document = document
         self._progress = progress
         self._is_over = False
         document._run(lambda core: core.begin_stroke(*options, progress))
+        document._live = self
 
-    def add(self, samples):
+    def add(self, samples: ArrayLike) -> None:
         """Add samples, and apply the dabs that later samples cannot affect.
 
         Parameters
@@ -36,7 +50,7 @@ class LiveStroke:
         self._require_open()
         self._document._run(lambda core: core.add_samples(rows, self._progress))
 
-    def tick(self, milliseconds):
+    def tick(self, milliseconds: float) -> None:
         """Repeat the last sample at a later time, which keeps an airbrush running.
 
         Parameters
@@ -47,36 +61,35 @@ class LiveStroke:
         self._require_open()
         self._document._run(lambda core: core.tick(float(milliseconds)))
 
-    def release(self):
+    def release(self) -> None:
         """Apply the remaining dabs and end the stroke as one undo step. Does nothing if it is over."""
         self._end(False)
 
-    def abandon(self):
+    def abandon(self) -> None:
         """End the stroke and restore the surface bit-exactly. Does nothing if it is over."""
         self._end(True)
 
     @property
-    def is_over(self):
+    def is_over(self) -> bool:
         """bool : Whether the stroke was released, abandoned or ended by an error."""
-        return self._is_over or self._document.closed or self._document._core.is_stroke_over
+        document = self._document
+        return self._is_over or document.closed or document._live is not self or document._core.is_stroke_over
 
-    def _require_open(self):
+    def _require_open(self) -> None:
         if self.is_over:
-            from ._errors import Error
-
             raise Error("the stroke is over")
 
-    def _end(self, abandon):
+    def _end(self, abandon: bool) -> None:
         if self.is_over:
             self._is_over = True
             return
         self._is_over = True
         self._document._run(lambda core: core.end_stroke(abandon, self._progress))
 
-    def __enter__(self):
+    def __enter__(self) -> LiveStroke:
         return self
 
-    def __exit__(self, kind, *_):
+    def __exit__(self, kind: object, *_: object) -> bool:
         if kind is None:
             self.release()
         else:
@@ -84,9 +97,7 @@ class LiveStroke:
         return False
 
 
-def _rows(samples):
-    import numpy as np
-
+def _rows(samples: ArrayLike) -> Any:
     rows = np.atleast_2d(np.asarray(samples, dtype=np.float64))
     if rows.size == 0:
         return []

@@ -38,7 +38,7 @@ def open(
     journal_sync : bool, optional
         Whether to sync the journal to disk after each step.
     progress : callable, optional
-        See `Document`.
+        See `Commands`.
     **setup
         Fields of the setup of scripts: ``levels``, ``units``, ``up``, ``transform``, ``camera``,
         ``mirror``, ``seed``, ``undoBudget``, ``subdivideBudget``, ``preferences`` …

@@ -1,18 +1,30 @@
 # SPDX-License-Identifier: Apache-2.0
 """Scripts with traces, and traces as arrays."""
 
+from __future__ import annotations
+
 import json
 import os
 from pathlib import Path
+from typing import Any, Union
 
 import numpy as np
 
 from . import _core
+from ._commands import Progress
 
 __all__ = ["run_script", "read_trace", "Trace"]
 
 
-def run_script(script, output=".", *, trace=None, trace_every=0, allow_outside=False, progress=None):
+def run_script(
+    script: Union[str, os.PathLike],
+    output: Union[str, os.PathLike] = ".",
+    *,
+    trace: Union[str, os.PathLike, None] = None,
+    trace_every: int = 0,
+    allow_outside: bool = False,
+    progress: Progress = None,
+) -> dict[str, Any]:
     """Run a stroke script file, as ``trovik sculpt`` does.
 
     Parameters
@@ -28,7 +40,7 @@ def run_script(script, output=".", *, trace=None, trace_every=0, allow_outside=F
     allow_outside : bool, optional
         Permit files outside of `output`.
     progress : callable, optional
-        See `Document`.
+        See `Commands`.
 
     Returns
     -------
@@ -62,17 +74,17 @@ class Trace:
         The lines of the trace, with the fields ``call``, ``in`` and ``out``.
     """
 
-    def __init__(self, folder):
+    def __init__(self, folder: Union[str, os.PathLike]):
         self.folder = Path(folder)
         with open(self.folder / "trace.jsonl", encoding="utf-8") as lines:
             self.calls = [json.loads(line) for line in lines]
 
     @property
-    def states(self):
+    def states(self) -> list[str]:
         """list of str : Names of the recorded states, such as ``"before"`` and ``"dab-000001"``."""
         return sorted(path.name for path in self.folder.iterdir() if path.is_dir() and path.name != "arrays")
 
-    def state(self, name, mesh="m0"):
+    def state(self, name: str, mesh: str = "m0") -> dict[str, Any]:
         """Return the arrays of one mesh in one state.
 
         Parameters
@@ -99,7 +111,7 @@ class Trace:
         arrays["meta"] = json.loads((folder / "meta.json").read_text(encoding="utf-8"))
         return arrays
 
-    def array(self, name):
+    def array(self, name: str) -> np.ndarray:
         """Return an array that a line refers to, such as a falloff table or a stamp image.
 
         Parameters
@@ -113,7 +125,7 @@ class Trace:
         return np.load(path, mmap_mode="r")
 
 
-def read_trace(folder):
+def read_trace(folder: Union[str, os.PathLike]) -> Trace:
     """Open a trace that `run_script` or ``trovik sculpt --trace`` has written.
 
     Parameters

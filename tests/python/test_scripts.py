@@ -91,7 +91,7 @@ def test_scripts_report_results_and_errors(command):
     assert result["dabs"] > 10 and result["levels"] == 4 and result["vertices"] == 46850, result
     with pytest.raises(trovik.Error) as caught:
         trovik.run_script(write_script(steps=[{"fly": 1}]))
-    assert "/steps/0/fly" in str(caught.value)
+    assert (caught.value.file, caught.value.location) == ("script.json", "/steps/0/fly")
     with pytest.raises(trovik.Error, match="none.json"):
         trovik.run_script("none.json")
     with pytest.raises(trovik.Cancelled):

@@ -238,6 +238,10 @@ def test_live_strokes_are_abandoned_by_exceptions(ball):
         stroke.add(sample)
     with pytest.raises(ValueError, match="modifier"):
         ball.live_stroke("soft")
+    ended = ball.live_stroke()
+    ball.stroke(continue_=True)
+    with ball.live_stroke() as other:
+        assert ended.is_over and not other.is_over
     ball.live_stroke("smooth").release()
 
 
