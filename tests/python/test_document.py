@@ -323,8 +323,13 @@ s = trovik.open({str(SPOT)!r}, journal="work.journal")
 s.subdivide(2)
 s.freeze(s.positions[:, 1] > 0)
 s.set_positions(s.positions + 0.02 * s.normals)
-s.set(radius=0.2)
+s.set(radius=0.2, spacing=1)
 s.stroke(surface=[[0.35, 0.2, 0.5]])
+try:
+    s.stroke(surface=[[0.35, 0.2, 0.0], [0.35, 0.2, 0.5]] * 200, progress=lambda dabs, total: dabs < 5)
+except trovik.Cancelled:
+    s.freeze("invert")
+s.stroke(surface=[[0.3, 0.2, 0.5]], seed=4)
 np.save("positions.npy", s.positions)
 np.save("mask.npy", s.mask)
 with s.live_stroke() as stroke:
