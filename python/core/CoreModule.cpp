@@ -138,8 +138,8 @@ void DefineSession(py::module_& module) {
         .def("take_messages", &Session::TakeMessages)
         .def_property_readonly("closed", &Session::IsClosed)
         .def_property_readonly("written", &Session::Written)
-        .def_property_readonly("views",
-                               [](const Session& session) { return session.Views()->load(); })
+        .def_property_readonly("views", &Session::Views)
+        .def("leave", &Session::Leave)
         .def("begin_stroke", &BeginStroke)
         .def("add_samples", &Session::AddSamples)
         .def("tick", &Session::Tick)
@@ -162,7 +162,7 @@ void DefineSession(py::module_& module) {
 PYBIND11_MODULE(_core, module) {
     module.doc() = "Documents of the Trovik host library.";
     RegisterErrors();
-    py::class_<ViewOwner>(module, "_ViewOwner");
+    const py::class_<ViewOwner> viewOwner(module, "_ViewOwner");
     DefineSession(module);
     module.def("write_stamp", &WriteStamp);
     module.def("run_script", &RunScript);

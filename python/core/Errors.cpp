@@ -19,6 +19,8 @@ void Set(const char* type, const std::string& message) {
     PyErr_SetObject(kind.ptr(), kind(message).ptr());
 }
 
+// The type that pybind11 requires.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void Translate(std::exception_ptr exception) {
     try {
         if (exception) std::rethrow_exception(exception);

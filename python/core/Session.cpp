@@ -52,7 +52,8 @@ Sculpture::~Sculpture() {
 
 std::shared_ptr<Sculpture> Session::NewSculpture() {
     // A document may only be destroyed while no thread uses the engine.
-    const std::shared_ptr<Sculpture> opened(new Sculpture, [](Sculpture* sculpture) {
+    std::shared_ptr<Sculpture> opened;
+    opened.reset(new Sculpture, [](Sculpture* sculpture) {
         EngineUse::Retire(std::shared_ptr<void>(std::unique_ptr<Sculpture>(sculpture)));
     });
     ScriptProgress progress;
@@ -127,7 +128,7 @@ std::unique_ptr<Session> Session::New(
 }
 
 Sculpture& Session::Use() {
-    if (sculpture == nullptr) Raise("ClosedError", "the document is closed");
+    if (IsClosed()) Raise("ClosedError", "the document is closed");
     if (owner != std::this_thread::get_id())
         Raise("ThreadError",
               "the document belongs to another thread; call move_to_this_thread() first, while no "
@@ -138,7 +139,7 @@ Sculpture& Session::Use() {
 }
 
 void Session::MoveToThread() {
-    if (sculpture == nullptr) Raise("ClosedError", "the document is closed");
+    if (IsClosed()) Raise("ClosedError", "the document is closed");
     if (EngineUse::IsOnThisThread())
         Raise("BusyError", "a document cannot be used in a progress callback");
     owner = std::this_thread::get_id();
@@ -146,15 +147,14 @@ void Session::MoveToThread() {
 }
 
 void Session::RefuseViews(const std::string& work) const {
-    const std::size_t count = *views;
-    if (count == 0) return;
-    throw py::buffer_error("cannot " + work + " while " + std::to_string(count) +
-                           (count == 1 ? " view" : " views") +
+    if (views == 0) return;
+    throw py::buffer_error("cannot " + work + " while " + std::to_string(views) +
+                           (views == 1 ? " view" : " views") +
                            " of the positions exist; delete them or use copies");
 }
 
 void Session::RequireNoViews(const nlohmann::json& step) {
-    if (*views == 0 || !step.is_object()) return;
+    if (views == 0 || !step.is_object()) return;
     for (const char* name : {"subdivide", "unsubdivide", "deleteLevels", "reset"})
         if (step.contains(name)) RefuseViews(std::string("run \"") + name + "\"");
     if (step.contains("level") && step.at("level") != sculpture->Geometry().BoundIndex())
@@ -183,7 +183,7 @@ std::vector<std::string> Session::Do(py::handle given, py::handle progress) {
             throw;
         }
     });
-    assert(*views == 0 || before == used.Geometry().Bound()->vertices.array);
+    assert(views == 0 || before == used.Geometry().Bound()->vertices.array);
     return runner.Context().warnings;
 }
 
@@ -191,15 +191,31 @@ std::vector<std::string> Session::TakeMessages() {
     return std::exchange(Use().messages, std::vector<std::string>());
 }
 
-void Session::Close(bool endsJournal) {
-    if (sculpture == nullptr) return;
+void Session::EndWork(bool endsJournal) {
     Sculpture& used = Use();
-    RefuseViews("close the document");
     Run(used, py::none(), [&] {
         used.stroke.reset();
         if (endsJournal) used.runner->Close();
     });
+}
+
+void Session::Close(bool endsJournal) {
+    if (IsClosed()) return;
+    Use();
+    RefuseViews("close the document");
+    EndWork(endsJournal);
     sculpture.reset();
+}
+
+void Session::Leave(bool endsJournal) {
+    if (IsClosed()) return;
+    EndWork(endsJournal);
+    isLeft = true;
+    if (views == 0) sculpture.reset();
+}
+
+void Session::RemoveView() {
+    if (--views == 0 && isLeft) sculpture.reset();
 }
 
 void Session::BeginStroke(const PenStrokeOptions& options, py::handle progress) {

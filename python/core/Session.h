@@ -9,7 +9,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <atomic>
 #include <memory>
 #include <optional>
 #include <pybind11/numpy.h>
@@ -70,7 +69,12 @@ public:
     /// \param endsJournal  whether to end the journal normally; otherwise, it can be recovered as
     /// after a crash.
     void Close(bool endsJournal);
-    bool IsClosed() const { return sculpture == nullptr; }
+    /// Does the same while views exist: the document cannot be used any more, and it is destroyed
+    /// when the last view ends.
+    void Leave(bool endsJournal);
+    bool IsClosed() const { return sculpture == nullptr || isLeft; }
+    void AddView() { ++views; }
+    void RemoveView();
     /// Transfers the document to the calling thread.
     void MoveToThread();
     void CollectEvents(bool on) { Use().events.Collect(on); }
@@ -89,7 +93,7 @@ public:
     /// Returns the document, after checking that the call is permitted.
     Sculpture& Use();
     /// The number of views of the current level that exist.
-    const std::shared_ptr<std::atomic<std::size_t>>& Views() const { return views; }
+    std::size_t Views() const { return views; }
 
 private:
     explicit Session(std::shared_ptr<Sculpture> opened);
@@ -99,6 +103,8 @@ private:
     static void Run(Sculpture& sculpture, py::handle progress, const Work& work);
     /// \throw BufferError "cannot WORK while N views of the positions exist" if there are any.
     void RefuseViews(const std::string& work) const;
+    /// Ends an open stroke, and the journal if `endsJournal` is set.
+    void EndWork(bool endsJournal);
     /// Calls RefuseViews if the step would invalidate views.
     void RequireNoViews(const nlohmann::json& step);
     /// \throw Error if there is no live stroke.
@@ -106,7 +112,9 @@ private:
 
     std::shared_ptr<Sculpture> sculpture;
     std::thread::id owner = std::this_thread::get_id();
-    std::shared_ptr<std::atomic<std::size_t>> views = std::make_shared<std::atomic<std::size_t>>(0);
+    /// Changes only while the GIL is held.
+    std::size_t views = 0;
+    bool isLeft = false;
 };
 
 }  // namespace trovik::python

@@ -28,9 +28,8 @@ void Store(float* row, const Vector& v) {
 
 }  // namespace
 
-ViewOwner::ViewOwner(py::object ofSession)
-    : session(std::move(ofSession)), views(session.cast<Session&>().Views()) {
-    ++*views;
+ViewOwner::ViewOwner(py::object ofSession) : session(std::move(ofSession)) {
+    session.cast<Session&>().AddView();
 }
 
 py::array Positions(const py::object& self) {

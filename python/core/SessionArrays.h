@@ -50,13 +50,12 @@ py::dict StateOf(Session& session);
 class ViewOwner {
 public:
     explicit ViewOwner(py::object session);
-    ~ViewOwner() { --*views; }
+    ~ViewOwner() { session.cast<Session&>().RemoveView(); }
     ViewOwner(const ViewOwner&) = delete;
     ViewOwner& operator=(const ViewOwner&) = delete;
 
 private:
     py::object session;
-    std::shared_ptr<std::atomic<std::size_t>> views;
 };
 
 }  // namespace trovik::python

@@ -85,7 +85,9 @@ class Document(Commands, Arrays):
     `ThreadError`. Commands release the GIL, so other Python threads run meanwhile, but only one
     command runs at a time in a process.
 
-    Use it in a ``with`` statement, or call `close`, to release the memory at a known time.
+    Use it in a ``with`` statement, or call `close`, to end the journal and release the memory at a
+    known time. Views of the positions that exist at the end of the block stay valid, and the memory
+    is released when the last one is deleted.
     """
 
     def __init__(self, core: _core.Session, has_journal: bool = False):
@@ -120,11 +122,9 @@ class Document(Commands, Arrays):
         return self
 
     def __exit__(self, kind: object, *_: object) -> None:
-        if kind is None:
-            self.close()
-        elif not self.closed and self._core.views == 0:
-            # Unsaved work can be recovered from the journal.
-            self._core.close(not self.is_modified)
+        if not self.closed:
+            # After an exception, unsaved work can be recovered from the journal.
+            self._core.leave(kind is None or not self.is_modified)
 
     def move_to_this_thread(self) -> None:
         """Transfer the document to the calling thread. No other thread may be using it."""
@@ -138,7 +138,10 @@ class Document(Commands, Arrays):
     def __repr__(self) -> str:
         if self.closed:
             return "<trovik.Document, closed>"
-        state = self._core.state()
+        try:
+            state = self._core.state()
+        except (BusyError, ThreadError):
+            return "<trovik.Document, in use by another thread or command>"
         vertices, faces = state["levels"][state["current_level"]]
         return (
             f"<trovik.Document {state['source_path']!r}: level {state['current_level']} of "

@@ -39,6 +39,7 @@ def test_calls_from_other_threads_are_refused(ball):
         error = in_thread(call)
         assert isinstance(error, trovik.ThreadError) and "move_to_this_thread" in str(error)
     assert bits(ball) == before
+    assert in_thread(lambda: repr(ball)) == "<trovik.Document, in use by another thread or command>"
 
 
 def test_documents_can_be_moved_to_another_thread(ball):

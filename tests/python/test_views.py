@@ -42,7 +42,6 @@ def test_positions_are_a_view(ball):
         lambda s: s.do({"undo": 9}),
         lambda s: s.redo(),
         lambda s: s.close(),
-        lambda s: s.__exit__(None, None, None),
     ],
 )
 def test_views_prevent_changes_of_the_levels(command):
@@ -90,6 +89,20 @@ def test_views_keep_the_memory_of_a_dropped_document():
     gc.collect()
     junk = [cube(levels=3) for _ in range(3)]
     assert (part == expected[::2]).all() and junk
+
+
+def test_views_stay_valid_after_a_with_statement():
+    with cube(levels=3) as s:
+        p = s.positions
+        expected = p.copy()
+    assert s.closed and (p == expected).all()
+    with pytest.raises(trovik.ClosedError):
+        s.positions
+    part = p[1:]
+    del p, s
+    gc.collect()
+    assert (part == expected[1:]).all()
+    del part
 
 
 COMMANDS = st.sampled_from(
