@@ -6,6 +6,7 @@
 #include "framework/memory/SystemMemory.h"
 #include "framework/mesh/StrokeResources.h"
 #include "framework/multires/LevelGeometry.h"
+#include "framework/multires/RecordChange.h"
 #include "framework/multires/StrokeStep.h"
 
 #include <algorithm>

@@ -3,7 +3,6 @@
 
 #include "framework/history/UndoHistory.h"
 #include "framework/layers/SculptLayer.h"
-#include "framework/math/SameBits.h"
 #include "framework/mesh/LevelMesh.h"
 #include "framework/mesh/StrokeResources.h"
 
@@ -115,12 +114,5 @@ private:
     bool linked = true;
     bool finished = false;
 };
-
-/// Returns whether the position of the record's vertex differs bitwise from the position in the
-/// record.
-inline bool HasMoved(const LevelMesh& level, const StoredVertexInfo& record) {
-    const float* before = record.originalPosition;
-    return !SameBits(level.Position(record.vertexIndex), Vector(before[0], before[1], before[2]));
-}
 
 }  // namespace trovik

@@ -3,6 +3,7 @@
 
 #include "framework/math/SameBits.h"
 #include "framework/multires/LevelGeometry.h"
+#include "framework/multires/RecordChange.h"
 
 #include <cassert>
 #include <cstring>
