@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file Measures how long it takes to pack patches for display: the patches of a dab, and whole
-/// levels. `copy` is the lower bound: it copies as many bytes as packing the same patches writes.
-/// Compare ratios within one run, not absolute times. The benchmarks of whole levels measure
-/// wall-clock time because they use several threads.
+/// levels. `copy` is the lower bound: it copies the same number of bytes that packing these patches
+/// would write. Compare ratios within one run, not absolute times. The benchmarks of whole levels
+/// measure wall-clock time because they use several threads.
 #include "framework/display/DirtyPatches.h"
 #include "framework/display/PatchBounds.h"
 #include "framework/display/PatchPacker.h"
@@ -52,8 +52,8 @@ LevelMesh& Level(int64_t levels) {
     return *geometry->Bound();
 }
 
-/// The number of 33 x 33-vertex patches that a dab on 100 thousand vertices visits. Together they
-/// have 160 thousand quads.
+/// The number of patches of 33 x 33 vertices that a dab visits if it covers 100 thousand vertices.
+/// Together they have 160 thousand quads.
 constexpr uint32_t patchesOfADab = 157;
 
 /// Returns the patches around a point, nearest first.

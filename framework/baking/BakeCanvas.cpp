@@ -46,7 +46,7 @@ BakeCanvas::BakeCanvas(const Options& given)
     if (options.padding > 0) distances.resize(taken.size(), std::numeric_limits<float>::infinity());
 }
 
-// Rows are counted from the top, but v is rounded before it is converted to rows, so that surfaces
+// Rows are counted from the top. v is rounded first and then converted to a row, so that triangles
 // mirrored in v cover mirrored samples. Positions that differ by a whole number of tiles are
 // rounded in the same way.
 BakeCanvas::FixedPoint BakeCanvas::Fixed(const TilePoint& point) const {

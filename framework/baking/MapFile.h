@@ -22,8 +22,8 @@ struct MapFileOptions {
     std::string path;
     /// By default, .exr files store floats and all others store 16 bits.
     std::optional<MapBits> bits = {};
-    /// For 16 bits: the displacements +range and -range are stored as 1 and 0. By default, the
-    /// range is the largest displacement.
+    /// For 16 bits: the displacements -range to +range are mapped to pixel values from 0 to 1. By
+    /// default, the range is the largest displacement.
     std::optional<float> range = {};
 };
 

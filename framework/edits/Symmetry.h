@@ -32,7 +32,7 @@ enum class SymmetrySide { Positive, Negative };
 /// Makes the bound level symmetric about the plane through the mesh's origin perpendicular to an
 /// axis (0 is x, 1 is y, 2 is z). Vertices on the model side keep their positions, their
 /// counterparts move to the mirrored positions, and vertices on the plane are projected onto it.
-/// Mirror images are found by the connectivity of level 0 (TopologicalMirror), so the halves may
+/// Mirror images are found from the connectivity of level 0 (TopologicalMirror), so the halves may
 /// have any shape. In each pair, the vertex that lies farther towards the `model` side is copied.
 ///
 /// Frozen vertices do not move; partly frozen ones move part of the way. If a layer is active, the

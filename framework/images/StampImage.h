@@ -59,9 +59,9 @@ inline constexpr std::size_t maxIdleStampBytes = std::size_t{1} << 29;
 /// ".vdm" or "_vdm" in upper or lower case.
 TROVIK_API bool IsVectorStampName(const std::string& fileName);
 
-/// A cache of stamps by file. A file is read again only if its size, modification time or identity
-/// has changed. The new pixels then replace those of the cached image; its owners detect the change
-/// by its version. Use it only on the host's main thread.
+/// A cache of stamps; the key is the file. A file is read again only if its size, modification time
+/// or identity has changed. The new pixels then replace those of the cached image; its owners
+/// detect the change by its version. Use it only on the host's main thread.
 class TROVIK_API StampCache {
 public:
     static StampCache& Instance();

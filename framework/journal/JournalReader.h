@@ -24,8 +24,8 @@ struct JournalRecord {
 /// Parses the bytes of a journal into complete records, and determines whether the remaining bytes
 /// are a truncated end or damage.
 ///
-/// A truncated end, as left by a killed process, is not an error: no complete record follows it,
-/// and it is reported as a note. Anything else is damage.
+/// An incomplete record at the end of the file, such as a killed process leaves behind, is reported
+/// as a note and not as an error. Anything else is damage.
 class TROVIK_API JournalReader {
 public:
     /// \throw HostError "FILE: byte N: reason" for a file that is not a journal or whose version is

@@ -19,10 +19,10 @@ struct DoubleVector {
 
 /// A running sum in double precision that detects rounding.
 ///
-/// A double-precision sum of floats is almost always exact, because coordinates of neighbouring
-/// vertices rarely differ by more than the 29 additional bits of a double. An exact sum does not
-/// depend on the order of its terms. If an addition does round, IsExact() returns false, and the
-/// caller sums the same terms again with ExactSum.
+/// A double-precision sum of floats is almost always exact, because the magnitudes of the
+/// coordinates of neighbouring vertices rarely differ by more than the 29 additional bits of a
+/// double. An exact sum does not depend on the order of its terms. If an addition does round,
+/// IsExact() returns false, and the caller sums the same terms again with ExactSum.
 class RunningSum {
 public:
     void Add(const Vector& term) {

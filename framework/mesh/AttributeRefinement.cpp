@@ -59,8 +59,8 @@ void SplitUvs(const SurfaceAttributes& before,
     }
 }
 
-/// Computes the colours of the new vertices of one face. The two faces on an edge compute the same
-/// value for the edge point.
+/// Computes the colours of the new vertices of one face. The two faces that share an edge compute
+/// the same value for its edge point.
 void SplitColors(const PolygonMesh& polygons,
                  const PolygonMesh& quads,
                  std::size_t first,

@@ -13,8 +13,8 @@ enum PointFlag : uint32_t {
     IsMoved = 1,
     /// The point is a corner of a face with a moved corner.
     IsTouched = 2,
-    /// IsMet: a face of the region uses the point. IsOwned: the lowest-numbered of these faces is
-    /// one of the owners.
+    /// IsMet: the point is a corner of a face in the region. IsOwned: the lowest-numbered of these
+    /// faces is one of the owners.
     IsMet = 4,
     IsOwned = 8,
     /// The surface rotation at the point is needed.

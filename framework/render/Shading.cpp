@@ -12,7 +12,8 @@ namespace {
 
 constexpr float pi = 3.14159265f;
 
-/// Streams of a pixel's sample points. The first stream is the position within the pixel.
+/// Streams of random numbers for the sample points of a pixel. The first stream is the position
+/// within the pixel.
 constexpr uint32_t ambientStream = 1;
 constexpr uint32_t keyStream = 2;
 constexpr uint32_t reachStream = 3;

@@ -23,7 +23,7 @@ struct PointerLimits {
     float positionJump = 3.0f;
     /// Minimum length of a position jump, in pixels.
     float minJumpPixels = 6.0f;
-    /// Maximum delay of a late sample or of its time, in seconds.
+    /// The longest time in seconds by which a sample or its timestamp may be late.
     double lateTime = 0.05;
     /// Maximum delay of a late sample, as a number of samples.
     std::size_t lateSamples = 32;

@@ -27,7 +27,7 @@ PolygonMesh Centred(PolygonMesh mesh) {
     return mesh;
 }
 
-/// Moves the part right of the middle up and to the front, like a raised arm.
+/// Moves everything to the right of the centre up and forward, like a raised arm.
 PolygonMesh Posed(PolygonMesh mesh) {
     for (auto& p : mesh.positions) {
         if (p[0] <= 0.01f) continue;

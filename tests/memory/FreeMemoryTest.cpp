@@ -16,7 +16,7 @@ namespace {
 
 constexpr uint64_t mebibyte = uint64_t{1} << 20;
 
-/// A folder with files like those that the system has below `/proc` and `/sys`.
+/// A folder with files like those under `/proc` and `/sys`.
 class FreeMemoryOfSystem : public ::testing::Test {
 protected:
     FreeMemoryOfSystem() {

@@ -136,7 +136,7 @@ TEST_F(MirroredStamp, MeshWithoutAMirrorReadsAtTheVertex) {
 }
 
 TEST_F(MirroredStamp, MirrorImageIsReadAtItsFirstTouchPosition) {
-    // The stamp is tilted, so that a raised vertex is over the next pixels.
+    // The stamp is tilted, so raising a vertex moves it onto the adjacent pixels.
     brush.Settings().stampMatrix.m[2][0] = 1.0f;
     Begin();
     Dab(false);

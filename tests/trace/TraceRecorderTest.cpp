@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Tests the recorder with a controlled brush on two meshes, for cases that no script
-/// produces.
+/// \file Tests the recorder with a fake brush on two meshes, for cases that no script produces.
 #include "framework/brushes/BrushSettings.h"
 #include "framework/errors/HostError.h"
 #include "framework/mesh/NotificationRecorder.h"

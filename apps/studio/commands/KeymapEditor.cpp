@@ -235,7 +235,7 @@ void KeymapEditor::TakeKey(const QKeySequence& key) {
     const QString shown = key.toString(QKeySequence::NativeText);
     if (!owner.isEmpty() && owner != id && contested != key) {
         contested = key;
-        Say(tr("%1 belongs to %2. Press it again to reassign it, or press another key.")
+        Say(tr("%1 is already assigned to %2. Press it again to reassign it, or press another key.")
                 .arg(shown, actions.Info(owner)->text));
         return;
     }

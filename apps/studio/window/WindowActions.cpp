@@ -80,7 +80,7 @@ void MainWindow::AddWindowActions() {
     context.EnableWithDocument(timeLapse);
     actions.Add({.id = "help.welcome",
                  .text = tr("First Steps"),
-                 .description = tr("Shows the first-start hint again."),
+                 .description = tr("Shows the welcome hint again."),
                  .keys = {QKeySequence("F1")},
                  .icon = "about",
                  .run = [this] {
