@@ -86,25 +86,38 @@ bool WriteGltf(const std::string& content, const std::string& source, const std:
     return count != 0;
 }
 
+/// Appends a statement without its line ends; a backslash at the end of a line continues it on the
+/// next line, as in ObjLines. \return the position after the statement.
+std::size_t TakeStatement(const std::string& text, std::size_t at, std::string& statement) {
+    for (;;) {
+        const std::size_t lineEnd = std::min(text.find_first_of("\r\n", at), text.size());
+        const bool goesOn = lineEnd > at && text[lineEnd - 1] == '\\';
+        statement.append(text, at, lineEnd - at - (goesOn ? 1 : 0));
+        const bool isPair = text.compare(lineEnd, 2, "\r\n") == 0;
+        at = std::min(lineEnd + (isPair ? 2 : 1), text.size());
+        if (!goesOn || at == text.size()) return at;
+        statement += ' ';
+    }
+}
+
 bool WriteObj(const std::string& content, const std::string& source, const std::string& target) {
     constexpr std::string_view keyword = "mtllib";
     const std::string text = ContentOf(content);
     const fs::path folder = fs::path(source).parent_path();
-    std::string copy;
+    std::string copy, statement;
     bool isChanged = false;
     for (std::size_t at = 0; at < text.size();) {
-        std::size_t end = std::min(text.find('\n', at), text.size() - 1) + 1;
-        std::string_view line(text.data() + at, end - at);
-        at = end;
-        const std::size_t first = std::min(line.find_first_not_of(" \t"), line.size());
-        const std::string_view rest = line.substr(first);
+        const std::size_t start = at;
+        statement.clear();
+        at = TakeStatement(text, at, statement);
+        const std::size_t first = std::min(statement.find_first_not_of(" \t"), statement.size());
+        const std::string_view rest = std::string_view(statement).substr(first);
         if (!rest.starts_with(keyword) || rest.size() == keyword.size() ||
             (rest[keyword.size()] != ' ' && rest[keyword.size()] != '\t')) {
-            copy += line;
+            copy.append(text, start, at - start);
             continue;
         }
-        std::string_view names = rest.substr(keyword.size());
-        names = names.substr(0, names.find_first_of("\r\n"));
+        const std::string_view names = rest.substr(keyword.size());
         std::vector<std::string> files;
         for (const std::string& name : MaterialFileNames(names))
             files.push_back((folder / name).string());

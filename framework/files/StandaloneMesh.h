@@ -13,7 +13,8 @@ namespace trovik {
 ///   read keeps its URI.
 /// - OBJ: material files are referenced by paths relative to the copy; see PlaceMaterialFiles.
 ///
-/// Files of other formats are self-contained.
+/// Files of other formats are regarded as self-contained; a GLB file with external buffers is not
+/// supported.
 /// \param content  the file to be copied; its extension determines the format. \param source  the
 /// path that the content had originally: relative names refer to its folder. \param target  path of
 /// the copy.

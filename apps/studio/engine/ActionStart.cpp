@@ -65,9 +65,18 @@ std::string ActionStart::FileFor(const std::string& scriptPath) const {
     // Removed as soon as it has been linked or copied to its final name. In the folder of the
     // script, because references to other files are relative to that folder.
     QTemporaryFile standalone(QString::fromStdString(scriptPath) + QStringLiteral(".XXXXXX"));
-    if (LowerExtension(original) != ".trovik" && standalone.open() &&
-        WriteStandaloneMesh(original, source, standalone.fileName().toStdString()))
-        original = standalone.fileName().toStdString();
+    if (LowerExtension(original) != ".trovik") {
+        if (!standalone.open())
+            throw HostError("cannot write a file next to " + scriptPath + ": " +
+                            standalone.errorString().toStdString());
+        const std::string written = standalone.fileName().toStdString();
+        if (WriteStandaloneMesh(original, source, written)) {
+            // A temporary file can only be read by its owner.
+            std::error_code ignored;
+            fs::permissions(written, fs::status(original).permissions(), ignored);
+            original = written;
+        }
+    }
     fs::path copy = scriptPath;
     try {
         for (int number = 1;; ++number) {

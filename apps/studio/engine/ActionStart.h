@@ -26,9 +26,10 @@ public:
     bool NeedsCopy() const { return isTemporary || !kept.empty() || !problem.empty(); }
     /// The file with which a script starts: the source, or a copy next to the script, named
     /// NAME.start.EXTENSION, which this function writes. If a different file has that name, the
-    /// copy is named NAME.start-2.EXTENSION and so on; no existing file is changed. The copy of a
-    /// glTF or OBJ file contains the files to which it refers, or they are copied too; see
-    /// WriteStandaloneMesh.
+    /// copy is named NAME.start-2.EXTENSION and so on; no other file with such a name is changed.
+    /// The copy of a glTF file contains the files to which it refers. The material files of an OBJ
+    /// file are referenced or copied as for an export, and an earlier copy of the same material
+    /// file is replaced; see WriteStandaloneMesh.
     /// \throw HostError if the content was not kept, or the copy cannot be written.
     std::string FileFor(const std::string& scriptPath) const;
 

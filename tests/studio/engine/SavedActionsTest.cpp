@@ -195,6 +195,26 @@ TEST(ActionStart, CopiesTheMaterialFilesOfAnObjFile) {
     EXPECT_EQ(files, 2u) << "no temporary file remains";
 }
 
+TEST(ActionStart, FindsMaterialFilesWithAllKindsOfLineEnds) {
+    const TemporaryFolder folder;
+    const auto path = [&](const char* name) { return folder.Path(name); };
+    std::filesystem::create_directories(path("model"));
+    std::filesystem::create_directories(path("elsewhere"));
+    folder.Fill("model/a.mtl", "newmtl skin\n");
+    folder.Fill("model/b.mtl", "newmtl eyes\n");
+    // Line ends of older systems, and a statement that continues on the next line.
+    const std::string faces = "v 0 0 0\rv 1 0 0\rv 0 1 \\\r0\rf 1 2 3";
+    folder.Fill("model/head.obj", "mtllib a.mtl \\\r\n  b.mtl\r" + faces);
+    std::filesystem::permissions(path("model/head.obj"), std::filesystem::perms(0644));
+    ActionStart start(path("model/head.obj"), path("work.journal"), false);
+    start.KeepBeforeWriting(path("model/head.obj"));
+    std::filesystem::rename(folder.Fill("new.obj", "replaced"), path("model/head.obj"));
+    const std::string copy = start.FileFor(path("elsewhere/script.json"));
+    EXPECT_EQ(TemporaryFolder::Content(copy), "mtllib a.mtl\nmtllib b.mtl\n" + faces);
+    EXPECT_EQ(std::filesystem::status(copy).permissions(), std::filesystem::perms(0644));
+    EXPECT_EQ(ReadMeshFile(copy).positions.size(), 3u);
+}
+
 TEST(ActionStart, KeepsExistingFilesThatHaveTheNameOfItsCopy) {
     const TemporaryFolder folder;
     const auto path = [&](const char* name) { return folder.Path(name); };
