@@ -121,9 +121,10 @@ TEST(StampPlacement, OrthographicLinesOfSightAreParallelToTheViewDirection) {
     camera.m[3][0] = 1e6f;
     const auto placement = StampPlacement::ByCamera({}, 0.5f, {}, camera, true);
     const Matrix matrix = placement.ToPixels(8, 8, Matrix());
-    for (const float z : {0.0f, 2.0f, 9.0f}) {
-        ExpectPixel(matrix, {0.5f, 0.0f, z}, 7.5f, 3.5f, z * 8.0f);
-        ExpectPixel(matrix, {0.0f, 0.5f, z}, 3.5f, -0.5f, z * 8.0f);
+    for (const float z : {-3.0f, 0.0f, 2.0f, 9.0f}) {
+        ExpectPixel(matrix, {0.5f, 0.0f, z}, 7.5f, 3.5f, 0.0f);
+        ExpectPixel(matrix, {0.0f, 0.5f, z}, 3.5f, -0.5f, 0.0f);
+        EXPECT_EQ(PixelOf(matrix, {0.0f, 0.0f, z}).z, z * 8.0f);
     }
 }
 
