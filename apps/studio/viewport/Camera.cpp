@@ -12,7 +12,10 @@ namespace {
 
 constexpr float minFieldOfView = 5.0f;
 constexpr float maxFieldOfView = 120.0f;
-constexpr float usualFieldOfView = 35.0f;
+/// Earlier versions stored an orthographic view as a perspective view from this many times the
+/// distance, with a field of view of at most 0.78 degrees.
+constexpr double formerOrthographicFactor = 256.0;
+constexpr float formerOrthographicFieldOfView = 0.8f;
 /// Limits of the distance from eye to target, world units.
 constexpr double minDistance = 1e-6;
 constexpr double maxDistance = 1e8;
@@ -84,9 +87,12 @@ void Camera::SetView(const StrokeView& view) {
     eye = view.eye;
     fieldOfView = view.verticalFieldOfView;
     isOrthographic = view.isOrthographic;
-    if (fieldOfView >= minFieldOfView) return;
+    if (isOrthographic || fieldOfView > formerOrthographicFieldOfView) return;
     isOrthographic = true;
-    fieldOfView = usualFieldOfView;
+    const double tangent = HalfTangent(view.verticalFieldOfView) * formerOrthographicFactor;
+    fieldOfView = std::clamp(static_cast<float>(std::atan(tangent) * 360.0 / std::numbers::pi),
+                             minFieldOfView,
+                             maxFieldOfView);
     const Precise offset = Precise(view.eye) - Precise(view.target);
     const double factor = HalfTangent(view.verticalFieldOfView) / HalfTangent(fieldOfView);
     eye = (Precise(target) + offset * factor).ToVector();

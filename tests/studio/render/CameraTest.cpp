@@ -274,14 +274,21 @@ TEST(Camera, OrthographicLinesOfSightAreParallel) {
     // Earlier versions stored orthographic views with a distant eye and a narrow field of view.
     StrokeView other;
     other.eye = {0.0f, 0.0f, 40.0f};
-    other.verticalFieldOfView = 2.0f;
+    other.verticalFieldOfView = 0.2f;
     other.width = width;
     other.height = height;
     camera.SetView(other);
     EXPECT_TRUE(camera.IsOrthographic());
     EXPECT_NEAR(camera.ToPixel({0.0f, 0.5f, 0.0f}).y,
-                height * (0.5f - 0.5f / (2.0f * 40.0f * std::tan(0.017453293f))),
+                height * (0.5f - 0.5f / (2.0f * 40.0f * std::tan(0.0017453293f))),
                 0.1f);
+    // The field of view at 1/256 of the distance.
+    EXPECT_NEAR(camera.FieldOfView(), 48.15f, 0.02f);
+    // Longer lenses remain perspective.
+    other.verticalFieldOfView = 2.0f;
+    camera.SetView(other);
+    EXPECT_FALSE(camera.IsOrthographic());
+    EXPECT_EQ(camera.FieldOfView(), 2.0f);
     camera = {};
     camera.SetSize(width, height);
     EXPECT_GT(
