@@ -122,7 +122,7 @@ void TransformUnmasked(const ActionContext& context) {
         0,
         1000,
         4);
-    blur->setSuffix(Text::tr(" steps"));
+
     if (dialog.exec() != QDialog::Accepted) return;
     nlohmann::json direction = {0, 0, 0};
     direction[static_cast<std::size_t>(axis->currentData().toInt())] = 1;

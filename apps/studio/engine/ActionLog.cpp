@@ -18,15 +18,15 @@ nlohmann::json Numbers(const Vector& vector) { return {vector.x, vector.y, vecto
 
 }  // namespace
 
-nlohmann::json CameraStep(const StrokeView& view) {
-    return {{"camera",
-             {{"eye", Numbers(view.eye)},
-              {"target", Numbers(view.target)},
-              {"up", Numbers(view.up)},
-              {"fieldOfView", view.verticalFieldOfView},
-              {"orthographic", view.isOrthographic},
-              {"width", view.width},
-              {"height", view.height}}}};
+nlohmann::json CameraStep(const StrokeView& from, const StrokeView& to) {
+    nlohmann::json camera = {{"eye", Numbers(to.eye)},
+                             {"target", Numbers(to.target)},
+                             {"up", Numbers(to.up)},
+                             {"fieldOfView", to.verticalFieldOfView},
+                             {"width", to.width},
+                             {"height", to.height}};
+    if (from.isOrthographic || to.isOrthographic) camera["orthographic"] = to.isOrthographic;
+    return {{"camera", camera}};
 }
 
 bool OnlyWritesFiles(const nlohmann::json& step) {

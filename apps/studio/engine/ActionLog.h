@@ -68,7 +68,8 @@ private:
     std::vector<std::variant<nlohmann::json, Stroke>> entries;
 };
 
-/// The script step that sets the document's camera to the view.
-nlohmann::json CameraStep(const StrokeView& view);
+/// The script step that changes the document's camera from one view to another. The projection is
+/// given only if one of them is orthographic, because earlier versions do not know the field.
+nlohmann::json CameraStep(const StrokeView& from, const StrokeView& to);
 
 }  // namespace trovik::studio

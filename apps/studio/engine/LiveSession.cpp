@@ -136,7 +136,8 @@ void LiveSession::Do(const nlohmann::json& step) {
 }
 
 void LiveSession::ShowView(const StrokeView& view) {
-    if (!IsSameView(view, GetDocument().View())) Do(CameraStep(view));
+    const StrokeView& current = GetDocument().View();
+    if (!IsSameView(view, current)) Do(CameraStep(current, view));
 }
 
 void LiveSession::Run(const nlohmann::json& given, const std::optional<StrokeView>& view) {
