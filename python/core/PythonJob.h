@@ -30,12 +30,22 @@ public:
         PythonJob& job;
     };
 
+    /// While it exists, reports neither call the function nor cancel.
+    class Muting {
+    public:
+        explicit Muting(PythonJob& mutedJob) : job(mutedJob) { job.isMuted = true; }
+        ~Muting() { job.isMuted = false; }
+        Muting(const Muting&) = delete;
+        Muting& operator=(const Muting&) = delete;
+
+    private:
+        PythonJob& job;
+    };
+
     PythonJob() = default;
     bool Report(uint64_t done, uint64_t total, const char* phase) override;
     /// Counts a dab. Strokes report the number of dabs, with a total of 0.
     void NoteDab() { ++dabs; }
-    /// While `on`, reports neither call the function nor cancel.
-    void Mute(bool on) { isMuted = on; }
 
 private:
     using Clock = std::chrono::steady_clock;

@@ -7,6 +7,7 @@
 #include "framework/nodes/PlainText.h"
 #include "framework/script/PenStream.h"
 #include "framework/script/ScriptDocument.h"
+#include "python/core/CancelledStep.h"
 #include "python/core/Errors.h"
 #include "python/core/JsonOf.h"
 
@@ -34,14 +35,6 @@ nlohmann::json SetupOf(py::handle fields) {
     nlohmann::json setup = JsonOf(fields);
     setup["steps"] = nlohmann::json::array();
     return setup;
-}
-
-/// Undoes what a cancelled stroke has changed.
-void UndoFrom(Sculpture& sculpture, std::size_t position) {
-    sculpture.job.Mute(true);
-    while (sculpture.Document().HistoryPosition() > position)
-        sculpture.runner->Runner().Do(nlohmann::json{{"undo", 1}});
-    sculpture.job.Mute(false);
 }
 
 }  // namespace
@@ -174,15 +167,7 @@ std::vector<std::string> Session::Do(py::handle given, py::handle progress) {
     RequireNoViews(step);
     [[maybe_unused]] const Vertex* before = used.Geometry().Bound()->vertices.array;
     CommandRunner& runner = used.runner->Runner();
-    Run(used, progress, [&] {
-        const std::size_t position = used.Document().HistoryPosition();
-        try {
-            runner.Do(step);
-        } catch (const Cancelled&) {
-            UndoFrom(used, position);
-            throw;
-        }
-    });
+    Run(used, progress, [&] { UndoIfCancelled(used, [&] { runner.Do(step); }); });
     assert(views == 0 || before == used.Geometry().Bound()->vertices.array);
     return runner.Context().warnings;
 }
@@ -243,13 +228,7 @@ void Session::AddSamples(py::handle given, py::handle progress) {
     const nlohmann::json list = JsonOf(given);
     Run(used, progress, [&] {
         const std::vector<PathSample> samples = PenSamples(FieldReader(list, stepName, ""));
-        const std::size_t position = used.Document().HistoryPosition();
-        try {
-            stroke.Add(samples);
-        } catch (const Cancelled&) {
-            UndoFrom(used, position);
-            throw;
-        }
+        UndoIfCancelled(used, [&] { stroke.Add(samples); });
     });
 }
 
@@ -263,16 +242,12 @@ void Session::EndStroke(bool abandon, py::handle progress) {
     Sculpture& used = Use();
     if (!used.stroke) return;
     Run(used, progress, [&] {
-        const std::size_t position = used.Document().HistoryPosition();
-        try {
+        UndoIfCancelled(used, [&] {
             if (abandon)
                 used.stroke->Abandon();
             else
                 used.stroke->Release();
-        } catch (const Cancelled&) {
-            UndoFrom(used, position);
-            throw;
-        }
+        });
         used.stroke.reset();
     });
 }

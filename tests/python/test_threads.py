@@ -169,6 +169,22 @@ def test_a_cancelled_stroke_is_undone(ball):
     ball.stroke(surface=[[0, 0, 1]])
 
 
+def test_a_cancelled_stroke_is_undone_if_the_history_is_full():
+    s = cube(levels=5, undoBudget=20000)
+    s.set(radius=0.5, spacing=1)
+    for i in range(3):
+        s.stroke(surface=[[0.3 * i, 0, 1], [0.3 * i, 0.1, 1]])
+    assert len(s.history) < 3
+    before = bits(s)
+    angles = np.linspace(0, 60, 4000)
+    with pytest.raises(trovik.Cancelled):
+        s.stroke(
+            surface=np.c_[np.cos(angles), np.sin(angles), np.ones(4000)],
+            progress=lambda dabs, total: dabs < 5,
+        )
+    assert bits(s) == before
+
+
 @pytest.mark.parametrize("work", ["stroke", "subdivide", "live"])
 def test_ctrl_c_cancels(work):
     s = cube(levels=6)
