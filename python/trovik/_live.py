@@ -3,7 +3,8 @@
 
 from __future__ import annotations
 
-from typing import TYPE_CHECKING, Any
+import math
+from typing import TYPE_CHECKING, Any, Optional
 
 import numpy as np
 from numpy.typing import ArrayLike
@@ -15,6 +16,9 @@ if TYPE_CHECKING:
     from ._document import Document
 
 __all__ = ["LiveStroke"]
+
+# Milliseconds. A wrong clock would otherwise make an airbrush apply dabs for hours.
+_MAX_TICK = 10000.0
 
 
 class LiveStroke:
@@ -28,6 +32,8 @@ class LiveStroke:
         self._document = document
         self._progress = progress
         self._is_over = False
+        # Milliseconds of the last sample or tick.
+        self._last: Optional[float] = None
         document._run(lambda core: core.begin_stroke(*options, progress))
         document._live = self
 
@@ -49,6 +55,8 @@ class LiveStroke:
         rows = _rows(samples)
         self._require_open()
         self._document._run(lambda core: core.add_samples(rows, self._progress))
+        if len(rows):
+            self._last = float(rows[-1][3])
 
     def tick(self, milliseconds: float) -> None:
         """Repeat the last sample at a later time, which keeps an airbrush running.
@@ -56,10 +64,23 @@ class LiveStroke:
         Parameters
         ----------
         milliseconds : float
-            Time of the tick, on the same clock as the samples.
+            Time of the tick, on the same clock as the samples. A tick advances the stroke by at
+            most 10 seconds; a later time is replaced by that limit. Before the first sample, and at
+            a time before the last one, a tick does nothing.
+
+        Raises
+        ------
+        Error
+            If the time is negative or not finite, or if the stroke is over.
         """
         self._require_open()
-        self._document._run(lambda core: core.tick(float(milliseconds)))
+        time = float(milliseconds)
+        if not (math.isfinite(time) and time >= 0):
+            raise Error(f"the time of a tick must be finite and not negative, not {time}")
+        if self._last is None or time <= self._last:
+            return
+        self._last = min(time, self._last + _MAX_TICK)
+        self._document._run(lambda core: core.tick(self._last))
 
     def release(self) -> None:
         """Apply the remaining dabs and end the stroke as one undo step. Does nothing if it is over."""

@@ -337,3 +337,16 @@ def test_memory_is_constant_over_documents():
     before = resident()
     work(1000)
     assert resident() - before < 8e6
+
+
+def test_ticks_are_checked_and_limited(ball):
+    ball.camera(from_=[0, 0, 1], width=400, height=400)
+    with ball.live_stroke() as stroke:
+        stroke.add([[200, 200, 1, 0]])
+        for time_of_tick in (float("nan"), float("inf"), -1):
+            with pytest.raises(trovik.Error, match="tick"):
+                stroke.tick(time_of_tick)
+        stroke.tick(1e300)
+        assert stroke._last == 10000
+        stroke.tick(5)
+        assert stroke._last == 10000
