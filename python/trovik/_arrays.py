@@ -5,6 +5,7 @@ from __future__ import annotations
 
 import dataclasses
 import datetime
+import operator
 from typing import Any, NamedTuple, Optional
 
 import numpy as np
@@ -109,7 +110,10 @@ class Arrays:
         IndexError
             If there is no such level.
         """
-        return self._core.faces(level)
+        number = None if level is None else operator.index(level)
+        if number is not None and not 0 <= number < 2**32:
+            raise IndexError(f"there is no level {number}")
+        return self._core.faces(number)
 
     @property
     def uvs(self) -> Optional[NDArray[np.float32]]:

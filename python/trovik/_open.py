@@ -17,6 +17,21 @@ from ._errors import Error
 Path = Union[str, "os.PathLike[str]"]
 
 
+def _text(path: Path) -> str:
+    text = os.fspath(path)
+    if not isinstance(text, str):
+        raise TypeError(f"a path must be a string or a path of strings, not {type(text).__name__}")
+    return text
+
+
+def _setup(given: dict) -> dict:
+    fields = fields_of(given)
+    for name in ("mesh", "scene", "steps"):
+        if name in fields:
+            raise Error(f"/{name}: not permitted here; the setup has neither a source nor steps")
+    return fields
+
+
 def open(
     path: Path,
     *,
@@ -59,10 +74,10 @@ def open(
     >>> with trovik.open("human.obj", journal="work.journal", levels=2) as s:
     ...     s.mirror("x")
     """
-    source = os.path.abspath(os.fspath(path))
+    source = os.path.abspath(_text(path))
     kind = "scene" if source.lower().endswith(".trovik") else "mesh"
-    fields = {kind: source, **fields_of(setup)}
-    target = "" if journal is None else os.path.abspath(os.fspath(journal))
+    fields = {kind: source, **_setup(setup)}
+    target = "" if journal is None else os.path.abspath(_text(journal))
     return Document(_core.Session.open(fields, target, journal_sync, progress), has_journal=bool(target))
 
 
@@ -113,7 +128,7 @@ def new(
     corners = np.concatenate(rows) if rows else np.zeros(0, dtype=np.int64)
     if len(corners) and not (corners.min() >= 0 and corners.max() < len(points)):
         raise Error(f"{name}: a face refers to a vertex that does not exist; there are {len(points)}")
-    core = _core.Session.new(name, points, sizes, corners.astype(np.uint32), fields_of(setup), progress)
+    core = _core.Session.new(name, points, sizes, corners.astype(np.uint32), _setup(setup), progress)
     return Document(core)
 
 
@@ -132,7 +147,7 @@ def recover(journal: Path, scene: Path, *, progress: Progress = None) -> None:
     Error
         If the journal is damaged, or a file that it needs is missing or has changed.
     """
-    _core.recover(os.fspath(journal), os.fspath(scene), progress)
+    _core.recover(_text(journal), _text(scene), progress)
 
 
 def save_stamp(path: Path, pixels: ArrayLike) -> str:
@@ -161,6 +176,6 @@ def save_stamp(path: Path, pixels: ArrayLike) -> str:
     image = np.asarray(pixels, dtype=np.float32)
     if image.ndim not in (2, 3) or image.size == 0 or (image.ndim == 3 and image.shape[2] not in (1, 3)):
         raise Error(f"a stamp must have the shape (height, width) or (height, width, 3), not {image.shape}")
-    target = os.path.abspath(os.fspath(path))
+    target = os.path.abspath(_text(path))
     _core.write_stamp(target, image)
     return target

@@ -2,10 +2,12 @@
 """Documents: opening, commands, arrays, errors, files."""
 
 import copy
+import gc
 import json
 import pickle
 import subprocess
 import sys
+import threading
 import warnings
 
 import numpy as np
@@ -360,3 +362,18 @@ def test_journal_ends_with_the_document():
             1 / 0
     with pytest.raises(trovik.Error, match="a.journal"):
         trovik.open(SPOT, journal="a.journal")
+
+
+def test_fields_of_the_setup_that_would_be_ignored_are_refused():
+    with pytest.raises(trovik.Error, match="steps"):
+        trovik.open(SPOT, steps=[{"subdivide": 1}])
+    with pytest.raises(trovik.Error, match="mesh"):
+        cube(mesh="a.obj")
+
+
+def test_levels_and_paths_out_of_range_have_clear_errors(ball):
+    for number in (-1, 5, 2**32):
+        with pytest.raises(IndexError, match="no level"):
+            ball.faces(number)
+    with pytest.raises(TypeError, match="path"):
+        trovik.open(b"a.obj")
