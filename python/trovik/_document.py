@@ -304,8 +304,17 @@ _WHAT = {1: "positions", 2: "normals", 4: "mask", 8: "visibility", 16: "topology
 def _finish(core: _core.Session) -> None:
     """End the journal of a document that is no longer used, unless it has unsaved work."""
     try:
-        if not core.closed and not core.state()["is_modified"]:
-            core.close(True)
+        if core.closed:
+            return
+        try:
+            state = core.state()
+        except ThreadError:
+            # The last reference was dropped on another thread, so no call is running.
+            core.move_to_this_thread()
+            state = core.state()
+        if not state["is_modified"]:
+            # Views of the positions may still exist.
+            core.leave(True)
     except Exception:
-        # For example, the document belongs to another thread. The journal can then be recovered.
+        # For example, a thread still uses the document. The journal can then be recovered.
         pass

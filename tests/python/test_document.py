@@ -377,3 +377,21 @@ def test_levels_and_paths_out_of_range_have_clear_errors(ball):
             ball.faces(number)
     with pytest.raises(TypeError, match="path"):
         trovik.open(b"a.obj")
+
+
+@pytest.mark.parametrize("thread", [False, True])
+def test_journals_end_when_a_document_with_views_is_dropped(thread):
+    s = trovik.open(SPOT, journal="a.journal")
+    view = s.positions
+    if thread:
+        holder = [s]
+        worker = threading.Thread(target=holder.clear)
+        del s
+        worker.start()
+        worker.join(60)
+    else:
+        del s
+    gc.collect()
+    assert view.shape[1] == 3
+    # A journal that was not ended is not overwritten.
+    trovik.open(SPOT, journal="a.journal").close()
