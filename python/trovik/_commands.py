@@ -102,7 +102,8 @@ class Commands:
         **fields
             One of ``surface`` (n, 3) or (n, 4), world space with optional pressure; ``pointer``
             (n, 2) or (n, 3), viewport pixels; ``pen`` (n, 4) or (n, 6); ``dabs``; ``wholeMesh``.
-            Also ``modifier``, ``seed``, ``path``, ``open`` and ``continue_``.
+            Also ``modifier``, ``seed``, ``path``, ``open`` and ``continue_``. After ``open=True``,
+            cancelling a stroke with ``continue_=True`` reverts the whole open stroke.
 
         Examples
         --------
