@@ -5,6 +5,18 @@ namespace trovik::python {
 
 namespace py = pybind11;
 
+namespace {
+
+/// Whether the value is False, also as a NumPy scalar. Comparisons of arrays return those.
+bool IsFalse(const py::object& value) {
+    if (value.is(py::bool_(false))) return true;
+    if (value.is_none() || value.is(py::bool_(true))) return false;
+    const py::object numpyBool = py::module_::import("numpy").attr("bool_");
+    return py::isinstance(value, numpyBool) && !value.cast<bool>();
+}
+
+}  // namespace
+
 PythonJob::Scope::Scope(PythonJob& reportedTo, py::handle progress) : job(reportedTo) {
     job.progress = progress;
     job.cause.reset();
@@ -43,7 +55,7 @@ bool PythonJob::CallPython(uint64_t done, uint64_t total) {
     try {
         if (PyErr_CheckSignals() != 0) throw py::error_already_set();
         if (!progress || progress.is_none()) return true;
-        return !progress(done, total).is(py::bool_(false));
+        return !IsFalse(progress(done, total));
     } catch (py::error_already_set& error) {
         cause.emplace(std::move(error));
         return false;

@@ -30,7 +30,7 @@ class Commands:
 
     Every method that changes the sculpture makes one undo step, and accepts `progress`, a function
     that is called with ``(done, total)`` while the command runs; ``total`` is 0 if it is unknown.
-    If the function returns ``False``, the command is cancelled.
+    If the function returns ``False`` (also as a NumPy scalar), the command is cancelled.
 
     Raises
     ------
