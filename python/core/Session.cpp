@@ -75,6 +75,12 @@ void Session::Run(Sculpture& sculpture, py::handle progress, const Work& work) {
     }
 }
 
+template <typename Work>
+void Session::RunCall(py::handle progress, const Work& work) {
+    const Call call(*this);
+    Run(*sculpture, progress, work);
+}
+
 Session::Session(std::shared_ptr<Sculpture> opened) : sculpture(std::move(opened)) {
     sculpture->Document().AddObserver(sculpture->events);
     sculpture->isOpen = true;
@@ -128,6 +134,7 @@ Sculpture& Session::Use() {
               "other thread uses it");
     if (EngineUse::IsOnThisThread())
         Raise("BusyError", "a document cannot be used in a progress callback");
+    if (calls != 0) Raise("BusyError", "the document is in use by another call");
     return *sculpture;
 }
 
@@ -135,8 +142,11 @@ void Session::MoveToThread() {
     if (IsClosed()) Raise("ClosedError", "the document is closed");
     if (EngineUse::IsOnThisThread())
         Raise("BusyError", "a document cannot be used in a progress callback");
-    owner = std::this_thread::get_id();
+    if (calls != 0)
+        Raise("ThreadError", "the document cannot be moved while another thread uses it");
+    const Call call(*this);
     InEngine([&] { sculpture->Document().SetOwnerThread(); });
+    owner = std::this_thread::get_id();
 }
 
 void Session::RefuseViews(const std::string& work) const {
@@ -162,12 +172,13 @@ void Session::RequireNoViews(const nlohmann::json& step) {
 }
 
 std::vector<std::string> Session::Do(py::handle given, py::handle progress) {
-    Sculpture& used = Use();
+    // The conversion can run Python code, which may close the document.
     const nlohmann::json step = JsonOf(given);
+    Sculpture& used = Use();
     RequireNoViews(step);
     [[maybe_unused]] const Vertex* before = used.Geometry().Bound()->vertices.array;
     CommandRunner& runner = used.runner->Runner();
-    Run(used, progress, [&] { UndoIfCancelled(used, [&] { runner.Do(step); }); });
+    RunCall(progress, [&] { UndoIfCancelled(used, [&] { runner.Do(step); }); });
     assert(views == 0 || before == used.Geometry().Bound()->vertices.array);
     return runner.Context().warnings;
 }
@@ -178,7 +189,7 @@ std::vector<std::string> Session::TakeMessages() {
 
 void Session::EndWork(bool endsJournal) {
     Sculpture& used = Use();
-    Run(used, py::none(), [&] {
+    RunCall(py::none(), [&] {
         used.stroke.reset();
         if (endsJournal) used.runner->Close();
     });
@@ -205,7 +216,7 @@ void Session::RemoveView() {
 
 void Session::BeginStroke(const PenStrokeOptions& options, py::handle progress) {
     Sculpture& used = Use();
-    Run(used, progress, [&] {
+    RunCall(progress, [&] {
         PenStrokeOptions polled = options;
         polled.progress = [&used] { used.job.NoteDab(); };
         polled.poll =
@@ -223,25 +234,24 @@ DocumentStroke& Session::OpenStroke() {
 }
 
 void Session::AddSamples(py::handle given, py::handle progress) {
+    const nlohmann::json list = JsonOf(given);
     Sculpture& used = Use();
     DocumentStroke& stroke = OpenStroke();
-    const nlohmann::json list = JsonOf(given);
-    Run(used, progress, [&] {
+    RunCall(progress, [&] {
         const std::vector<PathSample> samples = PenSamples(FieldReader(list, stepName, ""));
         UndoIfCancelled(used, [&] { stroke.Add(samples); });
     });
 }
 
 void Session::Tick(double milliseconds) {
-    Sculpture& used = Use();
     DocumentStroke& stroke = OpenStroke();
-    Run(used, py::none(), [&] { stroke.Tick(milliseconds / 1000.0); });
+    RunCall(py::none(), [&] { stroke.Tick(milliseconds / 1000.0); });
 }
 
 void Session::EndStroke(bool abandon, py::handle progress) {
     Sculpture& used = Use();
     if (!used.stroke) return;
-    Run(used, progress, [&] {
+    RunCall(progress, [&] {
         UndoIfCancelled(used, [&] {
             if (abandon)
                 used.stroke->Abandon();

@@ -90,7 +90,24 @@ public:
     void EndStroke(bool abandon, py::handle progress);
     bool IsStrokeOver() { return !Use().stroke || Use().stroke->IsOver(); }
 
-    /// Returns the document, after checking that the call is permitted.
+    /// A call that uses the document while the GIL is released. Other calls are refused meanwhile,
+    /// and the document is not destroyed. Construct and destroy it with the GIL.
+    class Call {
+    public:
+        explicit Call(Session& calledSession) : session(calledSession), held(session.sculpture) {
+            ++session.calls;
+        }
+        ~Call() { --session.calls; }
+        Call(const Call&) = delete;
+        Call& operator=(const Call&) = delete;
+
+    private:
+        Session& session;
+        std::shared_ptr<Sculpture> held;
+    };
+
+    /// Returns the document, after checking that the call is permitted. Python code may close the
+    /// document, so call it again after running any.
     Sculpture& Use();
     /// The number of views of the current level that exist.
     std::size_t Views() const { return views; }
@@ -101,6 +118,9 @@ private:
     /// Runs a function that may be cancelled. A cancelled stroke is undone.
     template <typename Work>
     static void Run(Sculpture& sculpture, py::handle progress, const Work& work);
+    /// Does the same with this document as a Call.
+    template <typename Work>
+    void RunCall(py::handle progress, const Work& work);
     /// \throw BufferError "cannot WORK while N views of the positions exist" if there are any.
     void RefuseViews(const std::string& work) const;
     /// Ends an open stroke, and the journal if `endsJournal` is set.
@@ -114,6 +134,8 @@ private:
     std::thread::id owner = std::this_thread::get_id();
     /// Changes only while the GIL is held.
     std::size_t views = 0;
+    /// Number of Call objects. Changes only while the GIL is held.
+    std::size_t calls = 0;
     bool isLeft = false;
 };
 

@@ -339,6 +339,54 @@ def test_memory_is_constant_over_documents():
     assert resident() - before < 8e6
 
 
+def test_documents_closed_while_a_step_is_converted():
+    s = cube()
+
+    class Closing:
+        def __fspath__(self):
+            s.close()
+            return "x.obj"
+
+    with pytest.raises(trovik.ClosedError):
+        s.export(Closing())
+    assert os.listdir(".") == []
+
+
+def test_documents_in_use_cannot_be_moved():
+    s = cube(levels=5)
+    s.set(radius=1.0, spacing=1)
+    started, tried = threading.Event(), threading.Event()
+
+    def move():
+        started.wait(60)
+        try:
+            s.move_to_this_thread()
+        except trovik.ThreadError as error:
+            return error
+        finally:
+            tried.set()
+
+    def progress(dabs, total):
+        started.set()
+        tried.wait(10)
+
+    results = []
+    thread = threading.Thread(target=lambda: results.append(move()))
+    thread.start()
+    s.subdivide(progress=progress)
+    thread.join(60)
+    assert isinstance(results[0], trovik.ThreadError)
+    assert s.level_count == 7
+
+
+def test_numpy_false_cancels(ball):
+    with pytest.raises(trovik.Cancelled):
+        ball.subdivide(progress=lambda done, total: np.False_)
+    for value in (None, 0, np.True_):
+        ball.level(0)
+        ball.level(4, progress=lambda done, total: value)
+
+
 def test_ticks_are_checked_and_limited(ball):
     ball.camera(from_=[0, 0, 1], width=400, height=400)
     with ball.live_stroke() as stroke:
