@@ -86,6 +86,7 @@ py::dict Pick(Session& session,
     const LevelGeometry& geometry = document.Geometry();
     const MatrixTransform& transform = geometry.Transform();
     Hits hits(rays.shape(0));
+    const Session::Call call(session);
     Hits::Fill([&] {
         for (py::ssize_t i = 0; i < rays.shape(0); ++i) {
             const float* row = rays.data(i);
@@ -107,6 +108,7 @@ py::dict Nearest(Session& session,
     RequireColumns(points, 3, "points");
     const LevelGeometry& geometry = document.Geometry();
     Hits hits(points.shape(0));
+    const Session::Call call(session);
     Hits::Fill([&] {
         for (py::ssize_t i = 0; i < points.shape(0); ++i) {
             const float* row = points.data(i);
