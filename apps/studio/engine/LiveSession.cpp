@@ -98,7 +98,7 @@ void LiveSession::Close() {
 }
 
 std::string LiveSession::SaveActions(const std::string& path) const {
-    const std::string file = actionStart->FileFor(path);
+    std::string file = actionStart->FileFor(path);
     if (!actionStart->NeedsCopy()) {
         actions->Write(path);
         return {};
