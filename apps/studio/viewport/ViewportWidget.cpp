@@ -45,6 +45,7 @@ ViewportWidget::ViewportWidget(Engine& ofEngine, QWidget* parent)
     connect(&restTimer, &QTimer::timeout, this, [this] {
         if (renderer != nullptr && renderer->IsCoarse()) update();
     });
+    connect(&engine, &Engine::Opened, this, [this] { isSurfaceCurrent = false; });
     connect(&engine, &Engine::SurfaceArrived, this, [this] { update(); });
     connect(&pictures, &ReferencePictures::Loaded, this, [this] { update(); });
 }
@@ -114,7 +115,8 @@ void ViewportWidget::FrameAll() {
 }
 
 AxisAlignedBoundingBox ViewportWidget::WorldBounds() const {
-    if (renderer != nullptr && !renderer->WorldBounds().IsEmpty()) return renderer->WorldBounds();
+    if (isSurfaceCurrent && renderer != nullptr && !renderer->WorldBounds().IsEmpty())
+        return renderer->WorldBounds();
     return engine.HasDocument() ? engine.Document().bounds : AxisAlignedBoundingBox();
 }
 
@@ -164,7 +166,10 @@ bool ViewportWidget::event(QEvent* event) {
 
 void ViewportWidget::TakeUpdates(bool all) {
     if (!all && renderer->PendingBytes() > maxPendingBytes) return;
-    for (const auto& surface : engine.TakeUpdates()) renderer->Add(surface);
+    for (const auto& surface : engine.TakeUpdates()) {
+        renderer->Add(surface);
+        isSurfaceCurrent = true;
+    }
 }
 
 void ViewportWidget::paintGL() {

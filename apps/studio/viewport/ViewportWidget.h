@@ -108,6 +108,9 @@ private:
     /// ViewportRenderer::ShownSampleTime at the last frame.
     double lastSampleTime = 0.0;
     QString problem;
+    /// Whether the renderer has received the surface of the open document. Until then, it has that
+    /// of the previous document.
+    bool isSurfaceCurrent = false;
     bool isStroking = false;
     bool isGrabbing = false;
     /// Time since the camera last moved.

@@ -87,6 +87,23 @@ TEST_F(ViewportWidgetTest, ShownFrameIsTheLastFrameAndDrawsNothing) {
     EXPECT_EQ(frames, 0);
 }
 
+TEST_F(ViewportWidgetTest, FramesANewDocumentBeforeItsSurfaceHasArrived) {
+    ASSERT_TRUE(WaitForSurface());
+    OpenRequest request;
+    request.meshPath = std::string(std::getenv("TROVIK_DATA")) + "/meshes/spot.obj";
+    bool isOpen = false;
+    QObject::connect(&engine, &Engine::Opened, [&] {
+        isOpen = true;
+        viewport.FrameAll();
+    });
+    engine.Open(request);
+    ASSERT_TRUE(WaitFor([&] { return isOpen; }, maxWaitMilliseconds));
+    Camera expected = viewport.View();
+    expected.Frame(engine.Document().bounds);
+    EXPECT_EQ(viewport.View().Target(), expected.Target());
+    EXPECT_EQ(viewport.View().Eye(), expected.Eye());
+}
+
 TEST(ViewCube, PartsStandForDirections) {
     const QSizeF size(800, 600);
     const QPointF centre = ViewCube::Area(size).center();
