@@ -110,14 +110,11 @@ bool WriteObj(const std::string& content, const std::string& source, const std::
         const std::size_t start = at;
         statement.clear();
         at = TakeStatement(text, at, statement);
-        const std::size_t first = std::min(statement.find_first_not_of(" \t"), statement.size());
-        const std::string_view rest = std::string_view(statement).substr(first);
-        if (!rest.starts_with(keyword) || rest.size() == keyword.size() ||
-            (rest[keyword.size()] != ' ' && rest[keyword.size()] != '\t')) {
+        std::string_view names = statement;
+        if (TakeWord(names) != keyword || names.empty()) {
             copy.append(text, start, at - start);
             continue;
         }
-        const std::string_view names = rest.substr(keyword.size());
         std::vector<std::string> files;
         for (const std::string& name : MaterialFileNames(names))
             files.push_back((folder / name).string());

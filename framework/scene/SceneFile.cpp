@@ -52,15 +52,7 @@ public:
             return;
         }
         if (name == "SETT") {
-            reader.Read([this](SceneStream& s) {
-                DabDynamics dynamics = std::move(scene.settings.dynamics);
-                ApplicationData applicationData = std::move(scene.settings.applicationData);
-                const bool isOrthographic = scene.settings.view.isOrthographic;
-                scene.settings = ReadSettingsChunk(s);
-                scene.settings.view.isOrthographic = isOrthographic;
-                scene.settings.dynamics = std::move(dynamics);
-                scene.settings.applicationData = std::move(applicationData);
-            });
+            reader.Read([this](SceneStream& s) { ReadSettingsChunk(s, scene.settings); });
             return;
         }
         if (name == "PROJ") {

@@ -83,8 +83,7 @@ void ReadProjectionChunk(SceneStream& stream, StrokeView& view) {
     view.isOrthographic = projection == orthographicProjection;
 }
 
-SceneSettings ReadSettingsChunk(SceneStream& stream) {
-    SceneSettings settings;
+void ReadSettingsChunk(SceneStream& stream, SceneSettings& settings) {
     TransferView(stream, settings.view);
     CheckView(settings.view);
     stream.Transfer(settings.radius);
@@ -109,7 +108,6 @@ SceneSettings ReadSettingsChunk(SceneStream& stream) {
             for (const float number : row)
                 if (!std::isfinite(number))
                     SceneStream::Refuse(QStringLiteral("a mirror transform is not finite"));
-    return settings;
 }
 
 }  // namespace trovik

@@ -7,7 +7,8 @@ namespace trovik {
 
 /// Chunk SETT: the view; the radius, spacing and random seed of strokes; mirrors.
 void WriteSettingsChunk(SceneStream& stream, const SceneSettings& settings);
-SceneSettings ReadSettingsChunk(SceneStream& stream);
+/// Reads the chunk into the settings; leaves those of other chunks unchanged.
+void ReadSettingsChunk(SceneStream& stream, SceneSettings& settings);
 
 /// Chunk PROJ: the projection of the view. It is written only for an orthographic view, so that
 /// programs without support for it skip the chunk and show the same part of the surface in

@@ -90,12 +90,7 @@ void Camera::SetView(const StrokeView& view) {
     if (isOrthographic || fieldOfView > formerOrthographicFieldOfView) return;
     isOrthographic = true;
     const double tangent = HalfTangent(view.verticalFieldOfView) * formerOrthographicFactor;
-    fieldOfView = std::clamp(static_cast<float>(std::atan(tangent) * 360.0 / std::numbers::pi),
-                             minFieldOfView,
-                             maxFieldOfView);
-    const Precise offset = Precise(view.eye) - Precise(view.target);
-    const double factor = HalfTangent(view.verticalFieldOfView) / HalfTangent(fieldOfView);
-    eye = (Precise(target) + offset * factor).ToVector();
+    SetFieldOfView(static_cast<float>(std::atan(tangent) * 360.0 / std::numbers::pi));
 }
 
 void Camera::SetPose(const CameraPose& pose) {
