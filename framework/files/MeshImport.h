@@ -35,10 +35,10 @@ void FinishImport(PolygonMesh& mesh,
                   JobControl* job,
                   DroppedFaces dropped = {});
 
-/// Gives equal UVs at the corners of a vertex the same index, in the order in which corners use
-/// them, and removes unused UVs. UVs are compared bitwise. Corners of different vertices keep
-/// different indices, so overlapping parts of a texture stay separate. Cost: linear in the corner
-/// count.
+/// Merges equal UVs at the corners of each vertex into one index, numbers the UVs in the order in
+/// which corners first use them, and removes unused UVs. UVs are compared bitwise. Corners of
+/// different vertices keep different indices, so overlapping parts of a texture stay separate.
+/// Cost: linear in the corner count.
 /// \throw Cancelled.
 TROVIK_API void WeldUvs(PolygonMesh& mesh, JobControl* job);
 

@@ -18,9 +18,9 @@ struct JournalOptions {
     /// the machine crashes. Without this option, the journal survives a crash of the process but
     /// not of the machine.
     bool syncSteps = false;
-    /// For programs that continue after saves and cancelled steps. After a save, the journal then
-    /// continues instead of restarting from the scene, so that undoing work from before the save is
-    /// recorded as a step. Cancelled steps are recorded as ended.
+    /// For programs that keep running after a save or a cancelled step. After a save, the journal
+    /// then continues instead of restarting from the scene, so that undoing work from before the
+    /// save is recorded as a step. Cancelled steps are recorded as ended.
     bool isInteractive = false;
 };
 

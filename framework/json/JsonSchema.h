@@ -15,7 +15,7 @@ namespace trovik {
 
 struct JsonRule;
 
-/// A JSON schema (draft 7) whose fault messages are written for the author of a document.
+/// A JSON schema (draft 7) whose error messages are written for the author of a document.
 ///
 /// Supported keywords: type, enum, properties, required, additionalProperties, maxProperties, items
 /// (one schema for all), minItems, maxItems, minLength (bytes), minimum, maximum, exclusiveMinimum,

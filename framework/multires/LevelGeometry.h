@@ -165,7 +165,7 @@ public:
 
     /// Computes the topological mirror from the current level 0. MirrorVertex of the levels then
     /// uses it.
-    /// \return false if the mesh has no mirror; the geometry then has none.
+    /// \return false if the mesh has no topological mirror; an earlier one is then discarded.
     bool FindMirror(JobControl* job = nullptr);
     void ClearMirror() { mirror.reset(); }
     /// Used while loading the content of a geometry.

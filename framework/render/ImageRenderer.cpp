@@ -61,7 +61,8 @@ ImageRenderer::ImageRenderer(const EmbreeScene& shownScene,
       job(jobControl),
       view(camera, options.width, options.height),
       shading(shownScene, view) {
-    // Slightly in front of all meshes, so that rounding does not put a ray's start behind one.
+    // Slightly in front of all meshes, so that rounding cannot move a ray's origin behind a
+    // surface.
     if (view.IsOrthographic())
         nearest = scene.NearestDepth(view.Eye(), -view.Back()) - scene.Extent() * 1e-3f;
     if (options.shading == ShadingMode::Matcap)

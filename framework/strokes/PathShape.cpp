@@ -51,7 +51,7 @@ public:
 
 private:
     Place Relative(const PathSample& sample) const { return Of(sample.position) - First(); }
-    /// The integral up to a knot that can no longer change.
+    /// The integral up to a knot whose position can no longer change.
     Place SumTo(std::size_t knot) {
         const auto& knots = path.Knots();
         const auto& reached = path.Reached();

@@ -93,7 +93,7 @@ public:
     /// if it throws, the remaining dabs are skipped. The listener is notified of the end in any
     /// case.
     void End(const std::function<void()>& poll = {});
-    /// Ends a cancelled stroke without the mirrored sides that are applied in additional strokes.
+    /// Ends a cancelled stroke without applying the additional strokes of its mirrored sides.
     void Break();
     /// Restores the bound mesh bit-exactly to its state before the stroke. The stroke continues as
     /// if no dab had been applied. Used by tools that apply their dab again on each motion. Cost:

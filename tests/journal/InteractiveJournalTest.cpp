@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Tests the journals of programs that continue after saves, cancelled steps and disk
+/// \file Tests the journals of programs that keep running after saves, cancelled steps and disk
 /// failures.
 #include "framework/document/DocumentStroke.h"
 #include "framework/errors/Cancelled.h"

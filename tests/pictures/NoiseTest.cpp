@@ -72,8 +72,8 @@ TEST(SoftFacing, IsSmooth) {
     }
 }
 
-/// A plane that faces the eye, with an openness of 0.5 that is estimated from only a few rays per
-/// pixel.
+/// A plane that faces the eye, with an ambient visibility of 0.5 that is estimated from only a few
+/// rays per pixel.
 class FilteredPlane : public ::testing::Test {
 protected:
     static constexpr int side = 48;

@@ -15,8 +15,7 @@ bool StartsWord(const QString& text, qsizetype at) {
     return at == 0 || !text[at - 1].isLetterOrNumber();
 }
 
-/// The best score for matching `word`, starting at index `from`, against `text`, starting at index
-/// `at`. Texts are short, so it is enough to try every word start and the next occurrence.
+/// Scores how well `word` matches `text`; 0 if it does not.
 int WordScore(const QString& word, const QString& text) {
     // A contiguous match of a query word scores higher than scattered letters.
     int best = 0;

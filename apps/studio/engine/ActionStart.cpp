@@ -58,8 +58,8 @@ std::string ActionStart::FileFor(const std::string& scriptPath) const {
     if (!NeedsCopy()) return source;
     if (!problem.empty())
         throw HostError(source +
-                        ": the actions start from the original content of this file, which was "
-                        "replaced and could not be kept: " +
+                        ": the saved actions must start from the original content of this file, "
+                        "but it was replaced, and no copy could be kept: " +
                         problem);
     std::string original = kept.empty() ? source : kept;
     // Removed as soon as it has been linked or copied to its final name. In the folder of the

@@ -227,7 +227,8 @@ RenderView Camera::ToRenderView(const AxisAlignedBoundingBox& worldBox) const {
     const double scaleX = scaleY * height / width;
     const Precise forward = axes.Back() * -1.0;
     RenderView result;
-    // Sets a column of the matrix to the projection of a point to an axis, plus a number.
+    // Makes a column of the matrix project points onto `axis`, measured from `from`, and add
+    // `shift`.
     const auto set = [&](int column, const Precise& axis, double shift) {
         result.worldToClip.m[0][column] = static_cast<float>(axis.x);
         result.worldToClip.m[1][column] = static_cast<float>(axis.y);

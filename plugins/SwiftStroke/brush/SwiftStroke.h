@@ -159,8 +159,8 @@ public:
     void ReadPatchPositions(const uint32_t* slice);
     /// Returns whether this dab may use and extend the patch cache of the stroke.
     bool MayUsePatchCache();
-    /// If the patch cache shows that the patch is culled, applies only the side effects of a visit
-    /// to it.
+    /// If the patch cache shows that the patch is culled, performs only the side effects of
+    /// visiting it.
     /// \return false, without any effect, if the patch is not culled.
     bool SkipCulledPatch(uint32_t patch);
     /// Finds the ghost vertices near both ends of each side of a patch.

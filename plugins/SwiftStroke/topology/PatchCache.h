@@ -74,7 +74,8 @@ public:
 
         /// Returns whether every point of the box fails the distance test of the weight
         /// computation; uses single precision and the same order of additions. Rounding is
-        /// monotonic, so the nearest point of the box has the smallest products.
+        /// monotonic, so no point of the box has a smaller rounded squared distance than the
+        /// nearest one.
         bool IsBeyond(const float center[3], float radiusSquared) const;
     };
 

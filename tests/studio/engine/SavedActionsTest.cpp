@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Scripts of the actions on a document, which replay to the same scene.
+/// Tests that the script of the actions on a document replays to the same scene.
 #include "engine/ActionStart.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/io/ContentHash.h"

@@ -17,7 +17,7 @@ struct Text {
     QString translation;
 };
 
-/// The hash by which QTranslator finds a text: that of symbol names in ELF files.
+/// The hash by which QTranslator looks up a text. ELF files use the same hash for symbol names.
 quint32 HashOf(const QByteArray& text) {
     quint32 hash = 0;
     for (const char letter : text) {

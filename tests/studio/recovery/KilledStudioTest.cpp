@@ -123,7 +123,7 @@ protected:
         return dabs;
     }
 
-    /// The surface after `dabs` dabs of a session that plays the same events to their end.
+    /// The surface after the first `dabs` dabs of a session that plays all of `events`.
     std::string Expected(int levels, const std::vector<TimedInput>& events, uint32_t dabs) {
         {
             StudioSession session;

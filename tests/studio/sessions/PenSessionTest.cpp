@@ -90,7 +90,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values("clean", "blot", "spike", "jitter", "doubled", "late", "everything"),
     [](const auto& stream) { return std::string(stream.param); });
 
-/// The hash of the scene after events on a newly opened bust.
+/// The hash of the scene after the events have been played on a newly opened bust.
 ContentHash HashAfter(const std::vector<TimedInput>& events,
                       EventPlayer::Pace pace = EventPlayer::Pace::Settled) {
     StudioSession session;
