@@ -104,7 +104,7 @@ void BakeCanvas::AddTriangle(std::array<FixedPoint, 3> p, std::array<const MapVa
     const std::int64_t lastY = last(highY, rows);
 
     // Edge i is opposite corner i. A sample exactly on an edge belongs to the triangle in which the
-    // edge runs downwards, or to the left if it is horizontal; the adjacent triangle traverses the
+    // edge runs downwards or, if it is horizontal, to the left; the adjacent triangle traverses the
     // edge in the opposite direction.
     bool owns[3];
     FixedPoint along[3];
@@ -136,7 +136,7 @@ void BakeCanvas::AddTriangle(std::array<FixedPoint, 3> p, std::array<const MapVa
 
 void BakeCanvas::TakeSample(std::int64_t x, std::int64_t y, const MapValue& value) {
     const std::uint64_t n = options.samplesPerSide;
-    // Samples lie at most two tiles before the first tile, so the sum is non-negative.
+    // Samples lie at most two tiles before the first one, so the sums below are non-negative.
     const std::uint64_t columns = options.width * n;
     const std::uint64_t rows = options.height * n;
     const std::uint64_t column = (static_cast<std::uint64_t>(x) + 2 * columns) % columns;

@@ -123,7 +123,7 @@ public:
                BakeCanvas& canvas,
                std::optional<std::uint32_t>& overlappingFace,
                JobControl* job) {
-        // The number of covered texels differs greatly between faces.
+        // A single face can cover many texels, so the clock is read every 16 faces.
         JobPhase phase(job, "Rasterising the map", std::uint64_t{level.faceCount} * 2, 16);
         const MapTile tile = MapTile::OfNumber(number);
         for (std::uint32_t face = 0; face < level.faceCount; ++face) {

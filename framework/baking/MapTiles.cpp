@@ -37,7 +37,7 @@ double CellOf(double low, double high) {
     return low < cell - slack || high > cell + 1.0 + slack ? -1.0 : cell;
 }
 
-/// Texel coordinates are exact up to this value.
+/// Texel coordinates are exact for UVs up to this value.
 constexpr float farthest = 1000.0f;
 
 std::uint32_t RepeatedTile(const std::array<float, 2>& low,

@@ -58,8 +58,8 @@ void BrushOperation::RestoreConfiguration(const BrushConfiguration* configuratio
 void BrushOperation::TransferToolSettings(Stream& stream) {
     for (Attribute* attribute : Attributes()) {
         // An attribute that is connected to a source has no value of its own. The connection may no
-        // longer exist when the settings are restored, so the settings also store whether there was
-        // one.
+        // longer exist when the settings are restored, so the settings also store whether the
+        // attribute has its own value.
         uint8_t own = attribute->Source() == nullptr ? 1 : 0;
         stream.Transfer(own);
         if (own == 0) continue;

@@ -88,8 +88,8 @@ NormalCone ConeOf(std::span<const DisplayVertex> vertices, std::span<const uint1
 bool NormalCone::FacesAway(const AxisAlignedBoundingBox& box, const Vector& eye) const {
     if (axis == Vector() || box.IsEmpty()) return false;
     // A triangle is seen from the back if the dot product of its normal and the vector from the eye
-    // to one of its points is positive. The end points of the vectors from the eye to all points of
-    // the box lie in a sphere around the box centre.
+    // to one of its points is positive. All these points lie in the box and thus in a sphere around
+    // the box centre.
     const Vector3d low = ToDouble({box.minX, box.minY, box.minZ}) - ToDouble(eye);
     const Vector3d high = ToDouble({box.maxX, box.maxY, box.maxZ}) - ToDouble(eye);
     Vector3d centre;

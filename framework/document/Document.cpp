@@ -174,7 +174,7 @@ void Document::FollowLevel(JobControl* job) {
     loop = std::make_unique<StrokeLoop>(*brush, *geometry, *tree);
     if (freezeBrush == nullptr) freezeBrush = std::make_unique<FreezeBrush>();
     freezeLoop = std::make_unique<StrokeLoop>(*freezeBrush, *geometry, *tree);
-    // The geometry was loaded from a scene.
+    // This is the case after the geometry was loaded from a scene.
     if (settings.mirrorMode == MirrorConfiguration::Topological && geometry->Mirror() == nullptr)
         geometry->FindMirror(job);
     ApplyMirrors();

@@ -22,7 +22,7 @@ uint64_t BytesOf(const LevelGeometry::RemovedLevels& taken) {
 }
 
 void BindAgain(LevelGeometry& geometry, uint32_t bound) {
-    // A host may have bound another level since then.
+    // A host may have bound another level since the step was made or last applied.
     if (geometry.BoundIndex() != bound) geometry.BindLevel(bound);
 }
 

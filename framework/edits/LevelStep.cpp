@@ -16,7 +16,7 @@ public:
         : change(std::move(done)), boundNow(geometry.BoundIndex()) {}
 
     void Apply(LevelGeometry& geometry) override {
-        // Needed if a host has bound another level since then.
+        // A host may have bound another level since the step was made or last applied.
         if (geometry.BoundIndex() != boundNow) geometry.BindLevel(boundNow);
         geometry.Exchange(change);
         boundNow = geometry.BoundIndex();

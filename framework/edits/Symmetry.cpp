@@ -49,8 +49,8 @@ public:
         const float* p = records.array[record].originalPosition;
         return {p[0], p[1], p[2]};
     }
-    /// The record whose original position was the mirror image of this one's, if the two are each
-    /// other's twins; otherwise `none`.
+    /// The record whose original position was the mirror image of that of `record`, if the two are
+    /// each other's twins; otherwise `none`.
     uint32_t TwinOf(uint32_t record, int axis) const {
         const uint32_t twin = slots[SlotOf(Mirrored(OriginalPosition(record), axis))];
         if (twin == none) return none;

@@ -46,7 +46,7 @@ std::string Shown(const std::string& name) {
     return "'" + shown + "'";
 }
 
-/// The path of a file in the document's folder or a subfolder. \throw HostError as ReadGltfFile.
+/// The path of a file in the document's folder or a subfolder. \throw HostError like ReadGltfFile.
 fs::path ExternalPath(const std::string& document,
                       const std::string& name,
                       const std::string& location) {

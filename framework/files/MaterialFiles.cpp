@@ -150,7 +150,7 @@ fs::path NameForCopy(const fs::path& source,
         std::error_code failed;
         const fs::file_status status = fs::symlink_status(path, failed);
         const bool isTaken = std::find(taken.begin(), taken.end(), path.string()) != taken.end();
-        // The target of a link may be in any folder.
+        // A symbolic link is not used, because its target may be in another folder.
         if (isTaken || fs::is_symlink(status)) {
             continue;
         }

@@ -27,8 +27,8 @@ NeighbourMeans::NeighbourMeans(LevelMesh& ofLevel)
 
 void NeighbourMeans::Compute(const std::vector<Vector>& positions, std::vector<Vector>& means) {
     std::fill(sums.begin(), sums.end(), RunningSum());
-    // Both faces at an inner edge contribute the edge, so each neighbour of an inner vertex counts
-    // twice.
+    // An inner edge is visited once for each of its two faces, so each neighbour of an inner vertex
+    // counts twice.
     ForEachSide(level, [&](uint32_t a, uint32_t b) {
         if (kinds[a] == Kind::Inner) sums[a].Add(positions[b]);
         if (kinds[b] == Kind::Inner) sums[b].Add(positions[a]);

@@ -46,7 +46,7 @@ public:
 private:
     Matrix camera;
     Vector eye;
-    /// The depth at which all positions are projected in orthographic projection; otherwise 0.
+    /// The depth used for all positions in orthographic projection; 0 in perspective projection.
     float distance;
     float width;
     float height;

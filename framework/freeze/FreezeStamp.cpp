@@ -10,7 +10,7 @@ namespace trovik {
 
 namespace {
 
-/// Limit for pixel coordinates; no real stamp is repeated so many times that it reaches it.
+/// Limit for pixel coordinates; no real stamp is repeated often enough to reach it.
 constexpr float farthest = 1e9f;
 
 int64_t Wrapped(int64_t coordinate, int64_t size) {

@@ -189,7 +189,7 @@ void UnpackArrays(const std::vector<uint8_t>& packed,
             if (reader.Take<uint32_t>() != size) Refuse();
             const auto count = reader.Take<uint64_t>();
             // A packed piece of 256 KiB has at least one byte, even if it is all zero. This limits
-            // the memory that a corrupt count can cause to be allocated.
+            // the allocation that a corrupt count can cause.
             if (count / PieceElements(size) > packed.size()) Refuse();
             array.Resize(static_cast<std::size_t>(count));
             auto* data = static_cast<uint8_t*>(array.Data());

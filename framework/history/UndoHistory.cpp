@@ -50,8 +50,8 @@ void UndoHistory::ApplyStep(std::size_t index, LevelGeometry& geometry) {
     keeper->Open(record).Apply(geometry);
     keeper->Remeasure(record);
     if (keeper->Bytes() <= budget) return;
-    // When many steps are undone, they could be unpacked faster than the thread repacks them, and
-    // could remain less tightly packed than before.
+    // When many steps are undone, the thread may not repack them as fast as they are unpacked, and
+    // they may stay less tightly packed than before.
     keeper->PackNow(record, keeping.minPackedBytes);
     if (!keeper->CanSpill() || keeper->Bytes() <= budget) return;
     SpillFarthest();

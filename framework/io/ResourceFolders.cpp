@@ -15,8 +15,8 @@ namespace fs = std::filesystem;
 /// inside the executable instead.
 const char insideThisLibrary = 0;
 
-/// The folders that may contain the programs: in an installed tree, in a build tree, and that of
-/// the running program.
+/// The folders that may contain the programs: those of an installed tree and of a build tree, and
+/// the folder of the running program.
 std::vector<fs::path> ProgramFolders() {
     std::vector<fs::path> folders;
     const fs::path library = LibraryFolder();

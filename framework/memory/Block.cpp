@@ -92,7 +92,7 @@ void Block::UnregisterMemoryBlock(int64_t bytes) { TheAccount().total -= bytes; 
 void Block::SetAllocatorID(const char* name) { TheAccount().allocator = name; }
 
 void Block::CopyMemoryBlock(void* to, const void* from, int64_t bytes) {
-    // A growing array is copied to new memory.
+    // When an array grows, its elements are copied to new memory, which should use large pages.
     if (bytes > 0) PreferLargePages(to, static_cast<uint64_t>(bytes));
     if (bytes > 0) std::memcpy(to, from, static_cast<std::size_t>(bytes));
 }

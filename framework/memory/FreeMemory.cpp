@@ -45,7 +45,7 @@ std::optional<uint64_t> FieldIn(const fs::path& path, const std::string& key) {
     return std::nullopt;
 }
 
-/// Lowers `least` to the number of bytes left under a limit if that number is lower.
+/// Replaces `least` if fewer bytes are left under this limit.
 void Apply(FreeMemory& least, uint64_t bytes, const char* limit) {
     if (bytes < least.bytes) least = {bytes, limit};
 }

@@ -138,7 +138,7 @@ uint32_t LevelMesh::LowestFaceOf(uint32_t vertex, uint32_t near) {
         uint32_t low = 0;
         uint32_t high = hierarchy->Level(level - 1)->faceCount - 1;
         if (near != openBorder) {
-            // Brackets the vertex by exponential search from the ancestor of the near face; see
+            // Brackets the vertex by exponential search from the ancestor of face `near`; see
             // Bentley, Yao: "An Almost Optimal Algorithm for Unbounded Searching" (1976).
             const uint32_t start =
                 (near >> 2 * (static_cast<uint32_t>(index) - level)) / childCount;

@@ -196,8 +196,8 @@ std::vector<Fan> FindFurtherFans(const CornerRing& ring,
 
 /// At most one half-edge without a twin starts in each fan, and at most one ends there. Two fans
 /// are therefore connected by at most two such half-edges, in opposite directions, and vertex pairs
-/// describe an oriented manifold. However, if both half-edges exist, the two faces are neighbours
-/// again when neighbours are found by vertex pairs.
+/// describe an oriented manifold. However, if both half-edges exist, the two faces become
+/// neighbours again when neighbours are found by vertex pairs.
 ///
 /// \param ring  must contain the vertex numbers of the result.
 void FindClosedCuts(const CornerRing& ring, const EdgeGroups& groups, ManifoldReport& report) {

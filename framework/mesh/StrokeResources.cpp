@@ -12,7 +12,7 @@ namespace trovik {
 
 namespace {
 
-/// Runs an action in a destructor, which cannot report errors to a caller.
+/// Runs an action and ignores its errors, because a destructor cannot report them to a caller.
 template <class Action>
 void IgnoreErrorsOf(Action action) {
     try {

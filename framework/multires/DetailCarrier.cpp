@@ -182,9 +182,9 @@ void DetailCarrier::Up(const OlderValues<Vector>& seen,
     const std::vector<uint32_t> changed = Changed(coarse, seen, job);
     if (changed.empty()) return;
 
-    // Refined points change in the faces around a changed vertex. The surface also rotates at the
-    // points next to them, so rotations are computed for one additional ring of points, using the
-    // points of all these faces.
+    // The refined points of the faces around a changed vertex change. The surface also rotates at
+    // the neighbours of these points, so rotations are computed for one additional ring of points,
+    // using the points of all faces in the list.
     const std::vector<uint32_t> faces = WithFacesAround(coarse, FacesAt(coarse, changed));
     MoveFineVertices(faces, seen, layers, carried);
     // A vertex without faces has no surface rotation to apply.

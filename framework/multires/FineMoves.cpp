@@ -49,13 +49,13 @@ public:
             for (uint32_t k = 0; k < 4; ++k) slots[ends[quads[quad][k]]++] = quad * 4 + k;
     }
 
-    /// \param turn  newly constructed.
+    /// \param turn  receives the rotation; must be newly constructed.
     void Find(uint32_t point, FrameRotation& turn) {
         const uint32_t* const first = slots.data() + (point == 0 ? 0 : ends[point - 1]);
         const uint32_t* const end = slots.data() + ends[point];
         for (const uint32_t* slot = first; slot != end; ++slot) turn.AddNormal(normals[*slot / 4]);
         turn.CloseNormals();
-        // Both faces contribute an inner edge; only one contributes a border edge.
+        // An inner edge is added by both of its faces, a border edge by its only face.
         edges.clear();
         for (const uint32_t* slot = first; slot != end; ++slot) {
             const RefinedRegion::Quad& quad = quads[*slot / 4];

@@ -67,7 +67,8 @@ std::unique_ptr<TopologicalMirror> MirrorOfCoarse(const TopologicalMirror& mirro
 }
 
 /// Returns the mirror of a restored level 0. If the geometry had no mirror when that level was
-/// replaced, `previous` is null and the current mirror was found on the faces of the replacement.
+/// replaced, `previous` is null; the current mirror was found on the faces of the replacement, so
+/// the search is repeated.
 std::unique_ptr<TopologicalMirror> MirrorOfRestored(LevelMesh& base,
                                                     std::unique_ptr<TopologicalMirror> previous) {
     return previous != nullptr ? std::move(previous) : TopologicalMirror::Find(base);

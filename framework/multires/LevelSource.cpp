@@ -158,8 +158,8 @@ void LevelSource::ForEachValue(Take take) const {
                 values[corner] = BaseValues(around[corner]);
             }
             values = FaceValues(values, baseCorners, below, face);
-            // New vertices are numbered in the order in which faces use them: edges in order, then
-            // the face point.
+            // New vertices are numbered in the order in which faces use them: the edge points in
+            // the order of the sides, then the face point.
             const std::uint32_t* children =
                 fine.faceVertexIndices.array + std::size_t{face} * corners * 4;
             for (std::uint32_t side = 0; side < corners; ++side) {

@@ -55,7 +55,7 @@ OlderValues<Value> TakeChanged(const LevelMesh& level, OlderValues<Value>& older
 }
 
 /// Fills lists with the vertices that differ from an older state, in ascending order, and their
-/// values.
+/// older values.
 template <typename Value>
 bool FillDifferences(const LevelMesh& level,
                      OlderValues<Value>& older,
@@ -74,7 +74,7 @@ bool FillDifferences(const LevelMesh& level,
     return older.IsKept();
 }
 
-/// Sorts the older states.
+/// Returns the differences from the older states, and sorts these states.
 SeenByNeighbours DifferencesOf(const LevelMesh& level, OlderStates& older, JobPhase& phase) {
     SeenByNeighbours seen;
     const auto fill = [&](auto& from, auto& into, auto& values) {

@@ -39,8 +39,8 @@ const Entry* FindEntry(const std::string& key) {
     return found == TheNode().byKey.end() ? nullptr : &found->second.front();
 }
 
-/// Returns the key's attribute and creates it with `make` if the key is new. A value that was
-/// loaded before the key was registered is then applied.
+/// Returns the key's attribute of type A, and creates it with `make` if there is none. A value that
+/// was loaded before the key was registered is then applied.
 template <typename A, typename Make>
 A* Register(const QString& key, PreferenceInfo info, Make make) {
     std::vector<Entry>& entries = TheNode().byKey[key.toStdString()];

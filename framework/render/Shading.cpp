@@ -12,7 +12,7 @@ namespace {
 
 constexpr float pi = 3.14159265f;
 
-/// Streams of random numbers for the sample points of a pixel. The first stream is the position
+/// Streams of random numbers for the sample points of a pixel. Stream 0 determines the position
 /// within the pixel.
 constexpr uint32_t ambientStream = 1;
 constexpr uint32_t keyStream = 2;

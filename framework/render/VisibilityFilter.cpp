@@ -24,8 +24,7 @@ static_assert(filterReach == radius * (1 + 1 + 2 + 4));
 /// Two pixels belong to different surfaces if 1 minus the cosine of the angle between their normals
 /// exceeds this.
 constexpr float normalLimit = 0.10f;
-/// Maximum distance from the plane of the surface, in pixels, for each pixel of distance in the
-/// image.
+/// Maximum distance from the plane of the surface, in pixels per pixel of distance in the image.
 constexpr float planeLimit = 0.6f;
 /// Squared differences up to this limit, in units of the variance, count as noise.
 constexpr float noiseLimit = 9.0f;

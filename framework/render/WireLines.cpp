@@ -33,7 +33,7 @@ void WireLines::Project(const SurfaceSample& sample) {
     const RenderMesh& shown = scene.Mesh(sample.mesh);
     const uint32_t corners = shown.cornersPerFace;
     const uint32_t* vertices = shown.faceVertexIndices + std::size_t{sample.face} * corners;
-    // Edges that pass behind the eye are clipped just in front of it, in perspective.
+    // In perspective projection, edges that pass behind the eye are clipped just in front of it.
     const float nearest =
         view.IsOrthographic() ? -std::numeric_limits<float>::infinity() : sample.distance * 1e-3f;
     Vector inCamera[4];

@@ -15,8 +15,8 @@ namespace {
 
 /// The parent of a node is a level, given by its number, or the geometry, given by this value.
 constexpr uint32_t geometryParent = 0xffffffffu;
-/// Maximum depth of a tree of nodes, more than any real tree has, so that a damaged file does not
-/// exhaust the stack.
+/// Maximum depth of a tree of nodes. No real tree is that deep; the limit prevents a damaged file
+/// from exhausting the stack.
 constexpr uint32_t deepest = 16;
 
 /// The neighbour table of patches: a row of faceTableRow faces for each face of its level.
@@ -49,7 +49,7 @@ private:
     std::optional<uint32_t> faceCount;
 };
 
-/// Hides the faces of a level for the lifetime of this object.
+/// Sets the face count of a level to 0 for the lifetime of this object.
 class NoFaces {
 public:
     explicit NoFaces(LevelMesh* hidden)

@@ -254,7 +254,7 @@ LoadedScene LoadScene(const std::string& path,
     LoadPlugins();
     SceneReader reader(path, job);
     SceneBuilder builder(reader, brush, freezeBrush, job);
-    // This is the only process-wide setting.
+    // This is the only process-wide setting that a scene contains.
     const bool facing = CheckableFloatArray::s_bActive;
     try {
         while (reader.Next()) builder.Take();

@@ -15,7 +15,7 @@ namespace {
 
 /// A point in a script is considered far from the surface if its distance exceeds this fraction of
 /// the mesh's bounding-box diagonal. Points are often taken from the mesh file, and a refined
-/// surface lies inside the original one: for a cube, by 8 percent.
+/// surface lies inside the original one, by 8 percent for a cube.
 constexpr float farFraction = 0.1f;
 
 std::string Short(float number) {

@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 constexpr const char* setupNotInScene[] = {
     "preferences", "testMode", "memoryLimit", "undoBudget", "renderers"};
 
-/// All current preferences, because they may have changed when the work is replayed.
+/// All current preferences, because they may have changed by the time the work is replayed.
 nlohmann::json PresentPreferences() {
     nlohmann::json values = nlohmann::json::object();
     for (const std::string& key : PreferenceKeys()) {

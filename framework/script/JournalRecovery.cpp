@@ -156,8 +156,8 @@ private:
         return script;
     }
 
-    /// A cancelled stroke without dabs has nevertheless been counted, and has ended the open
-    /// stroke.
+    /// Repeats the effects of a cancelled stroke without dabs: it was counted, and it ended the
+    /// open stroke.
     void SkipCancelled() {
         if (!step->step.contains("stroke")) return;
         Document& document = work.runner->GetDocument();

@@ -130,8 +130,9 @@ std::string ScriptFiles::Target(const std::string& name) const {
     const fs::path root = Canonical(fs::absolute(output.empty() ? "." : output));
     if (!IsWithin(root, Canonical(fs::absolute(target))))
         RejectOutside(name, "leads through a symbolic link out of");
-    // Map tiles are written under other names, and glTF buffers under names that begin with the
-    // document's stem. Copies of material files keep their own names and never follow links.
+    // Map tiles are written under names other than the target's, and glTF buffers under names that
+    // begin with the document's stem. Copies of material files keep their own names and never
+    // follow links.
     const std::string stem = target.stem().string() + ".";
     const fs::path parent = fs::absolute(target).parent_path();
     for (const std::string& other : NamesIn(parent)) {

@@ -139,7 +139,7 @@ void PointerFilter::Settle(double newest, bool isWhole) {
         samples[settled].time = time;
         ++settled;
         const bool isThrough = settled == own.first + own.count;
-        // A group longer than the limit consists of wrong times, so it is split here.
+        // The times in a group longer than the limit are wrong, so the group is split here.
         if (!isThrough && settled - base <= limits.lateSamples) continue;
         lastPool = {isThrough ? own
                               : Pool{own.Mean() * static_cast<double>(settled - own.first),
@@ -164,7 +164,7 @@ bool PointerFilter::RemoveBlot(bool isWhole) {
     const bool isSeen = i > limits.settleSamples || i < settled;
     if (!isWhole && (!isSeen || (blot > 0 && blot + 1 >= settled))) return false;
     if (blot == 0) return true;
-    // Before the drop, pressure rises at the same rate as after it.
+    // The new pressures before the drop rise at the same rate as those after it.
     const float rise = blot + 1 < samples.size()
                            ? std::max(0.0f, samples[blot + 1].pressure - samples[blot].pressure)
                            : 0.0f;

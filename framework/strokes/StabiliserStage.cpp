@@ -64,7 +64,7 @@ struct String {
         const double scale = 1.0 + halfTangent * halfTangent;
         pull = Sum({}, toward, length * (1.0 - halfTangent * halfTangent) / scale);
         if (breadth > 0.0) pull = Sum(pull, aside, length * 2.0 * halfTangent / scale / breadth);
-        // Both are relative to the previous position of the weight.
+        // `end` leads to the pen from the previous position of the weight, `pull` from the new one.
         return Sum(end, pull, -1.0);
     }
 };

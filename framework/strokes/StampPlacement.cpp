@@ -109,10 +109,10 @@ void StampPlacement::Turn(float fullTurns) {
     right = right * turn.cosine - before * turn.sine;
 }
 
-// For a parallel projection, the components are the offsets from the centre along each axis, in
-// pixels. For a perspective projection, they are the offsets from the line of sight through the
-// centre; the fourth component is the distance from the eye plane relative to that of the centre,
-// so it is 1 at the centre.
+// For a parallel projection, the components of a mapped position are the offsets from the centre
+// along each axis, in pixels. For a perspective projection, they are the offsets from the line of
+// sight through the centre; the fourth component is the distance from the eye plane relative to
+// that of the centre, so it is 1 at the centre.
 Matrix StampPlacement::ToPixels(uint32_t width, uint32_t height, const Matrix& localToWorld) const {
     assert(width > 0 && height > 0 && radius > 0.0f);
     const double pixels =

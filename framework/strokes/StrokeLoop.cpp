@@ -83,7 +83,7 @@ void StrokeLoop::Begin(BrushOperation::Modifier strokeModifier, uint64_t seed) {
     RefreshStamp(brush);
     // With topological mirroring, the stamp of a mirrored dab is read at the mirrored vertex, so
     // that it looks the same on halves in different poses. A vector stamp moves vertices along its
-    // own axes, so its axes must be mirrored as well.
+    // own axes, so its axes are mirrored, and it is read at the vertex itself.
     if (brush.MirrorConfig().MirrorMode() == MirrorConfiguration::Topological)
         brush.Settings().mirroredStampRead =
             !IsVectorStampName(brush.MaskName(stampMask).toStdString());
@@ -301,7 +301,7 @@ void StrokeLoop::WholeMesh(float strength, bool byFacing) {
             brush.ApplyToWholeMesh(call.mesh, strength, byFacing);
             totals.seconds += SecondsSince(start);
         });
-        // A StrokeRevert brush reports its other changes itself.
+        // A StrokeRevert brush changes other data than positions, and reports these changes itself.
         if (dynamic_cast<StrokeRevert*>(&brush) == nullptr)
             geometry.ReportAll(geometry.BoundIndex(), shapeChange);
         if (listener != nullptr) listener->OnWholeMesh(strength, byFacing);

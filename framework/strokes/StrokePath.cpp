@@ -13,9 +13,9 @@ namespace trovik {
 namespace {
 
 constexpr float radiansPerDegree = 0.017453293f;
-/// Distance from a mesh to the camera of brushes in orthographic projection, as a multiple of the
-/// distance from the eye to the target. Directions to the camera then deviate by no more than the
-/// rounding error of a unit vector.
+/// Distance from a mesh to the camera that brushes use in orthographic projection, as a multiple of
+/// the distance from the eye to the target. Directions to the camera then deviate by no more than
+/// the rounding error of a unit vector.
 constexpr float brushCameraFactor = 16777216.0f;
 /// Limit of that distance, in world units: the squares of its components must be finite.
 constexpr float maxBrushCameraDistance = 1e18f;
@@ -192,7 +192,7 @@ Matrix StrokeView::BrushCameraToWorld() const {
     return matrix;
 }
 
-// The corners are projected to the line in double precision, because the origin can be far away.
+// The corners are projected onto the line in double precision, because the origin can be far away.
 Ray StartingBefore(const Ray& ray, const AxisAlignedBoundingBox& box) {
     const double direction[3] = {ray.direction.x, ray.direction.y, ray.direction.z};
     const double origin[3] = {ray.origin.x, ray.origin.y, ray.origin.z};
@@ -207,7 +207,7 @@ Ray StartingBefore(const Ray& ray, const AxisAlignedBoundingBox& box) {
         nearest += ((d > 0.0 ? low : high)[axis] - origin[axis]) * d;
         farthest += ((d > 0.0 ? high : low)[axis] - origin[axis]) * d;
     }
-    // Rounding must not move the nearest corner behind the start.
+    // Rounding must not move the nearest corner behind the ray's new origin.
     const double t = (nearest - (farthest - nearest) * 1e-3) / square;
     if (box.IsEmpty() || !std::isfinite(t)) return ray;
     Ray moved = ray;

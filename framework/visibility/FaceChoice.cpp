@@ -39,8 +39,8 @@ FaceChoice FacesNumbered(const LevelGeometry& geometry,
     return chosen;
 }
 
-/// Extends the set of faces whose byte is `value` to all faces that share a vertex with one of
-/// them.
+/// Extends the set of faces whose byte is `value` by `rings` rings of faces. A ring consists of the
+/// faces that share a vertex with the set.
 void Spread(const LevelMesh& level, FaceChoice& chosen, uint8_t value, uint32_t rings) {
     const uint32_t corners = level.CornersPerFace();
     const auto cornersOf = [&](uint32_t face) {

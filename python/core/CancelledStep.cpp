@@ -12,7 +12,7 @@ AppliedSteps::AppliedSteps(const UndoHistory& history) {
 std::size_t AppliedSteps::PushedSince(const UndoHistory& history) const {
     const AppliedSteps now(history);
     if (now.steps.empty()) return 0;
-    // Steps are dropped from the front only, so the steps that remain are a part of `steps`.
+    // Steps are dropped only from the front, so the remaining ones are consecutive in `steps`.
     auto old = std::find(steps.begin(), steps.end(), now.steps.front());
     std::size_t same = 0;
     while (same < now.steps.size() && old != steps.end() && *old == now.steps[same]) {

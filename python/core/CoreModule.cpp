@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The extension module `trovik._core`: documents without convenience. The Python files of
-/// the package add names, defaults and docstrings.
+/// \file The extension module `trovik._core`: a low-level interface to documents. The Python files
+/// of the package add names, defaults and docstrings.
 #include "framework/errors/Cancelled.h"
 #include "framework/images/ImageFile.h"
 #include "framework/script/JournalRecovery.h"
@@ -121,7 +121,7 @@ void Recover(const std::string& journal, const std::string& scene, py::handle pr
     RunWork(progress, [&](const ScriptProgress& listener) {
         RecoveryOptions options;
         options.progress = listener;
-        // The recovered document is destroyed while this thread has the engine.
+        // The recovered document is destroyed while this thread still uses the engine.
         RecoverJournal(journal, scene, options);
     });
 }

@@ -11,7 +11,8 @@ namespace trovik::python {
 
 namespace {
 
-/// Never destroyed: Python may destroy documents while the process's static objects are destroyed.
+/// Never destroyed: Python may destroy documents while the process's static objects are being
+/// destroyed.
 struct Shared {
     std::mutex engine;
     std::atomic<std::thread::id> user;
@@ -24,7 +25,7 @@ Shared& State() {
     return *shared;
 }
 
-/// The calling thread must have the engine.
+/// The calling thread must hold the lock of the engine.
 void DestroyRetired() {
     std::vector<std::shared_ptr<void>> objects;
     {

@@ -25,7 +25,7 @@ public:
     static void Retire(std::shared_ptr<void> object);
 };
 
-/// Runs a function that uses the engine, without the GIL.
+/// Releases the GIL while it runs a function that uses the engine.
 template <typename Work>
 auto InEngine(const Work& work) {
     const pybind11::gil_scoped_release released;

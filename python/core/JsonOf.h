@@ -10,8 +10,8 @@ namespace trovik::python {
 /// Converts a Python value to JSON: None, bool, int, float, str, os.PathLike, lists, tuples,
 /// dictionaries with string keys, NumPy scalars and arrays of numbers. Numbers keep their value, so
 /// a script with the same numbers gives the same step.
-/// \throw TypeError or ValueError with the JSON pointer of the value, for other types and for
-/// numbers that are not finite.
+/// \throw TypeError for other types, ValueError for numbers that are not finite and for integers of
+/// more than 64 bits; both with the JSON pointer of the value.
 nlohmann::json JsonOf(pybind11::handle value);
 
 }  // namespace trovik::python

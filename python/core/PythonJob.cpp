@@ -7,7 +7,8 @@ namespace py = pybind11;
 
 namespace {
 
-/// Whether the value is False, also as a NumPy scalar. Comparisons of arrays return those.
+/// Whether the value is False, as a Python or a NumPy Boolean. Comparisons of array elements return
+/// NumPy Booleans.
 bool IsFalse(const py::object& value) {
     if (value.is(py::bool_(false))) return true;
     if (value.is_none() || value.is(py::bool_(true))) return false;
@@ -38,7 +39,7 @@ void PythonJob::Scope::ThrowCause() {
 }
 
 // Acquiring the GIL can take milliseconds while other threads run Python code. Reports without a
-// total are made for each dab.
+// total are made for each dab, so they are passed on only at intervals.
 bool PythonJob::Report(uint64_t done, uint64_t total, const char*) {
     if (isMuted) return true;
     if (isCancelled) return false;

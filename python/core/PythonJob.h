@@ -13,8 +13,8 @@ namespace trovik::python {
 /// returns False or raises an exception, or if a signal such as Ctrl-C has arrived.
 class PythonJob final : public JobControl {
 public:
-    /// The time during which a command reports to a function. Construct and destroy it with the
-    /// GIL.
+    /// The time during which a command reports to a function. Construct and destroy it while
+    /// holding the GIL.
     class Scope {
     public:
         /// \param progress  callable with (done, total), or None. Borrowed.
@@ -22,7 +22,7 @@ public:
         ~Scope();
         Scope(const Scope&) = delete;
         Scope& operator=(const Scope&) = delete;
-        /// Throws the exception of the function or the signal that cancelled the command, if there
+        /// Throws the exception with which the function or a signal cancelled the command, if there
         /// is one.
         void ThrowCause();
 
@@ -30,7 +30,7 @@ public:
         PythonJob& job;
     };
 
-    /// While it exists, reports neither call the function nor cancel.
+    /// While it exists, reports neither call the function nor cancel the command.
     class Muting {
     public:
         explicit Muting(PythonJob& mutedJob) : job(mutedJob) { job.isMuted = true; }

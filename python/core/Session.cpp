@@ -56,7 +56,7 @@ std::shared_ptr<Sculpture> Session::NewSculpture() {
         target->messages.push_back(text);
     };
     opened->runner = std::make_unique<ScriptRunner>(stepName, ".", progress);
-    // The program that runs the steps chooses the files.
+    // The calling program chooses the files, so paths are not restricted.
     opened->runner->AllowOutside(true);
     return opened;
 }

@@ -20,11 +20,11 @@ namespace trovik::python {
 
 namespace py = pybind11;
 
-/// The name of the steps in messages; Python removes it.
+/// The name that messages give for the source of a step; the Python code removes it.
 inline constexpr const char* stepName = "python";
 
-/// A document with all that refers to it, without Python objects, so that it can be destroyed
-/// without the GIL.
+/// A document and everything that refers to it. Contains no Python objects, so that it can be
+/// destroyed without the GIL.
 struct Sculpture {
     PythonJob job;
     EventQueue events;
@@ -52,7 +52,8 @@ public:
                                          const std::string& journal,
                                          bool syncsJournal,
                                          py::handle progress);
-    /// Creates a document from arrays. \param faces  vertices of the faces, one after the other.
+    /// Creates a document from arrays. \param faceVertices  the vertices of all faces, face by
+    /// face.
     static std::unique_ptr<Session> New(
         const std::string& name,
         const py::array_t<float, py::array::c_style | py::array::forcecast>& positions,
@@ -69,8 +70,8 @@ public:
     /// \param endsJournal  whether to end the journal normally; otherwise, it can be recovered as
     /// after a crash.
     void Close(bool endsJournal);
-    /// Does the same while views exist: the document cannot be used any more, and it is destroyed
-    /// when the last view ends.
+    /// Does the same, but also while views exist: the document can no longer be used, and it is
+    /// destroyed with the last view.
     void Leave(bool endsJournal);
     bool IsClosed() const { return sculpture == nullptr || isLeft; }
     void AddView() { ++views; }
@@ -90,8 +91,8 @@ public:
     void EndStroke(bool abandon, py::handle progress);
     bool IsStrokeOver() { return !Use().stroke || Use().stroke->IsOver(); }
 
-    /// A call that uses the document while the GIL is released. Other calls are refused meanwhile,
-    /// and the document is not destroyed. Construct and destroy it with the GIL.
+    /// A call that uses the document while the GIL is released. While it exists, other calls are
+    /// refused, and the document is not destroyed. Construct and destroy it while holding the GIL.
     class Call {
     public:
         explicit Call(Session& calledSession) : session(calledSession), held(session.sculpture) {
@@ -107,9 +108,9 @@ public:
     };
 
     /// Returns the document, after checking that the call is permitted. Python code may close the
-    /// document, so call it again after running any.
+    /// document, so call this function again after running such code.
     Sculpture& Use();
-    /// The number of views of the current level that exist.
+    /// The number of existing views of the current level.
     std::size_t Views() const { return views; }
 
 private:
@@ -118,7 +119,7 @@ private:
     /// Runs a function that may be cancelled. A cancelled stroke is undone.
     template <typename Work>
     static void Run(Sculpture& sculpture, py::handle progress, const Work& work);
-    /// Does the same with this document as a Call.
+    /// Does the same for this document, inside a Call.
     template <typename Work>
     void RunCall(py::handle progress, const Work& work);
     /// \throw BufferError "cannot WORK while N views of the positions exist" if there are any.

@@ -38,8 +38,8 @@ py::array LocalToWorld(Session& session);
 /// the ray parameter of the hit.
 py::dict Pick(Session& session,
               const py::array_t<float, py::array::c_style | py::array::forcecast>& rays);
-/// The points on the surface nearest to points in world space, (n, 3), as in Pick; `t` is the
-/// distance in world space.
+/// Finds the point on the surface nearest to each point. \param points  world space, (n, 3).
+/// \return as Pick, but `t` is the distance in world space.
 py::dict Nearest(Session& session,
                  const py::array_t<float, py::array::c_style | py::array::forcecast>& points);
 

@@ -12,7 +12,8 @@ namespace trovik::python {
 
 namespace {
 
-/// The results of a query, one row per ray or point; rows without a hit are NaN, and -1 as face.
+/// The results of a query, one row per ray or point; rows without a hit contain NaN, and -1 as the
+/// face.
 struct Hits {
     explicit Hits(py::ssize_t count)
         : face(count),
@@ -25,7 +26,7 @@ struct Hits {
                 values->mutable_data(), values->size(), std::numeric_limits<float>::quiet_NaN());
     }
 
-    /// Calls a function that calls Set, without the GIL.
+    /// Releases the GIL while it calls a function that calls Set.
     template <typename Work>
     static void Fill(const Work& work) {
         const py::gil_scoped_release released;

@@ -133,15 +133,15 @@ public:
 private:
     void Attach(const RayMesh& mesh, unsigned id);
 
-    /// Declared before the device, which reports errors to it until it is destroyed.
+    /// Declared before the device, which reports errors here until it is destroyed.
     FirstError error;
     Device device;
     Scene scene;
 };
 
 EmbreeRayCaster::EmbreeRayCaster(const std::vector<RayMesh>& meshes, JobControl* job)
-    // The cache size avoids the 128 MiB that the library reserves for subdivision surfaces, which
-    // are not used.
+    // A cache size of 0 avoids the 128 MiB that the library reserves for subdivision surfaces,
+    // which are not used.
     : device(rtcNewDevice("set_affinity=0,tessellation_cache_size=0")) {
     // If the device could not be created, the error is queried without one.
     if (device == nullptr) ThrowRayError(rtcGetDeviceError(nullptr), "no device");

@@ -10,7 +10,8 @@ namespace trovik {
 
 namespace {
 
-/// A region is selected by one of these fields; "center" and "min" each require a second field.
+/// Returns the given fields that select an operation; "center" and "min" each require a second
+/// field.
 std::vector<std::string> FieldsGiven(const FreezeChoice& choice) {
     const std::pair<const char*, bool> fields[] = {{"all", choice.all.has_value()},
                                                    {"center", choice.center.has_value()},

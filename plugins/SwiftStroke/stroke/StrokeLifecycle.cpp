@@ -44,7 +44,7 @@ void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType t
     const float rate = buildUpRate.Value();
     buildUpRateCubed = rate * rate * rate;
 
-    // The tool must be replaced before anything that depends on it.
+    // This changes the tool, so it must precede everything that depends on the tool.
     if (modifier == ModifierSmooth && ActiveConfiguration()->ID() != smoothConfiguration->ID()) {
         inTemporarySmooth = true;
         const AtScopeEnd endSwap([this] { inTemporarySmooth = false; });

@@ -38,7 +38,7 @@ bool SwiftStroke::FindRingEnds(uint32_t patch, PatchCache::RingEnds& ends) const
         if (neighbour >= firstOpen) return false;
         const uint32_t* slice = PatchSlice(neighbour >> 2);
         const Walk walk = NeighbourWalk(neighbour & 3u, size);
-        // The two patches have opposite directions along their shared edge.
+        // The two patches traverse their shared edge in opposite directions.
         for (uint32_t k = 0; k < 4; ++k)
             ends[side * 4 + k] =
                 slice[vertexTable[Along(walk.start, size - RingEndAt(k, size), walk.step)]];

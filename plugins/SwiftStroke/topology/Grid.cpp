@@ -78,7 +78,7 @@ uint32_t GridFace::Corner(uint32_t k) const {
     return mesh->faceVertexIndices[4 * Face() + ((rotation + k) & 3u)];
 }
 
-// Adjacent patches have opposite directions along their common edge. The rotation compensates for
+// Adjacent patches traverse their common edge in opposite directions. The rotation compensates for
 // that, so the coordinate along the border never changes.
 bool GridFace::Cross(uint32_t k) {
     const uint32_t old = patch;

@@ -171,7 +171,7 @@ bool SwiftStroke::MayUsePatchCache() {
     if (!CurrentChange()->countsOutsideEdits) return false;
     // If the layer does not accept changes, kernels do not mark any records.
     if (meshHasLayer && layer != nullptr && !layer->Writable()) return false;
-    // Reading the stamp at mirror vertices creates records in between those of a patch.
+    // Reading the stamp at mirror vertices creates records between those of a patch.
     return !WantsMirroredStampRead();
 }
 

@@ -113,8 +113,8 @@ void SwiftStroke::ReadPatchLayerValues(const uint32_t* slice, uint32_t patch) {
     }
 }
 
-/// Reads the neighbour's vertices that are one step away from the shared edge. The two patches have
-/// opposite directions along the edge, so the vertices are stored in reverse order.
+/// Reads the neighbour's vertices that are one step away from the shared edge. The two patches
+/// traverse the edge in opposite directions, so the vertices are stored in reverse order.
 void SwiftStroke::ReadRingSide(const uint32_t* slice,
                                uint32_t side,
                                uint32_t neighbourSide,
