@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Measures a lower bound for the cost of a dab with loops that read and write the bytes that
-/// a pushing dab must access, in the same order and through the same tables, without computing
-/// anything.
+/// \file Measures a lower bound for the cost of a dab: the time of loops that read and write the
+/// bytes that a pushing dab must access, in the same order and through the same tables, without
+/// computing anything.
 #include "bench/stroke/DabScene.h"
 
 #include <cstring>

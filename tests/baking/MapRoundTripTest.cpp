@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file A baked map, applied to the smooth refinement of its base, reproduces the sculpted shape.
+/// \file Tests that a baked map reproduces the sculpted shape on the smooth refinement of its base.
 ///
 /// The error bound of the tests: a map is linear within each face, and a vertex reads the mean of
 /// texels that are at most one texel away in each direction, half a texel on average. The error is

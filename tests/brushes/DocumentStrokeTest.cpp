@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file A stroke drawn live from pen samples is bit-identical to a script with the same samples,
-/// for every tool of the plug-in and for the freeze brush.
+/// \file Tests that a stroke drawn live from pen samples has the same result, bit for bit, as a
+/// script with the same samples, for every tool of the plug-in and for the freeze brush.
 #include "framework/document/DocumentStroke.h"
 #include "framework/errors/HostError.h"
 #include "framework/freeze/FreezeBlend.h"

@@ -8,7 +8,7 @@
 
 namespace trovik::test {
 
-/// A grid of 16 x 16 units, seen from above. Paths place dabs on it that do not move vertices.
+/// A grid of 16 x 16 units, seen from above. Paths place dabs on it, which move no vertices.
 class PathFixture {
 public:
     PathFixture();

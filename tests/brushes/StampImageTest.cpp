@@ -184,7 +184,7 @@ TEST_F(StampImageTest, ChannelsBecomeOneValueOrThree) {
     EXPECT_EQ(TileOf(premultiplied, 3), Values({0.5f, 1.0f, 0.0f}));
     StampImage many = image(6, {3.0f, 6.0f, 9.0f, 50.0f, 50.0f, 50.0f}, true);
     EXPECT_EQ(TileOf(many, 1), Values({6.0f}));
-    // The mean of equal colours is exactly that value.
+    // The mean of equal channels is exactly their common value.
     for (const float v : {0.1f, 0.7f, 1.0f / 3.0f, -123.456f}) {
         StampImage even = image(3, {v, v, v}, true);
         EXPECT_EQ(TileOf(even, 1), Values({v}));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The man page lists every option and every field of the JSON output.
+/// \file Tests that the man page lists every option and every field of the JSON output.
 #include "tests/SourceFolder.h"
 #include "tests/cli/CommandRun.h"
 

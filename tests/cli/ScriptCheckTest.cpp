@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Errors in scripts: a run reports the first one, --check reports all of them.
+/// \file Tests that a run reports the first error in a script, and --check reports all errors.
 #include "tests/cli/CommandRun.h"
 
 #include <gmock/gmock.h>

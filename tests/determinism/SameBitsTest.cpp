@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The same script gives bit-identical results: when repeated in one process, in another
-/// process, in every build, and in locales with decimal commas.
+/// \file Tests that the same script gives bit-identical results when it is repeated in one process,
+/// in another process, in every build, and in locales with decimal commas.
 #include "framework/script/ScriptRunner.h"
 #include "tests/SourceFolder.h"
 #include "tests/brush/ToolNames.h"

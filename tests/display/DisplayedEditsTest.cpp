@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Keeps a copy of the surface in which only the changed patches are repacked after each
-/// edit. This copy must stay byte-identical to a copy that is repacked completely.
+/// \file Tests that a copy of the surface in which only the changed patches are repacked after each
+/// random edit stays byte-identical to a copy that is repacked completely.
 /// TROVIK_RANDOM_EDITS sets the number of edits.
 #include "framework/display/DirtyPatches.h"
 #include "tests/display/PackedLevel.h"
@@ -42,7 +42,7 @@ class Display {
 public:
     explicit Display(LevelGeometry& shown) : geometry(shown) { Reset(); }
 
-    /// Finds the changes, reports them by faces of `patchLevel`, and packs the dirty patches.
+    /// Finds the changes, reports them by faces of random levels, and packs the dirty patches.
     /// \return the number of patches packed.
     uint64_t Update(RandomNumbers& random) {
         LevelMesh& level = *geometry.Bound();
@@ -55,7 +55,7 @@ public:
             Reset();
             return 0;
         }
-        // One change of each kind, each with a different patch level.
+        // One change of each kind, each with a random patch level.
         const SeenState after(level);
         for (const uint8_t what : {SurfaceChange::Positions,
                                    SurfaceChange::Normals,

@@ -63,8 +63,8 @@ TEST(LodChoice, HasFullDetailWhileTheCameraIsStill) {
     ASSERT_GT(moving, 0u);
     EXPECT_EQ(choice.StrideLog2(0.149), moving);
     EXPECT_EQ(choice.StrideLog2(0.150), 0u);
-    // While the camera is stationary, a frame measures the cost of full detail and cannot reduce
-    // the stride for movement.
+    // While the camera is stationary, a frame measures the cost of full detail and does not change
+    // the stride for a moving camera.
     choice.FrameMeasured(0, 0.4);
     EXPECT_EQ(choice.StrideLog2(0.0), moving);
     choice.FrameMeasured(0, 0.001);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Documents that are used alternately in one process give results bit-identical to those of
-/// each document used alone.
+/// \file Tests that documents used alternately in one process give results bit-identical to those
+/// of each document used alone.
 #include "tests/document/SculptedDocument.h"
 #include "tests/files/TemporaryFolder.h"
 

@@ -42,7 +42,7 @@ TEST(ChangedPatches, AreThoseOfAllFacesAroundTheVertices) {
             for (uint32_t patchLevel = 0; patchLevel <= index; ++patchLevel) {
                 for (const uint32_t asked : {1u, 2u, 5u, 40u, count}) {
                     std::vector<uint32_t> vertices;
-                    // Mixes runs of consecutive vertices, as in strokes, with single ones.
+                    // Mixes runs of consecutive vertices, as in strokes, with individual vertices.
                     for (uint32_t i = 0; i < asked; ++i) {
                         const bool next = !vertices.empty() && random.Chance(0.7f);
                         vertices.push_back(next ? (vertices.back() + 1) % count

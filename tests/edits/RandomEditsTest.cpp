@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Makes random edits on random meshes: brush strokes, masks, hidden faces, layers, levels,
-/// transforms. Undoing to the start and redoing to the end must restore bit-identical states at
-/// both ends and at each step in between. The default run is short; TROVIK_RANDOM_EDITS sets the
-/// number of edits.
+/// \file Tests undo of random edits of random meshes: brush strokes, masks, hidden faces, layers,
+/// levels, transforms. Undoing to the start and redoing to the end must restore bit-identical
+/// states at both ends and at each step in between. The default run is short; TROVIK_RANDOM_EDITS
+/// sets the number of edits.
 #include "framework/layers/LayerStack.h"
 #include "tests/edits/RandomEdits.h"
 #include "tests/files/TemporaryFolder.h"

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Makes random edits of documents with each of the test meshes. An observer keeps a copy of
-/// the bound level and updates it from the reported patches alone. After every dab and every other
-/// edit, the copy equals the level byte for byte, and the document's pick tree gives the same hits
-/// as a tree that is built from scratch. The default run is short; TROVIK_RANDOM_EDITS sets the
-/// number of edits.
+/// \file Tests, with random edits of each test mesh, that all changes of the surface are reported.
+/// An observer keeps a copy of the bound level and updates it from the reported patches alone.
+/// After every dab and every other edit, the copy equals the level byte for byte, and the pick tree
+/// of the document gives the same hits as a tree that is built from scratch. The default run is
+/// short; TROVIK_RANDOM_EDITS sets the number of edits.
 #include "framework/document/Document.h"
 #include "framework/edits/LayerSteps.h"
 #include "framework/errors/HostError.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Export to every format rejects non-finite numbers, regardless of where they come from.
+/// \file Tests that export to every format rejects non-finite numbers, whatever their source.
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/layers/LayerStack.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file A failed write leaves the old files unchanged and leaves no new file.
+/// \file Tests that a failed write does not change the old files and leaves no new file.
 #include "framework/document/Document.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Mask weights are propagated between levels when another level is bound.
+/// \file Tests that mask weights are propagated between levels when another level is bound.
 #include "tests/freeze/FreezeGrid.h"
 #include "tests/levels/GeometryState.h"
 

@@ -68,8 +68,8 @@ inline void ExpectCancelChangesNothing(const std::function<std::unique_ptr<Docum
     const uint64_t firstReports = runWhole(*twin);
     EXPECT_GE(firstReports, leastReports);
     const std::string expected = BytesOf(*twin);
-    // A revert discards the vertices that were written without a change, so later runs compare
-    // fewer vertices.
+    // A revert discards the records of vertices that were written with their old values. Later runs
+    // therefore compare fewer vertices and can send fewer reports.
     uint64_t reports = 0;
     {
         const auto reverted = make();

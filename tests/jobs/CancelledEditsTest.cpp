@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Cancels edits at random progress reports: the document is unchanged, bit for bit, and the result
-/// of the next run is bit-identical to that of a run that was never cancelled.
+/// Tests edits that are cancelled at random progress reports: the document is unchanged, and the
+/// next run has the same result as a run that was never cancelled, both bit for bit.
 #include "framework/baking/MapDisplacement.h"
 #include "framework/images/ImageFile.h"
 #include "framework/mesh/MeshSource.h"

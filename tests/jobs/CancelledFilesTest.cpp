@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Cancels import, export, and operations on scenes and maps at random progress reports:
-/// files are complete or unchanged, no temporary file is left, and the result of the next run is
-/// bit-identical to that of a run that was never cancelled.
+/// \file Tests import, export, and operations on scenes and maps that are cancelled at random
+/// progress reports: files are complete or unchanged, no temporary file is left, and the result of
+/// the next run is bit-identical to that of a run that was never cancelled.
 #include "framework/baking/MapFile.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"

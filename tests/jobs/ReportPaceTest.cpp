@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Every phase of a long operation reads the clock after a bounded number of elements, so that
-/// cancellation is not delayed, however large the mesh. The test counts elements; bench/jobs
-/// measures the time.
+/// Tests that every phase of a long operation reads the clock after a bounded number of elements,
+/// so that cancellation is not delayed, however large the mesh is. The test counts elements;
+/// bench/jobs measures the time.
 #include "framework/baking/MapDisplacement.h"
 #include "framework/baking/MapFile.h"
 #include "framework/files/MeshFiles.h"

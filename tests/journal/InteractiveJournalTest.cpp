@@ -17,7 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 using nlohmann::json;
 
-/// A program that continues after saves and cancelled steps, as an application does.
+/// A program that keeps running after a save or a cancelled step, as an application does.
 class InteractiveJournal : public RecoveredJournal {
 protected:
     std::unique_ptr<ScriptRunner> OpenInteractive(ScriptProgress progress = {}) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Documents that are recovered from a journal are bit-identical to the originals.
+/// \file Tests that documents recovered from a journal are bit-identical to the originals.
 #include "framework/document/DocumentStroke.h"
 #include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"

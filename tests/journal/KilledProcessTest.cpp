@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Processes that are killed at random times lose none of their work.
+/// \file Tests that processes killed at random times lose none of their work.
 #include "framework/script/JournalRecovery.h"
 #include "tests/journal/JournalWork.h"
 #include "tests/random/RandomNumbers.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Cancels runs at arbitrary progress reports: files are complete or unchanged, and all
-/// completed steps can be recovered from the journal.
+/// \file Tests runs that are cancelled at arbitrary progress reports: files are complete or
+/// unchanged, and all completed steps can be recovered from the journal.
 #include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
 #include "framework/math/SameBits.h"

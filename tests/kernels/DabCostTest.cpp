@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file A dab allocates only its grids, and its work does not grow with the mesh.
+/// \file Tests that a dab allocates only its grids, and that its work does not grow with the mesh.
 #include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 

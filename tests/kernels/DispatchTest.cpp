@@ -92,7 +92,7 @@ TEST_F(Dispatch, PatchAndItsNeighboursAreReportedOncePerPatch) {
     RecordingRenderer& renderer = bench.AddRenderer(1.0f);
     bench.Stroke(bench.HitFace(4 * 16 + 2), 0.4f);
     ASSERT_FALSE(renderer.notices.empty());
-    // The patch at the hit comes first: its first face and that face's first vertex.
+    // The patch at the hit is reported first, by its first face and that face's first vertex.
     EXPECT_EQ(renderer.notices[0].face % 16 % 4, renderer.notices[0].face % 4);
     for (const RecordingRenderer::Notice& notice : renderer.notices)
         EXPECT_EQ(notice.vertex, bench.Mesh().faceVertexIndices[notice.face * 4]);

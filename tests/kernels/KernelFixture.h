@@ -47,7 +47,7 @@ public:
     Vector BoxMax() const { return static_cast<Vector>(brush.brushSpace->boundsMax); }
 
     /// Sets a stamp with the given pixels (one float each, or three for a vector stamp). Pixel
-    /// coordinates are `x` and `y` times `scale`; pixel centres are at integers.
+    /// coordinates are x and y times `scale`; pixel centres are at integers.
     void SetStamp(uint32_t width,
                   uint32_t height,
                   const std::vector<float>& pixels,

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Every vector width gives bit-identical results, even for NaN and for whole dabs.
+/// \file Tests that every vector width gives bit-identical results, even for NaN and whole dabs.
 #include "kernels/PatchNormals.h"
 #include "kernels/batch/VectorWidth.h"
 #include "kernels/batch/VertexBatch.h"

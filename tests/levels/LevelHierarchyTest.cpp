@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Deletes levels at either end, applies shapes to lower levels, and undoes all of these
-/// operations.
+/// \file Tests deleting levels at either end, applying shapes to lower levels, and undoing all of
+/// these operations.
 #include "framework/layers/SculptLayer.h"
 #include "tests/edits/EditStroke.h"
 #include "tests/levels/GeometryState.h"

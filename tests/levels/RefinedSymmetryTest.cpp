@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file A refinement does not depend on the order in which faces and corners are visited: an
-/// exactly mirror-symmetric mesh stays exactly symmetric, and renumbering a mesh does not change
-/// its surface.
+/// \file Tests that a refinement does not depend on the order in which faces and corners are
+/// visited: an exactly mirror-symmetric mesh stays exactly symmetric, and renumbering a mesh does
+/// not change its surface.
 #include "framework/math/ExactSum.h"
 #include "framework/math/SameBits.h"
 #include "framework/mesh/LocalRefiner.h"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Culling patches out of reach must have the same effects as visiting them. Two identical
-/// fixtures make the same random strokes, but one of them visits every patch in full. After each
-/// dab, all data that a dab may write is bit-identical in both.
+/// \file Tests that culling patches out of reach has the same effects as visiting them. Two
+/// identical fixtures make the same random strokes, but one of them visits every patch in full.
+/// After each dab, all data that a dab may write is bit-identical in both.
 #include "framework/multires/LevelChange.h"
 #include "tests/brush/ToolRows.h"
 #include "tests/brush/ToolStrength.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Makes strokes with a random mesh, level, transform, mask, layer, tool, settings, stamp,
+/// \file Tests strokes with a random mesh, level, transform, mask, layer, tool, settings, stamp,
 /// mirror and dabs. In every case, all numbers stay finite, and undo and redo restore bit-identical
 /// states. The default run is short; TROVIK_RANDOM_STROKES sets the number of strokes.
 #include "tests/random/RandomStroke.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Scenes preserve the complete state: the same steps give bit-identical results, whether or
-/// not the scene is saved and reopened between them.
+/// \file Tests that scenes preserve the complete state: the same steps give bit-identical results,
+/// whether or not the scene is saved and reopened between them.
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/images/ImageFile.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Truncated, damaged or malicious files: reading them results in a clear error or a valid
-/// scene, and needs no more memory than the file size justifies.
+/// \file Tests that reading a truncated, damaged or malicious file results in a clear error or a
+/// valid scene, and needs no more memory than the file size justifies.
 #include "framework/errors/HostError.h"
 #include "framework/nodes/HostKernel.h"
 #include "tests/scene/AllocationCount.h"

@@ -267,7 +267,7 @@ TEST_F(SceneRoundTrip, RestoresTheProjectionOfTheView) {
     EXPECT_TRUE(read->View().isOrthographic);
     EXPECT_EQ(read->View().eye, document->View().eye);
     EXPECT_EQ(read->View().verticalFieldOfView, 50.0f);
-    // The brushes of another document see its own projection.
+    // The brush of each document uses the projection of that document.
     read->View().isOrthographic = false;
     read->UpdateCamera();
     EXPECT_FALSE(HostKernel::Instance().Scene()->OwnCamera().IsOrthographic());

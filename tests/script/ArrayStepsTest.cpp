@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Steps with one value per vertex: "setPositions", and "mask" with "values".
+/// \file Tests steps with one value per vertex: "setPositions", and "mask" with "values".
 #include "framework/errors/HostError.h"
 #include "framework/io/Base64.h"
 #include "framework/mesh/LevelPositions.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The command table and the stroke script schema agree in both directions.
+/// \file Tests that the command table and the stroke script schema agree in both directions.
 #include "framework/brushes/Falloff.h"
 #include "framework/script/Command.h"
 #include "framework/script/ScriptDocument.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file With a topological mirror, the mirrored side reads the stamp at the position of the
-/// vertex's mirror image.
+/// \file Tests that, with a topological mirror, the mirrored side reads the stamp at the position
+/// of the vertex's mirror image.
 #include "tests/stamps/StampFixture.h"
 #include "tests/stroke/FakeMesh.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The crash-flag counter identifies the functions on the stack, and is zero after they
-/// return.
+/// \file Tests that the crash-flag counter identifies the functions on the stack, and is zero after
+/// they have returned.
 #include "tests/fixture/StrokeFixture.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/stroke/FakeMesh.h"

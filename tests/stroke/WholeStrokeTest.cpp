@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Makes whole strokes with each tool on each kind of mesh: vertices move, all values stay
+/// \file Tests whole strokes with each tool on each kind of mesh: vertices move, all values stay
 /// finite, and undo and redo restore bit-identical states.
 #include "tests/brush/ToolRows.h"
 #include "tests/brush/ToolStrength.h"

@@ -96,8 +96,8 @@ std::vector<Stone> Heap() {
     RandomSequence numbers(2718u);
     for (const Tier& tier : Tiers) {
         const std::size_t first = stones.size();
-        // If a random position is occupied, another one is drawn. A tier that does not fit has
-        // fewer stones.
+        // If a random position is occupied, another one is drawn. If not all stones of a tier fit,
+        // the tier has fewer stones.
         for (int thrown = 0; thrown < tier.count * 40; ++thrown) {
             if (stones.size() - first == static_cast<std::size_t>(tier.count)) break;
             const double size = numbers.Between(tier.smallest, tier.largest);

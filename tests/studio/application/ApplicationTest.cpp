@@ -69,7 +69,7 @@ TEST_F(Application, TheKeymapEditorBindsAKeyToEveryAction) {
     for (const ActionInfo& info : actions.Infos()) {
         editor.Capture(info.id);
         ASSERT_EQ(editor.Capturing(), info.id);
-        // The key belongs to the previous action; the second press takes it.
+        // The key belongs to the previous action; the second press rebinds it.
         QTest::keyClick(list, Qt::Key_F9, Qt::ControlModifier | Qt::AltModifier);
         if (!editor.Capturing().isEmpty())
             QTest::keyClick(list, Qt::Key_F9, Qt::ControlModifier | Qt::AltModifier);

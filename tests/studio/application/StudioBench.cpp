@@ -85,7 +85,7 @@ public:
         Print("processor time of this", startProcessor, "ms");
     }
 
-    /// Measures live dabs, each over 100 thousand vertices of a sphere of 1.6 million quads.
+    /// Measures live dabs that each cover 100 thousand vertices of a sphere of 1.6 million quads.
     void Stroke(const char* tool) {
         OpenSphere(4);
         engine().Run({{"tool", tool}, {"set", {{"radius", 0.505}, {"strength", 5}}}});
@@ -146,7 +146,7 @@ public:
     }
 
     /// Measures a pen that reports at 1000 Hz, along a path that is long enough for about three
-    /// dabs per frame at 60 Hz. Prints the actual number, which is smaller if samples arrive late.
+    /// dabs per frame at 60 Hz. Prints the actual number of dabs, smaller if samples arrive late.
     void Rate() {
         constexpr int samples = 2000;
         OpenSphere(4);
@@ -196,8 +196,8 @@ public:
         Print("1000 Hz: samples that are missing or doubled", samples - DistinctSamples(), "");
     }
 
-    /// Measures the undo of a stroke over 100 thousand vertices: the delay and the number of frames
-    /// until the viewport shows it.
+    /// Measures the undo of a stroke that covers 100 thousand vertices: the delay and the number of
+    /// frames until the viewport shows it.
     void Undo() {
         OpenSphere(4);
         engine().Run({{"tool", "Wax"}, {"set", {{"radius", 0.505}}}});

@@ -85,7 +85,7 @@ TEST_P(SavedOverItself, SavedActionsStartFromTheOriginalScene) {
     engine->Save(Path("head.trovik"));
     Draw({}, 0.5f);
     engine->EndStroke();
-    // Both undo steps can also be from before a save.
+    // Undo also reverts steps from before a save.
     engine->Save(Path("head.trovik"));
     engine->Run({{"undo", 2}});
     Draw({}, 0.45f);
@@ -99,7 +99,7 @@ TEST_P(SavedOverItself, SavedActionsStartFromTheOriginalScene) {
     EXPECT_EQ(start.toStdString(), Path("actions.start.trovik"));
     const ContentHash expected = HashFile(Path("result.trovik"));
     EXPECT_NE(expected, HashFile(Path("head.trovik")));
-    // The script and its start remain after the document was closed, and can be moved.
+    // The script and its start file remain after the document has been closed, and can be moved.
     engine.reset();
     std::filesystem::create_directory(Path("moved"));
     for (const char* name : {"actions.json", "actions.start.trovik"})

@@ -14,8 +14,8 @@ namespace trovik::studio::test {
 /// accepts them, even while dialogs and menus are open. The sequence depends on the seed; its
 /// effect also depends on the speed of the machine, because jobs run at the same time.
 ///
-/// It neither quits nor resets the document, never enters text into a file dialog, and stops adding
-/// levels at a size that keeps a test fast.
+/// It does not quit the program, reset the document or enter text into a file dialog, and it stops
+/// adding levels at a size that keeps a test fast.
 class Monkey : public QObject {
 public:
     Monkey(StudioApplication& studio, unsigned seed);

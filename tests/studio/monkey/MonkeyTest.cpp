@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Sends random input to the whole studio. TROVIK_MONKEY_EVENTS is the number of events, and
+/// Tests the whole studio with random input. TROVIK_MONKEY_EVENTS is the number of events, and
 /// TROVIK_MONKEY_SEED is the seed of the sequence.
 #include "commands/Primitives.h"
 #include "framework/io/ContentHash.h"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// The layout of the whole window with each panel, in both themes. ctest runs it at one and two
-/// device pixels per logical pixel.
+/// Tests the layout of the whole window with each panel, in both themes. ctest runs this program at
+/// one and two device pixels per logical pixel.
 #include "commands/StudioScene.h"
 #include "panels/ValueSlider.h"
 #include "tests/studio/panels/StudioWindow.h"
@@ -99,7 +99,7 @@ protected:
         EXPECT_GT(labels, 40);
     }
 
-    /// Checks that an image of the window is not empty: outside the viewport, no single color
+    /// Checks that an image of the window is not empty: outside the viewport, no single colour
     /// covers nearly all of it.
     void CheckPicture() {
         const QImage image = window->grab().toImage();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Scripts that run step by step and dab by dab, and images that are computed from the document.
+/// Tests scripts that run step by step and dab by dab, and images computed from the document.
 #include "commands/Primitives.h"
 #include "commands/ScriptPlayer.h"
 #include "engine/ImageWork.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Bookmarks and reference images of the scene.
+/// Tests bookmarks and reference images of the scene.
 #include "commands/FileActions.h"
 #include "commands/StudioActions.h"
 #include "commands/StudioScene.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// Panels in windows of their own.
+/// Tests panels in windows of their own.
 #include "tests/studio/panels/StudioWindow.h"
 #include "window/PanelStack.h"
 #include "window/PanelWindows.h"

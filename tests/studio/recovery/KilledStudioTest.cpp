@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file The program is killed with SIGKILL while it is working. When it is started again, it
+/// \file Tests that the program, when it is started again after SIGKILL has killed it during work,
 /// offers to recover the work, and restores the surface bit for bit as it was after the last
 /// finished dab.
 #include "StudioApplication.h"

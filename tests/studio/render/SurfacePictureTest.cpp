@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file A viewport that receives only the changed patches draws the same image, bit for bit, as a
-/// viewport that receives the whole surface. Their buffers are byte-identical, too.
+/// \file Tests that a viewport to which only changed patches are sent draws the same image, bit for
+/// bit, as a viewport that receives the whole surface, and that their buffers are byte-identical.
 #include "tests/display/PackedLevel.h"
 #include "tests/studio/WaitFor.h"
 #include "tests/studio/render/OffscreenViewport.h"
