@@ -8,7 +8,7 @@ namespace trovik::studio {
 
 /// The options of the trovik-studio command line.
 struct CommandLine {
-    /// Mesh or scene to open. If empty, unsaved work is offered for recovery; otherwise a new
+    /// Mesh or scene to open, unless the user recovers unsaved work at startup. If empty, a new
     /// sphere is opened.
     std::string file;
     /// Event file to play back.
@@ -26,9 +26,9 @@ struct CommandLine {
     /// Viewport size in logical pixels; if 0, the window determines it.
     int viewportWidth = 0;
     int viewportHeight = 0;
-    /// Whether to write no journal; nothing can then be recovered after a crash.
+    /// Whether to run without a journal; nothing can then be recovered after a crash.
     bool hasNoJournal = false;
-    /// Whether to neither read nor write preferences.
+    /// Whether to run without reading or writing preferences.
     bool hasNoPreferences = false;
 };
 

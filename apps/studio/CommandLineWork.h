@@ -22,7 +22,7 @@ public:
 
     bool IsNeeded() const;
     EventPlayer& Player() { return player; }
-    /// Reports an error, which ends the program with `--quit`. Has no effect if IsNeeded is false.
+    /// Reports an error; with `--quit`, it ends the program. Has no effect if IsNeeded is false.
     void Fail(const QString& error);
 
 private:

@@ -30,8 +30,9 @@ public:
     explicit StudioApplication(const CommandLine& commandLine);
     ~StudioApplication() override;
 
-    /// Shows the window and opens the file named on the command line. Without a file, it offers to
-    /// recover unsaved work, or opens a sphere if there is none. Errors are shown in the window.
+    /// Shows the window and offers to recover unsaved work. Unless the user recovers work, it then
+    /// opens the file named on the command line or, without a file, a sphere. Errors are shown in
+    /// the window.
     void Start();
 
     Engine& GetEngine() { return *engine; }
@@ -55,7 +56,7 @@ private:
     void PlayEvents();
     void ApplyPreferences();
     void ShowSymmetry();
-    /// Whether there is a user who can be asked at startup.
+    /// Whether the user may be asked questions at startup.
     bool MayAsk() const;
     void OpenFirst();
     void WhenOpened();

@@ -13,13 +13,13 @@ namespace trovik::studio {
 /// variable TROVIK_TRANSLATION_PATH, a list of folders separated by colons, replaces them.
 std::vector<std::string> TranslationFolders();
 
-/// The user interface in the user's language, as long as the object exists. Create it after the
-/// QApplication and before any text is shown.
+/// Shows the user interface in the user's language for as long as the object exists. Create it
+/// after the QApplication and before any text is shown.
 class Translations {
 public:
     /// Installs the translation for the first of the languages that has one, together with Qt's own
-    /// translation into that language. English needs none, so that the languages after it are not
-    /// used. If there is no translation, all texts are English.
+    /// translation into that language. English needs no translation, so languages listed after it
+    /// are not used. If there is no translation, all texts are English.
     /// \param languages  in order of preference, such as "de-AT"; see QLocale::uiLanguages.
     Translations(const QStringList& languages, const std::vector<std::string>& folders);
     Translations(const Translations&) = delete;

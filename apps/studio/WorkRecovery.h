@@ -28,8 +28,9 @@ public:
                  const ViewportInput& input,
                  QWidget& window);
 
-    /// Looks for unfinished work, removes the remaining files of finished work, and asks the user.
-    /// \param otherwise  called unless work is being recovered.
+    /// Looks for unfinished work, removes the remaining files of finished work, and asks the user
+    /// whether to recover the unfinished work. \param otherwise  called unless work is being
+    /// recovered.
     void Offer(std::function<void()> otherwise);
 
 private:

@@ -71,8 +71,8 @@ public:
     QString Owner(const QKeySequence& key) const;
     /// Restores the keys of the preset "default".
     void ResetKeys();
-    /// Suppresses KeysChanged while several keys are bound. Call it with true before calling
-    /// SetKeys repeatedly, and with false afterwards. The second call sends KeysChanged.
+    /// Suppresses KeysChanged while several keys are being bound. Call it with true before calling
+    /// SetKeys repeatedly, and with false afterwards. The call with false sends KeysChanged.
     void SetQuiet(bool isQuiet);
 
 Q_SIGNALS:

@@ -8,8 +8,8 @@
 
 namespace trovik::studio {
 
-/// Asks for the options of baking a map, and shows the map at low resolution, which a job bakes
-/// after each change.
+/// Asks for the options of baking a map, and shows a low-resolution preview of the map, which a job
+/// bakes again after each change.
 class BakeDialog : public FormDialog {
     Q_OBJECT
 public:

@@ -12,7 +12,7 @@ namespace trovik::studio {
 
 class ActionRegistry;
 
-/// A search field over all actions, with their keys and descriptions, near the top of a window.
+/// A search field for all actions, with their keys and descriptions, near the top of a window.
 /// Return runs the selected action; Escape closes the palette. Without a query, the most recently
 /// used actions come first. Held keys are listed only to show their keys; they cannot be run.
 class CommandPalette : public QFrame {

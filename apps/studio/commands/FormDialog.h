@@ -31,7 +31,7 @@ public:
     QComboBox* AddChoice(const QString& label, const QString& tip, const Choices& choices);
     QCheckBox* AddCheck(const QString& label, const QString& tip, bool isOn);
     QSpinBox* AddWhole(const QString& label, const QString& tip, int least, int most, int value);
-    /// How a number is shown and changed by one step of the wheel or of an arrow.
+    /// How a number is shown, and how much one step of the wheel or an arrow changes it.
     struct NumberFormat {
         int decimals = 4;
         double step = 1.0;
@@ -47,7 +47,7 @@ public:
     void AddRow(QWidget* widget);
     void ShowRow(QWidget* control, bool shown);
     QPushButton* GoButton() const { return go; }
-    /// The value of the chosen entry, which is a text.
+    /// The value of the chosen entry, which must be text.
     static std::string ChosenText(const QComboBox* box);
 
 private:

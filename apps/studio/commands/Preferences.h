@@ -14,8 +14,8 @@ struct StudioFolders {
     static QString Config();
     /// $XDG_STATE_HOME/trovik: journals.
     static QString Journals();
-    /// $XDG_DATA_HOME/trovik/primitives: meshes from which journals and action scripts start, so
-    /// they do not belong in the cache, which users clear.
+    /// $XDG_DATA_HOME/trovik/primitives: meshes from which journals and action scripts start. They
+    /// are not stored in the cache, because users clear it.
     static QString Primitives();
 };
 

@@ -17,8 +17,8 @@ enum class Primitive { Sphere, Cube, Plane, Cylinder };
 /// poles; the caps of the cylinder are square grids mapped to discs.
 ///
 /// Counts, with n segments: sphere and cube 6 n^2 faces and 6 n^2 + 2 vertices; plane n^2 faces and
-/// (n + 1)^2 vertices; cylinder, whose lateral surface has 4 n x n faces, 6 n^2 faces and 6 n^2 + 2
-/// vertices. \param segments  n, clamped to the range from 1 to 1024.
+/// (n + 1)^2 vertices; cylinder 6 n^2 faces, of which 4 n x n form the lateral surface, and
+/// 6 n^2 + 2 vertices. \param segments  n, clamped to the range from 1 to 1024.
 PolygonMesh MakePrimitive(Primitive primitive, std::uint32_t segments);
 
 /// The number of segments for approximately this many faces.

@@ -14,10 +14,10 @@ namespace trovik::studio {
 class Engine;
 
 /// Runs a stroke script on the open document, or on the mesh or scene that it names: at once, step
-/// by step, or as a time lapse that shows each dab. Files that the script reads are searched in its
-/// folder. All fields of the script's setup are applied, except that "memoryLimit" is refused, and
-/// without a mesh or scene all but "transform", "mirror" and "camera". It stops at the first error,
-/// which the engine reports.
+/// by step, or as a time lapse that shows each dab. Files that the script reads are searched for in
+/// its folder. All fields of the script's setup are applied, but a script with "memoryLimit" is
+/// refused. So is a script without a mesh or scene if its setup has fields other than "transform",
+/// "mirror" and "camera". The player stops at the first error, which the engine reports.
 ///
 /// Call on the UI thread only.
 class ScriptPlayer : public QObject {
@@ -67,7 +67,7 @@ public:
 Q_SIGNALS:
     /// A script cannot be read or applied. \param error  names the file.
     void Refused(const QString& error);
-    /// State, Done or StepText returns something new.
+    /// State, Done or StepText returns a new value.
     void Changed();
     /// A dab or step of the time lapse is complete; the next one follows later.
     void Shown();
@@ -89,7 +89,7 @@ private:
     void Finish(const QString& error);
 
     Engine& engine;
-    /// The steps that have begun are moved to the engine.
+    /// Once a step has begun, its JSON has been moved to the engine.
     std::vector<ScriptFile::Step> steps;
     std::size_t next = 0;
     State state = State::Idle;

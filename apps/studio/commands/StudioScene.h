@@ -32,8 +32,9 @@ struct FaceGroup {
 /// The data that the studio stores in a scene along with the sculpture: camera bookmarks and
 /// reference images. Each change runs the step "applicationData", which is not an undo step, so
 /// that the journal, scripts and event files contain it. A scene stores image paths relative to its
-/// own folder. It also stores that folder, to which the paths refer in a copy of the scene and in
-/// recovered work. This class also lists the face groups and stores which of them is selected.
+/// own folder. It also stores the path of that folder, so that the images are found from a copy of
+/// the scene and from recovered work. This class also lists the face groups and stores which of
+/// them is selected.
 ///
 /// Call on the UI thread only.
 class StudioScene : public QObject {

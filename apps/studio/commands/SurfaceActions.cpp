@@ -21,7 +21,7 @@ struct Text {
 
 /// An action that opens a dialog for the parameters of one filter.
 struct FilterAction {
-    /// Of the step "filter"; also the end of the names of the action and its icon.
+    /// The kind in the step "filter". The names of the action and of its icon end with it.
     const char* kind;
     QString text, description;
     int iterations;
@@ -29,8 +29,8 @@ struct FilterAction {
 
 FormDialog::NumberFormat Percent() { return {1, 5.0, QStringLiteral(" %")}; }
 
-/// A hundredth of the size of the surface, as a decimal power: a length with a visible but small
-/// effect.
+/// A hundredth of the size of the surface, rounded down to a power of ten: a length with a visible
+/// but small effect.
 double SmallLength(const ActionContext& context) {
     const AxisAlignedBoundingBox box =
         context.engine.HasDocument() ? context.engine.Document().bounds : AxisAlignedBoundingBox();

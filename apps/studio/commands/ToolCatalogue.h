@@ -19,7 +19,7 @@ struct ToolAppearance {
     QString description;
 };
 
-/// The tools that the host describes (HostTools), in that order.
+/// The tools that the host describes, in the order of HostTools.
 const std::vector<ToolAppearance>& KnownTools();
 /// The presentation of any tool.
 ToolAppearance AppearanceOf(const QString& toolName);

@@ -17,8 +17,8 @@ bool OnlyWritesFiles(const nlohmann::json& step);
 /// The file that such a step writes; empty for other steps.
 std::string FileWrittenBy(const nlohmann::json& step);
 
-/// The samples of a stroke, in 20 bytes each, or 28 if the pen was tilted at any time. Values are
-/// stored unchanged.
+/// The samples of a stroke. Each takes 20 bytes, or 28 if the pen was tilted at any time. Values
+/// are stored unchanged.
 class PackedSamples {
 public:
     PackedSamples() = default;
@@ -68,8 +68,9 @@ private:
     std::vector<std::variant<nlohmann::json, Stroke>> entries;
 };
 
-/// The script step that changes the document's camera from one view to another. The projection is
-/// given only if one of them is orthographic, because earlier versions do not know the field.
+/// The script step that changes the document's camera from one view to another. It specifies the
+/// projection only if one of the views is orthographic, because earlier versions do not support
+/// that field.
 nlohmann::json CameraStep(const StrokeView& from, const StrokeView& to);
 
 }  // namespace trovik::studio

@@ -62,8 +62,8 @@ std::string ActionStart::FileFor(const std::string& scriptPath) const {
                         "but it was replaced, and no copy could be kept: " +
                         problem);
     std::string original = kept.empty() ? source : kept;
-    // Removed as soon as it has been linked or copied to its final name. In the folder of the
-    // script, because references to other files are relative to that folder.
+    // Removed as soon as it has been linked or copied to its final name. It is in the folder of
+    // the script, because references to other files are relative to that folder.
     QTemporaryFile standalone(QString::fromStdString(scriptPath) + QStringLiteral(".XXXXXX"));
     if (LowerExtension(original) != ".trovik") {
         if (!standalone.open())

@@ -15,8 +15,8 @@ namespace trovik::studio {
 class ActionStart {
 public:
     /// \param source  the file, absolute path. \param journal  path of the journal next to which
-    /// the content is kept; empty: a temporary folder. \param isTemporary  whether the file is
-    /// removed when the document is closed.
+    /// the content is kept; if empty, it is kept in a temporary folder. \param isTemporary  whether
+    /// the file is removed when the document is closed.
     ActionStart(std::string source, std::string journal, bool isTemporary);
 
     /// Call before a file is written. If it is the source, keeps the content: as a hard link, or as

@@ -76,14 +76,15 @@ public:
     // --- Changes ---
 
     /// Runs a step. Errors are also reported by Failed. Steps that read the view (mask and
-    /// visibility by box or lasso, renders) use the view of SetView at the time of this call.
+    /// visibility by box or lasso, renders) use the view that was last passed to SetView before
+    /// this call.
     /// \param label  shown with the progress of a long step; empty: the name of the step.
     void Run(const nlohmann::json& step, const QString& label = {}, Done done = {});
     /// Whether a step runs at once, or waits after each dab of a stroke: then DabShown is sent, and
     /// ContinueDab or ReleaseDabs has to follow.
     enum class Pace { AtOnce, DabByDab };
-    /// Runs a step of a script as Run does, but with the view of the script instead of SetView.
-    /// Only one step with Pace::DabByDab may be waiting or running.
+    /// Runs a step of a script as Run does, but with the view of the script instead of that of
+    /// SetView. Only one step with Pace::DabByDab may be waiting or running.
     void RunOfScript(nlohmann::json step, const QString& label, Pace pace, Done done);
     /// Applies the next dab.
     void ContinueDab();
@@ -124,7 +125,8 @@ public:
     /// meanwhile, the call has no effect on the requests after it. Cancelling the rest of a
     /// released stroke abandons the stroke.
     void CancelJob();
-    /// Whether a new stroke begins soon: the engine is not busy, or only with earlier strokes.
+    /// Whether a new stroke would begin soon: the engine is not busy, or is busy only with earlier
+    /// strokes.
     bool AcceptsStrokes() const;
     /// Whether all requests so far, including picks, have been carried out and their results have
     /// arrived. Surface updates may still wait for TakeUpdates.
@@ -169,10 +171,10 @@ Q_SIGNALS:
     void SettingsChanged();
     void HoverPicked(const trovik::studio::HoverHit& hit);
     void StrokeAdvanced(const trovik::studio::StrokeFigures& figures);
-    /// JournalFailure returns something new.
+    /// JournalFailure returns a new value.
     void JournalFailureChanged(const QString& failure);
-    /// A dab of a step with Pace::DabByDab was applied, and TakeUpdates returns the surface with
-    /// it.
+    /// A dab of a step with Pace::DabByDab was applied, and TakeUpdates returns the resulting
+    /// surface.
     void DabShown();
     /// A job has been running for longer than 200 ms. \param total  0 if unknown.
     void JobProgressed(const QString& label, const QString& phase, quint64 done, quint64 total);

@@ -13,8 +13,9 @@ namespace trovik::studio {
 /// that the step "render" with these options writes.
 ImageWork RenderWork(const RenderOptions& options);
 
-/// Bakes a map as the step "bake" does, without writing it. Of several tiles, the first is shown.
-/// Displacements are mapped to grey or colours so that the largest one is black or white.
+/// Bakes a map as the step "bake" does, without writing it. If there are several tiles, only the
+/// first is shown. Displacements are mapped to grey or colours so that the largest one is black or
+/// white.
 ImageWork BakeWork(const BakeOptions& options);
 
 /// Converts a render; the image does not share its memory.

@@ -19,7 +19,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// About as much as a scene takes without layers.
+/// Approximate size of a scene without layers.
 constexpr uint64_t sceneBytesPerVertex = 16;
 
 bool IsSameView(const StrokeView& a, const StrokeView& b) {
@@ -149,7 +149,7 @@ void LiveSession::Run(const nlohmann::json& given, const std::optional<StrokeVie
     actionStart->KeepBeforeWriting(FileWrittenBy(step));
     Do(step);
     if (isMoved) feed->SendTransform();
-    // The user's file now has the recovered work.
+    // The user's file now contains the recovered work.
     if (step.contains("save") && !recoveredJournal.empty()) RemoveRecovered(recoveredJournal);
 }
 

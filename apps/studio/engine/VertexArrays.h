@@ -18,7 +18,7 @@ class VertexArrays {
 public:
     /// Returns an array of this size with unspecified contents.
     std::vector<DisplayVertex> Take(std::size_t size);
-    /// Frees the array instead of keeping it if many bytes are kept already.
+    /// Keeps the array for reuse, or frees it if many bytes are kept already.
     void Return(std::vector<DisplayVertex> array);
 
 private:

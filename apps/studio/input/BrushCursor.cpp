@@ -71,7 +71,7 @@ void BrushCursor::SetPreviewRadius(double pixels) {
 
 double BrushCursor::RadiusInPixels() const {
     if (!hit.isHit) return 0.0;
-    // Perpendicular to the view direction, a length has the same number of pixels in every
+    // A length perpendicular to the view direction covers the same number of pixels in every
     // direction.
     const Camera& camera = viewport.View();
     const Vector side = ((camera.Target() - camera.Eye()) & camera.Up()).Normalized() * hit.radius;

@@ -49,8 +49,8 @@ public:
     /// Ends the active gesture; a stroke is released.
     void FinishGesture();
     bool HasGesture() const { return gesture != nullptr; }
-    /// Marks all keys as released. For changes after which the release of a held key may not
-    /// arrive, such as the start of a playback that blocks the user's keys.
+    /// Marks all keys as released. Call it when the release of a held key may not arrive, for
+    /// example at the start of a playback, which blocks the user's keys.
     void ReleaseKeys() { keys.Clear(); }
     const KeyTracker& Keys() const { return keys; }
 

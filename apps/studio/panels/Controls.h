@@ -16,8 +16,8 @@ class ActionRegistry;
 class Section;
 
 /// \file
-/// Panel controls. They never take the keyboard focus, so that letter keys always trigger the
-/// window's actions. Only line edits take the focus, and they return it with ReturnFocus.
+/// Panel controls. Apart from line edits, they never take the keyboard focus, so that letter keys
+/// always trigger the window's actions. Line edits return the focus with ReturnFocus.
 
 /// Gives the keyboard focus to the central widget of the main window that contains a widget.
 void ReturnFocus(QWidget* from);

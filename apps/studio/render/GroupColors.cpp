@@ -10,7 +10,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// Factor that gives the white tint about the brightness of clay in the viewport.
+/// With this factor, the white tint is about as bright as clay in the viewport.
 constexpr float swatchLight = 0.75f;
 
 }  // namespace

@@ -53,7 +53,7 @@ public:
     Drawn DrawEdges(const FrustumCuller& culler, bool waits);
     /// Whether the last frame left out edges that are being computed. Needs no context.
     bool ArePendingEdges() const { return isWaitingForEdges; }
-    /// The stride that Draw uses for a requested one.
+    /// The stride that Draw uses if `wanted` is requested.
     uint32_t UsedStrideLog2(uint32_t wanted) const;
 
     /// Bytes of all buffers. Needs no context.
@@ -87,7 +87,7 @@ private:
                      const std::function<void(uint64_t firstVertex)>& beforePage);
 
     Gl& gl;
-    /// Indices after which a frame waits until what it has issued so far is drawn.
+    /// Number of indices after which a frame waits until everything issued so far has been drawn.
     const uint64_t indicesPerWait;
     std::shared_ptr<const PatchLayout> layout;
     std::vector<Page> pages;

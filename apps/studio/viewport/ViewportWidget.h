@@ -62,8 +62,9 @@ public:
     QImage ShownFrame();
     /// Whether all updates that have arrived are drawn, at full detail.
     bool IsComplete() const;
-    /// Takes all updates that have arrived without drawing; the next frame uploads them. The engine
-    /// is not idle while updates wait that it cannot send, so call this if no frames are drawn.
+    /// Takes all updates that have arrived, without drawing; the next frame uploads them. The
+    /// engine is not idle while it has updates that it cannot send, so call this if no frames are
+    /// drawn.
     void AcceptUpdates();
     /// Requests every patch from the engine again and uploads it, which must not change the image.
     /// For tests and for use after the context was lost.
@@ -88,8 +89,8 @@ private:
     void FollowSize();
     /// Applies a change of the size or the device pixel ratio to the camera.
     void ChangeSize();
-    /// Passes engine updates on to the renderer. Unless `all` is set, it limits the size of the
-    /// waiting copies.
+    /// Passes engine updates on to the renderer. Unless `all` is set, it does nothing while many
+    /// bytes are waiting for upload.
     void TakeUpdates(bool all);
     std::vector<ReferenceQuad> ReferenceQuads(const RenderView& view) const;
 

@@ -13,8 +13,8 @@ class QHBoxLayout;
 
 namespace trovik::studio {
 
-/// Panels that are selected by a row of icons; one panel is visible. A panel scrolls if it is too
-/// tall. Panels can be taken out, to be shown elsewhere, and restored.
+/// Panels that are selected with a row of icons; only one is visible at a time. A panel scrolls if
+/// it is too tall. Panels can be taken out, to be shown elsewhere, and restored.
 class PanelStack : public QWidget {
     Q_OBJECT
 public:

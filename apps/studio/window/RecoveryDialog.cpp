@@ -17,7 +17,7 @@ namespace trovik::studio {
 
 namespace {
 
-/// A line of the list of steps: the label of the step's undo step, or the names of its fields.
+/// The text of a step in the list: the label of its undo step, or the names of its fields.
 QString StepText(const JournalStep& step) {
     QString text = QString::fromStdString(step.label);
     if (text.isEmpty() && step.step.is_object()) {

@@ -12,7 +12,7 @@ namespace trovik::studio {
 /// An event of the UI thread. Times are in milliseconds.
 struct UiEvent {
     /// Type of the event, and class and name of the receiver. If most of the time was spent on an
-    /// event that was sent within this one, " > " and the same data of that event follow.
+    /// event that was sent within this one, " > " follows, and then the same data of that event.
     QString text;
     /// Processor time of the thread.
     double processor = 0.0;
