@@ -27,7 +27,7 @@ using testing::Not;
 using Indices = std::vector<std::uint32_t>;
 using Names = std::vector<std::string>;
 
-/// Returns a strip of `count` triangles whose groups and materials repeat the lists.
+/// Returns a strip of `count` triangles whose groups and materials cycle through the lists.
 PolygonMesh Strip(std::uint32_t count, const Indices& groups, const Indices& materials) {
     PolygonMesh mesh;
     mesh.name = "strip";

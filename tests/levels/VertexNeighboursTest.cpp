@@ -13,8 +13,8 @@
 namespace trovik::test {
 namespace {
 
-/// Random vertices of a level: isolated ones, a run of consecutive numbers, and all corners of a
-/// few faces.
+/// Random vertices of a level: individual vertices, a run of consecutive numbers, and all corners
+/// of a few faces.
 std::vector<uint32_t> SomeVertices(RandomNumbers& random, const LevelMesh& mesh) {
     std::vector<uint32_t> vertices;
     const uint32_t lone = random.Below(4);

@@ -67,7 +67,7 @@ inline void ExpectConsistent(const LevelGeometry& geometry) {
     }
 }
 
-/// A random selection of about this fraction of the faces: some patches and some single faces.
+/// A random selection of about this fraction of the faces: some patches and some individual faces.
 template <typename Random>
 FaceChoice RandomChoice(const LevelMesh& level, Random& random, unsigned percent) {
     FaceChoice chosen(level.faceCount);

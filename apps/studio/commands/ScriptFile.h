@@ -22,8 +22,8 @@ struct ScriptFile {
     /// Whether it opens a document, with `request`. Otherwise it runs on the open document.
     bool opens = false;
     OpenRequest request;
-    /// Omits steps that contain only a comment. If no document is opened, the setup of the script
-    /// comes first. File names are absolute if the script's folder contains the file.
+    /// Omits steps that contain only a comment. If the script opens no document, its setup comes
+    /// first, as steps. File names are absolute if the script's folder contains the file.
     std::vector<Step> steps;
 };
 

@@ -41,7 +41,7 @@ double SmallLength(const ActionContext& context) {
     return size > 0.0 ? std::pow(10.0, std::floor(std::log10(size * 0.0101))) : 0.1;
 }
 
-/// The format of lengths of about this size.
+/// The number format for lengths of about this size.
 FormDialog::NumberFormat LengthFormat(double length) {
     const int decimals = static_cast<int>(std::ceil(-std::log10(length))) + 2;
     return {std::clamp(decimals, 2, 9), length};
