@@ -10,8 +10,8 @@
 /// LEVELS is the number of subdivisions of a plane of 16 x 16 quads, 6 by default. With FILTER,
 /// only the operations whose names contain it are measured. Each operation runs three times. The
 /// output is from the run with the smallest maximum gap, because other processes can only lengthen
-/// gaps. `cpu ms` is the longest gap in CPU time of the calling thread, which other processes
-/// affect less than wall-clock time.
+/// gaps. `cpu ms` is the longest gap in CPU time of the calling thread, on which other processes
+/// have less effect than on wall-clock time.
 #include "framework/baking/MapDisplacement.h"
 #include "framework/baking/MapFile.h"
 #include "framework/document/Document.h"

@@ -283,7 +283,7 @@ private:
     /// Builds the geometry from the imported mesh, with `levels` levels above it, and installs it
     /// in the document. If this throws, nothing has changed.
     void BuildGeometry(uint32_t levels, uint64_t byteBudget, JobControl* job);
-    /// Selects the tree and the loops of the current level.
+    /// Selects the pick tree and creates the stroke loops of the current level.
     void FollowLevel(JobControl* job = nullptr);
     void ApplyMirrors();
     void PushLevels(std::unique_ptr<UndoStep> step);

@@ -105,8 +105,7 @@ void FinishImport(PolygonMesh& mesh,
     }
     if (dropped.count > 0) {
         if (mesh.faceSizes.empty()) {
-            throw HostError(path +
-                            ": the mesh has only faces with two corners at the same vertex (" +
+            throw HostError(path + ": every face of the mesh has two corners at the same vertex (" +
                             std::to_string(dropped.count) + ")");
         }
         mesh.notes.push_back(NoteOf(dropped));

@@ -188,7 +188,7 @@ void UnpackArrays(const std::vector<uint8_t>& packed,
             const std::size_t size = array.ElementBytes();
             if (reader.Take<uint32_t>() != size) Refuse();
             const auto count = reader.Take<uint64_t>();
-            // A packed piece of 256 KiB has at least one byte, even if it is all zero. This limits
+            // Packing a piece of 256 KiB gives at least one byte, even if all are zero. This limits
             // the allocation that a corrupt count can cause.
             if (count / PieceElements(size) > packed.size()) Refuse();
             array.Resize(static_cast<std::size_t>(count));

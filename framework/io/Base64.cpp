@@ -30,7 +30,7 @@ constexpr std::array<std::uint8_t, 256> MakeDigits() {
 
 std::vector<std::uint8_t> DecodeBase64(std::string_view text) {
     static constexpr std::array<std::uint8_t, 256> digits = MakeDigits();
-    if (text.size() % 4 != 0) throw HostError("the length of base64 text is a multiple of 4");
+    if (text.size() % 4 != 0) throw HostError("the length of base64 text must be a multiple of 4");
     std::size_t padding = 0;
     while (padding < 2 && padding < text.size() && text[text.size() - 1 - padding] == '=')
         ++padding;

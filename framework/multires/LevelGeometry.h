@@ -25,7 +25,7 @@ public:
     /// Level 0 is the imported mesh if it has only quads or only triangles, and otherwise the
     /// result of one Catmull-Clark step. The faces must form oriented manifolds, possibly with
     /// borders (MakeOrientedManifold).
-    /// \throw HostError that describes the fault; Cancelled.
+    /// \throw HostError that describes what is wrong with the mesh; Cancelled.
     explicit LevelGeometry(const PolygonMesh& polygons, JobControl* job = nullptr);
     ~LevelGeometry() override;
 

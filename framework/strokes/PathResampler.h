@@ -43,8 +43,8 @@ private:
     double most;
     std::size_t corner = 0;
     std::size_t rest = 0;
-    /// The next knot of the pause that is being resampled (0 if there is none), and the position of
-    /// the pause.
+    /// While a pause is being resampled: the index of its next knot, and the position at which the
+    /// pen rests. Otherwise, the index is 0.
     std::size_t knot = 0;
     Vector there;
     bool isDone = false;

@@ -40,9 +40,9 @@ struct TROVIK_API StrokeView {
     float PixelSizeAt(const Vector& position) const;
     /// Camera-to-world transform: the camera looks along its local -z axis, with +y up.
     Matrix ToWorld() const;
-    /// Like ToWorld, for brushes, which compute the direction to the viewer from the position of
-    /// the camera. In orthographic projection, that position is so far away that the directions
-    /// from all points of a mesh are equal to single precision.
+    /// Like ToWorld, but meant for brushes, which compute the direction to the viewer from the
+    /// position of the camera. In orthographic projection, that position is so far away that the
+    /// directions from all points of a mesh are equal to single precision.
     Matrix BrushCameraToWorld() const;
 };
 

@@ -103,7 +103,7 @@ TEST(MeshImport, DroppedFacesAreCountedAndAMeshWithoutOthersIsRefused) {
                             "first is face 1 (counted from 0)"));
     const std::string bad = folder.Fill("bad.obj", vertices + "f 1 2 2\n");
     EXPECT_EQ(MessageOf<HostError>([&] { ReadMeshFile(bad); }),
-              bad + ": the mesh has only faces with two corners at the same vertex (1)");
+              bad + ": every face of the mesh has two corners at the same vertex (1)");
     EXPECT_TRUE(ReadMeshFile(folder.Fill("good.obj", vertices + "f 1 2 3\n")).notes.empty());
 }
 

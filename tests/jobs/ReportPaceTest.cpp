@@ -43,7 +43,7 @@ public:
     }
 
     /// Expects that each phase has reported often enough, and that these phases occurred.
-    /// \param phases  phases that the operation must have, possibly among others.
+    /// \param phases  phases that the operation must report; it may report others.
     void Expect(const std::set<std::string>& phases) const {
         // The largest batch of elements that is processed without a clock check, plus the interval
         // between checks.

@@ -18,7 +18,7 @@ Vector Folded(const Vector& p) {
     return {crease - p.z, p.y, p.x - crease};
 }
 
-/// The unit normals of the highest level, refined without its own detail.
+/// The unit vertex normals of a level whose vertices are at `positions`.
 std::vector<Vector> NormalsOf(const LevelMesh& level, const std::vector<Vector>& positions) {
     std::vector<Vector> normals(level.VertexCount());
     for (uint32_t face = 0; face < level.faceCount; ++face) {

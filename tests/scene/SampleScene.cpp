@@ -117,7 +117,7 @@ std::vector<uint32_t> PatchTable(LevelMesh& level) {
     if (map == nullptr) return {};
     SceneStream written;
     map->Serialize(written);
-    // The data of the map itself is the table, stored after the data that every tree node has.
+    // A map stores the data that every tree node has, and then its table.
     SceneStream ofNode;
     map->TreeNode::Serialize(ofNode);
     SceneStream read = written.Section(written.Data().data() + ofNode.Data().size(),

@@ -109,8 +109,9 @@ TEST_F(ArraySteps, WrongValuesAreRefused) {
                 HasSubstr("steps: /setPositions/values: expected one position for each of the "));
     EXPECT_THAT(Refusal({{"setPositions", {{"values", "AAAA"}}}}),
                 HasSubstr("/setPositions/values: expected three 32-bit floats per vertex"));
-    EXPECT_THAT(Refusal({{"setPositions", {{"values", "A"}}}}),
-                HasSubstr("/setPositions/values: the length of base64 text is a multiple of 4"));
+    EXPECT_THAT(
+        Refusal({{"setPositions", {{"values", "A"}}}}),
+        HasSubstr("/setPositions/values: the length of base64 text must be a multiple of 4"));
     EXPECT_THAT(Refusal({{"setPositions", json::object()}}), HasSubstr("values"));
     EXPECT_THAT(Refusal({{"mask", {{"values", {1, 2}}}}}),
                 HasSubstr("/mask/values: expected one amount for each of the "));

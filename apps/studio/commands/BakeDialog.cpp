@@ -92,7 +92,8 @@ void BakeDialog::ShowOptions() {
 
 void BakeDialog::SetProblem(const QString& problem) {
     GoButton()->setEnabled(problem.isEmpty());
-    GoButton()->setToolTip(problem.isEmpty() ? tr("Asks for the file, then bakes") : problem);
+    GoButton()->setToolTip(problem.isEmpty() ? tr("Asks where to save the map, then bakes it")
+                                             : problem);
     if (!problem.isEmpty()) picture->setText(problem.left(1).toUpper() + problem.mid(1));
 }
 

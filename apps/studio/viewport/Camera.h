@@ -18,8 +18,8 @@ struct CameraPose {
 /// The viewport's camera: an eye that looks at a target, with an up direction, in perspective or
 /// orthographic projection. World space, right-handed. Motions are given in device pixels.
 ///
-/// In orthographic projection, the viewport shows the part of the plane through the target that it
-/// would show in perspective, and everything in front of or behind that plane. Switching the
+/// In orthographic projection, the viewport shows an area of the same size as in perspective at the
+/// distance of the target, and everything in front of or behind it. Switching the
 /// projection therefore keeps the screen size of objects at the target.
 class Camera {
 public:

@@ -32,7 +32,7 @@ long WaitCount() {
     return usage.ru_nvcsw;
 }
 
-/// Measures for how long the thread is busy. A thread that has not waited was either computing or
+/// Measures how long the thread is busy. A thread that has not waited was either computing or
 /// preempted.
 class BusyTimer {
 public:

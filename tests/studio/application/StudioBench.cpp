@@ -146,7 +146,8 @@ public:
     }
 
     /// Measures a pen that reports at 1000 Hz, along a path that is long enough for about three
-    /// dabs per frame at 60 Hz. Prints the actual number of dabs, smaller if samples arrive late.
+    /// dabs per frame at 60 Hz. Prints the actual number of dabs, which is smaller if samples
+    /// arrive late.
     void Rate() {
         constexpr int samples = 2000;
         OpenSphere(4);

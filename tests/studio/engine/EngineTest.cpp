@@ -109,7 +109,7 @@ TEST_F(StudioEngine, BecomesIdleWhileNobodyTakesTheSurface) {
     OpenBust();
     engine->Run({{"subdivide", 2}});
     ASSERT_TRUE(WaitFor([this] { return engine->IsIdle(); }));
-    // Each level change sends 28 MB, more than may wait for the UI thread.
+    // Together, the two level changes send more than may wait for the UI thread.
     engine->Run({{"level", 2}});
     engine->Run({{"level", 4}});
     EXPECT_TRUE(WaitFor([this] { return engine->IsIdle(); }));

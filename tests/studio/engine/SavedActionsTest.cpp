@@ -202,7 +202,7 @@ TEST(ActionStart, FindsMaterialFilesWithAllKindsOfLineEnds) {
     std::filesystem::create_directories(path("elsewhere"));
     folder.Fill("model/a.mtl", "newmtl skin\n");
     folder.Fill("model/b.mtl", "newmtl eyes\n");
-    // Line ends of older systems, and a statement that continues on the next line.
+    // Line endings of older systems, and a statement that continues on the next line.
     const std::string faces = "v 0 0 0\rv 1 0 0\rv 0 1 \\\r0\rf 1 2 3";
     folder.Fill("model/head.obj", "mtllib a.mtl \\\r\n  b.mtl\r" + faces);
     std::filesystem::permissions(path("model/head.obj"), std::filesystem::perms(0644));

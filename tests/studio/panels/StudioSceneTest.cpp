@@ -27,7 +27,7 @@ namespace {
 const CameraPose front{{0, 0, 5}, {0, 0, 0}, {0, 1, 0}, 35.0f, false};
 const CameraPose side{{5, 0.1f, 0}, {0, 0.25f, 0}, {0, 0.6f, 0.8f}, 50.0f, true};
 
-/// A window whose camera is a variable of the test.
+/// A window whose camera pose is the variable `camera` of the test.
 class StudioSceneTest : public StudioWindow {
 protected:
     StudioSceneTest() {
