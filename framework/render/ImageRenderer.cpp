@@ -207,6 +207,8 @@ Vector ImageRenderer::PlainColor(const SurfaceSample& sample, const Vector& toEy
             return (hasUv ? CheckerColor(u, v) : Vector(0.2f, 0.2f, 0.2f)) *
                    Shading::Headlight(sample, toEye);
         }
+        case ShadingMode::VertexColors:
+            return VertexColorAt(mesh, sample) * Shading::Headlight(sample, toEye);
         case ShadingMode::Clay:
         case ShadingMode::Flat:
             break;
@@ -223,7 +225,8 @@ void ImageRenderer::Store(int x,
     if (IsLit())
         color = Shading::Combine(
             pixel.albedo, pixel.ambient, pixel.key, visibility.openness, visibility.key);
-    const bool isCoded = options.shading == ShadingMode::Normals;
+    const bool isCoded =
+        options.shading == ShadingMode::Normals || options.shading == ShadingMode::VertexColors;
     if (!options.transparent) {
         const float fromTop = (static_cast<float>(y) + 0.5f) / static_cast<float>(options.height);
         Vector behind = Shading::Backdrop(1.0f - fromTop);

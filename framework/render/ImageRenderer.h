@@ -27,7 +27,8 @@ public:
 private:
     /// Means over a pixel's hits. Visibility is stored separately until it is filtered.
     struct Pixel {
-        /// Unlit colour: linear, or byte values divided by 255 for ShadingMode::Normals.
+        /// Unlit colour: linear, or byte values divided by 255 for ShadingMode::Normals and
+        /// VertexColors.
         Vector plain;
         Vector albedo;
         Vector ambient;

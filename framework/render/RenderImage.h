@@ -58,6 +58,9 @@ struct RenderMesh {
     /// For ShadingMode::Uv: u, v of each corner, face by face; NaN for a corner without UVs. Null
     /// if no corner has UVs.
     const float* cornerUvs = nullptr;
+    /// For ShadingMode::VertexColors: sRGB red, green and blue of each vertex, 0 .. 1; null if
+    /// there are none.
+    const float* vertexColors = nullptr;
     /// The base colour: linear red, green and blue.
     float color[3] = {0.46f, 0.33f, 0.26f};
 

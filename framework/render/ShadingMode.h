@@ -23,9 +23,13 @@ enum class ShadingMode : int {
     Normals,
     /// A checkerboard in texture space: red increases with u, green with v.
     Uv,
+    /// RenderMesh::vertexColors, lit from the eye. Not available by name, because commands and
+    /// scripts render meshes without such colours.
+    VertexColors,
 };
 
-/// Returns the mode names that commands and scripts use, in the order of the enumeration.
+/// Returns the mode names that commands and scripts use, in the order of the enumeration, which
+/// continues with the modes without a name.
 TROVIK_API const std::vector<std::string>& ShadingModeNames();
 /// \throw HostError for a name that is not in ShadingModeNames.
 TROVIK_API ShadingMode ShadingModeOf(const std::string& name);

@@ -110,6 +110,17 @@ float CurvatureAt(const RenderMesh& mesh, const SurfaceSample& sample) {
     return curvature;
 }
 
+Vector VertexColorAt(const RenderMesh& mesh, const SurfaceSample& sample) {
+    if (mesh.vertexColors == nullptr) return {0.5f, 0.5f, 0.5f};
+    Vector color;
+    const uint32_t* vertices = CornersOf(mesh, sample.face);
+    for (uint32_t k = 0; k < mesh.cornersPerFace; ++k) {
+        const float* own = mesh.vertexColors + std::size_t{vertices[k]} * 3;
+        color += Vector(own[0], own[1], own[2]) * sample.weights[k];
+    }
+    return color;
+}
+
 bool UvAt(const RenderMesh& mesh, const SurfaceSample& sample, float& u, float& v) {
     if (mesh.cornerUvs == nullptr) return false;
     const float* uvs = mesh.cornerUvs + std::size_t{sample.face} * mesh.cornersPerFace * 2;

@@ -32,6 +32,10 @@ Vector FrozenTint(const RenderMesh& mesh, const SurfaceSample& sample, const Vec
 /// array.
 float CurvatureAt(const RenderMesh& mesh, const SurfaceSample& sample);
 
+/// Returns the interpolated vertex colour at the hit, sRGB; mid grey if the mesh has no vertex
+/// colours.
+Vector VertexColorAt(const RenderMesh& mesh, const SurfaceSample& sample);
+
 /// Computes the texture coordinates at the hit.
 /// \return false if there are none.
 bool UvAt(const RenderMesh& mesh, const SurfaceSample& sample, float& u, float& v);
