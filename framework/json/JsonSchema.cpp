@@ -139,13 +139,17 @@ void JsonSchema::RenameFormerFields(nlohmann::json& document) const {
 nlohmann::json ParseAgainst(const JsonSchema& schema,
                             const std::string& text,
                             const std::string& name,
-                            std::vector<JsonFault>* faults) {
+                            std::vector<JsonFault>* faults,
+                            const JsonVariables* variables) {
     nlohmann::json document = ParseDocument(text, name, faults);
     schema.RenameFormerFields(document);
+    std::vector<JsonFault> first;
+    if (variables != nullptr) first = ReplaceVariables(document, *variables);
     if (faults == nullptr) {
-        const std::vector<JsonFault> first = schema.Check(document, 1);
+        if (first.empty()) first = schema.Check(document, 1);
         if (!first.empty()) throw HostError(FaultMessage(name, first.front()));
     } else {
+        faults->insert(faults->end(), first.begin(), first.end());
         // Without a limit, a file that is faulty throughout would produce a list as long as the
         // file.
         constexpr std::size_t maxFaults = 1000;

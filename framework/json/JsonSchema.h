@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/json/JsonFault.h"
+#include "framework/json/JsonVariables.h"
 
 #include <nlohmann/json.hpp>
 
@@ -57,10 +57,12 @@ private:
 /// Parses a document, renames fields that have a former name, checks it and removes its comments.
 /// \param faults  receives the faults, up to a limit; if null, the first fault is thrown. Syntax
 /// errors are always thrown.
+/// \param variables  replaced before the check (ReplaceVariables); null to leave strings unchanged.
 /// \throw HostError with `name`.
 TROVIK_API nlohmann::json ParseAgainst(const JsonSchema& schema,
                                        const std::string& text,
                                        const std::string& name,
-                                       std::vector<JsonFault>* faults = nullptr);
+                                       std::vector<JsonFault>* faults = nullptr,
+                                       const JsonVariables* variables = nullptr);
 
 }  // namespace trovik

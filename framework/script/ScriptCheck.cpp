@@ -78,7 +78,7 @@ std::vector<std::string> ScriptRunner::Check() {
     std::vector<std::string> faults;
     nlohmann::json json;
     std::vector<JsonFault> inDocument;
-    if (!Attempt(faults, [&] { json = ReadStrokeScript(givenPath, &inDocument); })) return faults;
+    if (!Attempt(faults, [&] { json = ReadScript(&inDocument); })) return faults;
     for (const JsonFault& fault : inDocument)
         faults.push_back(PrintableText(FaultMessage(options.name, fault)));
     // Checked on the original script, because a faulty "mesh" is removed below.

@@ -35,8 +35,11 @@ nlohmann::json CheckedStep(const nlohmann::json& step, const std::string& name) 
         FaultMessage(name, {faults.front().pointer.substr(root.size()), faults.front().reason}));
 }
 
-nlohmann::json ReadStrokeScript(const std::string& path, std::vector<JsonFault>* faults) {
-    return ParseAgainst(Schema(), ReadDocument(path, maxScriptBytes), DocumentName(path), faults);
+nlohmann::json ReadStrokeScript(const std::string& path,
+                                std::vector<JsonFault>* faults,
+                                const JsonVariables* variables) {
+    return ParseAgainst(
+        Schema(), ReadDocument(path, maxScriptBytes), DocumentName(path), faults, variables);
 }
 
 }  // namespace trovik

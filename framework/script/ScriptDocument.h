@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/json/JsonFault.h"
+#include "framework/json/JsonVariables.h"
 #include "host/Api.h"
 
 #include <nlohmann/json.hpp>
@@ -18,10 +18,13 @@ TROVIK_API const char* PenStreamSchema();
 /// Reads a stroke script of at most 64 MiB and checks it against the schema; "-" is standard input.
 /// Comments are removed, so a step that contains only a comment becomes an empty object.
 /// \param faults  receives the schema errors of a script that can be parsed, at most 1000, not
-/// counting repeated fields; if null, the first error is thrown.
+/// counting repeated fields and variables; if null, the first error is thrown.
+/// \param variables  replaced in all strings before the check (ReplaceVariables); null to leave
+/// strings unchanged.
 /// \throw HostError with one line: file, position (line, or JSON pointer), reason.
 TROVIK_API nlohmann::json ReadStrokeScript(const std::string& path,
-                                           std::vector<JsonFault>* faults = nullptr);
+                                           std::vector<JsonFault>* faults = nullptr,
+                                           const JsonVariables* variables = nullptr);
 
 /// Parses and checks a script in memory; `name` replaces the file in messages.
 TROVIK_API nlohmann::json ParseStrokeScript(const std::string& text, const std::string& name);

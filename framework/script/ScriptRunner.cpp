@@ -30,8 +30,12 @@ ScriptRunner::ScriptRunner(const std::string& scriptPath,
     options.progress = std::move(listener);
 }
 
+nlohmann::json ScriptRunner::ReadScript(std::vector<JsonFault>* faults) const {
+    return ReadStrokeScript(givenPath, faults, variables.empty() ? nullptr : &variables);
+}
+
 ScriptResult ScriptRunner::Run() {
-    const nlohmann::json json = ReadStrokeScript(givenPath);
+    const nlohmann::json json = ReadScript(nullptr);
     const FieldReader script(json, options.name, "");
     const ScriptProgress& progress = options.progress;
     const HUDListening listening([&progress](const std::string& text) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/json/JsonVariables.h"
 #include "framework/script/CommandRunner.h"
 #include "framework/trace/TraceRecorder.h"
 
@@ -55,6 +56,9 @@ public:
     void SetJournal(const JournalOptions& newOptions) { journalOptions = newOptions; }
     /// Turns the warnings of a step into errors: Run throws instead of continuing.
     void SetStrict(bool on) { strict = on; }
+    /// Replaces variables in the strings of the script (ReplaceVariables). Without variables, the
+    /// default, strings are used unchanged. Call this before Run or Check.
+    void SetVariables(const JsonVariables& newVariables) { variables = newVariables; }
     ScriptResult Run();
     /// Checks the script, the files that it reads and its settings, instead of running it. Opens
     /// the mesh or scene, applies no strokes and writes nothing. Does not find errors that depend
@@ -84,6 +88,8 @@ public:
     Document& GetDocument() { return *document; }
 
 private:
+    /// Reads the script with its variables replaced; see ReadStrokeScript.
+    nlohmann::json ReadScript(std::vector<JsonFault>* faults) const;
     void SetUp(const FieldReader& script);
     /// Sets up the opened document.
     void SetUpDocument(const FieldReader& script);
@@ -118,6 +124,7 @@ private:
     /// Also contains the script's name for messages.
     CommandOptions options;
     std::string preferencesFile;
+    JsonVariables variables;
     TraceOptions traceOptions;
     /// Outlives the document, whose brush it observes.
     std::unique_ptr<TraceRecorder> trace;
