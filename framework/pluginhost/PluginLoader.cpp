@@ -4,6 +4,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/io/ResourceFolders.h"
 #include "framework/nodes/HostKernel.h"
+#include "framework/pluginhost/PluginContract.h"
 
 #include <algorithm>
 #include <dlfcn.h>
@@ -28,6 +29,8 @@ void LoadPlugin(const std::string& path, bool initialise) {
     if (failed) throw HostError(path + ": cannot open the plug-in: " + failed.message());
     auto found = opened.find(canonical.string());
     if (found == opened.end()) {
+        // Code that was compiled for other layouts must not run, not even static constructors.
+        RequireContract(path);
         // The static objects of plug-ins access the kernel during construction, so it must already
         // exist.
         HostKernel::Instance();

@@ -16,7 +16,8 @@ TROVIK_API std::vector<std::string> PluginFolders();
 /// Loads a plug-in with the system loader. A file that is already loaded is skipped. If
 /// `initialise` is set, the Plugin objects that the file registers are initialised. Plug-ins stay
 /// loaded until the process ends.
-/// \throw HostError with the file and the reason.
+/// \throw HostError with the file and the reason, for example that the plug-in was built for
+/// another version of the contract (host/Contract.h). In that case, none of its code has run.
 TROVIK_API void LoadPlugin(const std::string& path, bool initialise = true);
 
 /// Loads every *.so file in the plug-in folders, in alphabetical order.

@@ -4,9 +4,12 @@
 #include "brush/SwiftStroke.h"
 #include "brush/ToolCatalogue.h"
 #include "brush/Translation.h"
+#include "host/Contract.h"
 #include "host/Plugin.h"
 #include "kernels/PatchKernelTable.h"
 #include "topology/PatchMap.h"
+
+TROVIK_PLUGIN_CONTRACT
 
 namespace trovik {
 
