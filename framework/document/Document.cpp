@@ -11,6 +11,8 @@
 #include "framework/pluginhost/PluginLoader.h"
 #include "framework/render/RenderedLevel.h"
 
+#include <algorithm>
+
 namespace trovik {
 
 namespace {
@@ -54,6 +56,7 @@ Document::Document(const std::string& name, PolygonMesh polygons, JobControl* jo
     MakeOrientedManifold(loaded, job);
     StoreGlobals();
     brush = MakeBrush();
+    MakePluginBrushes();
     BuildGeometry(0, LevelGeometry::unlimitedBytes, job);
     NotifyChanges();
     State();
@@ -64,9 +67,13 @@ Document::Document(const std::string& sceneFile,
                    JobControl* job)
     : path(sceneFile), scenePath(sceneFile), brush(std::move(sceneBrush)) {
     freezeBrush = std::make_unique<FreezeBrush>();
-    LoadedScene scene = LoadScene(sceneFile, brush.get(), freezeBrush.get(), job);
+    MakePluginBrushes();
+    LoadedScene scene =
+        LoadScene(sceneFile, brush.get(), freezeBrush.get(), job, PluginBrushList());
     facingActive = CheckableFloatArray::s_bActive;
     freezing = scene.isFreezing;
+    for (PluginBrush& one : pluginBrushes)
+        if (one.brush.get() == scene.activePluginBrush) activePluginBrush = &one;
     loaded = std::move(scene.imported);
     geometry = std::move(scene.geometry);
     settings = std::move(scene.settings);
@@ -106,15 +113,22 @@ void Document::WriteScene(const std::string& target,
     }
     Activate();
     SaveScene(target,
-              {*geometry, loaded, *brush, settings, freezeBrush.get(), freezing},
+              {*geometry,
+               loaded,
+               *brush,
+               settings,
+               freezeBrush.get(),
+               freezing,
+               PluginBrushList(),
+               activePluginBrush == nullptr ? nullptr : activePluginBrush->brush.get()},
               header,
               beforeReplacing,
               job);
 }
 
 Document::~Document() {
-    for (StrokeLoop* one : {loop.get(), freezeLoop.get()}) {
-        if (one == nullptr || !one->IsActive()) continue;
+    for (StrokeLoop* one : Loops()) {
+        if (!one->IsActive()) continue;
         // There is no caller left to receive an error.
         try {
             Activate();
@@ -128,7 +142,55 @@ Document::~Document() {
     }
 }
 
-bool Document::IsStrokeOpen() const { return loop->IsActive() || freezeLoop->IsActive(); }
+bool Document::IsStrokeOpen() const {
+    const std::vector<StrokeLoop*> loops = Loops();
+    return std::any_of(
+        loops.begin(), loops.end(), [](const StrokeLoop* one) { return one->IsActive(); });
+}
+
+void Document::MakePluginBrushes() {
+    for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {
+        const BrushConfiguration& tool = *BrushOperation::Configuration(i);
+        if (BrushOfTool(tool) != nullptr) continue;
+        std::unique_ptr<Node> node(tool.BrushClass()->Create());
+        auto* made = dynamic_cast<BrushOperation*>(node.get());
+        if (made == nullptr) continue;
+        static_cast<void>(node.release());
+        pluginBrushes.push_back({std::unique_ptr<BrushOperation>(made), nullptr});
+    }
+}
+
+std::vector<BrushOperation*> Document::PluginBrushList() const {
+    std::vector<BrushOperation*> list;
+    for (const PluginBrush& one : pluginBrushes) list.push_back(one.brush.get());
+    return list;
+}
+
+BrushOperation& Document::PresentBrush() const {
+    if (freezing) return *freezeBrush;
+    return activePluginBrush == nullptr ? *brush : *activePluginBrush->brush;
+}
+
+BrushOperation* Document::BrushOfTool(const BrushConfiguration& tool) const {
+    if (tool.BrushClass() == brush->RuntimeClass()) return brush.get();
+    for (const PluginBrush& one : pluginBrushes)
+        if (tool.BrushClass() == one.brush->RuntimeClass()) return one.brush.get();
+    return nullptr;
+}
+
+std::vector<StrokeLoop*> Document::Loops() const {
+    std::vector<StrokeLoop*> loops;
+    if (loop != nullptr) loops = {loop.get(), freezeLoop.get()};
+    for (const PluginBrush& one : pluginBrushes)
+        if (one.loop != nullptr) loops.push_back(one.loop.get());
+    return loops;
+}
+
+void Document::ResetLoops() {
+    loop.reset();
+    freezeLoop.reset();
+    for (PluginBrush& one : pluginBrushes) one.loop.reset();
+}
 
 void Document::RequireNoStroke(const char* work) const {
     if (IsStrokeOpen())
@@ -145,8 +207,7 @@ void Document::BuildGeometry(uint32_t levels, uint64_t byteBudget, JobControl* j
     if (settings.mirrorMode == MirrorConfiguration::Topological) built->FindMirror(job);
     if (active == this) StoreGlobals();
     earlierTotals = Totals();
-    loop.reset();
-    freezeLoop.reset();
+    ResetLoops();
     tree = nullptr;
     trees.reset();
     surfaceEvents.reset();
@@ -174,19 +235,20 @@ void Document::FollowLevel(JobControl* job) {
     loop = std::make_unique<StrokeLoop>(*brush, *geometry, *tree);
     if (freezeBrush == nullptr) freezeBrush = std::make_unique<FreezeBrush>();
     freezeLoop = std::make_unique<StrokeLoop>(*freezeBrush, *geometry, *tree);
+    for (PluginBrush& one : pluginBrushes)
+        one.loop = std::make_unique<StrokeLoop>(*one.brush, *geometry, *tree);
     // This is the case after the geometry was loaded from a scene.
     if (settings.mirrorMode == MirrorConfiguration::Topological && geometry->Mirror() == nullptr)
         geometry->FindMirror(job);
     ApplyMirrors();
     loop->SetObserver(strokeObserver);
     if (events == nullptr) events = std::make_unique<StrokeEvents>(*this);
-    for (StrokeLoop* one : {loop.get(), freezeLoop.get()}) one->SetInputListener(events.get());
+    for (StrokeLoop* one : Loops()) one->SetInputListener(events.get());
     PlaceRenderers();
 }
 
 void Document::ApplyMirrors() {
-    for (StrokeLoop* one : {loop.get(), freezeLoop.get()})
-        one->SetMirrors(settings.mirrorMode, settings.mirrorMaps);
+    for (StrokeLoop* one : Loops()) one->SetMirrors(settings.mirrorMode, settings.mirrorMaps);
 }
 
 void Document::SetObserver(StrokeObserver* newObserver) {
@@ -232,8 +294,7 @@ RenderMesh Document::ShownMesh() const { return VisibleLevel(*geometry); }
 
 StrokeTotals Document::Totals() const {
     StrokeTotals sum = earlierTotals;
-    for (const StrokeLoop* one : {loop.get(), freezeLoop.get()}) {
-        if (one == nullptr) continue;
+    for (const StrokeLoop* one : Loops()) {
         sum.dabs += one->Totals().dabs;
         sum.verticesMoved += one->Totals().verticesMoved;
         sum.seconds += one->Totals().seconds;

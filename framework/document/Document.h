@@ -71,23 +71,24 @@ public:
     Document& operator=(const Document&) = delete;
 
     LevelGeometry& Geometry() { return *geometry; }
-    /// The active brush and its stroke loop: those of the plug-in, or of the freeze brush while the
-    /// "Freeze" tool is active. Call NoteToolChanged after changing settings of the brush.
+    /// The active brush and its stroke loop: those of the sculpting brush, of the freeze brush
+    /// while the "Freeze" tool is active, or of another plug-in's brush while one of its tools is
+    /// active. Call NoteToolChanged after changing settings of the brush.
     BrushOperation& Brush() {
         Activate();
-        if (freezing) return *freezeBrush;
-        return *brush;
+        return PresentBrush();
     }
     StrokeLoop& Loop() {
         Activate();
-        return freezing ? *freezeLoop : *loop;
+        if (freezing) return *freezeLoop;
+        return activePluginBrush == nullptr ? *loop : *activePluginBrush->loop;
     }
     bool IsStrokeOpen() const;
     /// \throw HostError "cannot WORK while a stroke is open; release or abandon it first".
     void RequireNoStroke(const char* work) const;
     /// Whether the "Freeze" tool is active.
     bool IsFreezing() const { return freezing; }
-    /// The plug-in's brush, even while the freeze brush is active.
+    /// The sculpting brush, even while another brush is active.
     BrushOperation& SculptBrush() {
         Activate();
         return *brush;
@@ -173,9 +174,8 @@ public:
     /// Call this after changing preferences of the undo history.
     void ApplyUndoSettings();
 
-    /// Selects a tool of the plug-in's brush, or "Freeze". Loads the tool's stamp if its file
-    /// exists.
-    /// \return false for an unknown name.
+    /// Selects a tool of the sculpting brush or of another plug-in's brush, or "Freeze". Loads the
+    /// tool's stamp if its file exists. \return false for an unknown name.
     bool SelectTool(const std::string& name);
     std::vector<std::string> ToolNames() const;
     /// Call this after changing settings through Brush, SculptBrush or Settings.
@@ -271,6 +271,11 @@ public:
 private:
     class StrokeEvents;
     class SurfaceEvents;
+    /// The brush of a plug-in other than the sculpting brush, and its stroke loop.
+    struct PluginBrush {
+        std::unique_ptr<BrushOperation> brush;
+        std::unique_ptr<StrokeLoop> loop;
+    };
     /// Its destructor removes the document from the process globals, even if a constructor of
     /// Document throws.
     struct Activation {
@@ -286,6 +291,16 @@ private:
     /// Selects the pick tree and creates the stroke loops of the current level.
     void FollowLevel(JobControl* job = nullptr);
     void ApplyMirrors();
+    BrushOperation& PresentBrush() const;
+    /// The brush that has the tool; null if there is none.
+    BrushOperation* BrushOfTool(const BrushConfiguration& tool) const;
+    /// The stroke loops of all brushes; empty before the geometry exists.
+    std::vector<StrokeLoop*> Loops() const;
+    void ResetLoops();
+    /// Creates the brushes of all plug-ins that have tools, except the sculpting brush.
+    void MakePluginBrushes();
+    /// For SaveScene and LoadScene.
+    std::vector<BrushOperation*> PluginBrushList() const;
     void PushLevels(std::unique_ptr<UndoStep> step);
     /// Creates `times` steps and pushes them. If creating one throws, the previous ones are
     /// reverted.
@@ -331,6 +346,11 @@ private:
     std::unique_ptr<FreezeBrush> freezeBrush;
     std::unique_ptr<StrokeLoop> freezeLoop;
     bool freezing = false;
+    /// Does not change after construction.
+    std::vector<PluginBrush> pluginBrushes;
+    /// The plug-in brush whose tool was selected last; null if a tool of the sculpting brush was
+    /// selected last. The freeze brush takes precedence.
+    PluginBrush* activePluginBrush = nullptr;
     /// This document's values of the process globals, stored while another document is active: the
     /// kernel's camera, and whether the falloff depends on the facing angle.
     MatrixTransform camera;

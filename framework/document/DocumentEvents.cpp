@@ -79,7 +79,7 @@ void Document::NotifyChanges() {
 }
 
 std::string Document::ToolName() const {
-    const BrushOperation& present = freezing ? static_cast<BrushOperation&>(*freezeBrush) : *brush;
+    const BrushOperation& present = PresentBrush();
     const BrushConfiguration* tool = present.ActiveConfiguration();
     return tool == nullptr ? std::string() : tool->Name().toStdString();
 }
@@ -105,7 +105,7 @@ std::vector<DocumentState::Layer> Document::LayersOfState() const {
 }
 
 DocumentState::Tool Document::ToolOfState() const {
-    BrushOperation& present = freezing ? static_cast<BrushOperation&>(*freezeBrush) : *brush;
+    BrushOperation& present = PresentBrush();
     const BrushOperation::Private& host = present.Settings();
     DocumentState::Tool tool;
     tool.name = ToolName();

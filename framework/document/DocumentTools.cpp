@@ -67,13 +67,19 @@ bool Document::SelectTool(const std::string& name) {
     }
     for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {
         BrushConfiguration* row = BrushOperation::Configuration(i);
-        if (row->BrushClass() != brush->RuntimeClass() || row->Name().toStdString() != name)
-            continue;
+        BrushOperation* const toolBrush = BrushOfTool(*row);
+        if (toolBrush == nullptr || row->Name().toStdString() != name) continue;
         freezing = false;
-        BrushCall call(BrushCall::SetActiveConfiguration, *brush);
+        activePluginBrush = nullptr;
+        for (PluginBrush& one : pluginBrushes)
+            if (one.brush.get() == toolBrush) activePluginBrush = &one;
+        BrushCall call(BrushCall::SetActiveConfiguration, *toolBrush);
         call.configuration = row;
-        Observed(strokeObserver, call, [&] { brush->SetActiveConfiguration(row); });
-        RefreshStamp(*brush);
+        // Observers follow the sculpting brush.
+        Observed(toolBrush == brush.get() ? strokeObserver : nullptr, call, [&] {
+            toolBrush->SetActiveConfiguration(row);
+        });
+        RefreshStamp(*toolBrush);
         NoteToolChanged();
         return true;
     }
@@ -84,7 +90,7 @@ std::vector<std::string> Document::ToolNames() const {
     std::vector<std::string> names;
     for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {
         const BrushConfiguration* row = BrushOperation::Configuration(i);
-        if (row->BrushClass() == brush->RuntimeClass()) names.push_back(row->Name().toStdString());
+        if (BrushOfTool(*row) != nullptr) names.push_back(row->Name().toStdString());
     }
     names.push_back(FreezeBrush::Tool()->Name().toStdString());
     return names;

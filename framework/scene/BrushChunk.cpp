@@ -5,6 +5,7 @@
 #include "framework/scene/NodeChunk.h"
 #include "framework/scene/SceneChunks.h"
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <utility>
@@ -114,6 +115,46 @@ void CheckBrush(const BrushOperation& brush) {
         SceneStream::Refuse(QStringLiteral("a falloff curve has no samples"));
 }
 
+/// Reads a brush chunk after the name of the class.
+/// \param brush  of that class; null to read only the tool names.
+void ReadSettings(SceneStream& stream,
+                  BrushOperation* brush,
+                  std::vector<std::string>& tools,
+                  std::vector<std::string>& notes) {
+    if (brush != nullptr) RefuseNewerClass(stream, *brush->RuntimeClass());
+    uint32_t count = 0;
+    stream.Transfer(count);
+    for (uint32_t i = 0; i < count; ++i) {
+        QString tool;
+        static_cast<Stream&>(stream).Transfer(tool);
+        uint32_t bytes = 0;
+        stream.Transfer(bytes);
+        stream.Expect(bytes, 1);
+        tools.push_back(tool.toStdString());
+        if (brush != nullptr && brush->SetActiveConfiguration(tool)) {
+            SceneStream own = stream.Section(
+                stream.Next(), bytes, stream.Offset(), QStringLiteral("tool ") + tool);
+            brush->Serialize(own);
+            own.ExpectEnd();
+            CheckBrush(*brush);
+        } else if (brush != nullptr) {
+            notes.push_back("skipped the settings of the tool " + tool.toStdString() +
+                            ", which the brush does not have");
+        }
+        stream.Skip(bytes);
+    }
+    CommonSettings common;
+    common.Transfer(stream);
+    if (!std::isfinite(common.facingStart) || !std::isfinite(common.facingRange))
+        SceneStream::Refuse(QStringLiteral("an angle of the facing falloff is not finite"));
+    if (brush == nullptr) return;
+    brush->Settings().screenSpace = common.screenSpace != 0;
+    brush->strokeMeshLocked = common.meshLocked;
+    brush->facingAngleStart = common.facingStart;
+    brush->facingAngleRange = common.facingRange;
+    CheckableFloatArray::s_bActive = common.facing != 0;
+}
+
 }  // namespace
 
 void WriteBrushChunk(SceneStream& stream, BrushOperation& brush) {
@@ -155,38 +196,35 @@ void ReadBrushChunk(SceneStream& stream,
                         ", which is not the current brush");
         brush = nullptr;
     }
-    if (brush != nullptr) RefuseNewerClass(stream, *brush->RuntimeClass());
-    uint32_t count = 0;
-    stream.Transfer(count);
-    for (uint32_t i = 0; i < count; ++i) {
-        QString tool;
-        static_cast<Stream&>(stream).Transfer(tool);
-        uint32_t bytes = 0;
-        stream.Transfer(bytes);
-        stream.Expect(bytes, 1);
-        tools.push_back(tool.toStdString());
-        if (brush != nullptr && brush->SetActiveConfiguration(tool)) {
-            SceneStream own = stream.Section(
-                stream.Next(), bytes, stream.Offset(), QStringLiteral("tool ") + tool);
-            brush->Serialize(own);
-            own.ExpectEnd();
-            CheckBrush(*brush);
-        } else if (brush != nullptr) {
-            notes.push_back("skipped the settings of the tool " + tool.toStdString() +
-                            ", which the brush does not have");
-        }
-        stream.Skip(bytes);
-    }
-    CommonSettings common;
-    common.Transfer(stream);
-    if (!std::isfinite(common.facingStart) || !std::isfinite(common.facingRange))
-        SceneStream::Refuse(QStringLiteral("an angle of the facing falloff is not finite"));
-    if (brush == nullptr) return;
-    brush->Settings().screenSpace = common.screenSpace != 0;
-    brush->strokeMeshLocked = common.meshLocked;
-    brush->facingAngleStart = common.facingStart;
-    brush->facingAngleRange = common.facingRange;
-    CheckableFloatArray::s_bActive = common.facing != 0;
+    ReadSettings(stream, brush, tools, notes);
+}
+
+void WritePluginBrushChunk(SceneStream& stream, BrushOperation& brush, bool isActive) {
+    uint8_t active = isActive ? 1 : 0;
+    stream.Transfer(active);
+    WriteBrushChunk(stream, brush);
+}
+
+BrushOperation* ReadPluginBrushChunk(SceneStream& stream,
+                                     const std::vector<BrushOperation*>& brushes,
+                                     std::vector<std::string>& tools,
+                                     std::vector<std::string>& notes) {
+    uint8_t isActive = 0;
+    stream.Transfer(isActive);
+    QString className;
+    static_cast<Stream&>(stream).Transfer(className);
+    const auto found =
+        std::find_if(brushes.begin(), brushes.end(), [&](const BrushOperation* brush) {
+            return brush->RuntimeClass()->Name() == className;
+        });
+    BrushOperation* const brush = found == brushes.end() ? nullptr : *found;
+    if (brush == nullptr && !brushes.empty())
+        notes.push_back("skipped the settings of the brush " + className.toStdString() +
+                        ", which no plug-in provides");
+    std::vector<std::string> own;
+    ReadSettings(stream, brush, own, notes);
+    tools.insert(isActive != 0 ? tools.end() : tools.begin(), own.begin(), own.end());
+    return isActive != 0 ? brush : nullptr;
 }
 
 }  // namespace trovik

@@ -28,4 +28,19 @@ void ReadBrushChunk(SceneStream& stream,
                     std::vector<std::string>& tools,
                     std::vector<std::string>& notes);
 
+/// Chunk PBRS, one for each brush of a further plug-in: whether the brush is active, followed by
+/// the content of chunk BRSH.
+void WritePluginBrushChunk(SceneStream& stream, BrushOperation& brush, bool isActive);
+
+/// Reads the settings of a plug-in's brush, like ReadBrushChunk.
+/// \param brushes  new brushes, one of which receives the settings. If none has the class in the
+/// chunk, the settings are skipped, with a line in `notes` unless the list is empty.
+/// \param tools  receives the tool names: of the active brush at the end, of others at the
+/// beginning.
+/// \return the brush if it is active; otherwise null.
+BrushOperation* ReadPluginBrushChunk(SceneStream& stream,
+                                     const std::vector<BrushOperation*>& brushes,
+                                     std::vector<std::string>& tools,
+                                     std::vector<std::string>& notes);
+
 }  // namespace trovik

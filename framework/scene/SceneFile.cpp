@@ -34,12 +34,18 @@ public:
     SceneBuilder(SceneReader& sceneReader,
                  BrushOperation* sceneBrush,
                  BrushOperation* sceneFreezeBrush,
+                 std::vector<BrushOperation*> scenePluginBrushes,
                  JobControl* jobControl)
-        : reader(sceneReader), brush(sceneBrush), freezeBrush(sceneFreezeBrush), job(jobControl) {}
+        : reader(sceneReader),
+          brush(sceneBrush),
+          freezeBrush(sceneFreezeBrush),
+          pluginBrushes(std::move(scenePluginBrushes)),
+          job(jobControl) {}
 
     void Take() {
         const std::string& name = reader.Name();
-        const bool repeats = name == "LEVL" || name == "LAYR" || name == "LGND" || name == "APPL";
+        const bool repeats =
+            name == "LEVL" || name == "LAYR" || name == "LGND" || name == "APPL" || name == "PBRS";
         if (!repeats && !IsUnknown(name) && !seen.insert(name).second) Refuse("occurs twice");
         if (name == "GEOM") {
             reader.Read([this](SceneStream& s) { levels.emplace(ReadGeometryChunk(s), job); });
@@ -80,6 +86,14 @@ public:
                 [this](SceneStream& s) { ReadBrushChunk(s, brush, scene.tools, scene.notes); });
             return;
         }
+        if (name == "PBRS") {
+            reader.Read([this](SceneStream& s) {
+                BrushOperation* active =
+                    ReadPluginBrushChunk(s, pluginBrushes, scene.tools, scene.notes);
+                if (active != nullptr) scene.activePluginBrush = active;
+            });
+            return;
+        }
         if (IsUnknown(name)) {
             scene.notes.push_back("skipped the unknown chunk " + name);
             return;
@@ -118,6 +132,7 @@ private:
                                               "PENS",
                                               "BRSH",
                                               "FRZB",
+                                              "PBRS",
                                               "APPL"};
         return std::find(std::begin(known), std::end(known), name) == std::end(known);
     }
@@ -157,6 +172,7 @@ private:
     SceneReader& reader;
     BrushOperation* brush;
     BrushOperation* freezeBrush;
+    std::vector<BrushOperation*> pluginBrushes;
     JobControl* job;
     /// Chunks that may occur only once and have been read, including HEAD.
     std::set<std::string> seen = {"HEAD"};
@@ -220,6 +236,13 @@ void WriteScene(const std::string& path,
                 WriteFreezeBrushChunk(s, *parts.freezeBrush, parts.isFreezing);
             });
         }
+        for (BrushOperation* brush : parts.pluginBrushes) {
+            // A brush that was never used has only default settings.
+            if (brush->ActiveConfiguration() == nullptr) continue;
+            write("PBRS", [&](SceneStream& s) {
+                WritePluginBrushChunk(s, *brush, brush == parts.activePluginBrush);
+            });
+        }
     } catch (const HostError& error) {
         const std::string reason = error.what();
         if (reason.rfind(path, 0) == 0) throw;
@@ -249,11 +272,12 @@ void SaveScene(const std::string& path,
 LoadedScene LoadScene(const std::string& path,
                       BrushOperation* brush,
                       BrushOperation* freezeBrush,
-                      JobControl* job) {
+                      JobControl* job,
+                      std::vector<BrushOperation*> pluginBrushes) {
     HostKernel::Instance();
     LoadPlugins();
     SceneReader reader(path, job);
-    SceneBuilder builder(reader, brush, freezeBrush, job);
+    SceneBuilder builder(reader, brush, freezeBrush, std::move(pluginBrushes), job);
     // This is the only process-wide setting that a scene contains.
     const bool facing = CheckableFloatArray::s_bActive;
     try {

@@ -51,6 +51,10 @@ struct SceneParts {
     BrushOperation* freezeBrush = nullptr;
     /// Whether the freeze brush is active.
     bool isFreezing = false;
+    /// Brushes of further plug-ins; null entries are not allowed.
+    std::vector<BrushOperation*> pluginBrushes = {};
+    /// The entry of pluginBrushes that is active; null if none is.
+    const BrushOperation* activePluginBrush = nullptr;
 };
 
 /// Writes the scene to a new file and replaces the old one. No stroke may be open.
@@ -80,6 +84,8 @@ struct LoadedScene {
     std::vector<std::string> tools;
     /// Whether the freeze brush is active.
     bool isFreezing = false;
+    /// The entry of `pluginBrushes` (LoadScene) that is active; null if none is.
+    BrushOperation* activePluginBrush = nullptr;
 };
 
 /// Reads a scene and loads the plug-ins for the classes of its nodes. If the function throws,
@@ -87,11 +93,14 @@ struct LoadedScene {
 /// \param brush  a new brush that receives the settings of all tools, those of the active tool
 /// last; null to skip them. After an error, the brush must be discarded.
 /// \param freezeBrush  a new freeze brush, handled like `brush`.
+/// \param pluginBrushes  new brushes of further plug-ins, handled like `brush`. The settings of a
+/// brush that is not in the list are skipped with a note.
 /// \throw HostError "FILE: byte N: reason"; Cancelled.
 TROVIK_API LoadedScene LoadScene(const std::string& path,
                                  BrushOperation* brush,
                                  BrushOperation* freezeBrush = nullptr,
-                                 JobControl* job = nullptr);
+                                 JobControl* job = nullptr,
+                                 std::vector<BrushOperation*> pluginBrushes = {});
 
 /// Returns whether the file name ends in ".trovik", in upper or lower case.
 TROVIK_API bool IsScenePath(const std::string& path);

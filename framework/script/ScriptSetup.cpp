@@ -104,13 +104,15 @@ void ScriptRunner::SetView(const FieldReader& script) {
 }
 
 void ScriptRunner::SelectFirstTool() {
-    // A scene includes its active tool; selecting that tool again changes nothing. If the freeze
-    // brush is active, the sculpting brush still has a tool of its own.
-    const bool isFreezing = document->IsFreezing();
+    // A scene includes its active tool; selecting that tool again changes nothing. If another brush
+    // is active, the sculpting brush still has a tool of its own.
+    const BrushOperation& brush = document->Brush();
+    const BrushConfiguration* other =
+        &brush == &document->SculptBrush() ? nullptr : brush.ActiveConfiguration();
     const BrushConfiguration* tool = document->SculptBrush().ActiveConfiguration();
     if (!document->SelectTool(tool == nullptr ? "Sculpt" : tool->Name().toStdString()))
         throw HostError(options.name + ": the brush has no tool Sculpt");
-    if (isFreezing) document->SelectTool(FreezeBrush::Tool()->Name().toStdString());
+    if (other != nullptr) document->SelectTool(other->Name().toStdString());
 }
 
 void ScriptRunner::RunPreferences(const FieldReader& preferences) {
