@@ -14,6 +14,11 @@ constexpr const char* exitStatus =
     "Exit status: 0 success; 1 failure, with the reason in one line on standard error; 2 invalid "
     "usage; 130 interrupted by Ctrl-C.";
 
+/// The exit status of `diff`, which follows the convention of the diff tool.
+constexpr const char* exitStatusOfDiff =
+    "Exit status: 0 equal within the tolerance; 1 different; 2 failure, with the reason in one "
+    "line on standard error, or invalid usage; 130 interrupted by Ctrl-C.";
+
 const std::map<std::string, std::string>& Examples() {
     static const std::map<std::string, std::string> examples = {
         {"sculpt",
@@ -23,6 +28,7 @@ const std::map<std::string, std::string>& Examples() {
          "  trovik sculpt bust.json --json          prints the summary as JSON\n"
          "  trovik sculpt bust.json --strict        stops at the first step without effect\n"
          "  trovik sculpt bust.json --check         reports errors without sculpting\n"
+         "  trovik sculpt bust.json --set side=left replaces ${side} in strings of the script\n"
          "  make-script | trovik sculpt -           reads a script from standard input\n"},
         {"info",
          "  trovik info head.obj                    vertices, faces, size, attributes\n"
@@ -38,6 +44,19 @@ const std::map<std::string, std::string>& Examples() {
          "  trovik convert head.obj head.glb\n"
          "  trovik convert head.obj fine.ply --levels 2\n"
          "  trovik convert head.obj print.stl --from-units cm --units mm --up z\n"},
+        {"batch",
+         "  trovik batch wear.json meshes -o worn   each mesh of a folder; the script contains\n"
+         "                                          \"mesh\": \"${input}\" and \"save\": "
+         "\"${stem}.trovik\"\n"
+         "  trovik batch wear.json a.obj b.obj --format ply --set side=left --jobs 4\n"},
+        {"turntable",
+         "  trovik turntable bust.trovik spin       spin/frame_0001.png to frame_0072.png\n"
+         "  trovik turntable head.obj spin.mp4 --frames 120 --fps 30 --matcap bronze\n"
+         "  trovik turntable head.obj spin --frames 12 --sheet sheet.png --columns 4\n"},
+        {"diff",
+         "  trovik diff old.obj new.obj             largest, mean and RMS distance\n"
+         "  trovik diff a.trovik b.ply --tolerance 1e-4 -q     only the exit status\n"
+         "  trovik diff scan.ply low.obj --heatmap distances.png\n"},
         {"tools",
          "  trovik tools\n"
          "  trovik tools --json\n"},
@@ -75,7 +94,7 @@ void AddHelpTexts(CLI::App& program) {
         const auto found = Examples().find(verb->get_name());
         std::string footer;
         if (found != Examples().end()) footer = "Examples:\n" + found->second + "\n";
-        verb->footer(footer + exitStatus);
+        verb->footer(footer + (verb->get_name() == "diff" ? exitStatusOfDiff : exitStatus));
     }
 }
 

@@ -10,6 +10,10 @@
 
 namespace trovik {
 
+/// The camera of renders without camera options: slightly above and to the right of the front.
+inline const Vector defaultDirection(0.35f, 0.2f, 1.0f);
+inline constexpr float defaultFieldOfView = 35.0f;
+
 /// Opens a mesh file, or a scene without its tools, and subdivides it.
 /// \param levels  subdivision levels to add.
 /// \param given  units and up axis of a mesh file; they override those specified in the file.

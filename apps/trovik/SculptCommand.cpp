@@ -2,6 +2,7 @@
 #include "Commands.h"
 #include "JsonOutput.h"
 #include "ProgressLine.h"
+#include "VariableOption.h"
 #include "framework/errors/HostError.h"
 #include "framework/errors/PrintableText.h"
 #include "framework/json/JsonText.h"
@@ -20,6 +21,7 @@ namespace {
 struct SculptOptions {
     std::string script;
     std::string output = ".";
+    JsonVariables variables;
     TraceOptions trace;
     JournalOptions journal;
     bool strict = false;
@@ -115,6 +117,7 @@ void Sculpt(const SculptOptions& options) {
     progress.job = &line;
     ScriptRunner runner(options.script, options.output, progress);
     runner.SetStrict(options.strict);
+    runner.SetVariables(options.variables);
     runner.AllowOutside(options.allowOutside);
     runner.SetPreferencesFile(PreferencesFile(options));
     if (options.check) {
@@ -144,6 +147,7 @@ void AddSculptCommand(CLI::App& program) {
     verb->add_option("-o,--output",
                      options->output,
                      "Folder for the files that the script writes (default: the working folder)");
+    AddVariableOption(*verb, options->variables);
     verb->add_flag("--allow-outside",
                    options->allowOutside,
                    "Allows the script to write outside the output folder, through absolute paths, "

@@ -171,6 +171,19 @@ TEST_F(ManPageOfTheCommand, ListsTheFieldsOfEveryJsonOutput) {
     EXPECT_EQ(render.at("height"), 30);
     EXPECT_EQ(Keys(render.at("camera")),
               (Names{"eye", "target", "up", "fieldOfView", "orthographic"}));
+    const auto diff = ExpectDocumented("diff", "diff cube.obj cube.obj");
+    EXPECT_EQ(
+        Keys(diff.at("distances").at(0)),
+        (Names{"samples", "beyondTolerance", "max", "mean", "rms", "position", "otherPosition"}));
+    const auto turntable = ExpectDocumented(
+        "turntable", "turntable cube.obj spin --frames 2 --width 40 --height 30 --samples 1");
+    EXPECT_EQ(turntable.at("files"),
+              nlohmann::json({"spin/frame_0001.png", "spin/frame_0002.png"}));
+    WriteFile("batch.json",
+              R"({"mesh": "${input}", "steps": [{"export": {"file": "${stem}.ply"}}]})");
+    const auto batch = ExpectDocumented("batch", "batch batch.json cube.obj -o out");
+    EXPECT_EQ(Keys(batch.at("inputs").at(0)),
+              (Names{"input", "status", "files", "warnings", "error", "seconds"}));
     const auto tools = ExpectDocumented("tools", "tools");
     EXPECT_EQ(tools.size(), 16u);
     for (const char* field : {"name", "default", "unit"})
