@@ -115,11 +115,11 @@ bool Check(bool isRight, const char* what) {
     return isRight;
 }
 
-bool Sculpt(const std::string& meshPath, const std::string& scenePath) {
+bool Sculpt(const std::string& meshPath, const std::string& scenePath, const std::string& tool) {
     trovik::Document document(meshPath);
     trovik::CommandRunner commands(document);
     commands.Do({{"subdivide", 3}});
-    commands.Do({{"tool", "Sculpt"}, {"set", {{"radius", 0.15}, {"strength", 60}}}});
+    commands.Do({{"tool", tool}, {"set", {{"radius", 0.15}, {"strength", 60}}}});
     commands.Do({{"mirror", {"x"}}});
 
     SurfaceCopy copy(document);
@@ -156,13 +156,15 @@ bool Sculpt(const std::string& meshPath, const std::string& scenePath) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3) {
-        std::fprintf(stderr, "usage: sculpt-host MESH SCENE\n");
+    if (argc < 3) {
+        std::fprintf(stderr, "usage: sculpt-host MESH SCENE [TOOL [PLUGIN...]]\n");
         return 2;
     }
     try {
         trovik::LoadPlugin(TROVIK_PLUGIN_DIR "/SwiftStroke.so");
-        return Sculpt(argv[1], argv[2]) ? 0 : 1;
+        // All plug-ins must be loaded before the document is opened.
+        for (int i = 4; i < argc; ++i) trovik::LoadPlugin(argv[i]);
+        return Sculpt(argv[1], argv[2], argc > 3 ? argv[3] : "Sculpt") ? 0 : 1;
     } catch (const trovik::HostError& error) {
         std::fprintf(stderr, "sculpt-host: %s\n", error.what());
         return 1;
