@@ -107,14 +107,22 @@ void LayerRow::EndRename(bool accepts) {
 
 bool LayerRow::eventFilter(QObject* watched, QEvent* event) {
     if (watched == grip) {
-        const auto* mouse = static_cast<QMouseEvent*>(event);
-        if (event->type() == QEvent::MouseMove && (mouse->buttons() & Qt::LeftButton))
-            Q_EMIT GripMoved(grip->mapTo(parentWidget(), mouse->position().toPoint()).y());
-        else if (event->type() == QEvent::MouseButtonRelease)
-            Q_EMIT GripReleased();
-        else if (event->type() != QEvent::MouseButtonPress)
-            return QWidget::eventFilter(watched, event);
-        return true;
+        switch (event->type()) {
+            case QEvent::MouseMove: {
+                const auto* mouse = static_cast<QMouseEvent*>(event);
+                if (!(mouse->buttons() & Qt::LeftButton)) break;
+                Q_EMIT GripMoved(grip->mapTo(parentWidget(), mouse->position().toPoint()).y());
+                return true;
+            }
+            case QEvent::MouseButtonRelease:
+                Q_EMIT GripReleased();
+                return true;
+            case QEvent::MouseButtonPress:
+                return true;
+            default:
+                break;
+        }
+        return QWidget::eventFilter(watched, event);
     }
     if (event->type() == QEvent::KeyPress) {
         const int key = static_cast<QKeyEvent*>(event)->key();
