@@ -28,8 +28,8 @@ protected:
 
     void WriteScript(const std::string& name, const std::string& lastStep) {
         WriteFile(name,
-                  R"({"mesh": "${input}", "levels": 1, "steps": [
-                      {"stroke": {"surface": [[0.2, 0.1, 1]]}}, )" +
+                  R"({"mesh": "${input}", "levels": 2, "steps": [
+                      {"set": {"radius": 0.9}}, {"stroke": {"surface": [[0.2, 0.1, 1]]}}, )" +
                       lastStep + "]}");
     }
 
@@ -131,7 +131,7 @@ TEST_F(BatchCommand, RefusesWhatCannotWork) {
     WriteScript("typo.json", R"({"export": {"file": "${outptu}"}})");
     expectError(
         "typo.json in -o out",
-        "typo.json: /steps/1/export/file: unknown variable \"outptu\"; did you mean \"output\"?");
+        "typo.json: /steps/2/export/file: unknown variable \"outptu\"; did you mean \"output\"?");
     WriteFile("fixed.json", R"({"mesh": "cube.obj", "steps": []})");
     expectError("fixed.json in -o out", "does not use ${input}");
     fs::create_directories(folder / "out");

@@ -96,7 +96,7 @@ TEST_F(DiffCommand, FailuresHaveStatusTwo) {
         EXPECT_THAT(outcome.error, HasSubstr(reason));
     };
     expectFailure("quad.obj missing.obj", "missing.obj");
-    expectFailure("quad.obj up.obj --heatmap map.gif", "map.gif");
+    expectFailure("quad.obj up.obj --heatmap missing/map.png", "missing/map.png");
     expectFailure("quad.obj up.obj --surface --spacing 1e-9", "spacing");
     expectFailure("quad.obj", "required");
     expectFailure("quad.obj up.obj --range 3", "--heatmap");

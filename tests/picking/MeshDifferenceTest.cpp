@@ -98,18 +98,21 @@ TEST(MeshDifference, MeanIsWeightedByAreaNotByVertex) {
 TEST(MeshDifference, MaximumBetweenVerticesIsFoundByTheSamples) {
     // The centre of the pyramid is far from the square, whose vertices coincide with its base.
     PolygonMesh square = SingleQuad();
+    square.positions = {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
+    square.faceVertices = {0, 1, 2, 3};
     PolygonMesh pyramid;
     pyramid.positions = square.positions;
-    pyramid.positions.push_back({0.5f, 0.5f, 1.0f});
+    pyramid.positions.push_back({0, 0, 1});
     pyramid.faceSizes.assign(4, 3);
     pyramid.faceVertices = {0, 1, 4, 1, 2, 4, 2, 3, 4, 3, 0, 4};
     const DistanceSummary up = Compare(pyramid, square, 0.05);
     const DistanceSummary down = Compare(square, pyramid, 0.05);
     EXPECT_NEAR(up.max, 1.0, 1e-6);
     EXPECT_EQ(up.position.z, 1.0f);
-    // The distance from the middle of the base to a side of the pyramid: 0.5 * sin(atan(2)).
-    EXPECT_NEAR(down.max, std::sqrt(0.2), 0.02);
-    EXPECT_NEAR(down.position.x, 0.5f, 0.06f);
+    // The distance from the middle of the base to the sides of the pyramid, which rise at 45
+    // degrees.
+    EXPECT_NEAR(down.max, std::sqrt(0.5), 0.03);
+    EXPECT_NEAR(down.position.x, 0.0f, 0.06f);
 }
 
 TEST(MeshDifference, ResultsDoNotDependOnTheOrderOfWork) {
