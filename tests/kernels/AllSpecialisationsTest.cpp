@@ -2,6 +2,7 @@
 #include "kernels/PatchKernelTable.h"
 #include "kernels/VertexStep.h"
 #include "tests/fixture/StrokeFixture.h"
+#include "tests/kernels/Widths.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
@@ -172,11 +173,15 @@ void ExpectSameBits(int32_t patchLevel, float radius, uint8_t freezeAmount) {
         SCOPED_TRACE(Describe(s));
         for (const bool vectorStamp : {false, true}) {
             if (vectorStamp && !s.withStamp) continue;
-            const auto fixed = Run(s, true, vectorStamp, patchLevel, radius, freezeAmount);
             const auto byValue = Run(s, false, vectorStamp, patchLevel, radius, freezeAmount);
-            ASSERT_EQ(fixed.size(), byValue.size());
-            ASSERT_EQ(std::memcmp(fixed.data(), byValue.data(), fixed.size()), 0)
-                << (vectorStamp ? "vector stamp" : "plain stamp or none");
+            for (const VectorWidth width : AvailableWidths()) {
+                const WithWidth chosen(width);
+                const auto fixed = Run(s, true, vectorStamp, patchLevel, radius, freezeAmount);
+                ASSERT_EQ(fixed.size(), byValue.size());
+                ASSERT_EQ(std::memcmp(fixed.data(), byValue.data(), fixed.size()), 0)
+                    << "width " << static_cast<int>(width)
+                    << (vectorStamp ? ", vector stamp" : ", plain stamp or none");
+            }
         }
     }
 }
@@ -245,9 +250,14 @@ TEST(AllSpecialisations, AgreeOnZerosInfinitiesAndNaN) {
         if (s.withStamp || s.tiledStamp || s.throughLayer || s.withoutRadius || s.notifyPerVertex)
             continue;
         SCOPED_TRACE(Describe(s));
-        for (unsigned seed = 0; seed < 100; ++seed)
-            ASSERT_EQ(RunOnRandomPositions(s, true, seed), RunOnRandomPositions(s, false, seed))
-                << "seed " << seed;
+        for (unsigned seed = 0; seed < 100; ++seed) {
+            const auto byValue = RunOnRandomPositions(s, false, seed);
+            for (const VectorWidth width : AvailableWidths()) {
+                const WithWidth chosen(width);
+                ASSERT_EQ(RunOnRandomPositions(s, true, seed), byValue)
+                    << "seed " << seed << ", width " << static_cast<int>(width);
+            }
+        }
     }
 }
 

@@ -2,9 +2,9 @@
 
 /// \file Tests that every vector width gives bit-identical results, even for NaN and whole dabs.
 #include "kernels/PatchNormals.h"
-#include "kernels/batch/VectorWidth.h"
 #include "kernels/batch/VertexBatch.h"
 #include "tests/fixture/StrokeFixture.h"
+#include "tests/kernels/Widths.h"
 #include "tests/meshes/MeshZoo.h"
 
 #include <gtest/gtest.h>
@@ -155,13 +155,12 @@ TEST(PackedNormals, EqualThoseOfTheVectorOperations) {
 }
 
 std::vector<VertexBits> StrokeWith(VectorWidth width, Tool tool) {
-    const VectorWidth before = UseVectorWidth(width);
+    const WithWidth chosen(width);
     StrokeFixture bench(RotatedCornerGrid(4), 4);
     bench.Activate(tool, 1);
     bench.Begin();
     for (const uint32_t face : {40u, 300u, 900u}) bench.Dab(bench.HitFace(face), 1.3f, 20.0f, 0.8f);
     bench.End();
-    UseVectorWidth(before);
     return BitsOf(bench.Mesh());
 }
 
@@ -187,10 +186,15 @@ float HeightOf(uint32_t v, Heights heights) {
 }
 
 /// All results of a dab as bytes: vertices, normals, records and the bounds of the moved vertices.
-std::vector<uint8_t> DabWith(
-    VectorWidth width, Tool tool, float radius, int32_t patchLevel, Heights heights) {
-    const VectorWidth before = UseVectorWidth(width);
+std::vector<uint8_t> DabWith(VectorWidth width,
+                             Tool tool,
+                             float radius,
+                             int32_t patchLevel,
+                             Heights heights,
+                             bool inWorldSpace) {
+    const WithWidth chosen(width);
     StrokeFixture bench(SingleQuad(), 7);
+    if (inWorldSpace) bench.geometry->Transform().Set({1.0f, 1.25f, 1.5f}, {}, {});
     LevelMesh& mesh = bench.Mesh();
     for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
         mesh.vertices.array[v].z = HeightOf(v, heights);
@@ -205,6 +209,7 @@ std::vector<uint8_t> DabWith(
     bench.Begin();
     bench.Dab(bench.HitFace(2000), radius, 0.001f, 0.8f);
     EXPECT_EQ(bench.brush->patchLevel, patchLevel);
+    EXPECT_EQ(bench.brush->nonUniformScale, inWorldSpace);
     add(&bench.brush->brushSpace->boundsMin, 1);
     add(&bench.brush->brushSpace->boundsMax, 1);
     bench.Dab(bench.HitFace(9000), radius, 0.001f, 0.8f);
@@ -214,7 +219,6 @@ std::vector<uint8_t> DabWith(
     add(&bench.brush->brushSpace->boundsMin, 1);
     add(&bench.brush->brushSpace->boundsMax, 1);
     bench.End();
-    UseVectorWidth(before);
     return bytes;
 }
 
@@ -226,10 +230,15 @@ TEST_F(VectorWidths, DabsOnPatchesOfEverySizeAreBitIdentical) {
              {std::pair{4.0f, 7}, {1.5f, 6}, {0.7f, 4}, {0.2f, 3}, {0.05f, 1}}) {
             for (const Heights heights :
                  {Heights::Uneven, Heights::ZerosOfBothSigns, Heights::SomeNaN}) {
-                EXPECT_TRUE(DabWith(VectorWidth::Four, tool, radius, patchLevel, heights) ==
-                            DabWith(VectorWidth::Eight, tool, radius, patchLevel, heights))
-                    << "tool " << static_cast<int>(tool) << ", radius " << radius << ", heights "
-                    << static_cast<int>(heights);
+                for (const bool inWorldSpace : {false, true}) {
+                    const auto dab = [&](VectorWidth width) {
+                        return DabWith(width, tool, radius, patchLevel, heights, inWorldSpace);
+                    };
+                    EXPECT_TRUE(dab(VectorWidth::Four) == dab(VectorWidth::Eight))
+                        << "tool " << static_cast<int>(tool) << ", radius " << radius
+                        << ", heights " << static_cast<int>(heights) << ", in world space "
+                        << inWorldSpace;
+                }
             }
         }
     }

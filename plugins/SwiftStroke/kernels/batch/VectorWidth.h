@@ -12,6 +12,8 @@ enum class VectorWidth {
     Four,   ///< SSE2, available on every x86-64 CPU
     Eight,  ///< AVX2
 };
+/// All widths, the narrowest first.
+inline constexpr VectorWidth allVectorWidths[] = {VectorWidth::Four, VectorWidth::Eight};
 
 /// Returns whether the CPU supports the width.
 bool IsAvailable(VectorWidth width);
