@@ -1,8 +1,14 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Checks the machine code of the patch kernels: each specialisation contains only the code of its own path.
+"""Checks the machine code of the functions that a dab runs for each vertex.
 
-Usage: check_kernels.py SwiftStroke.so
+Usage: check_kernels.py SwiftStroke.so OBJECT...
+
+- A loop that exists once per kernel contains only the code of its kernel's path.
+- A loop that exists once per vector width uses the registers of this width and calls no host code.
+- Nothing uses fused multiply-add.
+- An object file with instructions beyond the baseline contains them only in templates over lanes. Other functions may
+  be shared with the rest of the library, which must run on every CPU.
 
 For optimised builds only. The exit status is 0 if all checks pass; otherwise it is 1, and the reasons are printed.
 """
@@ -13,62 +19,100 @@ import sys
 SWITCHES = 10
 # Bits in the kernel index.
 STAMP, LAYER, NOTIFY = 1, 16, 256
-
-
-def kernel_index(name):
-    """Returns the index of a demangled kernel or of its loop. The name omits trailing false members."""
-    found = re.search(r"(?:PatchKernel|MoveBatch)<trovik::KernelSwitches\{([^}]*)\}>", name)
-    if not found:
-        return None
-    words = [word.strip() for word in found.group(1).split(",") if word.strip()]
-    return sum(1 << bit for bit, word in enumerate(words) if word == "true")
+# The loops of one vector width and the number of their instantiations.
+LOOPS = {"ComputeWeights": 6, "MoveInAnyOrder": 10, "AverageRows": 2, "PackNormals": 1}
+REGISTERS = {4: r"%xmm", 8: r"%ymm"}
+INDIRECT = r"^(notrack )?(call|jmp)q?\s+\*"
+FUSED = r"\bvf(n?m(add|sub))"
+STAMP_CODE = (("divides by a stamp matrix", r"\bv?divps\b"),
+              ("rounds to pixels", r"\bv?cvtss2si\b"),
+              ("reads a mirrored stamp", "MirroredStartPosition"))
 
 
 def functions(path):
-    """Returns the instructions of the kernels by index, and the names of all functions."""
+    """Returns the instructions of each function, without the parts that are rarely executed."""
     listing = subprocess.run(["objdump", "-dC", "--no-show-raw-insn", path], check=True,
                              capture_output=True, text=True).stdout
-    kernels, names, body = {}, [], None
+    found, body = {}, None
     for line in listing.splitlines():
         head = re.match(r"^[0-9a-f]+ <(.*)>:$", line)
         if head:
-            names.append(head.group(1))
-            index = kernel_index(head.group(1))
-            cold = "[clone .cold" in head.group(1)
-            body = kernels.setdefault(index, []) if index is not None and not cold else None
+            body = None if "[clone .cold" in head.group(1) else found.setdefault(head.group(1), [])
         elif body is not None and "\t" in line:
             body.append(line.split("\t", 1)[1])
-    return kernels, names
+    return found
+
+
+def of_kernels(bodies, function):
+    """Returns the instructions of the kernels' instances of a function, by kernel index."""
+    kernels = {}
+    for name, body in bodies.items():
+        found = re.search(function + r"<trovik::KernelSwitches\{([^}]*)\}>", name)
+        if found:
+            # The name omits trailing false members.
+            words = [word.strip() for word in found.group(1).split(",") if word.strip()]
+            kernels[sum(1 << bit for bit, word in enumerate(words) if word == "true")] = body
+    return kernels
 
 
 def count(body, pattern):
     return sum(1 for instruction in body if re.search(pattern, instruction))
 
 
-def main():
-    kernels, names = functions(sys.argv[1])
-    wrong = []
-    if sorted(kernels) != list(range(1 << SWITCHES)):
-        wrong.append(f"{len(kernels)} kernels instead of {1 << SWITCHES}")
-    if any("StepVertex" in name for name in names):
-        wrong.append("the vertex step is not inlined")
-    indirect = r"call.*\*"
-    plain = kernels[0]
-    # A stamp needs a projective division, rounding to pixels, and mirrored reads.
-    for what, pattern in (("divides by a stamp matrix", r"\bv?divps\b"),
-                          ("rounds to pixels", r"\bv?cvtss2si\b"),
-                          ("reads a mirrored stamp", "MirroredStartPosition")):
+def check_kernels(bodies):
+    expected = list(range(1 << SWITCHES))
+    if sorted(of_kernels(bodies, "PatchKernel")) != expected:
+        yield f"{len(of_kernels(bodies, 'PatchKernel'))} kernels instead of {len(expected)}"
+    if any("StepVertex" in name for name in bodies):
+        yield "the vertex step is not inlined"
+    loops = of_kernels(bodies, "MoveBatch")
+    plain, stamped = loops[LAYER], loops[LAYER | STAMP]
+    for what, pattern in STAMP_CODE:
         if count(plain, pattern):
-            wrong.append(f"kernel 0 {what}")
-        if not count(kernels[STAMP], pattern):
-            wrong.append(f"kernel {STAMP}, with a stamp, does not contain the code that {what}")
+            yield f"kernel {LAYER} {what}"
+        if not count(stamped, pattern):
+            yield f"kernel {LAYER | STAMP}, with a stamp, does not contain the code that {what}"
     # Layers and renderers are accessed only by virtual calls.
-    for index, what in ((LAYER, "layer"), (NOTIFY, "renderer")):
-        if count(kernels[index], indirect) <= count(plain, indirect):
-            wrong.append(f"kernel {index} does not make more virtual calls than kernel 0, which has no {what}")
-    # Indirect calls are allowed only for the mask, the tool and its bias, each once per patch.
-    if count(plain, indirect) > 4:
-        wrong.append(f"kernel 0 makes {count(plain, indirect)} virtual calls")
+    for bit, what in ((LAYER, "layer"), (NOTIFY, "renderer")):
+        if count(loops[STAMP | bit], INDIRECT) <= count(loops[STAMP], INDIRECT):
+            yield f"kernel {STAMP | bit} does not make more virtual calls than kernel {STAMP}, which has no {what}"
+
+
+def check_widths(bodies):
+    for width, register in REGISTERS.items():
+        for loop, instances in LOOPS.items():
+            found = {name: body for name, body in bodies.items() if f"{loop}<trovik::Lanes{width}" in name}
+            if len(found) != instances:
+                yield f"{len(found)} instances of {loop} at width {width} instead of {instances}"
+            for name, body in found.items():
+                if count(body, register) * 8 < len(body):
+                    yield f"{name} hardly uses {register}"
+                if count(body, INDIRECT):
+                    yield f"{name} makes indirect calls"
+                if loop == "MoveInAnyOrder":
+                    for what, pattern in STAMP_CODE:
+                        if count(body, pattern):
+                            yield f"{name} {what}"
+
+
+def check_objects(paths):
+    checked = 0
+    for path in paths:
+        width = re.search(r"/Stages(\d+)\.cpp\.o$", path)
+        if not width or width.group(1) == "4":
+            continue
+        checked += 1
+        for name, body in functions(path).items():
+            if f"Lanes{width.group(1)}" not in name and f"32x{width.group(1)}" not in name and count(body, r"^v"):
+                yield f"{path}: {name} uses instructions beyond the baseline"
+    if checked != len(REGISTERS) - 1:
+        yield f"{checked} object files of wider vectors instead of {len(REGISTERS) - 1}"
+
+
+def main():
+    bodies = functions(sys.argv[1])
+    wrong = [*check_kernels(bodies), *check_widths(bodies), *check_objects(sys.argv[2:])]
+    wrong += [f"{name} uses fused multiply-add" for name, body in bodies.items() if count(body, FUSED)]
     for reason in wrong:
         print(reason)
     return 1 if wrong else 0

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file Tests that every vector width gives bit-identical results, even for NaN and whole dabs.
-#include "kernels/PatchNormals.h"
-#include "kernels/batch/VertexBatch.h"
+#include "kernels/batch/BatchStages.h"
+#include "kernels/stages/DabConstants.h"
 #include "tests/fixture/StrokeFixture.h"
 #include "tests/kernels/Widths.h"
 #include "tests/meshes/MeshZoo.h"
@@ -41,7 +41,7 @@ private:
 class VectorWidths : public ::testing::Test {
 protected:
     void SetUp() override {
-        if (!IsAvailable(VectorWidth::Eight)) GTEST_SKIP() << "the CPU supports only one width";
+        if (WiderWidths().empty()) GTEST_SKIP() << "the CPU supports only one width";
     }
 };
 
@@ -59,51 +59,56 @@ VertexBatch RandomBatch(Numbers& numbers) {
     return batch;
 }
 
-template <BuildUp buildUp, bool inWorldSpace>
-void ExpectSameWeights(StrokeFixture& bench) {
-    Numbers numbers(buildUp == BuildUp::None ? 1 : buildUp == BuildUp::Damps ? 2 : 3);
+void ExpectSameWeights(StrokeFixture& bench, BuildUp buildUp, bool inWorldSpace) {
+    Numbers numbers(1 + static_cast<uint32_t>(buildUp));
     SwiftStroke& brush = *bench.brush;
+    const auto weigh = [&](VectorWidth width) {
+        return StagesOf(width).weights[static_cast<unsigned>(buildUp)][inWorldSpace ? 1 : 0];
+    };
     const float table[] = {1.0f, 0.75f, 0.5f, -0.0f, notANumber};
     for (int round = 0; round < 400; ++round) {
-        WeightTerms terms;
-        for (float& c : terms.center) c = numbers.Next();
-        terms.radiusSquared = round % 20 == 0 ? numbers.Next() : 1.5f;
-        terms.falloffTable = table;
-        terms.falloffLast = 4;
-        terms.falloffScale = round % 7 == 0 ? numbers.Next() : 3.0f;
-        terms.buildUpRateCubed = 0.343f;
-        terms.dabPressure = numbers.Next();
-        terms.dabStamp = dabStamp;
-        terms.facingActive = round % 3 == 0;
-        terms.scaleAsWax = round % 2 == 0;
-        terms.waxScale = 0.6f;
-        terms.space = brush.brushSpace;
+        DabConstants dab(brush, false);
+        dab.center = HWVector(numbers.Next(), numbers.Next(), numbers.Next(), 0.0f);
+        dab.radiusSquared = round % 20 == 0 ? numbers.Next() : 1.5f;
+        dab.falloffTable = table;
+        dab.falloffLast = 4;
+        dab.falloffScale = round % 7 == 0 ? numbers.Next() : 3.0f;
+        dab.buildUpRateCubed = 0.343f;
+        dab.dabPressure = numbers.Next();
+        dab.dabStamp = dabStamp;
+        dab.facingActive = round % 3 == 0;
+        dab.scaleAsWax = round % 2 == 0;
+        dab.waxScale = 0.6f;
         for (HWVector& row : brush.brushSpace->meshToWorld)
             row = HWVector(numbers.Next(), numbers.Next(), numbers.Next(), numbers.Next());
         const uint32_t count = 1 + numbers.Word() % VertexBatch::capacity;
         VertexBatch four = RandomBatch(numbers);
-        VertexBatch eight = four;
-        const uint64_t within = ComputeWeights<buildUp, inWorldSpace>(terms, count, four);
-        ASSERT_EQ(within, (ComputeWeightsWide<buildUp, inWorldSpace>(terms, count, eight)));
-        for (uint32_t i = 0; i < count; ++i) {
-            if (((within >> i) & 1u) == 0) continue;
-            ASSERT_EQ(std::bit_cast<uint32_t>(four.weight[i]),
-                      std::bit_cast<uint32_t>(eight.weight[i]))
-                << "round " << round << ", vertex " << i;
-            ASSERT_EQ(std::bit_cast<uint32_t>(four.buildUp[i]),
-                      std::bit_cast<uint32_t>(eight.buildUp[i]));
+        const VertexBatch before = four;
+        const uint64_t within = weigh(VectorWidth::Four)(dab, count, four);
+        for (const VectorWidth width : WiderWidths()) {
+            VertexBatch wide = before;
+            ASSERT_EQ(within, weigh(width)(dab, count, wide));
+            for (uint32_t i = 0; i < count; ++i) {
+                if (((within >> i) & 1u) == 0) continue;
+                ASSERT_EQ(std::bit_cast<uint32_t>(four.weight[i]),
+                          std::bit_cast<uint32_t>(wide.weight[i]))
+                    << "width " << static_cast<int>(width) << ", round " << round << ", vertex "
+                    << i;
+                ASSERT_EQ(std::bit_cast<uint32_t>(four.buildUp[i]),
+                          std::bit_cast<uint32_t>(wide.buildUp[i]));
+            }
         }
     }
 }
 
 TEST_F(VectorWidths, WeightsAreBitIdentical) {
     StrokeFixture bench(SingleQuad());
-    ExpectSameWeights<BuildUp::None, false>(bench);
-    ExpectSameWeights<BuildUp::None, true>(bench);
-    ExpectSameWeights<BuildUp::Damps, false>(bench);
-    ExpectSameWeights<BuildUp::Damps, true>(bench);
-    ExpectSameWeights<BuildUp::DampsAndGrows, false>(bench);
-    ExpectSameWeights<BuildUp::DampsAndGrows, true>(bench);
+    bench.Activate(Tool::Sculpt, 1);
+    bench.Begin();
+    for (const BuildUp buildUp : {BuildUp::None, BuildUp::Damps, BuildUp::DampsAndGrows})
+        for (const bool inWorldSpace : {false, true})
+            ExpectSameWeights(bench, buildUp, inWorldSpace);
+    bench.End();
 }
 
 TEST_F(VectorWidths, PackedNormalsAreBitIdentical) {
@@ -115,12 +120,14 @@ TEST_F(VectorWidths, PackedNormalsAreBitIdentical) {
             for (HWVector& cell : grid)
                 cell = HWVector(numbers.Next(), numbers.Next(), numbers.Next(), 0.0f);
             const HWVector scale(1.0f, 0.25f, 4.0f, 0.0f);
+            const HWVector* const first = grid.data() + stride + 1;
             PackedRow four{};
-            PackedRow eight{};
-            PackNormals(grid.data() + stride + 1, stride, count, scale, four);
-            PackNormalsWide(grid.data() + stride + 1, stride, count, scale, eight);
-            for (uint32_t i = 0; i < count; ++i) {
-                ASSERT_EQ(four.normals[i], eight.normals[i]) << count << ", " << i;
+            StagesOf(VectorWidth::Four).packNormals(first, stride, count, scale, four);
+            for (const VectorWidth width : WiderWidths()) {
+                PackedRow wide{};
+                StagesOf(width).packNormals(first, stride, count, scale, wide);
+                for (uint32_t i = 0; i < count; ++i)
+                    ASSERT_EQ(four.normals[i], wide.normals[i]) << count << ", " << i;
             }
         }
     }
@@ -139,7 +146,7 @@ TEST(PackedNormals, EqualThoseOfTheVectorOperations) {
             const HWVector scale(0.5f, 1.0f, 2.0f, 0.0f);
             PackedRow packed{};
             const HWVector* cell = grid.data() + stride + 1;
-            PackNormals(cell, stride, count, scale, packed);
+            StagesOf(VectorWidth::Four).packNormals(cell, stride, count, scale, packed);
             for (uint32_t i = 0; i < count; ++i, ++cell) {
                 HWVector normal =
                     ((cell[-1] - cell[1]) & (*(cell - stride) - *(cell + stride))) * scale;
@@ -167,8 +174,9 @@ std::vector<VertexBits> StrokeWith(VectorWidth width, Tool tool) {
 TEST_F(VectorWidths, WholeDabsAreBitIdentical) {
     for (const Tool tool :
          {Tool::Sculpt, Tool::Flatten, Tool::Pinch, Tool::Smooth, Tool::Wax, Tool::Bulge})
-        EXPECT_EQ(StrokeWith(VectorWidth::Four, tool), StrokeWith(VectorWidth::Eight, tool))
-            << static_cast<int>(tool);
+        for (const VectorWidth width : WiderWidths())
+            EXPECT_EQ(StrokeWith(VectorWidth::Four, tool), StrokeWith(width, tool))
+                << "width " << static_cast<int>(width) << ", tool " << static_cast<int>(tool);
 }
 
 enum class Heights { Uneven, ZerosOfBothSigns, SomeNaN };
@@ -234,10 +242,12 @@ TEST_F(VectorWidths, DabsOnPatchesOfEverySizeAreBitIdentical) {
                     const auto dab = [&](VectorWidth width) {
                         return DabWith(width, tool, radius, patchLevel, heights, inWorldSpace);
                     };
-                    EXPECT_TRUE(dab(VectorWidth::Four) == dab(VectorWidth::Eight))
-                        << "tool " << static_cast<int>(tool) << ", radius " << radius
-                        << ", heights " << static_cast<int>(heights) << ", in world space "
-                        << inWorldSpace;
+                    const auto expected = dab(VectorWidth::Four);
+                    for (const VectorWidth width : WiderWidths())
+                        EXPECT_TRUE(dab(width) == expected)
+                            << "width " << static_cast<int>(width) << ", tool "
+                            << static_cast<int>(tool) << ", radius " << radius << ", heights "
+                            << static_cast<int>(heights) << ", in world space " << inWorldSpace;
                 }
             }
         }

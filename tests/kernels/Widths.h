@@ -15,6 +15,13 @@ inline std::vector<VectorWidth> AvailableWidths() {
     return widths;
 }
 
+/// Returns the vector widths that the CPU supports and that are compared with the narrowest.
+inline std::vector<VectorWidth> WiderWidths() {
+    std::vector<VectorWidth> widths = AvailableWidths();
+    widths.erase(widths.begin());
+    return widths;
+}
+
 /// Uses a vector width during its lifetime.
 class WithWidth {
 public:

@@ -3,6 +3,7 @@
 
 #include "brush/Registration.h"
 #include "brush/Translation.h"
+#include "kernels/stages/PackedNormals.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -158,12 +159,7 @@ void SwiftStroke::setFalloffLast(float value) {
 }
 
 void SwiftStroke::setVertexNormal(uint32_t vertex, const HWVector& normal) {
-    int integers[4];
-    normal.StoreNormalAsInt(integers);
-    PackedNormal& packed = mesh->vertexNormals[vertex];
-    packed.x = static_cast<int16_t>(integers[3]);
-    packed.y = static_cast<int16_t>(integers[2]);
-    packed.z = static_cast<int16_t>(integers[1]);
+    PackNormal(normal, mesh->vertexNormals[vertex]);
 }
 
 }  // namespace trovik

@@ -60,6 +60,22 @@ constexpr Family FamilyOf(bool averageBit, bool pullBit) {
     return pullBit ? Family::Pulling : Family::Pushing;
 }
 
+/// Whether a kernel calls no host code per vertex and measures distances from the centre, so that
+/// the loops for several vertices at a time can run it.
+constexpr bool RunsInLanes(const KernelSwitches& s) {
+    return !s.withStamp && !s.tiledStamp && !s.withoutRadius && !s.throughLayer &&
+           !s.notifyPerVertex;
+}
+/// Whether the vertex order affects only the bounds.
+constexpr bool MovesInAnyOrder(const KernelSwitches& s) {
+    return RunsInLanes(s) && FamilyOf(s.averageBit, s.pullBit) != Family::Averaging;
+}
+/// Whether the kernel averages positions and may process several rows at once.
+constexpr bool AveragesRows(const KernelSwitches& s) {
+    return RunsInLanes(s) && FamilyOf(s.averageBit, s.pullBit) == Family::Averaging &&
+           s.alongVertexNormal;
+}
+
 /// Compile-time switches of a patch kernel's vertex step.
 template <KernelSwitches switches>
 struct FixedSwitches {

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 
-/// \file Computes the normals of a patch by central differences over its grid. Four adjacent cells
-/// of a row are transposed to four x, four y and four z values. Each number is computed by the same
-/// operations as in HWVector's products and HWVector::Normalize, in the same order.
+/// \file Computes the normals of a patch by central differences over its grid. Adjacent cells of a
+/// row are transposed to registers of x, y and z values.
 #include "kernels/PatchNormals.h"
 
 #include "brush/SwiftStroke.h"
-#include "kernels/batch/VectorWidth.h"
+#include "kernels/batch/BatchStages.h"
 
 #include <algorithm>
 #include <cstring>
@@ -14,60 +13,6 @@
 namespace trovik {
 
 namespace {
-
-/// Each member contains one component of four vectors.
-struct Components {
-    __m128 x, y, z;
-};
-
-TROVIK_FORCE_INLINE Components Transposed(__m128 v0, __m128 v1, __m128 v2, __m128 v3) {
-    // From low to high, the lanes are w z y x; w is unused.
-    const __m128 zw01 = _mm_unpacklo_ps(v0, v1);
-    const __m128 zw23 = _mm_unpacklo_ps(v2, v3);
-    const __m128 xy01 = _mm_unpackhi_ps(v0, v1);
-    const __m128 xy23 = _mm_unpackhi_ps(v2, v3);
-    return {_mm_movehl_ps(xy23, xy01), _mm_movelh_ps(xy01, xy23), _mm_movehl_ps(zw23, zw01)};
-}
-
-TROVIK_FORCE_INLINE __m128 Difference(__m128 a, __m128 b, __m128 c, __m128 d) {
-    return _mm_sub_ps(_mm_mul_ps(a, b), _mm_mul_ps(c, d));
-}
-
-/// Computes the normals at `cell` and the three following cells.
-TROVIK_FORCE_INLINE void PackFour(const HWVector* cell,
-                                  uint32_t stride,
-                                  const Components& scale,
-                                  uint64_t* out) {
-    const auto side = [cell](int i) { return _mm_sub_ps(cell[i - 1].lanes, cell[i + 1].lanes); };
-    const HWVector* above = cell - stride;
-    const HWVector* below = cell + stride;
-    const auto step = [=](int i) { return _mm_sub_ps(above[i].lanes, below[i].lanes); };
-    const Components across = Transposed(side(0), side(1), side(2), side(3));
-    const Components along = Transposed(step(0), step(1), step(2), step(3));
-    Components n;
-    n.x = _mm_mul_ps(Difference(across.y, along.z, across.z, along.y), scale.x);
-    n.y = _mm_mul_ps(Difference(across.z, along.x, across.x, along.z), scale.y);
-    n.z = _mm_mul_ps(Difference(across.x, along.y, across.y, along.x), scale.z);
-
-    const __m128 dot =
-        _mm_add_ps(_mm_mul_ps(n.z, n.z), _mm_add_ps(_mm_mul_ps(n.y, n.y), _mm_mul_ps(n.x, n.x)));
-    const __m128 one = _mm_set1_ps(1.0f);
-    // A vector whose dot product with itself is 0 does not change, so its factor is 1.
-    const __m128 isZero = _mm_cmpeq_ps(dot, _mm_setzero_ps());
-    const __m128 inverse = _mm_div_ps(one, _mm_sqrt_ps(dot));
-    const __m128 factor = _mm_or_ps(_mm_andnot_ps(isZero, inverse), _mm_and_ps(isZero, one));
-    const auto words = [factor](__m128 component) {
-        const __m128 unit = _mm_mul_ps(component, factor);
-        return _mm_cvtps_epi32(_mm_mul_ps(unit, _mm_set1_ps(32767.0f)));
-    };
-    // Takes the lower half of each word, as in a narrowing conversion without saturation.
-    const __m128i lowX = _mm_srli_epi32(_mm_slli_epi32(words(n.x), 16), 16);
-    const __m128i xy = _mm_or_si128(lowX, _mm_slli_epi32(words(n.y), 16));
-    const __m128i z = _mm_and_si128(words(n.z), _mm_set1_epi32(0xffff));
-    auto* two = reinterpret_cast<__m128i*>(out);
-    _mm_storeu_si128(two, _mm_unpacklo_epi32(xy, z));
-    _mm_storeu_si128(two + 1, _mm_unpackhi_epi32(xy, z));
-}
 
 /// The fourth word is reserved for the host and does not change. The normal is read and written as
 /// one word, so that the load is issued long before its value is needed.
@@ -81,27 +26,18 @@ TROVIK_FORCE_INLINE void StoreNormal(PackedNormal& normal, uint64_t packed) {
 
 }  // namespace
 
-void PackNormals(
+void PackFewNormals(
     const HWVector* cell, uint32_t stride, uint32_t count, const HWVector& scale, PackedRow& out) {
-    const Components scales = {
-        _mm_set1_ps(scale.X()), _mm_set1_ps(scale.Y()), _mm_set1_ps(scale.Z())};
-    if (count >= 4) {
-        for (uint32_t i = 0; i < count; i += 4) {
-            // The last group of four ends at the last cell and recomputes some normals.
-            const uint32_t first = std::min(i, count - 4);
-            PackFour(cell + first, stride, scales, out.normals + first);
-        }
-        return;
-    }
-    // If there are fewer than four cells, they are processed in a copy, because the grid may end
-    // after them.
-    HWVector copy[3][6];
-    for (uint32_t i = 0; i < 6; ++i) {
+    constexpr uint32_t lanes = 4;
+    if (count >= lanes) return batchStages4.packNormals(cell, stride, count, scale, out);
+    // The cells are processed in a copy, because the grid may end after them.
+    HWVector copy[3][lanes + 2];
+    for (uint32_t i = 0; i < lanes + 2; ++i) {
         const uint32_t from = std::min(i, count + 1);
         for (uint32_t row = 0; row < 3; ++row)
             copy[row][i] = *(cell + from + row * stride - stride - 1);
     }
-    PackFour(copy[1] + 1, 6, scales, out.normals);
+    batchStages4.packNormals(copy[1] + 1, lanes + 2, lanes, scale, out);
 }
 
 /// Computes the normals of a patch and stores them.
@@ -118,7 +54,7 @@ public:
           fetchesLate(brush.PrefetchesLate()),
           normals(brush.mesh->vertexNormals.array),
           scaleSquared(brush.brushSpace->inverseScale * brush.brushSpace->inverseScale),
-          pack(CurrentVectorWidth() == VectorWidth::Eight ? &PackNormalsWide : &PackNormals) {}
+          pack(StagesOf(CurrentVectorWidth()).packNormals) {}
 
     /// Processes the rows as one sequence, including the ghost cells between them. This is cheaper
     /// than processing partial groups at the end of each row.
@@ -184,7 +120,7 @@ private:
     bool fetchesLate;
     PackedNormal* normals;
     HWVector scaleSquared;
-    decltype(&PackNormals) pack;
+    NormalPacker pack;
     PackedRow packed = {};
 };
 
@@ -192,11 +128,11 @@ void SwiftStroke::RefreshPatchNormals(const uint32_t* slice) { NormalRefresh(*th
 
 void SwiftStroke::RefreshNormal(uint32_t row, uint32_t column, uint32_t vertex) {
     PackedRow packed;
-    PackNormals(positionGrid + (row + 1) * gridStride + column + 1,
-                gridStride,
-                1,
-                brushSpace->inverseScale * brushSpace->inverseScale,
-                packed);
+    PackFewNormals(positionGrid + (row + 1) * gridStride + column + 1,
+                   gridStride,
+                   1,
+                   brushSpace->inverseScale * brushSpace->inverseScale,
+                   packed);
     StoreNormal(mesh->vertexNormals[vertex], packed.normals[0]);
 }
 

@@ -11,7 +11,7 @@ namespace trovik {
 /// PackedNormal, with the host's word set to 0.
 struct PackedRow {
     static constexpr uint32_t capacity = 64;
-    alignas(32) uint64_t normals[capacity];
+    alignas(64) uint64_t normals[capacity];
 };
 
 /// Computes normals by central differences at `count` cells (1 to 64) starting at `cell`, in a grid
@@ -19,10 +19,11 @@ struct PackedRow {
 /// row and along the column, multiplied by `scale` per component, then normalised and packed as in
 /// HWVector. Reads only the `count` + 2 cells that start at `cell` - 1, in this row and the two
 /// adjacent rows.
-void PackNormals(
+using NormalPacker = void (*)(
     const HWVector* cell, uint32_t stride, uint32_t count, const HWVector& scale, PackedRow& out);
-/// Computes bit-identical results, eight cells at a time. Requires VectorWidth::Eight.
-void PackNormalsWide(
+
+/// A NormalPacker for counts that are less than the number of lanes.
+void PackFewNormals(
     const HWVector* cell, uint32_t stride, uint32_t count, const HWVector& scale, PackedRow& out);
 
 }  // namespace trovik

@@ -4,14 +4,16 @@
 #include "kernels/stages/Displacement.h"
 #include "kernels/stages/StampSampling.h"
 #include "kernels/stages/Weight.h"
+#include "kernels/stages/WorldSpace.h"
 #include "kernels/stages/WriteBack.h"
 
 /// \file The brush algorithm for one vertex: look up its record, mark it, compute the weight,
 /// sample the stamp, apply the strength, compute the displacement, write the result. StepVertex
 /// runs all of it, for meshes without quads (VertexKernel.cpp). The patch kernels (PatchKernel.h)
 /// run the first stage, up to the weight, over batches of vertices (kernels/batch), and then the
-/// second stage: MoveVertex or a batch version of it. The batch versions use the same operations in
-/// the same order, and tests check that their results are bit-identical to those of StepVertex.
+/// second stage: MoveVertex or a batch version of it. The formulas that the stages and the batch
+/// versions share are templates over lanes (kernels/formulas), and tests check that the results of
+/// the batch versions are bit-identical to those of StepVertex.
 namespace trovik {
 
 /// Updates the grid without moving the vertex.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "brush/SwiftStroke.h"
-#include "kernels/stages/DabConstants.h"
+#include "kernels/stages/PackedNormals.h"
 #include "kernels/stages/RecordLookup.h"
 #include "stroke/AtScopeEnd.h"
 #include "topology/Grid.h"
@@ -84,7 +84,7 @@ void SwiftStroke::SampleCross(const SurfacePoint& hit, Vector& normal, Vector& p
             // With a radius of 0, even the weight of the vertex at the centre is NaN (zero times
             // infinity), and NaN must not propagate to the direction.
             if (!(weight >= 0.0f)) break;
-            normalSum = normalSum + HWVector(UnpackNormal(record.originalNormal)) * weight;
+            normalSum = normalSum + UnpackNormal(record.originalNormal) * weight;
             positionSum = positionSum + HWVector(p) * weight;
             weightSum += weight;
             ++samples;

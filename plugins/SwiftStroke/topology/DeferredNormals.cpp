@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "brush/SwiftStroke.h"
+#include "kernels/stages/PackedNormals.h"
 #include "topology/NormalCalculator.h"
 
 namespace trovik {
@@ -13,12 +14,7 @@ void SwiftStroke::FlushDeferredNormals() {
         const DeferredNormal& pending = deferredNormals.array[i];
         Vector normal;
         calculator.Calculate(normal, pending.vertex, pending.face);
-        int integers[4];
-        HWVector(normal).StoreNormalAsInt(integers);
-        PackedNormal& packed = patchMesh->vertexNormals[pending.vertex];
-        packed.x = static_cast<int16_t>(integers[3]);
-        packed.y = static_cast<int16_t>(integers[2]);
-        packed.z = static_cast<int16_t>(integers[1]);
+        PackNormal(HWVector(normal), patchMesh->vertexNormals[pending.vertex]);
     }
     deferredNormals.SetFill(0, true);
 }

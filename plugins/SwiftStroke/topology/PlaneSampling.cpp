@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "brush/Registration.h"
 #include "brush/SwiftStroke.h"
-#include "kernels/stages/DabConstants.h"
+#include "kernels/stages/PackedNormals.h"
 #include "kernels/stages/RecordLookup.h"
+#include "kernels/stages/WorldSpace.h"
 
 namespace trovik {
 
@@ -60,7 +61,7 @@ bool SwiftStroke::SamplePlaneVertexUnchecked(uint32_t vertex) {
         normal = mesh->vertexNormals.array[vertex];
         position = Vector(present.x, present.y, present.z);
     }
-    planeSampleNormalSum += UnpackNormal(normal) * weight;
+    planeSampleNormalSum += static_cast<Vector>(UnpackNormal(normal)) * weight;
     planeSamplePositionSum += position * weight;
     planeSampleWeight += weight;
     return true;

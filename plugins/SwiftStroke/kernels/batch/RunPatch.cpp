@@ -3,42 +3,47 @@
 /// \file The part that all patch kernels have in common: the first stage of the vertex step, batch
 /// by batch. The switches are tested once per patch or per batch here; the loops over vertices do
 /// not test them.
-#include "kernels/batch/VectorWidth.h"
-#include "kernels/batch/VertexBatch.h"
-#include "kernels/stages/DabConstants.h"
+#include "kernels/batch/BatchStages.h"
+#include "kernels/stages/Weight.h"
 
 #include <algorithm>
+#include <bit>
 
 namespace trovik {
 
 namespace {
 
-using WeightFunction = uint64_t (*)(const WeightTerms&, uint32_t, VertexBatch&);
-
-bool IsWide() { return CurrentVectorWidth() == VectorWidth::Eight; }
-
-template <BuildUp buildUp>
-WeightFunction WeightFunctionOf(bool inWorldSpace) {
-    if (IsWide())
-        return inWorldSpace ? &ComputeWeightsWide<buildUp, true>
-                            : &ComputeWeightsWide<buildUp, false>;
-    return inWorldSpace ? &ComputeWeights<buildUp, true> : &ComputeWeights<buildUp, false>;
+WeightFunction WeightFunctionFor(const BatchStages& stages, const KernelSwitches& switches) {
+    const Family family = FamilyOf(switches.averageBit, switches.pullBit);
+    const BuildUp buildUp = BuildUpOf(family, switches.withStamp);
+    return stages.weights[static_cast<unsigned>(buildUp)][switches.inWorldSpace ? 1 : 0];
 }
 
-/// Only pushing kernels use build-up. With a stamp, the stamp stage adds it.
-WeightFunction WeightFunctionFor(const KernelSwitches& switches) {
-    const bool world = switches.inWorldSpace;
-    if (FamilyOf(switches.averageBit, switches.pullBit) != Family::Pushing)
-        return WeightFunctionOf<BuildUp::None>(world);
-    return switches.withStamp ? WeightFunctionOf<BuildUp::Damps>(world)
-                              : WeightFunctionOf<BuildUp::DampsAndGrows>(world);
+/// \return null if the kernel depends on the vertex order.
+OrderFreeMover MoverFor(const BatchStages& stages, const KernelSwitches& switches) {
+    if (!MovesInAnyOrder(switches)) return nullptr;
+    const Way way =
+        WayOf(FamilyOf(switches.averageBit, switches.pullBit), switches.alongVertexNormal);
+    return stages.movers[static_cast<unsigned>(way)][switches.inWorldSpace ? 1 : 0];
+}
+
+/// \return null if the kernel does not average rows.
+RowMover RowMoverFor(const BatchStages& stages, const KernelSwitches& switches) {
+    return AveragesRows(switches) ? stages.rowMovers[switches.inWorldSpace ? 1 : 0] : nullptr;
+}
+
+/// Fills `facing` for the vertices that this dab visits for the first time. Reads the camera for
+/// each of them.
+void FaceBatch(const DabConstants& dab, uint32_t count, VertexBatch& batch) {
+    for (uint32_t i = 0; i < count; ++i) {
+        const bool marked = std::bit_cast<uint32_t>(batch.start[i][3]) == dab.dabStamp;
+        batch.facing[i] = marked ? 1.0f : FacingFactor(dab.brush, *batch.records[i]);
+    }
 }
 
 /// One run of a kernel over a patch.
 class PatchRun {
 public:
-    // The analyzer cannot see the terms' constructor, which is in a different file.
-    // NOLINTNEXTLINE(clang-analyzer-optin.cplusplus.UninitializedObject)
     PatchRun(SwiftStroke& swiftStroke,
              const KernelSwitches& kernelSwitches,
              const BatchMovers& kernelMovers,
@@ -47,10 +52,10 @@ public:
           switches(kernelSwitches),
           movers(kernelMovers),
           dab(swiftStroke, mirroredStamp),
-          terms(dab),
-          weigh(WeightFunctionFor(kernelSwitches)),
-          wideMover(IsWide() ? WideMoverFor(kernelSwitches) : nullptr),
-          wideRowMover(IsWide() && kernelMovers.rowPair != nullptr ? WideRowMoverFor() : nullptr),
+          stages(StagesOf(CurrentVectorWidth())),
+          weigh(WeightFunctionFor(stages, kernelSwitches)),
+          mover(MoverFor(stages, kernelSwitches)),
+          rowMover(RowMoverFor(stages, kernelSwitches)),
           // With a mirrored stamp lookup, every vertex is processed separately, because the lookup
           // creates further records, and records must be in the order of first touch.
           longest(kernelSwitches.withStamp && mirroredStamp ? 1 : VertexBatch::capacity) {}
@@ -62,7 +67,7 @@ public:
              const PatchVertexEntry* end,
              const PatchCache::Run* records) {
         known.run = records;
-        if (movers.rowPair != nullptr && brush.ListsEachVertexOnce() && dab.mesh.meshType == 1)
+        if (rowMover != nullptr && brush.ListsEachVertexOnce() && dab.mesh.meshType == 1)
             entries = RunRows(entries, end);
         VertexBatch batch;
         while (entries != end) {
@@ -106,11 +111,11 @@ private:
         if (switches.withoutRadius) {
             movingMask = FreshOf(batch, length, dab.dabStamp);
         } else {
-            if (terms.facingActive) FaceBatch(brush, length, terms, batch);
-            movingMask = weigh(terms, length, batch);
+            if (dab.facingActive) FaceBatch(dab, length, batch);
+            movingMask = weigh(dab, length, batch);
         }
         if (dab.mesh.meshType == 0) [[unlikely]]
-            reached |= MarkedWithinReach(batch, length, terms, switches.inWorldSpace);
+            reached |= MarkedWithinReach(batch, length, dab, switches.inWorldSpace);
         return length;
     }
 
@@ -118,14 +123,9 @@ private:
               uint32_t count,
               uint64_t movingMask,
               const VertexBatch& batch) {
-        reached |= wideMover != nullptr ? wideMover(dab,
-                                                    entries,
-                                                    count,
-                                                    movingMask,
-                                                    batch,
-                                                    switches.withFreeze,
-                                                    switches.inWorldSpace)
-                                        : movers.batch(dab, entries, count, movingMask, batch);
+        reached |= mover != nullptr
+                       ? mover(dab, entries, count, movingMask, batch, switches.withFreeze)
+                       : movers.batch(dab, entries, count, movingMask, batch);
     }
 
     /// Averages as many groups of rows as possible.
@@ -133,8 +133,8 @@ private:
     const PatchVertexEntry* RunRows(const PatchVertexEntry* entries, const PatchVertexEntry* end) {
         const uint32_t points = (1u << brush.patchLevel) + 1;
         if (points > RowBatches::capacity) return entries;
-        const uint32_t together = wideRowMover != nullptr ? 4 : 2;
-        RowBatches rows[4];
+        const uint32_t together = stages.rowsTogether;
+        RowBatches rows[maxRowsTogether];
         const std::size_t inAll = std::size_t{together} * points;
         for (; static_cast<std::size_t>(end - entries) >= inAll; entries += inAll) {
             for (uint32_t row = 0; row < together; ++row) {
@@ -147,11 +147,7 @@ private:
                 MoveRow(entries + row * points, taken, rows[row]);
                 return entries + row * points + taken;
             }
-            if (wideRowMover != nullptr)
-                reached |= wideRowMover(
-                    dab, entries, points, rows, switches.withFreeze, switches.inWorldSpace);
-            else
-                reached |= movers.rowPair(dab, entries, points, rows[0], rows[1]);
+            reached |= rowMover(dab, entries, points, rows, switches.withFreeze);
         }
         return entries;
     }
@@ -188,10 +184,10 @@ private:
     const BatchMovers& movers;
     DabConstants dab;
     RecordWalk known;
-    WeightTerms terms;
+    const BatchStages& stages;
     WeightFunction weigh;
-    WideMover wideMover;
-    WideRowMover wideRowMover;
+    OrderFreeMover mover;
+    RowMover rowMover;
     uint32_t longest;
     bool fetchesLate = brush.PrefetchesLate();
     bool reached = false;

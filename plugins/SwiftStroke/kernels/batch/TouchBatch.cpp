@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "kernels/batch/VertexBatch.h"
+#include "kernels/stages/DabConstants.h"
 #include "kernels/stages/RecordLookup.h"
+#include "kernels/stages/WorldSpace.h"
 
 #include <algorithm>
+#include <bit>
 
 namespace trovik {
 
@@ -99,6 +102,29 @@ void TouchCached(RecordWalk& walk,
         walk.done += length;
         if (walk.done == walk.run->count) walk = {walk.run + 1, 0};
     }
+}
+
+uint64_t FreshOf(const VertexBatch& batch, uint32_t count, uint32_t dabStamp) {
+    uint64_t fresh = 0;
+    for (uint32_t i = 0; i < count; ++i) {
+        if (std::bit_cast<uint32_t>(batch.start[i][3]) != dabStamp) fresh |= uint64_t{1} << i;
+    }
+    return fresh;
+}
+
+bool MarkedWithinReach(const VertexBatch& batch,
+                       uint32_t count,
+                       const DabConstants& dab,
+                       bool inWorldSpace) {
+    for (uint32_t i = 0; i < count; ++i) {
+        const float* start = batch.start[i];
+        if (std::bit_cast<uint32_t>(start[3]) != dab.dabStamp) continue;
+        HWVector position(start[0], start[1], start[2], 0.0f);
+        if (inWorldSpace) position = ToWorld(dab.space, position);
+        const HWVector toCenter = dab.center - position;
+        if ((toCenter | toCenter).First() <= dab.radiusSquared) return true;
+    }
+    return false;
 }
 
 }  // namespace trovik

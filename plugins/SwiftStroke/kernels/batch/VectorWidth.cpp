@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "kernels/batch/VectorWidth.h"
+#include "kernels/batch/BatchStages.h"
 
 #include <cassert>
 #include <utility>
@@ -22,6 +22,14 @@ bool IsAvailable(VectorWidth width) {
 #else
     return width == VectorWidth::Four;
 #endif
+}
+
+const BatchStages& StagesOf(VectorWidth width) {
+#if defined(__x86_64__)
+    if (width == VectorWidth::Eight) return batchStages8;
+#endif
+    assert(width == VectorWidth::Four);
+    return batchStages4;
 }
 
 VectorWidth CurrentVectorWidth() { return Chosen(); }

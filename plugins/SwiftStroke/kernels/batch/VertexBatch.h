@@ -19,33 +19,14 @@ struct VertexBatch {
 
     /// Position at first touch; the fourth component is the mark that the record had before this
     /// dab.
-    alignas(32) float start[capacity][4];
+    alignas(64) float start[capacity][4];
     /// The falloff weight, damped by build-up if the kernel family uses build-up.
-    alignas(32) float weight[capacity];
+    alignas(64) float weight[capacity];
     /// On entry, the build-up of the record. On return, that build-up plus the weight of this dab.
-    alignas(32) float buildUp[capacity];
+    alignas(64) float buildUp[capacity];
     /// Facing factors; set only if the facing falloff is on.
-    alignas(32) float facing[capacity];
+    alignas(64) float facing[capacity];
     StoredVertexInfo* records[capacity];
-};
-
-/// The inputs of the weight computation for a patch.
-struct WeightTerms {
-    WeightTerms() = default;
-    explicit WeightTerms(const DabConstants& dab);
-
-    float center[3] = {};
-    float radiusSquared = 0.0f;
-    const float* falloffTable = nullptr;
-    uint32_t falloffLast = 0;
-    float falloffScale = 0.0f;
-    float buildUpRateCubed = 0.0f;
-    float dabPressure = 0.0f;
-    uint32_t dabStamp = 0;
-    bool facingActive = false;
-    bool scaleAsWax = false;
-    float waxScale = 1.0f;
-    const BrushSpace* space = nullptr;
 };
 
 /// One row of a patch, split into batches.
@@ -58,27 +39,19 @@ struct RowBatches {
     uint64_t movingMask[most];
 
     bool IsMoving(uint32_t i) const { return ((movingMask[i / 64] >> (i % 64)) & 1u) != 0; }
-    float WeightOf(uint32_t i) const { return batches[i / 64].weight[i % 64]; }
 };
 static_assert(VertexBatch::capacity == 64);
 
 /// One kernel's implementation of the second stage of the vertex step.
 struct BatchMovers {
     /// Moves a batch in list order. Bit i of `movingMask` is set if vertex i moves; the positions
-    /// of the others are only copied to the grid. \return whether the dab reached any of them.
+    /// of the others are only copied to the grid. Null if the vertices may be moved in any order;
+    /// the kernel then uses BatchStages::movers. \return whether the dab reached any of them.
     bool (*batch)(DabConstants& patch,
                   const PatchVertexEntry* entries,
                   uint32_t count,
                   uint64_t movingMask,
                   const VertexBatch& batch);
-    /// Moves two rows of `points` entries at once. The patch must list each vertex once. The result
-    /// is bit-identical to processing one row after the other. Null if the kernel is
-    /// order-dependent.
-    bool (*rowPair)(DabConstants& patch,
-                    const PatchVertexEntry* entries,
-                    uint32_t points,
-                    const RowBatches& upper,
-                    const RowBatches& lower);
 };
 
 /// Extends the dab's bounds to contain the old and new cell values of a row's moving vertices, in
@@ -89,28 +62,6 @@ bool ExtendBounds(DabConstants& patch,
                   const HWVector* before,
                   uint32_t points,
                   const RowBatches& row);
-
-/// Moves a batch in list order like BatchMovers::batch, but two vertices at a time.
-using WideMover = bool (*)(DabConstants& patch,
-                           const PatchVertexEntry* entries,
-                           uint32_t count,
-                           uint64_t movingMask,
-                           const VertexBatch& batch,
-                           bool withFreeze,
-                           bool inWorldSpace);
-/// \return null if the kernel is order-dependent. Requires VectorWidth::Eight.
-WideMover WideMoverFor(const KernelSwitches& switches);
-
-/// Moves four rows of `points` entries at once, as BatchMovers::rowPair does for two. Reads the
-/// positions from the grid, which averaging kernels have filled.
-using WideRowMover = bool (*)(DabConstants& patch,
-                              const PatchVertexEntry* entries,
-                              uint32_t points,
-                              const RowBatches* rows,
-                              bool withFreeze,
-                              bool inWorldSpace);
-/// Returns the mover for all kernels that have a BatchMovers::rowPair. Requires VectorWidth::Eight.
-WideRowMover WideRowMoverFor();
 
 /// Looks up the records of `count` entries, creates the missing ones, and marks them all with
 /// `dabStamp`.
@@ -151,27 +102,10 @@ uint64_t FreshOf(const VertexBatch& batch, uint32_t count, uint32_t dabStamp);
 /// quads, a patch also counts as reached if another patch has moved such a vertex.
 bool MarkedWithinReach(const VertexBatch& batch,
                        uint32_t count,
-                       const WeightTerms& terms,
+                       const DabConstants& dab,
                        bool inWorldSpace);
 
-/// Fills `facing` for the vertices that this dab visits for the first time. Reads the camera for
-/// each of them.
-void FaceBatch(const SwiftStroke& brush,
-               uint32_t count,
-               const WeightTerms& terms,
-               VertexBatch& batch);
-
-/// How the weight computation uses build-up. Only pushing kernels use it; with a stamp, the stamp
-/// stage adds it.
+/// How the weight computation uses build-up: it damps the weight, and the weight is added to it.
 enum class BuildUp { None, Damps, DampsAndGrows };
-
-/// Computes the weights of a batch.
-/// \return a bit mask; bit i is set if vertex i is new in this dab and within the radius. The
-/// weights of the others are undefined.
-template <BuildUp buildUp, bool inWorldSpace>
-uint64_t ComputeWeights(const WeightTerms& terms, uint32_t count, VertexBatch& batch);
-/// Computes bit-identical results, eight vertices at a time. Requires VectorWidth::Eight.
-template <BuildUp buildUp, bool inWorldSpace>
-uint64_t ComputeWeightsWide(const WeightTerms& terms, uint32_t count, VertexBatch& batch);
 
 }  // namespace trovik

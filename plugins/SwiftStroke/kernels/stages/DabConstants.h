@@ -99,22 +99,6 @@ TROVIK_FORCE_INLINE HWVector ReversedXyz(__m128 plain) {
     return HWVector(_mm_and_ps(reversed, _mm_castsi128_ps(_mm_setr_epi32(0, -1, -1, -1))));
 }
 
-/// Returns the components of a packed normal as floats, without normalisation.
-TROVIK_FORCE_INLINE Vector UnpackNormal(const PackedNormal& normal) {
-    return {static_cast<float>(normal.x) * packedNormalToFloat,
-            static_cast<float>(normal.y) * packedNormalToFloat,
-            static_cast<float>(normal.z) * packedNormalToFloat};
-}
-
-/// Returns the normal of a record as floats, with w 0; bit-identical to UnpackNormal.
-TROVIK_FORCE_INLINE HWVector NormalOf(const StoredVertexInfo& record) {
-    const __m128i words = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(&record.originalNormal));
-    // Moves each word to the upper half of a lane, then sign-extends it with an arithmetic shift.
-    const __m128i lanes = _mm_srai_epi32(_mm_unpacklo_epi16(words, words), 16);
-    const __m128 numbers = _mm_mul_ps(_mm_cvtepi32_ps(lanes), _mm_set1_ps(packedNormalToFloat));
-    return ReversedXyz(numbers);
-}
-
 /// Returns the position of a vertex, with w 0. The position and the link are read as one vector,
 /// and the link is masked out.
 TROVIK_FORCE_INLINE HWVector PositionOf(const Vertex& v) {
@@ -130,13 +114,12 @@ TROVIK_FORCE_INLINE void StorePosition(Vertex& v, const HWVector& position) {
         words, _mm_or_ps(_mm_andnot_ps(linkOnly, xyz), _mm_and_ps(linkOnly, _mm_loadu_ps(words))));
 }
 
-/// Transforms a mesh-local point to world space. w is set to 0, because the 1 from the last row of
-/// the matrix must not contribute to distances.
-TROVIK_FORCE_INLINE HWVector ToWorld(const BrushSpace& space, const HWVector& local) {
-    const HWVector* rows = space.meshToWorld;
-    const HWVector world =
-        ((rows[2] * local.Z() + rows[3] * 1.0f) + rows[1] * local.Y()) + rows[0] * local.X();
-    return {world.X(), world.Y(), world.Z(), 0.0f};
+/// Returns 1 minus the mask weight of a vertex.
+TROVIK_FORCE_INLINE float UnfrozenFraction(const Vertex& v) {
+    return 1.0f - static_cast<float>(v.freeze & freezeAmountMask) * freezeAmountToWeight;
 }
+
+/// The factor of the weight of a planing tool.
+inline constexpr float planingWeightScale = 0.01f;
 
 }  // namespace trovik

@@ -1,22 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "kernels/stages/DabConstants.h"
+#include "kernels/formulas/DisplacementFormula.h"
+#include "kernels/lanes/Lanes1.h"
+#include "kernels/stages/PackedNormals.h"
 #include "kernels/stages/RecordLookup.h"
 
 namespace trovik {
-
-/// Returns the sum of a cell and its four neighbours: centre, left, right, below, above. The order
-/// of the additions affects the result.
-TROVIK_FORCE_INLINE HWVector FiveCellSum(const HWVector* grid,
-                                         const HWVector& left,
-                                         uint32_t cell,
-                                         uint32_t stride) {
-    return (((grid[cell] + left) + grid[cell + 1]) + grid[cell + stride]) + grid[cell - stride];
-}
-TROVIK_FORCE_INLINE HWVector FiveCellSum(const HWVector* grid, uint32_t cell, uint32_t stride) {
-    return FiveCellSum(grid, grid[cell - 1], cell, stride);
-}
 
 /// Returns the displacement towards the mean of the vertex and its neighbours: the mean position,
 /// or the mean layer offset. The loop both reads and writes the position grid, so positions are
@@ -29,7 +19,9 @@ TROVIK_FORCE_INLINE HWVector AveragingDisplacement(const Switches& sw,
     HWVector mean;
     if (sw.withGrid) {
         const HWVector* grid = sw.alongVertexNormal ? dab.positionGrid : brush.layerGrid;
-        mean = FiveCellSum(grid, v.cell, brush.gridStride) * 0.2f;
+        const HWVector* cell = grid + v.cell;
+        const uint32_t stride = brush.gridStride;
+        mean = MeanOfFive(*cell, cell[-1], cell[1], cell[stride], *(cell - stride));
     } else {
         Vector ring;
         brush.RingAverage(ring, v.vertex, v.face);
@@ -44,20 +36,6 @@ TROVIK_FORCE_INLINE HWVector AveragingDisplacement(const Switches& sw,
     Vector own;
     brush.layer->get(&own, v.record->layerSlot);
     return mean - HWVector(own);
-}
-
-/// Returns the displacement to the plane along `dir`, limited by the clamps; the upper clamp is
-/// applied first.
-TROVIK_FORCE_INLINE HWVector PlaningDisplacement(const DabConstants& dab,
-                                                 const VertexState& v,
-                                                 const HWVector& dir) {
-    const SwiftStroke& brush = dab.brush;
-    const float height = (dir | v.current).First();
-    float move = (brush.planeOffset * brush.strokePlaneSign) + (brush.planeDistance - height);
-    move = move * brush.planeDirectionSign;
-    if (move > brush.planeClampMax) move = brush.planeClampMax;
-    if (brush.planeClampMin > move) move = brush.planeClampMin;
-    return dir * move;
 }
 
 /// Returns the component of a stamp axis perpendicular to `dir`, normalised.
@@ -85,7 +63,8 @@ TROVIK_FORCE_INLINE HWVector FrameByStamp(const DabConstants& dab,
 /// Converts the weight to a displacement, mesh-local.
 template <class Switches>
 TROVIK_FORCE_INLINE void Displace(const Switches& sw, const DabConstants& dab, VertexState& v) {
-    const HWVector dir = sw.alongVertexNormal ? NormalOf(*v.record) : dab.direction;
+    const HWVector dir =
+        sw.alongVertexNormal ? UnpackNormal(v.record->originalNormal) : dab.direction;
     const bool byVectorStamp = sw.withStamp && dab.brush.stampIsVector;
     HWVector displacement;
     switch (sw.family) {
@@ -96,15 +75,17 @@ TROVIK_FORCE_INLINE void Displace(const Switches& sw, const DabConstants& dab, V
             displacement = AveragingDisplacement(sw, dab, v);
             break;
         case Family::Pulling:
-            displacement = (dab.center - v.current) * 0.1f;
+            displacement = TowardsCenter(dab.center, v.current);
             break;
         case Family::Planing:
-            displacement = PlaningDisplacement(dab, v, dir);
-            // The weight is scaled by 1/100, except for the tangent channels of a vector stamp.
+            displacement =
+                dir *
+                PlaneMove(PlaneTerms<F32x1>(dab.brush), F32x1{(dir | v.current).First()}).value;
+            // The weight is scaled, except for the tangent channels of a vector stamp.
             if (byVectorStamp)
-                v.weightVector = v.weightVector * HWVector(0.01f, 1.0f, 1.0f, 0.0f);
+                v.weightVector = v.weightVector * HWVector(planingWeightScale, 1.0f, 1.0f, 0.0f);
             else
-                v.weight = v.weight * 0.01f;
+                v.weight = v.weight * planingWeightScale;
             break;
     }
 
@@ -112,8 +93,7 @@ TROVIK_FORCE_INLINE void Displace(const Switches& sw, const DabConstants& dab, V
         displacement = FrameByStamp(dab, v, dir, displacement);
     else
         displacement = displacement * v.weight;
-    if (sw.inWorldSpace) displacement = displacement * dab.space.inverseScale;
-    v.displacement = displacement;
+    v.displacement = ToMeshSpace(displacement, dab.space.inverseScale, sw.inWorldSpace);
 }
 
 }  // namespace trovik

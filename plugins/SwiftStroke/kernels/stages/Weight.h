@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "kernels/stages/DabConstants.h"
-#include "kernels/stages/RecordLookup.h"
+#include "kernels/formulas/WeightFormula.h"
+#include "kernels/lanes/Lanes1.h"
+#include "kernels/stages/PackedNormals.h"
 
 namespace trovik {
 
@@ -10,7 +11,7 @@ namespace trovik {
 /// direction: 1 below facingAngleStart, 0 beyond facingAngleStart + facingAngleRange. Reads the
 /// camera for each vertex. The caller checks whether the facing falloff is on.
 inline float FacingFactor(const SwiftStroke& brush, const StoredVertexInfo& record) {
-    const Vector normal = UnpackNormal(record.originalNormal);
+    const auto normal = static_cast<Vector>(UnpackNormal(record.originalNormal));
     const Vector origin;
     Vector eyeWorld, eye;
     g_pKernel->Scene()->ActiveCamera()->Transformation()->LocalToWorld(&eyeWorld, &origin, 1.0f);
@@ -33,40 +34,43 @@ inline float FacingFactor(const SwiftStroke& brush, const StoredVertexInfo& reco
     return 1.0f - (angle - start) / range;
 }
 
-/// Computes the weight from the distance: applies the distance test, the falloff, the Wax scale and
-/// the build-up damping. The facing factor is computed even if it is not used.
+/// Returns the weight in a whole-mesh pass, before the Wax scale.
+TROVIK_FORCE_INLINE float WholeMeshWeight(const DabConstants& dab, const VertexState& v) {
+    if (!dab.brush.wholeMeshFacing) return 1.0f;
+    const auto normal = static_cast<Vector>(UnpackNormal(dab.normals[v.vertex]));
+    const Vector& view = dab.brush.wholeMeshView;
+    const float facing = (normal.y * view.y + normal.x * view.x) + normal.z * view.z;
+    return facing < 0.0f ? 0.0f : facing;
+}
+
+/// Only pushing kernels use build-up. With a stamp, the stamp stage adds it.
+constexpr BuildUp BuildUpOf(Family family, bool withStamp) {
+    if (family != Family::Pushing) return BuildUp::None;
+    return withStamp ? BuildUp::Damps : BuildUp::DampsAndGrows;
+}
+
+/// Tests the distance and computes the weight. The facing factor is computed even if it is not
+/// used.
 template <class Switches>
 TROVIK_FORCE_INLINE StageResult ComputeWeight(const Switches& sw,
                                               const DabConstants& dab,
                                               VertexState& v) {
     float facing = 1.0f;
     if (dab.facingActive) facing = FacingFactor(dab.brush, *v.record);
-
-    if (!sw.withoutRadius) {
-        const HWVector toCenter = dab.center - v.measured;
-        const float distanceSquared = (toCenter | toCenter).First();
-        if (distanceSquared > dab.radiusSquared) return StageResult::OutOfReach;
-        const float distance = std::sqrt(distanceSquared);
-        // The CPU converts NaN and values beyond the integer range to the most negative integer,
-        // which exceeds every valid index when interpreted as unsigned.
-        const auto index =
-            static_cast<uint32_t>(_mm_cvttss_si32(_mm_set_ss(distance * dab.falloffScale)));
-        v.weight = index > dab.falloffLast ? 0.0f : facing * dab.falloffTable[index];
-    } else if (dab.brush.wholeMeshFacing) {
-        const Vector normal = UnpackNormal(dab.normals[v.vertex]);
-        const Vector& view = dab.brush.wholeMeshView;
-        v.weight = (normal.y * view.y + normal.x * view.x) + normal.z * view.z;
-        if (v.weight < 0.0f) v.weight = 0.0f;
-    } else {
-        v.weight = 1.0f;
+    if (sw.withoutRadius) {
+        v.weight = WholeMeshWeight(dab, v);
+        if (dab.scaleAsWax) v.weight = v.weight * dab.waxScale;
+        return StageResult::Continue;
     }
 
-    if (dab.scaleAsWax) v.weight = v.weight * dab.waxScale;
-
-    if (sw.family == Family::Pushing && !sw.withoutRadius) {
-        v.weight = v.weight * dab.buildUpRateCubed * (1.0f - v.record->buildUp);
-        if (!sw.withStamp) v.record->buildUp = v.weight * dab.dabPressure + v.record->buildUp;
-    }
+    const WeightTerms<F32x1> terms(dab);
+    const HWVector toCenter = dab.center - v.measured;
+    const F32x1 squared = {(toCenter | toCenter).First()};
+    if (!squared.IsNotGreater(terms.radiusSquared)) return StageResult::OutOfReach;
+    const BuildUp use = BuildUpOf(sw.family, sw.withStamp);
+    v.weight =
+        WeightWithin(terms, use, squared, dab.facingActive ? &facing : nullptr, &v.record->buildUp)
+            .value;
     return StageResult::Continue;
 }
 
@@ -81,14 +85,12 @@ TROVIK_FORCE_INLINE void ApplyStrength(const Switches& sw,
         v.weightVector *= dab.dabStrength;
     else
         v.weight = v.weight * dab.dabStrength;
-    if (sw.withFreeze) {
-        const float freeze =
-            static_cast<float>(v.vertexRecord->freeze & freezeAmountMask) * freezeAmountToWeight;
-        if (onVector)
-            v.weightVector *= 1.0f - freeze;
-        else
-            v.weight = v.weight * (1.0f - freeze);
-    }
+    if (!sw.withFreeze) return;
+    const float unfrozen = UnfrozenFraction(*v.vertexRecord);
+    if (onVector)
+        v.weightVector *= unfrozen;
+    else
+        v.weight = v.weight * unfrozen;
 }
 
 }  // namespace trovik
