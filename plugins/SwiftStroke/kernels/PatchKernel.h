@@ -5,7 +5,7 @@
 #include "kernels/batch/VertexBatch.h"
 
 /// \file The patch kernel. Only the instance files include this header; each of them instantiates
-/// 64 of the 1024 specialisations.
+/// up to 64 of the 768 specialisations.
 namespace trovik {
 
 /// Runs the second stage of the vertex step for a batch, in work-list order. Not inlined, so that

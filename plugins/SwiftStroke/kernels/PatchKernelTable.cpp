@@ -10,6 +10,8 @@ PatchKernelTable::PatchKernelTable() {
         (FillPatchKernelShard<shards>(entries.data() + shards * shardSize), ...);
     }
     (std::make_integer_sequence<unsigned, shardCount>{});
+    for (unsigned index = 0; index < KernelSwitches::count; ++index)
+        entries[index] = entries[KernelOf(index)];
 }
 
 }  // namespace trovik
