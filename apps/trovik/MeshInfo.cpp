@@ -6,6 +6,7 @@
 #include "framework/mesh/BaseLevel.h"
 #include "framework/mesh/MeshSource.h"
 #include "framework/multires/LevelGeometry.h"
+#include "framework/remesh/MeshRepair.h"
 
 #include <nlohmann/json.hpp>
 
@@ -78,6 +79,8 @@ struct MeshInfo {
     uint32_t baseVertices = 0;
     uint32_t baseFaces = 0;
     std::size_t borderEdges = 0;
+    MeshDefects defects;
+    std::vector<DefectAdvice> advice;
 };
 
 MeshInfo Examine(const std::string& path) {
@@ -93,6 +96,9 @@ MeshInfo Examine(const std::string& path) {
     info.notes = polygons.notes;
     if (std::string note = RefinementNote(polygons); !note.empty())
         info.notes.push_back(std::move(note));
+    info.defects = FindDefects(polygons);
+    info.advice = AdviceFor(info.defects);
+    ThrowIfInterrupted();
     info.manifold = MakeOrientedManifold(polygons);
     LevelGeometry geometry(polygons);
     LevelMesh& base = *geometry.Level(0);
@@ -103,6 +109,22 @@ MeshInfo Examine(const std::string& path) {
         for (uint32_t side = 0; side < base.CornersPerFace(); ++side)
             if (base.QuadEdgeNeighbour(face, side) == openBorder) ++info.borderEdges;
     return info;
+}
+
+nlohmann::json DefectsJson(const MeshInfo& info) {
+    const MeshDefects& defects = info.defects;
+    nlohmann::json json = {{"coincidentVertices", defects.coincidentVertices},
+                           {"degenerateFaces", defects.degenerateFaces},
+                           {"duplicateFaces", defects.duplicateFaces},
+                           {"misorientedFaces", defects.misorientedFaces},
+                           {"pieces", defects.pieces},
+                           {"smallPieces", defects.smallPieces},
+                           {"holes", defects.holes},
+                           {"largestHole", defects.largestHole}};
+    json["repairs"] = nlohmann::json::array();
+    for (const DefectAdvice& advice : info.advice)
+        json["repairs"].push_back(nlohmann::json::parse(advice.step));
+    return json;
 }
 
 }  // namespace
@@ -125,6 +147,7 @@ nlohmann::json MeshInfoJson(const std::string& path) {
               {"vertices", info.baseVertices},
               {"faces", info.baseFaces},
               {"borderEdges", info.borderEdges}}},
+            {"defects", DefectsJson(info)},
             {"notes", info.notes}};
 }
 
@@ -156,6 +179,8 @@ void PrintMeshInfo(const std::string& path, bool quiet) {
                 info.quads ? "quads" : "triangles",
                 info.baseVertices,
                 info.borderEdges);
+    for (const DefectAdvice& advice : info.advice)
+        std::printf("  defect    %s; %s repairs it\n", advice.defect.c_str(), advice.step.c_str());
     for (const std::string& note : info.notes) std::printf("  note      %s\n", note.c_str());
 }
 

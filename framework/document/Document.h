@@ -26,6 +26,8 @@ namespace trovik {
 
 struct DisplacementOptions;
 struct PositionEdit;
+struct ReplacementReport;
+struct SurfaceOperation;
 
 /// A sculpture and its working state: levels, layers, mask, brush and tool settings, symmetry, view
 /// and undo history. Applications, scripts and bindings change a sculpture only through this class.
@@ -36,10 +38,10 @@ struct PositionEdit;
 /// stays open. These operations are Save, WriteScene, Reset, Subdivide, DeleteLevels, Unsubdivide,
 /// ApplyToBase, BindLevel, Undo, Redo, JumpTo, Push, SelectTool, SetMirrors, SetTopologicalMirror,
 /// MakeSymmetric, SetRenderers, AddLayer, SelectLayer, SetLayerStrength, ChangeVisibility,
-/// SetTransform, Displace, EditPositions, RefreshSurface, and Freeze during a stroke of the freeze
-/// brush. The following may change during a stroke: brush and stroke settings (a new falloff takes
-/// effect with the next stroke), view and camera, observers and listeners, and the undo budget.
-/// During a sculpting stroke, Freeze may change the mask.
+/// SetTransform, Displace, EditPositions, ReplaceSurface, RefreshSurface, and Freeze during a
+/// stroke of the freeze brush. The following may change during a stroke: brush and stroke settings
+/// (a new falloff takes effect with the next stroke), view and camera, observers and listeners, and
+/// the undo budget. During a sculpting stroke, Freeze may change the mask.
 ///
 /// Threads: a document has one owner thread, initially the one that constructs it; only State may
 /// be called on other threads. Several documents can be used in turn on one thread, with the same
@@ -220,6 +222,10 @@ public:
     /// TransformVertices. Creates one undo step. \return the number of vertices that moved.
     /// \throw Cancelled; nothing has then changed.
     uint32_t EditPositions(const PositionEdit& edit, JobControl* job = nullptr);
+    /// Replaces all levels by a new mesh that is computed from the current level; see
+    /// SurfaceReplacement.h. Creates one undo step, or none if the operation changes nothing.
+    /// \throw HostError; Cancelled. In both cases, nothing has changed.
+    ReplacementReport ReplaceSurface(const SurfaceOperation& operation, JobControl* job = nullptr);
 
     /// Uses the document's view as the kernel's camera.
     void UpdateCamera();

@@ -8,6 +8,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/filters/PositionEdit.h"
 #include "framework/multires/Steps.h"
+#include "framework/remesh/SurfaceReplacement.h"
 
 namespace trovik {
 
@@ -210,6 +211,14 @@ uint32_t Document::EditPositions(const PositionEdit& edit, JobControl* job) {
     const uint32_t moved = trovik::EditPositions(*geometry, edit, job);
     NotifyChanges();
     return moved;
+}
+
+ReplacementReport Document::ReplaceSurface(const SurfaceOperation& operation, JobControl* job) {
+    RequireNoStroke("replace the mesh");
+    SurfaceReplacement replacement = MakeReplacement(*geometry, operation, job);
+    if (replacement.geometry != nullptr)
+        PushLevels(ReplaceLevelsAsStep(*geometry, *replacement.geometry, operation.label));
+    return std::move(replacement.report);
 }
 
 void Document::RefreshSurface() {

@@ -133,7 +133,39 @@ private:
     bool isDone = true;
 };
 
+class ReplaceLevelsStep : public TopologyStep {
+public:
+    ReplaceLevelsStep(LevelGeometry& geometry, LevelGeometry& replacement, std::string name)
+        : other(geometry.Adopt(replacement)) {
+        label = std::move(name);
+        geometry.ExchangeLevels(other);
+    }
+
+    void Apply(LevelGeometry& geometry) override {
+        geometry.ExchangeLevels(other);
+        geometry.Bound()->ContentChanged();
+    }
+
+    uint64_t Bytes() const override {
+        uint64_t bytes = sizeof(ReplaceLevelsStep) + label.capacity() + other.attributes.Bytes();
+        for (const auto& level : other.levels) bytes += BytesOf(*level);
+        return bytes;
+    }
+
+private:
+    /// The levels that are not in the geometry: the previous ones, or, while the step is undone,
+    /// the new ones.
+    LevelGeometry::AllLevels other;
+};
+
 }  // namespace
+
+std::unique_ptr<UndoStep> ReplaceLevelsAsStep(LevelGeometry& geometry,
+                                              LevelGeometry& replacement,
+                                              const std::string& label) {
+    geometry.RefuseInStroke("replacing the mesh");
+    return std::make_unique<ReplaceLevelsStep>(geometry, replacement, label);
+}
 
 std::unique_ptr<UndoStep> SubdivideAsStep(LevelGeometry& geometry,
                                           uint64_t byteBudget,

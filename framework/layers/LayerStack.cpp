@@ -27,6 +27,12 @@ std::shared_ptr<SculptLayer> LayerStack::Shared(const SculptLayer* layer) const 
 
 void LayerStack::Insert(std::shared_ptr<SculptLayer> layer) { layers.push_back(std::move(layer)); }
 
+void LayerStack::Adopt(LayerStack& other) {
+    layers.insert(layers.end(), other.layers.begin(), other.layers.end());
+    layerBases.merge(other.layerBases);
+    other.layers.clear();
+}
+
 void LayerStack::SetOfLevel(const LevelMesh& level, const Layers& newLayers) {
     std::erase_if(layers, [&level](const auto& one) { return one->Level() == &level; });
     layers.insert(layers.end(), newLayers.begin(), newLayers.end());

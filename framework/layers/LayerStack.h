@@ -31,6 +31,8 @@ public:
 
     /// Adds a layer on top of its level's layers. Used while loading a geometry.
     void Insert(std::shared_ptr<SculptLayer> layer);
+    /// Moves all layers and layer bases of another stack into this one.
+    void Adopt(LayerStack& other);
     /// Replaces the layers of a level.
     void SetOfLevel(const LevelMesh& level, const Layers& newLayers);
     LayerBase& LayerBaseOf(const LevelMesh& level) { return layerBases[&level]; }

@@ -133,6 +133,25 @@ public:
     /// a mirror, restores the previous one, or finds one if there was none before.
     std::unique_ptr<LevelMesh> RemoveCoarserBase(const CoarseFaces& coarse, OldBaseData old);
 
+    /// All levels of a geometry, with the data that refers to their vertices and faces. Layers stay
+    /// in the geometry's stack, which finds them by their level.
+    struct AllLevels {
+        std::vector<std::unique_ptr<LevelMesh>> levels;
+        uint32_t bound = 0;
+        std::unique_ptr<TopologicalMirror> mirror;
+        SurfaceAttributes attributes;
+    };
+    /// Makes this geometry the owner of all levels and layers of another one, without changing its
+    /// own levels. The levels can then be installed with ExchangeLevels.
+    /// \param other  a geometry without undo steps, observers and open strokes. It has no levels
+    /// afterwards and can only be destroyed.
+    AllLevels Adopt(LevelGeometry& other);
+    /// Exchanges all levels with the ones in `other`, which belong to this geometry but are not in
+    /// its hierarchy. Levels outside the hierarchy keep their content, layers and synchronisation
+    /// state, so a second call restores the geometry bit-exactly. Cost: O(1), plus the observers.
+    /// \throw HostError during a stroke; nothing has then changed.
+    void ExchangeLevels(AllLevels& other);
+
     /// Returns the number of vertices of one additional level. Cost: O(faces) of level 0.
     uint64_t CountNextLevelVertices() const;
     /// Adds a level on top that has only topology; the caller fills in its content. Positions,

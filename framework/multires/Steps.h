@@ -48,6 +48,16 @@ TROVIK_API std::unique_ptr<UndoStep> DeleteLevelsAsStep(LevelGeometry& geometry,
 TROVIK_API std::unique_ptr<UndoStep> UnsubdivideAsStep(LevelGeometry& geometry,
                                                        JobControl* job = nullptr);
 
+/// Replaces all levels of a geometry by those of another one, with their masks, layers and
+/// attributes, and returns the undo step, which is not pushed yet. The step owns the previous
+/// levels, and while it is undone, the new ones, so undo and redo exchange pointers and are
+/// bit-exact. The transform does not change.
+/// \param replacement  see LevelGeometry::Adopt.
+/// \throw HostError during a stroke; nothing has then changed.
+TROVIK_API std::unique_ptr<UndoStep> ReplaceLevelsAsStep(LevelGeometry& geometry,
+                                                         LevelGeometry& replacement,
+                                                         const std::string& label);
+
 /// Propagates the shape of the bound level to all levels below; see
 /// LevelGeometry::ApplyToLowerLevels.
 /// \return null if the bound level is the base, or if no vertex moved.

@@ -229,6 +229,33 @@ class Commands:
         """
         self._do({"transformVertices": fields_of(fields)}, progress)
 
+    def decimate(
+        self, faces: Optional[int] = None, *, progress: Progress = None, **fields: Any
+    ) -> None:
+        """Replace the mesh by a coarser triangle mesh; see ``docs/topology.md``.
+
+        Parameters
+        ----------
+        faces : int, optional
+            The number of triangles to keep.
+        **fields
+            ``ratio`` instead of `faces`, ``error`` (world units), ``keepBorders``.
+        """
+        if faces is not None:
+            fields["faces"] = faces
+        self._do({"decimate": fields_of(fields)}, progress)
+
+    def repair(self, *, progress: Progress = None, **fields: Any) -> None:
+        """Repair the mesh; see ``docs/topology.md``.
+
+        Parameters
+        ----------
+        **fields
+            ``weld`` (world units), ``clean``, ``minPieceFaces``, ``minPieceShare``, ``orient``,
+            ``fillHoles`` (``"flat"`` or ``"smooth"``), ``maxHoleEdges``.
+        """
+        self._do({"repair": fields_of(fields)}, progress)
+
     def displace(self, file: os.PathLike | str, *, progress: Progress = None, **fields: Any) -> None:
         """Displace the vertices by a map; see ``docs/baking.md``."""
         self._do({"displace": {"file": file, **fields_of(fields)}}, progress)

@@ -111,6 +111,21 @@ def test_set_positions_is_one_undo_step(ball):
     assert ball.positions.tobytes() == before.tobytes()
 
 
+def test_the_mesh_can_be_replaced(ball):
+    vertices = len(ball.positions)
+    before = ball.positions.tobytes()
+    view = ball.positions
+    for replace in (ball.repair, lambda: ball.decimate(100)):
+        with pytest.raises(BufferError):
+            replace()
+    del view
+    gc.collect()
+    ball.decimate(400)
+    assert 380 <= ball.faces().shape[0] <= 400 and ball.faces().shape[1] == 3
+    ball.undo()
+    assert len(ball.positions) == vertices and ball.positions.tobytes() == before
+
+
 def test_freeze_accepts_arrays(ball):
     height = ball.positions[:, 1]
     ball.freeze(np.clip(height * 127, 0, 127))

@@ -25,6 +25,7 @@ void AddVisibilityActions(const ActionContext& context);
 void AddGroupActions(const ActionContext& context);
 void AddSymmetryActions(const ActionContext& context);
 void AddSurfaceActions(const ActionContext& context);
+void AddTopologyActions(const ActionContext& context);
 void AddToolActions(const ActionContext& context);
 void AddStrokeActions(const ActionContext& context);
 

@@ -157,7 +157,10 @@ void FillMenus(QMainWindow& window, const ActionRegistry& actions, FileActions& 
           "surface.inflate",
           "surface.smooth",
           "surface.relax",
-          "surface.sharpen"});
+          "surface.sharpen",
+          "-",
+          "surface.decimate",
+          "surface.repair"});
     QMenu* view = bar->addMenu(MainWindow::tr("&View"));
     Fill(view,
          actions,

@@ -86,6 +86,7 @@ void MainWindow::AddActions() {
     AddGroupActions(context);
     AddSymmetryActions(context);
     AddSurfaceActions(context);
+    AddTopologyActions(context);
     AddViewActions(context);
     AddBookmarkActions(context);
     AddReferenceActions(context);
