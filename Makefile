@@ -140,6 +140,17 @@ fuzz: ## Run the fuzzers for the file readers, SECONDS=60 each (needs Clang); fi
 	    then echo "== NAME: $$(tail -n 1 $$log)"; \
 	    else echo "== NAME: found a fault, see $$log"; tail -n 30 $$log; exit 1; fi'
 
+.PHONY: package
+package: packages ## Make the Debian packages and the archive, in build/package/packages/
+	@cmake --preset package
+	@cmake --build --preset package --parallel $(JOBS)
+	@scripts/make-packages.sh build/package
+
+.PHONY: package-check
+package-check: ## Install, try and remove the packages in a new Debian system (needs root and a network)
+	@scripts/install-packages.sh --package
+	@scripts/check-packages.sh build/package/packages
+
 .PHONY: stamps
 stamps: packages ## Regenerate the installed stamps in stamps/
 	@cmake --preset release

@@ -2,6 +2,9 @@
 
 # `cmake --install` installs the libraries, the plug-in, the command, the headers, and a CMake
 # package with the targets Trovik::HostContract, Trovik::Framework and Trovik::DetailBrush.
+#
+# Each file belongs to the component of the package that contains it (TrovikPackages.cmake): library,
+# development, command, studio or python.
 
 include(CMakePackageConfigHelpers)
 
@@ -14,12 +17,13 @@ endif()
 install(
     TARGETS ${exportedTargets}
     EXPORT TrovikTargets
-    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
-    RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT library NAMELINK_COMPONENT development
+    RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT library)
 
 install(
     DIRECTORY "${PROJECT_SOURCE_DIR}/plugins/SwiftStroke/host"
     DESTINATION "${TROVIK_INSTALL_INCLUDE_DIR}"
+    COMPONENT development
     FILES_MATCHING
     PATTERN "*.h")
 # tools/check_public_headers.py checks that these include no other headers.
@@ -30,65 +34,70 @@ file(STRINGS "${publicHeaderList}" publicHeaders)
 foreach(header IN LISTS publicHeaders)
     get_filename_component(folder "${header}" DIRECTORY)
     install(FILES "${PROJECT_SOURCE_DIR}/${header}"
-            DESTINATION "${TROVIK_INSTALL_INCLUDE_DIR}/${folder}")
+            DESTINATION "${TROVIK_INSTALL_INCLUDE_DIR}/${folder}" COMPONENT development)
 endforeach()
 if(TARGET DetailBrush)
     install(FILES "${PROJECT_SOURCE_DIR}/plugins/DetailBrush/DetailBrush.h"
-            DESTINATION "${TROVIK_INSTALL_INCLUDE_DIR}")
+            DESTINATION "${TROVIK_INSTALL_INCLUDE_DIR}" COMPONENT development)
 endif()
 
 # --- The library's modules, the plug-in and the command ---
 
 get_property(modules GLOBAL PROPERTY TROVIK_MODULES)
 install(TARGETS ${modules}
-        LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/${TROVIK_MODULE_DIR}")
+        LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/${TROVIK_MODULE_DIR}" COMPONENT library)
 
 if(TARGET SwiftStroke)
-    install(TARGETS SwiftStroke LIBRARY DESTINATION "${TROVIK_INSTALL_PLUGIN_DIR}")
+    install(TARGETS SwiftStroke LIBRARY DESTINATION "${TROVIK_INSTALL_PLUGIN_DIR}" COMPONENT library)
 endif()
 if(TARGET trovik)
-    install(TARGETS trovik RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+    install(TARGETS trovik RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT command)
     set(completions "${PROJECT_BINARY_DIR}/completion")
     install(FILES "${completions}/trovik"
-            DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT command)
     install(FILES "${completions}/_trovik"
-            DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions")
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions" COMPONENT command)
     install(FILES "${completions}/trovik.fish"
-            DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d" COMPONENT command)
     install(
         PROGRAMS "${PROJECT_SOURCE_DIR}/tools/trovik_trace.py"
         DESTINATION "${CMAKE_INSTALL_BINDIR}"
+        COMPONENT command
         RENAME trovik-trace)
 endif()
 if(TARGET trovik-studio)
-    install(TARGETS trovik-studio RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+    install(TARGETS trovik-studio RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT studio)
     install(FILES "${PROJECT_SOURCE_DIR}/docs/man/trovik-studio.1"
-            DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+            DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT studio)
     # Folders that desktop environments search for applications, icons and file types.
     set(desktopFiles "${PROJECT_SOURCE_DIR}/apps/studio/desktop")
     set(studioId org.trovik.Studio)
     install(FILES "${desktopFiles}/${studioId}.desktop"
-            DESTINATION "${CMAKE_INSTALL_DATADIR}/applications")
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/applications" COMPONENT studio)
     install(FILES "${desktopFiles}/${studioId}.svg"
-            DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps")
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps" COMPONENT studio)
     install(FILES "${desktopFiles}/${studioId}.metainfo.xml"
-            DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo")
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo" COMPONENT studio)
     install(FILES "${desktopFiles}/${studioId}.mime.xml"
             DESTINATION "${CMAKE_INSTALL_DATADIR}/mime/packages"
+            COMPONENT studio
             RENAME ${studioId}.xml)
 endif()
 foreach(page IN ITEMS docs/trovik.1 docs/man/trovik.1 apps/trovik/trovik.1)
     if(EXISTS "${PROJECT_SOURCE_DIR}/${page}")
-        install(FILES "${PROJECT_SOURCE_DIR}/${page}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+        install(FILES "${PROJECT_SOURCE_DIR}/${page}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
+                COMPONENT command)
     endif()
 endforeach()
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/NOTICE"
-              "${PROJECT_SOURCE_DIR}/docs/third-party.md" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+              "${PROJECT_SOURCE_DIR}/docs/third-party.md" DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+        COMPONENT library)
 
 # The tools refer to their stamps by paths such as "Stamps/knife.tif" below this folder.
 install(
     DIRECTORY "${PROJECT_SOURCE_DIR}/stamps/"
     DESTINATION "${CMAKE_INSTALL_DATADIR}/trovik/stamps"
+    COMPONENT command
     FILES_MATCHING
     PATTERN "*.tif"
     PATTERN "*.exr"
@@ -99,7 +108,8 @@ install(
 install(
     EXPORT TrovikTargets
     NAMESPACE Trovik::
-    DESTINATION "${TROVIK_INSTALL_CMAKE_DIR}")
+    DESTINATION "${TROVIK_INSTALL_CMAKE_DIR}"
+    COMPONENT development)
 configure_package_config_file(
     "${PROJECT_SOURCE_DIR}/cmake/TrovikConfig.cmake.in" "${PROJECT_BINARY_DIR}/TrovikConfig.cmake"
     INSTALL_DESTINATION "${TROVIK_INSTALL_CMAKE_DIR}"
@@ -109,4 +119,5 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/TrovikConfigVersion.cmak
                                  COMPATIBILITY SameMinorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/TrovikConfig.cmake"
               "${PROJECT_BINARY_DIR}/TrovikConfigVersion.cmake"
-        DESTINATION "${TROVIK_INSTALL_CMAKE_DIR}")
+        DESTINATION "${TROVIK_INSTALL_CMAKE_DIR}"
+        COMPONENT development)

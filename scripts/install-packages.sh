@@ -8,6 +8,7 @@
 #   scripts/install-packages.sh --lint   also clang-format, clang-tidy and codespell
 #   scripts/install-packages.sh --clang  also Clang
 #   scripts/install-packages.sh --fuzz   also Clang and its fuzzer
+#   scripts/install-packages.sh --package  also the tools that check Debian packages
 set -euo pipefail
 
 packages=(
@@ -27,13 +28,14 @@ packages=(
     libosd-dev libgtest-dev libgmock-dev libbenchmark-dev locales
 )
 
-usage() { sed -n '4,10s/^# \{0,1\}//p' "$0"; }
+usage() { sed -n '4,11s/^# \{0,1\}//p' "$0"; }
 
 for argument in "$@"; do
     case "$argument" in
         --lint) packages+=(clang-format clang-tidy codespell) ;;
         --clang) packages+=(clang) ;;
         --fuzz) packages+=(clang libclang-rt-dev) ;;
+        --package) packages+=(lintian debootstrap) ;;
         -h | --help) usage; exit 0 ;;
         *) echo "install-packages: unknown argument '$argument'" >&2; usage >&2; exit 2 ;;
     esac
