@@ -5,6 +5,13 @@
 
 namespace trovik {
 
+namespace {
+
+thread_local std::vector<std::string> messages;
+thread_local std::function<void(const std::string&)> listener;
+
+}  // namespace
+
 HostKernel::HostKernel() {
     g_pKernel = this;
     SetName(QStringLiteral("Kernel"));
@@ -23,6 +30,15 @@ HostKernel& HostKernel::Instance() {
     // Never destroyed: brushes with static lifetime may use scope guards until the program exits.
     static auto* kernel = new HostKernel;
     return *kernel;
+}
+
+const std::vector<std::string>& HostKernel::HUDMessages() const { return messages; }
+
+void HostKernel::ClearHUDMessages() { messages.clear(); }
+
+std::function<void(const std::string&)> HostKernel::SetHUDListener(
+    std::function<void(const std::string&)> newListener) {
+    return std::exchange(listener, std::move(newListener));
 }
 
 void HostKernel::HUDMessageShow(const QString& text, HUDMessageType) {

@@ -22,15 +22,16 @@ public:
     bool IsTestModeOn() const override { return testMode; }
 
     void SetTestMode(bool on) { testMode = on; }
-    /// Messages that were shown since the list was last cleared.
-    const std::vector<std::string>& HUDMessages() const { return messages; }
-    void ClearHUDMessages() { messages.clear(); }
-    /// Sets the function that is called with each message; may be null.
+    // Each thread has its own list and listener, because documents of several threads show messages
+    // at the same time.
+
+    /// Messages that the calling thread has shown since it last cleared the list.
+    const std::vector<std::string>& HUDMessages() const;
+    void ClearHUDMessages();
+    /// Sets the function that is called with each message of the calling thread; may be null.
     /// \return the previous listener.
     std::function<void(const std::string&)> SetHUDListener(
-        std::function<void(const std::string&)> newListener) {
-        return std::exchange(listener, std::move(newListener));
-    }
+        std::function<void(const std::string&)> newListener);
 
 private:
     HostKernel();
@@ -39,12 +40,11 @@ private:
 
     HostScene scene;
     bool testMode = false;
-    std::vector<std::string> messages;
-    std::function<void(const std::string&)> listener;
 };
 
-/// Redirects the kernel's messages to a listener during the lifetime of this object, then restores
-/// the previous listener. Scopes can be nested.
+/// Redirects the messages of the calling thread to a listener during the lifetime of this object,
+/// then restores the previous listener. Scopes can be nested. Construct and destroy it on the same
+/// thread.
 class HUDListening {
 public:
     explicit HUDListening(std::function<void(const std::string&)> listener)

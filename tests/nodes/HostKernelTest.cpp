@@ -6,6 +6,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <semaphore>
+#include <thread>
+
 namespace trovik {
 namespace {
 
@@ -43,6 +47,35 @@ TEST_F(HostKernelTest, MessagesAreStoredAndForwarded) {
     EXPECT_THAT(kernel.HUDMessages(), testing::ElementsAre("zu grob", "second"));
     kernel.ClearHUDMessages();
     EXPECT_TRUE(kernel.HUDMessages().empty());
+}
+
+TEST_F(HostKernelTest, EachThreadHasItsOwnMessagesAndListener) {
+    std::vector<std::string> here;
+    std::vector<std::string> there;
+    const auto show = [](const char* text) {
+        g_pKernel->Interface()->HUDMessageShow(QLatin1String(text), HUDMessageInfo);
+    };
+    auto listening =
+        std::make_unique<HUDListening>([&here](const std::string& text) { here.push_back(text); });
+    std::binary_semaphore isListening{0};
+    std::binary_semaphore hasEnded{0};
+    std::jthread other([&] {
+        const HUDListening own([&there](const std::string& text) { there.push_back(text); });
+        isListening.release();
+        hasEnded.acquire();
+        show("there");
+        EXPECT_THAT(kernel.HUDMessages(), testing::ElementsAre("there"));
+    });
+    isListening.acquire();
+    show("here");
+    // The scopes of the two threads overlap, and this one ends first.
+    listening.reset();
+    hasEnded.release();
+    other.join();
+    show("after");
+    EXPECT_THAT(here, testing::ElementsAre("here"));
+    EXPECT_THAT(there, testing::ElementsAre("there"));
+    EXPECT_THAT(kernel.HUDMessages(), testing::ElementsAre("here", "after"));
 }
 
 TEST_F(HostKernelTest, ActiveCameraIsNeverNull) {
