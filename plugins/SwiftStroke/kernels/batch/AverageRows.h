@@ -198,6 +198,7 @@ bool AverageRows(DabConstants& patch,
                  const RowBatches* batches,
                  bool withFreeze) {
     constexpr uint32_t rowCount = RowGroup<Lanes>::rowCount;
+    static_assert(rowCount <= maxRowsTogether && rowCount <= RowSteps::maxRows);
     alignas(64) float weights[rowCount][RowBatches::capacity];
     HWVector before[rowCount][RowBatches::capacity];
     const RowGroup<Lanes> rows = {entries,

@@ -54,7 +54,8 @@ TROVIK_FORCE_INLINE V DisplacementFrom(const V& position,
     if constexpr (IsPushing(way))
         return direction;
     else if constexpr (IsPlaning(way))
-        return direction * PlaneMove(plane, direction | position);
+        // The lanes of a dot product can hold different NaNs. As in StepVertex, the lowest counts.
+        return direction * PlaneMove(plane, FirstInAllLanes(direction | position));
     else
         return TowardsCenter(center, position);
 }

@@ -55,7 +55,7 @@ struct F32x4 {
     TROVIK_FORCE_INLINE F32x4 ZeroWhere(Mask mask) const {
         return {_mm_andnot_ps(_mm_castsi128_ps(mask), lanes)};
     }
-    /// The lanes of `o` where they are 0, otherwise these lanes.
+    /// 1 where `o` is 0, otherwise these lanes.
     TROVIK_FORCE_INLINE F32x4 OneWhereZero(F32x4 o) const {
         const __m128 isZero = _mm_cmpeq_ps(o.lanes, _mm_setzero_ps());
         return {_mm_or_ps(_mm_andnot_ps(isZero, lanes), _mm_and_ps(isZero, _mm_set1_ps(1.0f)))};
@@ -66,7 +66,6 @@ struct F32x4 {
     TROVIK_FORCE_INLINE I32x4 Truncated() const { return {_mm_cvttps_epi32(lanes)}; }
     /// Rounds to nearest, ties to even.
     TROVIK_FORCE_INLINE I32x4 Rounded() const { return {_mm_cvtps_epi32(lanes)}; }
-    TROVIK_FORCE_INLINE I32x4 Bits() const { return {_mm_castps_si128(lanes)}; }
 
     TROVIK_FORCE_INLINE static F32x4 Gather(const float* table, I32x4 index) {
         const auto low = static_cast<uint64_t>(_mm_cvtsi128_si64(index.lanes));
@@ -78,6 +77,11 @@ struct F32x4 {
                                               _mm_load_ss(table + (high >> 32))))};
     }
 };
+
+/// The lowest lane, in all lanes.
+TROVIK_FORCE_INLINE HWVector FirstInAllLanes(const HWVector& v) {
+    return HWVector(_mm_shuffle_ps(v.lanes, v.lanes, 0));
+}
 
 struct Lanes4 {
     using Numbers = F32x4;

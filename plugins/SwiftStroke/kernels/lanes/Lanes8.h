@@ -66,7 +66,6 @@ struct F32x8 {
     }
     TROVIK_FORCE_INLINE I32x8 Truncated() const { return {_mm256_cvttps_epi32(lanes)}; }
     TROVIK_FORCE_INLINE I32x8 Rounded() const { return {_mm256_cvtps_epi32(lanes)}; }
-    TROVIK_FORCE_INLINE I32x8 Bits() const { return {_mm256_castps_si256(lanes)}; }
     TROVIK_FORCE_INLINE static F32x8 Gather(const float* table, I32x8 index) {
         return {_mm256_i32gather_ps(table, index.lanes, 4)};
     }
@@ -77,7 +76,7 @@ struct F32x8 {
     TROVIK_FORCE_INLINE static F32x8 Maximum(F32x8 a, F32x8 b) {
         return {_mm256_max_ps(a.lanes, b.lanes)};
     }
-    /// The dot product of each vector, in all of its lanes.
+    /// As for HWVector. The lowest lane of each vector is the result.
     TROVIK_FORCE_INLINE F32x8 operator|(F32x8 o) const {
         const __m256 products = _mm256_mul_ps(lanes, o.lanes);
         const __m256 pairs =
@@ -85,6 +84,9 @@ struct F32x8 {
         return {_mm256_add_ps(pairs, _mm256_permute_ps(pairs, _MM_SHUFFLE(1, 0, 3, 2)))};
     }
 };
+
+/// The lowest lane of each vector, in all of its lanes.
+TROVIK_FORCE_INLINE F32x8 FirstInAllLanes(F32x8 v) { return {_mm256_permute_ps(v.lanes, 0)}; }
 
 struct Lanes8 {
     using Numbers = F32x8;
