@@ -4,15 +4,27 @@
 #include "framework/errors/HostError.h"
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <spawn.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace trovik {
+
+namespace {
+
+/// A process that does not end within this time after SIGTERM is killed.
+constexpr auto timeToEnd = std::chrono::seconds(10);
+constexpr auto pollInterval = std::chrono::milliseconds(5);
+/// The waitpid status of a process that exited with status 1.
+constexpr int unknownStatus = 1 << 8;
+
+}  // namespace
 
 ChildProcess::File ChildProcess::NewFile() {
     File file(std::tmpfile(), std::fclose);
@@ -33,14 +45,23 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments)
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_adddup2(&actions, fileno(out.get()), STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, fileno(error.get()), STDERR_FILENO);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+    posix_spawnattr_setpgroup(&attributes, 0);
     const int failure =
-        posix_spawnp(&process, pointers.front(), &actions, nullptr, pointers.data(), environ);
+        posix_spawnp(&process, pointers.front(), &actions, &attributes, pointers.data(), environ);
+    posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
     if (failure != 0)
         throw HostError("cannot start " + arguments.front() + ": " + std::strerror(failure));
 }
 
 ChildProcess::~ChildProcess() {
+    Terminate();
+    const auto deadline = std::chrono::steady_clock::now() + timeToEnd;
+    while (!HasEnded() && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(pollInterval);
     if (hasEnded) return;
     kill(process, SIGKILL);
     Reap(0);
@@ -52,6 +73,8 @@ void ChildProcess::Reap(int options) {
         ended = waitpid(process, &waitStatus, options);
     } while (ended < 0 && errno == EINTR);
     if (ended != 0) hasEnded = true;
+    // The status is lost, so the process must not count as successful.
+    if (ended < 0) waitStatus = unknownStatus;
 }
 
 bool ChildProcess::HasEnded() {
@@ -59,8 +82,10 @@ bool ChildProcess::HasEnded() {
     return hasEnded;
 }
 
-void ChildProcess::Terminate() const {
-    if (!hasEnded) kill(process, SIGTERM);
+void ChildProcess::Terminate() {
+    if (hasEnded || isTerminated) return;
+    isTerminated = true;
+    kill(process, SIGTERM);
 }
 
 std::string ChildProcess::Content(std::FILE* file) {

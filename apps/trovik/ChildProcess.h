@@ -11,7 +11,7 @@ namespace trovik {
 
 /// The result of a finished child process.
 struct ChildResult {
-    /// The exit status, or -1 if a signal ended the process.
+    /// The exit status, or -1 if a signal ended the process; 1 if the system does not report it.
     int status = 0;
     /// The signal that ended the process, or 0.
     int endingSignal = 0;
@@ -20,7 +20,8 @@ struct ChildResult {
 };
 
 /// A child process whose standard output and standard error are collected in temporary files. Its
-/// standard input is empty.
+/// standard input is empty. It has its own process group, so Ctrl-C in a terminal interrupts only
+/// the parent, which then ends its child processes in order.
 class ChildProcess {
 public:
     /// Starts a program.
@@ -28,15 +29,15 @@ public:
     /// its arguments.
     /// \throw HostError with the program and the system's reason.
     explicit ChildProcess(const std::vector<std::string>& arguments);
-    /// Kills a process that still runs, and waits for it.
+    /// Sends SIGTERM to a process that still runs, and waits for it; after 10 seconds, kills it.
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
     /// Returns whether the process has ended. Does not wait.
     bool HasEnded();
-    /// Sends SIGTERM.
-    void Terminate() const;
+    /// Sends SIGTERM, at most once: programs end without cleaning up after a second signal.
+    void Terminate();
     /// Waits for the end of the process.
     ChildResult Wait();
 
@@ -51,6 +52,7 @@ private:
     File error;
     pid_t process = -1;
     bool hasEnded = false;
+    bool isTerminated = false;
     int waitStatus = 0;
 };
 

@@ -36,6 +36,8 @@ void InstallInterruptionHandlers() {
 
 void IgnoreFileSizeSignal() { std::signal(SIGXFSZ, SIG_IGN); }
 
+void RestoreChildSignal() { std::signal(SIGCHLD, SIG_DFL); }
+
 bool IsInterrupted() { return received != 0; }
 
 void ThrowIfInterrupted() {

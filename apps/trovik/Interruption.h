@@ -10,6 +10,9 @@ void InstallInterruptionHandlers();
 /// Ignores SIGXFSZ, which would otherwise end the program. A write beyond the file size limit
 /// (RLIMIT_FSIZE) then fails like a write to a full disk, and the old files stay intact.
 void IgnoreFileSizeSignal();
+/// Restores the default action of SIGCHLD. If the parent process ignores this signal, the setting
+/// is inherited, and the system discards the exit statuses of child processes.
+void RestoreChildSignal();
 bool IsInterrupted();
 /// \throw Cancelled if the program has been interrupted.
 void ThrowIfInterrupted();

@@ -63,6 +63,7 @@ int Run(int argc, char** argv) {
     trovik::AddHelpTexts(program);
     trovik::InstallInterruptionHandlers();
     trovik::IgnoreFileSizeSignal();
+    trovik::RestoreChildSignal();
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
