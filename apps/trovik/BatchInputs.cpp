@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "BatchInputs.h"
 
+#include "JsonOutput.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFormat.h"
 #include "framework/io/FilePath.h"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <filesystem>
@@ -77,6 +80,9 @@ std::vector<BatchInput> ListBatchInputs(const std::vector<std::string>& paths,
             throw HostError(path + " and " + other->second +
                             " have the same stem, so their results could overwrite each other");
         BatchInput input{path, Absolute(path), given};
+        // Variables, the state file and the summary are JSON.
+        if (!IsUtf8(input.absolutePath))
+            throw HostError(input.absolutePath + ": the path is not UTF-8; rename the file");
         const JsonVariables own = {
             {"input", input.absolutePath},
             {"name", file.filename().string()},

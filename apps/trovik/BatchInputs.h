@@ -26,7 +26,7 @@ struct BatchInput {
 /// \param extension  the extension of `output`, with a dot; empty for that of the input.
 /// \param given  the variables of --set.
 /// \throw HostError if a path does not exist, if there is no input, if two inputs have the same
-/// stem, or if `given` contains one of the other variables.
+/// stem, if a path is not UTF-8, or if `given` contains one of the other variables.
 std::vector<BatchInput> ListBatchInputs(const std::vector<std::string>& paths,
                                         const std::string& outputFolder,
                                         const std::string& extension,

@@ -10,18 +10,9 @@
 
 namespace trovik {
 
-namespace {
-
 using nlohmann::json;
 
-bool IsUtf8(const json& text) {
-    try {
-        // The serialiser rejects text that is not UTF-8.
-        return !text.dump().empty();
-    } catch (const json::type_error&) {
-        return false;
-    }
-}
+namespace {
 
 std::string PercentEncoded(const std::string& text) {
     constexpr std::string_view plain =
@@ -63,6 +54,15 @@ void AddBytes(json& value) {
 }
 
 }  // namespace
+
+bool IsUtf8(const json& text) {
+    try {
+        // The serialiser rejects text that is not UTF-8.
+        return !text.dump().empty();
+    } catch (const json::type_error&) {
+        return false;
+    }
+}
 
 void PrintJson(const json& document) {
     using Handler = json::error_handler_t;

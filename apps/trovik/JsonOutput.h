@@ -5,6 +5,9 @@
 
 namespace trovik {
 
+/// Returns whether all strings of a JSON value are valid UTF-8.
+bool IsUtf8(const nlohmann::json& text);
+
 /// Prints a JSON document on standard output, indented by two spaces and with a trailing newline.
 ///
 /// Strings such as file names may contain bytes that are not UTF-8. Such bytes are printed as

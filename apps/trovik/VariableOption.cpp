@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "VariableOption.h"
 
+#include "JsonOutput.h"
+
+#include <nlohmann/json.hpp>
+
 #include <string>
 #include <vector>
 
@@ -20,6 +24,7 @@ void AddVariableOption(CLI::App& verb, JsonVariables& variables) {
         ->allow_extra_args(false)
         ->check([](const std::string& setting) {
             const std::size_t end = setting.find('=');
+            if (!IsUtf8(setting)) return "the value is not UTF-8: " + setting;
             return end != std::string::npos && IsVariableName(setting.substr(0, end))
                        ? std::string()
                        : "expected NAME=VALUE, where NAME has letters, digits and underscores, "
