@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "BatchInputs.h"
+#include "BatchScript.h"
 #include "BatchState.h"
 #include "ChildProcess.h"
 #include "Commands.h"
@@ -11,8 +12,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/errors/PrintableText.h"
 #include "framework/io/ContentHash.h"
-#include "framework/json/JsonText.h"
-#include "framework/script/ScriptDocument.h"
+#include "framework/io/FilePath.h"
 
 #include <nlohmann/json.hpp>
 
@@ -21,6 +21,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <sstream>
 #include <thread>
@@ -84,16 +85,25 @@ public:
                                  options.format.empty() ? "" : "." + options.format,
                                  options.variables)),
           reports(inputs.size()) {
-        CheckScript();
+        CheckBatchScript(options.script, inputs, options.output);
         std::error_code failed;
         fs::create_directories(options.output, failed);
         if (failed)
             throw HostError("cannot create the folder " + options.output + ": " + failed.message());
+        CheckWritable(StatePath());
         state = std::make_unique<BatchState>(StatePath());
     }
 
+    /// Ends all processes after an error.
+    ~Batch() {
+        for (const ActiveInput& one : active) one.process->Terminate();
+    }
+    Batch(const Batch&) = delete;
+    Batch& operator=(const Batch&) = delete;
+
     /// \throw Cancelled after an interruption, when all processes have ended.
     void Run() {
+        if (options.again) ForgetAll();
         const unsigned processors = std::max(1u, std::thread::hardware_concurrency());
         const std::size_t limit = options.jobs == 0 ? processors : options.jobs;
         std::size_t next = 0;
@@ -106,6 +116,7 @@ public:
             std::this_thread::sleep_for(pollInterval);
             FinishEnded();
         }
+        if (IsInterrupted()) Stop();
     }
 
     std::size_t Count(InputStatus status) const {
@@ -161,28 +172,23 @@ private:
                                      : options.state;
     }
 
-    /// Reports errors of the script once, instead of once per input.
-    void CheckScript() const {
-        if (IsStandardInput(options.script))
-            throw HostError(
-                "a batch cannot read its script from standard input, because each "
-                "process reads the script");
-        const std::string source = ReadStrokeScript(options.script).dump();
-        if (source.find("${input}") == std::string::npos)
-            throw HostError(options.script +
-                            ": the script does not use ${input}, so all inputs would give the "
-                            "same result");
-        ReadStrokeScript(options.script, nullptr, &inputs.front().variables);
-    }
-
     /// Returns everything that determines the result of an input, apart from files that the script
     /// reads in addition to it.
     nlohmann::json KeyOf(const BatchInput& input) const {
         return {{"program", TROVIK_VERSION},
                 {"script", HashFile(options.script).sha256},
                 {"content", HashFile(input.absolutePath).sha256},
+                {"output", fs::canonical(options.output).string()},
                 {"strict", options.strict},
                 {"variables", input.variables}};
+    }
+
+    /// Removes all inputs from the state, so that a run after an interruption does not skip those
+    /// that have not been processed again.
+    void ForgetAll() {
+        std::vector<std::string> paths;
+        for (const BatchInput& input : inputs) paths.push_back(input.absolutePath);
+        state->Remove(paths);
     }
 
     void Start(std::size_t index) {
@@ -192,10 +198,11 @@ private:
             nlohmann::json key = KeyOf(input);
             if (!options.again && state->IsDone(input.absolutePath, key)) {
                 report.files = state->FilesOf(input.absolutePath);
+                CheckFiles(index);
                 Finish(index, InputStatus::Skipped);
                 return;
             }
-            state->Remove(input.absolutePath);
+            state->Remove({input.absolutePath});
             std::vector<std::string> arguments = {
                 program, "sculpt", options.script, "-o", options.output, "-q", "--json"};
             if (options.strict) arguments.emplace_back("--strict");
@@ -236,11 +243,33 @@ private:
             Finish(one.index, InputStatus::Failed);
             return;
         }
-        for (const nlohmann::json& file :
-             nlohmann::json::parse(result.out).value("files", nlohmann::json::array()))
-            report.files.push_back(fs::absolute(file.get<std::string>()).lexically_normal());
-        state->Add(inputs[one.index].absolutePath, one.key, report.files);
-        Finish(one.index, InputStatus::Done);
+        try {
+            for (const nlohmann::json& file :
+                 nlohmann::json::parse(result.out).value("files", nlohmann::json::array()))
+                report.files.push_back(fs::absolute(file.get<std::string>()).lexically_normal());
+            CheckFiles(one.index);
+            state->Add(inputs[one.index].absolutePath, one.key, report.files);
+            Finish(one.index, InputStatus::Done);
+        } catch (const HostError& error) {
+            report.error = error.what();
+            Finish(one.index, InputStatus::Failed);
+        } catch (const nlohmann::json::exception& error) {
+            report.error = std::string("cannot read the summary of the process: ") + error.what();
+            Finish(one.index, InputStatus::Failed);
+        }
+    }
+
+    /// \throw HostError if the input wrote a file that another input also wrote. Both are then
+    /// missing from the state, because the file can contain either result.
+    void CheckFiles(std::size_t index) {
+        for (const std::string& file : reports[index].files) {
+            const auto [writer, isNew] = writers.emplace(file, index);
+            if (isNew || writer->second == index) continue;
+            const BatchInput& other = inputs[writer->second];
+            state->Remove({inputs[index].absolutePath, other.absolutePath});
+            throw HostError(file + " was also written by " + other.path +
+                            "; use ${stem} in the file name");
+        }
     }
 
     /// Reads the warnings and the error from the output of a process.
@@ -279,8 +308,9 @@ private:
             if (one.process->Wait().status == 0) Collect(one);
         line.Finish();
         line.Message(std::to_string(Count(InputStatus::Done) + Count(InputStatus::Skipped)) +
-                     " of " + std::to_string(inputs.size()) +
-                     " inputs are done; the same command continues with the others");
+                     " of " + std::to_string(inputs.size()) + " inputs are done; " +
+                     (options.again ? "run again without --again to continue"
+                                    : "the same command continues with the others"));
         throw Cancelled();
     }
 
@@ -290,6 +320,8 @@ private:
     const std::vector<BatchInput> inputs;
     std::vector<InputReport> reports;
     std::unique_ptr<BatchState> state;
+    /// The inputs that wrote the files of this run, and of earlier runs if they were skipped.
+    std::map<std::string, std::size_t> writers;
     std::vector<ActiveInput> active;
     std::size_t finishedCount = 0;
 };

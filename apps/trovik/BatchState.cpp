@@ -61,13 +61,21 @@ void BatchState::Add(const std::string& input,
                      const nlohmann::json& key,
                      const std::vector<std::string>& files) {
     inputs[input] = {{"key", key}, {"files", files}};
+    Write();
+}
+
+void BatchState::Remove(const std::vector<std::string>& removed) {
+    std::size_t count = 0;
+    for (const std::string& input : removed) count += inputs.erase(input);
+    if (count != 0) Write();
+}
+
+void BatchState::Write() const {
     OutputFile file(path);
     file.Write(nlohmann::json({{"format", stateFormat}, {"inputs", inputs}})
                    .dump(1, ' ', false, nlohmann::json::error_handler_t::replace) +
                "\n");
     file.Commit();
 }
-
-void BatchState::Remove(const std::string& input) { inputs.erase(input); }
 
 }  // namespace trovik

@@ -32,11 +32,13 @@ public:
     void Add(const std::string& input,
              const nlohmann::json& key,
              const std::vector<std::string>& files);
-    /// Removes an input whose processing begins. The file is not written, because a state without
-    /// the input's current key has the same effect.
-    void Remove(const std::string& input);
+    /// Removes inputs whose results are about to change. Writes the state file if it contained any
+    /// of them. \param removed  absolute paths. \throw HostError if the file cannot be written.
+    void Remove(const std::vector<std::string>& removed);
 
 private:
+    void Write() const;
+
     std::string path;
     nlohmann::json inputs = nlohmann::json::object();
 };

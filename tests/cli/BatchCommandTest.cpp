@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <thread>
@@ -38,6 +39,15 @@ protected:
         EXPECT_EQ(outcome.status, status) << outcome.error;
         lastError = outcome.error;
         return json::parse(outcome.out);
+    }
+
+    /// Returns whether the output folder contains an incomplete mesh.
+    bool HasPart() const {
+        std::error_code failed;
+        for (fs::directory_iterator entry(folder / "out", failed), end; !failed && entry != end;
+             entry.increment(failed))
+            if (entry->path().string().find(".part.obj") != std::string::npos) return true;
+        return false;
     }
 
     std::string lastError;
@@ -83,6 +93,73 @@ TEST_F(BatchCommand, SkipsWhatHasNotChanged) {
     WriteScript("s.json", R"({"export": {"file": "${output}"}}, {"comment": "changed"})");
     EXPECT_EQ(Batch("s.json in -o out").at("skipped"), 0);
     EXPECT_EQ(Batch("s.json in -o out").at("skipped"), 3);
+}
+
+TEST_F(BatchCommand, OtherOutputFoldersAreProcessedAgain) {
+    EXPECT_EQ(Batch("s.json in -o out --state s.state").at("done"), 3);
+    EXPECT_EQ(Batch("s.json in -o other --state s.state").at("done"), 3);
+    EXPECT_EQ(Batch("s.json in -o other/../other/ --state s.state").at("skipped"), 3);
+}
+
+TEST_F(BatchCommand, InputsAreNotOverwritten) {
+    const std::string before = ReadAll(folder / "in/a.obj");
+    fs::copy_file(folder / "in/a.obj", folder / "a.obj");
+    WriteScript("name.json", R"({"export": {"file": "x/../${name}"}})");
+    WriteScript("other.json", R"({"export": {"file": "b${stem}.obj"}})");
+    fs::copy_file(folder / "in/a.obj", folder / "ba.obj");
+    for (const char* arguments :
+         {"s.json a.obj", "s.json in/a.obj -o in", "name.json a.obj", "other.json a.obj ba.obj"}) {
+        const Outcome outcome = Run(std::string("batch ") + arguments);
+        EXPECT_EQ(outcome.status, 1) << arguments;
+        EXPECT_THAT(outcome.error, HasSubstr("in the output folder is the input")) << arguments;
+    }
+    for (const char* name : {"a.obj", "ba.obj", "in/a.obj"})
+        EXPECT_EQ(ReadAll(folder / name), before) << name;
+    EXPECT_EQ(Batch("s.json a.obj --format ply").at("done"), 1);
+    EXPECT_EQ(Batch("s.json a.obj -o out").at("done"), 1);
+}
+
+TEST_F(BatchCommand, InputsThatWriteTheSameFileFail) {
+    WriteScript("same.json", R"({"export": {"file": "result.obj"}})");
+    const json result = Batch("same.json in/a.obj in/b.obj -o out --jobs 1", 1);
+    EXPECT_EQ(result.at("done"), 1);
+    EXPECT_EQ(result.at("failed"), 1);
+    EXPECT_THAT(lastError, HasSubstr("result.obj was also written by in/a.obj; use ${stem}"));
+    // The file contains the result of the second input, so the first one is not skipped.
+    EXPECT_EQ(Batch("same.json in/a.obj -o out").at("done"), 1);
+    // The result of a skipped input.
+    EXPECT_EQ(Batch("same.json in/a.obj in/b.obj -o out --jobs 1", 1).at("failed"), 1);
+}
+
+TEST_F(BatchCommand, VariablesMayStandForWordsOfTheScript) {
+    WriteFile("word.json", R"({"mesh": "${input}", "up": "${up}", "steps": [
+        {"export": {"file": "${output}"}}]})");
+    EXPECT_EQ(Batch("word.json in/a.obj -o out --set up=z").at("done"), 1);
+    const Outcome wrong = Run("batch word.json in/a.obj -o out --set up=w");
+    EXPECT_EQ(wrong.status, 1);
+    EXPECT_THAT(wrong.error, HasSubstr("word.json: /up"));
+}
+
+TEST_F(BatchCommand, FailuresOfTheBatchItselfAreReported) {
+    // The state file cannot be written.
+    EXPECT_EQ(Run("batch s.json in -o out --state missing/s.state").status, 1);
+    EXPECT_FALSE(fs::exists(folder / "out/a.obj"));
+    // A parent process that ignores SIGCHLD.
+    const std::string line = "cd '" + folder.string() + "' && trap '' CHLD && exec '" +
+                             TROVIK_COMMAND + "' batch s.json in -o out -q 2> error.txt";
+    EXPECT_EQ(WEXITSTATUS(std::system(line.c_str())), 0) << ReadAll(folder / "error.txt");
+    EXPECT_TRUE(fs::exists(folder / "out/c.obj"));
+}
+
+TEST_F(BatchCommand, RefusesTextThatIsNotUtf8) {
+    fs::copy_file(folder / "cube.obj", folder / "in/\xff.obj");
+    const Outcome input = Run("batch s.json in -o out");
+    EXPECT_EQ(input.status, 1);
+    EXPECT_THAT(input.error, HasSubstr("\\xFF.obj: the path is not UTF-8"));
+    EXPECT_EQ(std::count(input.error.begin(), input.error.end(), '\n'), 1) << input.error;
+    const Outcome value = Run("batch s.json in/a.obj -o out --set side=\xff");
+    EXPECT_EQ(value.status, 2);
+    EXPECT_THAT(value.error, HasSubstr("not UTF-8"));
 }
 
 TEST_F(BatchCommand, FailuresAffectOnlyTheirInput) {
@@ -134,6 +211,8 @@ TEST_F(BatchCommand, RefusesWhatCannotWork) {
         "typo.json: /steps/2/export/file: unknown variable \"outptu\"; did you mean \"output\"?");
     WriteFile("fixed.json", R"({"mesh": "cube.obj", "steps": []})");
     expectError("fixed.json in -o out", "does not use ${input}");
+    WriteFile("escaped.json", R"({"mesh": "$${input}", "steps": []})");
+    expectError("escaped.json in -o out", "does not use ${input}");
     fs::create_directories(folder / "out");
     WriteFile("out/trovik-batch.json", "[]");
     expectError("s.json in -o out", "not the state file of a batch");
@@ -142,33 +221,42 @@ TEST_F(BatchCommand, RefusesWhatCannotWork) {
 }
 
 TEST_F(BatchCommand, InterruptionEndsAllProcessesAndTheNextRunContinues) {
-    // The inputs are subdivided into millions of faces, which takes longer than the test waits.
-    WriteFile(
-        "slow.json",
-        R"({"mesh": "${input}", "levels": 10, "steps": [{"export": {"file": "${output}"}}]})");
-    const std::string line = "cd '" + folder.string() + "' && exec '" + TROVIK_COMMAND +
-                             "' batch slow.json in/b.obj in/c.obj -o out --jobs 2 > out.txt 2> "
-                             "error.txt";
-    const pid_t child = fork();
-    if (child == 0) {
-        for (const int number : {SIGINT, SIGTERM}) std::signal(number, SIG_DFL);
-        execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
-        _exit(127);
+    // Ctrl-C in a terminal sends SIGINT to the whole process group.
+    for (const bool isWholeGroup : {false, true}) {
+        SCOPED_TRACE(isWholeGroup);
+        WriteScript("quick.json", R"({"export": {"file": "${output}"}})");
+        fs::remove_all(folder / "out");
+        EXPECT_EQ(Batch("quick.json in/b.obj in/c.obj -o out").at("done"), 2);
+        // Each input is written several times, so that the signal arrives during an export.
+        std::string script = R"({"mesh": "${input}", "levels": 8, "steps": [)";
+        for (int i = 0; i < 20; ++i) script += R"({"export": {"file": "${output}"}}, )";
+        WriteFile("slow.json", script + R"({"comment": "end"}]})");
+        const std::string line = "cd '" + folder.string() + "' && exec '" + TROVIK_COMMAND +
+                                 "' batch slow.json in/b.obj in/c.obj -o out --jobs 2 --again > "
+                                 "out.txt 2> error.txt";
+        const pid_t child = fork();
+        if (child == 0) {
+            setpgid(0, 0);
+            for (const int number : {SIGINT, SIGTERM}) std::signal(number, SIG_DFL);
+            execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
+            _exit(127);
+        }
+        while (!HasPart() && waitpid(child, nullptr, WNOHANG) == 0)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        kill(isWholeGroup ? -child : child, isWholeGroup ? SIGINT : SIGTERM);
+        int status = 0;
+        waitpid(child, &status, 0);
+        const std::string error = ReadAll(folder / "error.txt");
+        EXPECT_EQ(WEXITSTATUS(status), isWholeGroup ? 130 : 143) << error;
+        EXPECT_THAT(error, HasSubstr("trovik: interrupted\n"));
+        EXPECT_THAT(error, HasSubstr("0 of 2 inputs are done; run again without --again"));
+        // All processes have ended and removed their incomplete files.
+        EXPECT_FALSE(HasPart());
+        // The results of the first run have been forgotten.
+        const json next = Batch("quick.json in/b.obj in/c.obj -o out");
+        EXPECT_EQ(next.at("done"), 2);
+        EXPECT_EQ(lastError, "");
     }
-    // The folder is created when the signal handlers exist and before the first process starts.
-    while (!fs::exists(folder / "out")) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    kill(child, SIGTERM);
-    int status = 0;
-    waitpid(child, &status, 0);
-    const std::string error = ReadAll(folder / "error.txt");
-    EXPECT_EQ(WEXITSTATUS(status), 143) << error;
-    EXPECT_THAT(error, HasSubstr("trovik: interrupted\n"));
-    EXPECT_THAT(error, HasSubstr("0 of 2 inputs are done"));
-    EXPECT_FALSE(fs::exists(folder / "out/b.obj"));
-    // No process still writes into the folder.
-    for (const auto& entry : fs::directory_iterator(folder / "out"))
-        EXPECT_EQ(entry.path().string().find(".part"), std::string::npos) << entry.path();
 }
 
 }  // namespace
