@@ -180,7 +180,9 @@ BrushOperation* Document::BrushOfTool(const BrushConfiguration& tool) const {
 
 std::vector<StrokeLoop*> Document::Loops() const {
     std::vector<StrokeLoop*> loops;
-    if (loop != nullptr) loops = {loop.get(), freezeLoop.get()};
+    // If FollowLevel threw, only some of the loops exist.
+    for (StrokeLoop* one : {loop.get(), freezeLoop.get()})
+        if (one != nullptr) loops.push_back(one);
     for (const PluginBrush& one : pluginBrushes)
         if (one.loop != nullptr) loops.push_back(one.loop.get());
     return loops;
