@@ -6,7 +6,9 @@
 #include "framework/errors/HostError.h"
 #include "framework/nodes/HostKernel.h"
 
+#include <set>
 #include <utility>
+#include <vector>
 
 namespace trovik {
 
@@ -23,6 +25,23 @@ void ResetGlobals(LevelGeometry* geometry) {
     scene.OwnCamera().Transform() = MatrixTransform();
     scene.OwnCamera().SetOrthographic(false);
     scene.RemoveGeometry(geometry);
+}
+
+/// Returns all tools of the catalogue whose names are unique, those of the sculpting brush first.
+/// If several tools have the same name, the first one is returned, so a plug-in cannot replace a
+/// tool of the sculpting brush or the tool "Freeze".
+std::vector<BrushConfiguration*> SelectableTools(const ClassDesc* sculptingClass) {
+    std::vector<BrushConfiguration*> tools;
+    std::set<QString> names = {FreezeBrush::Tool()->Name()};
+    for (const bool isSculpting : {true, false}) {
+        for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {
+            BrushConfiguration* tool = BrushOperation::Configuration(i);
+            if ((tool->BrushClass() == sculptingClass) == isSculpting &&
+                names.insert(tool->Name()).second)
+                tools.push_back(tool);
+        }
+    }
+    return tools;
 }
 
 }  // namespace
@@ -65,8 +84,7 @@ bool Document::SelectTool(const std::string& name) {
         NoteToolChanged();
         return true;
     }
-    for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {
-        BrushConfiguration* row = BrushOperation::Configuration(i);
+    for (BrushConfiguration* row : SelectableTools(brush->RuntimeClass())) {
         BrushOperation* const toolBrush = BrushOfTool(*row);
         if (toolBrush == nullptr || row->Name().toStdString() != name) continue;
         freezing = false;
@@ -88,8 +106,7 @@ bool Document::SelectTool(const std::string& name) {
 
 std::vector<std::string> Document::ToolNames() const {
     std::vector<std::string> names;
-    for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {
-        const BrushConfiguration* row = BrushOperation::Configuration(i);
+    for (const BrushConfiguration* row : SelectableTools(brush->RuntimeClass())) {
         if (BrushOfTool(*row) != nullptr) names.push_back(row->Name().toStdString());
     }
     names.push_back(FreezeBrush::Tool()->Name().toStdString());
