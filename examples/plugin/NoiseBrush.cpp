@@ -71,8 +71,17 @@ public:
         grain = 0.0f;
         // While a stroke is open, the mesh is locked and has a change that collects undo records.
         if (trigger != TriggerStroke || strokeMesh == nullptr || !strokeMesh->Lock(this)) return;
-        mesh = strokeMesh;
-        change.reset(mesh->StartChange());
+        try {
+            change.reset(strokeMesh->StartChange());
+        } catch (...) {
+            // EndStroke is not called after an exception in BeginStroke.
+            strokeMesh->Unlock();
+            throw;
+        }
+        if (change == nullptr)
+            strokeMesh->Unlock();
+        else
+            mesh = strokeMesh;
     }
 
     void ApplyDab(const SurfacePoint& hit,
