@@ -207,6 +207,7 @@ void WritePluginBrushChunk(SceneStream& stream, BrushOperation& brush, bool isAc
 
 BrushOperation* ReadPluginBrushChunk(SceneStream& stream,
                                      const std::vector<BrushOperation*>& brushes,
+                                     bool areSettingsWanted,
                                      std::vector<std::string>& tools,
                                      std::vector<std::string>& notes) {
     uint8_t isActive = 0;
@@ -218,13 +219,15 @@ BrushOperation* ReadPluginBrushChunk(SceneStream& stream,
             return brush->RuntimeClass()->Name() == className;
         });
     BrushOperation* const brush = found == brushes.end() ? nullptr : *found;
-    if (brush == nullptr && !brushes.empty())
+    if (brush == nullptr && areSettingsWanted)
         notes.push_back("skipped the settings of the brush " + className.toStdString() +
                         ", which no plug-in provides");
     std::vector<std::string> own;
     ReadSettings(stream, brush, own, notes);
     tools.insert(isActive != 0 ? tools.end() : tools.begin(), own.begin(), own.end());
-    return isActive != 0 ? brush : nullptr;
+    // Without a tool, which the plug-in may no longer have, the brush cannot be used.
+    const bool canBeActive = brush != nullptr && brush->ActiveConfiguration() != nullptr;
+    return isActive != 0 && canBeActive ? brush : nullptr;
 }
 
 }  // namespace trovik

@@ -34,12 +34,14 @@ void WritePluginBrushChunk(SceneStream& stream, BrushOperation& brush, bool isAc
 
 /// Reads the settings of a plug-in's brush, like ReadBrushChunk.
 /// \param brushes  new brushes, one of which receives the settings. If none has the class in the
-/// chunk, the settings are skipped, with a line in `notes` unless the list is empty.
+/// chunk, the settings are skipped.
+/// \param areSettingsWanted  whether skipped settings add a line to `notes`.
 /// \param tools  receives the tool names: of the active brush at the end, of others at the
 /// beginning.
-/// \return the brush if it is active; otherwise null.
+/// \return the brush if it is active and has at least one of the tools; otherwise null.
 BrushOperation* ReadPluginBrushChunk(SceneStream& stream,
                                      const std::vector<BrushOperation*>& brushes,
+                                     bool areSettingsWanted,
                                      std::vector<std::string>& tools,
                                      std::vector<std::string>& notes);
 

@@ -88,8 +88,8 @@ public:
         }
         if (name == "PBRS") {
             reader.Read([this](SceneStream& s) {
-                BrushOperation* active =
-                    ReadPluginBrushChunk(s, pluginBrushes, scene.tools, scene.notes);
+                BrushOperation* active = ReadPluginBrushChunk(
+                    s, pluginBrushes, brush != nullptr, scene.tools, scene.notes);
                 if (active != nullptr) scene.activePluginBrush = active;
             });
             return;

@@ -94,7 +94,7 @@ struct LoadedScene {
 /// last; null to skip them. After an error, the brush must be discarded.
 /// \param freezeBrush  a new freeze brush, handled like `brush`.
 /// \param pluginBrushes  new brushes of further plug-ins, handled like `brush`. The settings of a
-/// brush that is not in the list are skipped with a note.
+/// brush that is not in the list are skipped, with a note if `brush` is not null.
 /// \throw HostError "FILE: byte N: reason"; Cancelled.
 TROVIK_API LoadedScene LoadScene(const std::string& path,
                                  BrushOperation* brush,
