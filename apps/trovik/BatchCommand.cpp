@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "BatchInputs.h"
+#include "BatchReport.h"
 #include "BatchScript.h"
 #include "BatchState.h"
 #include "ChildProcess.h"
@@ -19,11 +20,9 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <map>
 #include <memory>
-#include <sstream>
 #include <thread>
 
 namespace trovik {
@@ -50,30 +49,6 @@ struct BatchOptions {
     bool json = false;
 };
 
-enum class InputStatus { Waiting, Done, Skipped, Failed };
-
-struct InputReport {
-    InputStatus status = InputStatus::Waiting;
-    std::string error;
-    std::vector<std::string> warnings;
-    std::vector<std::string> files;
-    double seconds = 0.0;
-};
-
-const char* StatusName(InputStatus status) {
-    switch (status) {
-        case InputStatus::Done:
-            return "done";
-        case InputStatus::Skipped:
-            return "skipped";
-        case InputStatus::Failed:
-            return "failed";
-        case InputStatus::Waiting:
-            break;
-    }
-    return "waiting";
-}
-
 class Batch {
 public:
     Batch(const BatchOptions& batchOptions, ProgressLine& progress)
@@ -90,6 +65,7 @@ public:
         fs::create_directories(options.output, failed);
         if (failed)
             throw HostError("cannot create the folder " + options.output + ": " + failed.message());
+        outputPath = fs::canonical(options.output).string();
         CheckWritable(StatePath());
         state = std::make_unique<BatchState>(StatePath());
     }
@@ -129,12 +105,7 @@ public:
     nlohmann::json Json() const {
         nlohmann::json list = nlohmann::json::array();
         for (std::size_t i = 0; i < inputs.size(); ++i)
-            list.push_back({{"input", inputs[i].path},
-                            {"status", StatusName(reports[i].status)},
-                            {"files", reports[i].files},
-                            {"warnings", reports[i].warnings},
-                            {"error", reports[i].error},
-                            {"seconds", reports[i].seconds}});
+            list.push_back(ReportJson(inputs[i], reports[i]));
         return {{"script", options.script},
                 {"output", options.output},
                 {"state", StatePath()},
@@ -178,7 +149,7 @@ private:
         return {{"program", TROVIK_VERSION},
                 {"script", HashFile(options.script).sha256},
                 {"content", HashFile(input.absolutePath).sha256},
-                {"output", fs::canonical(options.output).string()},
+                {"output", outputPath},
                 {"strict", options.strict},
                 {"variables", input.variables}};
     }
@@ -237,9 +208,6 @@ private:
             std::chrono::duration<double>(std::chrono::steady_clock::now() - one.start).count();
         ReadMessages(result, report);
         if (result.status != 0) {
-            if (result.endingSignal != 0)
-                report.error = std::string("the process was ended by the signal ") +
-                               strsignal(result.endingSignal);
             Finish(one.index, InputStatus::Failed);
             return;
         }
@@ -270,21 +238,6 @@ private:
             throw HostError(file + " was also written by " + other.path +
                             "; use ${stem} in the file name");
         }
-    }
-
-    /// Reads the warnings and the error from the output of a process.
-    static void ReadMessages(const ChildResult& result, InputReport& report) {
-        const std::string warning = "warning: ";
-        const std::string error = "trovik: ";
-        std::istringstream lines(result.error);
-        for (std::string text; std::getline(lines, text);) {
-            if (text.rfind(warning, 0) == 0)
-                report.warnings.push_back(text.substr(warning.size()));
-            else if (text.rfind(error, 0) == 0)
-                report.error = text.substr(error.size());
-        }
-        if (result.status != 0 && report.error.empty())
-            report.error = "the process failed with status " + std::to_string(result.status);
     }
 
     void Finish(std::size_t index, InputStatus status) {
@@ -319,6 +272,8 @@ private:
     const std::string program;
     const std::vector<BatchInput> inputs;
     std::vector<InputReport> reports;
+    /// Absolute, without symbolic links.
+    std::string outputPath;
     std::unique_ptr<BatchState> state;
     /// The inputs that wrote the files of this run, and of earlier runs if they were skipped.
     std::map<std::string, std::size_t> writers;
