@@ -18,9 +18,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <sstream>
+#include <string_view>
 #include <thread>
 #include <unistd.h>
 
@@ -92,7 +94,8 @@ void EncodeVideo(const std::string& folder, int framesPerSecond, const std::stri
                           "-framerate",
                           std::to_string(framesPerSecond),
                           "-i",
-                          pattern + "/frame_%04d.png",
+                          // Without the prefix, a name with a colon would be a URL.
+                          "file:" + pattern + "/frame_%04d.png",
                           "-c:v",
                           "libx264",
                           // Players support only this format, which requires even sizes.
@@ -102,7 +105,7 @@ void EncodeVideo(const std::string& folder, int framesPerSecond, const std::stri
                           "pad=ceil(iw/2)*2:ceil(ih/2)*2",
                           "-movflags",
                           "+faststart",
-                          replacement.TemporaryPath()});
+                          "file:" + replacement.TemporaryPath()});
     while (!encoder.HasEnded()) {
         ThrowIfInterrupted();
         std::this_thread::sleep_for(pollInterval);
@@ -144,13 +147,34 @@ RenderImage Reduced(const RenderImage& picture, int factor) {
     return reduced;
 }
 
+/// Whether the name is that of an image or of a video in another format, and therefore not intended
+/// for a folder.
+bool IsOtherMediaPath(const std::string& path) {
+    constexpr std::string_view extensions[] = {
+        ".apng", ".avi", ".bmp", ".exr", ".gif", ".jpeg", ".jpg", ".m4v",  ".mkv",  ".mov",
+        ".mpeg", ".mpg", ".ogv", ".png", ".tif", ".tiff", ".tga", ".webm", ".webp", ".wmv"};
+    std::error_code ignored;
+    return std::find(std::begin(extensions), std::end(extensions), LowerExtension(path)) !=
+               std::end(extensions) &&
+           !fs::is_directory(path, ignored);
+}
+
+void CreateFolder(const std::string& folder) {
+    std::error_code failed;
+    fs::create_directories(folder, failed);
+    if (failed) throw HostError("cannot create the folder " + folder + ": " + failed.message());
+}
+
 void CheckDestination(const TurntableArguments& wanted) {
+    if (IsOtherMediaPath(wanted.destination))
+        throw HostError(wanted.destination +
+                        ": a turntable is written as a video (*.mp4) or as images in a folder; use "
+                        "trovik render for a single image");
     if (!IsVideoPath(wanted.destination)) {
-        std::error_code failed;
-        fs::create_directories(wanted.destination, failed);
-        if (failed)
-            throw HostError("cannot create the folder " + wanted.destination + ": " +
-                            failed.message());
+        std::error_code ignored;
+        if (fs::exists(wanted.destination, ignored) &&
+            !fs::is_directory(wanted.destination, ignored))
+            throw HostError(wanted.destination + ": not a folder");
         return;
     }
     if (wanted.options.transparent)
@@ -209,6 +233,8 @@ void RenderTurntable(const TurntableArguments& wanted) {
     std::vector<RenderImage> sheetFrames;
     const RenderCamera camera =
         RenderFrames(wanted, options, frames, line, [&](std::size_t i, const RenderImage& picture) {
+            // Created only now, so that nothing is left behind if the mesh cannot be read.
+            if (i == 0 && !isVideo) CreateFolder(folder);
             WriteRender(frames[i], picture);
             if (!wanted.sheet.empty()) sheetFrames.push_back(Reduced(picture, factor));
         });

@@ -63,9 +63,10 @@ TEST_F(TurntableCommand, SheetShowsAllFramesReduced) {
 TEST_F(TurntableCommand, VideoIsEncodedFromTheFrames) {
     // Stands in for the encoder: lists its arguments and the number of frames in the output file.
     MakeEncoder(
-        "for last; do :; done\n"
+        "for last; do :; done; last=${last#file:}\n"
         "while [ $# -gt 1 ]; do [ \"$1\" = -i ] && pattern=$2; echo \"$1\" >> \"$last\"; shift; "
         "done\n"
+        "case $pattern in file:*) pattern=${pattern#file:};; *) exit 1;; esac\n"
         "set -- \"${pattern%/*}\"/*.png; echo \"$# frames\" >> \"$last\"\n");
     const Outcome outcome = Turn("cube.obj spin.mp4 --frames 4 --fps 30 --json");
     ASSERT_EQ(outcome.status, 0) << outcome.error;
@@ -74,6 +75,25 @@ TEST_F(TurntableCommand, VideoIsEncodedFromTheFrames) {
     EXPECT_THAT(video, HasSubstr("-framerate\n30\n"));
     EXPECT_THAT(video, HasSubstr("frame_%04d.png\n"));
     EXPECT_THAT(video, HasSubstr("\n4 frames\n"));
+}
+
+TEST_F(TurntableCommand, VideoNamesMayContainColons) {
+    MakeEncoder("for last; do :; done; echo video > \"${last#file:}\"\n");
+    ASSERT_EQ(Turn("cube.obj a:b.mp4 --frames 1 -q").status, 0);
+    EXPECT_EQ(ReadAll(folder / "a:b.mp4"), "video\n");
+}
+
+TEST_F(TurntableCommand, RefusesOtherFormatsAndUnreadableMeshesBeforeWriting) {
+    for (const char* name : {"spin.png", "spin.MOV", "spin.gif"}) {
+        const Outcome outcome = Run(std::string("turntable cube.obj ") + name + small);
+        EXPECT_EQ(outcome.status, 1) << name;
+        EXPECT_THAT(outcome.error, HasSubstr("a video (*.mp4) or as images in a folder"));
+        EXPECT_FALSE(fs::exists(folder / name));
+    }
+    EXPECT_EQ(Run(std::string("turntable missing.obj spin") + small).status, 1);
+    EXPECT_FALSE(fs::exists(folder / "spin"));
+    EXPECT_EQ(Run(std::string("turntable cube.obj v1.2 --frames 1") + small).status, 0);
+    EXPECT_TRUE(fs::exists(folder / "v1.2/frame_0001.png"));
 }
 
 TEST_F(TurntableCommand, FailedVideoKeepsTheOldFile) {
