@@ -17,7 +17,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
+#include <numeric>
 #include <utility>
 
 namespace trovik {
@@ -53,9 +55,11 @@ struct Difference {
     /// Of each vertex of A.
     std::vector<float> distancesOfA;
 
+    /// NaN if any distance is.
     double Max() const {
         double max = 0.0;
-        for (const DistanceSummary& one : distances) max = std::max(max, one.max);
+        for (const DistanceSummary& one : distances)
+            if (std::isnan(one.max) || one.max > max) max = one.max;
         return max;
     }
 };
@@ -90,8 +94,10 @@ struct ComparedSurface {
         SplitMixedFaces(polygons);
         const std::vector<uint32_t> corners = polygons.faceVertices;
         MakeOrientedManifold(polygons, job);
-        // Vertices that were added are copies of others at the same corners.
+        // Vertices that were added are copies of others at the same corners. Vertices without faces
+        // keep their numbers.
         vertices.resize(polygons.positions.size());
+        std::iota(vertices.begin(), vertices.end(), 0u);
         for (std::size_t i = 0; i < corners.size(); ++i)
             vertices[polygons.faceVertices[i]] = corners[i];
         geometry = std::make_unique<LevelGeometry>(polygons, job);
@@ -251,6 +257,12 @@ bool Diff(const DiffOptions& options) {
     return isEqual;
 }
 
+/// Refuses NaN, which all comparisons of the other checks accept.
+std::string CheckNumber(const std::string& text) {
+    return std::isnan(std::strtod(text.c_str(), nullptr)) ? "expected a number, got " + text
+                                                          : std::string();
+}
+
 }  // namespace
 
 void AddDiffCommand(CLI::App& program, ExitStatuses& statuses) {
@@ -264,7 +276,8 @@ void AddDiffCommand(CLI::App& program, ExitStatuses& statuses) {
     verb->add_option("--tolerance",
                      options->tolerance,
                      "Largest distance at which the meshes count as equal (default 0)")
-        ->check(CLI::NonNegativeNumber);
+        ->check(CLI::NonNegativeNumber)
+        ->check(CheckNumber);
     verb->add_flag("--surface",
                    options->surface,
                    "Compares the surfaces, even if both meshes have the same faces");
@@ -272,7 +285,8 @@ void AddDiffCommand(CLI::App& program, ExitStatuses& statuses) {
                      options->spacing,
                      "Largest distance between samples of a surface (default: 1/200 of the "
                      "diagonal of the bounding box)")
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::PositiveNumber)
+        ->check(CheckNumber);
     CLI::Option* heatmap =
         verb->add_option("--heatmap",
                          options->heatmap,
@@ -282,6 +296,7 @@ void AddDiffCommand(CLI::App& program, ExitStatuses& statuses) {
                      options->range,
                      "With --heatmap: distance of the last colour (default: the largest distance)")
         ->check(CLI::PositiveNumber)
+        ->check(CheckNumber)
         ->needs(heatmap);
     verb->add_flag("-q,--quiet", options->quiet, "Prints only errors");
     verb->add_flag("--json", options->json, "Prints the result as JSON on standard output");

@@ -15,12 +15,19 @@
 namespace {
 
 constexpr int startFailed = 1;
+constexpr int diffFailed = 2;
 constexpr int wrongUsage = 2;
 
 int Fail(std::string reason, int status) {
     std::replace(reason.begin(), reason.end(), '\n', ' ');
     std::fprintf(stderr, "trovik: %s\n", trovik::PrintableText(reason).c_str());
     return status;
+}
+
+/// Returns the exit status of a failure before the verb's own callback runs.
+int EarlyFailureStatus(int argc, char** argv) {
+    // The status 1 of `diff` stands for a difference.
+    return argc > 1 && std::strcmp(argv[1], "diff") == 0 ? diffFailed : startFailed;
 }
 
 int Run(int argc, char** argv) {
@@ -45,6 +52,7 @@ int Run(int argc, char** argv) {
         "invalid usage; 130 interrupted by Ctrl-C. `diff` has its own: see trovik help diff.");
     program.set_version_flag("--version", std::string("trovik ") + TROVIK_VERSION);
     trovik::ExitStatuses statuses;
+    statuses.failed = EarlyFailureStatus(argc, argv);
     program.require_subcommand(1);
     trovik::AddSculptCommand(program);
     trovik::AddInfoCommand(program);
@@ -94,6 +102,6 @@ int main(int argc, char** argv) {
     } catch (const std::exception& error) {
         // Thrown before the command line was parsed, or while an error was reported.
         std::fprintf(stderr, "trovik: %s\n", error.what());
-        return startFailed;
+        return EarlyFailureStatus(argc, argv);
     }
 }

@@ -32,13 +32,14 @@ struct DistanceSum {
              double tolerance,
              const Vector& position,
              const Vector& other) {
-        if (summary.samples == 0 || distance > summary.max) {
+        // NaN counts as the largest distance, and is not replaced by a number.
+        if (summary.samples == 0 || distance > summary.max || std::isnan(distance)) {
             summary.max = distance;
             summary.position = position;
             summary.other = other;
         }
         ++summary.samples;
-        if (distance > tolerance) ++summary.beyond;
+        if (!(distance <= tolerance)) ++summary.beyond;
         weight += sampleWeight;
         distances += sampleWeight * distance;
         squares += sampleWeight * distance * distance;
@@ -46,7 +47,8 @@ struct DistanceSum {
 
     void Add(const DistanceSum& later) {
         if (later.summary.samples == 0) return;
-        if (summary.samples == 0 || later.summary.max > summary.max) {
+        if (summary.samples == 0 || later.summary.max > summary.max ||
+            std::isnan(later.summary.max)) {
             summary.max = later.summary.max;
             summary.position = later.summary.position;
             summary.other = later.summary.other;

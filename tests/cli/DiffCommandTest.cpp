@@ -87,6 +87,17 @@ TEST_F(DiffCommand, HeatmapColoursOnlyTheDifference) {
     EXPECT_LT(reds(ReadImageFile((folder / "wide.png").string())), reds(same) + 100);
 }
 
+TEST_F(DiffCommand, VerticesWithoutFacesDoNotChangeTheHeatmap) {
+    // Vertex 1 is far away from the other surface; the last vertex of the second file has no face.
+    WriteFile("far.obj", "v 0 0 3\nv 1 0 0\nv 1 1 0\nv 0 1 0\nf 1 2 3 4\n");
+    WriteFile("loose.obj", "v 0 0 3\nv 1 0 0\nv 1 1 0\nv 0 1 0\nv 0.5 0.5 0\nf 1 2 3 4\n");
+    Run("diff far.obj triangles.obj --heatmap far.png -q");
+    Run("diff loose.obj triangles.obj --heatmap loose.png -q");
+    const FloatImage far = ReadImageFile((folder / "far.png").string());
+    const FloatImage loose = ReadImageFile((folder / "loose.png").string());
+    EXPECT_EQ(far.pixels, loose.pixels);
+}
+
 TEST_F(DiffCommand, FailuresHaveStatusTwo) {
     const auto expectFailure = [this](const std::string& arguments, const std::string& reason) {
         const Outcome outcome = Run("diff " + arguments);
@@ -101,6 +112,9 @@ TEST_F(DiffCommand, FailuresHaveStatusTwo) {
     expectFailure("quad.obj", "required");
     expectFailure("quad.obj up.obj --range 3", "--heatmap");
     expectFailure("quad.obj up.obj --tolerance -1", "--tolerance");
+    expectFailure("quad.obj up.obj --tolerance nan", "--tolerance");
+    expectFailure("quad.obj up.obj --spacing nan", "--spacing");
+    expectFailure("quad.obj up.obj --heatmap map.png --range NaN", "--range");
 }
 
 }  // namespace
