@@ -92,7 +92,8 @@ TEST_F(Dispatch, PatchAndItsNeighboursAreReportedOncePerPatch) {
     RecordingRenderer& renderer = bench.AddRenderer(1.0f);
     bench.Stroke(bench.HitFace(4 * 16 + 2), 0.4f);
     ASSERT_FALSE(renderer.notices.empty());
-    // The patch at the hit is reported first, by the face that was hit and that face's first vertex.
+    // The patch at the hit is reported first, by the face that was hit and that face's first
+    // vertex.
     EXPECT_EQ(renderer.notices[0].face, 4u * 16 + 2);
     for (const RecordingRenderer::Notice& notice : renderer.notices)
         EXPECT_EQ(notice.vertex, bench.Mesh().faceVertexIndices[notice.face * 4]);
