@@ -8,8 +8,8 @@ namespace trovik {
 
 /// Multiplies each vertex's weight by the strength and, if `withFreeze` is set, by the unfrozen
 /// fraction.
-/// \param out  aligned like a register, with room for `count` entries rounded up to whole registers;
-/// entries with an index of `count` or more are undefined.
+/// \param out  aligned like a register, with room for `count` entries rounded up to whole
+/// registers; entries with an index of `count` or more are undefined.
 template <class F>
 TROVIK_FORCE_INLINE void ApplyStrengthToBatch(const DabConstants& dab,
                                               const PatchVertexEntry* entries,
