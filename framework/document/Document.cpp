@@ -12,6 +12,8 @@
 #include "framework/render/RenderedLevel.h"
 
 #include <algorithm>
+#include <new>
+#include <utility>
 
 namespace trovik {
 
@@ -112,6 +114,12 @@ void Document::WriteScene(const std::string& target,
         throw HostError(target + ": " + refused.what());
     }
     Activate();
+    std::vector<BrushOperation*> pluginBrushes;
+    try {
+        pluginBrushes = PluginBrushList();
+    } catch (const std::bad_alloc&) {
+        throw HostError("cannot write " + target + ": not enough memory");
+    }
     SaveScene(target,
               {*geometry,
                loaded,
@@ -119,7 +127,7 @@ void Document::WriteScene(const std::string& target,
                settings,
                freezeBrush.get(),
                freezing,
-               PluginBrushList(),
+               std::move(pluginBrushes),
                activePluginBrush == nullptr ? nullptr : activePluginBrush->brush.get()},
               header,
               beforeReplacing,

@@ -155,7 +155,7 @@ TEST_F(BatchCommand, RefusesTextThatIsNotUtf8) {
     fs::copy_file(folder / "cube.obj", folder / "in/\xff.obj");
     const Outcome input = Run("batch s.json in -o out");
     EXPECT_EQ(input.status, 1);
-    EXPECT_THAT(input.error, HasSubstr("\\xFF.obj: the path is not UTF-8"));
+    EXPECT_THAT(input.error, HasSubstr("\\xff.obj: the path is not UTF-8"));
     EXPECT_EQ(std::count(input.error.begin(), input.error.end(), '\n'), 1) << input.error;
     const Outcome value = Run("batch s.json in/a.obj -o out --set side=\xff");
     EXPECT_EQ(value.status, 2);

@@ -35,7 +35,7 @@ void CheckKinds(const CommandContext& context, const StrokeParameters& stroke) {
     if (goesOn && stroke.seed)
         throw FieldFault("/seed", "the seed must be given at the beginning of the stroke");
     if (!goesOn && context.IsStrokeOpen()) {
-        throw FieldFault("", "a stroke is still open; to continue or end it, use \"continue\"");
+        throw FieldFault("", "a stroke is open; to continue or end it, use \"continue\"");
     }
     const bool hasPath = !stroke.dabs && !stroke.wholeMesh;
     if (!hasPath && stroke.path) throw FieldFault("/path", "this stroke has no path");
