@@ -116,7 +116,9 @@ void TransferFaceData(SourceSurface& source, NewSurface& made, JobControl* job) 
     };
     const std::size_t count = mesh.faceSizes.size();
     const Origins origins(source, made.faceSources, count, centre, job);
-    for (const auto& [old, result] : lists) {
+    for (const auto& list : lists) {
+        const auto* old = list.first;
+        auto* result = list.second;
         if (old->empty()) continue;
         result->resize(count);
         origins.ForEach(
