@@ -114,9 +114,9 @@ void Document::WriteScene(const std::string& target,
         throw HostError(target + ": " + refused.what());
     }
     Activate();
-    std::vector<BrushOperation*> pluginBrushes;
+    std::vector<BrushOperation*> listed;
     try {
-        pluginBrushes = PluginBrushList();
+        listed = PluginBrushList();
     } catch (const std::bad_alloc&) {
         throw HostError("cannot write " + target + ": not enough memory");
     }
@@ -127,7 +127,7 @@ void Document::WriteScene(const std::string& target,
                settings,
                freezeBrush.get(),
                freezing,
-               std::move(pluginBrushes),
+               std::move(listed),
                activePluginBrush == nullptr ? nullptr : activePluginBrush->brush.get()},
               header,
               beforeReplacing,
