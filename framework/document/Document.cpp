@@ -108,15 +108,13 @@ void Document::WriteScene(const std::string& target,
                           const SceneStream& header,
                           const std::function<void(const std::string&)>& beforeReplacing,
                           JobControl* job) {
-    try {
-        RequireNoStroke("save the scene");
-    } catch (const HostError& refused) {
-        throw HostError(target + ": " + refused.what());
-    }
-    Activate();
     std::vector<BrushOperation*> listed;
     try {
+        RequireNoStroke("save the scene");
+        Activate();
         listed = PluginBrushList();
+    } catch (const HostError& refused) {
+        throw HostError(target + ": " + refused.what());
     } catch (const std::bad_alloc&) {
         throw HostError("cannot write " + target + ": not enough memory");
     }

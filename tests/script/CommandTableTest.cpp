@@ -238,7 +238,7 @@ const char* const examples = R"([
                            "scale": [1, 2, 0.5], "pivot": "maskBorder", "maskBlur": 4}},
     {"transformVertices": {"scale": 2, "pivot": [1, 2, 3]}},
     {"decimate": {"faces": 500, "error": 0.25, "keepBorders": false}},
-    {"decimate": {"ratio": 0.5}},
+    {"decimate": {"ratio": 0.5, "keepBorders": true}},
     {"repair": {"weld": 0.25, "clean": false, "minPieceFaces": 8, "minPieceShare": 0.25,
                 "orient": false, "fillHoles": "smooth", "maxHoleEdges": 32}},
     {"camera": {"eye": [1, 2, 3], "target": [0, 0, 0], "up": [0, 1, 0], "from": [1, 1, 1],
