@@ -239,9 +239,10 @@ TEST_F(VectorWidths, DabsOnPatchesOfEverySizeAreBitIdentical) {
             for (const Heights heights :
                  {Heights::Uneven, Heights::ZerosOfBothSigns, Heights::SomeNaN}) {
                 for (const bool inWorldSpace : {false, true}) {
-                    const auto dab = [&](VectorWidth width) {
-                        return DabWith(width, tool, radius, patchLevel, heights, inWorldSpace);
-                    };
+                    const auto dab =
+                        [&, radius = radius, patchLevel = patchLevel](VectorWidth width) {
+                            return DabWith(width, tool, radius, patchLevel, heights, inWorldSpace);
+                        };
                     const auto expected = dab(VectorWidth::Four);
                     for (const VectorWidth width : WiderWidths())
                         EXPECT_TRUE(dab(width) == expected)
