@@ -3,6 +3,7 @@
 /// \file Tests that every vector width gives bit-identical results, even for NaN and whole dabs.
 #include "kernels/batch/BatchStages.h"
 #include "kernels/stages/DabConstants.h"
+#include "tests/brush/ToolRows.h"
 #include "tests/fixture/StrokeFixture.h"
 #include "tests/kernels/Widths.h"
 #include "tests/meshes/MeshZoo.h"
@@ -161,22 +162,33 @@ TEST(PackedNormals, EqualThoseOfTheVectorOperations) {
     }
 }
 
-std::vector<VertexBits> StrokeWith(VectorWidth width, Tool tool) {
+std::vector<VertexBits> StrokeWith(VectorWidth width,
+                                   Tool tool,
+                                   BrushOperation::Modifier modifier,
+                                   bool byFacingAngle) {
     const WithWidth chosen(width);
     StrokeFixture bench(RotatedCornerGrid(4), 4);
     bench.Activate(tool, 1);
-    bench.Begin();
+    bench.brush->SetFalloffBasedOnFacingAngle(byFacingAngle, 20.0f, 60.0f);
+    bench.Begin(modifier);
     for (const uint32_t face : {40u, 300u, 900u}) bench.Dab(bench.HitFace(face), 1.3f, 20.0f, 0.8f);
     bench.End();
+    // This setting is shared by all brushes.
+    bench.brush->SetFalloffBasedOnFacingAngle(false, 20.0f, 60.0f);
     return BitsOf(bench.Mesh());
 }
 
+/// Inverted plane tools have the opposite sign, and some tools clamp the move on one side.
 TEST_F(VectorWidths, WholeDabsAreBitIdentical) {
-    for (const Tool tool :
-         {Tool::Sculpt, Tool::Flatten, Tool::Pinch, Tool::Smooth, Tool::Wax, Tool::Bulge})
-        for (const VectorWidth width : WiderWidths())
-            EXPECT_EQ(StrokeWith(VectorWidth::Four, tool), StrokeWith(width, tool))
-                << "width " << static_cast<int>(width) << ", tool " << static_cast<int>(tool);
+    for (const Tool tool : allTools)
+        for (const auto modifier : {BrushOperation::ModifierNone, BrushOperation::ModifierInvert})
+            for (const bool byFacingAngle : {false, true})
+                for (const VectorWidth width : WiderWidths())
+                    EXPECT_EQ(StrokeWith(VectorWidth::Four, tool, modifier, byFacingAngle),
+                              StrokeWith(width, tool, modifier, byFacingAngle))
+                        << "width " << static_cast<int>(width) << ", tool "
+                        << static_cast<int>(tool) << ", modifier " << modifier
+                        << ", by facing angle " << byFacingAngle;
 }
 
 enum class Heights { Uneven, ZerosOfBothSigns, SomeNaN };

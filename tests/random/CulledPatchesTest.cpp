@@ -3,11 +3,13 @@
 /// \file Tests that culling patches out of reach has the same effects as visiting them. Two
 /// identical fixtures make the same random strokes, but one of them visits every patch in full.
 /// After each dab, all data that a dab may write is bit-identical in both.
+#include "brush/Registration.h"
 #include "framework/multires/LevelChange.h"
 #include "tests/brush/ToolRows.h"
 #include "tests/brush/ToolStrength.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/random/RandomNumbers.h"
+#include "tests/random/RandomStroke.h"
 #include "tests/stamps/StampFixture.h"
 
 #include <gtest/gtest.h>
@@ -61,6 +63,8 @@ public:
             ASSERT_TRUE(SameBytes(a.changeRecords, b.changeRecords, a.changeRecordCount));
         }
         ASSERT_TRUE(SameBytes(&boxes[0], &boxes[1], 1));
+        ASSERT_TRUE(SameBytes(passing.brush->directions, visiting.brush->directions, 2));
+        ASSERT_TRUE(SameBytes(passing.brush->planePoints, visiting.brush->planePoints, 2));
         const auto& walkA = passing.geometry->Level(passing.brush->patchMeshLevel)->LastFaceWalk();
         const auto& walkB =
             visiting.geometry->Level(visiting.brush->patchMeshLevel)->LastFaceWalk();
@@ -100,19 +104,28 @@ void ChooseSettings(Twins& twins, RandomNumbers& random, Tool tool) {
     const auto direction = static_cast<int>(random.Below(13));
     const bool allLayers = random.Chance(0.6f);
     const bool byAngle = random.Chance(0.2f);
+    // The plane is sampled over the area, which also reads the cache, or along a cross.
+    const bool alongCross = random.Chance(0.2f);
+    for (const Preferences::Bool* sampling :
+         {&useOriginalDataForFlatten, &useVertexWeightsForFlatten})
+        sampling->attribute->SetValue(random.Chance(0.5f), true);
     const bool stamp = random.Chance(0.25f);
     std::vector<float> pixels(64);
     for (float& pixel : pixels) pixel = random.Between(0.0f, 1.0f);
     const bool tiled = random.Chance(0.5f);
+    // A brush identifies a stamp by its name and by the address and version of its image, and a new
+    // image may reuse the memory of another.
+    const QString stampName = QStringLiteral("stamp %1").arg(random.Below(1u << 30));
     twins.Both([&](StrokeFixture& bench) {
         SwiftStroke& brush = *bench.brush;
         bench.Activate(tool, falloff);
         brush.directionAttribute.SetValue(direction, true);
         brush.affectAllLayers.SetValue(allLayers, true);
+        brush.setUsePatchNormal(alongCross);
         brush.SetFalloffBasedOnFacingAngle(byAngle, 30.0f, 40.0f);
         brush.SetStamp(false, QString());
         if (!stamp) return;
-        SetTestStamp(brush, QStringLiteral("plain"), 8, 8, pixels);
+        SetTestStamp(brush, stampName, 8, 8, pixels);
         brush.Settings().stampTiled = tiled;
     });
 }
@@ -203,6 +216,7 @@ public:
 };
 
 TEST(CulledPatches, GiveTheSameBitsAsPatchesVisitedInFull) {
+    const HostSwitches restored;
     uint64_t passed = 0;
     uint32_t seed = 0;
     for (const ZooMesh& zoo : QuadMeshes()) {

@@ -194,6 +194,7 @@ public:
     bool SamplePlaneVertex(uint32_t vertex);
     bool SamplePlaneVertexUnchecked(uint32_t vertex);
     bool SamplePlanePatch(uint32_t patch);
+    bool SampleCachedPatch(const PatchCache::Patch& patch);
 
     // --- Direction (stroke/DabDirection.cpp, stroke/SurfaceSampling.cpp) ---
     /// Determines the direction or the plane of the dab.

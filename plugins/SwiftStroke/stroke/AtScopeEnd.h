@@ -11,6 +11,7 @@ template <class Action>
 class AtScopeEnd {
 public:
     explicit AtScopeEnd(Action scopeAction) : action(std::move(scopeAction)) {}
+    // NOLINTNEXTLINE(bugprone-exception-escape): actions call functions that do not throw.
     ~AtScopeEnd() { action(); }
     AtScopeEnd(const AtScopeEnd&) = delete;
     AtScopeEnd& operator=(const AtScopeEnd&) = delete;

@@ -38,6 +38,7 @@ void SwiftStroke::BeginStroke(Mesh* strokeMesh, Modifier modifier, TriggerType t
         const CheckableFloat smoothing = strokeSmoothingAttribute.Value();
         if (smoothing.checked) refineInterval = RefineIntervalFor(smoothing.value);
     } else {
+        // NOLINTNEXTLINE(bugprone-parent-virtual-call): DetailBrush prepares the tessellator.
         BrushOperation::BeginStroke(strokeMesh, modifier, trigger);
     }
     ReleaseScratch();

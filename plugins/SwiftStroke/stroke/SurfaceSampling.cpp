@@ -111,9 +111,11 @@ void SwiftStroke::SampleArea(const SurfacePoint& hit, Vector& normal, Vector& po
     planeSampleWeight = 0.0f;
     {
         planeSampling = true;
+        if (MayUsePatchCache()) patchCache.Open();
         const AtScopeEnd endWalk([this] {
             ++mesh->visitStamp;
             planeSampling = false;
+            patchCache.StopReading();
         });
         const uint32_t start = hit.face / facesPerPatch;
         if (patchMesh->meshType == 1)

@@ -4,6 +4,7 @@
 /// explains why there are no other effects.
 #include "brush/SwiftStroke.h"
 #include "kernels/stages/DabConstants.h"
+#include "topology/PatchReach.h"
 #include "topology/PatchSides.h"
 
 namespace trovik {
@@ -67,12 +68,7 @@ void SwiftStroke::ReadCornerCells(const PatchCache::Patch& patch) {
 
 bool SwiftStroke::SkipCulledPatch(uint32_t patch) {
     PatchCache::Patch* known = patchCache.Find(patch);
-    // The box is in mesh-local space, so it cannot be compared with a radius in world space. A box
-    // computed from NaN positions is not valid either.
-    if (known == nullptr || known->hasNan || nonUniformScale) return false;
-    const HWVector& c = brushSpace->center;
-    const float center[3] = {c.X(), c.Y(), c.Z()};
-    if (!known->IsBeyond(center, radiusSquared)) return false;
+    if (known == nullptr || !IsOutOfReach(*this, *known)) return false;
     if (known->ring == PatchCache::Patch::Ring::NotSearched)
         known->ring = FindRingEnds(patch, known->ringEnds) ? PatchCache::Patch::Ring::Found
                                                            : PatchCache::Patch::Ring::Open;

@@ -86,6 +86,8 @@ public:
     /// Enables looking up and adding patches if they are deep enough for the cache to be useful.
     void Open() { isOpen = level >= shallowest; }
     bool IsOpen() const { return isOpen; }
+    /// Ends the look-ups of a traversal that does not change the surface.
+    void StopReading() { isOpen = false; }
     /// Must be called when a dab has ended without an exception. Without this call, the next Check
     /// clears the cache, because an interrupted dab leaves patches partly processed.
     void Close(const MeshChange& change);

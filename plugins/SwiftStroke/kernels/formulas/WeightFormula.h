@@ -14,21 +14,21 @@ template <class F>
 struct WeightTerms {
     explicit WeightTerms(const DabConstants& dab)
         : radiusSquared(F::Splat(dab.radiusSquared)),
-          falloffTable(dab.falloffTable),
           falloffLast(F::Integers::Splat(dab.falloffLast)),
           falloffScale(F::Splat(dab.falloffScale)),
           buildUpRateCubed(F::Splat(dab.buildUpRateCubed)),
           dabPressure(F::Splat(dab.dabPressure)),
           waxScale(F::Splat(dab.waxScale)),
+          falloffTable(dab.falloffTable),
           scaleAsWax(dab.scaleAsWax) {}
 
     F radiusSquared;
-    const float* falloffTable;
     typename F::Integers falloffLast;
     F falloffScale;
     F buildUpRateCubed;
     F dabPressure;
     F waxScale;
+    const float* falloffTable;
     bool scaleAsWax;
 };
 
