@@ -1,20 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/BrushOperation.h"
 
-#include <memory>
-#include <vector>
-
 namespace trovik {
-
-namespace {
-
-// Never destroyed: brushes refer to their catalogue entries until the process ends.
-std::vector<std::unique_ptr<BrushConfiguration>>& Catalogue() {
-    static auto* rows = new std::vector<std::unique_ptr<BrushConfiguration>>;
-    return *rows;
-}
-
-}  // namespace
 
 bool CheckableFloatArray::s_bActive = false;
 
@@ -40,13 +27,5 @@ StampConfiguration::~StampConfiguration() = default;
 Vector MirrorConfiguration::Transform(const Vector& p, float w, const SurfacePoint*) const {
     return pointMap.AffineTransform(p, w);
 }
-
-void BrushOperation::AddConfiguration(BrushConfiguration* configuration) {
-    Catalogue().emplace_back(configuration);
-}
-BrushConfiguration* BrushOperation::Configuration(uint32_t index) {
-    return index < Catalogue().size() ? Catalogue()[index].get() : nullptr;
-}
-uint32_t BrushOperation::ConfigurationCount() { return static_cast<uint32_t>(Catalogue().size()); }
 
 }  // namespace trovik

@@ -11,6 +11,22 @@ constexpr ToolTraits percent = {.strengthUnit = ToolTraits::StrengthUnit::Percen
 constexpr ToolTraits percentOnPlane = {.strengthUnit = ToolTraits::StrengthUnit::Percent,
                                        .worksOnPlane = true};
 
+constexpr ToolTraits hook = {.strengthUnit = ToolTraits::StrengthUnit::Percent,
+                             .canSmooth = false,
+                             .usesStamp = false,
+                             .staysOnSurface = false};
+constexpr ToolTraits held = [] {
+    ToolTraits traits = hook;
+    traits.holdsPressPoint = true;
+    traits.usesSpacing = false;
+    return traits;
+}();
+constexpr ToolTraits elastic = [] {
+    ToolTraits traits = held;
+    traits.usesFalloff = false;
+    return traits;
+}();
+
 // Wax uses one tenth of its strength, scaled by one half, as the offset of its plane: at full
 // strength the plane is a quarter of a radius above the surface.
 constexpr ToolTraits wax = {.radiiAtFullStrength = 0.25f / (0.1f * 0.5f),
@@ -93,7 +109,7 @@ constexpr HostTool table[] = {
          "ToolCatalogue", "Repeats a stamp along the stroke: scales, rivets, stitches.")},
     {.name = "Knife",
      .traits = {.rotatesStampAlongStroke = true},
-     .key = "K",
+     .key = "Shift+K",
      .icon = "tool-knife",
      .description = QT_TRANSLATE_NOOP(
          "ToolCatalogue", "Cuts fine lines with raised lips, such as wrinkles and seams.")},
@@ -109,6 +125,29 @@ constexpr HostTool table[] = {
      .description = QT_TRANSLATE_NOOP(
          "ToolCatalogue",
          "Places one copy of a stamp: press, drag to its size and direction, and release.")},
+    {.name = "Grab",
+     .traits = held,
+     .key = "G",
+     .icon = "tool-grab",
+     .description = QT_TRANSLATE_NOOP(
+         "ToolCatalogue",
+         "Holds the region under the press and moves it with the pointer. Moving the pointer back "
+         "restores the shape.")},
+    {.name = "ElasticGrab",
+     .traits = elastic,
+     .key = "Shift+E",
+     .icon = "tool-elastic-grab",
+     .description = QT_TRANSLATE_NOOP(
+         "ToolCatalogue",
+         "Moves, twists, scales or pinches the surface like an elastic solid around the press. "
+         "Drag to the right to twist, scale or pinch.")},
+    {.name = "SnakeHook",
+     .traits = hook,
+     .key = "K",
+     .icon = "tool-snake-hook",
+     .description = QT_TRANSLATE_NOOP(
+         "ToolCatalogue",
+         "Pulls material along the path of the pointer: horns, tentacles, strands of hair.")},
     {.name = "Freeze",
      .traits = percent,
      .key = "M",
@@ -121,11 +160,14 @@ constexpr ToolTraits defaults;
 
 }  // namespace
 
-const ToolTraits& TraitsOf(const BrushConfiguration* tool) {
-    if (tool == nullptr) return defaults;
+const ToolTraits& TraitsOf(const QString& toolName) {
     for (const HostTool& row : table)
-        if (tool->Name() == QLatin1String(row.name)) return row.traits;
+        if (toolName == QLatin1String(row.name)) return row.traits;
     return defaults;
+}
+
+const ToolTraits& TraitsOf(const BrushConfiguration* tool) {
+    return tool == nullptr ? defaults : TraitsOf(tool->Name());
 }
 
 std::span<const HostTool> HostTools() { return table; }

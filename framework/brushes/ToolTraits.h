@@ -31,6 +31,18 @@ struct ToolTraits {
     /// The tool flattens onto a plane, which can be constant for a stroke ("globalplane",
     /// "updateplane").
     bool worksOnPlane = false;
+    /// A stroke holds the surface at the press point, and only the pointer moves on.
+    bool holdsPressPoint = false;
+    /// With BrushOperation::ModifierSmooth, the tool smooths or blurs. Otherwise, applications use
+    /// the tool Smooth for such a stroke.
+    bool canSmooth = true;
+    /// The settings of these features have an effect on the tool.
+    bool usesStamp = true;
+    bool usesFalloff = true;
+    bool usesSpacing = true;
+    /// Dabs are placed on the surface along the path, so that the airbrush and the influence of the
+    /// tilt on the strength have an effect.
+    bool staysOnSurface = true;
 };
 
 /// The host's data about a tool.
@@ -50,6 +62,8 @@ struct HostTool {
 /// tools of the catalogue have the default values.
 TROVIK_API std::span<const HostTool> HostTools();
 
+/// Returns the traits of the tool with this name, or the defaults for other tools.
+TROVIK_API const ToolTraits& TraitsOf(const QString& toolName);
 /// Returns the traits of a catalogue row, or the defaults if it is null. Cost: a search in a list
 /// of about twenty names.
 TROVIK_API const ToolTraits& TraitsOf(const BrushConfiguration* tool);

@@ -5,6 +5,7 @@
 #include "framework/document/SurfaceEvents.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
+#include "framework/grab/GrabBrush.h"
 #include "framework/history/UndoPreferences.h"
 #include "framework/mesh/NotificationRecorder.h"
 #include "framework/nodes/HostKernel.h"
@@ -23,6 +24,7 @@ constexpr const char* brushClassName = "SwiftStroke";
 
 std::unique_ptr<BrushOperation> MakeBrush() {
     LoadPlugins();
+    RegisterGrabBrush();
     const ClassDesc* desc = ClassDesc::ByName(QString::fromLatin1(brushClassName));
     if (desc == nullptr) {
         std::string folders;

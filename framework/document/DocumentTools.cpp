@@ -28,8 +28,8 @@ void ResetGlobals(LevelGeometry* geometry) {
 }
 
 /// Returns all tools of the catalogue whose names are unique, those of the sculpting brush first.
-/// If several tools have the same name, the first one is returned, so a plug-in cannot replace a
-/// tool of the sculpting brush or the tool "Freeze".
+/// LoadPlugin refuses plug-ins with names that are in use, but a host can add such tools itself.
+/// The first one is then returned, so it cannot replace a tool of the sculpting brush or "Freeze".
 std::vector<BrushConfiguration*> SelectableTools(const ClassDesc* sculptingClass) {
     std::vector<BrushConfiguration*> tools;
     std::set<QString> names = {FreezeBrush::Tool()->Name()};

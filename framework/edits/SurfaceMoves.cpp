@@ -8,21 +8,16 @@
 
 namespace trovik {
 
-namespace {
-
-/// The vertex's record in the change, created if necessary.
-const StoredVertexInfo& RecordOf(LevelMesh& level,
-                                 LevelChange& change,
-                                 uint32_t vertex,
-                                 bool withLayerSlot) {
+StoredVertexInfo& RecordOf(
+    LevelMesh& level, LevelChange& change, uint32_t vertex, bool withLayerSlot, uint32_t& near) {
     Vertex& stored = level.vertices.array[vertex];
     const uint32_t link = stored.changeLink;
     if (link < *change.recordCount && change.Records().array[link].vertexIndex == vertex)
         return change.Records().array[link];
-    return change.Add_uncached(vertex, level.LowestFaceOf(vertex), stored, withLayerSlot);
+    const uint32_t face = level.LowestFaceOf(vertex, near);
+    if (face != openBorder) near = face;
+    return change.Add_uncached(vertex, face, stored, withLayerSlot);
 }
-
-}  // namespace
 
 std::vector<uint32_t> SurfaceMoves::Apply(LevelChange& change) {
     SculptLayer* layer = level.ActiveLayer();
@@ -33,8 +28,9 @@ std::vector<uint32_t> SurfaceMoves::Apply(LevelChange& change) {
     for (const auto& [vertex, position] : moves) vertices.push_back(vertex);
     std::vector<uint32_t> around = WithNeighbours(level, vertices);
     // All records are created first, because creating one can fail.
-    for (const uint32_t vertex : vertices) RecordOf(level, change, vertex, layer != nullptr);
-    for (const uint32_t vertex : around) RecordOf(level, change, vertex, false);
+    uint32_t near = openBorder;
+    for (const uint32_t vertex : vertices) RecordOf(level, change, vertex, layer != nullptr, near);
+    for (const uint32_t vertex : around) RecordOf(level, change, vertex, false, near);
 
     for (const auto& [vertex, position] : moves) {
         const uint32_t slot = layer == nullptr ? SculptLayer::noSlot : layer->FindSlot(vertex);

@@ -39,6 +39,14 @@ private:
     std::vector<std::pair<uint32_t, Vector>> moves;
 };
 
+/// Returns the record of a vertex in the level's open change, and creates it if necessary. The
+/// reference is valid until the next record is created.
+/// \param withLayerSlot  see MeshChange::Add_uncached; ignored if the record exists.
+/// \param near  a face close to the vertex, or openBorder; a call that creates a record sets it to
+/// a face of the vertex, for the next vertex. \throw Error* if an allocation fails.
+TROVIK_API StoredVertexInfo& RecordOf(
+    LevelMesh& level, LevelChange& change, uint32_t vertex, bool withLayerSlot, uint32_t& near);
+
 /// Returns the active layer of a level; null if there is none.
 /// \throw HostError if the layer is hidden or locked.
 TROVIK_API SculptLayer* RequireWritableLayer(LevelMesh& level);

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/freeze/FreezeBrush.h"
 
-#include "framework/mesh/SurfaceNormal.h"
 #include "framework/multires/Steps.h"
+#include "framework/strokes/DabWeights.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace trovik {
 
@@ -49,37 +48,6 @@ void FreezeBrush::BeginStroke(trovik::Mesh* mesh, Modifier modifier, TriggerType
     stamp.Read(*this);
 }
 
-Vector FreezeBrush::Eye() const {
-    const Vector origin;
-    Vector world;
-    Vector local;
-    g_pKernel->Scene()->ActiveCamera()->Transformation()->LocalToWorld(&world, &origin, 1.0f);
-    GeometryOf(*level).Transform().WorldToLocal(&local, &world, 1.0f);
-    return local;
-}
-
-float FreezeBrush::FalloffAt(float distance, float radius) const {
-    const Store<float>& samples = *falloff;
-    if (samples.fill == 0) return 1.0f;
-    const float sampleIndex = distance / radius * static_cast<float>(samples.fill);
-    const uint32_t last = samples.fill - 1;
-    const auto index =
-        sampleIndex < static_cast<float>(last) ? static_cast<uint32_t>(sampleIndex) : last;
-    return samples.array[index];
-}
-
-// As in sculpting, the factor is 1 below the start angle and 0 beyond the start angle plus the
-// range.
-float FreezeBrush::FacingFactor(uint32_t vertex, const Vector& eye) const {
-    const Vector normal = Unpacked(level->vertexNormals.array[vertex]).Normalized();
-    const Vector toEye = (eye - level->Position(vertex)).Normalized();
-    const float cosine = (toEye.x * normal.x + toEye.y * normal.y) + toEye.z * normal.z;
-    const float angle = std::acos(std::clamp(cosine, -1.0f, 1.0f)) * 57.29578f;
-    if (angle < facingAngleStart) return 1.0f;
-    if (angle > facingAngleStart + facingAngleRange) return 0.0f;
-    return facingAngleRange > 0.0f ? 1.0f - (angle - facingAngleStart) / facingAngleRange : 1.0f;
-}
-
 float FreezeBrush::MeanAround(const FreezeReach& at) const {
     WeightSum sum(*records);
     level->EnumerateAdjacentVertices(&sum, at.vertex, at.face);
@@ -97,14 +65,13 @@ void FreezeBrush::ApplyDab(const SurfacePoint& hit,
     const auto reached = VerticesUnderDab(*level, hit.face, hit.position, size);
     // No vertex has moved, so the pick tree does not need to be refitted after this traversal.
     level->ClearLastWalks();
-    const bool byFacing = UsesFalloffBasedOnFacingAngle();
-    const Vector eye = byFacing ? Eye() : Vector();
+    const FacingFactors facing(*this, *level, UsesFalloffBasedOnFacingAngle());
     const Matrix toPixels = MaskMatrix(stampMask);
     std::vector<float> weights(reached.size());
     for (std::size_t i = 0; i < reached.size(); ++i) {
         const uint32_t vertex = reached[i].vertex;
-        float weight = FalloffAt(reached[i].distance, size) * (strength * percent);
-        if (byFacing) weight *= FacingFactor(vertex, eye);
+        const float falloffWeight = FalloffAt(*falloff, reached[i].distance, size);
+        const float weight = falloffWeight * (strength * percent) * facing.At(vertex);
         weights[i] = weight * stamp.WeightAt(level->Position(vertex), toPixels);
     }
     Apply(reached, weights, box);
@@ -112,14 +79,14 @@ void FreezeBrush::ApplyDab(const SurfacePoint& hit,
 
 void FreezeBrush::ApplyToWholeMesh(trovik::Mesh* mesh, float strength, bool byFacing) {
     if (level == nullptr || mesh != level) return;
-    const Vector eye = byFacing ? Eye() : Vector();
+    const FacingFactors facing(*this, *level, byFacing);
     const Matrix toPixels = MaskMatrix(stampMask);
     std::vector<FreezeReach> reached(level->VertexCount());
     std::vector<float> weights(level->VertexCount());
     for (uint32_t v = 0; v < level->VertexCount(); ++v) {
         reached[v] = {v, level->LowestFaceOf(v), 0.0f};
         weights[v] = strength * percent * stamp.WeightAt(level->Position(v), toPixels);
-        if (byFacing) weights[v] *= FacingFactor(v, eye);
+        weights[v] *= facing.At(v);
     }
     AxisAlignedBoundingBox box;
     Apply(reached, weights, box);

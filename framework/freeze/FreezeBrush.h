@@ -57,10 +57,7 @@ private:
                const std::vector<float>& weights,
                AxisAlignedBoundingBox& box);
     void ReportMask(const std::vector<uint32_t>& vertices) const;
-    float FalloffAt(float distance, float radius) const;
-    float FacingFactor(uint32_t vertex, const Vector& eye) const;
     float MeanAround(const FreezeReach& at) const;
-    Vector Eye() const;
 
     LevelMesh* level = nullptr;
     /// The falloff of this stroke; changes to the setting during the stroke do not affect it.

@@ -3,28 +3,14 @@
 #include "framework/memory/FilledStore.h"
 #include "framework/memory/SystemMemory.h"
 #include "framework/mesh/LevelHierarchy.h"
+#include "framework/mesh/VertexLanes.h"
 #include "framework/mesh/VertexNeighbours.h"
-#include "host/HWVector.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <vector>
 
 namespace trovik {
-
-namespace {
-
-void Pack(PackedNormal& packed, const Vector& sum) {
-    HWVector normal(sum);
-    normal.Normalize();
-    int integers[4];
-    normal.StoreNormalAsInt(integers);
-    packed.x = static_cast<int16_t>(integers[3]);
-    packed.y = static_cast<int16_t>(integers[2]);
-    packed.z = static_cast<int16_t>(integers[1]);
-}
-
-}  // namespace
 
 void LevelMesh::FaceNormal(Vector* out, uint32_t face) {
     const uint32_t corners = CornersPerFace();
@@ -53,7 +39,7 @@ void LevelMesh::ComputeNormals(JobControl* job) {
         std::fill_n(vertexNormals.array, vertexCount, PackedNormal{0, 0, 0, 0});
     }
     for (uint32_t v = 0; v < vertexCount; ++v) {
-        Pack(vertexNormals.array[v], sums[v]);
+        PackNormal(vertexNormals.array[v], HWVector(sums[v]));
         phase.Add();
     }
     phase.Finish();
@@ -99,7 +85,7 @@ void LevelMesh::StoreNormalsOf(const IndexSet& which,
         phase.Add();
         const uint32_t vertex = members[i];
         if (vertex < ofLevel0 && LowestFaceOf(vertex) == openBorder) continue;
-        Pack(vertexNormals.array[vertex], sums[i]);
+        PackNormal(vertexNormals.array[vertex], HWVector(sums[i]));
     }
 }
 

@@ -5,6 +5,8 @@
 #include "framework/io/ResourceFolders.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/pluginhost/PluginContract.h"
+#include "framework/pluginhost/ToolCatalogue.h"
+#include "host/BrushOperation.h"
 
 #include <algorithm>
 #include <dlfcn.h>
@@ -15,6 +17,44 @@ namespace trovik {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+struct LoadedPlugin {
+    /// The Plugin objects that the file has registered.
+    std::vector<Plugin*> records;
+    /// The reason why the plug-in was refused; empty if it was not.
+    std::string refusal;
+};
+
+/// Initialises a plug-in. If one of its tools has the name of another tool, removes all tools of
+/// the plug-in again and refuses it.
+void Initialise(const std::string& path, LoadedPlugin& plugin) {
+    /// The file of each tool that a plug-in has added.
+    static std::map<const BrushConfiguration*, std::string> files;
+    const uint32_t known = BrushOperation::ConfigurationCount();
+    for (Plugin* record : plugin.records) record->Initialise();
+    if (BrushOperation::ConfigurationCount() == known) return;
+    /// The provider of each name, for messages.
+    std::map<QString, std::string> providers;
+    for (const char* name : hostToolNames) providers[QString::fromLatin1(name)] = "this program";
+    for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {
+        const BrushConfiguration* tool = BrushOperation::Configuration(i);
+        if (i >= known) files[tool] = path;
+        const auto file = files.find(tool);
+        const auto [provider, isNew] =
+            providers.emplace(tool->Name(), file == files.end() ? "this program" : file->second);
+        // A host can add tools of its own with any name.
+        if (isNew || i < known) continue;
+        plugin.refusal = "the plug-in is refused, because its tool \"" +
+                         tool->Name().toStdString() + "\" has the same name as a tool of " +
+                         provider->second;
+        KeepFirstTools(known);
+        return;
+    }
+}
+
+}  // namespace
+
 std::vector<std::string> PluginFolders() {
     return ResourceFolders(
         "TROVIK_PLUGIN_PATH",
@@ -22,8 +62,7 @@ std::vector<std::string> PluginFolders() {
 }
 
 void LoadPlugin(const std::string& path, bool initialise) {
-    /// The Plugin objects that each loaded file has registered.
-    static std::map<std::string, std::vector<Plugin*>> opened;
+    static std::map<std::string, LoadedPlugin> opened;
     std::error_code failed;
     const fs::path canonical = fs::canonical(path, failed);
     if (failed) throw HostError(path + ": cannot open the plug-in: " + failed.message());
@@ -37,12 +76,13 @@ void LoadPlugin(const std::string& path, bool initialise) {
         const unsigned known = Plugin::Count();
         if (dlopen(canonical.c_str(), RTLD_NOW | RTLD_LOCAL) == nullptr)
             throw HostError(path + ": cannot open the plug-in: " + dlerror());
-        std::vector<Plugin*> records;
-        for (unsigned i = known; i < Plugin::Count(); ++i) records.push_back(Plugin::At(i));
-        found = opened.emplace(canonical.string(), std::move(records)).first;
+        LoadedPlugin loaded;
+        for (unsigned i = known; i < Plugin::Count(); ++i) loaded.records.push_back(Plugin::At(i));
+        found = opened.emplace(canonical.string(), std::move(loaded)).first;
     }
     if (!initialise) return;
-    for (Plugin* record : found->second) record->Initialise();
+    Initialise(path, found->second);
+    if (!found->second.refusal.empty()) throw HostError(path + ": " + found->second.refusal);
 }
 
 void LoadPlugins() {

@@ -16,8 +16,12 @@ TROVIK_API std::vector<std::string> PluginFolders();
 /// Loads a plug-in with the system loader. A file that is already loaded is skipped. If
 /// `initialise` is set, the Plugin objects that the file registers are initialised. Plug-ins stay
 /// loaded until the process ends.
-/// \throw HostError with the file and the reason, for example that the plug-in was built for
-/// another version of the contract (host/Contract.h). In that case, none of its code has run.
+///
+/// The names of tools are unique: a plug-in is refused if one of its tools has the name of a tool
+/// that is already in the catalogue, or of one of the host's own tools. None of its tools is then
+/// available. \throw HostError with the file and the reason: a file that cannot be opened; another
+/// version of the contract (host/Contract.h), in which case none of the plug-in's code has run; a
+/// tool name that is in use, with the file of the other tool.
 TROVIK_API void LoadPlugin(const std::string& path, bool initialise = true);
 
 /// Loads every *.so file in the plug-in folders, in alphabetical order.

@@ -6,6 +6,7 @@
 #include "framework/jobs/JobControl.h"
 #include "framework/script/ScriptDocument.h"
 
+#include <algorithm>
 #include <exception>
 #include <filesystem>
 #include <limits>
@@ -73,6 +74,7 @@ public:
         for (const nlohmann::json& carried : content.base.carried) work.runner->Do(carried, 0);
         work.runner->GetDocument().SetInputListener(&counter);
         isListening = true;
+        NoteState();
         for (std::size_t i = first; i < content.steps.size(); ++i) {
             if (options.progress.step)
                 options.progress.step(i, content.steps.size(), Name(content.steps[i]));
@@ -82,11 +84,17 @@ public:
                 RedoStroke();
             else
                 RedoStep(i);
+            NoteState();
         }
         work.runner->GetDocument().Loop().End([this] { ThrowIfCancelled(); });
+        NoteState();
     }
 
 private:
+    void NoteState() const {
+        if (options.afterStep) options.afterStep(work.runner->GetDocument());
+    }
+
     void ThrowIfCancelled() const { ReportOrThrow(options.progress.job, 0, 0, "Redoing steps"); }
 
     [[noreturn]] void Fail(const std::string& reason) const {
@@ -108,27 +116,39 @@ private:
 
     /// Determines where the replay can start. \return the index of the first step to replay.
     std::size_t ChooseStart() {
+        if (options.fromStart && UseSource()) return 0;
+        std::vector<JournalSave> saves = content.saves;
         // A later save leaves less work to replay.
-        const auto& saves = content.saves;
-        for (auto save = saves.rbegin(); save != saves.rend(); ++save)
-            if (CanStartAt(content, save->stepsBefore) &&
-                HasExpectedContent(save->scene, options.progress.job))
-                return StartFrom(*save);
-        for (const std::string& source :
-             {content.base.source, KeptSourceOf(path, content.base.source)}) {
-            if (!HasExpectedContent({source, content.base.content}, options.progress.job)) continue;
-            nlohmann::json& setup = content.base.setup;
-            setup[setup.contains("scene") ? "scene" : "mesh"] = source;
-            return 0;
-        }
-        for (auto save = saves.rbegin(); save != saves.rend(); ++save)
-            if (HasExpectedContent(save->scene, options.progress.job)) return StartFrom(*save);
+        if (!options.fromStart) std::reverse(saves.begin(), saves.end());
+        for (const JournalSave& save : saves)
+            if (CanStartAt(content, save.stepsBefore) &&
+                HasExpectedContent(save.scene, options.progress.job))
+                return StartFrom(save);
+        if (!options.fromStart && UseSource()) return 0;
+        for (const JournalSave& save : saves)
+            if (HasExpectedContent(save.scene, options.progress.job)) return StartFrom(save);
         Fail("the source file of the work, " + content.base.source +
              ", is missing or has changed (expected sha256 " + content.base.content.sha256 +
              "); restore it and try again");
     }
 
+    /// Starts from the file from which the journal starts, or from its copy. \return false if
+    /// neither has the expected content.
+    bool UseSource() {
+        for (const std::string& source :
+             {content.base.source, KeptSourceOf(path, content.base.source)}) {
+            if (!HasExpectedContent({source, content.base.content}, options.progress.job)) continue;
+            nlohmann::json& setup = content.base.setup;
+            setup[setup.contains("scene") ? "scene" : "mesh"] = source;
+            return true;
+        }
+        return false;
+    }
+
     std::size_t StartFrom(const JournalSave& save) {
+        if (options.fromStart)
+            work.notes.push_back(path + ": the replay starts from " + save.scene.path +
+                                 ", because " + content.base.source + " is missing or has changed");
         nlohmann::json setup = nlohmann::json::object();
         for (const char* field :
              {"preferences", "testMode", "memoryLimit", "undoBudget", "renderers"})

@@ -4,6 +4,7 @@
 #include "framework/journal/JournalContent.h"
 #include "framework/script/ScriptRunner.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,6 +14,14 @@ namespace trovik {
 struct RecoveryOptions {
     /// Whether to recover the part of a damaged journal that precedes the damage.
     bool untilDamage = false;
+    /// Whether to replay all steps of the journal. By default, the replay starts from the last
+    /// saved scene if possible. If the file from which the journal starts is missing or has
+    /// changed, the replay starts from the first saved scene that can be used, and a note reports
+    /// this.
+    bool fromStart = false;
+    /// Called with the document when it has been opened, after each step, and at the end. It must
+    /// not change the document; exceptions end the replay. May be empty.
+    std::function<void(Document&)> afterStep;
     ScriptProgress progress;
 };
 
@@ -29,8 +38,8 @@ struct RecoveredWork {
     std::vector<std::string> notes;
 };
 
-/// Replays a journal step by step and dab by dab, from its base or the last saved scene up to the
-/// last complete dab. During recovery, steps that would write files skip the write. The result is
+/// Replays a journal step by step and dab by dab, from its base or a saved scene up to the last
+/// complete dab. During recovery, steps that would write files skip the write. The result is
 /// bit-identical to the original work.
 /// \throw HostError that contains the journal's path and the reason: damage; a mesh, scene or stamp
 /// that is missing or has changed; a step whose result differs when it is replayed.

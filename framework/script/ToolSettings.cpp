@@ -3,13 +3,16 @@
 
 #include "framework/brushes/BrushSettings.h"
 #include "framework/brushes/Falloff.h"
+#include "framework/brushes/ToolTraits.h"
 #include "framework/freeze/FreezeBrush.h"
+#include "framework/grab/GrabBrush.h"
 #include "framework/nodes/HostKernel.h"
 #include "framework/script/ScriptDocument.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <string_view>
 #include <utility>
 
 namespace trovik {
@@ -25,7 +28,8 @@ struct Source {
 };
 
 /// One setting. Its value is the attribute's value unless the row has a function that returns it. A
-/// tool has the setting if the attribute is visible or if the row has no attribute.
+/// tool has the setting if the attribute is visible or if the row has no attribute, and if the
+/// setting has an effect on the tool (HasEffect).
 struct Row {
     const char* name;
     const char* unit;
@@ -86,6 +90,11 @@ json DirectionOf(const Source& from) {
     return DirectionNames().at(static_cast<std::size_t>(from.brush.Direction()));
 }
 
+json ElasticModeOf(const Source& from) {
+    const auto* mode = dynamic_cast<const AttributeInstance<int>*>(Named(from, "elasticmode"));
+    return mode == nullptr ? json() : json(elasticModeNames[static_cast<std::size_t>(*mode)]);
+}
+
 json PositioningOf(const Source& from) {
     return positioningNames[static_cast<std::size_t>(from.brush.resetOptionA.Value())];
 }
@@ -109,6 +118,11 @@ const Row rows[] = {
     {"globalPlane", "", nullptr, [](const Source& f) { return Named(f, "globalplane"); }},
     {"updatePlane", "", nullptr, [](const Source& f) { return Named(f, "updateplane"); }},
     {"affectAllLayers", "", nullptr, [](const Source& f) { return Named(f, "affectalllayers"); }},
+    {"connectedOnly", "", nullptr, [](const Source& f) { return Named(f, "connectedonly"); }},
+    {"alongNormal", "", nullptr, [](const Source& f) { return Named(f, "alongnormal"); }},
+    {"mode", "", ElasticModeOf, [](const Source& f) { return Named(f, "elasticmode"); }},
+    {"scales", "", nullptr, [](const Source& f) { return Named(f, "elasticscales"); }},
+    {"poissonRatio", "", nullptr, [](const Source& f) { return Named(f, "poissonratio"); }},
     {"drawFromCenter", "", nullptr, [](const Source& f) { return Named(f, "drawfromcenter"); }},
     {"strengthBias", "%", [](const Source& f) { return Shortest(f.host.strengthBias); }},
     {"pressureControlsStrength", "", nullptr, Member<&BrushOperation::strokeOptionC>},
@@ -148,6 +162,14 @@ const json& Resolved(const json& schema, const json& part) {
     const auto reference = part.find("$ref");
     if (reference == part.end()) return part;
     return Resolved(schema, schema.at(json::json_pointer(reference->get<std::string>().substr(1))));
+}
+
+bool HasEffect(const ToolTraits& traits, std::string_view setting) {
+    if (setting == "falloff") return traits.usesFalloff;
+    if (setting == "spacing") return traits.usesSpacing;
+    if (setting == "airbrush" || setting == "tilt.strength") return traits.staysOnSurface;
+    const bool isOfStamp = setting.starts_with("stamp.") || setting == "tilt.rotate";
+    return traits.usesStamp || !isOfStamp;
 }
 
 /// The limits that the schema specifies for a setting of this name.
@@ -190,11 +212,13 @@ const std::vector<std::string>& DirectionNames() {
 std::vector<ToolSetting> ReadToolSettings(const BrushOperation& brush,
                                           const SceneSettings& settings) {
     const Source source{brush, brush.Settings(), settings};
+    const ToolTraits& traits = TraitsOf(brush);
     std::vector<ToolSetting> read;
     for (const Row& row : rows) {
         const Attribute* attribute = row.attribute == nullptr ? nullptr : row.attribute(source);
         const bool applies =
-            row.attribute == nullptr || (attribute != nullptr && attribute->IsVisible());
+            (row.attribute == nullptr || (attribute != nullptr && attribute->IsVisible())) &&
+            HasEffect(traits, row.name);
         json value;
         if (applies) value = row.value != nullptr ? row.value(source) : ValueOf(*attribute);
         read.push_back({row.name, row.unit, applies, std::move(value), RangeOf(row.name)});
@@ -204,6 +228,7 @@ std::vector<ToolSetting> ReadToolSettings(const BrushOperation& brush,
 
 std::vector<ToolDescription> DescribeTools() {
     HostKernel::Instance();
+    RegisterGrabBrush();
     const SceneSettings settings;
     std::vector<ToolDescription> tools;
     for (uint32_t i = 0; i < BrushOperation::ConfigurationCount(); ++i) {

@@ -31,6 +31,9 @@ struct ToolSetting {
 /// Value names for the "positioning" setting of stamps, in the order of StampPositioning.
 inline constexpr const char* positioningNames[] = {"tool", "upright", "stroke", "start"};
 
+/// Value names for the "mode" setting of ElasticGrab, in the order of ElasticMode.
+inline constexpr const char* elasticModeNames[] = {"grab", "twist", "scale", "pinch"};
+
 /// Value names for the "direction" setting, indexed by number.
 TROVIK_API const std::vector<std::string>& DirectionNames();
 
@@ -46,9 +49,9 @@ struct ToolDescription {
     std::vector<ToolSetting> settings;
 };
 
-/// All tools: those of the plug-ins' brushes, in their order, followed by the freeze tool. Each
-/// tool's settings are read from a newly created brush. The plug-ins must have been loaded
-/// (LoadPlugins).
+/// All tools: those of the plug-ins' brushes, in their order, followed by those of the grab brush
+/// and the freeze tool. Each tool's settings are read from a newly created brush. The plug-ins must
+/// have been loaded (LoadPlugins).
 TROVIK_API std::vector<ToolDescription> DescribeTools();
 
 }  // namespace trovik

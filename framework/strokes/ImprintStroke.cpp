@@ -6,19 +6,6 @@
 
 namespace trovik {
 
-namespace {
-
-/// Intersects the line of sight through a viewport position with the plane that contains `middle`
-/// and is perpendicular to the view direction.
-Vector IntersectionWithPlane(const StrokeView& view, const Vector& middle, const Vector& position) {
-    const Vector forward = (view.target - view.eye).Normalized();
-    const Ray ray = view.Through(position.x, position.y);
-    const float t = ((middle - ray.origin) | forward) / (ray.direction | forward);
-    return ray.origin + ray.direction * t;
-}
-
-}  // namespace
-
 ImprintStroke::ImprintStroke(StrokeLoop& strokeLoop,
                              LevelGeometry& strokeGeometry,
                              const PatchTree& strokeTree,
@@ -50,8 +37,7 @@ std::optional<ImprintStroke::Copy> ImprintStroke::CopyInView(const Vector& point
     const auto hit = HitThrough(geometry, tree, *view, middle);
     if (!hit) return std::nullopt;
     const Vector world = WorldPositionOf(geometry, *hit);
-    const Vector drag =
-        IntersectionWithPlane(*view, world, pointer) - IntersectionWithPlane(*view, world, press);
+    const Vector drag = view->PointAtDepthOf(world, pointer) - view->PointAtDepthOf(world, press);
     return Copy{*hit, drag.Length(), HeadingInView(geometry, *view, *hit, pointer - press)};
 }
 

@@ -13,7 +13,22 @@ enum class DrawMode : int {
     /// One dab centred halfway between the press point and the pointer, which lie at opposite ends
     /// of its diameter.
     AcrossPoints = 2,
+    /// Dabs hold the press point and follow the pointer; see DragStroke.
+    Drag = 3,
+    /// Dabs along the pointer's path, each from the previous dab's pointer position; see
+    /// PullStroke.
+    Pull = 4,
 };
+
+/// Whether dabs are placed along the path of the pointer, so that its shape (smoothing, lines,
+/// curves) has an effect.
+inline bool FollowsPath(DrawMode mode) {
+    return mode == DrawMode::AlongPath || mode == DrawMode::Pull;
+}
+/// Whether strokes follow the pointer off the surface.
+inline bool LeavesSurface(DrawMode mode) {
+    return mode == DrawMode::Drag || mode == DrawMode::Pull;
+}
 
 /// Places one copy of the stamp with a press, a drag and a release, all within one stroke of the
 /// stroke loop. Each motion reverts the surface and applies the copy again, so that only the last

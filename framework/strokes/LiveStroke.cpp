@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/strokes/LiveStroke.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace trovik {
@@ -32,7 +33,33 @@ LiveStroke::LiveStroke(StrokeLoop& strokeLoop,
               tree,
               settings.space == PathSpace::View ? &settings.view : nullptr,
               strokeSettings.mode,
-              settings.options) {}
+              settings.options),
+      drag(strokeLoop,
+           geometry,
+           tree,
+           strokeSettings.view,
+           strokeSettings.space,
+           strokeSettings.options,
+           strokeSettings.dynamics),
+      pull(strokeLoop,
+           geometry,
+           tree,
+           strokeSettings.view,
+           strokeSettings.space,
+           strokeSettings.options,
+           strokeSettings.dynamics) {}
+
+void LiveStroke::Place(const std::vector<PathSample>& samples) {
+    if (settings.mode == DrawMode::Drag) {
+        float pressure = 0.0f;
+        for (const PathSample& sample : samples) pressure = std::max(pressure, sample.pressure);
+        drag.Press(samples.front());
+        drag.Drag(samples.back(), pressure);
+        return;
+    }
+    imprint.Start(samples.front().position);
+    imprint.Drag(samples.back());
+}
 
 void LiveStroke::Add(const std::vector<PathSample>& samples) {
     if (!samples.empty()) Apply(samples, PathDabs::noDeadline);
@@ -53,9 +80,8 @@ bool LiveStroke::Apply(const std::vector<PathSample>& samples, PathDabs::Deadlin
         if (isReleased) return !samples.empty() || FinishRelease(deadline);
         Take(samples);
         if (settings.mode == DrawMode::AlongPath) return !dabs.Advance(deadline);
-        if (samples.empty()) return false;
-        imprint.Start(taken.front().position);
-        imprint.Drag(taken.back());
+        if (settings.mode == DrawMode::Pull) return !pull.Advance(deadline);
+        if (!samples.empty()) Place(taken);
         return false;
     } catch (...) {
         isOver = true;
@@ -67,7 +93,7 @@ void LiveStroke::Tick(double time) {
     if (isReleased || taken.empty() || !(time > taken.back().time)) return;
     // In the other modes, a tick has no effect, because placing the copy again would give the same
     // result.
-    if (settings.mode != DrawMode::AlongPath) return;
+    if (!FollowsPath(settings.mode)) return;
     PathSample sample = taken.back();
     sample.time = time;
     Add(sample);
@@ -76,18 +102,24 @@ void LiveStroke::Tick(double time) {
 void LiveStroke::Take(const std::vector<PathSample>& samples) {
     if (isOver || isReleased) return;
     for (const PathSample& sample : samples) {
-        if (settings.mode == DrawMode::AlongPath)
+        if (FollowsPath(settings.mode))
             steps.Add(sample);
         else
             steps.CheckPosition(sample);
     }
     taken.insert(taken.end(), samples.begin(), samples.end());
-    if (settings.mode == DrawMode::AlongPath)
-        Pass(settings.isFiltered ? filter.Add(samples) : samples);
+    if (FollowsPath(settings.mode)) Pass(settings.isFiltered ? filter.Add(samples) : samples);
 }
 
 void LiveStroke::Pass(const std::vector<PathSample>& clean) {
-    for (const PathSample& sample : shaper.Add(clean)) dabs.Add(sample);
+    for (const PathSample& sample : shaper.Add(clean)) Follow(sample);
+}
+
+void LiveStroke::Follow(const PathSample& sample) {
+    if (settings.mode == DrawMode::Pull)
+        pull.Add(sample);
+    else
+        dabs.Add(sample);
 }
 
 void LiveStroke::Release() {
@@ -113,19 +145,17 @@ bool LiveStroke::Release(Budget budget) {
 /// \return whether dabs remain.
 bool LiveStroke::FinishRelease(PathDabs::Deadline deadline) {
     const bool isFirst = !std::exchange(isReleased, true);
-    if (settings.mode == DrawMode::AlongPath) {
+    if (FollowsPath(settings.mode)) {
         if (isFirst) {
             if (settings.isFiltered) Pass(filter.Finish());
-            for (const PathSample& sample : shaper.Finish()) dabs.Add(sample);
+            for (const PathSample& sample : shaper.Finish()) Follow(sample);
         }
-        isOver = dabs.Finish(deadline);
+        isOver = settings.mode == DrawMode::Pull ? pull.Finish(deadline) : dabs.Finish(deadline);
         return !isOver;
     }
     isOver = true;
     const auto clean = settings.isFiltered ? Filtered(taken, settings.limits) : taken;
-    if (clean.empty()) return false;
-    imprint.Start(clean.front().position);
-    imprint.Drag(clean.back());
+    if (!clean.empty()) Place(clean);
     return false;
 }
 
@@ -137,12 +167,21 @@ void LiveStroke::Abandon() {
 
 std::vector<PathSample> LiveStroke::Preview() const {
     auto path = settings.isFiltered ? Filtered(taken, settings.limits) : taken;
-    if (settings.mode != DrawMode::AlongPath) return path;
+    if (!FollowsPath(settings.mode)) return path;
     return Shaped(std::move(path), settings.shape, isTimed);
 }
 
 unsigned LiveStroke::Count() const {
-    return settings.mode == DrawMode::AlongPath ? dabs.Count() : imprint.Count();
+    switch (settings.mode) {
+        case DrawMode::AlongPath:
+            return dabs.Count();
+        case DrawMode::Drag:
+            return drag.Count();
+        case DrawMode::Pull:
+            return pull.Count();
+        default:
+            return imprint.Count();
+    }
 }
 
 }  // namespace trovik

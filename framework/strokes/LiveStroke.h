@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/strokes/DragStroke.h"
 #include "framework/strokes/ImprintStroke.h"
 #include "framework/strokes/PathDabs.h"
 #include "framework/strokes/PathStage.h"
 #include "framework/strokes/PointerFilter.h"
+#include "framework/strokes/PullStroke.h"
 
 #include <chrono>
 #include <memory>
@@ -43,7 +45,9 @@ struct LiveStrokeSettings {
 /// - straight line: until the release, because the line's direction depends on the last position
 ///
 /// With DrawMode::FromCenter and AcrossPoints, the copy follows the pen without delay: each call
-/// places it again at the unfiltered samples, and the release places it at the filtered ones.
+/// places it again at the unfiltered samples, and the release places it at the filtered ones. In
+/// the same way, the held point follows the pen without delay with DrawMode::Drag. DrawMode::Pull
+/// applies dabs along the filtered and shaped path, like DrawMode::AlongPath.
 ///
 /// While the pen pauses, no samples arrive and no further dab becomes final. Call Tick to report
 /// that time has passed.
@@ -70,7 +74,7 @@ public:
     /// delay the next frame. At least one dab is applied, and more until the budget is spent. The
     /// dabs are bit-identical regardless of how they are distributed over calls. \return whether
     /// final dabs are left over; the next call applies them first. With DrawMode::FromCenter and
-    /// AcrossPoints, the budget is ignored, because only one copy is moved.
+    /// AcrossPoints and Drag, the budget is ignored, because only one dab is applied.
     bool Add(const std::vector<PathSample>& samples, Budget budget);
     /// Applies dabs that Add or Release left over.
     /// \return whether dabs remain.
@@ -107,8 +111,11 @@ public:
 
 private:
     void Pass(const std::vector<PathSample>& clean);
+    void Follow(const PathSample& sample);
     bool Apply(const std::vector<PathSample>& samples, PathDabs::Deadline deadline);
     bool FinishRelease(PathDabs::Deadline deadline);
+    /// Places the copy or moves the held point: its last dab replaces all previous ones.
+    void Place(const std::vector<PathSample>& samples);
 
     StrokeLoop& loop;
     LiveStrokeSettings settings;
@@ -121,6 +128,8 @@ private:
     PathSteps steps;
     PathDabs dabs;
     ImprintStroke imprint;
+    DragStroke drag;
+    PullStroke pull;
     /// No more samples will be added, but dabs may remain to be applied.
     bool isReleased = false;
     bool isOver = false;

@@ -3,6 +3,7 @@
 
 #include "framework/strokes/DabAtHit.h"
 #include "framework/strokes/DabStrength.h"
+#include "framework/strokes/PathHit.h"
 
 #include <algorithm>
 #include <cmath>
@@ -83,8 +84,7 @@ double PathDabs::Step() const {
 }
 
 std::optional<PickHit> PathDabs::HitAt(const Vector& position) const {
-    return space == PathSpace::View ? HitThrough(geometry, tree, view, position)
-                                    : HitNear(geometry, tree, position);
+    return PathHit(geometry, tree, view, space, position);
 }
 
 /// Advances by one step, or to the first dab within that step.
@@ -179,7 +179,7 @@ void PathDabs::ApplyDabAt(const PickHit& hit, const PathSample& sample) {
     steps.Take();
     StrokeDab dab = DabAt(geometry, hit);
     dab.pressure = dynamics.strengthCurve.At(sample.pressure);
-    dab.size = SizeOf(dab.position, sample);
+    dab.size = DabSize(loop, view, dynamics, options.radius, dab.position, sample);
     dab.strength =
         StrengthAtRadius(loop.Brush(), options.strength(dab.pressure), options.radius, dab.size);
     const float lean = std::min(sample.tilt.Length(), 1.0f);
@@ -209,7 +209,12 @@ float PathDabs::RadiusAt(const Vector& position) const {
     return DabRadius(view, dynamics, options.radius, position);
 }
 
-float PathDabs::SizeOf(const Vector& position, const PathSample& sample) {
+float DabSize(StrokeLoop& loop,
+              const StrokeView& view,
+              const DabDynamics& dynamics,
+              float radius,
+              const Vector& position,
+              const PathSample& sample) {
     const BrushOperation& brush = loop.Brush();
     float fraction = 1.0f;
     if (brush.strokeOptionD.Value() && brush.BrushSize() > 0.0f)
@@ -218,7 +223,7 @@ float PathDabs::SizeOf(const Vector& position, const PathSample& sample) {
     const float lean = std::min(sample.tilt.Length(), 1.0f);
     fraction *= 1.0f + dynamics.tiltToSize * lean;
     if (dynamics.randomSize > 0.0f) fraction *= 1.0f - dynamics.randomSize * loop.RandomFraction();
-    return RadiusAt(position) * std::max(fraction, smallestDab);
+    return DabRadius(view, dynamics, radius, position) * std::max(fraction, smallestDab);
 }
 
 float DabRadius(const StrokeView& view,

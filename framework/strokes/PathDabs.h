@@ -77,7 +77,6 @@ private:
     double DueTime() const;
     void ApplyDabAt(const PickHit& hit, const PathSample& sample);
     float RadiusAt(const Vector& position) const;
-    float SizeOf(const Vector& position, const PathSample& sample);
 
     StrokeLoop& loop;
     LevelGeometry& geometry;
@@ -116,6 +115,16 @@ TROVIK_API float DabRadius(const StrokeView& view,
                            const DabDynamics& dynamics,
                            float radius,
                            const Vector& position);
+
+/// Radius of a dab at a world position, in world units: DabRadius, modified by pressure, tilt and
+/// randomness, and at least a hundredth of the unmodified radius. Takes a random number from the
+/// loop if the radius is random.
+TROVIK_API float DabSize(StrokeLoop& loop,
+                         const StrokeView& view,
+                         const DabDynamics& dynamics,
+                         float radius,
+                         const Vector& position,
+                         const PathSample& sample);
 
 /// The pen tilt as a direction in the view plane, in world space; zero for an upright pen.
 TROVIK_API Vector TiltInView(const StrokeView& view, const Vector& tilt);

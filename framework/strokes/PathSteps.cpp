@@ -4,6 +4,7 @@
 #include "framework/math/IsFinite.h"
 #include "framework/strokes/DabAtHit.h"
 #include "framework/strokes/PathDabs.h"
+#include "framework/strokes/PathHit.h"
 
 #include <algorithm>
 #include <cmath>
@@ -82,8 +83,7 @@ PathSteps::PathSteps(const LevelGeometry& strokeGeometry,
 
 double PathSteps::StepLength(const Vector& first) {
     if (step) return *step;
-    const auto hit = space == PathSpace::View ? HitThrough(geometry, tree, view, first)
-                                              : HitNear(geometry, tree, first);
+    const auto hit = PathHit(geometry, tree, view, space, first);
     Vector world;
     if (hit) {
         world = WorldPositionOf(geometry, *hit);

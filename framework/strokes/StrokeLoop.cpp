@@ -9,6 +9,7 @@
 #include "framework/images/StampImage.h"
 #include "framework/mesh/VertexNeighbours.h"
 #include "framework/multires/LevelChange.h"
+#include "framework/strokes/ImprintStroke.h"
 #include "framework/strokes/StrokeRevert.h"
 #include "framework/strokes/TopologicalHit.h"
 
@@ -90,6 +91,7 @@ void StrokeLoop::Begin(BrushOperation::Modifier strokeModifier, uint64_t seed) {
     previousHits.assign(mirrors.size() + 2, Vector());
     dirtyBox = AxisAlignedBoundingBox();
     mainDabs.clear();
+    heldSides.clear();
     falloff = brush.Settings().falloff.Current();
     BeginStroke();
     // A modifier key may have changed the tool.
@@ -119,27 +121,34 @@ void StrokeLoop::Dab(const StrokeDab& pathDab) {
     try {
         StrokeDab dab = pathDab;
         stamps.PlaceStamp(dab);
-        // The topological mirror image must be looked up before the dab moves the face under it.
-        const auto across = AcrossTopology(dab);
-        Apply(dab, 0);
-        const std::size_t sides = inPairs ? 1 : mirrors.size();
-        for (std::size_t side = 1; side <= sides; ++side) {
-            const auto mirrored = Mapped(dab, mirrors[side - 1], true);
-            if (!mirrored) continue;
-            brush.MirrorConfig().SetPointMap(mirrors[side - 1]);
-            Apply(*mirrored, side);
-        }
-        if (inPairs) mainDabs.push_back(dab);
-        if (across) {
-            brush.MirrorConfig().SetPointMap(across->pointMap);
-            Apply(across->dab, mirrors.size() + 1);
-        }
+        if (brush.StrokeDrawMode() == static_cast<int>(DrawMode::Drag))
+            ApplyHeld(dab);
+        else
+            ApplySides(dab);
         isDone = true;
         if (listener != nullptr) listener->OnDab(pathDab, false);
     } catch (...) {
         if (!isDone && listener != nullptr) listener->OnDab(pathDab, true);
         Break();
         throw;
+    }
+}
+
+void StrokeLoop::ApplySides(const StrokeDab& dab) {
+    // The topological mirror image must be looked up before the dab moves the face under it.
+    const auto across = AcrossTopology(dab);
+    Apply(dab, 0);
+    const std::size_t sides = inPairs ? 1 : mirrors.size();
+    for (std::size_t side = 1; side <= sides; ++side) {
+        const auto mirrored = Mapped(dab, mirrors[side - 1], true);
+        if (!mirrored) continue;
+        brush.MirrorConfig().SetPointMap(mirrors[side - 1]);
+        Apply(*mirrored, side);
+    }
+    if (inPairs) mainDabs.push_back(dab);
+    if (across) {
+        brush.MirrorConfig().SetPointMap(across->pointMap);
+        Apply(across->dab, mirrors.size() + 1);
     }
 }
 
@@ -350,6 +359,7 @@ void StrokeLoop::RevertStroke() {
     if (own != nullptr) own->RevertBrushStroke();
     if (change != nullptr) Announce(change->RevertStroke());
     mainDabs.clear();
+    heldSides.clear();
     previousHits.assign(previousHits.size(), Vector());
     stamps.Restart();
     if (listener != nullptr) listener->OnReverted();

@@ -119,6 +119,11 @@ private:
     /// Ends the stroke and notifies the listener, even if an exception is thrown.
     void Finish(bool brokenOff, const std::function<void()>& poll);
     void Apply(const StrokeDab& dab, std::size_t side);
+    /// Applies the dab and its mirrored copies.
+    void ApplySides(const StrokeDab& dab);
+    /// Applies a dab of DrawMode::Drag and its mirrored copies. The copies of the hit are computed
+    /// on the surface before the first dab that has this hit, and are kept for the following ones.
+    void ApplyHeld(const StrokeDab& dab);
     /// The dab transformed by a map. \param asMirror  whether the brush treats it as the mirrored
     /// dab of a pair. \return nothing if the mesh has no faces.
     std::optional<StrokeDab> Mapped(const StrokeDab& dab, const Matrix& map, bool asMirror) const;
@@ -134,6 +139,14 @@ private:
         StrokeDab dab;
         Matrix pointMap;
     };
+    struct HeldSide {
+        StrokeDab dab;
+        Matrix pointMap;
+        std::size_t side;
+    };
+    void HoldSides(const StrokeDab& dab);
+    /// The vector from a dab's hit to its position, in world space.
+    Vector HeldWay(const StrokeDab& dab) const;
     /// The dab's topological mirror image; empty if there is none or if another mirror mode is set.
     std::optional<MirroredDab> AcrossTopology(const StrokeDab& dab) const;
     /// Reports the patches that a dab's traversals have visited.
@@ -158,6 +171,8 @@ private:
     /// recorded for these strokes.
     bool inPairs = false;
     std::vector<StrokeDab> mainDabs;
+    /// For DrawMode::Drag: the sides of the held hit, the main side first.
+    std::vector<HeldSide> heldSides;
     /// The falloff of the brush when the stroke began.
     FalloffTable::Samples falloff;
     uint64_t number = 0;

@@ -168,6 +168,13 @@ Ray StrokeView::LocalThrough(float x,
     return isOrthographic ? StartingBefore(local, tree.Bounds()) : local;
 }
 
+Vector StrokeView::PointAtDepthOf(const Vector& depth, const Vector& position) const {
+    const Vector forward = (target - eye).Normalized();
+    const Ray ray = Through(position.x, position.y);
+    const float t = ((depth - ray.origin) | forward) / (ray.direction | forward);
+    return ray.origin + ray.direction * t;
+}
+
 Vector StrokeView::SightTo(const Vector& position) const {
     return isOrthographic ? target - eye : position - eye;
 }

@@ -32,6 +32,9 @@ struct TROVIK_API StrokeView {
     /// The ray of Through in mesh-local space. In orthographic projection, it starts in front of
     /// the whole mesh.
     Ray LocalThrough(float x, float y, const LevelGeometry& geometry, const PatchTree& tree) const;
+    /// The point seen at a viewport position, in the plane that contains `depth` (world space) and
+    /// is perpendicular to the view direction.
+    Vector PointAtDepthOf(const Vector& depth, const Vector& position) const;
     /// World-space line of sight to a position, of any length: from the eye to the position, or in
     /// orthographic projection along the view direction.
     Vector SightTo(const Vector& position) const;

@@ -10,7 +10,9 @@
 namespace trovik::test {
 namespace {
 
-/// The properties of a tool, listed independently of the brush.
+/// The properties of a tool, listed independently of the brush. The members have the order of the
+/// table's columns.
+// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding)
 struct Expected {
     Tool tool;
     bool smooth, pinch, smear, bulge, wax, plane;

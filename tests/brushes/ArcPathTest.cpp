@@ -41,7 +41,8 @@ TEST(ArcPath, ExtraSampleOnAStraightSegmentChangesNoBit) {
                           At(9, 1, 0.0f)});
     ASSERT_EQ(fuller.Knots().size(), 3u);
     EXPECT_EQ(fuller.Reached(), plain.Reached());
-    for (double at = 0.0; at < 14.0; at += 0.37) {
+    for (int step = 0; step < 38; ++step) {
+        const double at = 0.37 * step;
         EXPECT_EQ(fuller.At(at).position, plain.At(at).position) << at;
         EXPECT_EQ(fuller.At(at).pressure, plain.At(at).pressure) << at;
     }

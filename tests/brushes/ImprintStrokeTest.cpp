@@ -184,7 +184,8 @@ TEST_F(ImprintedSurface, PickTreeFollowsTheReverts) {
     EXPECT_EQ(loop->tree.Bounds().maxZ, fresh.Bounds().maxZ);
     for (int i = 0; i < 200; ++i) {
         const float x = static_cast<float>(i % 20) * 0.1f - 1.0f;
-        const float y = static_cast<float>(i / 20) * 0.2f - 1.0f;
+        const int row = i / 20;
+        const float y = static_cast<float>(row) * 0.2f - 1.0f;
         const auto a = loop->tree.Pick({{x, y, 5.0f}, {0.0f, 0.0f, -1.0f}});
         const auto b = fresh.Pick({{x, y, 5.0f}, {0.0f, 0.0f, -1.0f}});
         ASSERT_EQ(a.has_value(), b.has_value());

@@ -3,6 +3,7 @@
 /// \file Tests that live strokes apply dabs as soon as they are final, and that the dabs are
 /// bit-identical to those of the recorded stroke.
 #include "framework/errors/HostError.h"
+#include "framework/math/SameBits.h"
 #include "framework/script/PenStream.h"
 #include "framework/strokes/LiveStroke.h"
 #include "tests/SourceFolder.h"
@@ -10,7 +11,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <random>
 #include <string>
 
@@ -30,7 +30,7 @@ bool SameBits(const RecordingBrush::Dab& a, const RecordingBrush::Dab& b) {
     return a.hit.face == b.hit.face && a.hit.position == b.hit.position &&
            a.hit.normal == b.hit.normal && a.position == b.position && a.size == b.size &&
            a.pressure == b.pressure && a.strength == b.strength && a.previous == b.previous &&
-           std::memcmp(&a.stampMatrix, &b.stampMatrix, sizeof a.stampMatrix) == 0;
+           trovik::SameBits(a.stampMatrix, b.stampMatrix);
 }
 
 class LiveStrokeTest : public testing::Test, protected PathFixture {

@@ -13,6 +13,7 @@ namespace {
 
 std::vector<PathSample> Through(const std::vector<Vector>& positions) {
     std::vector<PathSample> samples;
+    samples.reserve(positions.size());
     for (const Vector& position : positions) samples.push_back(Sample(position.x, position.y));
     return samples;
 }
@@ -107,13 +108,13 @@ TEST(SteadyStroke, BrushFollowsAtTheLengthOfTheStabiliser) {
 
 TEST(SteadyStroke, PathAroundACornerIsATractrix) {
     // The stabiliser's cord lies along x when the pen turns at a right angle. Along a tractrix, the
-    // brush lags behind the pen's distance d by L tanh(d / L), and its lateral distance is L /
-    // cosh(d / L).
-    const float L = 20.0f;
-    const auto path = Stabilised(Through({{0, 0, 0}, {100, 0, 0}, {100, 45, 0}}), L);
-    const float d = 45.0f / L;
-    EXPECT_NEAR(path.back().position.x, 100.0f - L / std::cosh(d), 1e-3f);
-    EXPECT_NEAR(path.back().position.y, 45.0f - L * std::tanh(d), 1e-3f);
+    // brush lags behind the pen's distance d by l tanh(d / l), and its lateral distance is l /
+    // cosh(d / l), where l is the length of the cord.
+    const float cord = 20.0f;
+    const auto path = Stabilised(Through({{0, 0, 0}, {100, 0, 0}, {100, 45, 0}}), cord);
+    const float d = 45.0f / cord;
+    EXPECT_NEAR(path.back().position.x, 100.0f - cord / std::cosh(d), 1e-3f);
+    EXPECT_NEAR(path.back().position.y, 45.0f - cord * std::tanh(d), 1e-3f);
 }
 
 TEST(SteadyStroke, MotionWithinTheStabiliserLengthMovesNothing) {

@@ -166,6 +166,7 @@ TEST_F(PointerFilterTest, NaturalHandMotionIsNotAFault) {
 
 TEST_F(PointerFilterTest, SampleFarTooLateHasAWrongTime) {
     std::vector<PathSample> samples;
+    samples.reserve(60);
     for (int i = 0; i < 60; ++i)
         samples.push_back(Sample(300 + static_cast<float>(i), 300, 0.5f, 1.0 + 0.008 * i));
     samples[50].time = 0.0;
@@ -179,6 +180,7 @@ TEST_F(PointerFilterTest, SampleFarTooLateHasAWrongTime) {
 
 TEST_F(PointerFilterTest, PressureMayJumpLateInTheStroke) {
     std::vector<PathSample> samples;
+    samples.reserve(40);
     for (int i = 0; i < 40; ++i)
         samples.push_back(
             Sample(300 + 4.0f * static_cast<float>(i), 300, i < 20 ? 0.2f : 0.9f, 0.008 * i));

@@ -60,7 +60,7 @@ std::vector<float> TileOf(StampImage& image, uint8_t channels) {
 /// Writes a file directly with the image library.
 template <class Sample>
 std::string WriteFile(const std::string& path,
-                      OIIO::TypeDesc type,
+                      const OIIO::TypeDesc& type,
                       int channels,
                       const std::vector<Sample>& samples,
                       int bits = 0) {

@@ -94,6 +94,34 @@ TEST_F(InteractiveJournal, StartsFromTheNewestSaveThatNoUndoGoesBeyond) {
     EXPECT_EQ(StateOf(whole.runner->GetDocument()), StateOf(runner->GetDocument()));
 }
 
+TEST_F(InteractiveJournal, CanBeReplayedFromItsStart) {
+    auto runner = OpenInteractive();
+    Do(*runner,
+       {Tool("Sculpt"), Stroke(0.5f, 0.2f), {{"save", "work.trovik"}}, Stroke(0.2f, 0.3f)});
+    RecoveryOptions options;
+    options.fromStart = true;
+    std::vector<uint32_t> states;
+    options.afterStep = [&](Document& document) { states.push_back(StateOf(document)); };
+    const RecoveredWork work = RedoJournal(Journal(), options);
+    EXPECT_EQ(work.steps, 3u);
+    EXPECT_TRUE(work.notes.empty());
+    // Before the first step, after each of the three steps, and at the end.
+    ASSERT_EQ(states.size(), 5u);
+    EXPECT_EQ(states[0], states[1]);
+    EXPECT_NE(states[1], states[2]);
+    EXPECT_NE(states[2], states[3]);
+    EXPECT_EQ(states[4], states[3]);
+    EXPECT_EQ(states[4], StateOf(runner->GetDocument()));
+
+    fs::remove(folder.Path("cube.obj"));
+    const RecoveredWork later = RedoJournal(Journal(), options);
+    EXPECT_EQ(later.steps, 1u);
+    ASSERT_EQ(later.notes.size(), 1u);
+    EXPECT_NE(later.notes[0].find("the replay starts from " + Scene("work")), std::string::npos)
+        << later.notes[0];
+    EXPECT_EQ(StateOf(later.runner->GetDocument()), StateOf(runner->GetDocument()));
+}
+
 TEST_F(InteractiveJournal, ContinuesAfterACancelledStep) {
     struct CountingJob : JobControl {
         CountingJob() : JobControl({1, {}}) {}

@@ -155,7 +155,7 @@ TEST_F(RecoveredJournal, ContainsAbandonedLiveStrokes) {
     Document& document = runner->GetDocument();
     json steps = json::array();
     std::vector<uint32_t> states;
-    for (const char* tool : {"Sculpt", "Freeze", "Wax"}) {
+    for (const char* tool : {"Sculpt", "Freeze", "Grab", "SnakeHook", "ElasticGrab", "Wax"}) {
         steps.push_back(Tool(tool));
         steps.back()["set"]["randomSize"] = 0.5;
     }
@@ -184,8 +184,8 @@ TEST_F(RecoveredJournal, ContainsAbandonedLiveStrokes) {
     }
     const RecoveredWork work = RedoJournal(Journal());
     EXPECT_EQ(StateOf(work.runner->GetDocument()), states.back());
-    EXPECT_EQ(work.steps, 9u);
-    EXPECT_EQ(work.runner->GetDocument().Settings().strokesBegun, 6u);
+    EXPECT_EQ(work.steps, 18u);
+    EXPECT_EQ(work.runner->GetDocument().Settings().strokesBegun, 12u);
 }
 
 TEST_F(RecoveredJournal, ContainsUndoOfWorkBeforeASave) {

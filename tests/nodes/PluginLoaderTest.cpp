@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
+#include "framework/freeze/FreezeBrush.h"
+#include "framework/grab/GrabBrush.h"
 #include "framework/nodes/PreferenceFile.h"
 #include "framework/pluginhost/PluginLoader.h"
+#include "framework/pluginhost/ToolCatalogue.h"
 #include "host/BrushOperation.h"
 #include "tests/files/TemporaryFolder.h"
 
@@ -15,8 +18,12 @@
 namespace trovik {
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
+using testing::StartsWith;
+using testing::UnorderedElementsAreArray;
 
 /// Sets TROVIK_PLUGIN_PATH until the end of the scope.
 class PluginPath {
@@ -117,6 +124,13 @@ TEST(PluginLoader, EmptyFolderIsAccepted) {
     EXPECT_EQ(ReasonOf(LoadPlugins), "");
 }
 
+TEST(PluginLoader, ListsTheNamesOfTheHostsOwnTools) {
+    std::vector<std::string> names = {FreezeBrush::Tool()->Name().toStdString()};
+    for (const BrushConfiguration* tool : GrabBrush::Tools())
+        names.push_back(tool->Name().toStdString());
+    EXPECT_THAT(names, UnorderedElementsAreArray(hostToolNames));
+}
+
 // This is a single test, since loaded plug-ins stay loaded.
 TEST(PluginLoader, OpensRegistersAndInitialisesOnce) {
     const std::string file = TROVIK_SAMPLE_PLUGIN;
@@ -146,6 +160,32 @@ TEST(PluginLoader, OpensRegistersAndInitialisesOnce) {
     LoadPlugins();
     EXPECT_EQ(Plugin::Count(), records + 1);
     EXPECT_EQ(BrushOperation::ConfigurationCount(), rows + 1);
+}
+
+TEST(PluginLoader, RefusesAPluginWhoseToolHasTheNameOfAnotherTool) {
+    LoadPlugin(TROVIK_SAMPLE_PLUGIN);
+    const uint32_t rows = BrushOperation::ConfigurationCount();
+    const std::string refusal =
+        ": the plug-in is refused, because its tool \"Sample\" has the same name as a tool of ";
+    // Refused again by each further attempt.
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        EXPECT_THAT(
+            ReasonOf([] { LoadPlugin(TROVIK_TWIN_SAMPLE_PLUGIN); }),
+            AllOf(StartsWith(TROVIK_TWIN_SAMPLE_PLUGIN + refusal), EndsWith("SamplePlugin.so")));
+        EXPECT_EQ(BrushOperation::ConfigurationCount(), rows)
+            << "the other tool of the plug-in was kept";
+    }
+    EXPECT_EQ(ReasonOf([] { LoadPlugin(TROVIK_TWIN_FREEZE_PLUGIN); }),
+              TROVIK_TWIN_FREEZE_PLUGIN +
+                  std::string(": the plug-in is refused, because its tool \"Freeze\" has the same "
+                              "name as a tool of this program"));
+    EXPECT_EQ(BrushOperation::ConfigurationCount(), rows);
+
+    const TemporaryFolder folder;
+    std::filesystem::create_symlink(TROVIK_SAMPLE_PLUGIN, folder.Path("a.so"));
+    std::filesystem::create_symlink(TROVIK_TWIN_SAMPLE_PLUGIN, folder.Path("b.so"));
+    const PluginPath path(folder.Path(""));
+    EXPECT_THAT(ReasonOf(LoadPlugins), HasSubstr("b.so" + refusal));
 }
 
 }  // namespace

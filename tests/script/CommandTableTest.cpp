@@ -179,6 +179,9 @@ const char* const examples = R"([
     {"set": {"radiusPixels": 30, "falloff": [1, 0.1, 0], "direction": "camera", "stamp": "b.png",
              "smoothing": false}},
     {"set": {"falloff": 2, "stamp": false}},
+    {"set": {"connectedOnly": true, "alongNormal": false, "mode": "twist", "scales": 2,
+             "poissonRatio": 0.25}},
+    {"stroke": {"points": [[0.1, 0.2, 0.3, 1], [1, 2, 3, 0.7]]}},
     {"stroke": {"modifier": "smooth", "seed": 18446744073709551615,
                 "surface": [[0.1, 0.2, 0.3], [1, 2, 3, 0.7]], "open": true,
                 "path": {"line": true, "smoothing": 3, "stabiliser": 2,
@@ -316,20 +319,24 @@ void CollectFields(const json& value, const std::string& prefix, std::set<std::s
             for (const json& one : value) CollectFields(one, prefix, fields);
         return;
     }
+    const std::string start = prefix + "/";
     for (const auto& [name, field] : value.items()) {
-        fields.insert(prefix + "/" + name);
-        CollectFields(field, prefix + "/" + name, fields);
+        const std::string path = start + name;
+        fields.insert(path);
+        CollectFields(field, path, fields);
     }
 }
 
 void CollectDescribed(const json& all, const std::string& prefix, std::set<std::string>& fields) {
+    const std::string start = prefix + "/";
     for (const json& one : all) {
         if (!one.is_object()) continue;
         if (one.contains("array")) CollectDescribed(one.at("array"), prefix, fields);
         if (!one.contains("object")) continue;
         for (const auto& [name, field] : one.at("object").items()) {
-            fields.insert(prefix + "/" + name);
-            CollectDescribed(field, prefix + "/" + name, fields);
+            const std::string path = start + name;
+            fields.insert(path);
+            CollectDescribed(field, path, fields);
         }
     }
 }

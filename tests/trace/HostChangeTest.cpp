@@ -379,6 +379,21 @@ TEST_F(HostChange, FreezeBrushStrokesAreHostChanges) {
     EXPECT_EQ(Calls().back(), "HostChange");
 }
 
+TEST_F(HostChange, GrabBrushStrokesAreHostChanges) {
+    for (const char* tool : {"Grab", "ElasticGrab", "SnakeHook"}) {
+        const nlohmann::json grab = {{"stroke", {{"points", {{0.3, 0.1, 1.0}, {0.4, 0.3, 1.2}}}}}};
+        // The default radius contains no vertex of this mesh.
+        Follow({stroke,
+                {{"tool", tool}},
+                R"({"set": {"radius": 0.3}})"_json,
+                grab,
+                R"({"tool": "Sculpt"})"_json,
+                stroke},
+               {{"levels", 3}, {"mirror", {"x"}}});
+        EXPECT_EQ(Reasons(), std::vector<std::string>{"stroke"}) << tool;
+    }
+}
+
 TEST_F(HostChange, MaskingDuringAStrokeIsFollowed) {
     Follow({R"({"stroke": {"surface": [[0.3, 0.1, 1]], "open": true}})"_json,
             R"({"mask": {"center": [0, 0, 1], "radius": 0.5}})"_json,

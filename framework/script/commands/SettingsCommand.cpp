@@ -49,6 +49,38 @@ void SetFlag(BrushOperation& brush,
     if (flag) BrushAttribute<bool>(brush, attribute, pointer).SetValue(*flag, true);
 }
 
+/// Sets an attribute that the host's own brushes have for some of their tools.
+/// \throw FieldFault if the active tool does not have the setting.
+template <typename T>
+void SetForTool(BrushOperation& brush, const char* setting, const char* attribute, const T& value) {
+    auto* found =
+        dynamic_cast<AttributeInstance<T>*>(brush.AttributeByName(QString::fromLatin1(attribute)));
+    if (found == nullptr || !found->IsVisible()) {
+        const BrushConfiguration* tool = brush.ActiveConfiguration();
+        throw FieldFault(
+            std::string("/") + setting,
+            (tool == nullptr ? "the brush" : "the tool " + tool->Name().toStdString()) +
+                " has no setting \"" + setting + '"');
+    }
+    found->SetValue(value, true);
+}
+
+void SetGrab(BrushOperation& brush, const SettingsParameters& settings) {
+    if (settings.connectedOnly)
+        SetForTool(brush, "connectedOnly", "connectedonly", *settings.connectedOnly);
+    if (settings.alongNormal)
+        SetForTool(brush, "alongNormal", "alongnormal", *settings.alongNormal);
+    if (settings.mode) {
+        // The schema has already checked the name.
+        const auto* const name =
+            std::find(std::begin(elasticModeNames), std::end(elasticModeNames), *settings.mode);
+        SetForTool(brush, "mode", "elasticmode", static_cast<int>(name - elasticModeNames));
+    }
+    if (settings.scales) SetForTool(brush, "scales", "elasticscales", *settings.scales);
+    if (settings.poissonRatio)
+        SetForTool(brush, "poissonRatio", "poissonratio", *settings.poissonRatio);
+}
+
 void ApplySettings(CommandContext& context, const SettingsParameters& settings) {
     BrushOperation& brush = context.document.Brush();
     BrushOperation::Private& host = brush.Settings();
@@ -64,6 +96,7 @@ void ApplySettings(CommandContext& context, const SettingsParameters& settings) 
     SetFlag(brush, settings.globalPlane, "globalplane", "/globalPlane");
     SetFlag(brush, settings.updatePlane, "updateplane", "/updatePlane");
     SetFlag(brush, settings.affectAllLayers, "affectalllayers", "/affectAllLayers");
+    SetGrab(brush, settings);
     host.strengthBias = settings.strengthBias.value_or(host.strengthBias);
     if (settings.pressureControlsStrength)
         brush.strokeOptionC.SetValue(*settings.pressureControlsStrength, true);

@@ -94,6 +94,11 @@ struct SettingsParameters {
     std::optional<float> strengthBias;
     std::optional<bool> pressureControlsStrength;
     std::optional<FacingParameters> facing;
+    std::optional<bool> connectedOnly;
+    std::optional<bool> alongNormal;
+    std::optional<std::string> mode;
+    std::optional<int> scales;
+    std::optional<float> poissonRatio;
     std::optional<bool> drawFromCenter;
     std::optional<StampSetting> stamp;
     std::optional<LengthSetting> smoothing;
@@ -121,6 +126,11 @@ struct SettingsParameters {
         visit("strengthBias", strengthBias);
         visit("pressureControlsStrength", pressureControlsStrength);
         visit("facing", facing);
+        visit("connectedOnly", connectedOnly);
+        visit("alongNormal", alongNormal);
+        visit("mode", mode);
+        visit("scales", scales);
+        visit("poissonRatio", poissonRatio);
         visit("drawFromCenter", drawFromCenter);
         visit("stamp", stamp);
         visit("smoothing", smoothing);

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/brushes/ToolTraits.h"
 #include "framework/errors/Cancelled.h"
 #include "framework/multires/Steps.h"
 #include "framework/script/commands/InitialSurface.h"
 #include "framework/script/commands/StrokeParameters.h"
 #include "framework/strokes/DabStrength.h"
+#include "framework/strokes/ImprintStroke.h"
 
 namespace trovik {
 
@@ -23,11 +25,13 @@ void CheckKinds(const CommandContext& context, const StrokeParameters& stroke) {
     const bool goesOn = stroke.goesOn.value_or(false);
     const int kinds =
         static_cast<int>(stroke.dabs.has_value()) + static_cast<int>(stroke.surface.has_value()) +
-        static_cast<int>(stroke.pointer.has_value()) + static_cast<int>(stroke.pen.has_value()) +
-        static_cast<int>(stroke.wholeMesh.has_value());
+        static_cast<int>(stroke.points.has_value()) + static_cast<int>(stroke.pointer.has_value()) +
+        static_cast<int>(stroke.pen.has_value()) + static_cast<int>(stroke.wholeMesh.has_value());
     if (kinds > 1 || (kinds == 0 && !staysOpen && !goesOn)) {
         throw FieldFault(
-            "", "a stroke needs one of \"dabs\", \"surface\", \"pointer\", \"pen\", \"wholeMesh\"");
+            "",
+            "a stroke needs one of \"dabs\", \"surface\", \"points\", \"pointer\", \"pen\", "
+            "\"wholeMesh\"");
     }
     if (goesOn && !context.IsStrokeOpen()) throw FieldFault("/continue", "no stroke is open");
     if (goesOn && stroke.modifier)
@@ -111,11 +115,21 @@ void WarnIfStrokeHadNoEffect(CommandContext& context,
     }
 }
 
+void CheckTool(Document& document, const StrokeParameters& stroke) {
+    const BrushOperation& brush = document.Brush();
+    const std::string tool = "the tool " + document.State()->tool.name;
+    if (stroke.modifier == BrushOperation::ModifierSmooth && !TraitsOf(brush).canSmooth)
+        throw FieldFault("/modifier", tool + " cannot smooth; use the tool Smooth instead");
+    if (stroke.wholeMesh && LeavesSurface(static_cast<DrawMode>(brush.StrokeDrawMode())))
+        throw FieldFault("/wholeMesh", tool + " needs a pointer to follow");
+}
+
 void Stroke(CommandContext& context, const StrokeParameters& stroke) {
     CheckKinds(context, stroke);
     Document& document = context.document;
     StrokeLoop& loop = document.Loop();
     const auto poll = [&context] { context.ThrowIfCancelled(); };
+    CheckTool(document, stroke);
     context.Kept<InitialSurface>().Store(document);
     const StrokeTotals before = document.Totals();
     if (!stroke.goesOn.value_or(false)) {

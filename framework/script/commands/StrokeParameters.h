@@ -131,6 +131,8 @@ struct StrokeParameters {
     std::optional<std::vector<DabParameters>> dabs;
     /// In world space.
     std::optional<PathSamples<3>> surface;
+    /// In world space; for tools whose strokes follow the pointer off the surface.
+    std::optional<PathSamples<3>> points;
     /// In viewport pixels.
     std::optional<PathSamples<2>> pointer;
     /// A file name, or the samples.
@@ -146,6 +148,7 @@ struct StrokeParameters {
         visit("seed", seed);
         visit("dabs", dabs);
         visit("surface", surface);
+        visit("points", points);
         visit("pointer", pointer);
         visit("pen", pen);
         visit("path", path);
@@ -154,7 +157,9 @@ struct StrokeParameters {
         visit("continue", goesOn);
     }
 
-    bool HasPath() const { return surface || pointer || pen; }
+    bool HasPath() const { return surface || points || pointer || pen; }
+    /// Whether samples have three coordinates, in world space.
+    bool IsInWorldSpace() const { return surface || points; }
 };
 
 /// Applies the dabs along the stroke's path, or nothing if it has none.

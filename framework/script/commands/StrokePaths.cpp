@@ -17,17 +17,19 @@ bool Shapes(const DabDynamics& dynamics) {
            dynamics.randomSize > 0.0f || dynamics.radiusPixels > 0.0f;
 }
 
-bool IsImprint(const BrushOperation& brush) {
-    return brush.StrokeDrawMode() != static_cast<int>(DrawMode::AlongPath);
+DrawMode ModeOf(const BrushOperation& brush) {
+    return static_cast<DrawMode>(brush.StrokeDrawMode());
 }
 
 const char* PointerOf(const StrokeParameters& stroke) {
     if (stroke.surface) return "/surface";
+    if (stroke.points) return "/points";
     return stroke.pointer ? "/pointer" : "/pen";
 }
 
 std::vector<PathSample> SamplesOf(const CommandContext& context, const StrokeParameters& stroke) {
     if (stroke.surface) return stroke.surface->list;
+    if (stroke.points) return stroke.points->list;
     if (stroke.pointer) return stroke.pointer->list;
     const auto* file = std::get_if<std::string>(&*stroke.pen);
     if (file == nullptr) return std::get<PenSampleList>(*stroke.pen).list;
@@ -39,7 +41,7 @@ PathShape ShapeOf(const StrokeParameters& stroke) {
     PathShape shape;
     if (!stroke.path) return shape;
     const PathParameters& path = *stroke.path;
-    const std::size_t numbers = stroke.surface ? 3 : 2;
+    const std::size_t numbers = stroke.IsInWorldSpace() ? 3 : 2;
     shape.line = path.line.value_or(false);
     shape.curve = path.curve.value_or(false);
     if (shape.line && shape.curve)
@@ -70,7 +72,7 @@ PenStrokeOptions PenOf(CommandContext& context, const StrokeParameters& stroke) 
     // Script samples are exact, so the tool's smoothing and stabiliser apply only to pen input.
     if (!isPen || path.smoothing) pen.smoothing = path.smoothing.value_or(0.0f);
     if (!isPen || path.stabiliser) pen.steady = path.stabiliser.value_or(0.0f);
-    if (!IsImprint(context.document.Brush())) pen.shape = ShapeOf(stroke);
+    if (FollowsPath(ModeOf(context.document.Brush()))) pen.shape = ShapeOf(stroke);
     return pen;
 }
 
@@ -81,7 +83,7 @@ void ApplySamples(CommandContext& context,
     Document& document = context.document;
     LevelGeometry& geometry = document.Geometry();
     const bool isPen = stroke.pen.has_value();
-    const bool onSurface = stroke.surface.has_value();
+    const bool onSurface = stroke.IsInWorldSpace();
     LiveStrokeSettings settings = PenStrokeSettings(document, pen);
     if (onSurface) settings.space = PathSpace::Surface;
     if (!isPen) settings.dynamics.airbrush = 0.0f;
@@ -113,12 +115,22 @@ void ApplyPath(CommandContext& context, const StrokeParameters& stroke) {
         return;
     }
     const std::string pointer = PointerOf(stroke);
+    const std::string& tool = context.document.State()->tool.name;
+    if (stroke.surface && LeavesSurface(ModeOf(context.document.Brush())))
+        throw FieldFault("/surface",
+                         "a stroke of the tool " + tool +
+                             " leaves the surface; give the pointer's positions as \"points\"");
+    if (stroke.points && !LeavesSurface(ModeOf(context.document.Brush())))
+        throw FieldFault(
+            "/points",
+            "a stroke of the tool " + tool + " stays on the surface; use \"surface\" instead");
     const std::vector<PathSample> samples = SamplesOf(context, stroke);
-    if (stroke.surface) {
+    if (stroke.IsInWorldSpace()) {
         std::vector<Vector> points;
         points.reserve(samples.size());
         for (const PathSample& sample : samples) points.push_back(sample.position);
-        context.WarnOfFarPoints("stroke/surface", points, context.RadiusAt(points.front()));
+        if (stroke.points) points.resize(1);
+        context.WarnOfFarPoints("stroke" + pointer, points, context.RadiusAt(points.front()));
     }
     if (stroke.path && stroke.path->filter && !stroke.pen) {
         throw FieldFault("/path/filter", "only pen samples can be filtered");
