@@ -2,10 +2,12 @@
 #include "CommandLine.h"
 #include "StudioApplication.h"
 #include "Translations.h"
+#include "render/Gl.h"
 #include "window/UiWatchdog.h"
 
 #include <QApplication>
 #include <QLocale>
+#include <QMessageBox>
 
 #include <cstdio>
 #include <memory>
@@ -56,6 +58,15 @@ int main(int argc, char** argv) {
     QApplication::setDesktopFileName(QStringLiteral("org.trovik.Studio"));
 
     const Translations translations(QLocale().uiLanguages(), TranslationFolders());
+    if (!IsGlAvailable()) {
+        const QString error = QCoreApplication::translate(
+            "Main",
+            "The display has no OpenGL 3.3. Install a graphics driver, such as Mesa's: on "
+            "Debian, the package libgl1-mesa-dri.");
+        std::fprintf(stderr, "trovik-studio: %s\n", qPrintable(error));
+        if (!commandLine->quits) QMessageBox::critical(nullptr, {}, error);
+        return 1;
+    }
     StudioApplication studio(*commandLine);
     studio.Start();
     const int result = QApplication::exec();

@@ -37,6 +37,8 @@ std::optional<CameraMotion> BarrelMotion(const QString& effect) {
 }  // namespace
 
 StudioApplication::StudioApplication(const CommandLine& line) : commandLine(line) {
+    // Reading journals can take a long time, so it runs while the window is created.
+    if (MayAsk()) unfinishedWork = StartToFindWork(StudioFolders::Journals());
     const QString settingsPath = commandLine.hasNoPreferences
                                      ? scratch.filePath(QStringLiteral("studio.ini"))
                                      : Preferences::UsualPath();
@@ -194,12 +196,13 @@ void StudioApplication::OpenFirst() {
 }
 
 void StudioApplication::Start() {
-    window->show();
-    // Offers recovery before opening a file, because the lost work may have started from that file.
+    // The engine opens the document while the window system shows the window. Recovery is offered
+    // before a file is opened, because the lost work may have started from that file.
     if (MayAsk())
-        recovery->Offer([this] { OpenFirst(); });
+        recovery->Offer(unfinishedWork, [this] { OpenFirst(); });
     else
         OpenFirst();
+    window->show();
 }
 
 }  // namespace trovik::studio

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "CommandLine.h"
+#include "WorkRecovery.h"
 #include "commands/ActionRegistry.h"
 #include "commands/ViewModel.h"
 #include "engine/Engine.h"
@@ -21,7 +22,6 @@ class MainWindow;
 class Preferences;
 class ViewportInput;
 class ViewportWidget;
-class WorkRecovery;
 
 /// Owns and connects the objects of the running studio. Needs a QApplication.
 class StudioApplication : public QObject {
@@ -75,6 +75,7 @@ private:
     std::unique_ptr<CommandLineWork> work;
     std::unique_ptr<EventRecorder> recorder;
     std::unique_ptr<WorkRecovery> recovery;
+    FoundWork unfinishedWork;
 };
 
 }  // namespace trovik::studio

@@ -10,6 +10,7 @@
 
 #include <QThreadPool>
 
+#include <chrono>
 #include <memory>
 #include <utility>
 
@@ -22,6 +23,17 @@ constexpr int pictureDelayMilliseconds = 15000;
 constexpr QSize pictureSize(760, 440);
 
 }  // namespace
+
+FoundWork StartToFindWork(const QString& folder) {
+    const auto search =
+        std::make_shared<std::packaged_task<std::vector<RecoverableWork>()>>([folder] {
+            auto works = FindRecoverableWork(folder);
+            RemoveLeftovers(folder.toStdString());
+            return works;
+        });
+    QThreadPool::globalInstance()->start([search] { (*search)(); });
+    return search->get_future().share();
+}
 
 WorkRecovery::WorkRecovery(Engine& ofEngine,
                            ViewportWidget& ofViewport,
@@ -36,16 +48,18 @@ WorkRecovery::WorkRecovery(Engine& ofEngine,
     });
 }
 
-void WorkRecovery::Offer(std::function<void()> otherwise) {
-    const QString folder = StudioFolders::Journals();
-    // Reading journals can take a long time.
-    QThreadPool::globalInstance()->start([this, folder, otherwise = std::move(otherwise)] {
-        auto works = std::make_shared<std::vector<RecoverableWork>>(FindRecoverableWork(folder));
-        RemoveLeftovers(folder.toStdString());
+void WorkRecovery::Offer(const FoundWork& found, std::function<void()> otherwise) {
+    const bool hasEnded = found.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    if (hasEnded && found.get().empty()) {
+        otherwise();
+        return;
+    }
+    QThreadPool::globalInstance()->start([this, found, otherwise = std::move(otherwise)] {
+        found.wait();
         QMetaObject::invokeMethod(
             this,
-            [this, works, otherwise] {
-                if (!Ask(std::move(*works))) otherwise();
+            [this, found, otherwise] {
+                if (!Ask(found.get())) otherwise();
             },
             Qt::QueuedConnection);
     });

@@ -5,6 +5,7 @@
 #include <QTimer>
 
 #include <functional>
+#include <future>
 #include <vector>
 
 class QWidget;
@@ -15,6 +16,12 @@ class Engine;
 struct RecoverableWork;
 class ViewportInput;
 class ViewportWidget;
+
+using FoundWork = std::shared_future<std::vector<RecoverableWork>>;
+
+/// Starts to look for unfinished work in a folder of journals, on a thread of the global thread
+/// pool, and to remove the remaining files of finished work.
+FoundWork StartToFindWork(const QString& folder);
 
 /// Offers unfinished work for recovery, and stores the images by which users recognise it.
 ///
@@ -28,10 +35,11 @@ public:
                  const ViewportInput& input,
                  QWidget& window);
 
-    /// Looks for unfinished work, removes the remaining files of finished work, and asks the user
-    /// whether to recover the unfinished work. \param otherwise  called unless work is being
-    /// recovered.
-    void Offer(std::function<void()> otherwise);
+    /// Asks the user whether to recover the work that was found. The dialog opens in the event
+    /// loop, once the search has ended.
+    /// \param otherwise  called unless work is being recovered; at once if the search has ended
+    /// and has not found any work.
+    void Offer(const FoundWork& found, std::function<void()> otherwise);
 
 private:
     /// \return whether the user chose to recover work.

@@ -19,7 +19,7 @@ void AddTool(const ActionContext& context, const ToolAppearance& tool) {
     if (!tool.key.isEmpty()) keys.append(tool.key);
     const std::string name = tool.name.toStdString();
     QAction* action = context.actions.Add({.id = QStringLiteral("tool.%1").arg(tool.name),
-                                           .text = tool.name,
+                                           .text = LabelOfTool(tool.name),
                                            .description = tool.description,
                                            .keys = keys,
                                            .icon = tool.icon,

@@ -7,6 +7,15 @@
 
 namespace trovik::studio {
 
+QString LabelOfTool(const QString& toolName) {
+    QString label;
+    for (const QChar letter : toolName) {
+        if (letter.isUpper() && !label.isEmpty() && label.back().isLower()) label += u' ';
+        label += letter;
+    }
+    return label;
+}
+
 const std::vector<ToolAppearance>& KnownTools() {
     static const std::vector<ToolAppearance> tools = [] {
         std::vector<ToolAppearance> known;

@@ -19,6 +19,8 @@ struct ToolAppearance {
     QString description;
 };
 
+/// The name of a tool as applications show it: "ElasticGrab" is shown as "Elastic Grab".
+QString LabelOfTool(const QString& toolName);
 /// The tools that the host describes, in the order of HostTools.
 const std::vector<ToolAppearance>& KnownTools();
 /// The presentation of any tool.

@@ -78,7 +78,7 @@ void LiveSession::BeginStroke(const StrokeStart& start, std::function<void()> po
     options.seed = strokeSeed;
     if (start.steadyPixels >= 0.0f) options.steady = start.steadyPixels;
     // Only a tool that draws along a path has a path to straighten.
-    if (document.Brush().StrokeDrawMode() == static_cast<int>(DrawMode::AlongPath))
+    if (FollowsPath(static_cast<DrawMode>(document.Brush().StrokeDrawMode())))
         options.shape.line = start.isLine;
     strokeStart = start;
     strokePoints.clear();

@@ -18,8 +18,12 @@ constexpr qint64 restMilliseconds = 16;
 StrokeGesture::StrokeGesture(Engine& ofEngine,
                              ViewportWidget& onViewport,
                              const StrokeStart& start,
-                             const PointerEvent& press)
-    : engine(ofEngine), viewport(onViewport), pressTime(press.milliseconds) {
+                             const PointerEvent& press,
+                             bool ringStays)
+    : engine(ofEngine),
+      viewport(onViewport),
+      isRingFixed(ringStays),
+      pressTime(press.milliseconds) {
     viewport.SetStroking(true);
     engine.BeginStroke(start);
     Add(press);

@@ -15,23 +15,26 @@ class ViewportWidget;
 class StrokeGesture final : public Gesture {
 public:
     /// Begins the stroke with the press.
+    /// \param ringStays  whether the brush ring stays at the press point.
     StrokeGesture(Engine& engine,
                   ViewportWidget& viewport,
                   const StrokeStart& start,
-                  const PointerEvent& press);
+                  const PointerEvent& press,
+                  bool ringStays);
 
     void Move(const PointerEvent& event) override;
     void Finish() override;
     void Cancel() override;
     std::optional<double> Tick() override;
     void TickAt(double milliseconds) override;
-    bool MovesRing() const override { return true; }
+    bool MovesRing() const override { return !isRingFixed; }
 
 private:
     void Add(const PointerEvent& event);
 
     Engine& engine;
     ViewportWidget& viewport;
+    bool isRingFixed;
     double pressTime;
     /// Time of the newest sample or tick, in milliseconds since the press.
     double newestTime = 0.0;

@@ -2,6 +2,7 @@
 #include "input/ViewportInput.h"
 
 #include "engine/Engine.h"
+#include "framework/brushes/ToolTraits.h"
 #include "input/BrushCursor.h"
 #include "input/CameraGesture.h"
 #include "input/StrokeGesture.h"
@@ -163,7 +164,17 @@ void ViewportInput::BeginStroke(const PointerEvent& press) {
     if (IsHeld("stroke.smooth")) start.modifier = BrushOperation::ModifierSmooth;
     start.isLine = IsHeld("stroke.line");
     if (IsHeld("stroke.mask")) start.tool = "Freeze";
-    Begin(std::make_unique<StrokeGesture>(engine, viewport, start, press), press.button);
+    const auto state = engine.State();
+    const std::string active = state == nullptr ? std::string() : state->tool.name;
+    const auto traits = [&] {
+        return TraitsOf(QString::fromStdString(start.tool.empty() ? active : start.tool));
+    };
+    if (start.modifier == BrushOperation::ModifierSmooth && !traits().canSmooth) {
+        start.tool = "Smooth";
+        start.modifier = BrushOperation::ModifierNone;
+    }
+    Begin(std::make_unique<StrokeGesture>(engine, viewport, start, press, traits().holdsPressPoint),
+          press.button);
     cursor->MoveTo(press.position);
 }
 

@@ -66,7 +66,7 @@ void BrushPanel::Refresh() {
     const QString tool =
         engine.State() ? QString::fromStdString(engine.State()->tool.name) : QString();
     const ToolAppearance appearance = AppearanceOf(tool);
-    title->setText(tool.isEmpty() ? tr("No document") : tool);
+    title->setText(tool.isEmpty() ? tr("No document") : LabelOfTool(tool));
     const int side = fontMetrics().height() + 4;
     titleIcon->setPixmap(Icon(tool.isEmpty() ? QStringLiteral("brush") : appearance.icon)
                              .pixmap(QSize(side, side), devicePixelRatioF()));

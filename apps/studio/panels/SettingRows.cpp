@@ -257,6 +257,26 @@ void Builder::AddAdvanced() {
         Text::tr("Smooth surface, not layer"),
         Advanced,
         Text::tr("Smooths the whole surface instead of the active layer's detail."));
+    Add("connectedOnly",
+        Text::tr("Connected only"),
+        Brush,
+        Text::tr("Only the part of the surface moves that is connected with the press point."));
+    Add("alongNormal",
+        Text::tr("Along the normal"),
+        Brush,
+        Text::tr("Moves only along the surface normal at the press point."));
+    Add("mode",
+        Text::tr("Deformation"),
+        Brush,
+        Text::tr("What a drag does. Twist, scale and pinch follow the motion to the right."));
+    Add("scales",
+        Text::tr("Locality"),
+        Brush,
+        Text::tr("Higher values limit the deformation to the surroundings of the press point."));
+    Add("poissonRatio",
+        Text::tr("Volume preservation"),
+        Brush,
+        Text::tr("Poisson ratio of the material: 0.5 preserves its volume, 0 does not."));
     Add("drawFromCenter",
         Text::tr("Draw from centre"),
         Advanced,

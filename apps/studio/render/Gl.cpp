@@ -9,6 +9,15 @@
 
 namespace trovik::studio {
 
+bool IsGlAvailable() {
+    QSurfaceFormat format;
+    format.setVersion(3, 3);
+    format.setProfile(QSurfaceFormat::CoreProfile);
+    QOpenGLContext context;
+    context.setFormat(format);
+    return context.create() && context.format().version() >= format.version();
+}
+
 Gl& CurrentGl() {
     QOpenGLContext* const context = QOpenGLContext::currentContext();
     auto* const functions =

@@ -12,6 +12,10 @@ namespace trovik::studio {
 /// The functions of the current context: OpenGL 3.3, core profile.
 using Gl = QOpenGLFunctions_3_3_Core;
 
+/// Whether the window system can create a context for `Gl`. Requires a QGuiApplication; a Qt
+/// program that shows an OpenGL widget without it crashes.
+bool IsGlAvailable();
+
 /// The functions of the current context.
 /// \throw std::runtime_error if there is none or it is older than 3.3.
 Gl& CurrentGl();

@@ -88,8 +88,8 @@ public:
     /// Measures live dabs that each cover 100 thousand vertices of a sphere of 1.6 million quads.
     void Stroke(const char* tool) {
         OpenSphere(4);
-        engine().Run({{"tool", tool}, {"set", {{"radius", 0.505}, {"strength", 5}}}});
-        engine().Run({{"set", {{"smoothing", false}}}});
+        CurrentEngine().Run({{"tool", tool}, {"set", {{"radius", 0.505}, {"strength", 5}}}});
+        CurrentEngine().Run({{"set", {{"smoothing", false}}}});
         WaitForPicture();
         std::printf("--- %s\n", tool);
         // Only the engine and the packing are measured, not the software renderer.
@@ -97,38 +97,41 @@ public:
         std::vector<double> times, engineTimes, bytes;
         Clock::time_point sampled;
         const auto surface =
-            QObject::connect(&engine(), &Engine::SurfaceArrived, &studio->Window(), [&] {
+            QObject::connect(&CurrentEngine(), &Engine::SurfaceArrived, &studio->Window(), [&] {
                 std::size_t vertices = 0;
-                for (const auto& update : engine().TakeUpdates())
+                for (const auto& update : CurrentEngine().TakeUpdates())
                     vertices += update->vertices.size();
                 times.push_back(Milliseconds(sampled));
                 bytes.push_back(static_cast<double>(vertices * sizeof(DisplayVertex)));
             });
         unsigned dabs = 0;
-        const auto figures = QObject::connect(
-            &engine(), &Engine::StrokeAdvanced, &studio->Window(), [&](const StrokeFigures& f) {
-                if (f.dabs > dabs) engineTimes.push_back(f.millisecondsPerDab);
-                dabs = f.dabs;
-            });
+        const auto figures = QObject::connect(&CurrentEngine(),
+                                              &Engine::StrokeAdvanced,
+                                              &studio->Window(),
+                                              [&](const StrokeFigures& f) {
+                                                  if (f.dabs > dabs)
+                                                      engineTimes.push_back(f.millisecondsPerDab);
+                                                  dabs = f.dabs;
+                                              });
         StrokeStart start;
         start.view = studio->Viewport().View().ToStrokeView();
-        engine().BeginStroke(start);
+        CurrentEngine().BeginStroke(start);
         const double processorBefore = ProcessorMilliseconds();
         for (int i = 0; i < 240; ++i) {
             // Gives about one dab for every two samples.
             const double angle = 0.3 * i;
             sampled = Clock::now();
-            engine().AddSamples({{480.0f + static_cast<float>(60.0 * std::cos(angle)),
-                                  360.0f + static_cast<float>(60.0 * std::sin(angle)),
-                                  0.5f,
-                                  0.0f,
-                                  0.0f,
-                                  8.0 * i}});
-            WaitFor([this] { return engine().IsIdle(); });
+            CurrentEngine().AddSamples({{480.0f + static_cast<float>(60.0 * std::cos(angle)),
+                                         360.0f + static_cast<float>(60.0 * std::sin(angle)),
+                                         0.5f,
+                                         0.0f,
+                                         0.0f,
+                                         8.0 * i}});
+            WaitFor([this] { return CurrentEngine().IsIdle(); });
         }
         const double processor = ProcessorMilliseconds() - processorBefore;
-        engine().EndStroke();
-        WaitFor([this] { return engine().IsIdle(); });
+        CurrentEngine().EndStroke();
+        WaitFor([this] { return CurrentEngine().IsIdle(); });
         QObject::disconnect(surface);
         QObject::disconnect(figures);
         studio->Viewport().setUpdatesEnabled(true);
@@ -151,26 +154,26 @@ public:
     void Rate() {
         constexpr int samples = 2000;
         OpenSphere(4);
-        engine().Run({{"tool", "Sculpt"}, {"set", {{"radius", 0.023}, {"strength", 5}}}});
+        CurrentEngine().Run({{"tool", "Sculpt"}, {"set", {{"radius", 0.023}, {"strength", 5}}}});
         WaitForPicture();
         studio->Viewport().setUpdatesEnabled(false);
         std::vector<double> delays;
         const auto surface =
-            QObject::connect(&engine(), &Engine::SurfaceArrived, &studio->Window(), [&] {
+            QObject::connect(&CurrentEngine(), &Engine::SurfaceArrived, &studio->Window(), [&] {
                 const double now =
                     std::chrono::duration<double>(Clock::now().time_since_epoch()).count();
-                for (const auto& update : engine().TakeUpdates())
+                for (const auto& update : CurrentEngine().TakeUpdates())
                     if (update->sampleTime > 0.0)
                         delays.push_back((now - update->sampleTime) * 1e3);
             });
         unsigned dabs = 0;
-        const auto figures = QObject::connect(
-            &engine(), &Engine::StrokeAdvanced, &studio->Window(), [&](const StrokeFigures& f) {
-                dabs = f.dabs;
-            });
+        const auto figures = QObject::connect(&CurrentEngine(),
+                                              &Engine::StrokeAdvanced,
+                                              &studio->Window(),
+                                              [&](const StrokeFigures& f) { dabs = f.dabs; });
         StrokeStart start;
         start.view = studio->Viewport().View().ToStrokeView();
-        engine().BeginStroke(start);
+        CurrentEngine().BeginStroke(start);
         const auto begin = Clock::now();
         int sent = 0;
         while (sent < samples) {
@@ -183,11 +186,11 @@ public:
                                   0.0f,
                                   0.0f,
                                   static_cast<double>(sent)});
-            if (!points.empty()) engine().AddSamples(std::move(points));
+            if (!points.empty()) CurrentEngine().AddSamples(std::move(points));
             WaitFor([] { return false; }, 1);
         }
-        engine().EndStroke();
-        WaitFor([this] { return engine().IsIdle(); });
+        CurrentEngine().EndStroke();
+        WaitFor([this] { return CurrentEngine().IsIdle(); });
         QObject::disconnect(surface);
         QObject::disconnect(figures);
         studio->Viewport().setUpdatesEnabled(true);
@@ -201,8 +204,8 @@ public:
     /// frames until the viewport shows it.
     void Undo() {
         OpenSphere(4);
-        engine().Run({{"tool", "Wax"}, {"set", {{"radius", 0.505}}}});
-        engine().Run({{"stroke", {{"pointer", {{480, 360}}}}}});
+        CurrentEngine().Run({{"tool", "Wax"}, {"set", {{"radius", 0.505}}}});
+        CurrentEngine().Run({{"stroke", {{"pointer", {{480, 360}}}}}});
         WaitForPicture();
         int frames = 0;
         const auto frame = QObject::connect(
@@ -212,7 +215,7 @@ public:
         const auto begin = Clock::now();
         double posted = 0.0;
         const auto surface =
-            QObject::connect(&engine(), &Engine::SurfaceArrived, &studio->Window(), [&] {
+            QObject::connect(&CurrentEngine(), &Engine::SurfaceArrived, &studio->Window(), [&] {
                 if (posted == 0.0) posted = Milliseconds(begin);
             });
         studio->Actions().Trigger("edit.undo");
@@ -236,9 +239,9 @@ public:
         request.levels = 8;
         Open(request);
         const double buffers = static_cast<double>(studio->Viewport().Stats().bufferBytes);
-        const auto mesh = static_cast<double>(engine().State()->memoryBytes);
+        const auto mesh = static_cast<double>(CurrentEngine().State()->memoryBytes);
         const double other = ResidentBytes() - before - buffers - mesh;
-        Print("faces", engine().State()->levels.back().faces / 1e6, "million");
+        Print("faces", CurrentEngine().State()->levels.back().faces / 1e6, "million");
         Print("vertex and index buffers", buffers / 1e6, "MB");
         Print("accounted arrays of the mesh and its levels", mesh / 1e6, "MB");
         Print("other resident memory", other / 1e6, "MB");
@@ -246,14 +249,15 @@ public:
     }
 
 private:
-    Engine& engine() { return studio->GetEngine(); }
+    Engine& CurrentEngine() { return studio->GetEngine(); }
 
     /// The number of samples of the last stroke in the list of actions; -1 if their times do not
     /// increase.
     int DistinctSamples() {
         const std::string path = folder.filePath("actions.json").toStdString();
         bool isSaved = false;
-        engine().SaveActions(path, [&isSaved](const QString&, const QString&) { isSaved = true; });
+        CurrentEngine().SaveActions(path,
+                                    [&isSaved](const QString&, const QString&) { isSaved = true; });
         WaitFor([&isSaved] { return isSaved; });
         std::ifstream file(path);
         const nlohmann::json script = nlohmann::json::parse(file);
@@ -266,8 +270,8 @@ private:
     void WaitForPicture() {
         WaitFor(
             [this] {
-                return engine().HasDocument() && engine().IsIdle() && !engine().IsBusy() &&
-                       studio->Viewport().IsComplete();
+                return CurrentEngine().HasDocument() && CurrentEngine().IsIdle() &&
+                       !CurrentEngine().IsBusy() && studio->Viewport().IsComplete();
             },
             600'000);
     }
@@ -275,8 +279,8 @@ private:
     void Open(const OpenRequest& request) {
         bool isOpen = false;
         const auto opened = QObject::connect(
-            &engine(), &Engine::Opened, &studio->Window(), [&isOpen] { isOpen = true; });
-        engine().Open(request);
+            &CurrentEngine(), &Engine::Opened, &studio->Window(), [&isOpen] { isOpen = true; });
+        CurrentEngine().Open(request);
         WaitFor([&isOpen] { return isOpen; }, 600'000);
         QObject::disconnect(opened);
         WaitForPicture();

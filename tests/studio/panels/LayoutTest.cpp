@@ -175,9 +175,8 @@ void ClickInto(QWidget& panel) {
         if (!widget->isVisible() || !widget->isEnabled()) continue;
         if (auto* list = qobject_cast<QAbstractItemView*>(widget))
             QTest::mouseClick(list->viewport(), Qt::LeftButton);
-        else if (qobject_cast<ValueSlider*>(widget) != nullptr)
-            QTest::mouseClick(widget, Qt::LeftButton);
-        else if (qobject_cast<QLabel*>(widget) != nullptr)
+        else if (qobject_cast<ValueSlider*>(widget) != nullptr ||
+                 qobject_cast<QLabel*>(widget) != nullptr)
             QTest::mouseClick(widget, Qt::LeftButton);
     }
 }

@@ -148,7 +148,7 @@ TEST_F(StudioWindow, LetterKeysReachActionsAfterPanelsWereUsed) {
     EXPECT_EQ(QApplication::focusWidget(), viewport);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_K);
     Finish();
-    EXPECT_EQ(State().tool.name, "Knife");
+    EXPECT_EQ(State().tool.name, "SnakeHook");
 }
 
 TEST_F(StudioWindow, EscapeAndThePointerEndAnEntry) {

@@ -8,11 +8,14 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 
 using namespace trovik;
 using namespace trovik::studio;
 
-int main(int argc, char** argv) {
+namespace {
+
+int WritePictures(int argc, char** argv) {
     if (argc < 4) return std::puts("studio-gallery MESH LEVELS FOLDER [PIXELRATIO]"), 2;
     const QGuiApplication application(argc, argv);
     const float ratio = argc > 4 ? std::strtof(argv[4], nullptr) : 1.0f;
@@ -88,4 +91,15 @@ int main(int argc, char** argv) {
         save("closeup-wireframe");
     }
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return WritePictures(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "studio-gallery: %s\n", error.what());
+        return 1;
+    }
 }
