@@ -67,7 +67,9 @@ const std::map<std::string, std::string>& Examples() {
         {"recover", "  trovik recover bust.journal -o bust.trovik\n"},
         {"history",
          "  trovik history bust.journal\n"
-         "  trovik history bust.trovik --json\n"},
+         "  trovik history bust.trovik --json\n"
+         "  trovik history bust.journal --frames lapse         lapse/frame_0001.png and so on\n"
+         "  trovik history bust.journal --frames lapse.mp4 --count 240 --fit first\n"},
         {"preferences",
          "  trovik preferences                      lists the values and the file name\n"
          "  trovik preferences 'Undo Budget' 4096   stores a value\n"},

@@ -2,6 +2,7 @@
 #include "Commands.h"
 #include "JsonOutput.h"
 #include "ProgressLine.h"
+#include "TimeLapse.h"
 #include "framework/errors/HostError.h"
 #include "framework/io/ContentHash.h"
 #include "framework/scene/SceneFile.h"
@@ -57,18 +58,16 @@ void Recover(const RecoverOptions& options) {
     std::printf("wrote           %s\n", options.scene.c_str());
 }
 
-struct HistoryOptions {
+struct HistoryOptions : TimeLapseArguments {
     std::string file;
-    bool json = false;
-    bool quiet = false;
     bool untilDamage = false;
 };
 
-/// Reads the journal. For a scene, reads the journal next to it, and adds a note if that journal
-/// does not belong to the current version of the scene.
-JournalContent JournalOf(const HistoryOptions& options) {
-    if (!IsScenePath(options.file)) return ReadJournal(options.file, options.untilDamage);
-    const std::string journalPath = options.file + ".journal";
+/// Returns the journal, or the one next to a scene. \throw HostError if one of the files is
+/// missing.
+std::string JournalPath(const HistoryOptions& options) {
+    if (!IsScenePath(options.file)) return options.file;
+    std::string journalPath = options.file + ".journal";
     std::error_code ignored;
     if (!std::filesystem::exists(options.file, ignored))
         throw HostError(options.file + ": no such file");
@@ -76,7 +75,14 @@ JournalContent JournalOf(const HistoryOptions& options) {
         throw HostError(options.file +
                         ": a scene's steps are in its journal, but there is no file " +
                         journalPath);
+    return journalPath;
+}
+
+/// Reads the journal. If a journal next to a scene does not belong to the current version of the
+/// scene, adds a note.
+JournalContent JournalOf(const HistoryOptions& options, const std::string& journalPath) {
     JournalContent content = ReadJournal(journalPath, options.untilDamage);
+    if (!IsScenePath(options.file)) return content;
     const ContentHash present = HashFile(options.file);
     bool isOfScene = content.base.content == present;
     for (const JournalSave& save : content.saves)
@@ -89,8 +95,7 @@ JournalContent JournalOf(const HistoryOptions& options) {
 
 std::string Count(uint64_t number) { return number == 0 ? "" : std::to_string(number); }
 
-void PrintHistory(const HistoryOptions& options) {
-    const JournalContent content = JournalOf(options);
+void PrintHistory(const HistoryOptions& options, const JournalContent& content) {
     nlohmann::json steps = content.past;
     const std::size_t pastSteps = steps.size();
     for (const JournalStep& step : content.steps) steps.push_back(SummaryOf(step));
@@ -124,6 +129,15 @@ void PrintHistory(const HistoryOptions& options) {
         std::fprintf(stderr, "trovik: %s\n", note.c_str());
 }
 
+void RunHistory(const HistoryOptions& options) {
+    const std::string journalPath = JournalPath(options);
+    const JournalContent content = JournalOf(options, journalPath);
+    if (options.destination.empty())
+        PrintHistory(options, content);
+    else
+        WriteTimeLapse(options, options.file, journalPath, content, options.untilDamage);
+}
+
 }  // namespace
 
 void AddRecoverCommand(CLI::App& program) {
@@ -142,15 +156,18 @@ void AddRecoverCommand(CLI::App& program) {
 void AddHistoryCommand(CLI::App& program) {
     auto options = std::make_shared<HistoryOptions>();
     CLI::App* verb = program.add_subcommand(
-        "history", "Lists the steps of a journal, or of the journal next to a scene");
+        "history",
+        "Lists the steps of a journal, or of the journal next to a scene, or renders them as a "
+        "time lapse");
     verb->add_option(
             "file", options->file, "Journal, or scene (FILE.trovik with FILE.trovik.journal)")
         ->required();
     verb->add_flag(
-        "--until-damage", options->untilDamage, "Lists a damaged journal up to the damage");
+        "--until-damage", options->untilDamage, "Reads a damaged journal up to the damage");
+    AddTimeLapseArguments(*verb, *options);
     verb->add_flag("-q,--quiet", options->quiet, "Prints only errors");
     verb->add_flag("--json", options->json, "Prints JSON on standard output");
-    verb->callback([options] { PrintHistory(*options); });
+    verb->callback([options] { RunHistory(*options); });
 }
 
 }  // namespace trovik

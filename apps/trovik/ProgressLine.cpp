@@ -78,7 +78,8 @@ void ProgressLine::WriteLine(const char* kind, const std::string& text) {
 }
 
 void ProgressLine::Notes(const std::string& file, const std::vector<std::string>& notes) {
-    for (const std::string& note : notes) Message(file + ": " + note);
+    const std::string start = file + ": ";
+    for (const std::string& note : notes) Message(start + note);
 }
 
 void ProgressLine::Draw() {

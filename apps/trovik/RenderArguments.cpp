@@ -31,8 +31,13 @@ Vector DirectionOr(const std::vector<float>& numbers, const char* option, const 
     return direction;
 }
 
-/// Returns the camera from the first of these sources that is available: --eye, --from, the scene's
-/// view, the default direction.
+}  // namespace
+
+void CheckCameraArguments(const RenderArguments& wanted) {
+    DirectionOr(wanted.from, "--from", defaultDirection);
+    DirectionOr(wanted.up, "--up", defaultDirection);
+}
+
 RenderCamera CameraFor(const RenderArguments& wanted,
                        int frames,
                        const RenderMesh& shown,
@@ -62,16 +67,12 @@ RenderCamera CameraFor(const RenderArguments& wanted,
     return camera;
 }
 
-/// Checks the option --up.
-/// \param camera  accepted by CheckCamera.
-/// \throw HostError if --up is parallel to the line of sight.
-void CheckUp(const RenderArguments& wanted, const RenderCamera& camera) {
+void CheckRenderCamera(const RenderArguments& wanted, const RenderCamera& camera) {
+    CheckCamera(camera);
     const Vector sight = camera.eye - camera.target;
     if (!wanted.up.empty() && !((camera.up.Normalized() & sight.Normalized()).Length() > 1e-4f))
         throw HostError("--up: the camera looks along its own up direction");
 }
-
-}  // namespace
 
 RenderOptions PictureOptionsOf(const RenderArguments& wanted) {
     RenderOptions options = wanted.options;
@@ -87,8 +88,7 @@ RenderCamera RenderFrames(const RenderArguments& wanted,
                           const std::vector<std::string>& names,
                           ProgressLine& line,
                           const std::function<void(std::size_t, const RenderImage&)>& take) {
-    DirectionOr(wanted.from, "--from", defaultDirection);
-    DirectionOr(wanted.up, "--up", defaultDirection);
+    CheckCameraArguments(wanted);
     const LoadedScene scene = OpenRefined(
         wanted.mesh,
         wanted.levels,
@@ -104,8 +104,7 @@ RenderCamera RenderFrames(const RenderArguments& wanted,
     // Check the vertices first: if the mesh is out of range, the camera that frames it is out of
     // range, too.
     const RenderScene rendered({level.Mesh()}, &line);
-    CheckCamera(camera);
-    CheckUp(wanted, camera);
+    CheckRenderCamera(wanted, camera);
     line.Notes(wanted.mesh, scene.notes);
     for (std::size_t i = 0; i < names.size(); ++i) {
         ThrowIfInterrupted();
@@ -128,11 +127,10 @@ nlohmann::json CameraJson(const RenderCamera& camera) {
             {"orthographic", camera.isOrthographic}};
 }
 
-void AddRenderArguments(CLI::App& command, RenderArguments& arguments) {
+std::vector<CLI::Option*> AddCameraAndPictureArguments(CLI::App& command,
+                                                       RenderArguments& arguments) {
     CLI::App* verb = &command;
     RenderArguments* options = &arguments;
-    verb->add_option("--levels", options->levels, "Subdivision levels to add")
-        ->check(CLI::Range(0u, 12u));
     auto* from =
         verb->add_option("--from",
                          options->from,
@@ -140,32 +138,55 @@ void AddRenderArguments(CLI::App& command, RenderArguments& arguments) {
             ->expected(3);
     auto* eye =
         verb->add_option("--eye", options->eye, "Position of the eye")->expected(3)->excludes(from);
-    verb->add_option("--target", options->target, "Point that the camera looks at")
-        ->expected(3)
-        ->needs(eye);
-    verb->add_option("--up", options->up, "Up direction in the image")->expected(3);
-    verb->add_option("--fov", options->fieldOfView, "Vertical field of view in degrees")
-        ->check(CLI::Range(0.1f, 179.0f));
-    verb->add_flag("--orthographic",
-                   options->isOrthographic,
-                   "Renders in orthographic projection; --fov and the distance from the eye to the "
-                   "target determine the height of the view");
-    verb->add_option("--width", options->options.width, "Width in pixels")
-        ->check(CLI::Range(1, 16384));
-    verb->add_option("--height", options->options.height, "Height in pixels")
-        ->check(CLI::Range(1, 16384));
-    verb->add_option("--samples", options->options.samples, "Rays per pixel")
-        ->check(CLI::Range(1, 4096));
-    verb->add_option("--shading", options->shading, "Shading mode")
-        ->check(CLI::IsMember(ShadingModeNames()));
-    verb->add_option("--matcap", options->options.matcap, "Material for the shading mode matcap")
-        ->check(CLI::IsMember(Matcap::Names()));
-    verb->add_flag("--wireframe", options->options.wireframe, "Draws the edges of the faces");
-    verb->add_flag("--transparent",
-                   options->options.transparent,
-                   "Writes a transparent background instead of the backdrop");
-    verb->add_flag("-q,--quiet", options->quiet, "Prints no progress and no summary");
-    verb->add_flag("--json", options->json, "Prints the summary as JSON on standard output");
+    auto* target = verb->add_option("--target", options->target, "Point that the camera looks at")
+                       ->expected(3)
+                       ->needs(eye);
+    auto* up = verb->add_option("--up", options->up, "Up direction in the image")->expected(3);
+    auto* fov = verb->add_option("--fov", options->fieldOfView, "Vertical field of view in degrees")
+                    ->check(CLI::Range(0.1f, 179.0f));
+    auto* orthographic = verb->add_flag(
+        "--orthographic",
+        options->isOrthographic,
+        "Renders in orthographic projection; --fov and the distance from the eye to the "
+        "target determine the height of the view");
+    auto* width = verb->add_option("--width", options->options.width, "Width in pixels")
+                      ->check(CLI::Range(1, 16384));
+    auto* height = verb->add_option("--height", options->options.height, "Height in pixels")
+                       ->check(CLI::Range(1, 16384));
+    auto* samples = verb->add_option("--samples", options->options.samples, "Rays per pixel")
+                        ->check(CLI::Range(1, 4096));
+    auto* shading = verb->add_option("--shading", options->shading, "Shading mode")
+                        ->check(CLI::IsMember(ShadingModeNames()));
+    auto* matcap =
+        verb->add_option(
+                "--matcap", options->options.matcap, "Material for the shading mode matcap")
+            ->check(CLI::IsMember(Matcap::Names()));
+    auto* wireframe =
+        verb->add_flag("--wireframe", options->options.wireframe, "Draws the edges of the faces");
+    auto* transparent = verb->add_flag("--transparent",
+                                       options->options.transparent,
+                                       "Writes a transparent background instead of the backdrop");
+    return {from,
+            eye,
+            target,
+            up,
+            fov,
+            orthographic,
+            width,
+            height,
+            samples,
+            shading,
+            matcap,
+            wireframe,
+            transparent};
+}
+
+void AddRenderArguments(CLI::App& command, RenderArguments& arguments) {
+    command.add_option("--levels", arguments.levels, "Subdivision levels to add")
+        ->check(CLI::Range(0u, 12u));
+    AddCameraAndPictureArguments(command, arguments);
+    command.add_flag("-q,--quiet", arguments.quiet, "Prints no progress and no summary");
+    command.add_flag("--json", arguments.json, "Prints the summary as JSON on standard output");
 }
 
 }  // namespace trovik

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/render/RenderImage.h"
+#include "framework/strokes/StrokePath.h"
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json_fwd.hpp>
@@ -33,9 +34,33 @@ struct RenderArguments {
 /// \param arguments  must outlive the parsing.
 void AddRenderArguments(CLI::App& command, RenderArguments& arguments);
 
+/// Adds the options for the camera and the image only: without --levels, --quiet and --json.
+/// \return the options, for further conditions.
+std::vector<CLI::Option*> AddCameraAndPictureArguments(CLI::App& command,
+                                                       RenderArguments& arguments);
+
 /// Returns the options of a render.
 /// \throw HostError for a matcap in combination with another shading mode.
 RenderOptions PictureOptionsOf(const RenderArguments& arguments);
+
+/// Checks the directions --from and --up, before any work is done.
+/// \throw HostError if one of them is zero.
+void CheckCameraArguments(const RenderArguments& arguments);
+
+/// Returns the camera from the first of these sources that is available: --eye, --from, the scene's
+/// view, the default direction.
+/// \param frames  the number of frames of a turntable, all of which show the whole mesh if the
+/// camera frames it; 1 for other renders.
+/// \param sceneView  the view stored in a scene; null if there is none.
+RenderCamera CameraFor(const RenderArguments& arguments,
+                       int frames,
+                       const RenderMesh& shown,
+                       const StrokeView* sceneView);
+
+/// Checks the camera that CameraFor returned.
+/// \throw HostError if it cannot be used (CheckCamera), or if --up is parallel to the line of
+/// sight.
+void CheckRenderCamera(const RenderArguments& arguments, const RenderCamera& camera);
 
 /// Renders the frames of a turntable, or a single image.
 /// \param options  the result of PictureOptionsOf.

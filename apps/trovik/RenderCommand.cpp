@@ -52,6 +52,7 @@ void Render(const RenderCommandArguments& wanted) {
     CheckRenderPath(wanted.picture, options.transparent);
     CheckWritable(wanted.picture);
     std::vector<std::string> files;
+    files.reserve(static_cast<std::size_t>(wanted.frames) + 1);
     for (int i = 0; i < wanted.frames; ++i) files.push_back(FramePath(wanted.picture, i + 1));
     // A single image has no steps of progress.
     const std::vector<std::string> names = wanted.frames == 0 ? std::vector<std::string>(1) : files;

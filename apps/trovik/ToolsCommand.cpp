@@ -135,6 +135,9 @@ nlohmann::json SettingsJson(const ToolDescription& described) {
 void ListTools(bool json, bool quiet) {
     LoadPlugins();
     const std::vector<ToolDescription> tools = DescribeTools();
+    std::size_t nameWidth = 0;
+    for (const ToolDescription& described : tools)
+        nameWidth = std::max(nameWidth, NameOf(described).size());
     nlohmann::json list = nlohmann::json::array();
     for (const ToolDescription& described : tools) {
         const std::string help = PlainHelp(*described.tool);
@@ -144,7 +147,8 @@ void ListTools(bool json, bool quiet) {
                             {"help", help},
                             {"settings", SettingsJson(described)}});
         } else if (!quiet) {
-            std::printf("%-8s  %s\n", NameOf(described).c_str(), help.c_str());
+            std::printf(
+                "%-*s  %s\n", static_cast<int>(nameWidth), NameOf(described).c_str(), help.c_str());
         }
     }
     if (json)

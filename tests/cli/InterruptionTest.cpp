@@ -165,6 +165,21 @@ TEST_F(Interruption, JournalRecoversFinishedWork) {
     EXPECT_EQ(ReadAll(folder / "again.ply"), ReadAll(folder / "before.ply"));
 }
 
+TEST_F(Interruption, EndsATimeLapseDuringAFrame) {
+    WriteFile("s.json", R"({"mesh": "cube.obj", "levels": 2, "steps": [
+        {"stroke": {"surface": [[0, 0, 1]]}}]})");
+    ASSERT_EQ(Run("sculpt s.json -q --journal s.journal").status, 0);
+    const auto running =
+        RunUntil("] lapse/frame_0001.png\n",
+                 {"history", "s.journal", "--frames", "lapse", "--samples", "4096"});
+    running->Send(SIGINT);
+    const int status = running->Wait();
+    ASSERT_TRUE(WIFEXITED(status)) << status;
+    EXPECT_EQ(WEXITSTATUS(status), 130);
+    ExpectOneLine();
+    EXPECT_FALSE(fs::exists(folder / "lapse"));
+}
+
 TEST_F(Interruption, SecondSignalEndsTheProgramAtOnce) {
     for (int attempt = 0; attempt < 10; ++attempt) {
         WriteScript();

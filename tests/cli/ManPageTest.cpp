@@ -185,7 +185,7 @@ TEST_F(ManPageOfTheCommand, ListsTheFieldsOfEveryJsonOutput) {
     EXPECT_EQ(Keys(batch.at("inputs").at(0)),
               (Names{"input", "status", "files", "warnings", "error", "seconds"}));
     const auto tools = ExpectDocumented("tools", "tools");
-    EXPECT_EQ(tools.size(), 16u);
+    EXPECT_EQ(tools.size(), 19u);
     for (const char* field : {"name", "default", "unit"})
         EXPECT_TRUE(tools.at(0).at("settings").at(0).contains(field)) << field;
     ExpectDocumented("preferences", "preferences --file p.json");
@@ -202,6 +202,13 @@ TEST_F(ManPageOfTheCommand, ListsTheFieldsOfJournalsAndMaps) {
     ASSERT_EQ(history.at("steps").size(), 1u);
     for (const auto& step : history.at("steps"))
         EXPECT_EQ(Keys(step), (Names{"step", "dabs", "vertices", "undoBytes", "finished"}));
+    WriteFile("l.json", R"({"mesh": "sheet.obj", "levels": 2, "steps": [
+        {"stroke": {"surface": [[0.5, 0.5, 0]]}}]})");
+    ASSERT_EQ(Run("sculpt l.json -q --journal l.journal").status, 0);
+    const auto lapse =
+        ExpectDocumented("history, with --frames",
+                         "history l.journal --frames lapse --width 40 --height 30 --samples 1");
+    EXPECT_EQ(lapse.at("files"), nlohmann::json({"lapse/frame_0001.png", "lapse/frame_0002.png"}));
     EXPECT_EQ(ExpectDocumented("recover", "recover w.journal -o b.trovik").at("file"), "b.trovik");
     const auto map = ExpectDocumented("bake", "bake a.trovik -o map.exr --size 16");
     EXPECT_EQ(map.at("width"), 16);

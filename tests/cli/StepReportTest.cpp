@@ -185,9 +185,9 @@ std::set<std::string> SettingsOfSchema() {
     return names;
 }
 
-TEST_F(ToolSettings, SixteenToolsHaveEveryScriptSetting) {
+TEST_F(ToolSettings, NineteenToolsHaveEveryScriptSetting) {
     const json tools = Tools();
-    ASSERT_EQ(tools.size(), 16u);
+    ASSERT_EQ(tools.size(), 19u);
     EXPECT_EQ(tools.back()["name"], "Freeze");
     std::set<std::string> names;
     for (const json& tool : tools) {
@@ -218,6 +218,18 @@ TEST_F(ToolSettings, EachToolHasItsOwnDefaults) {
     EXPECT_EQ(value("Flatten", "globalPlane"), false);
     EXPECT_EQ(value("Sculpt", "globalPlane"), "absent");
     EXPECT_EQ(value("Spray", "stamp.randomize"), true);
+    EXPECT_EQ(value("Grab", "connectedOnly"), false);
+    EXPECT_EQ(value("Grab", "mode"), "absent");
+    EXPECT_EQ(value("ElasticGrab", "mode"), "grab");
+    EXPECT_EQ(value("ElasticGrab", "scales"), 3);
+    EXPECT_EQ(value("ElasticGrab", "poissonRatio"), 0.5);
+    EXPECT_EQ(value("SnakeHook", "connectedOnly"), "absent");
+    EXPECT_EQ(value("SnakeHook", "smoothing"), 0.0625);
+    EXPECT_EQ(value("SnakeHook", "spacing"), 25);
+    EXPECT_EQ(value("Grab", "spacing"), "absent");
+    EXPECT_EQ(value("Grab", "stamp.enabled"), "absent");
+    EXPECT_EQ(value("Grab", "falloff"), "smooth");
+    EXPECT_EQ(value("ElasticGrab", "falloff"), "absent");
     EXPECT_EQ(value("Sculpt", "spacing"), 25);
     EXPECT_EQ(value("Sculpt", "radiusPixels"), nullptr);
 }
@@ -262,7 +274,8 @@ TEST_F(ToolSettings, ScriptsAcceptTheDefaults) {
 TEST_F(ToolSettings, TextHasOneRowPerToolAndSetting) {
     const std::string text = Run("tools").out;
     EXPECT_THAT(text, HasSubstr("\nFreeze    "));
-    EXPECT_THAT(text, HasSubstr(" 15; Smooth, Freeze: 100 (0 to 100 %)\n"));
+    EXPECT_THAT(text,
+                HasSubstr(" 15; Smooth, Grab, ElasticGrab, SnakeHook, Freeze: 100 (0 to 100 %)\n"));
     EXPECT_THAT(text, HasSubstr(" on; only Imprint (on, off)\n"));
     EXPECT_THAT(text, HasSubstr("; only Amplify, Flatten, Scrape, Fill, Wax (on, off)\n"));
     for (const std::string& name : SettingsOfSchema())

@@ -2,7 +2,7 @@
 
 /// \file Tests `trovik turntable`: frames, contact sheets and videos.
 #include "framework/images/ImageFile.h"
-#include "tests/cli/CommandRun.h"
+#include "tests/cli/EncoderRun.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -14,20 +14,10 @@ using testing::HasSubstr;
 
 constexpr const char* small = " --samples 1 --width 40 --height 30 ";
 
-class TurntableCommand : public Command {
+class TurntableCommand : public EncoderCommand {
 protected:
-    /// Puts a program with the name ffmpeg in front of PATH, for Turn.
-    void MakeEncoder(const std::string& shellCommands) {
-        fs::create_directories(folder / "bin");
-        WriteFile("bin/ffmpeg", "#!/bin/sh\n" + shellCommands);
-        fs::permissions(folder / "bin/ffmpeg", fs::perms::owner_all);
-    }
-    /// Runs the command with only `bin` in PATH.
     Outcome Turn(const std::string& arguments) {
-        const std::string line = "cd '" + folder.string() + "' && PATH=bin '" + TROVIK_COMMAND +
-                                 "' turntable " + arguments + small + "> out.txt 2> error.txt";
-        const int result = std::system(line.c_str());
-        return {WEXITSTATUS(result), ReadAll(folder / "out.txt"), ReadAll(folder / "error.txt")};
+        return RunWithEncoder("turntable " + arguments + small);
     }
 };
 
@@ -61,13 +51,7 @@ TEST_F(TurntableCommand, SheetShowsAllFramesReduced) {
 }
 
 TEST_F(TurntableCommand, VideoIsEncodedFromTheFrames) {
-    // Stands in for the encoder: lists its arguments and the number of frames in the output file.
-    MakeEncoder(
-        "for last; do :; done; last=${last#file:}\n"
-        "while [ $# -gt 1 ]; do [ \"$1\" = -i ] && pattern=$2; echo \"$1\" >> \"$last\"; shift; "
-        "done\n"
-        "case $pattern in file:*) pattern=${pattern#file:};; *) exit 1;; esac\n"
-        "set -- \"${pattern%/*}\"/*.png; echo \"$# frames\" >> \"$last\"\n");
+    MakeListingEncoder();
     const Outcome outcome = Turn("cube.obj spin.mp4 --frames 4 --fps 30 --json");
     ASSERT_EQ(outcome.status, 0) << outcome.error;
     EXPECT_EQ(nlohmann::json::parse(outcome.out).at("files"), nlohmann::json({"spin.mp4"}));

@@ -89,8 +89,9 @@ TEST_F(Verbs, CompletionHasEveryVerbAndItsShellAcceptsIt) {
     }
     // Shells that are not installed are skipped.
     for (const std::string shell : {"bash", "zsh", "fish"}) {
-        const std::string check = "! command -v " + shell + " > /dev/null || '" + TROVIK_COMMAND +
-                                  "' completion " + shell + " | " + shell + " -n /dev/stdin";
+        std::string check = "! command -v " + shell;
+        check += " > /dev/null || '" TROVIK_COMMAND "' completion " + shell;
+        check += " | " + shell + " -n /dev/stdin";
         EXPECT_EQ(std::system(check.c_str()), 0) << shell;
     }
     EXPECT_EQ(Run("completion tcsh").status, 2);
