@@ -78,11 +78,12 @@ json OfNumpy(const py::array& array, const std::string& pointer) {
 
 json OfDictionary(const py::dict& fields, const std::string& pointer) {
     json object = json::object();
+    const std::string start = pointer + "/";
     for (const auto& [key, field] : fields) {
         if (!py::isinstance<py::str>(key))
             throw py::type_error(Where(pointer) + "the names of fields must be strings");
         const auto name = key.cast<std::string>();
-        object[name] = Convert(field, pointer + "/" + name);
+        object[name] = Convert(field, start + name);
     }
     return object;
 }

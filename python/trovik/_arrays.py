@@ -109,6 +109,16 @@ class Arrays:
         ------
         IndexError
             If there is no such level.
+
+        See Also
+        --------
+        positions : The positions of the vertices.
+
+        Examples
+        --------
+        >>> corners = s.positions[s.faces()]
+        >>> corners.shape == (len(s.faces()), 4, 3)
+        True
         """
         number = None if level is None else operator.index(level)
         if number is not None and not 0 <= number < 2**32:
@@ -204,12 +214,22 @@ class Arrays:
         Returns
         -------
         SurfaceHits
-            The first hits. `t` is the ray parameter.
+            The first hits, one row per ray. `t` is the ray parameter.
+
+        Raises
+        ------
+        Error
+            If the shape is wrong, or a number is not finite.
+
+        See Also
+        --------
+        nearest : Find the nearest points.
 
         Examples
         --------
-        >>> hits = s.pick([[0, 0, 10, 0, 0, -1]])
-        >>> hits.position[hits.face >= 0]
+        >>> hits = s.pick([[0, 0.5, 10, 0, 0, -1], [0, 9, 10, 0, 0, -1]])
+        >>> (hits.face >= 0).tolist()
+        [True, False]
         """
         return SurfaceHits(**self._core.pick(rays))
 
@@ -225,6 +245,21 @@ class Arrays:
         Returns
         -------
         SurfaceHits
-            `t` is the distance in world space.
+            One row per point. `t` is the distance in world space.
+
+        Raises
+        ------
+        Error
+            If the shape is wrong, or a number is not finite.
+
+        See Also
+        --------
+        pick : Intersect rays with the surface.
+
+        Examples
+        --------
+        >>> hits = s.nearest(s.positions[:5])
+        >>> bool((hits.t < 1e-6).all())
+        True
         """
         return SurfaceHits(**self._core.nearest(points))

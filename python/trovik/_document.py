@@ -13,9 +13,10 @@ import numpy as np
 
 from . import _core
 from ._arrays import Arrays
-from ._commands import Commands, Progress, fields_of
+from ._commands import Commands
 from ._errors import BusyError, ClosedError, Error, SculptWarning, ThreadError
 from ._live import LiveStroke
+from ._steps import Progress, fields_of
 
 _log = logging.getLogger("trovik")
 
@@ -41,7 +42,13 @@ class Observer:
         self._functions = functions
 
     def remove(self) -> None:
-        """Stop calling the functions."""
+        """Stop calling the functions.
+
+        Examples
+        --------
+        >>> observer = s.observe(levels=print)
+        >>> observer.remove()
+        """
         if self in self._document._observers:
             self._document._observers.remove(self)
         if not self._document.closed:
@@ -110,6 +117,12 @@ class Document(Commands, Arrays):
         ------
         BufferError
             If views of the positions exist.
+
+        Examples
+        --------
+        >>> s.close()
+        >>> s.closed
+        True
         """
         self._core.close(True)
 
@@ -127,7 +140,24 @@ class Document(Commands, Arrays):
             self._core.leave(kind is None or not self.is_modified)
 
     def move_to_this_thread(self) -> None:
-        """Transfer the document to the calling thread. No other thread may be using it."""
+        """Transfer the document to the calling thread.
+
+        Raises
+        ------
+        BusyError
+            If another thread is using the document.
+
+        Examples
+        --------
+        >>> import threading
+        >>> def work():
+        ...     s.move_to_this_thread()
+        ...     s.filter("smooth")
+        >>> thread = threading.Thread(target=work)
+        >>> thread.start()
+        >>> thread.join()
+        >>> s.move_to_this_thread()
+        """
         self._core.move_to_this_thread()
 
     def __reduce_ex__(self, protocol: object) -> Any:
@@ -172,9 +202,10 @@ class Document(Commands, Arrays):
             self._deliver()
 
     def layer(self, name: Optional[str] = None, /, **fields: Any) -> _LayerScope:
-        """Add a layer on the current level, or select it if it exists; subsequent strokes are
-        recorded into it. In a ``with`` statement, the layer that was active before is selected
-        again at the end of the block.
+        """Add a layer on the current level, or select it if it exists.
+
+        Subsequent strokes are recorded in the layer. In a ``with`` statement, the layer that was
+        active before is selected again at the end of the block.
 
         Parameters
         ----------
@@ -184,11 +215,27 @@ class Document(Commands, Arrays):
             ``strength``, ``visible``, ``writable``, ``order`` … of the layer; see "Layers" in
             ``docs/stroke-script.md``.
 
+        Returns
+        -------
+        context manager
+            Selects the previous layer again at the end of a ``with`` block.
+
+        Raises
+        ------
+        Error
+            If there is no layer to change, or if a stroke is open.
+
+        See Also
+        --------
+        Document.layers : The layers of the current level, with their offsets.
+
         Examples
         --------
         >>> with s.layer("wrinkles", strength=0.8):
-        ...     s.stroke(surface=points)
-        >>> s.layer(select=None)
+        ...     s.stroke(surface=[[0.35, 0.2, 0.0], [0.35, 0.2, 0.5]])
+        >>> scope = s.layer(of="wrinkles", strength=0.5)
+        >>> s.layers[0].strength
+        0.5
         """
         before = self._core.state()
         previous = next((one["name"] for one in before["layers"] if one["active"]), None)
@@ -222,16 +269,29 @@ class Document(Commands, Arrays):
             Whether to use the defaults of live strokes; see "Live strokes" in
             ``docs/stroke-script.md``. Without them, the result is bit-identical to that of
             ``stroke(pen=samples)``; with them, to ``path={"interactive": True}`` in addition.
+        progress : callable, optional
+            Called while dabs are applied, as for `stroke`.
 
         Returns
         -------
         LiveStroke
+            The open stroke.
+
+        Raises
+        ------
+        Error
+            If a stroke is open.
+
+        See Also
+        --------
+        stroke : Apply a stroke whose samples are known.
 
         Examples
         --------
+        >>> s.camera(from_=[1, 0.2, 0.4], width=800, height=600)
         >>> with s.live_stroke() as stroke:
-        ...     for sample in pen:
-        ...         stroke.add(sample)
+        ...     for i in range(60):
+        ...         stroke.add([380 + 2 * i, 300, 0.5, 8 * i])
         """
         return LiveStroke(self, (modifier, seed, filter, interactive), progress)
 
@@ -255,10 +315,23 @@ class Document(Commands, Arrays):
         Returns
         -------
         Observer
+            Its method `remove` stops the calls.
+
+        Raises
+        ------
+        TypeError
+            If no function is given, or an event does not exist.
+
+        See Also
+        --------
+        SurfaceEvent : The argument of `surface`.
 
         Examples
         --------
         >>> observer = s.observe(history=lambda document: print(document.history[-1].label))
+        >>> s.set_positions(s.positions + 0.01 * s.normals, label="Inflate")
+        Inflate
+        >>> observer.remove()
         """
         unknown = set(functions) - _EVENTS
         if unknown or not functions:

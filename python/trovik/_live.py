@@ -9,8 +9,8 @@ from typing import TYPE_CHECKING, Any, Optional
 import numpy as np
 from numpy.typing import ArrayLike
 
-from ._commands import Progress
 from ._errors import Error
+from ._steps import Progress
 
 if TYPE_CHECKING:
     from ._document import Document
@@ -26,6 +26,12 @@ class LiveStroke:
 
     Use it in a ``with`` statement: the stroke ends normally at the end of the block, and is
     reverted if the block raises an exception.
+
+    Examples
+    --------
+    >>> with s.live_stroke() as stroke:
+    ...     for i in range(20):
+    ...         stroke.add([400 + 2 * i, 300, 0.5, 8 * i])
     """
 
     def __init__(self, document: Document, options: tuple, progress: Progress):
@@ -51,6 +57,20 @@ class LiveStroke:
         ------
         Error
             If a number is out of range, or if the stroke is over.
+        ValueError
+            If the shape is wrong.
+        Cancelled
+            If the function `progress` of the stroke returned ``False``.
+
+        See Also
+        --------
+        tick : Keep an airbrush running while the pen rests.
+
+        Examples
+        --------
+        >>> stroke = s.live_stroke()
+        >>> stroke.add([[400, 300, 0.5, 0], [420, 300, 0.6, 16]])
+        >>> stroke.release()
         """
         rows = _rows(samples)
         self._require_open()
@@ -72,6 +92,18 @@ class LiveStroke:
         ------
         Error
             If the time is negative or not finite, or if the stroke is over.
+
+        See Also
+        --------
+        add : Add samples.
+
+        Examples
+        --------
+        >>> s.set(airbrush=50)
+        >>> stroke = s.live_stroke()
+        >>> stroke.add([400, 300, 0.5, 0])
+        >>> stroke.tick(500)
+        >>> stroke.release()
         """
         self._require_open()
         time = float(milliseconds)
@@ -83,11 +115,41 @@ class LiveStroke:
         self._document._run(lambda core: core.tick(self._last))
 
     def release(self) -> None:
-        """Apply the remaining dabs and end the stroke as one undo step. Does nothing if it is over."""
+        """Apply the remaining dabs and end the stroke as one undo step.
+
+        Does nothing if the stroke is over.
+
+        See Also
+        --------
+        abandon : Revert the stroke.
+
+        Examples
+        --------
+        >>> stroke = s.live_stroke()
+        >>> stroke.add([400, 300, 0.5, 0])
+        >>> stroke.release()
+        >>> stroke.is_over
+        True
+        """
         self._end(False)
 
     def abandon(self) -> None:
-        """End the stroke and restore the surface bit-exactly. Does nothing if it is over."""
+        """End the stroke and restore the surface bit-exactly, without an undo step.
+
+        Does nothing if the stroke is over.
+
+        See Also
+        --------
+        release : End the stroke normally.
+
+        Examples
+        --------
+        >>> stroke = s.live_stroke()
+        >>> stroke.add([400, 300, 0.5, 0])
+        >>> stroke.abandon()
+        >>> len(s.history)
+        0
+        """
         self._end(True)
 
     @property

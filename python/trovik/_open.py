@@ -10,9 +10,9 @@ import numpy as np
 from numpy.typing import ArrayLike
 
 from . import _core
-from ._commands import Progress, fields_of
 from ._document import Document
 from ._errors import Error
+from ._steps import Progress, fields_of
 
 Path = Union[str, "os.PathLike[str]"]
 
@@ -61,6 +61,7 @@ def open(
     Returns
     -------
     Document
+        The new document, which belongs to the calling thread.
 
     Raises
     ------
@@ -69,10 +70,16 @@ def open(
     Cancelled
         If `progress` returned ``False``.
 
+    See Also
+    --------
+    new : Create a document from arrays.
+    recover : Restore the work from a journal.
+
     Examples
     --------
-    >>> with trovik.open("human.obj", journal="work.journal", levels=2) as s:
+    >>> with trovik.open("spot.obj", journal="work.journal", levels=2) as s:
     ...     s.mirror("x")
+    ...     s.save("work.trovik")
     """
     source = os.path.abspath(_text(path))
     kind = "scene" if source.lower().endswith(".trovik") else "mesh"
@@ -102,17 +109,24 @@ def new(
         Vertices of each face, counted from 0, counterclockwise seen from outside.
     name : str, optional
         Name of the mesh, used in messages and exported files.
+    progress : callable, optional
+        See `Commands`.
     **setup
         As for `open`.
 
     Returns
     -------
     Document
+        The new document, which belongs to the calling thread.
 
     Raises
     ------
     Error
         If the arrays do not describe a surface.
+
+    See Also
+    --------
+    open : Open a mesh or a scene.
 
     Examples
     --------
@@ -141,11 +155,23 @@ def recover(journal: Path, scene: Path, *, progress: Progress = None) -> None:
         The journal, which is not changed.
     scene : path
         The scene to write (``.trovik``).
+    progress : callable, optional
+        See `Commands`.
 
     Raises
     ------
     Error
         If the journal is damaged, or a file that it needs is missing or has changed.
+
+    See Also
+    --------
+    open : Open a mesh or a scene with a journal.
+
+    Examples
+    --------
+    >>> with trovik.open("spot.obj", journal="work.journal") as s:
+    ...     s.filter("smooth")
+    >>> trovik.recover("work.journal", "recovered.trovik")
     """
     _core.recover(_text(journal), _text(scene), progress)
 
@@ -166,6 +192,15 @@ def save_stamp(path: Path, pixels: ArrayLike) -> str:
     -------
     str
         The absolute path, for the setting ``stamp``.
+
+    Raises
+    ------
+    Error
+        If the shape is wrong, or the file cannot be written.
+
+    See Also
+    --------
+    Document.set : Change settings, such as the stamp.
 
     Examples
     --------

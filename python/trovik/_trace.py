@@ -11,7 +11,7 @@ from typing import Any, Union
 import numpy as np
 
 from . import _core
-from ._commands import Progress
+from ._steps import Progress
 
 __all__ = ["run_script", "read_trace", "Trace"]
 
@@ -53,11 +53,20 @@ def run_script(
     Error
         With the script as `Error.file`, or the JSON pointer as `Error.location`.
 
+    See Also
+    --------
+    Document.do : Run one step.
+    read_trace : Read the trace.
+
     Examples
     --------
+    >>> import json
+    >>> steps = [{"stroke": {"surface": [[0.35, 0.2, 0.0], [0.35, 0.2, 0.5]]}}]
+    >>> with open("first.json", "w") as file:
+    ...     json.dump({"mesh": "spot.obj", "levels": 2, "steps": steps}, file)
     >>> result = trovik.run_script("first.json", "out", trace="out/trace")
-    >>> result["dabs"]
-    36
+    >>> result["dabs"] > 10, result["levels"]
+    (True, 3)
     """
     return _core.run_script(
         os.fspath(script), os.fspath(output), os.fspath(trace or ""), trace_every, allow_outside, progress
@@ -100,6 +109,16 @@ class Trace:
             Read-only arrays, mapped from the files, by name without extension, such as
             ``"level-2/positions"``, float32 (vertices, 3), mesh-local. ``docs/trace.md`` lists
             them. The key ``"meta"`` contains the fields of ``meta.json``.
+
+        Raises
+        ------
+        KeyError
+            If there is no such state or mesh.
+
+        Examples
+        --------
+        >>> trace.state("after")["level-2/positions"].shape[1]
+        3
         """
         folder = self.folder / name / mesh
         if not folder.is_dir():
@@ -118,6 +137,22 @@ class Trace:
         ----------
         name : str
             The name in the line.
+
+        Returns
+        -------
+        numpy.ndarray
+            A read-only array, mapped from the file.
+
+        Raises
+        ------
+        FileNotFoundError
+            If the trace has no such array.
+
+        Examples
+        --------
+        >>> stroke = next(line for line in trace.calls if line["call"] == "BeginStroke")
+        >>> trace.array(stroke["in"]["falloff"]).ndim
+        1
         """
         path = self.folder / name
         if not path.exists():
@@ -131,15 +166,26 @@ def read_trace(folder: Union[str, os.PathLike]) -> Trace:
     Parameters
     ----------
     folder : path
+        The folder of the trace.
 
     Returns
     -------
     Trace
+        The calls and the states, which are read on demand.
+
+    Raises
+    ------
+    FileNotFoundError
+        If the folder does not contain a trace.
+
+    See Also
+    --------
+    run_script : Run a script and write a trace.
 
     Examples
     --------
-    >>> trace = trovik.read_trace("out/trace")
-    >>> before, after = (trace.state(name)["level-5/positions"] for name in ("before", "after"))
+    >>> trace = trovik.read_trace("trace")
+    >>> before, after = (trace.state(name)["level-2/positions"] for name in ("before", "after"))
     >>> moved = np.flatnonzero((before != after).any(axis=1))
     """
     return Trace(folder)

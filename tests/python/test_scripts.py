@@ -2,12 +2,14 @@
 """The same work in a script file and in Python gives the same bits; traces as arrays."""
 
 import json
+import re
+import shutil
 import subprocess
 from pathlib import Path
 
 import numpy as np
 import pytest
-from conftest import SPOT
+from conftest import SOURCE, SPOT
 
 import trovik
 
@@ -115,3 +117,15 @@ def test_traces_are_arrays():
         trace.state("none")
     with pytest.raises(FileNotFoundError):
         trovik.read_trace("none")
+
+
+def test_the_script_in_the_tutorial_equals_the_python_code():
+    text = (SOURCE / "docs" / "python.md").read_text(encoding="utf-8")
+    shutil.copytree(SOURCE / "examples" / "meshes", "examples/meshes")
+    section = text.split("## When to use a script and when to use Python")[1].split("\n## ")[0]
+    script = re.search(r"```json\n(.*?)```", section, re.S).group(1)
+    code = re.search(r"```python\n(.*?)```", section, re.S).group(1)
+    Path("bumps.json").write_text(script)
+    trovik.run_script("bumps.json", "by-script")
+    exec(code, {"json": json, "np": np, "trovik": trovik})
+    assert Path("bumps.ply").read_bytes() == Path("by-script/bumps.ply").read_bytes()

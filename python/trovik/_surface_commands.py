@@ -1,0 +1,385 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The commands that change the whole surface, its mask and its visibility."""
+
+from __future__ import annotations
+
+import os
+from typing import Any, Optional
+
+import numpy as np
+from numpy.typing import ArrayLike
+
+from ._errors import Error
+from ._steps import Progress, Steps, base64_of, fields_of
+
+
+class SurfaceCommands(Steps):
+    """Commands that change the whole surface; see `Commands`."""
+
+    def set_positions(self, positions: ArrayLike, *, label: Optional[str] = None, progress: Progress = None) -> None:
+        """Move all vertices of the current level, as one undo step.
+
+        The mask reduces the displacements; fully masked and hidden vertices do not move. With an
+        active layer, the displacements are recorded in it.
+
+        Parameters
+        ----------
+        positions : array_like, shape (vertices, 3)
+            New positions, mesh-local, converted to float32.
+        label : str, optional
+            Label of the undo step.
+        progress : callable, optional
+            See `Commands`.
+
+        Raises
+        ------
+        Error
+            If the shape is wrong, a position is not finite, or the active layer is hidden or locked.
+
+        See Also
+        --------
+        Document.positions : The current positions.
+        freeze : Change the mask.
+
+        Examples
+        --------
+        >>> s.set_positions(s.positions + 0.01 * s.normals, label="Inflate")
+        """
+        rows = np.ascontiguousarray(positions, dtype="<f4")
+        if rows.ndim != 2 or rows.shape[1] != 3:
+            raise Error(f"positions must have the shape (vertices, 3), not {rows.shape}")
+        step = {"values": base64_of(rows)}
+        if label is not None:
+            step["label"] = label
+        self._do({"setPositions": step}, progress)
+
+    def freeze(self, what: Any = None, *, progress: Progress = None, **fields: Any) -> None:
+        """Change the mask, which protects vertices from being moved: the step ``mask``.
+
+        Parameters
+        ----------
+        what : str or array_like, shape (vertices,), optional
+            ``"clear"``, ``"all"`` or ``"invert"``; or one freeze amount per vertex of the current
+            level: 0 (free) to 127 (masked), rounded, or booleans.
+        progress : callable, optional
+            See `Commands`.
+        **fields
+            A selection, such as ``center`` and ``radius`` (world space), ``cavity``, ``lasso`` (pixels)
+            or ``group``; also ``mode``, ``"replace"`` by default for an array, and ``amount``, 0 to 1.
+            See "Masks" in ``docs/stroke-script.md``.
+
+        Raises
+        ------
+        Error
+            If an amount is out of range, or a field is invalid.
+
+        See Also
+        --------
+        Document.mask : The current amounts.
+
+        Examples
+        --------
+        >>> s.freeze(np.clip((s.positions[:, 1] - 0.3) * 127, 0, 127))
+        >>> s.freeze(center=[0, 0.5, 0.3], radius=0.5, softness=0.5, mode="subtract")
+        >>> s.freeze("invert")
+        """
+        if isinstance(what, str):
+            if fields:
+                raise TypeError(f"freeze: {what!r} has no fields")
+            self._do({"mask": what}, progress)
+            return
+        if what is not None:
+            fields["values"] = base64_of(_amounts(what))
+        self._do({"mask": fields_of(fields)}, progress)
+
+    def symmetrize(self, axis: str, *, progress: Progress = None, **fields: Any) -> None:
+        """Make the current level symmetric about a plane through the origin of the mesh.
+
+        Parameters
+        ----------
+        axis : str
+            ``"x"``, ``"y"`` or ``"z"``, perpendicular to the plane.
+        progress : callable, optional
+            See `Commands`.
+        **fields
+            ``from_``: the side that keeps its positions, ``"positive"`` (default) or ``"negative"``.
+
+        Raises
+        ------
+        Error
+            If the connectivity of the two sides differs.
+
+        See Also
+        --------
+        mirror : Mirror subsequent strokes.
+
+        Examples
+        --------
+        >>> s.stroke(surface=[[0.35, 0.2, 0.2]])
+        >>> s.symmetrize("x", from_="positive")
+        """
+        self._do({"symmetrize": {"axis": axis, **fields_of(fields)}}, progress)
+
+    def filter(self, kind: str, *, progress: Progress = None, **fields: Any) -> None:
+        """Apply a filter to all unmasked vertices of the current level.
+
+        Parameters
+        ----------
+        kind : str
+            ``"inflate"``, ``"smooth"``, ``"relax"`` or ``"sharpen"``.
+        progress : callable, optional
+            See `Commands`.
+        **fields
+            ``amount`` (world units) for ``"inflate"``. For the others, ``strength``, 0 to 1 (``"sharpen"``:
+            0 to 10), and ``iterations``.
+
+        Raises
+        ------
+        Error
+            If a field is invalid for this filter.
+
+        See Also
+        --------
+        set_positions : Move the vertices to computed positions.
+
+        Examples
+        --------
+        >>> s.filter("inflate", amount=0.01)
+        >>> s.filter("smooth", strength=0.5, iterations=3)
+        """
+        self._do({"filter": {"kind": kind, **fields_of(fields)}}, progress)
+
+    def transform_vertices(self, *, progress: Progress = None, **fields: Any) -> None:
+        """Scale, rotate and move the unmasked vertices of the current level.
+
+        Parameters
+        ----------
+        progress : callable, optional
+            See `Commands`.
+        **fields
+            ``scale`` (one factor or three), ``axis`` (shape (3,)) and ``angle`` (degrees), ``translate``
+            (shape (3,), world units), ``pivot`` (shape (3,), ``"center"`` or ``"maskBorder"``) and
+            ``maskBlur`` (number of times).
+
+        Raises
+        ------
+        Error
+            If a field is invalid, or if all vertices are masked.
+
+        See Also
+        --------
+        transform : Change the transform from mesh-local to world space.
+
+        Examples
+        --------
+        >>> s.freeze(s.positions[:, 1] < 0.3)
+        >>> s.transform_vertices(pivot="maskBorder", axis=[0, 1, 0], angle=20, maskBlur=4)
+        """
+        self._do({"transformVertices": fields_of(fields)}, progress)
+
+    def decimate(self, faces: Optional[int] = None, *, progress: Progress = None, **fields: Any) -> None:
+        """Replace the mesh by a coarser triangle mesh; see ``docs/topology.md``.
+
+        Parameters
+        ----------
+        faces : int, optional
+            The number of triangles to keep.
+        progress : callable, optional
+            See `Commands`.
+        **fields
+            ``ratio`` instead of `faces`, 0 to 1; ``error``, the largest distance between the surfaces
+            (world units); ``keepBorders``.
+
+        Raises
+        ------
+        Error
+            If neither a number, a ratio nor an error is given, or if faces are hidden.
+        BufferError
+            If views of the positions exist.
+
+        See Also
+        --------
+        repair : Repair the mesh.
+
+        Examples
+        --------
+        >>> s.decimate(10000)
+        >>> s.faces().shape
+        (10000, 3)
+        """
+        if faces is not None:
+            fields["faces"] = faces
+        self._do({"decimate": fields_of(fields)}, progress)
+
+    def repair(self, *, progress: Progress = None, **fields: Any) -> None:
+        """Repair the mesh; see ``docs/topology.md``.
+
+        Parameters
+        ----------
+        progress : callable, optional
+            See `Commands`.
+        **fields
+            ``weld`` (world units), ``clean``, ``minPieceFaces``, ``minPieceShare`` (0 to 1), ``orient``,
+            ``fillHoles`` (``"none"``, ``"flat"`` or ``"smooth"``), ``maxHoleEdges``.
+
+        Raises
+        ------
+        Error
+            If a field is invalid, or if faces are hidden.
+        BufferError
+            If views of the positions exist.
+
+        See Also
+        --------
+        decimate : Replace the mesh by a coarser one.
+
+        Examples
+        --------
+        >>> s.repair(weld=0.0001, fillHoles="smooth")
+        """
+        self._do({"repair": fields_of(fields)}, progress)
+
+    def displace(self, file: os.PathLike | str, *, progress: Progress = None, **fields: Any) -> None:
+        """Displace the vertices of the current level by a map; see ``docs/baking.md``.
+
+        Parameters
+        ----------
+        file : path
+            A displacement map or a vector displacement map (EXR, TIFF, PNG).
+        progress : callable, optional
+            See `Commands`.
+        **fields
+            ``strength`` (default 1) and ``repeat``; also ``map``, ``space``, ``mid`` and ``scale`` (world
+            units per unit of the map), if the file does not specify them.
+
+        Raises
+        ------
+        Error
+            If the map cannot be read, or if the mesh has no texture coordinates.
+
+        See Also
+        --------
+        bake : Write such a map.
+
+        Examples
+        --------
+        >>> s.filter("inflate", amount=0.01)
+        >>> s.bake("detail.exr", size=64, repeat=True)
+        >>> s.displace("detail.exr", strength=0.5, repeat=True)
+        """
+        self._do({"displace": {"file": file, **fields_of(fields)}}, progress)
+
+    def hide(self, **fields: Any) -> None:
+        """Hide faces.
+
+        Hidden faces are not sculpted, picked or rendered.
+
+        Parameters
+        ----------
+        **fields
+            One selection: ``mask`` (0 to 1), ``group``, ``material``, ``component``, ``faces`` (ranges
+            ``[first, count]``), ``lasso`` or ``box`` (pixels) or ``hidden``; also ``grow`` and ``shrink``.
+
+        Raises
+        ------
+        Error
+            If the selection is invalid, or if a stroke is open.
+
+        See Also
+        --------
+        show : Show faces.
+        isolate : Hide all other faces.
+        Document.hidden_faces : Whether each face is hidden.
+
+        Examples
+        --------
+        >>> s.hide(faces=[[0, 100]])
+        >>> int(s.hidden_faces.sum())
+        100
+        """
+        self._do({"hide": fields_of(fields)})
+
+    def show(self, **fields: Any) -> None:
+        """Show faces.
+
+        Parameters
+        ----------
+        **fields
+            A selection, as for `hide`; without fields, all faces.
+
+        Raises
+        ------
+        Error
+            If the selection is invalid, or if a stroke is open.
+
+        See Also
+        --------
+        hide : Hide faces.
+
+        Examples
+        --------
+        >>> s.hide(faces=[[0, 100]])
+        >>> s.show(faces=[[0, 50]])
+        >>> s.show()
+        """
+        self._do({"show": fields_of(fields) or "all"})
+
+    def isolate(self, **fields: Any) -> None:
+        """Show the selected faces, and hide all others.
+
+        Parameters
+        ----------
+        **fields
+            A selection, as for `hide`.
+
+        Raises
+        ------
+        Error
+            If the selection is invalid, or if a stroke is open.
+
+        See Also
+        --------
+        hide : Hide faces.
+
+        Examples
+        --------
+        >>> s.isolate(faces=[[0, 100]])
+        >>> int((~s.hidden_faces).sum())
+        100
+        """
+        self._do({"isolate": fields_of(fields)})
+
+    def invert_visibility(self) -> None:
+        """Show the hidden faces, and hide the visible ones.
+
+        Raises
+        ------
+        Error
+            If a stroke is open.
+
+        See Also
+        --------
+        hide : Hide faces.
+
+        Examples
+        --------
+        >>> s.hide(faces=[[0, 100]])
+        >>> s.invert_visibility()
+        >>> int((~s.hidden_faces).sum())
+        100
+        """
+        self._do({"invertVisibility": True})
+
+
+def _amounts(values: ArrayLike) -> np.ndarray:
+    amounts = np.asarray(values)
+    if amounts.ndim != 1:
+        raise Error(f"freeze amounts must have the shape (vertices,), not {amounts.shape}")
+    if amounts.dtype == bool:
+        return np.where(amounts, np.uint8(127), np.uint8(0))
+    rounded = np.rint(amounts.astype(np.float64))
+    outside = ~((rounded >= 0) & (rounded <= 127))
+    if outside.any():
+        vertex = int(np.argmax(outside))
+        raise Error(f"the freeze amount of vertex {vertex} is {amounts[vertex]}, not from 0 to 127")
+    return rounded.astype(np.uint8)
