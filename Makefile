@@ -140,16 +140,23 @@ fuzz: ## Run the fuzzers for the file readers, SECONDS=60 each (needs Clang); fi
 	    then echo "== NAME: $$(tail -n 1 $$log)"; \
 	    else echo "== NAME: found a fault, see $$log"; tail -n 30 $$log; exit 1; fi'
 
+# The build folder of the packages. Its last part is the preset, e.g. BUILD=build/ci.
+BUILD ?= build/package
+
 .PHONY: package
-package: packages ## Make the Debian packages and the archive, in build/package/packages/
-	@cmake --preset package
-	@cmake --build --preset package --parallel $(JOBS)
-	@scripts/make-packages.sh build/package
+package: packages ## Make the Debian packages and the archive of BUILD=build/package, in BUILD/packages/
+	@scripts/install-packages.sh --package
+	@echo "== Configuring (preset $(notdir $(BUILD)))"
+	@cmake --preset $(notdir $(BUILD))
+	@echo "== Building and packing"
+	@JOBS=$(JOBS) scripts/make-packages.sh $(BUILD)
+
+# Extra options for the check, e.g. CHECK_OPTIONS=--optional.
+CHECK_OPTIONS ?=
 
 .PHONY: package-check
-package-check: ## Install, try and remove the packages in a new Debian system (needs root and a network)
-	@scripts/install-packages.sh --package
-	@scripts/check-packages.sh build/package/packages
+package-check: package ## Also install, try and remove them in a new Debian system (needs root and a network)
+	@scripts/check-packages.sh $(CHECK_OPTIONS) $(BUILD)/packages
 
 .PHONY: stamps
 stamps: packages ## Regenerate the installed stamps in stamps/

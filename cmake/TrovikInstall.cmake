@@ -83,12 +83,8 @@ if(TARGET trovik-studio)
             COMPONENT studio
             RENAME ${studioId}.xml)
 endif()
-foreach(page IN ITEMS docs/trovik.1 docs/man/trovik.1 apps/trovik/trovik.1)
-    if(EXISTS "${PROJECT_SOURCE_DIR}/${page}")
-        install(FILES "${PROJECT_SOURCE_DIR}/${page}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
-                COMPONENT command)
-    endif()
-endforeach()
+install(FILES "${PROJECT_SOURCE_DIR}/docs/man/trovik.1" "${PROJECT_SOURCE_DIR}/docs/man/trovik-trace.1"
+        DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT command)
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/NOTICE"
               "${PROJECT_SOURCE_DIR}/docs/third-party.md" DESTINATION "${CMAKE_INSTALL_DOCDIR}"
         COMPONENT library)
@@ -102,6 +98,17 @@ install(
     PATTERN "*.tif"
     PATTERN "*.exr"
     PATTERN "README.md")
+
+# --- The target that builds everything that is installed ---
+
+set(installedTargets ${exportedTargets} ${modules})
+foreach(target IN ITEMS SwiftStroke trovik trovik-studio studio-translations TrovikPython TrovikPythonFiles)
+    if(TARGET ${target})
+        list(APPEND installedTargets ${target})
+    endif()
+endforeach()
+list(REMOVE_ITEM installedTargets TrovikHostContract) # has only headers
+add_custom_target(installed-files DEPENDS ${installedTargets})
 
 # --- The CMake package ---
 

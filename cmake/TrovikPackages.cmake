@@ -9,6 +9,8 @@ set(TROVIK_MAINTAINER "The Trovik authors <packages@trovik.org>"
 set(CPACK_PACKAGE_NAME trovik)
 set(CPACK_PACKAGE_VENDOR "The Trovik authors")
 set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
+# Each package has its own; CPack would add this one to all of them.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_STRIP_FILES ON)
@@ -38,10 +40,13 @@ set(CPACK_DEBIAN_PACKAGE_MAINTAINER "${TROVIK_MAINTAINER}")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/lib")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+# Programs that were built with a version need this version or a newer one with the same SONAME.
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 
-# The packages of one build fit only each other: the contract between host and plug-in has no
-# compatibility promise before version 1.0.
+# The packages of one build fit only each other: modules and plug-in contain the exact version.
 set(sameVersion "(= ${PROJECT_VERSION})")
+set(libraryPackage "libtrovik${TROVIK_ABI_VERSION}")
 
 # An extension module works with one minor version of Python.
 if(TARGET TrovikPython)
@@ -63,22 +68,27 @@ function(trovik_debian_package component name section depends)
 endfunction()
 
 trovik_debian_package(
-    library libtrovik0 libs ""
+    library ${libraryPackage} libs ""
     "digital sculpting of multiresolution meshes - library and brush engine"
     "Trovik sculpts subdivision meshes of many millions of quads with fifteen tools,"
     "layers, masks, stamps, exact undo and a journal that survives crashes."
     "This package contains the host library and the SwiftStroke brush engine.")
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/packaging/library/triggers")
+# The modules and the plug-in have the same paths in all versions, so that only one of these packages
+# can be installed; a new one replaces the previous one.
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_PROVIDES libtrovik)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONFLICTS libtrovik)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_REPLACES libtrovik)
 trovik_debian_package(
     development libtrovik-dev libdevel
-    "libtrovik0 ${sameVersion}, qt6-base-dev, nlohmann-json3-dev"
+    "${libraryPackage} ${sameVersion}, qt6-base-dev, nlohmann-json3-dev"
     "digital sculpting of multiresolution meshes - development files"
     "Trovik sculpts subdivision meshes of many millions of quads with fifteen tools,"
     "layers, masks, stamps, exact undo and a journal that survives crashes."
     "This package contains the headers and the CMake package for applications that"
     "sculpt, and for brush plug-ins.")
 trovik_debian_package(
-    command trovik graphics "libtrovik0 ${sameVersion}"
+    command trovik graphics "${libraryPackage} ${sameVersion}, python3"
     "digital sculpting of multiresolution meshes - command"
     "Trovik sculpts subdivision meshes of many millions of quads with fifteen tools,"
     "layers, masks, stamps, exact undo and a journal that survives crashes."
@@ -87,7 +97,7 @@ trovik_debian_package(
 set(CPACK_DEBIAN_COMMAND_PACKAGE_RECOMMENDS "python3-numpy")
 set(CPACK_DEBIAN_COMMAND_PACKAGE_SUGGESTS "ffmpeg")
 trovik_debian_package(
-    studio trovik-studio graphics "libtrovik0 ${sameVersion}, trovik ${sameVersion}, libqt6svg6"
+    studio trovik-studio graphics "${libraryPackage} ${sameVersion}, trovik ${sameVersion}"
     "digital sculpting of multiresolution meshes - desktop application"
     "Trovik sculpts subdivision meshes of many millions of quads with fifteen tools,"
     "layers, masks, stamps, exact undo and a journal that survives crashes."
@@ -95,11 +105,13 @@ trovik_debian_package(
 set(CPACK_DEBIAN_STUDIO_PACKAGE_RECOMMENDS "libgl1-mesa-dri")
 trovik_debian_package(
     python python3-trovik python
-    "libtrovik0 ${sameVersion}, trovik ${sameVersion}, python3-numpy, ${pythonVersions}"
+    "${libraryPackage} ${sameVersion}, trovik ${sameVersion}, python3-numpy, ${pythonVersions}"
     "digital sculpting of multiresolution meshes - Python package"
     "Trovik sculpts subdivision meshes of many millions of quads with fifteen tools,"
     "layers, masks, stamps, exact undo and a journal that survives crashes."
     "This package contains the Python package trovik, which runs all commands and"
     "reads positions and other values as NumPy arrays.")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+    "${PROJECT_SOURCE_DIR}/packaging/python/postinst" "${PROJECT_SOURCE_DIR}/packaging/python/prerm")
 
 include(CPack)

@@ -8,7 +8,7 @@
 #   scripts/install-packages.sh --lint   also clang-format, clang-tidy and codespell
 #   scripts/install-packages.sh --clang  also Clang
 #   scripts/install-packages.sh --fuzz   also Clang and its fuzzer
-#   scripts/install-packages.sh --package  also the tools that check Debian packages
+#   scripts/install-packages.sh --package  also the tools that make and check Debian packages
 set -euo pipefail
 
 packages=(
@@ -35,7 +35,7 @@ for argument in "$@"; do
         --lint) packages+=(clang-format clang-tidy codespell) ;;
         --clang) packages+=(clang) ;;
         --fuzz) packages+=(clang libclang-rt-dev) ;;
-        --package) packages+=(lintian debootstrap) ;;
+        --package) packages+=(dpkg-dev file lintian debootstrap) ;;
         -h | --help) usage; exit 0 ;;
         *) echo "install-packages: unknown argument '$argument'" >&2; usage >&2; exit 2 ;;
     esac
