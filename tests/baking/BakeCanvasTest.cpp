@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace trovik::test {
 namespace {
 
@@ -58,7 +60,7 @@ std::vector<std::string> TexelDigits(const FloatImage& image) {
         std::string row;
         for (std::uint32_t x = 0; x < image.width; ++x) {
             const float value = image.pixels[y * image.width + x];
-            row += value < 0.0f ? '.' : static_cast<char>('0' + static_cast<int>(value + 0.5f));
+            row += value < 0.0f ? '.' : static_cast<char>('0' + std::lround(value));
         }
         rows.push_back(row);
     }

@@ -18,7 +18,8 @@ inline PolygonMesh WithIslands(PolygonMesh mesh, unsigned columns, float margin)
     SurfaceAttributes& more = mesh.attributes;
     for (std::uint32_t face = 0; face < mesh.faceSizes.size(); ++face) {
         const float u = static_cast<float>(face % columns) * cell;
-        const float v = static_cast<float>(face / columns) * cell;
+        const std::uint32_t row = face / columns;
+        const float v = static_cast<float>(row) * cell;
         const float low = margin * cell;
         const float high = cell - low;
         std::vector<std::array<float, 2>> corners = {

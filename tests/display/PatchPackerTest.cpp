@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/display/PatchPacker.h"
+#include "framework/math/SameBits.h"
 #include "tests/display/PackedLevel.h"
 #include "tests/fixture/Triangles.h"
 #include "tests/random/RandomNumbers.h"
@@ -71,7 +72,7 @@ void ExpectLevel(const LevelMesh& level, const PatchLayout& layout) {
             const Vertex& v = level.vertices.array[vertices[i]];
             const PackedNormal& n = level.vertexNormals.array[vertices[i]];
             const DisplayVertex& d = first[i];
-            ASSERT_EQ(std::memcmp(&v.x, &d.x, 12), 0);
+            ASSERT_TRUE(SameBits(v.x, d.x) && SameBits(v.y, d.y) && SameBits(v.z, d.z));
             ASSERT_EQ(n.x, d.normalX);
             ASSERT_EQ(n.y, d.normalY);
             ASSERT_EQ(n.z, d.normalZ);

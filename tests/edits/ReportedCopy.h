@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/math/SameBits.h"
 #include "framework/multires/LevelGeometry.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <functional>
 #include <string>
 #include <vector>
@@ -69,10 +69,8 @@ public:
                 const State now = StateOf(level, v);
                 const std::string at =
                     " of vertex " + std::to_string(v) + " of face " + std::to_string(face);
-                if (std::memcmp(now.position, vertices[slot].position, sizeof now.position) != 0)
-                    return "position" + at;
-                if (std::memcmp(now.normal, vertices[slot].normal, sizeof now.normal) != 0)
-                    return "normal" + at;
+                if (!SameBits(now.position, vertices[slot].position)) return "position" + at;
+                if (!SameBits(now.normal, vertices[slot].normal)) return "normal" + at;
                 if (now.freeze != vertices[slot].freeze) return "freeze amount" + at;
             }
         }

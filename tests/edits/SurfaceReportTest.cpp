@@ -8,6 +8,7 @@
 #include "framework/document/Document.h"
 #include "framework/edits/LayerSteps.h"
 #include "framework/errors/HostError.h"
+#include "framework/math/SameBits.h"
 #include "framework/multires/Steps.h"
 #include "framework/strokes/DabAtHit.h"
 #include "tests/edits/ReportedCopy.h"
@@ -18,7 +19,6 @@
 
 #include <array>
 #include <cmath>
-#include <cstring>
 
 namespace trovik::test {
 namespace {
@@ -104,8 +104,8 @@ private:
         ASSERT_EQ(a.has_value(), b.has_value()) << "after " << story;
         if (!a) return;
         ASSERT_EQ(a->face, b->face) << "after " << story;
-        ASSERT_EQ(std::memcmp(&a->t, &b->t, sizeof a->t), 0) << "after " << story;
-        ASSERT_EQ(std::memcmp(&a->position, &b->position, sizeof a->position), 0);
+        ASSERT_TRUE(SameBits(a->t, b->t)) << "after " << story;
+        ASSERT_TRUE(SameBits(a->position, b->position));
     }
     float Reach() {
         float most = 0.0f;

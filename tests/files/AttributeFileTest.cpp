@@ -63,9 +63,9 @@ TEST(AttributeFile, ObjCornersMayLackTextureCoordinates) {
     const PolygonMesh mesh = ReadObjText(
         "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nf 1 2 3\nvt 0.5 0.25 9\nvt 1\nf 1/1 3/-1 4//\n");
     EXPECT_EQ(mesh.attributes.uvs, (Uvs{{0.5f, 0.25f}, {1, 0}}));
-    constexpr std::uint32_t None = SurfaceAttributes::none;
+    constexpr std::uint32_t none = SurfaceAttributes::none;
     EXPECT_EQ(mesh.attributes.cornerUvs,
-              (std::vector<std::uint32_t>{None, None, None, 0, 1, None}));
+              (std::vector<std::uint32_t>{none, none, none, 0, 1, none}));
     const TemporaryFolder folder;
     WriteObj(folder.Path("again.obj"), mesh);
     EXPECT_EQ(CornerUvValues(ReadObj(folder.Path("again.obj"))), CornerUvValues(mesh));

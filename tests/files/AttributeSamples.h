@@ -85,6 +85,7 @@ inline std::vector<std::array<float, 2>> CornerUvValues(const PolygonMesh& mesh)
 inline std::vector<std::string> FaceNames(const std::vector<std::uint32_t>& numbers,
                                           const std::vector<std::string>& names) {
     std::vector<std::string> list;
+    list.reserve(numbers.size());
     for (const std::uint32_t number : numbers) {
         list.push_back(number == SurfaceAttributes::none ? "-" : names[number]);
     }

@@ -32,8 +32,9 @@ PolygonMesh Strip(std::uint32_t count, const Indices& groups, const Indices& mat
     PolygonMesh mesh;
     mesh.name = "strip";
     for (std::uint32_t vertex = 0; vertex < count + 2; ++vertex) {
+        const std::uint32_t column = vertex / 2;
         mesh.positions.push_back(
-            {static_cast<float>(vertex / 2), static_cast<float>(vertex % 2), 0.0f});
+            {static_cast<float>(column), static_cast<float>(vertex % 2), 0.0f});
     }
     for (std::uint32_t face = 0; face < count; ++face) {
         mesh.faceSizes.push_back(3);

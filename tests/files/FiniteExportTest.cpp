@@ -31,7 +31,7 @@ constexpr const char* Names[] = {"m.obj", "m.ply", "m.stl", "m.gltf", "m.glb", "
 template <class Write>
 std::string Refusal(const TemporaryFolder& folder, const std::string& name, const Write& write) {
     const std::size_t files = folder.FileCount();
-    const std::string message = MessageOf<HostError>([&] { write(folder.Path(name)); });
+    std::string message = MessageOf<HostError>([&] { write(folder.Path(name)); });
     EXPECT_THAT(message, StartsWith(folder.Path(name) + ": "));
     EXPECT_EQ(folder.FileCount(), files);
     return message;

@@ -41,7 +41,7 @@ std::string Triangle() {
     return {reinterpret_cast<const char*>(numbers), sizeof numbers};
 }
 
-std::string Glb(json document, const std::string& binary) {
+std::string Glb(const json& document, const std::string& binary) {
     std::string text = document.dump();
     text.resize((text.size() + 3) / 4 * 4, ' ');
     const auto word = [](std::size_t number) {

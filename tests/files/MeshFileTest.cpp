@@ -175,20 +175,20 @@ TEST(MeshFile, DecimalCommasOfTheLocaleChangeNothing) {
 }
 
 TEST(MeshFile, FilesLargerThanTheBuffersRoundTrip) {
-    constexpr std::uint32_t Side = 300;
+    constexpr std::uint32_t side = 300;
     PolygonMesh mesh;
-    for (std::uint32_t row = 0; row <= Side; ++row) {
-        for (std::uint32_t column = 0; column <= Side; ++column) {
+    for (std::uint32_t row = 0; row <= side; ++row) {
+        for (std::uint32_t column = 0; column <= side; ++column) {
             mesh.positions.push_back(
                 {static_cast<float>(column) / 7.0f, static_cast<float>(row) / 3.0f, 0.1f});
         }
     }
-    for (std::uint32_t row = 0; row < Side; ++row) {
-        for (std::uint32_t column = 0; column < Side; ++column) {
-            const std::uint32_t corner = row * (Side + 1) + column;
+    for (std::uint32_t row = 0; row < side; ++row) {
+        for (std::uint32_t column = 0; column < side; ++column) {
+            const std::uint32_t corner = row * (side + 1) + column;
             mesh.faceSizes.push_back(4);
             mesh.faceVertices.insert(mesh.faceVertices.end(),
-                                     {corner, corner + 1, corner + Side + 2, corner + Side + 1});
+                                     {corner, corner + 1, corner + side + 2, corner + side + 1});
         }
     }
     const TemporaryFolder folder;

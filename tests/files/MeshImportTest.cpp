@@ -112,10 +112,11 @@ TEST(MeshImport, DroppedFacesAreCountedAndAMeshWithoutOthersIsRefused) {
 PolygonMesh SeamedGrid() {
     PolygonMesh mesh;
     for (int i = 0; i < 9; ++i) {
+        const int row = i / 3;
         mesh.positions.push_back(
-            {static_cast<float>(i % 3), static_cast<float>(i / 3), static_cast<float>(i)});
+            {static_cast<float>(i % 3), static_cast<float>(row), static_cast<float>(i)});
         mesh.attributes.uvs.push_back(
-            {static_cast<float>(i % 3) * 0.25f, static_cast<float>(i / 3) * 0.5f});
+            {static_cast<float>(i % 3) * 0.25f, static_cast<float>(row) * 0.5f});
     }
     for (int row = 0; row < 3; ++row) {
         mesh.attributes.uvs.push_back({0.75f, static_cast<float>(row) * 0.5f});

@@ -125,11 +125,11 @@ TEST(ObjFile, BadFacesNameTheirLineAndReason) {
     // 2^32 + 1 truncated to 32 bits would refer to vertex 1.
     EXPECT_THAT(Refusal(WithFace("f 2 3 4294967297\n")),
                 HasSubstr("line 5: face corner '4294967297'"));
-    std::string long_face = "f";
+    std::string longFace = "f";
     for (int corner = 1; corner <= 1'000'001; ++corner) {
-        long_face += " 1";
+        longFace += " 1";
     }
-    EXPECT_THAT(Refusal(WithFace(long_face)), HasSubstr("line 5: face has 1000001 corners"));
+    EXPECT_THAT(Refusal(WithFace(longFace)), HasSubstr("line 5: face has 1000001 corners"));
 }
 
 TEST(ObjFile, BadCoordinatesNameTheirLineAndReason) {

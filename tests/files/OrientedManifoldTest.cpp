@@ -192,15 +192,15 @@ TEST(OrientedManifold, FinAlongTwoInnerEdgesLeavesASlit) {
 }
 
 TEST(OrientedManifold, MoebiusStripIsCutOpen) {
-    constexpr std::uint32_t Length = 7;
+    constexpr std::uint32_t length = 7;
     Faces faces;
-    for (std::uint32_t i = 0; i < Length; ++i) {
-        const bool isLast = i + 1 == Length;
+    for (std::uint32_t i = 0; i < length; ++i) {
+        const bool isLast = i + 1 == length;
         const std::uint32_t lower = isLast ? 1 : 2 * i + 2;
         const std::uint32_t upper = isLast ? 0 : 2 * i + 3;
         faces.push_back({2 * i, lower, upper, 2 * i + 1});
     }
-    PolygonMesh mesh = MeshOf(2 * Length, faces);
+    PolygonMesh mesh = MeshOf(2 * length, faces);
     const ManifoldReport report = MakeOrientedManifold(mesh);
     EXPECT_EQ(report.misorientedEdges, 1u);
     EXPECT_EQ(report.addedVertices, 2u);

@@ -16,7 +16,7 @@ namespace trovik {
 /// Returns a triangle, a quad, a pentagon and a face with 300 corners, with unused vertices in
 /// between and coordinates of all magnitudes.
 inline PolygonMesh MixedMesh() {
-    constexpr std::uint32_t Corners = 300;
+    constexpr std::uint32_t corners = 300;
     PolygonMesh mesh;
     mesh.name = "two words";
     std::mt19937 bits(20240917);
@@ -28,17 +28,17 @@ inline PolygonMesh MixedMesh() {
             }
         }
     };
-    for (std::uint32_t vertex = 0; vertex < Corners + 10; ++vertex) {
+    for (std::uint32_t vertex = 0; vertex < corners + 10; ++vertex) {
         mesh.positions.push_back({anyFloat(), anyFloat(), anyFloat()});
     }
     mesh.positions[0] = {0.1f, -0.0f, std::numeric_limits<float>::denorm_min()};
     mesh.positions[1] = {
         std::numeric_limits<float>::max(), std::numeric_limits<float>::min(), 16777217.0f};
     mesh.positions[2] = {1.0f / 3.0f, -2.0f / 3.0f, 1e-38f};
-    mesh.faceSizes = {3, 4, Corners, 5};
+    mesh.faceSizes = {3, 4, corners, 5};
     mesh.faceVertices = {2, 0, 1, 8, 7, 5, 4};
-    for (std::uint32_t corner = 0; corner < Corners; ++corner) {
-        mesh.faceVertices.push_back(Corners + 9 - corner);
+    for (std::uint32_t corner = 0; corner < corners; ++corner) {
+        mesh.faceVertices.push_back(corners + 9 - corner);
     }
     mesh.faceVertices.insert(mesh.faceVertices.end(), {9, 3, 1, 0, 6});
     return mesh;

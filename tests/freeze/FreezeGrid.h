@@ -26,6 +26,7 @@ public:
     /// The amounts of a row, in order of x.
     std::vector<int> Row(int y, const std::vector<uint8_t>& amounts) {
         std::vector<int> row;
+        row.reserve(static_cast<std::size_t>(side));
         for (int x = 0; x < side; ++x) row.push_back(amounts[At(x, y)]);
         return row;
     }

@@ -110,13 +110,13 @@ TEST_F(FreezeScript, BoxLassoAndImageAreProjectedByTheCamera) {
     ExpectAmounts(R"({"mask": {"image": {"file": "mask.tif", "over": [0, 0, 400, 400]}}})",
                   [](float x, float) {
                       const float share = std::clamp((x + 1.0f) * 0.5f, 0.0f, 1.0f);
-                      return static_cast<int>((0.25f + 0.75f * share) * 127.0f + 0.5f);
+                      return static_cast<int>(std::lround((0.25f + 0.75f * share) * 127.0f));
                   });
     ExpectAmounts(R"({"mask": {"image": {"file": "mask.tif", "channel": "alpha",
                                            "invert": true}, "mode": "replace"}})",
                   [](float x, float) {
                       const float share = std::clamp((x + 1.0f) * 0.5f, 0.0f, 1.0f);
-                      return static_cast<int>(0.5f * share * 127.0f + 0.5f);
+                      return static_cast<int>(std::lround(0.5f * share * 127.0f));
                   });
 }
 

@@ -23,7 +23,7 @@ using testing::HasSubstr;
 /// Writes a file directly with the image library, so that its values are known.
 template <class Sample>
 std::string WriteSamples(const std::string& path,
-                         OIIO::TypeDesc type,
+                         const OIIO::TypeDesc& type,
                          int width,
                          int height,
                          int channels,
@@ -39,6 +39,7 @@ std::string WriteSamples(const std::string& path,
 
 std::vector<std::uint32_t> Bits(const std::vector<float>& values) {
     std::vector<std::uint32_t> bits;
+    bits.reserve(values.size());
     for (const float value : values) {
         bits.push_back(std::bit_cast<std::uint32_t>(value));
     }
@@ -165,21 +166,21 @@ TEST(ImageFile, SignedValuesAreRefusedForUnsignedFormats) {
 
 TEST(ImageFile, TiledAndTallImagesKeepTheirRows) {
     const TemporaryFolder folder;
-    constexpr int Width = 1024;
-    constexpr int Height = 5000;
-    std::vector<std::uint8_t> samples(std::size_t{Width} * Height);
+    constexpr int width = 1024;
+    constexpr int height = 5000;
+    std::vector<std::uint8_t> samples(std::size_t{width} * height);
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        samples[i] = static_cast<std::uint8_t>((i * 7 + i / Width) % 251);
+        samples[i] = static_cast<std::uint8_t>((i * 7 + i / width) % 251);
     }
     const std::string path = folder.Path("tiled.tif");
     const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(path);
-    OIIO::ImageSpec spec(Width, Height, 1, OIIO::TypeUInt8);
+    OIIO::ImageSpec spec(width, height, 1, OIIO::TypeUInt8);
     spec.tile_width = 48;
     spec.tile_height = 80;
     ASSERT_TRUE(output->open(path, spec));
     ASSERT_TRUE(output->write_image(OIIO::TypeUInt8, samples.data()));
     ASSERT_TRUE(output->close());
-    WriteImageFile(folder.Path("rows.png"), samples.data(), Width, Height, 1);
+    WriteImageFile(folder.Path("rows.png"), samples.data(), width, height, 1);
     for (const std::string& each : {path, folder.Path("rows.png")}) {
         SCOPED_TRACE(each);
         const FloatImage image = ReadImageFile(each);

@@ -25,16 +25,16 @@ using testing::HasSubstr;
 /// Writes an image of random samples directly with libpng, with any colour type and bit depth of
 /// the format.
 std::string WritePng(const std::string& path, int colorType, int bitDepth, bool isInterlaced) {
-    constexpr png_uint_32 Width = 19;
-    constexpr png_uint_32 Height = 13;
+    constexpr png_uint_32 width = 19;
+    constexpr png_uint_32 height = 13;
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop info = png_create_info_struct(png);
     std::FILE* file = std::fopen(path.c_str(), "wb");
     png_init_io(png, file);
     png_set_IHDR(png,
                  info,
-                 Width,
-                 Height,
+                 width,
+                 height,
                  bitDepth,
                  colorType,
                  isInterlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE,
@@ -60,10 +60,10 @@ std::string WritePng(const std::string& path, int colorType, int bitDepth, bool 
     description.text = text.data();
     png_set_text(png, info, &description, 1);
     png_write_info(png, info);
-    std::vector<png_byte> bytes(png_get_rowbytes(png, info) * Height);
+    std::vector<png_byte> bytes(png_get_rowbytes(png, info) * height);
     std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<png_byte>(random()); });
     std::vector<png_bytep> rows;
-    for (png_uint_32 y = 0; y < Height; ++y) {
+    for (png_uint_32 y = 0; y < height; ++y) {
         rows.push_back(bytes.data() + y * png_get_rowbytes(png, info));
     }
     png_write_image(png, rows.data());
@@ -74,16 +74,16 @@ std::string WritePng(const std::string& path, int colorType, int bitDepth, bool 
 }
 
 struct Kind {
-    int colorType;
     std::vector<int> depths;
+    int colorType;
     std::uint32_t channels;
 };
 
-const Kind kinds[] = {{PNG_COLOR_TYPE_GRAY, {1, 2, 4, 8, 16}, 1},
-                      {PNG_COLOR_TYPE_GRAY_ALPHA, {8, 16}, 2},
-                      {PNG_COLOR_TYPE_RGB, {8, 16}, 3},
-                      {PNG_COLOR_TYPE_RGBA, {8, 16}, 4},
-                      {PNG_COLOR_TYPE_PALETTE, {1, 2, 4, 8}, 4}};
+const Kind kinds[] = {{{1, 2, 4, 8, 16}, PNG_COLOR_TYPE_GRAY, 1},
+                      {{8, 16}, PNG_COLOR_TYPE_GRAY_ALPHA, 2},
+                      {{8, 16}, PNG_COLOR_TYPE_RGB, 3},
+                      {{8, 16}, PNG_COLOR_TYPE_RGBA, 4},
+                      {{1, 2, 4, 8}, PNG_COLOR_TYPE_PALETTE, 4}};
 
 TEST(PngFile, EveryKindHasTheSamplesOfTheImageLibrary) {
     const TemporaryFolder folder;

@@ -125,6 +125,7 @@ TEST(Block, LogNamesTheCurrentAllocation) {
 
 TEST(Block, LogOmitsNamesWithASmallFraction) {
     std::vector<std::unique_ptr<Block>> many;
+    many.reserve(99);
     for (int i = 0; i < 99; ++i) many.push_back(std::make_unique<Block>("many", 4));
     const Block few("few", 4);
     EXPECT_THAT(LinesOf(0.5f, false), Contains(HasSubstr("many: 99 arrays")));

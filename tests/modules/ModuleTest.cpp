@@ -46,6 +46,7 @@ TEST(Module, FolderIsNextToTheLibrary) {
 
 TEST(Module, LoadsOnceForAllThreads) {
     std::vector<std::future<const void*>> loads;
+    loads.reserve(8);
     for (int i = 0; i < 8; ++i)
         loads.push_back(
             std::async(std::launch::async, [] { return OpenModule(EmbreeModule(), "tests"); }));

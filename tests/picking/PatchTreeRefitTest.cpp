@@ -26,6 +26,7 @@ std::vector<FaceVisit> MovePatch(LevelMesh& mesh,
     for (uint32_t slot = 0; slot < mesh.faceCount * mesh.CornersPerFace(); ++slot)
         if (moved.count(mesh.faceVertexIndices.array[slot]) != 0) patches.insert(slot / perPatch);
     std::vector<FaceVisit> visits;
+    visits.reserve(patches.size());
     for (const uint32_t touched : patches) visits.push_back({touched, touched == patch});
     return visits;
 }

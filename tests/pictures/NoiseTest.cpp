@@ -64,7 +64,8 @@ TEST(SoftFacing, IsSmooth) {
         EXPECT_FLOAT_EQ(SoftFacing(1.0f, softness), 1.0f);
         const float step = 1e-2f;
         float slope = 0.0f;
-        for (float c = -1.0f; c < 0.99f; c += step) {
+        for (int i = 0; i < 199; ++i) {
+            const float c = step * static_cast<float>(i) - 1.0f;
             const float next = (SoftFacing(c + step, softness) - SoftFacing(c, softness)) / step;
             EXPECT_LT(std::fabs(next - slope), step / softness + 1e-3f) << c;
             slope = next;
@@ -79,8 +80,9 @@ protected:
     static constexpr int side = 48;
     FilteredPlane() {
         for (int i = 0; i < side * side; ++i) {
+            const int row = i / side;
             guides.push_back(
-                {{0, 0, 1}, {static_cast<float>(i % side), static_cast<float>(i / side), 0}, 1.0f});
+                {{0, 0, 1}, {static_cast<float>(i % side), static_cast<float>(row), 0}, 1.0f});
             values.push_back({});
             values.back().opennessCount = values.back().keyCount = 16.0f;
         }
@@ -92,7 +94,8 @@ protected:
         values[static_cast<std::size_t>(pixel)].openness = free / 16.0f;
     }
     float Openness(int x, int y) const {
-        return values[static_cast<std::size_t>(y * side + x)].openness;
+        const int pixel = y * side + x;
+        return values[static_cast<std::size_t>(pixel)].openness;
     }
     void Filter() { FilterVisibility(side, side, guides, values); }
     /// Returns the root mean square difference from `wanted` in columns [from, to).

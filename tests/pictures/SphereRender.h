@@ -14,7 +14,8 @@
 namespace trovik::test {
 
 inline std::size_t PixelAt(const RenderImage& p, int x, int y) {
-    return static_cast<std::size_t>(y * p.width + x);
+    const int pixel = y * p.width + x;
+    return static_cast<std::size_t>(pixel);
 }
 
 /// Returns the sum of red, green and blue, 0 to 765.

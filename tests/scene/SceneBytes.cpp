@@ -55,7 +55,10 @@ std::string JoinScene(const std::string& header, const std::vector<RawChunk>& ch
         if (chunk.name == "HEAD") content = BytesOf(SlowCrc32(header));
         if (chunk.name == "TEND") content = BytesOf(uint64_t{bytes.size() + 24});
         const std::string length = BytesOf(uint64_t{content.size()});
-        bytes += chunk.name + BytesOf(SlowCrc32(chunk.name + length + content)) + length + content;
+        std::string checked = chunk.name;
+        checked.append(length).append(content);
+        bytes.append(chunk.name).append(BytesOf(SlowCrc32(checked)));
+        bytes.append(length).append(content);
     }
     return bytes;
 }

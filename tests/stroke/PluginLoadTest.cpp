@@ -174,7 +174,7 @@ TEST_F(PluginLoad, ErrorsOfTheModuleReachTheHost) {
     Error* caught = nullptr;
     try {
         parent->AddChild(child);
-        map.release();
+        static_cast<void>(map.release());
     } catch (Error* error) {
         caught = error;
     }
@@ -185,7 +185,7 @@ TEST_F(PluginLoad, ErrorsOfTheModuleReachTheHost) {
     Error::Dispose(caught);
     EXPECT_EQ(HostKernel::Instance().crashFlags, 0u);
     // The child was linked before it was notified.
-    if (child->Parent() != nullptr) map.release();
+    if (child->Parent() != nullptr) static_cast<void>(map.release());
 }
 
 }  // namespace

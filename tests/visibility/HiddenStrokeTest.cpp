@@ -5,6 +5,7 @@
 #include "framework/brushes/Falloff.h"
 #include "framework/edits/Symmetry.h"
 #include "framework/freeze/FreezeBrush.h"
+#include "framework/math/SameBits.h"
 #include "framework/multires/Steps.h"
 #include "framework/strokes/StrokeLoop.h"
 #include "tests/meshes/MeshZoo.h"
@@ -12,7 +13,6 @@
 #include "tests/visibility/VisibilityState.h"
 
 #include <cmath>
-#include <cstring>
 
 namespace trovik::test {
 namespace {
@@ -28,7 +28,7 @@ FaceChoice RandomFaces(const LevelMesh& level, RandomNumbers& random) {
 }
 
 bool SamePosition(const VertexBits& a, const VertexBits& b) {
-    return std::memcmp(a.position, b.position, sizeof a.position) == 0;
+    return SameBits(a.position, b.position);
 }
 
 /// Two fixtures apply the same strokes. In one, faces are hidden; in the other, their vertices are
