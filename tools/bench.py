@@ -127,7 +127,7 @@ def table(found):
             each = row["ns"] / row["vertices"]
             line += f" {each:10.2f} {1e3 / each:10.1f}"
             floor = found.get("floor/" + name.rsplit("/", 1)[-1])
-            if floor and name.startswith(("dab/", "kernel", "first")) and "triangles" not in name:
+            if floor and name.startswith(("dab/", "kernel", "first", "grab/")) and "triangles" not in name:
                 line += f" {row['ns'] / floor['ns']:8.2f}"
         lines.append(line)
     return "\n".join(lines)
@@ -151,6 +151,9 @@ def ratios(found):
             f"kernel-by-value/{family}/100000")
         put(f"{family}, patch cache to visiting all", f"dab/{family}/plain/100000",
             f"dab-visiting-all/{family}/100000")
+    for size in (10000, 100000, 1000000):
+        put(f"grab motion to floor, {size}", f"grab/motion/{size}", f"floor/{size}")
+    put("grab press to first dab, 100000", "grab/press/100000", "first-dab/pushing/100000")
     put("first dab to its floor, 100000", "first-dab/pushing/100000", "floor-first-touch/100000")
     put("normals to floor", "normals/eight/100000", "floor/100000")
     put("refit to floor", "refit/100000", "floor/100000")
@@ -198,7 +201,7 @@ def measure_ladder(build):
 # Each program compares only its own benchmarks with each other.
 PROGRAMS = {
     "stroke-bench": lambda build: ratios(
-        run_repeated(build, "stroke-bench", "^(dab|floor|first-dab|kernel|normals|refit)")),
+        run_repeated(build, "stroke-bench", "^(dab|floor|first-dab|kernel|normals|refit|grab)")),
     "document-bench": lambda build: ratios(run_document_bench(build, "/[68]/|^copy")),
     "display-bench": lambda build: ratios(
         run_display_bench(build, "^pack-dab/.*/9/1/|^copy-dab|^(pack|copy)-all/9(/1/|/real)")),
