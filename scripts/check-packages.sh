@@ -186,6 +186,7 @@ fi
 
 step "python3-trovik"
 install /packages/python3-trovik_*.deb
+inside 'python3 -c "import trovik, importlib.metadata as m; assert m.version(\"trovik\") == trovik.__version__"'
 inside 'mkdir meshes && cp /examples/meshes/spot.obj /examples/meshes/cube.obj meshes'
 for program in "$root"/examples/python/*.py; do
     name=$(basename "$program" .py)

@@ -22,6 +22,7 @@ from ._errors import BusyError, Cancelled, ClosedError, Error, SculptWarning, Th
 from ._live import LiveStroke
 from ._open import new, open, recover, save_stamp
 from ._trace import Trace, read_trace, run_script
+from ._version import __version__ as __version__
 
 __all__ = [
     "Arrays",

@@ -6,10 +6,12 @@ usage: use_python_package.py MESH PREFIX
 
 import re
 import sys
+from importlib.metadata import version
 
 import trovik
 
 mesh, prefix = sys.argv[1:]
+assert version("trovik") == trovik.__version__
 with trovik.open(mesh, levels=2) as s:
     # The tool Repeat needs an installed stamp, and a render needs a module of the library.
     s.tool("Repeat", radius=0.1, strength=40)
