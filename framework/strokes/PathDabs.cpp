@@ -18,11 +18,11 @@ constexpr float smallestDab = 0.01f;
 /// of the spacing ends with a dab.
 constexpr double nearEnough = 1.0 - 1e-4;
 
-bool IsPast(PathDabs::Deadline deadline) {
-    return deadline != PathDabs::noDeadline && std::chrono::steady_clock::now() >= deadline;
-}
-
 }  // namespace
+
+bool PathDabs::IsPast(Deadline deadline) {
+    return deadline != noDeadline && std::chrono::steady_clock::now() >= deadline;
+}
 
 PathDabs::PathDabs(StrokeLoop& strokeLoop,
                    LevelGeometry& strokeGeometry,

@@ -50,6 +50,8 @@ public:
     void Add(const PathSample& sample) { path.Add(sample); }
     using Deadline = std::chrono::steady_clock::time_point;
     static constexpr Deadline noDeadline = Deadline::max();
+    /// Reads the clock unless there is no deadline.
+    static bool IsPast(Deadline deadline);
 
     /// Applies all dabs that are final, or as many of them as the deadline allows. The clock is
     /// read after each dab, so at least one is applied. The dabs are bit-identical regardless of

@@ -8,10 +8,6 @@ namespace trovik {
 
 namespace {
 
-bool IsPast(PathDabs::Deadline deadline) {
-    return deadline != PathDabs::noDeadline && std::chrono::steady_clock::now() >= deadline;
-}
-
 PathSample Between(const PathSample& from, const PathSample& to, float fraction) {
     PathSample sample = to;
     sample.pressure = from.pressure + (to.pressure - from.pressure) * fraction;
@@ -77,7 +73,7 @@ bool PullStroke::Advance(PathDabs::Deadline deadline) {
         passed = Between(passed, next, fraction);
         here = from + (end - from) * fraction;
         ApplyDab(here, passed);
-        if (IsPast(deadline)) return false;
+        if (PathDabs::IsPast(deadline)) return false;
     }
     return true;
 }
