@@ -78,19 +78,19 @@ HWVector RecordedPosition(const StoredVertexInfo& record) {
     return ReversedXyz(_mm_loadu_ps(record.originalPosition));
 }
 
-/// Sets the vertex's visit stamp, which is in the vertex's record or, if there is none, in the
+/// Returns the vertex's visit stamp, which is in the vertex's record or, if there is none, in the
 /// vertex itself.
-/// \return whether the stamp was different.
-TROVIK_FORCE_INLINE bool Visit(Mesh& mesh, uint32_t vertex) {
+///
+/// The stamp is the word after the position, which is read with four lanes. A read of the position
+/// soon after a write of the stamp waits until the stamp has left the store buffer, so callers
+/// write the stamp last.
+TROVIK_FORCE_INLINE uint32_t& VisitStampOf(Mesh& mesh, uint32_t vertex) {
     Vertex& v = mesh.vertices.array[vertex];
-    uint32_t* stamp = &v.changeLink;
     if (v.changeLink < mesh.changeRecordCount) {
         StoredVertexInfo& record = mesh.changeRecords[v.changeLink];
-        if (record.vertexIndex == vertex) stamp = &record.visitStampWord;
+        if (record.vertexIndex == vertex) return record.visitStampWord;
     }
-    if (*stamp == mesh.visitStamp) return false;
-    *stamp = mesh.visitStamp;
-    return true;
+    return v.changeLink;
 }
 
 /// Adds a vertex that this traversal has not visited. Distances are measured on the surface as it
@@ -116,13 +116,13 @@ constexpr uint32_t prefetchDistance = 16;
 }  // namespace
 
 bool SwiftStroke::SamplePlaneVertex(uint32_t vertex) {
-    return Visit(*mesh, vertex) && SamplePlaneVertexUnchecked(vertex);
+    return VisitStampOf(*mesh, vertex) != mesh->visitStamp && SamplePlaneVertexUnchecked(vertex);
 }
 
 bool SwiftStroke::SamplePlaneVertexUnchecked(uint32_t vertex) {
-    Visit(*mesh, vertex);
     AreaSums sums(*this);
     const bool counted = AddVertex(*mesh, *CurrentChange(), vertex, sums);
+    VisitStampOf(*mesh, vertex) = mesh->visitStamp;
     sums.Store();
     return counted;
 }
@@ -143,7 +143,10 @@ bool SwiftStroke::SamplePlanePatch(uint32_t patch) {
         if (i + prefetchDistance < count)
             __builtin_prefetch(mesh->vertices.array + slice[table[i + prefetchDistance]], 1);
         const uint32_t vertex = slice[table[i]];
-        if (Visit(*mesh, vertex) && AddVertex(*mesh, change, vertex, sums)) counted = true;
+        uint32_t& stamp = VisitStampOf(*mesh, vertex);
+        if (stamp == mesh->visitStamp) continue;
+        if (AddVertex(*mesh, change, vertex, sums)) counted = true;
+        stamp = mesh->visitStamp;
     }
     sums.Store();
     return counted;
@@ -155,18 +158,24 @@ bool SwiftStroke::SampleCachedPatch(const PatchCache::Patch& patch) {
     StoredVertexInfo* records = CurrentChange()->records->array;
     const uint32_t stamp = mesh->visitStamp;
     const bool original = useOriginalDataForFlatten;
-    const bool beyond = IsOutOfReach(*this, patch);
+    if (IsOutOfReach(*this, patch)) {
+        for (const PatchCache::Run& run : patchCache.RunsOf(patch))
+            for (uint32_t i = 0; i < run.count; ++i) records[run.first + i].visitStampWord = stamp;
+        return false;
+    }
 
     AreaSums sums(*this);
     bool counted = false;
     const uint32_t* vertex = patch.vertices;
     for (const PatchCache::Run& run : patchCache.RunsOf(patch)) {
+        const uint32_t* const runEnd = vertex + run.count;
         StoredVertexInfo* record = records + run.first;
-        for (const StoredVertexInfo* end = record + run.count; record != end; ++record, ++vertex) {
+        for (; vertex != runEnd; ++record, ++vertex) {
+            if (!original && runEnd - vertex > prefetchDistance)
+                __builtin_prefetch(mesh->vertices.array + vertex[prefetchDistance]);
             if (record->visitStampWord == stamp) continue;
-            record->visitStampWord = stamp;
-            if (beyond) continue;
             const HWVector measured = RecordedPosition(*record);
+            record->visitStampWord = stamp;
             if (sums.Add(measured, [&] {
                     return original ? SampledVertex{measured, &record->originalNormal}
                                     : SampleNow(*mesh, *vertex);
