@@ -140,8 +140,12 @@ Vector SculptLayer::CurrentRest(const Entry& entry) const {
 }
 
 void SculptLayer::AbsorbForeignMove(Entry& entry) {
+    const Vector present = level->Position(entry.vertex);
+    // During a stroke, usually only this layer moves the vertex.
+    if (SameBits(present, entry.state.seen)) [[likely]]
+        return;
     entry.state.rest = CurrentRest(entry);
-    entry.state.seen = level->Position(entry.vertex);
+    entry.state.seen = present;
 }
 
 }  // namespace trovik

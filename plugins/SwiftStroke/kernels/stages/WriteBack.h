@@ -17,7 +17,9 @@ TROVIK_FORCE_INLINE void WriteBack(const Switches& sw, DabConstants& dab, Vertex
         brush.layer->get(&old, v.record->layerSlot);
         const Vector offset = step + old;
         brush.layer->set(nullptr, v.record->layerSlot, v.vertex, &offset, true);
-        moved = PositionOf(*v.vertexRecord);
+        // The layer has just written the coordinates one by one. A read with four lanes would wait
+        // until they have left the store buffer.
+        moved = HWVector(v.vertexRecord->x, v.vertexRecord->y, v.vertexRecord->z, 0.0f);
     } else {
         moved = v.current + v.displacement;
         StorePosition(*v.vertexRecord, moved);
