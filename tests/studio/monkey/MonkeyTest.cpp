@@ -111,18 +111,27 @@ protected:
         isBaseKnown = true;
     }
 
+    /// Returns the labels of the applied steps.
+    std::string History() const {
+        std::string labels;
+        for (std::size_t i = 0; i < State().historyPosition; ++i)
+            labels += (i == 0 ? "" : ", ") + State().history[i].label;
+        return labels;
+    }
+
     void CheckThatUndoRestoresTheStart() {
         // Exports the surface first, so that requests that are still queued are counted below.
         const ContentHash now = Surface();
         WaitUntilIdle();
         const auto done = static_cast<int>(State().historyPosition);
+        const std::string steps = History();
         if (done > 0) Run({{"undo", done}});
         WaitUntilIdle();
         EXPECT_EQ(State().historyPosition, 0u);
         EXPECT_EQ(State().levels, baseLevels);
-        EXPECT_EQ(Surface(), base) << "after undoing " << done << " steps";
+        EXPECT_EQ(Surface(), base) << "after undoing " << steps;
         if (done > 0) Run({{"redo", done}});
-        EXPECT_EQ(Surface(), now) << "after redoing " << done << " steps";
+        EXPECT_EQ(Surface(), now) << "after redoing " << steps;
     }
 
     void CheckThatTheSceneCanBeRead() {
