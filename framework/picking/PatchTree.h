@@ -5,6 +5,7 @@
 
 #include <array>
 #include <optional>
+#include <span>
 
 namespace trovik {
 
@@ -25,6 +26,17 @@ struct PickHit {
     Vector normal;
     /// For a ray, the position is origin + t * direction. For Nearest, t is the distance.
     float t = 0.0f;
+};
+
+/// Restricts a search for the nearest point to a part of the surface.
+struct NearestLimits {
+    /// One number for each face of the level; if not empty, faces with numbers other than `part`
+    /// are ignored.
+    std::span<const uint32_t> parts;
+    uint32_t part = 0;
+    /// If not zero, triangles whose normals form an angle of more than 90 degrees with this vector
+    /// are ignored.
+    Vector facing;
 };
 
 /// Finds intersections of rays with the bound level of a geometry. The recursive face order already
@@ -64,7 +76,9 @@ public:
     /// not finite or its direction is zero.
     std::optional<PickHit> Pick(const Ray& ray) const;
     /// Returns the point on the surface nearest to `p` (mesh-local). Empty if `p` is not finite.
-    std::optional<PickHit> Nearest(const Vector& p) const;
+    std::optional<PickHit> Nearest(const Vector& p) const { return Nearest(p, {}); }
+    /// The same for a part of the surface. Empty also if the limits exclude all faces.
+    std::optional<PickHit> Nearest(const Vector& p, const NearestLimits& limits) const;
 
     /// Recomputes all boxes.
     void RefitAll();

@@ -131,7 +131,9 @@ private:
 /// Kelley, Vincent: "Nearest Neighbor Queries" (1995).
 class NearestQuery {
 public:
-    NearestQuery(const LevelMesh& ofMesh, const Vector& p) : mesh(ofMesh), point(ToDouble(p)) {
+    NearestQuery(const LevelMesh& ofMesh, const Vector& p, const NearestLimits& toLimits)
+        : mesh(ofMesh), point(ToDouble(p)), limits(toLimits), facing(ToDouble(toLimits.facing)) {
+        isFacing = limits.facing != Vector();
         best.t = std::numeric_limits<double>::infinity();
     }
 
@@ -152,6 +154,7 @@ public:
     bool IsBehindBest(double nearest) const { return nearest > best.t; }
 
     void Face(uint32_t face, const uint32_t* vertex, uint32_t corners) {
+        if (!limits.parts.empty() && limits.parts[face] != limits.part) return;
         std::array<Vector3d, 4> placed;
         for (uint32_t k = 0; k < corners; ++k) {
             const Vector position = mesh.Position(vertex[k]);
@@ -159,6 +162,9 @@ public:
             placed[k] = ToDouble(position);
         }
         for (uint32_t k = 2; k < corners; ++k) {
+            if (isFacing &&
+                Dot(Cross(placed[k - 1] - placed[0], placed[k] - placed[0]), facing) < 0.0)
+                continue;
             best.Take(NearestOfTriangle(point, placed[0], placed[k - 1], placed[k]),
                       face,
                       vertex[0],
@@ -172,6 +178,9 @@ public:
 private:
     const LevelMesh& mesh;
     Vector3d point;
+    const NearestLimits& limits;
+    Vector3d facing;
+    bool isFacing;
 };
 
 }  // namespace
@@ -246,9 +255,9 @@ std::optional<PickHit> PatchTree::Pick(const Ray& ray) const {
     return MakeHit(*level, query.best);
 }
 
-std::optional<PickHit> PatchTree::Nearest(const Vector& p) const {
+std::optional<PickHit> PatchTree::Nearest(const Vector& p, const NearestLimits& limits) const {
     if (!IsFinite(p)) return {};
-    NearestQuery query(*level, p);
+    NearestQuery query(*level, p, limits);
     Walk(query);
     if (query.best.face == openBorder) return {};
     PickHit hit = MakeHit(*level, query.best);

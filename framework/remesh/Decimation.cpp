@@ -17,8 +17,6 @@ namespace trovik {
 namespace {
 
 constexpr uint32_t none = NewSurface::none;
-/// Mask amounts from this one on keep a vertex.
-constexpr uint8_t keptFrom = (freezeAmountMask + 1) / 2;
 /// How often a decimation is repeated to stay within an error.
 constexpr int maxTries = 10;
 
@@ -63,7 +61,7 @@ WedgeMesh WedgesOf(SourceSurface& source, JobControl* job) {
         const std::size_t first = std::size_t{face} * corners;
         const uint32_t* v = level.faceVertexIndices.array + first;
         const bool isKept = std::all_of(
-            v, v + corners, [&](uint32_t vertex) { return level.Freeze(vertex) >= keptFrom; });
+            v, v + corners, [&](uint32_t vertex) { return level.Freeze(vertex) >= keptMaskAmount; });
         std::vector<uint32_t>& triangles = isKept ? mesh.kept : mesh.removable;
         const auto wedge = [&](uint32_t corner) {
             return wedgeOf(v[corner], cornerUvs.empty() ? none : cornerUvs[first + corner]);

@@ -50,6 +50,7 @@ const SurfaceAttributes& SourceSurface::Attributes(JobControl* job) {
 }
 
 std::vector<NearestPoint> SourceSurface::Nearest(const std::vector<Vector>& points,
+                                                 const std::vector<NearestLimits>& limits,
                                                  JobControl* job) {
     if (!tree) tree.emplace(&Level(), job);
     std::vector<NearestPoint> nearest(points.size());
@@ -57,7 +58,12 @@ std::vector<NearestPoint> SourceSurface::Nearest(const std::vector<Vector>& poin
     for (std::size_t first = 0; first < points.size(); first += queriesPerRun) {
         const std::size_t count = std::min(queriesPerRun, points.size() - first);
         RunInParallel(static_cast<uint32_t>(count), 256, [&](uint32_t i) {
-            const auto hit = tree->Nearest(points[first + i]);
+            NearestLimits limit = limits.empty() ? NearestLimits{} : limits[first + i];
+            auto hit = tree->Nearest(points[first + i], limit);
+            if (!hit) {
+                limit.facing = {};
+                hit = tree->Nearest(points[first + i], limit);
+            }
             if (hit) nearest[first + i] = Resolved(Level(), *hit);
         });
         phase.Add(count);

@@ -9,6 +9,9 @@
 
 namespace trovik {
 
+/// Operations that keep masked areas keep the vertices with this mask amount or a higher one.
+inline constexpr uint8_t keptMaskAmount = (freezeAmountMask + 1) / 2;
+
 /// The point of a surface that is nearest to some other point.
 struct NearestPoint {
     uint32_t face = 0;
@@ -37,7 +40,14 @@ public:
     /// Returns the nearest point of the surface for each point. Points are mesh-local and finite.
     /// Runs on several threads; the results do not depend on their number.
     /// \throw Cancelled. Cost: the first call builds a pick tree, O(n log n).
-    std::vector<NearestPoint> Nearest(const std::vector<Vector>& points, JobControl* job = nullptr);
+    std::vector<NearestPoint> Nearest(const std::vector<Vector>& points, JobControl* job = nullptr) {
+        return Nearest(points, {}, job);
+    }
+    /// The same with limits for each point. If the direction of its limits excludes all faces, only
+    /// the number of the part is used.
+    std::vector<NearestPoint> Nearest(const std::vector<Vector>& points,
+                                      const std::vector<NearestLimits>& limits,
+                                      JobControl* job = nullptr);
 
     /// Returns the level as a polygon mesh with its attributes, in mesh-local coordinates and
     /// without normals.

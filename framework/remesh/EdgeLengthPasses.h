@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/remesh/SurfaceRelaxation.h"
+#include "framework/tessellation/EdgeOperations.h"
+
+namespace trovik {
+
+/// Which edits the passes make, and when they stop.
+struct PassLimits {
+    bool splits = true;
+    bool collapses = true;
+    /// Moves new vertices only, and flips only edges of faces with new vertices.
+    bool keepsOldVertices = false;
+    /// Splitting stops at this number of faces, and collapsing at that one.
+    uint32_t mostFaces = 0xffffffffu;
+    uint32_t leastFaces = 0;
+};
+
+/// Brings the edges of a mesh closer to the lengths: splits long edges, removes short ones, flips
+/// edges and relaxes vertices, once each over the whole mesh, in the order of the indices.
+/// \param phase  counts `stepsOfPass`. \return whether an edge was split or removed.
+inline constexpr uint64_t stepsOfPass = 4;
+bool RunPass(EditableMesh& mesh,
+             const EdgeLengths& lengths,
+             const PassLimits& limits,
+             SurfaceRelaxation& relaxation,
+             JobPhase& phase);
+
+}  // namespace trovik

@@ -1,0 +1,227 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framework/remesh/IsotropicRemeshing.h"
+
+#include "framework/errors/HostError.h"
+#include "framework/jobs/JobPhase.h"
+#include "framework/memory/FreeMemory.h"
+#include "framework/mesh/LevelForecast.h"
+#include "framework/remesh/EdgeLengthPasses.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace trovik {
+
+namespace {
+
+/// Passes at a constant length.
+constexpr int lengthPasses = 8;
+/// Passes that adjust the length to reach a number of faces.
+constexpr int adjustingPasses = 24;
+/// Lengths change by this factor per pass if edges are only split or only collapsed.
+constexpr float lengthStep = 0.85f;
+/// The area of a triangle of a remeshed surface, as a fraction of that of an equilateral triangle
+/// with the target length.
+constexpr double relativeArea = 0.95;
+constexpr double equilateralArea = 0.43301270189;
+constexpr uint64_t maxFaces = 1u << 30;
+
+std::string TextOf(float number) {
+    char text[32];
+    return {text, std::to_chars(text, text + sizeof text, number).ptr};
+}
+
+/// The triangles of a surface: the area of those that may change, and the number of the others.
+struct FreeArea {
+    double area = 0.0;
+    uint64_t keptFaces = 0;
+};
+
+FreeArea FreeAreaOf(SourceSurface& source) {
+    const LevelMesh& level = source.Level();
+    const std::vector<uint32_t> triangles = TrianglesOf(level);
+    FreeArea result;
+    for (std::size_t i = 0; i < triangles.size(); i += 3) {
+        const uint32_t* v = &triangles[i];
+        if (std::all_of(
+                v, v + 3, [&](uint32_t at) { return level.Freeze(at) >= keptMaskAmount; })) {
+            ++result.keptFaces;
+            continue;
+        }
+        const Vector a = level.Position(v[0]);
+        const Vector normal = (level.Position(v[1]) - a) & (level.Position(v[2]) - a);
+        result.area += 0.5 * static_cast<double>(normal.Length());
+    }
+    return result;
+}
+
+RemeshForecast ForecastOf(SourceSurface& source,
+                          const IsotropicRemeshing& settings,
+                          const FreeArea& free) {
+    RemeshForecast forecast;
+    if (settings.edgeLength) {
+        forecast.edgeLength = source.LocalLength(*settings.edgeLength);
+        const double length = static_cast<double>(forecast.edgeLength);
+        const double count = free.area / (equilateralArea * relativeArea * length * length);
+        forecast.faces = free.keptFaces + static_cast<uint64_t>(std::min(count, 1e18));
+    } else {
+        forecast.faces = *settings.faces;
+        const uint64_t changed = std::max<uint64_t>(
+            forecast.faces > free.keptFaces ? forecast.faces - free.keptFaces : 0, 4);
+        forecast.edgeLength = static_cast<float>(std::sqrt(
+            free.area / (equilateralArea * relativeArea * static_cast<double>(changed))));
+    }
+    // The mesh being edited, the polygons of the result, and the level.
+    constexpr uint64_t bytesPerTriangle = 3 * 16 + 4 + 3 * sizeof(uint32_t) + sizeof(uint32_t) +
+                                          LevelForecast::bytesPerFace;
+    constexpr uint64_t bytesPerVertex = 24 + 3 * sizeof(float) + LevelForecast::bytesPerVertex;
+    const uint64_t most = std::max<uint64_t>(forecast.faces, source.Level().faceCount * 2ull);
+    forecast.bytes = most * bytesPerTriangle + most / 2 * bytesPerVertex;
+    return forecast;
+}
+
+void Check(const IsotropicRemeshing& settings) {
+    if (settings.edgeLength.has_value() == settings.faces.has_value())
+        throw HostError("remeshing needs either an edge length or a number of faces");
+    if (settings.edgeLength && !(*settings.edgeLength > 0.0f && std::isfinite(*settings.edgeLength)))
+        throw HostError("the edge length must be above 0, not " + TextOf(*settings.edgeLength));
+    if (settings.faces && *settings.faces == 0)
+        throw HostError("the number of faces must be above 0");
+}
+
+/// The polygons of the source, with UVs as their only attributes.
+PolygonMesh PolygonsOf(SourceSurface& source, bool keepsUvs, JobControl* job) {
+    PolygonMesh mesh = source.Polygons(job);
+    SurfaceAttributes uvs;
+    if (keepsUvs) {
+        uvs.uvs = std::move(mesh.attributes.uvs);
+        uvs.cornerUvs = std::move(mesh.attributes.cornerUvs);
+    }
+    mesh.attributes = std::move(uvs);
+    return mesh;
+}
+
+/// Runs the passes of one remeshing.
+class Remesher {
+public:
+    Remesher(SourceSurface& source,
+             EditableMesh& toMesh,
+             const SurfaceParts& parts,
+             const IsotropicRemeshing& itsSettings,
+             uint64_t itsKeptFaces)
+        : mesh(toMesh), relaxation(source, parts), settings(itsSettings), keptFaces(itsKeptFaces) {
+        limits.splits = settings.mode != RemeshMode::Coarsen;
+        limits.collapses = settings.mode != RemeshMode::Refine;
+        limits.keepsOldVertices = settings.mode == RemeshMode::Refine;
+    }
+
+    void Run(float length, JobControl* job) {
+        JobPhase phase(job, "Remeshing", (lengthPasses + adjustingPasses) * stepsOfPass);
+        if (settings.faces && settings.mode != RemeshMode::Both)
+            ApproachFaces(length, phase);
+        else
+            RunAt(length, lengthPasses, phase);
+        if (settings.faces && settings.mode == RemeshMode::Both) AdjustFaces(length, phase);
+        phase.Reach((lengthPasses + adjustingPasses) * stepsOfPass);
+        phase.Finish();
+    }
+
+private:
+    void RunAt(float length, int passes, JobPhase& phase) {
+        for (int pass = 0; pass < passes; ++pass)
+            RunPass(mesh, EdgeLengths(length), limits, relaxation, phase);
+    }
+
+    /// Changes the length until the number of faces is within half a per cent.
+    void AdjustFaces(float length, JobPhase& phase) {
+        const double wanted = static_cast<double>(*settings.faces);
+        for (int pass = 0; pass < adjustingPasses; ++pass) {
+            const double count = mesh.FaceCount();
+            if (std::fabs(count - wanted) <= std::max(wanted * 0.005, 1.0)) return;
+            const auto kept = static_cast<double>(keptFaces);
+            const double ratio = std::max(count - kept, 1.0) / std::max(wanted - kept, 4.0);
+            length *= static_cast<float>(std::clamp(std::sqrt(ratio), 0.5, 2.0));
+            // The last edges are split or collapsed one by one.
+            (count < wanted ? limits.mostFaces : limits.leastFaces) = *settings.faces;
+            RunAt(length, 1, phase);
+        }
+    }
+
+    /// Splits or collapses, beginning at a length that changes few edges, until the number of faces
+    /// is reached.
+    void ApproachFaces(float length, JobPhase& phase) {
+        const bool refines = settings.mode == RemeshMode::Refine;
+        const float step = refines ? lengthStep : 1.0f / lengthStep;
+        (refines ? limits.mostFaces : limits.leastFaces) = *settings.faces;
+        const auto isReached = [&] {
+            return refines ? mesh.FaceCount() >= *settings.faces
+                           : mesh.FaceCount() <= *settings.faces;
+        };
+        for (int pass = -4; pass < adjustingPasses - 4 && !isReached(); ++pass)
+            RunAt(length * std::pow(step, static_cast<float>(pass)), 1, phase);
+        limits.splits = limits.collapses = false;
+        RunAt(length, 3, phase);
+    }
+
+    EditableMesh& mesh;
+    SurfaceRelaxation relaxation;
+    const IsotropicRemeshing& settings;
+    uint64_t keptFaces;
+    PassLimits limits;
+};
+
+void Report(const EditableMesh& mesh, const IsotropicRemeshing& settings, NewSurface& made) {
+    const uint32_t count = mesh.FaceCount();
+    made.report.notes.push_back(std::to_string(count) + " triangles");
+    if (!settings.faces) return;
+    const double wanted = static_cast<double>(*settings.faces);
+    if (std::fabs(static_cast<double>(count) - wanted) <= std::max(wanted * 0.05, 1.0)) return;
+    made.report.warnings.push_back(
+        "the mesh has " + std::to_string(count) + " triangles; " +
+        std::to_string(*settings.faces) +
+        " cannot be reached with the mode, the masked area, and the borders, seams and creases that "
+        "are kept");
+}
+
+NewSurface MakeRemeshed(SourceSurface& source, const IsotropicRemeshing& settings, JobControl* job) {
+    Check(settings);
+    const FreeArea free = FreeAreaOf(source);
+    if (!(free.area > 0.0))
+        throw HostError(free.keptFaces > 0 ? "all faces are masked" : "the surface has no area");
+    const RemeshForecast forecast = ForecastOf(source, settings, free);
+    if (forecast.faces > maxFaces) {
+        throw HostError("the edge length " + TextOf(settings.edgeLength.value_or(0.0f)) +
+                        " would give more than " + std::to_string(maxFaces) + " triangles");
+    }
+    CheckFreeMemory("remeshing to about " + std::to_string(forecast.faces) + " triangles",
+                    forecast.bytes);
+    EditableMesh mesh(PolygonsOf(source, settings.keepsUvs, job), job);
+    const SurfaceParts parts = MarkFeatures(mesh, source, settings.kept, job);
+    // Builds the search tree in its own phase.
+    source.Nearest({}, job);
+    Remesher(source, mesh, parts, settings, free.keptFaces).Run(forecast.edgeLength, job);
+    NewSurface made;
+    made.mesh = mesh.ToPolygons(&made.vertexSources, &made.faceSources);
+    if (settings.kept.groups)
+        for (uint32_t& face : made.faceSources) face = parts.firstFaces[face];
+    else
+        made.faceSources.clear();
+    Report(mesh, settings, made);
+    return made;
+}
+
+}  // namespace
+
+RemeshForecast ForecastRemesh(SourceSurface& source, const IsotropicRemeshing& settings) {
+    Check(settings);
+    return ForecastOf(source, settings, FreeAreaOf(source));
+}
+
+SurfaceOperation Remesh(const IsotropicRemeshing& settings) {
+    return {"Remesh", [settings](SourceSurface& source, JobControl* job) {
+                return MakeRemeshed(source, settings, job);
+            }};
+}
+
+}  // namespace trovik

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/remesh/SurfaceFeatures.h"
+#include "framework/remesh/SurfaceReplacement.h"
+
+#include <optional>
+
+namespace trovik {
+
+/// Which edges a remeshing changes.
+enum class RemeshMode {
+    /// Splits long edges and removes short ones.
+    Both,
+    /// Only splits long edges. Existing vertices are not moved.
+    Refine,
+    /// Only removes short edges.
+    Coarsen
+};
+
+/// Settings of an isotropic remeshing. Exactly one of `edgeLength` and `faces` must be set.
+struct IsotropicRemeshing {
+    /// Target length of the edges, in world units.
+    std::optional<float> edgeLength = {};
+    /// Number of triangles, including those of masked areas.
+    std::optional<uint32_t> faces = {};
+    RemeshMode mode = RemeshMode::Both;
+    KeptFeatures kept = {};
+    /// Keeps UVs and their seams. Otherwise, the new mesh has no UVs.
+    bool keepsUvs = true;
+};
+
+/// The predicted result of a remeshing. It is within about 10 % if the mode is Both and most of the
+/// surface is free; the other modes depend on the lengths of the existing edges.
+struct RemeshForecast {
+    /// Target edge length, mesh-local.
+    float edgeLength = 0.0f;
+    uint64_t faces = 0;
+    /// Memory that the operation needs.
+    uint64_t bytes = 0;
+};
+
+/// Cost: O(faces).
+TROVIK_API RemeshForecast ForecastRemesh(SourceSurface& source, const IsotropicRemeshing& settings);
+
+/// Replaces the mesh by triangles with edges of about the same length and angles near 60 degrees,
+/// after Botsch, Kobbelt: "A Remeshing Approach to Multiresolution Modeling" (2004): long edges are
+/// split, short edges are collapsed, edges are flipped, and vertices are relaxed in the tangent
+/// plane and projected onto the old surface. Quads are split into triangles first.
+///
+/// - UV seams, borders of groups, open borders and creases remain where they are: their vertices are
+///   old vertices or points on their edges. Edges across them are not collapsed.
+/// - Vertices that are masked by at least half, and edges between them, are kept.
+/// - Results are deterministic, but not symmetric, even if the surface is.
+///
+/// If the number of faces cannot be reached within 5 %, a warning reports it. Throws HostError if
+/// the settings are invalid, the surface has no area, or there is not enough memory.
+TROVIK_API SurfaceOperation Remesh(const IsotropicRemeshing& settings);
+
+}  // namespace trovik

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "framework/tessellation/EditableMesh.h"
+
+/// \file Operations on single edges and vertices that improve a triangulation without folding the
+/// surface. Each of them checks whether it is useful and valid, and otherwise changes nothing. After
+/// Botsch, Kobbelt: "A Remeshing Approach to Multiresolution Modeling" (2004).
+///
+/// A face is valid if it is not degenerate and its normal is within about 75 degrees of the old one.
+/// If the old face was degenerate, any normal is accepted. Costs: O(valence).
+namespace trovik {
+
+/// The lengths between which edges are left as they are, for a target length. Splitting an edge of
+/// more than 4/3 of the target, or removing one of less than 4/5, brings the lengths closer to it.
+struct EdgeLengths {
+    explicit EdgeLengths(float target) : longest(target * (4.0f / 3.0f)), shortest(target * 0.8f) {}
+    float longest;
+    float shortest;
+};
+
+/// Twice the area of a face, as the length of its normal.
+TROVIK_API Vector AreaNormalOf(const EditableMesh& mesh, uint32_t face);
+/// The normalised sum of the area normals around a vertex; zero if it vanishes.
+TROVIK_API Vector NormalAt(const EditableMesh& mesh, uint32_t vertex);
+TROVIK_API float EdgeLength(const EditableMesh& mesh, uint32_t halfEdge);
+
+/// Splits an edge that is longer than `lengths.longest` at its midpoint, unless it is kept.
+/// \return the new vertex, or EditableMesh::none.
+TROVIK_API uint32_t SplitLongEdge(EditableMesh& mesh,
+                                  uint32_t halfEdge,
+                                  const EdgeLengths& lengths);
+
+/// Removes an edge that is shorter than `lengths.shortest`. Two free vertices become one at the
+/// midpoint; otherwise, the vertex that is on a curve, a corner or fixed keeps its position. Refused
+/// if an edge would become longer than `lengths.longest`, or if a curve would be cut off at an angle
+/// of more than 60 degrees. \return whether the edge was removed.
+TROVIK_API bool CollapseShortEdge(EditableMesh& mesh,
+                                  uint32_t halfEdge,
+                                  const EdgeLengths& lengths);
+
+/// Flips an edge if that brings the numbers of neighbours of its four vertices closer to six (four
+/// on a border), or if one of its faces is much thinner than both of the new ones. \return whether
+/// the edge was flipped.
+TROVIK_API bool FlipToImprove(EditableMesh& mesh, uint32_t halfEdge);
+
+/// The mean of the neighbours of a vertex, projected onto its tangent plane.
+TROVIK_API Vector RelaxedPosition(const EditableMesh& mesh, uint32_t vertex);
+
+/// Moves a free vertex, unless a face around it would become invalid. Its UV is interpolated in the
+/// face towards which it moves. The vertex loses its source. \return whether it was moved.
+TROVIK_API bool MoveFreeVertex(EditableMesh& mesh, uint32_t vertex, const Vector& position);
+
+}  // namespace trovik
