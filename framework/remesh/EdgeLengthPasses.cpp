@@ -29,39 +29,32 @@ uint64_t SweepOnce(EditableMesh& mesh, JobPhase& phase, const Edit& edit) {
     return changes;
 }
 
-/// Sweeps until no edge is changed. \return the number of changes.
+/// Sweeps until no edge is changed.
 template <typename Edit>
-uint64_t Sweep(EditableMesh& mesh, int maxSweeps, JobPhase& phase, const Edit& edit) {
-    uint64_t all = 0;
-    for (int sweep = 0; sweep < maxSweeps; ++sweep) {
-        const uint64_t changes = SweepOnce(mesh, phase, edit);
-        all += changes;
-        if (changes == 0) break;
-    }
-    return all;
+void Sweep(EditableMesh& mesh, int maxSweeps, JobPhase& phase, const Edit& edit) {
+    for (int sweep = 0; sweep < maxSweeps; ++sweep)
+        if (SweepOnce(mesh, phase, edit) == 0) break;
 }
 
 /// Splits long edges, roughly the longest ones first: splitting an edge that is not the longest of
 /// its faces gives thinner faces.
-uint64_t SplitLongEdges(EditableMesh& mesh,
-                        const EdgeLengths& lengths,
-                        uint32_t mostFaces,
-                        JobPhase& phase) {
+void SplitLongEdges(EditableMesh& mesh,
+                    const EdgeLengths& lengths,
+                    uint32_t mostFaces,
+                    JobPhase& phase) {
     float longest = 0.0f;
     SweepOnce(mesh, phase, [&](uint32_t h) {
         if (!mesh.IsKeptEdge(h)) longest = std::max(longest, EdgeLength(mesh, h));
         return false;
     });
-    uint64_t changes = 0;
     while (longest > lengths.longest) {
         longest = std::max(longest * 0.8f, lengths.longest);
         EdgeLengths step = lengths;
         step.longest = longest;
-        changes += SweepOnce(mesh, phase, [&](uint32_t h) {
+        SweepOnce(mesh, phase, [&](uint32_t h) {
             return mesh.FaceCount() < mostFaces && SplitLongEdge(mesh, h, step) != none;
         });
     }
-    return changes;
 }
 
 bool HasNewVertex(const EditableMesh& mesh, uint32_t halfEdge) {
@@ -75,16 +68,15 @@ bool HasNewVertex(const EditableMesh& mesh, uint32_t halfEdge) {
 
 }  // namespace
 
-bool RunPass(EditableMesh& mesh,
+void RunPass(EditableMesh& mesh,
              const EdgeLengths& lengths,
              const PassLimits& limits,
              SurfaceRelaxation& relaxation,
              JobPhase& phase) {
-    uint64_t changes = 0;
-    if (limits.splits) changes += SplitLongEdges(mesh, lengths, limits.mostFaces, phase);
+    if (limits.splits) SplitLongEdges(mesh, lengths, limits.mostFaces, phase);
     phase.Add();
     if (limits.collapses) {
-        changes += Sweep(mesh, maxCollapseSweeps, phase, [&](uint32_t h) {
+        Sweep(mesh, maxCollapseSweeps, phase, [&](uint32_t h) {
             return mesh.FaceCount() > limits.leastFaces && CollapseShortEdge(mesh, h, lengths);
         });
     }
@@ -95,7 +87,6 @@ bool RunPass(EditableMesh& mesh,
     phase.Add();
     relaxation.Relax(mesh, limits.keepsOldVertices, phase);
     phase.Add();
-    return changes > 0;
 }
 
 }  // namespace trovik

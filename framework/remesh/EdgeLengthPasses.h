@@ -17,11 +17,13 @@ struct PassLimits {
     uint32_t leastFaces = 0;
 };
 
-/// Brings the edges of a mesh closer to the lengths: splits long edges, removes short ones, flips
-/// edges and relaxes vertices, once each over the whole mesh, in the order of the indices.
-/// \param phase  counts `stepsOfPass`. \return whether an edge was split or removed.
+/// Number of steps by which RunPass advances a phase.
 inline constexpr uint64_t stepsOfPass = 4;
-bool RunPass(EditableMesh& mesh,
+
+/// Brings the edges of a mesh closer to the lengths: splits long edges, removes short ones, flips
+/// edges, and relaxes the vertices once, all over the whole mesh and in the order of the indices.
+/// \throw Cancelled; the mesh is then valid, but incomplete.
+void RunPass(EditableMesh& mesh,
              const EdgeLengths& lengths,
              const PassLimits& limits,
              SurfaceRelaxation& relaxation,

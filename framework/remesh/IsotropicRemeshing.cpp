@@ -23,8 +23,8 @@ constexpr int adjustingPasses = 24;
 constexpr float lengthStep = 0.85f;
 /// The area of a triangle of a remeshed surface, as a fraction of that of an equilateral triangle
 /// with the target length.
-constexpr double relativeArea = 0.95;
-constexpr double equilateralArea = 0.43301270189;
+constexpr double relativeArea = 1.04;
+constexpr double areaOfUnitLength = relativeArea * 0.43301270189;
 constexpr uint64_t maxFaces = 1u << 30;
 
 std::string TextOf(float number) {
@@ -32,53 +32,13 @@ std::string TextOf(float number) {
     return {text, std::to_chars(text, text + sizeof text, number).ptr};
 }
 
-/// The triangles of a surface: the area of those that may change, and the number of the others.
-struct FreeArea {
-    double area = 0.0;
-    uint64_t keptFaces = 0;
-};
-
-FreeArea FreeAreaOf(SourceSurface& source) {
-    const LevelMesh& level = source.Level();
-    const std::vector<uint32_t> triangles = TrianglesOf(level);
-    FreeArea result;
-    for (std::size_t i = 0; i < triangles.size(); i += 3) {
-        const uint32_t* v = &triangles[i];
-        if (std::all_of(
-                v, v + 3, [&](uint32_t at) { return level.Freeze(at) >= keptMaskAmount; })) {
-            ++result.keptFaces;
-            continue;
-        }
-        const Vector a = level.Position(v[0]);
-        const Vector normal = (level.Position(v[1]) - a) & (level.Position(v[2]) - a);
-        result.area += 0.5 * static_cast<double>(normal.Length());
-    }
-    return result;
-}
-
-RemeshForecast ForecastOf(SourceSurface& source,
-                          const IsotropicRemeshing& settings,
-                          const FreeArea& free) {
-    RemeshForecast forecast;
-    if (settings.edgeLength) {
-        forecast.edgeLength = source.LocalLength(*settings.edgeLength);
-        const double length = static_cast<double>(forecast.edgeLength);
-        const double count = free.area / (equilateralArea * relativeArea * length * length);
-        forecast.faces = free.keptFaces + static_cast<uint64_t>(std::min(count, 1e18));
-    } else {
-        forecast.faces = *settings.faces;
-        const uint64_t changed = std::max<uint64_t>(
-            forecast.faces > free.keptFaces ? forecast.faces - free.keptFaces : 0, 4);
-        forecast.edgeLength = static_cast<float>(std::sqrt(
-            free.area / (equilateralArea * relativeArea * static_cast<double>(changed))));
-    }
-    // The mesh being edited, the polygons of the result, and the level.
-    constexpr uint64_t bytesPerTriangle = 3 * 16 + 4 + 3 * sizeof(uint32_t) + sizeof(uint32_t) +
-                                          LevelForecast::bytesPerFace;
-    constexpr uint64_t bytesPerVertex = 24 + 3 * sizeof(float) + LevelForecast::bytesPerVertex;
-    const uint64_t most = std::max<uint64_t>(forecast.faces, source.Level().faceCount * 2ull);
-    forecast.bytes = most * bytesPerTriangle + most / 2 * bytesPerVertex;
-    return forecast;
+/// Memory for a number of triangles: the mesh being edited, the polygons of the result, and the
+/// level.
+uint64_t BytesFor(uint64_t triangles) {
+    constexpr uint64_t perTriangle =
+        3 * 16 + 4 + 4 * sizeof(uint32_t) + LevelForecast::bytesPerFace;
+    constexpr uint64_t perVertex = 24 + 3 * sizeof(float) + LevelForecast::bytesPerVertex;
+    return triangles * perTriangle + triangles / 2 * perVertex;
 }
 
 void Check(const IsotropicRemeshing& settings) {
@@ -186,21 +146,25 @@ void Report(const EditableMesh& mesh, const IsotropicRemeshing& settings, NewSur
 
 NewSurface MakeRemeshed(SourceSurface& source, const IsotropicRemeshing& settings, JobControl* job) {
     Check(settings);
-    const FreeArea free = FreeAreaOf(source);
-    if (!(free.area > 0.0))
-        throw HostError(free.keptFaces > 0 ? "all faces are masked" : "the surface has no area");
-    const RemeshForecast forecast = ForecastOf(source, settings, free);
-    if (forecast.faces > maxFaces) {
-        throw HostError("the edge length " + TextOf(settings.edgeLength.value_or(0.0f)) +
-                        " would give more than " + std::to_string(maxFaces) + " triangles");
+    const RemeshEstimate estimate = EstimateRemesh(source);
+    if (!(estimate.freeArea > 0.0))
+        throw HostError(estimate.keptFaces > 0 ? "all faces are masked"
+                                               : "the surface has no area");
+    const float length =
+        settings.edgeLength ? *settings.edgeLength : estimate.LengthFor(*settings.faces);
+    const uint64_t faces = estimate.FacesFor(length);
+    if (faces > maxFaces) {
+        throw HostError("the edge length " + TextOf(length) + " would give more than " +
+                        std::to_string(maxFaces) + " triangles");
     }
-    CheckFreeMemory("remeshing to about " + std::to_string(forecast.faces) + " triangles",
-                    forecast.bytes);
+    CheckFreeMemory("remeshing to about " + std::to_string(faces) + " triangles",
+                    BytesFor(std::max<uint64_t>(faces, source.Level().faceCount * 2ull)));
     EditableMesh mesh(PolygonsOf(source, settings.keepsUvs, job), job);
     const SurfaceParts parts = MarkFeatures(mesh, source, settings.kept, job);
     // Builds the search tree in its own phase.
     source.Nearest({}, job);
-    Remesher(source, mesh, parts, settings, free.keptFaces).Run(forecast.edgeLength, job);
+    Remesher(source, mesh, parts, settings, estimate.keptFaces)
+        .Run(source.LocalLength(length), job);
     NewSurface made;
     made.mesh = mesh.ToPolygons(&made.vertexSources, &made.faceSources);
     if (settings.kept.groups)
@@ -213,9 +177,36 @@ NewSurface MakeRemeshed(SourceSurface& source, const IsotropicRemeshing& setting
 
 }  // namespace
 
-RemeshForecast ForecastRemesh(SourceSurface& source, const IsotropicRemeshing& settings) {
-    Check(settings);
-    return ForecastOf(source, settings, FreeAreaOf(source));
+uint64_t RemeshEstimate::FacesFor(float edgeLength) const {
+    const double length = static_cast<double>(edgeLength);
+    const double count = freeArea / (areaOfUnitLength * length * length);
+    return keptFaces + static_cast<uint64_t>(std::min(count, 1e18));
+}
+
+float RemeshEstimate::LengthFor(uint64_t faces) const {
+    const uint64_t changed = std::max<uint64_t>(faces > keptFaces ? faces - keptFaces : 0, 4);
+    return static_cast<float>(
+        std::sqrt(freeArea / (areaOfUnitLength * static_cast<double>(changed))));
+}
+
+RemeshEstimate EstimateRemesh(SourceSurface& source) {
+    const LevelMesh& level = source.Level();
+    const std::vector<uint32_t> triangles = TrianglesOf(level);
+    RemeshEstimate estimate;
+    for (std::size_t i = 0; i < triangles.size(); i += 3) {
+        const uint32_t* v = &triangles[i];
+        if (std::all_of(
+                v, v + 3, [&](uint32_t at) { return level.Freeze(at) >= keptMaskAmount; })) {
+            ++estimate.keptFaces;
+            continue;
+        }
+        const Vector a = level.Position(v[0]);
+        const Vector normal = (level.Position(v[1]) - a) & (level.Position(v[2]) - a);
+        estimate.freeArea += 0.5 * static_cast<double>(normal.Length());
+    }
+    const double scale = 1.0 / static_cast<double>(source.LocalLength(1.0f));
+    estimate.freeArea *= scale * scale;
+    return estimate;
 }
 
 SurfaceOperation Remesh(const IsotropicRemeshing& settings) {

@@ -30,18 +30,22 @@ struct IsotropicRemeshing {
     bool keepsUvs = true;
 };
 
-/// The predicted result of a remeshing. It is within about 10 % if the mode is Both and most of the
-/// surface is free; the other modes depend on the lengths of the existing edges.
-struct RemeshForecast {
-    /// Target edge length, mesh-local.
-    float edgeLength = 0.0f;
-    uint64_t faces = 0;
-    /// Memory that the operation needs.
-    uint64_t bytes = 0;
+/// Predicts the result of a remeshing with RemeshMode::Both. The predictions are within about 10 % if
+/// most of the surface is free; the other modes depend on the lengths of the existing edges.
+struct TROVIK_API RemeshEstimate {
+    /// Area of the surface without the masked triangles, which are kept. Both areas and lengths are
+    /// in world units; see SourceSurface::LocalLength for scales that differ between the axes.
+    double freeArea = 0.0;
+    uint64_t keptFaces = 0;
+
+    /// The number of triangles for a target edge length, including the masked ones.
+    uint64_t FacesFor(float edgeLength) const;
+    /// The target edge length for a number of triangles.
+    float LengthFor(uint64_t faces) const;
 };
 
 /// Cost: O(faces).
-TROVIK_API RemeshForecast ForecastRemesh(SourceSurface& source, const IsotropicRemeshing& settings);
+TROVIK_API RemeshEstimate EstimateRemesh(SourceSurface& source);
 
 /// Replaces the mesh by triangles with edges of about the same length and angles near 60 degrees,
 /// after Botsch, Kobbelt: "A Remeshing Approach to Multiresolution Modeling" (2004): long edges are

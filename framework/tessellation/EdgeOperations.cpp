@@ -135,6 +135,19 @@ bool Collapse(EditableMesh& mesh, uint32_t h, uint32_t removed, const EdgeLength
     return true;
 }
 
+/// Whether a face at the edge has a kept edge that is longer than the edge.
+bool HasLongerKeptEdge(const EditableMesh& mesh, uint32_t halfEdge, float squaredLength) {
+    for (const uint32_t side : {halfEdge, mesh.Twin(halfEdge)}) {
+        if (side == none) continue;
+        for (const uint32_t h : {EditableMesh::Next(side), EditableMesh::Previous(side)})
+            if (mesh.IsKeptEdge(h) &&
+                SquaredLength(mesh.Position(mesh.To(h)) - mesh.Position(mesh.From(h))) >
+                    squaredLength)
+                return true;
+    }
+    return false;
+}
+
 /// How far the number of neighbours of a vertex, changed by `change`, is from the regular one.
 int ValenceError(const EditableMesh& mesh, uint32_t vertex, int change) {
     const int regular = mesh.IsBorderVertex(vertex) ? 4 : 6;
@@ -162,7 +175,9 @@ float EdgeLength(const EditableMesh& mesh, uint32_t halfEdge) {
 uint32_t SplitLongEdge(EditableMesh& mesh, uint32_t halfEdge, const EdgeLengths& lengths) {
     const Vector a = mesh.Position(mesh.From(halfEdge));
     const Vector b = mesh.Position(mesh.To(halfEdge));
-    if (!(SquaredLength(b - a) > lengths.longest * lengths.longest) || mesh.IsKeptEdge(halfEdge))
+    const float squared = SquaredLength(b - a);
+    if (!(squared > lengths.longest * lengths.longest) || mesh.IsKeptEdge(halfEdge) ||
+        HasLongerKeptEdge(mesh, halfEdge, squared))
         return none;
     const Vector middle = (a + b) * 0.5f;
     // At the resolution of single precision, an edge cannot be split.

@@ -25,8 +25,9 @@ TROVIK_API Vector AreaNormalOf(const EditableMesh& mesh, uint32_t face);
 TROVIK_API Vector NormalAt(const EditableMesh& mesh, uint32_t vertex);
 TROVIK_API float EdgeLength(const EditableMesh& mesh, uint32_t halfEdge);
 
-/// Splits an edge that is longer than `lengths.longest` at its midpoint, unless it is kept.
-/// \return the new vertex, or EditableMesh::none.
+/// Splits an edge that is longer than `lengths.longest` at its midpoint. Refused if it is kept, or if
+/// one of its faces has a longer kept edge: the face that keeps that edge would always have another
+/// long edge, so splitting would never end. \return the new vertex, or EditableMesh::none.
 TROVIK_API uint32_t SplitLongEdge(EditableMesh& mesh,
                                   uint32_t halfEdge,
                                   const EdgeLengths& lengths);

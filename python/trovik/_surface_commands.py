@@ -200,6 +200,7 @@ class SurfaceCommands(Steps):
         See Also
         --------
         repair : Repair the mesh.
+        remesh : Replace the mesh by triangles of equal size.
 
         Examples
         --------
@@ -210,6 +211,40 @@ class SurfaceCommands(Steps):
         if faces is not None:
             fields["faces"] = faces
         self._do({"decimate": fields_of(fields)}, progress)
+
+    def remesh(self, edge_length: Optional[float] = None, *, progress: Progress = None, **fields: Any) -> None:
+        """Replace the mesh by triangles with edges of equal length; see ``docs/topology.md``.
+
+        Parameters
+        ----------
+        edge_length : float, optional
+            The target length of the edges, in world units.
+        progress : callable, optional
+            See `Commands`.
+        **fields
+            ``faces``, the number of triangles, instead of `edge_length`; ``mode`` (``"both"``, ``"refine"``
+            or ``"coarsen"``); ``keepBorders``, ``keepGroups`` and ``keepUvs``; ``creaseAngle`` (degrees).
+
+        Raises
+        ------
+        Error
+            If not exactly one of a length and a number is given, if a field is invalid, or if faces
+            are hidden.
+        BufferError
+            If views of the positions exist.
+
+        See Also
+        --------
+        decimate : Replace the mesh by a coarser one with triangles of different sizes.
+
+        Examples
+        --------
+        >>> s.remesh(0.05)
+        >>> s.remesh(faces=5000, creaseAngle=60)
+        """
+        if edge_length is not None:
+            fields["edgeLength"] = edge_length
+        self._do({"remesh": fields_of(fields)}, progress)
 
     def repair(self, *, progress: Progress = None, **fields: Any) -> None:
         """Repair the mesh; see ``docs/topology.md``.

@@ -115,7 +115,7 @@ def test_the_mesh_can_be_replaced(ball):
     vertices = len(ball.positions)
     before = ball.positions.tobytes()
     view = ball.positions
-    for replace in (ball.repair, lambda: ball.decimate(100)):
+    for replace in (ball.repair, lambda: ball.decimate(100), lambda: ball.remesh(0.2)):
         with pytest.raises(BufferError):
             replace()
     del view
@@ -124,6 +124,21 @@ def test_the_mesh_can_be_replaced(ball):
     assert 380 <= ball.faces().shape[0] <= 400 and ball.faces().shape[1] == 3
     ball.undo()
     assert len(ball.positions) == vertices and ball.positions.tobytes() == before
+
+
+def test_the_mesh_can_be_remeshed(ball):
+    before = ball.positions.tobytes()
+    ball.remesh(0.2)
+    p = ball.positions[ball.faces()]
+    lengths = np.linalg.norm(p - np.roll(p, 1, axis=1), axis=2)
+    assert ((lengths > 0.12) & (lengths < 0.3)).mean() > 0.95
+    del p
+    ball.undo()
+    assert ball.positions.tobytes() == before
+    ball.remesh(faces=1000, creaseAngle=60)
+    assert 950 <= len(ball.faces()) <= 1050
+    with pytest.raises(trovik.Error, match="exclude each other"):
+        ball.remesh(0.2, faces=1000)
 
 
 def test_freeze_accepts_arrays(ball):

@@ -72,31 +72,7 @@ TEST(Decimation, KeepsBordersAndMaskedAreasBitForBit) {
 }
 
 TEST(Decimation, KeepsTheSidesOfTextureSeams) {
-    PolygonMesh cylinder = OpenCylinder(24, 12);
-    // u runs around the cylinder, so that there is a seam where it jumps from 1 to 0.
-    SurfaceAttributes& attributes = cylinder.attributes;
-    for (std::size_t corner = 0; corner < cylinder.faceVertices.size(); ++corner) {
-        const std::size_t first = corner - corner % 4;
-        float low = 10.0f;
-        float angles[4];
-        for (std::size_t k = 0; k < 4; ++k) {
-            const auto& p = cylinder.positions[cylinder.faceVertices[first + k]];
-            angles[k] = std::atan2(p[1], p[0]) / 6.2831853f + 0.5f;
-            low = std::min(low, angles[k]);
-        }
-        float u = angles[corner % 4];
-        for (const float angle : angles)
-            if (angle - low > 0.5f && u - low < 0.5f) {
-                u += 1.0f;
-                break;
-            }
-        const auto uv =
-            std::array<float, 2>{u, cylinder.positions[cylinder.faceVertices[corner]][2]};
-        const auto found = std::find(attributes.uvs.begin(), attributes.uvs.end(), uv);
-        attributes.cornerUvs.push_back(static_cast<uint32_t>(found - attributes.uvs.begin()));
-        if (found == attributes.uvs.end()) attributes.uvs.push_back(uv);
-    }
-    Document document("mesh", cylinder);
+    Document document("mesh", UnwrappedCylinder(24, 12));
     EXPECT_THAT(document.ReplaceSurface(Decimate({.faces = 250})).warnings, testing::IsEmpty());
     const SurfaceAttributes& after = document.Geometry().Attributes();
     const LevelMesh& level = *document.Geometry().Bound();

@@ -76,6 +76,35 @@ inline float HausdorffDistance(Document& document, const PolygonMesh& mesh) {
                     MaxDistance(own, SamplesOf(*geometry.Bound())));
 }
 
+/// An open cylinder with texture coordinates: u runs around it, so that there is a seam where it
+/// jumps from 1 to 0, and v is the height.
+inline PolygonMesh UnwrappedCylinder(unsigned n, unsigned m) {
+    PolygonMesh cylinder = OpenCylinder(n, m);
+    SurfaceAttributes& attributes = cylinder.attributes;
+    for (std::size_t corner = 0; corner < cylinder.faceVertices.size(); ++corner) {
+        const std::size_t first = corner - corner % 4;
+        float low = 10.0f;
+        float angles[4];
+        for (std::size_t k = 0; k < 4; ++k) {
+            const auto& p = cylinder.positions[cylinder.faceVertices[first + k]];
+            angles[k] = std::atan2(p[1], p[0]) / 6.2831853f + 0.5f;
+            low = std::min(low, angles[k]);
+        }
+        float u = angles[corner % 4];
+        for (const float angle : angles)
+            if (angle - low > 0.5f && u - low < 0.5f) {
+                u += 1.0f;
+                break;
+            }
+        const auto uv =
+            std::array<float, 2>{u, cylinder.positions[cylinder.faceVertices[corner]][2]};
+        const auto found = std::find(attributes.uvs.begin(), attributes.uvs.end(), uv);
+        attributes.cornerUvs.push_back(static_cast<uint32_t>(found - attributes.uvs.begin()));
+        if (found == attributes.uvs.end()) attributes.uvs.push_back(uv);
+    }
+    return cylinder;
+}
+
 /// The signed volume that the surface encloses.
 inline double VolumeOf(const LevelMesh& level) {
     double volume = 0.0;

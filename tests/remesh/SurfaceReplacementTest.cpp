@@ -226,6 +226,8 @@ INSTANTIATE_TEST_SUITE_P(All,
                          ReplacingSteps,
                          testing::Values(R"({"decimate": {"ratio": 0.6}})",
                                          R"({"decimate": {"error": 0.01}})",
+                                         R"({"remesh": {"edgeLength": 0.12}})",
+                                         R"({"remesh": {"faces": 700, "creaseAngle": 80}})",
                                          R"({"repair": {"fillHoles": "smooth"}})"),
                          [](const auto& test) { return "Step" + std::to_string(test.index); });
 

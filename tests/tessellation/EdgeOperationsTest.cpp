@@ -30,6 +30,19 @@ TEST(EdgeOperations, SplitsOnlyLongEdges) {
     EXPECT_EQ(SplitLongEdge(mesh, h, EdgeLengths(0.1f)), none) << "a kept edge";
 }
 
+TEST(EdgeOperations, SplittingNextToLongKeptEdgesEnds) {
+    EditableMesh mesh(GridMesh(4, 1));
+    for (const float x : {0.0f, 1.0f, 2.0f, 3.0f, 4.0f}) mesh.SetKept(VertexAt(mesh, x, 0.0f));
+    for (int sweep = 0; sweep < 20; ++sweep)
+        for (uint32_t h = 0; h < mesh.FaceLimit() * 3; ++h) {
+            SplitLongEdge(mesh, h, EdgeLengths(0.1f));
+            ASSERT_LT(mesh.FaceCount(), 10000u);
+        }
+    EXPECT_EQ(mesh.FindFault(), "");
+    EXPECT_GT(mesh.FaceCount(), 100u);
+    EXPECT_NE(mesh.FindHalfEdge(VertexAt(mesh, 0, 0), VertexAt(mesh, 1, 0)), none);
+}
+
 TEST(EdgeOperations, CollapsesToTheMidpointOrTheFixedVertex) {
     for (const bool isFixed : {false, true}) {
         EditableMesh mesh(GridMesh(5, 5));

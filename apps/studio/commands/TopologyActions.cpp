@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file Actions that replace the mesh.
-#include "commands/FormDialog.h"
+#include "commands/RemeshDialog.h"
+#include "commands/ReplacementNote.h"
 #include "commands/StudioActions.h"
-#include "commands/SubdivideDialog.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QDoubleSpinBox>
-#include <QLabel>
 #include <QSpinBox>
 
 #include <algorithm>
@@ -25,37 +24,20 @@ struct Text {
 
 constexpr int maxFaces = 100'000'000;
 
-uint64_t FacesOf(const DocumentState& state) {
-    return state.levels.empty() ? 0 : state.levels[state.currentLevel].faces;
-}
-
-/// Shows the number of faces before the change, and what replacing the mesh loses.
-void AddBefore(FormDialog& dialog, const DocumentState& state) {
-    dialog.AddText(Text::tr("Before"))
-        ->setText(Text::tr("%1 faces on the current level").arg(CountText(FacesOf(state))));
-    const std::size_t higher = state.levels.size() - 1 - state.currentLevel;
-    QString lost;
-    if (higher > 0)
-        lost = Text::tr(
-            "The detail of %n higher level(s) is dropped. ", nullptr, static_cast<int>(higher));
-    if (state.levels.size() > 1)
-        lost += Text::tr(
-            "All levels are replaced. Layers of other levels become part of the "
-            "surface or are dropped.");
-    if (lost.isEmpty()) return;
-    QLabel* note = dialog.AddText(Text::tr("Note"));
-    note->setText(lost);
-    note->setWordWrap(true);
-}
-
 int WholeFrom(uint64_t count, int least) {
     return static_cast<int>(std::clamp<uint64_t>(count, static_cast<uint64_t>(least), maxFaces));
+}
+
+void RunRemesh(const ActionContext& context) {
+    RemeshDialog dialog(context.engine, context.State(), context.window);
+    if (dialog.exec() == QDialog::Accepted)
+        context.Run("remesh", dialog.Options(), dialog.windowTitle());
 }
 
 void RunDecimate(const ActionContext& context) {
     const QString title = Text::tr("Decimate");
     FormDialog dialog(title, Text::tr("Decimate"), context.window);
-    AddBefore(dialog, context.State());
+    AddReplacementNote(dialog, context.State());
     QSpinBox* faces = dialog.AddWhole(Text::tr("Triangles"),
                                       Text::tr("Number of triangles to keep. A quad is two "
                                                "triangles; masked areas are kept"),
@@ -72,7 +54,7 @@ void RunDecimate(const ActionContext& context) {
 void RunRepair(const ActionContext& context) {
     const QString title = Text::tr("Repair");
     FormDialog dialog(title, Text::tr("Repair"), context.window);
-    AddBefore(dialog, context.State());
+    AddReplacementNote(dialog, context.State());
     QDoubleSpinBox* weld = dialog.AddNumber(
         Text::tr("Weld distance"),
         Text::tr("Merges vertices within this distance, in world units; 0 merges only vertices at "
@@ -109,6 +91,12 @@ void RunRepair(const ActionContext& context) {
 
 void AddTopologyActions(const ActionContext& context) {
     ActionRegistry& actions = context.actions;
+    context.EnableWithDocument(
+        actions.Add({.id = "surface.remesh",
+                     .text = Text::tr("Remesh…"),
+                     .description = Text::tr("Replaces the mesh by triangles of equal size."),
+                     .icon = "surface-remesh",
+                     .run = [context] { RunRemesh(context); }}));
     context.EnableWithDocument(
         actions.Add({.id = "surface.decimate",
                      .text = Text::tr("Decimate…"),

@@ -159,6 +159,7 @@ void FillMenus(QMainWindow& window, const ActionRegistry& actions, FileActions& 
           "surface.relax",
           "surface.sharpen",
           "-",
+          "surface.remesh",
           "surface.decimate",
           "surface.repair"});
     QMenu* view = bar->addMenu(MainWindow::tr("&View"));
