@@ -135,17 +135,16 @@ bool Collapse(EditableMesh& mesh, uint32_t h, uint32_t removed, const EdgeLength
     return true;
 }
 
-/// Whether a face at the edge has a kept edge that is longer than the edge.
-bool HasLongerKeptEdge(const EditableMesh& mesh, uint32_t halfEdge, float squaredLength) {
+/// Whether no other edge of the faces at an edge is longer.
+bool IsLongestOfItsFaces(const EditableMesh& mesh, uint32_t halfEdge, float squaredLength) {
     for (const uint32_t side : {halfEdge, mesh.Twin(halfEdge)}) {
         if (side == none) continue;
         for (const uint32_t h : {EditableMesh::Next(side), EditableMesh::Previous(side)})
-            if (mesh.IsKeptEdge(h) &&
-                SquaredLength(mesh.Position(mesh.To(h)) - mesh.Position(mesh.From(h))) >
-                    squaredLength)
-                return true;
+            if (SquaredLength(mesh.Position(mesh.To(h)) - mesh.Position(mesh.From(h))) >
+                squaredLength)
+                return false;
     }
-    return false;
+    return true;
 }
 
 /// How far the number of neighbours of a vertex, changed by `change`, is from the regular one.
@@ -177,7 +176,7 @@ uint32_t SplitLongEdge(EditableMesh& mesh, uint32_t halfEdge, const EdgeLengths&
     const Vector b = mesh.Position(mesh.To(halfEdge));
     const float squared = SquaredLength(b - a);
     if (!(squared > lengths.longest * lengths.longest) || mesh.IsKeptEdge(halfEdge) ||
-        HasLongerKeptEdge(mesh, halfEdge, squared))
+        !IsLongestOfItsFaces(mesh, halfEdge, squared))
         return none;
     const Vector middle = (a + b) * 0.5f;
     // At the resolution of single precision, an edge cannot be split.

@@ -26,8 +26,10 @@ TROVIK_API Vector NormalAt(const EditableMesh& mesh, uint32_t vertex);
 TROVIK_API float EdgeLength(const EditableMesh& mesh, uint32_t halfEdge);
 
 /// Splits an edge that is longer than `lengths.longest` at its midpoint. Refused if it is kept, or if
-/// one of its faces has a longer kept edge: the face that keeps that edge would always have another
-/// long edge, so splitting would never end. \return the new vertex, or EditableMesh::none.
+/// one of its faces has a longer edge, which must be split first: this keeps faces from becoming
+/// thinner with each split, and repeated splitting always ends, even next to long kept edges. See
+/// Rivara: "Algorithms for Refining Triangular Grids Suitable for Adaptive and Multigrid
+/// Techniques" (1984). \return the new vertex, or EditableMesh::none.
 TROVIK_API uint32_t SplitLongEdge(EditableMesh& mesh,
                                   uint32_t halfEdge,
                                   const EdgeLengths& lengths);

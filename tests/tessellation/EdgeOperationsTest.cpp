@@ -20,11 +20,16 @@ uint32_t VertexAt(const EditableMesh& mesh, float x, float y) {
 
 TEST(EdgeOperations, SplitsOnlyLongEdges) {
     EditableMesh mesh(GridMesh(2, 2));
-    const uint32_t h = mesh.FindHalfEdge(VertexAt(mesh, 0, 0), VertexAt(mesh, 1, 0));
-    EXPECT_EQ(SplitLongEdge(mesh, h, EdgeLengths(0.75f)), none);
-    const uint32_t made = SplitLongEdge(mesh, h, EdgeLengths(0.7f));
+    uint32_t h = mesh.FindHalfEdge(VertexAt(mesh, 0, 0), VertexAt(mesh, 1, 1));
+    if (h == none) h = mesh.FindHalfEdge(VertexAt(mesh, 1, 0), VertexAt(mesh, 0, 1));
+    EXPECT_EQ(SplitLongEdge(mesh, h, EdgeLengths(1.1f)), none);
+    EXPECT_EQ(SplitLongEdge(mesh, EditableMesh::Next(h), EdgeLengths(0.5f)), none)
+        << "its face has a longer edge";
+    const uint32_t made = SplitLongEdge(mesh, h, EdgeLengths(1.0f));
     ASSERT_NE(made, none);
-    EXPECT_EQ(mesh.Position(made), Vector(0.5f, 0.0f, 0.0f));
+    EXPECT_EQ(mesh.Position(made), Vector(0.5f, 0.5f, 0.0f));
+    h = mesh.FindHalfEdge(VertexAt(mesh, 0, 0), VertexAt(mesh, 1, 0));
+    if (h == none) h = mesh.FindHalfEdge(VertexAt(mesh, 1, 0), VertexAt(mesh, 0, 0));
     mesh.SetKept(mesh.From(h));
     mesh.SetKept(mesh.To(h));
     EXPECT_EQ(SplitLongEdge(mesh, h, EdgeLengths(0.1f)), none) << "a kept edge";

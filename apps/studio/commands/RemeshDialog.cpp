@@ -41,6 +41,7 @@ RemeshDialog::RemeshDialog(Engine& given, const DocumentState& state, QWidget* p
                        1e6,
                        0.1,
                        {6, 0.01});
+    length->setStepType(QAbstractSpinBox::AdaptiveDecimalStepType);
     forecast = AddText(tr("Result"));
     mode = AddChoice(tr("Change"),
                      tr("Refining keeps all vertices; coarsening adds none"),
