@@ -2,7 +2,8 @@
 
 /// \file Measures edits of an EditableMesh, in edits per second: the edits alone, and with their
 /// tests of the geometry. The argument is the number of quads per side of a torus, so the number of
-/// triangles is twice its square. The cost of an edit must not depend on it, apart from cache misses.
+/// triangles is twice its square. The cost of an edit must not depend on it, apart from cache
+/// misses.
 #include "framework/tessellation/EdgeOperations.h"
 
 #include <benchmark/benchmark.h>
@@ -26,15 +27,15 @@ PolygonMesh TorusOf(uint32_t side) {
             mesh.faceSizes.push_back(4);
             const uint32_t k = (i + 1) % side;
             const uint32_t l = (j + 1) % side;
-            for (const uint32_t corner :
-                 {i * side + j, k * side + j, k * side + l, i * side + l})
+            for (const uint32_t corner : {i * side + j, k * side + j, k * side + l, i * side + l})
                 mesh.faceVertices.push_back(corner);
         }
     }
     return mesh;
 }
 
-/// Half-edges of a region of about 20 thousand triangles, in random order, as a dab would visit them.
+/// Half-edges of a region of about 20 thousand triangles, in random order, as a dab would visit
+/// them.
 std::vector<uint32_t> RegionOf(const EditableMesh& mesh) {
     const uint32_t end = std::min(mesh.FaceLimit(), 20000u) * 3;
     std::vector<uint32_t> region(end);
@@ -67,8 +68,8 @@ void SplitAndCollapse(benchmark::State& state) {
     for (auto _ : state) {
         const uint32_t h = region[i++ % region.size()];
         if (!mesh.HasFace(EditableMesh::FaceOf(h))) continue;
-        const uint32_t made = mesh.SplitEdge(
-            h, (mesh.Position(mesh.From(h)) + mesh.Position(mesh.To(h))) * 0.5f);
+        const uint32_t made =
+            mesh.SplitEdge(h, (mesh.Position(mesh.From(h)) + mesh.Position(mesh.To(h))) * 0.5f);
         ++edits;
         if (!mesh.CanCollapse(h, made)) continue;
         mesh.CollapseEdge(h, made, mesh.Position(mesh.From(h)));

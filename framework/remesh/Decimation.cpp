@@ -60,8 +60,9 @@ WedgeMesh WedgesOf(SourceSurface& source, JobControl* job) {
         phase.Add();
         const std::size_t first = std::size_t{face} * corners;
         const uint32_t* v = level.faceVertexIndices.array + first;
-        const bool isKept = std::all_of(
-            v, v + corners, [&](uint32_t vertex) { return level.Freeze(vertex) >= keptMaskAmount; });
+        const bool isKept = std::all_of(v, v + corners, [&](uint32_t vertex) {
+            return level.Freeze(vertex) >= keptMaskAmount;
+        });
         std::vector<uint32_t>& triangles = isKept ? mesh.kept : mesh.removable;
         const auto wedge = [&](uint32_t corner) {
             return wedgeOf(v[corner], cornerUvs.empty() ? none : cornerUvs[first + corner]);

@@ -44,7 +44,8 @@ uint64_t BytesFor(uint64_t triangles) {
 void Check(const IsotropicRemeshing& settings) {
     if (settings.edgeLength.has_value() == settings.faces.has_value())
         throw HostError("remeshing needs either an edge length or a number of faces");
-    if (settings.edgeLength && !(*settings.edgeLength > 0.0f && std::isfinite(*settings.edgeLength)))
+    if (settings.edgeLength &&
+        !(*settings.edgeLength > 0.0f && std::isfinite(*settings.edgeLength)))
         throw HostError("the edge length must be above 0, not " + TextOf(*settings.edgeLength));
     if (settings.faces && *settings.faces == 0)
         throw HostError("the number of faces must be above 0");
@@ -137,14 +138,16 @@ void Report(const EditableMesh& mesh, const IsotropicRemeshing& settings, NewSur
     if (!settings.faces) return;
     const double wanted = static_cast<double>(*settings.faces);
     if (std::fabs(static_cast<double>(count) - wanted) <= std::max(wanted * 0.05, 1.0)) return;
-    made.report.warnings.push_back(
-        "the mesh has " + std::to_string(count) + " triangles; " +
-        std::to_string(*settings.faces) +
-        " cannot be reached with the mode, the masked area, and the borders, seams and creases that "
-        "are kept");
+    made.report.warnings.push_back("the mesh has " + std::to_string(count) + " triangles; " +
+                                   std::to_string(*settings.faces) +
+                                   " cannot be reached with the mode, the masked area, and the "
+                                   "borders, seams and creases that "
+                                   "are kept");
 }
 
-NewSurface MakeRemeshed(SourceSurface& source, const IsotropicRemeshing& settings, JobControl* job) {
+NewSurface MakeRemeshed(SourceSurface& source,
+                        const IsotropicRemeshing& settings,
+                        JobControl* job) {
     Check(settings);
     const RemeshEstimate estimate = EstimateRemesh(source);
     if (!(estimate.freeArea > 0.0))

@@ -1,12 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "framework/remesh/SurfaceFeatures.h"
 #include "framework/remesh/SurfaceReplacement.h"
 
 #include <optional>
 
 namespace trovik {
+
+/// Which properties of a surface are kept when its triangles change.
+struct KeptFeatures {
+    /// Keeps the positions of all vertices of open borders.
+    bool borders = true;
+    /// Keeps the borders between face groups, materials and smoothing groups.
+    bool groups = true;
+    /// Keeps edges between faces whose normals form a larger angle than this, in degrees.
+    std::optional<float> creaseAngle = {};
+};
 
 /// Which edges a remeshing changes.
 enum class RemeshMode {
@@ -30,8 +39,8 @@ struct IsotropicRemeshing {
     bool keepsUvs = true;
 };
 
-/// Predicts the result of a remeshing with RemeshMode::Both. The predictions are within about 10 % if
-/// most of the surface is free; the other modes depend on the lengths of the existing edges.
+/// Predicts the result of a remeshing with RemeshMode::Both. The predictions are within about 20 %
+/// if most of the surface is free; the other modes depend on the lengths of the existing edges.
 struct TROVIK_API RemeshEstimate {
     /// Area of the surface without the masked triangles, which are kept. Both areas and lengths are
     /// in world units; see SourceSurface::LocalLength for scales that differ between the axes.
@@ -52,7 +61,8 @@ TROVIK_API RemeshEstimate EstimateRemesh(SourceSurface& source);
 /// split, short edges are collapsed, edges are flipped, and vertices are relaxed in the tangent
 /// plane and projected onto the old surface. Quads are split into triangles first.
 ///
-/// - UV seams, borders of groups, open borders and creases remain where they are: their vertices are
+/// - UV seams, borders of groups, open borders and creases remain where they are: their vertices
+/// are
 ///   old vertices or points on their edges. Edges across them are not collapsed.
 /// - Vertices that are masked by at least half, and edges between them, are kept.
 /// - Results are deterministic, but not symmetric, even if the surface is.

@@ -40,7 +40,8 @@ public:
     /// Returns the nearest point of the surface for each point. Points are mesh-local and finite.
     /// Runs on several threads; the results do not depend on their number.
     /// \throw Cancelled. Cost: the first call builds a pick tree, O(n log n).
-    std::vector<NearestPoint> Nearest(const std::vector<Vector>& points, JobControl* job = nullptr) {
+    std::vector<NearestPoint> Nearest(const std::vector<Vector>& points,
+                                      JobControl* job = nullptr) {
         return Nearest(points, {}, job);
     }
     /// The same with limits for each point. If the direction of its limits excludes all faces, only

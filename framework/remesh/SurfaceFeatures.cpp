@@ -34,7 +34,7 @@ void MarkEdges(EditableMesh& mesh,
         if (twin == none || twin < h) continue;
         const uint32_t face = EditableMesh::FaceOf(h);
         const uint32_t neighbour = EditableMesh::FaceOf(twin);
-        // The diagonals of quads are no features.
+        // The diagonals of quads are not features.
         if (mesh.TagOf(face) == mesh.TagOf(neighbour)) continue;
         bool isFeature =
             kept.groups && !HaveSameData(attributes, mesh.TagOf(face), mesh.TagOf(neighbour));

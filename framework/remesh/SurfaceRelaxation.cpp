@@ -2,8 +2,8 @@
 #include "framework/remesh/SurfaceRelaxation.h"
 
 #include "framework/jobs/JobPhase.h"
-#include "framework/threads/WorkerThreads.h"
 #include "framework/tessellation/EdgeOperations.h"
+#include "framework/threads/WorkerThreads.h"
 
 #include <algorithm>
 
@@ -12,8 +12,18 @@ namespace trovik {
 namespace {
 
 constexpr uint32_t none = EditableMesh::none;
-/// Number of vertices that are projected between two checks for cancellation.
-constexpr std::size_t verticesPerRun = 16384;
+/// Number of vertices that are processed in parallel between two checks for cancellation.
+constexpr std::size_t verticesPerRun = 8192;
+
+/// Calls `work(first, count)` for consecutive runs of vertices, and polls once per vertex.
+template <typename Work>
+void InRuns(std::size_t total, JobPhase& phase, const Work& work) {
+    for (std::size_t first = 0; first < total; first += verticesPerRun) {
+        const auto count = static_cast<uint32_t>(std::min(verticesPerRun, total - first));
+        work(first, count);
+        for (uint32_t i = 0; i < count; ++i) phase.Poll();
+    }
+}
 
 }  // namespace
 
@@ -55,27 +65,24 @@ void SurfaceRelaxation::MoveAll(EditableMesh& mesh,
                                 std::vector<uint32_t>& refused,
                                 JobPhase& phase) {
     const bool hasParts = parts.firstFaces.size() > 1;
-    std::vector<NearestLimits> limits(vertices.size());
-    RunInParallel(static_cast<uint32_t>(vertices.size()), 256, [&](uint32_t i) {
-        const uint32_t v = vertices[i];
-        if (hasParts) {
-            limits[i].parts = parts.partOfFace;
-            limits[i].part = mesh.TagOf(EditableMesh::FaceOf(mesh.HalfEdgeOf(v)));
-        }
-        limits[i].facing = NormalAt(mesh, v);
-    });
     std::vector<NearestPoint> nearest;
     nearest.reserve(points.size());
-    for (std::size_t first = 0; first < points.size(); first += verticesPerRun) {
-        const auto begin = static_cast<std::ptrdiff_t>(first);
-        const auto end =
-            static_cast<std::ptrdiff_t>(std::min(first + verticesPerRun, points.size()));
-        const std::vector<NearestPoint> some =
-            source.Nearest({points.begin() + begin, points.begin() + end},
-                           {limits.begin() + begin, limits.begin() + end});
+    std::vector<NearestLimits> limits;
+    InRuns(vertices.size(), phase, [&](std::size_t first, uint32_t count) {
+        limits.resize(count);
+        RunInParallel(count, 256, [&](uint32_t i) {
+            const uint32_t v = vertices[first + i];
+            limits[i].parts = {};
+            if (hasParts) {
+                limits[i].parts = parts.partOfFace;
+                limits[i].part = mesh.TagOf(EditableMesh::FaceOf(mesh.HalfEdgeOf(v)));
+            }
+            limits[i].facing = NormalAt(mesh, v);
+        });
+        const auto begin = points.begin() + static_cast<std::ptrdiff_t>(first);
+        const std::vector<NearestPoint> some = source.Nearest({begin, begin + count}, limits);
         nearest.insert(nearest.end(), some.begin(), some.end());
-        for (std::size_t i = 0; i < some.size(); ++i) phase.Poll();
-    }
+    });
     for (std::size_t i = 0; i < vertices.size(); ++i) {
         phase.Poll();
         if (nearest[i].position == mesh.Position(vertices[i])) continue;
@@ -94,8 +101,10 @@ void SurfaceRelaxation::Relax(EditableMesh& mesh, bool onlyNew, JobPhase& phase)
         phase.Poll();
     }
     std::vector<Vector> points(vertices.size());
-    RunInParallel(static_cast<uint32_t>(vertices.size()), 256, [&](uint32_t i) {
-        points[i] = RelaxedPosition(mesh, vertices[i]);
+    InRuns(vertices.size(), phase, [&](std::size_t first, uint32_t count) {
+        RunInParallel(count, 256, [&](uint32_t i) {
+            points[first + i] = RelaxedPosition(mesh, vertices[first + i]);
+        });
     });
     std::vector<uint32_t> refused;
     MoveAll(mesh, vertices, points, refused, phase);

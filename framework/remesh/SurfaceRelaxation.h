@@ -16,9 +16,9 @@ public:
 
     /// Relaxes all free vertices once, or only those without a source. Each vertex is moved to the
     /// nearest point of its part of the old surface; one that cannot move without making a face
-    /// invalid is only projected. UVs are those of the old surface at that point, unless it is on the
-    /// other side of a seam.
-    /// \param phase  is polled. Runs on several threads; results do not depend on their number.
+    /// invalid is only projected. UVs are those of the old surface at that point, unless it is on
+    /// the other side of a seam. \param phase  is polled. Runs on several threads; results do not
+    /// depend on their number.
     void Relax(EditableMesh& mesh, bool onlyNew, JobPhase& phase);
 
 private:

@@ -30,8 +30,7 @@ struct Triangle {
     Vector AreaNormal() const { return (b - a) & (c - a); }
     /// 1 for an equilateral triangle, 0 for a degenerate one.
     float Quality() const {
-        const float squares =
-            ((b - a) | (b - a)) + ((c - b) | (c - b)) + ((a - c) | (a - c));
+        const float squares = ((b - a) | (b - a)) + ((c - b) | (c - b)) + ((a - c) | (a - c));
         // 2 sqrt(3), so that an equilateral triangle gets 1.
         return squares > 0.0f ? AreaNormal().Length() * 3.4641016f / squares : 0.0f;
     }
@@ -57,7 +56,8 @@ bool IsValidChange(const Triangle& before, const Triangle& after) {
     return IsWithin(before.AreaNormal(), after.AreaNormal(), minNormalCosine);
 }
 
-/// Whether the faces around a vertex remain valid if it moves, except those that also use `removed`.
+/// Whether the faces around a vertex remain valid if it moves, except those that also use
+/// `removed`.
 bool KeepsFaces(const EditableMesh& mesh, uint32_t vertex, uint32_t removed, const Vector& p) {
     bool isValid = true;
     mesh.ForEachOutgoing(vertex, [&](uint32_t h) {
@@ -79,8 +79,8 @@ bool KeepsLengths(const EditableMesh& mesh, uint32_t vertex, const Vector& p, fl
     return isValid;
 }
 
-/// Whether the curve through a vertex turns by a small angle only, on the surface and, on both sides,
-/// in the texture.
+/// Whether the curve through a vertex turns by a small angle only, on the surface and, on both
+/// sides, in the texture.
 bool IsSmoothCurve(const EditableMesh& mesh, uint32_t vertex) {
     const auto isMarked = [&](uint32_t h) { return mesh.IsBorder(h) || mesh.IsFeature(h); };
     uint32_t first = none;
@@ -97,8 +97,8 @@ bool IsSmoothCurve(const EditableMesh& mesh, uint32_t vertex) {
         const std::array<float, 2>& to = mesh.Uv(other);
         return Vector(to[0] - from[0], to[1] - from[1], 0.0f);
     };
-    // Each side of the curve begins with a marked half-edge that leaves the vertex, and ends with one
-    // that enters it.
+    // Each side of the curve begins with a marked half-edge that leaves the vertex, and ends with
+    // one that enters it.
     Vector leaving;
     Vector leavingUv;
     for (uint32_t h = first; true;) {
@@ -124,12 +124,12 @@ bool Collapse(EditableMesh& mesh, uint32_t h, uint32_t removed, const EdgeLength
     const Kind kind = mesh.KindOf(removed);
     if (kind == Kind::OnCurve && !IsSmoothCurve(mesh, removed)) return false;
     const bool isFree = kind == Kind::Free && mesh.KindOf(other) == Kind::Free;
-    const Vector p = isFree ? (mesh.Position(removed) + mesh.Position(other)) * 0.5f
-                            : mesh.Position(other);
+    const Vector p =
+        isFree ? (mesh.Position(removed) + mesh.Position(other)) * 0.5f : mesh.Position(other);
     if (!KeepsLengths(mesh, removed, p, lengths.longest) || !KeepsFaces(mesh, removed, other, p))
         return false;
-    if (isFree && (!KeepsLengths(mesh, other, p, lengths.longest) ||
-                   !KeepsFaces(mesh, other, removed, p)))
+    if (isFree &&
+        (!KeepsLengths(mesh, other, p, lengths.longest) || !KeepsFaces(mesh, other, removed, p)))
         return false;
     mesh.CollapseEdge(h, removed, p, isFree ? 0.5f : 1.0f);
     return true;
@@ -187,8 +187,7 @@ uint32_t SplitLongEdge(EditableMesh& mesh, uint32_t halfEdge, const EdgeLengths&
 bool CollapseShortEdge(EditableMesh& mesh, uint32_t halfEdge, const EdgeLengths& lengths) {
     const uint32_t a = mesh.From(halfEdge);
     const uint32_t b = mesh.To(halfEdge);
-    if (!(SquaredLength(mesh.Position(b) - mesh.Position(a)) <
-          lengths.shortest * lengths.shortest))
+    if (!(SquaredLength(mesh.Position(b) - mesh.Position(a)) < lengths.shortest * lengths.shortest))
         return false;
     return Collapse(mesh, halfEdge, a, lengths) || Collapse(mesh, halfEdge, b, lengths);
 }

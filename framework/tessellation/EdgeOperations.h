@@ -4,11 +4,11 @@
 #include "framework/tessellation/EditableMesh.h"
 
 /// \file Operations on single edges and vertices that improve a triangulation without folding the
-/// surface. Each of them checks whether it is useful and valid, and otherwise changes nothing. After
-/// Botsch, Kobbelt: "A Remeshing Approach to Multiresolution Modeling" (2004).
+/// surface. Each of them checks whether it is useful and valid, and otherwise changes nothing.
+/// After Botsch, Kobbelt: "A Remeshing Approach to Multiresolution Modeling" (2004).
 ///
-/// A face is valid if it is not degenerate and its normal is within about 75 degrees of the old one.
-/// If the old face was degenerate, any normal is accepted. Costs: O(valence).
+/// A face is valid if it is not degenerate and its normal is within about 75 degrees of the old
+/// one. If the old face was degenerate, any normal is accepted. Costs: O(valence).
 namespace trovik {
 
 /// The lengths between which edges are left as they are, for a target length. Splitting an edge of
@@ -25,8 +25,8 @@ TROVIK_API Vector AreaNormalOf(const EditableMesh& mesh, uint32_t face);
 TROVIK_API Vector NormalAt(const EditableMesh& mesh, uint32_t vertex);
 TROVIK_API float EdgeLength(const EditableMesh& mesh, uint32_t halfEdge);
 
-/// Splits an edge that is longer than `lengths.longest` at its midpoint. Refused if it is kept, or if
-/// one of its faces has a longer edge, which must be split first: this keeps faces from becoming
+/// Splits an edge that is longer than `lengths.longest` at its midpoint. Refused if it is kept, or
+/// if one of its faces has a longer edge, which must be split first: this keeps faces from becoming
 /// thinner with each split, and repeated splitting always ends, even next to long kept edges. See
 /// Rivara: "Algorithms for Refining Triangular Grids Suitable for Adaptive and Multigrid
 /// Techniques" (1984). \return the new vertex, or EditableMesh::none.
@@ -35,9 +35,9 @@ TROVIK_API uint32_t SplitLongEdge(EditableMesh& mesh,
                                   const EdgeLengths& lengths);
 
 /// Removes an edge that is shorter than `lengths.shortest`. Two free vertices become one at the
-/// midpoint; otherwise, the vertex that is on a curve, a corner or fixed keeps its position. Refused
-/// if an edge would become longer than `lengths.longest`, or if a curve would be cut off at an angle
-/// of more than 60 degrees. \return whether the edge was removed.
+/// midpoint; otherwise, the vertex that is on a curve, a corner or fixed keeps its position.
+/// Refused if an edge would become longer than `lengths.longest`, or if a curve would be cut off at
+/// an angle of more than 60 degrees. \return whether the edge was removed.
 TROVIK_API bool CollapseShortEdge(EditableMesh& mesh,
                                   uint32_t halfEdge,
                                   const EdgeLengths& lengths);

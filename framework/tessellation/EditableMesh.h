@@ -8,8 +8,8 @@
 #include <array>
 #include <span>
 
-/// \file A triangle mesh whose connectivity can be edited locally. This folder contains the mesh and
-/// the operations on its edges and vertices. It is below the folders that decide where to apply
+/// \file A triangle mesh whose connectivity can be edited locally. This folder contains the mesh
+/// and the operations on its edges and vertices. It is below the folders that decide where to apply
 /// them: remeshing applies them to a whole surface, a brush to the region under it.
 namespace trovik {
 
@@ -31,7 +31,8 @@ namespace trovik {
 /// - Each corner can have texture coordinates (UVs). Corners around a vertex refer to the same UV
 ///   unless a seam separates them. A UV belongs to one vertex.
 /// - Each face has a tag with a meaning that the caller defines; faces that are split keep it.
-/// - An edge can be a feature. Feature edges are not flipped, and their vertices can be removed only
+/// - An edge can be a feature. Feature edges are not flipped, and their vertices can be removed
+/// only
 ///   along the feature; see KindOf. Seams of the UVs are always features.
 ///
 /// Not thread-safe, except that const members may be called concurrently.
@@ -39,8 +40,8 @@ class TROVIK_API EditableMesh {
 public:
     static constexpr uint32_t none = 0xffffffffu;
 
-    /// Builds the connectivity. Faces with more than three corners are split into fans (FanStarts.h).
-    /// The tag of each triangle is the number of its face in `mesh`, and `source` of
+    /// Builds the connectivity. Faces with more than three corners are split into fans
+    /// (FanStarts.h). The tag of each triangle is the number of its face in `mesh`, and `source` of
     /// each vertex is its number. UVs with equal values become one UV where they meet at a vertex.
     /// Vertices without faces are removed.
     /// \param mesh  a mesh that CheckPolygonMesh accepts.
@@ -106,11 +107,8 @@ public:
             return;
         }
     }
-    uint32_t Valence(uint32_t vertex) const {
-        uint32_t count = 0;
-        ForEachNeighbour(vertex, [&](uint32_t) { ++count; });
-        return count;
-    }
+    /// The number of neighbours of a vertex. Cost: O(1).
+    uint32_t Valence(uint32_t vertex) const { return vertices[vertex].valence; }
 
     const Vector& Position(uint32_t vertex) const { return vertices[vertex].position; }
     /// Does not change `source`.
@@ -131,7 +129,9 @@ public:
     /// An edge between two kept vertices is neither split nor flipped. Kept vertices are fixed.
     bool IsKept(uint32_t vertex) const { return vertices[vertex].isKept; }
     void SetKept(uint32_t vertex) { vertices[vertex].isFixed = vertices[vertex].isKept = true; }
-    bool IsKeptEdge(uint32_t halfEdge) const { return IsKept(From(halfEdge)) && IsKept(To(halfEdge)); }
+    bool IsKeptEdge(uint32_t halfEdge) const {
+        return IsKept(From(halfEdge)) && IsKept(To(halfEdge));
+    }
 
     enum class VertexKind {
         /// Not on a feature or a border.
@@ -151,18 +151,18 @@ public:
     void SetUv(uint32_t uv, const std::array<float, 2>& value) { uvs[uv] = value; }
 
     /// Splits an edge by a new vertex, and its faces into two each. The new vertex is not fixed and
-    /// has no source; UVs are interpolated. \param t  position of the new vertex between From (0) and
-    /// To (1), for the UVs. \return the new vertex. The half-edge then ends at it.
-    /// \throw HostError if there would be more than 2^30 triangles; the mesh is then unchanged.
+    /// has no source; UVs are interpolated. \param t  position of the new vertex between From (0)
+    /// and To (1), for the UVs. \return the new vertex. The half-edge then ends at it. \throw
+    /// HostError if there would be more than 2^30 triangles; the mesh is then unchanged.
     /// std::bad_alloc; the mesh must then not be used any more.
     uint32_t SplitEdge(uint32_t halfEdge, const Vector& position, float t = 0.5f);
 
     /// Whether an edge can be flipped: it is neither on a border nor a feature nor kept, the
-    /// opposite vertices have no edge yet, and no vertex keeps fewer than three faces around it (two
-    /// neighbours on a border).
+    /// opposite vertices have no edge yet, and no vertex keeps fewer than three faces around it
+    /// (two neighbours on a border).
     bool CanFlip(uint32_t halfEdge) const;
-    /// Replaces the edge by the one between the opposite vertices. The half-edge then leads from the
-    /// vertex opposite to it to that opposite to its twin. Requires CanFlip.
+    /// Replaces the edge by the one between the opposite vertices. The half-edge then leads from
+    /// the vertex opposite to it to that opposite to its twin. Requires CanFlip.
     void FlipEdge(uint32_t halfEdge);
 
     /// Whether one end of an edge, `removed`, can be merged into the other without changing the
@@ -174,8 +174,8 @@ public:
     bool CanCollapse(uint32_t halfEdge, uint32_t removed) const;
     /// Merges `removed` into the other end, which gets the position. The faces at the edge are
     /// removed. If both vertices are free, UVs are interpolated: \param t  is the position between
-    /// the removed vertex (0) and the other (1). Otherwise, the UVs of the other vertex are kept. If
-    /// the position of that vertex changes, it loses its source. Requires CanCollapse.
+    /// the removed vertex (0) and the other (1). Otherwise, the UVs of the other vertex are kept.
+    /// If the position of that vertex changes, it loses its source. Requires CanCollapse.
     void CollapseEdge(uint32_t halfEdge, uint32_t removed, const Vector& position, float t = 1.0f);
 
     /// Returns the mesh without unused elements, in index order, with UVs if it has any. `sources`
@@ -206,6 +206,7 @@ private:
         uint32_t halfEdge = none;
         /// In a free vertex, the next free vertex.
         uint32_t source = none;
+        uint32_t valence = 0;
         bool isFixed = false;
         bool isKept = false;
     };

@@ -41,12 +41,15 @@ uint32_t EditableMesh::SplitEdge(uint32_t halfEdge, const Vector& position, floa
     CornerAt(toC) = {m, none, uv, false};
     Connect(toC, fNew + 2);
     vertices[m].halfEdge = fNew;
+    vertices[m].valence = twin == none ? 3u : 4u;
+    ++vertices[From(fNew + 2)].valence;
     if (vertices[b].halfEdge == toC) vertices[b].halfEdge = fNew + 1;
     if (twin == none) return m;
 
     // g = (b, a, d) becomes (m, a, d), and (b, m, d) is added.
     const uint32_t d = Opposite(twin);
     const uint32_t fromD = Previous(twin);
+    ++vertices[d].valence;
     if (UvOf(twin) != UvOf(fNew + 1) || UvOf(Next(twin)) != UvOf(h))
         uv = MidUv(UvOf(twin), UvOf(Next(twin)), 1.0f - t);
     CornerAt(gNew) = {b, none, UvOf(twin), isFeature};
@@ -99,6 +102,10 @@ void EditableMesh::FlipEdge(uint32_t halfEdge) {
     Connect(hBc, bc.twin);
     Connect(hCa, ca.twin);
     Connect(hAd, ad.twin);
+    --vertices[a.vertex].valence;
+    --vertices[b.vertex].valence;
+    ++vertices[ca.vertex].valence;
+    ++vertices[db.vertex].valence;
     Anchor(a.vertex, hAd);
     Anchor(b.vertex, hBc);
     Anchor(ca.vertex, hCa);
@@ -134,9 +141,8 @@ void EditableMesh::FreeUvsOf(uint32_t vertex) {
     ForEachOutgoing(vertex, [&](uint32_t h) {
         const uint32_t uv = UvOf(h);
         const auto end = freeUvs.end();
-        if (uv != none && std::find(freeUvs.begin() + static_cast<std::ptrdiff_t>(first),
-                                    end,
-                                    uv) == end)
+        if (uv != none &&
+            std::find(freeUvs.begin() + static_cast<std::ptrdiff_t>(first), end, uv) == end)
             freeUvs.push_back(uv);
     });
 }
@@ -151,6 +157,7 @@ void EditableMesh::CloseFace(uint32_t halfEdge) {
     Connect(outerNext, outerPrevious);
     const uint32_t outer = outerNext != none ? outerNext : outerPrevious;
     SetFeature(outer, isFeature);
+    --vertices[c].valence;
     RemoveFace(FaceOf(halfEdge));
     Anchor(c, From(outer) == c ? outer : Next(outer));
 }
@@ -190,6 +197,8 @@ void EditableMesh::CollapseEdge(uint32_t halfEdge,
     }
     const uint32_t in = Twin(Next(h));
     const uint32_t out = Twin(Previous(h));
+    // The vertices opposite to the edge are neighbours of both ends.
+    vertices[other].valence += Valence(removed) - (twin == none ? 3u : 4u);
     // A half-edge of a remaining face that starts at the merged vertex.
     const uint32_t anchor = out != none ? out : Next(in);
     CloseFace(h);

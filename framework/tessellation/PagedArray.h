@@ -8,8 +8,8 @@
 
 namespace trovik {
 
-/// An array that grows in pages of 2^`pageBits` elements. Growing neither moves nor copies elements,
-/// so its cost does not depend on the size of the array, and references stay valid.
+/// An array that grows in pages of 2^`pageBits` elements. Growing neither moves nor copies
+/// elements, so its cost does not depend on the size of the array, and references stay valid.
 template <typename T, uint32_t pageBits = 12>
 class PagedArray {
 public:

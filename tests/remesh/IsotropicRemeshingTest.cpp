@@ -91,8 +91,7 @@ TEST(IsotropicRemeshing, EdgesHaveTheTargetLength) {
             Document document("mesh", each.zoo.mesh);
             const double volume = VolumeOf(*document.Geometry().Bound());
             SourceSurface source(document.Geometry());
-            const double predicted =
-                static_cast<double>(EstimateRemesh(source).FacesFor(length));
+            const double predicted = static_cast<double>(EstimateRemesh(source).FacesFor(length));
             const LevelMesh& level =
                 Remeshed(document, {.edgeLength = length, .kept = {.borders = false}});
             const Shape shape = ShapeOf(level);
@@ -135,8 +134,7 @@ TEST(IsotropicRemeshing, WarnsIfTheNumberOfFacesCannotBeReached) {
 TEST(IsotropicRemeshing, RefiningKeepsAllOldVertices) {
     Document document("mesh", Torus(20, 10));
     const std::set<Point> before = PointsOf(*document.Geometry().Bound());
-    const LevelMesh& level =
-        Remeshed(document, {.edgeLength = 0.1f, .mode = RemeshMode::Refine});
+    const LevelMesh& level = Remeshed(document, {.edgeLength = 0.1f, .mode = RemeshMode::Refine});
     const std::set<Point> after = PointsOf(level);
     EXPECT_TRUE(std::includes(after.begin(), after.end(), before.begin(), before.end()));
     const Shape shape = ShapeOf(level);
@@ -185,14 +183,12 @@ TEST(IsotropicRemeshing, KeepsTheVerticesOfBorders) {
 
 TEST(IsotropicRemeshing, KeepsTheShapeOfBordersIfTheirVerticesAreFree) {
     Document document("mesh", GridMesh(12, 12));
-    const LevelMesh& level =
-        Remeshed(document, {.edgeLength = 3.0f, .kept = {.borders = false}});
+    const LevelMesh& level = Remeshed(document, {.edgeLength = 3.0f, .kept = {.borders = false}});
     EXPECT_LE(BorderEdgesOf(level), 20u);
     EXPECT_LT(HausdorffDistance(document, GridMesh(12, 12)), 1e-5f);
     EXPECT_GE(ShapeOf(level).FractionBetween(0.6f, 1.5f, 3.0f), 0.95);
     document.Undo();
-    const LevelMesh& fine =
-        Remeshed(document, {.edgeLength = 0.4f, .kept = {.borders = false}});
+    const LevelMesh& fine = Remeshed(document, {.edgeLength = 0.4f, .kept = {.borders = false}});
     EXPECT_LT(HausdorffDistance(document, GridMesh(12, 12)), 1e-5f);
     EXPECT_GE(ShapeOf(fine).FractionBetween(0.6f, 1.5f, 0.4f), 0.95);
 }
@@ -214,7 +210,8 @@ TEST(IsotropicRemeshing, KeepsTheCreasesOfACube) {
     document.Undo();
     document.Undo();
     Remeshed(document, {.edgeLength = 0.13f});
-    EXPECT_GT(HausdorffDistance(document, Cube()), 0.01f) << "without the option, edges get rounded";
+    EXPECT_GT(HausdorffDistance(document, Cube()), 0.01f)
+        << "without the option, edges get rounded";
 }
 
 TEST(IsotropicRemeshing, KeepsMaskedTrianglesBitForBit) {
@@ -222,7 +219,8 @@ TEST(IsotropicRemeshing, KeepsMaskedTrianglesBitForBit) {
     const LevelMesh& old = *document.Geometry().Bound();
     std::vector<uint8_t> amounts;
     std::set<std::array<Point, 3>> kept;
-    for (const Vector& p : PositionsOf(old)) amounts.push_back(p.x < 0.0f ? 127 : p.x < 0.1f ? 70 : 0);
+    for (const Vector& p : PositionsOf(old))
+        amounts.push_back(p.x < 0.0f ? 127 : p.x < 0.1f ? 70 : 0);
     document.Freeze(amounts, FreezeMode::Replace);
     const auto triangles = [](const LevelMesh& level) {
         std::set<std::array<Point, 3>> result;
@@ -235,7 +233,8 @@ TEST(IsotropicRemeshing, KeepsMaskedTrianglesBitForBit) {
                 corners[k] = {p.x, p.y, p.z};
                 isKept = isKept && level.Freeze(v[i + k]) >= 64;
             }
-            std::rotate(corners.begin(), std::min_element(corners.begin(), corners.end()), corners.end());
+            std::rotate(
+                corners.begin(), std::min_element(corners.begin(), corners.end()), corners.end());
             if (isKept) result.insert(corners);
         }
         return result;
@@ -265,7 +264,8 @@ TEST(IsotropicRemeshing, KeepsTheBordersOfGroups) {
     sphere.attributes.groupNames = {"left", "right"};
     for (std::size_t face = 0; face < sphere.faceSizes.size(); ++face) {
         float x = 0.0f;
-        for (std::size_t k = 0; k < 4; ++k) x += sphere.positions[sphere.faceVertices[face * 4 + k]][0];
+        for (std::size_t k = 0; k < 4; ++k)
+            x += sphere.positions[sphere.faceVertices[face * 4 + k]][0];
         sphere.attributes.faceGroups.push_back(x < 0.0f ? 0 : 1);
     }
     for (const bool keeps : {true, false}) {
@@ -309,9 +309,8 @@ TEST(IsotropicRemeshing, KeepsTextureSeams) {
 
 TEST(IsotropicRemeshing, DropsTextureCoordinatesIfAsked) {
     Document document("mesh", UnwrappedCylinder(24, 12));
-    EXPECT_THAT(
-        document.ReplaceSurface(Remesh({.edgeLength = 0.3f, .keepsUvs = false})).warnings,
-        testing::ElementsAre("the texture coordinates are not kept"));
+    EXPECT_THAT(document.ReplaceSurface(Remesh({.edgeLength = 0.3f, .keepsUvs = false})).warnings,
+                testing::ElementsAre("the texture coordinates are not kept"));
     EXPECT_THAT(document.Geometry().Attributes().cornerUvs, testing::IsEmpty());
 }
 
@@ -337,11 +336,11 @@ TEST(IsotropicRemeshing, GivesValidMeshesForTheWholeZoo) {
                 Document document("mesh", mesh);
                 const LevelMesh& level = *document.Geometry().Bound();
                 const std::size_t before = ToTriangleCount(level);
-                const LevelMesh& after = Remeshed(document,
-                                                  {.edgeLength = 0.3f,
-                                                   .mode = mode,
-                                                   .kept = {.borders = false,
-                                                            .creaseAngle = angle}});
+                const LevelMesh& after =
+                    Remeshed(document,
+                             {.edgeLength = 0.3f,
+                              .mode = mode,
+                              .kept = {.borders = false, .creaseAngle = angle}});
                 if (mode == RemeshMode::Coarsen) {
                     EXPECT_LE(after.faceCount, before);
                 }

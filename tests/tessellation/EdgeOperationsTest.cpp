@@ -148,7 +148,8 @@ TEST(EdgeOperations, RelaxationStaysInTheTangentPlane) {
 
 TEST(EdgeOperations, MovingAVertexMovesItsUv) {
     PolygonMesh plane = GridMesh(4, 4);
-    for (const auto& p : plane.positions) plane.attributes.uvs.push_back({p[0] * 2.0f, p[1] - 1.0f});
+    for (const auto& p : plane.positions)
+        plane.attributes.uvs.push_back({p[0] * 2.0f, p[1] - 1.0f});
     plane.attributes.cornerUvs = plane.faceVertices;
     EditableMesh mesh(plane);
     const uint32_t v = VertexAt(mesh, 2, 2);

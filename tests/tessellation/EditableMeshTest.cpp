@@ -18,7 +18,8 @@ constexpr uint32_t none = EditableMesh::none;
 int EulerOf(const EditableMesh& mesh) {
     int edges = 0;
     for (uint32_t h = 0; h < mesh.FaceLimit() * 3; ++h)
-        if (mesh.HasFace(EditableMesh::FaceOf(h)) && (mesh.IsBorder(h) || mesh.Twin(h) < h)) ++edges;
+        if (mesh.HasFace(EditableMesh::FaceOf(h)) && (mesh.IsBorder(h) || mesh.Twin(h) < h))
+            ++edges;
     return static_cast<int>(mesh.VertexCount()) - edges + static_cast<int>(mesh.FaceCount());
 }
 
@@ -54,8 +55,7 @@ void AddUvs(PolygonMesh& mesh, float shift) {
             x += mesh.positions[mesh.faceVertices[first + k]][0] / static_cast<float>(size);
         for (std::size_t k = 0; k < size; ++k) {
             const auto& p = mesh.positions[mesh.faceVertices[first + k]];
-            mesh.attributes.cornerUvs.push_back(
-                static_cast<uint32_t>(mesh.attributes.uvs.size()));
+            mesh.attributes.cornerUvs.push_back(static_cast<uint32_t>(mesh.attributes.uvs.size()));
             mesh.attributes.uvs.push_back({p[0] + (x > 0.0f ? shift : 0.0f), p[1]});
         }
         first += size;
@@ -245,8 +245,8 @@ TEST(EditableMesh, UvsFollowEditsOnBothSidesOfASeam) {
         } else if (kind == 1 && mesh.CanFlip(h)) {
             mesh.FlipEdge(h);
         } else if (kind == 2 && mesh.CanCollapse(h, mesh.From(h))) {
-            const bool isFree = mesh.KindOf(mesh.From(h)) == Kind::Free &&
-                                mesh.KindOf(mesh.To(h)) == Kind::Free;
+            const bool isFree =
+                mesh.KindOf(mesh.From(h)) == Kind::Free && mesh.KindOf(mesh.To(h)) == Kind::Free;
             mesh.CollapseEdge(h, mesh.From(h), isFree ? a + (b - a) * t : b, isFree ? t : 1.0f);
         }
         ASSERT_EQ(mesh.FindFault(), "") << "edit " << i;

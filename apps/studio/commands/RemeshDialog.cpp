@@ -35,12 +35,8 @@ RemeshDialog::RemeshDialog(Engine& given, const DocumentState& state, QWidget* p
                      4,
                      maxFaces,
                      current);
-    length = AddNumber(tr("Edge length"),
-                       tr("Length of the edges, in world units"),
-                       1e-6,
-                       1e6,
-                       0.1,
-                       {6, 0.01});
+    length = AddNumber(
+        tr("Edge length"), tr("Length of the edges, in world units"), 1e-6, 1e6, 0.1, {6, 0.01});
     length->setStepType(QAbstractSpinBox::AdaptiveDecimalStepType);
     forecast = AddText(tr("Result"));
     mode = AddChoice(tr("Change"),
@@ -48,22 +44,20 @@ RemeshDialog::RemeshDialog(Engine& given, const DocumentState& state, QWidget* p
                      {{tr("Refine and coarsen"), "both"},
                       {tr("Refine only"), "refine"},
                       {tr("Coarsen only"), "coarsen"}});
-    borders =
-        AddCheck(tr("Keep borders"), tr("Keeps all vertices of open borders"), true);
+    borders = AddCheck(tr("Keep borders"), tr("Keeps all vertices of open borders"), true);
     groups = AddCheck(
         tr("Keep group borders"), tr("Keeps the borders of face groups and materials"), true);
-    uvs = AddCheck(tr("Keep texture coordinates"),
-                   tr("Keeps texture coordinates and their seams"),
-                   true);
-    creases = AddCheck(tr("Keep sharp edges"),
-                       tr("Keeps edges between faces that form a large angle"),
-                       false);
-    angle = AddNumber(tr("Sharp above"),
-                      tr("The angle between the normals of two faces from which their edge is sharp"),
-                      1.0,
-                      179.0,
-                      60.0,
-                      {0, 5.0, QStringLiteral("°")});
+    uvs = AddCheck(
+        tr("Keep texture coordinates"), tr("Keeps texture coordinates and their seams"), true);
+    creases = AddCheck(
+        tr("Keep sharp edges"), tr("Keeps edges between faces that form a large angle"), false);
+    angle =
+        AddNumber(tr("Sharp above"),
+                  tr("The angle between the normals of two faces from which their edge is sharp"),
+                  1.0,
+                  179.0,
+                  60.0,
+                  {0, 5.0, QStringLiteral("°")});
     connect(target, &QComboBox::currentIndexChanged, this, &RemeshDialog::ShowForecast);
     connect(mode, &QComboBox::currentIndexChanged, this, &RemeshDialog::ShowForecast);
     connect(faces, &QSpinBox::valueChanged, this, &RemeshDialog::ShowForecast);
@@ -91,8 +85,8 @@ void RemeshDialog::Measure() {
             if (!error.isEmpty()) return;
             estimate = *measured;
             // The length that keeps the number of triangles.
-            length->setValue(static_cast<double>(
-                estimate->LengthFor(static_cast<uint64_t>(faces->value()))));
+            length->setValue(
+                static_cast<double>(estimate->LengthFor(static_cast<uint64_t>(faces->value()))));
             ShowForecast();
         });
 }

@@ -34,9 +34,11 @@ TEST_F(RemeshDialogTest, PredictsTheResult) {
     Named<QComboBox>(dialog, "Target")->setCurrentIndex(1);
     auto* length = Named<QDoubleSpinBox>(dialog, "Edge length");
     // The length that gives as many triangles as the sphere has faces.
-    EXPECT_TRUE(dialog.ForecastText().startsWith("about 1,5")) << dialog.ForecastText().toStdString();
+    EXPECT_TRUE(dialog.ForecastText().startsWith("about 1,5"))
+        << dialog.ForecastText().toStdString();
     length->setValue(length->value() / 2.0);
-    EXPECT_TRUE(dialog.ForecastText().startsWith("about 6,1")) << dialog.ForecastText().toStdString();
+    EXPECT_TRUE(dialog.ForecastText().startsWith("about 6,1"))
+        << dialog.ForecastText().toStdString();
     Named<QComboBox>(dialog, "Change")->setCurrentIndex(1);
     EXPECT_TRUE(dialog.ForecastText().startsWith("at least 6,1"));
     length->setValue(1e-6);
