@@ -13,8 +13,9 @@ struct KeptFeatures {
     bool borders = true;
     /// Keeps the borders between face groups, materials and smoothing groups.
     bool groups = true;
-    /// Keeps edges between faces whose normals form a larger angle than this, in degrees.
-    std::optional<float> creaseAngle = {};
+    /// Keeps edges between faces whose normals form a larger angle than this, in degrees; 180 keeps
+    /// none.
+    float creaseAngle = 60.0f;
 };
 
 /// Which edges a remeshing changes.

@@ -26,7 +26,8 @@ void MarkEdges(EditableMesh& mesh,
                JobControl* job) {
     const SurfaceAttributes& attributes = source.Attributes(job);
     constexpr float degree = 0.017453293f;
-    const float minCosine = kept.creaseAngle ? std::cos(*kept.creaseAngle * degree) : -2.0f;
+    const bool keepsCreases = kept.creaseAngle < 180.0f;
+    const float minCosine = std::cos(kept.creaseAngle * degree);
     JobPhase phase(job, "Finding features", mesh.FaceLimit());
     for (uint32_t h = 0; h < mesh.FaceLimit() * 3; ++h) {
         if (h % 3 == 0) phase.Add();
@@ -38,7 +39,7 @@ void MarkEdges(EditableMesh& mesh,
         if (mesh.TagOf(face) == mesh.TagOf(neighbour)) continue;
         bool isFeature =
             kept.groups && !HaveSameData(attributes, mesh.TagOf(face), mesh.TagOf(neighbour));
-        if (kept.creaseAngle) {
+        if (keepsCreases) {
             const Vector a = AreaNormalOf(mesh, face);
             const Vector b = AreaNormalOf(mesh, neighbour);
             isFeature = isFeature || (a | b) < minCosine * a.Length() * b.Length();

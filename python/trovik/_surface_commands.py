@@ -223,7 +223,8 @@ class SurfaceCommands(Steps):
             See `Commands`.
         **fields
             ``faces``, the number of triangles, instead of `edge_length`; ``mode`` (``"both"``, ``"refine"``
-            or ``"coarsen"``); ``keepBorders``, ``keepGroups`` and ``keepUvs``; ``creaseAngle`` (degrees).
+            or ``"coarsen"``); ``keepBorders``, ``keepGroups`` and ``keepUvs``; ``creaseAngle`` (degrees,
+            default 60).
 
         Raises
         ------
@@ -240,7 +241,7 @@ class SurfaceCommands(Steps):
         Examples
         --------
         >>> s.remesh(0.05)
-        >>> s.remesh(faces=5000, creaseAngle=60)
+        >>> s.remesh(faces=5000, creaseAngle=45)
         """
         if edge_length is not None:
             fields["edgeLength"] = edge_length

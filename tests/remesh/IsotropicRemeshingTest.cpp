@@ -92,8 +92,8 @@ TEST(IsotropicRemeshing, EdgesHaveTheTargetLength) {
             const double volume = VolumeOf(*document.Geometry().Bound());
             SourceSurface source(document.Geometry());
             const double predicted = static_cast<double>(EstimateRemesh(source).FacesFor(length));
-            const LevelMesh& level =
-                Remeshed(document, {.edgeLength = length, .kept = {.borders = false}});
+            const LevelMesh& level = Remeshed(
+                document, {.edgeLength = length, .kept = {.borders = false, .creaseAngle = 180}});
             const Shape shape = ShapeOf(level);
             EXPECT_GE(shape.FractionBetween(0.6f, 1.5f, length), 0.99);
             EXPECT_EQ(shape.degenerateFaces, 0u);
@@ -209,9 +209,25 @@ TEST(IsotropicRemeshing, KeepsTheCreasesOfACube) {
     EXPECT_LT(HausdorffDistance(document, Cube()), 1e-6f);
     document.Undo();
     document.Undo();
-    Remeshed(document, {.edgeLength = 0.13f});
+    Remeshed(document, {.edgeLength = 0.13f, .kept = {.creaseAngle = 180.0f}});
     EXPECT_GT(HausdorffDistance(document, Cube()), 0.01f)
         << "without the option, edges get rounded";
+}
+
+TEST(IsotropicRemeshing, CreasesKeepFeaturesThatAreSmallerThanTheLength) {
+    const PolygonMesh bust = Plain(ExampleMesh("bust.obj"));
+    float distances[2];
+    for (const bool keeps : {false, true}) {
+        Document document("mesh", bust);
+        const LevelMesh& level = Remeshed(
+            document, {.edgeLength = 0.08f, .kept = {.creaseAngle = keeps ? 60.0f : 180.0f}});
+        EXPECT_GE(ShapeOf(level).FractionBetween(0.6f, 1.5f, 0.08f), 0.95);
+        EXPECT_EQ(ShapeOf(level).degenerateFaces, 0u);
+        distances[keeps ? 1 : 0] = HausdorffDistance(document, bust);
+    }
+    // The lips and the eyelids are creases.
+    EXPECT_LT(distances[1], distances[0]);
+    EXPECT_LT(distances[1], 0.08f);
 }
 
 TEST(IsotropicRemeshing, KeepsMaskedTrianglesBitForBit) {

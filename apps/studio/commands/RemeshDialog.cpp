@@ -50,7 +50,7 @@ RemeshDialog::RemeshDialog(Engine& given, const DocumentState& state, QWidget* p
     uvs = AddCheck(
         tr("Keep texture coordinates"), tr("Keeps texture coordinates and their seams"), true);
     creases = AddCheck(
-        tr("Keep sharp edges"), tr("Keeps edges between faces that form a large angle"), false);
+        tr("Keep sharp edges"), tr("Keeps edges between faces that form a large angle"), true);
     angle =
         AddNumber(tr("Sharp above"),
                   tr("The angle between the normals of two faces from which their edge is sharp"),
@@ -126,7 +126,7 @@ nlohmann::json RemeshDialog::Options() const {
         options["edgeLength"] = length->value();
     else
         options["faces"] = faces->value();
-    if (creases->isChecked()) options["creaseAngle"] = angle->value();
+    options["creaseAngle"] = creases->isChecked() ? angle->value() : 180.0;
     return options;
 }
 

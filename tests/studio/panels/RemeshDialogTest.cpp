@@ -52,16 +52,17 @@ TEST_F(RemeshDialogTest, OptionsAreTheFieldsOfTheStep) {
     Named<QSpinBox>(dialog, "Triangles")->setValue(500);
     EXPECT_EQ(dialog.Options(),
               nlohmann::json::parse(R"({"faces": 500, "mode": "both", "keepBorders": true,
-                                        "keepGroups": true, "keepUvs": true})"));
+                                        "keepGroups": true, "keepUvs": true, "creaseAngle": 60.0})"));
     Named<QComboBox>(dialog, "Target")->setCurrentIndex(1);
     Named<QDoubleSpinBox>(dialog, "Edge length")->setValue(0.25);
     Named<QComboBox>(dialog, "Change")->setCurrentIndex(2);
     Named<QCheckBox>(dialog, "Keep borders")->setChecked(false);
-    Named<QCheckBox>(dialog, "Keep sharp edges")->setChecked(true);
     Named<QDoubleSpinBox>(dialog, "Sharp above")->setValue(45.0);
     EXPECT_EQ(dialog.Options(),
               nlohmann::json::parse(R"({"edgeLength": 0.25, "mode": "coarsen", "keepBorders": false,
                                         "keepGroups": true, "keepUvs": true, "creaseAngle": 45.0})"));
+    Named<QCheckBox>(dialog, "Keep sharp edges")->setChecked(false);
+    EXPECT_EQ(dialog.Options()["creaseAngle"], 180.0);
 }
 
 TEST_F(RemeshDialogTest, TheActionRunsTheStep) {
