@@ -37,7 +37,7 @@ std::string TextOf(float number) {
 uint64_t BytesFor(uint64_t triangles) {
     constexpr uint64_t perTriangle =
         3 * 16 + 4 + 4 * sizeof(uint32_t) + LevelForecast::bytesPerFace;
-    constexpr uint64_t perVertex = 24 + 3 * sizeof(float) + LevelForecast::bytesPerVertex;
+    constexpr uint64_t perVertex = 28 + 3 * sizeof(float) + LevelForecast::bytesPerVertex;
     return triangles * perTriangle + triangles / 2 * perVertex;
 }
 

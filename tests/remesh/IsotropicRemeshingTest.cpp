@@ -3,6 +3,7 @@
 #include "framework/remesh/IsotropicRemeshing.h"
 #include "tests/remesh/ReplacedSurface.h"
 
+#include <random>
 #include <set>
 
 namespace trovik::test {
@@ -365,6 +366,50 @@ TEST(IsotropicRemeshing, GivesValidMeshesForTheWholeZoo) {
                 }
             }
         }
+    }
+}
+
+TEST(IsotropicRemeshing, RandomSettingsGiveValidMeshes) {
+    std::vector<ZooMesh> zoo = AllMeshes();
+    zoo.push_back({"sphere", SphereQuads(3)});
+    zoo.push_back({"cylinder", UnwrappedCylinder(16, 8)});
+    for (uint32_t seed = 0; seed < 150; ++seed) {
+        std::mt19937 random(seed);
+        const auto fraction = [&] { return std::uniform_real_distribution<float>()(random); };
+        const ZooMesh& chosen = zoo[random() % zoo.size()];
+        SCOPED_TRACE(chosen.name + ", seed " + std::to_string(seed));
+        PolygonMesh mesh = chosen.mesh;
+        MakeOrientedManifold(mesh);
+        const float noise = seed % 3 == 0 ? 0.0f : 0.1f;
+        for (auto& p : mesh.positions)
+            for (float& c : p) c += (fraction() - 0.5f) * noise;
+        if (seed % 4 == 0)
+            for (std::size_t face = 0; face < mesh.faceSizes.size(); ++face)
+                mesh.attributes.faceGroups.push_back(fraction() < 0.2f ? 0 : 1);
+        if (!mesh.attributes.faceGroups.empty()) mesh.attributes.groupNames = {"a", "b"};
+        Document document("mesh", mesh);
+        if (seed % 5 == 0) {
+            std::vector<uint8_t> amounts(document.Geometry().Bound()->VertexCount());
+            for (uint8_t& amount : amounts) amount = fraction() < 0.3f ? 127 : 0;
+            // A free triangle is left.
+            std::fill_n(amounts.begin(), 3, uint8_t{0});
+            document.Freeze(amounts, FreezeMode::Replace);
+        }
+        IsotropicRemeshing settings;
+        settings.mode = static_cast<RemeshMode>(random() % 3);
+        settings.kept.borders = fraction() < 0.5f;
+        settings.kept.groups = fraction() < 0.5f;
+        settings.keepsUvs = fraction() < 0.7f;
+        settings.kept.creaseAngle = fraction() * 180.0f;
+        if (fraction() < 0.3f)
+            settings.faces = 4 + static_cast<uint32_t>(fraction() * 3000.0f);
+        else
+            settings.edgeLength = 0.05f + fraction() * fraction() * 3.0f;
+        document.ReplaceSurface(Remesh(settings));
+        ExpectManifold(MeshOf(document));
+        EXPECT_EQ(ShapeOf(*document.Geometry().Bound()).degenerateFaces, 0u);
+        for (const Vector& p : PositionsOf(*document.Geometry().Bound()))
+            ASSERT_TRUE(std::isfinite(p.x + p.y + p.z));
     }
 }
 
