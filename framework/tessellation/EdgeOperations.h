@@ -8,7 +8,8 @@
 /// After Botsch, Kobbelt: "A Remeshing Approach to Multiresolution Modeling" (2004).
 ///
 /// A face is valid if it is not degenerate and its normal is within about 75 degrees of the old
-/// one. If the old face was degenerate, any normal is accepted. Costs: O(valence).
+/// one; for a flip, within 45 degrees of the mean of the two old ones. If the old face was
+/// degenerate, any normal is accepted. Costs: O(valence).
 namespace trovik {
 
 /// The lengths between which edges are left as they are, for a target length. Splitting an edge of
