@@ -22,6 +22,18 @@ pkg_check_modules(LZ4 REQUIRED IMPORTED_TARGET liblz4)
 # the Python bindings.
 pkg_check_modules(OPENIMAGEIO REQUIRED IMPORTED_TARGET GLOBAL OpenImageIO>=2.4)
 add_library(OpenImageIO::OpenImageIO ALIAS PkgConfig::OPENIMAGEIO)
+# Found by hand, because Debian's CMake module of OpenVDB requires the static libraries of Boost and
+# the development files of Blosc.
+find_path(TROVIK_OPENVDB_INCLUDE_DIR openvdb/openvdb.h REQUIRED)
+find_library(TROVIK_OPENVDB_LIBRARY openvdb REQUIRED)
+pkg_check_modules(IMATH REQUIRED IMPORTED_TARGET GLOBAL Imath)
+mark_as_advanced(TROVIK_OPENVDB_INCLUDE_DIR TROVIK_OPENVDB_LIBRARY)
+add_library(OpenVDB::openvdb UNKNOWN IMPORTED GLOBAL)
+set_target_properties(
+    OpenVDB::openvdb
+    PROPERTIES IMPORTED_LOCATION "${TROVIK_OPENVDB_LIBRARY}"
+               INTERFACE_INCLUDE_DIRECTORIES "${TROVIK_OPENVDB_INCLUDE_DIR}"
+               INTERFACE_LINK_LIBRARIES "TBB::tbb;PkgConfig::IMATH")
 
 # SIMDe is header-only and has no package file; it is used on machines other than x86.
 find_path(TROVIK_SIMDE_INCLUDE_DIR simde/x86/sse2.h REQUIRED)

@@ -73,7 +73,7 @@ library=$(basename "$packages"/libtrovik[0-9]*.deb)
 library=${library%%_*}
 triplet=$(dpkg-architecture -qDEB_HOST_MULTIARCH)
 expect "$library" "usr/lib/$triplet/libTrovikFramework.so.${library#libtrovik} -> " \
-    "usr/lib/$triplet/trovik/"{modules/trovik-embree.so,modules/trovik-openimageio.so,plugins/SwiftStroke.so}
+    "usr/lib/$triplet/trovik/"{modules/trovik-embree.so,modules/trovik-openimageio.so,modules/trovik-openvdb.so,plugins/SwiftStroke.so}
 expect libtrovik-dev "usr/lib/$triplet/libTrovikFramework.so -> " \
     "usr/lib/$triplet/cmake/Trovik/TrovikConfig.cmake" usr/include/trovik/host/Contract.h
 expect trovik usr/bin/trovik usr/share/man/man1/trovik{,-trace}.1.gz usr/share/trovik/stamps/Stamps/ \

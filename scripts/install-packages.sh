@@ -17,7 +17,7 @@ packages=(
     # Libraries for the products.
     qt6-base-dev libembree-dev libtbb-dev libopenimageio-dev libimath-dev libpng-dev
     libtinygltf-dev nlohmann-json3-dev libvalijson-dev libcli11-dev libsimde-dev liblz4-dev libzstd-dev
-    libmeshoptimizer-dev
+    libmeshoptimizer-dev libopenvdb-dev libboost-dev
     # The desktop application.
     qt6-svg-dev libqt6svg6 libqt6opengl6-dev libgl1-mesa-dri
     # Its tests draw on a virtual display.

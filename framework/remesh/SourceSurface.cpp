@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
+#include <limits>
 
 namespace trovik {
 
@@ -49,27 +50,53 @@ const SurfaceAttributes& SourceSurface::Attributes(JobControl* job) {
     return *attributes;
 }
 
+template <typename Query>
+std::vector<NearestPoint> SourceSurface::FindAll(std::size_t count,
+                                                 JobControl* job,
+                                                 const Query& query) {
+    if (!tree) tree.emplace(&Level(), job);
+    std::vector<NearestPoint> found(count);
+    JobPhase phase(job, "Finding nearest points", count);
+    for (std::size_t first = 0; first < count; first += queriesPerRun) {
+        const std::size_t run = std::min(queriesPerRun, count - first);
+        RunInParallel(static_cast<uint32_t>(run), 256, [&](uint32_t i) {
+            query(first + i, found[first + i]);
+        });
+        phase.Add(run);
+    }
+    phase.Finish();
+    return found;
+}
+
 std::vector<NearestPoint> SourceSurface::Nearest(const std::vector<Vector>& points,
                                                  const std::vector<NearestLimits>& limits,
                                                  JobControl* job) {
-    if (!tree) tree.emplace(&Level(), job);
-    std::vector<NearestPoint> nearest(points.size());
-    JobPhase phase(job, "Finding nearest points", points.size());
-    for (std::size_t first = 0; first < points.size(); first += queriesPerRun) {
-        const std::size_t count = std::min(queriesPerRun, points.size() - first);
-        RunInParallel(static_cast<uint32_t>(count), 256, [&](uint32_t i) {
-            NearestLimits limit = limits.empty() ? NearestLimits{} : limits[first + i];
-            auto hit = tree->Nearest(points[first + i], limit);
-            if (!hit) {
-                limit.facing = {};
-                hit = tree->Nearest(points[first + i], limit);
-            }
-            if (hit) nearest[first + i] = Resolved(Level(), *hit);
-        });
-        phase.Add(count);
-    }
-    phase.Finish();
-    return nearest;
+    return FindAll(points.size(), job, [&](std::size_t i, NearestPoint& nearest) {
+        NearestLimits limit = limits.empty() ? NearestLimits{} : limits[i];
+        auto hit = tree->Nearest(points[i], limit);
+        if (!hit) {
+            limit.facing = {};
+            hit = tree->Nearest(points[i], limit);
+        }
+        if (hit) nearest = Resolved(Level(), *hit);
+    });
+}
+
+std::vector<NearestPoint> SourceSurface::NearestAlong(const std::vector<Vector>& points,
+                                                      const std::vector<Vector>& directions,
+                                                      float reach,
+                                                      JobControl* job) {
+    return FindAll(points.size(), job, [&](std::size_t i, NearestPoint& nearest) {
+        nearest.distance = std::numeric_limits<float>::infinity();
+        const float length = directions[i].Length();
+        if (!(length > 0.0f)) return;
+        const Vector direction = directions[i] * (1.0f / length);
+        for (const float sign : {1.0f, -1.0f}) {
+            const auto hit =
+                tree->Pick({points[i], direction * sign, std::min(reach, nearest.distance)});
+            if (hit && hit->t < nearest.distance) nearest = Resolved(Level(), *hit);
+        }
+    });
 }
 
 PolygonMesh SourceSurface::Polygons(JobControl* job) {

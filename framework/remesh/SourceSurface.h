@@ -50,6 +50,15 @@ public:
                                       const std::vector<NearestLimits>& limits,
                                       JobControl* job = nullptr);
 
+    /// Returns, for each point, the intersection of the surface with the line through the point that
+    /// is nearest to the point. If there is none within the distance `reach`, the `distance` of the
+    /// result is infinite. Otherwise like Nearest.
+    /// \param directions  one per point; a point whose direction is zero has no intersection.
+    std::vector<NearestPoint> NearestAlong(const std::vector<Vector>& points,
+                                           const std::vector<Vector>& directions,
+                                           float reach,
+                                           JobControl* job = nullptr);
+
     /// Returns the level as a polygon mesh with its attributes, in mesh-local coordinates and
     /// without normals.
     PolygonMesh Polygons(JobControl* job = nullptr);
@@ -60,6 +69,9 @@ public:
     float LocalLength(float worldLength) const;
 
 private:
+    template <typename Query>
+    std::vector<NearestPoint> FindAll(std::size_t count, JobControl* job, const Query& query);
+
     LevelGeometry& geometry;
     std::optional<SurfaceAttributes> attributes;
     std::optional<PatchTree> tree;

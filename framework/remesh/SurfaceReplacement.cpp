@@ -108,6 +108,7 @@ SurfaceReplacement MakeReplacement(LevelGeometry& geometry,
     made.mesh.name = geometry.Level(0)->Name().toStdString();
     replacement.geometry = std::make_unique<LevelGeometry>(made.mesh, job);
     LevelGeometry& target = *replacement.geometry;
+    if (made.complete) made.complete(target, job);
     TransferMask(source, made.vertexSources, target, job);
     TransferLayers(source, made.vertexSources, target, job);
     if (geometry.Mirror() != nullptr && !target.FindMirror(job)) {

@@ -37,6 +37,10 @@ struct NewSurface {
     /// The same for faces. A face without a source gets the data of the old face that is nearest to
     /// its centre.
     std::vector<uint32_t> faceSources;
+    /// Called with the new geometry before the mask and the layers are transferred to its bound
+    /// level; may add levels and move vertices. May be empty. If it adds levels, there must be no
+    /// vertex sources. Throws HostError; Cancelled.
+    std::function<void(LevelGeometry& geometry, JobControl* job)> complete;
     ReplacementReport report;
     /// Set if the operation has nothing to change; the other members are then ignored, except
     /// `report`.

@@ -224,7 +224,9 @@ TEST_P(ReplacingSteps, AreRefusedDuringAStrokeAndWithHiddenFaces) {
 
 INSTANTIATE_TEST_SUITE_P(All,
                          ReplacingSteps,
-                         testing::Values(R"({"decimate": {"ratio": 0.6}})",
+                         testing::Values(R"({"voxelRemesh": {"voxelSize": 0.1}})",
+                                         R"({"voxelRemesh": {"faces": 500, "project": true, "levels": 1}})",
+                                         R"({"decimate": {"ratio": 0.6}})",
                                          R"({"decimate": {"error": 0.01}})",
                                          R"({"remesh": {"edgeLength": 0.12}})",
                                          R"({"remesh": {"faces": 700, "creaseAngle": 80}})",

@@ -248,6 +248,8 @@ const char* const examples = R"([
                 "keepUvs": true, "creaseAngle": 180}},
     {"repair": {"weld": 0.25, "clean": false, "minPieceFaces": 8, "minPieceShare": 0.25,
                 "orient": false, "fillHoles": "smooth", "maxHoleEdges": 32}},
+    {"voxelRemesh": {"voxelSize": 0.25, "project": true, "levels": 2}},
+    {"voxelRemesh": {"faces": 500}},
     {"camera": {"eye": [1, 2, 3], "target": [0, 0, 0], "up": [0, 1, 0], "from": [1, 1, 1],
                 "fieldOfView": 33.3, "orthographic": true, "width": 640, "height": 480}},
     {"render": {"file": "a.png", "keep": "a", "width": 64, "height": 48, "samples": 4,
