@@ -25,7 +25,9 @@
 namespace trovik {
 
 struct DisplacementOptions;
+struct MeshProjection;
 struct PositionEdit;
+struct ProjectionResult;
 struct ReplacementReport;
 struct SurfaceOperation;
 
@@ -38,8 +40,8 @@ struct SurfaceOperation;
 /// stays open. These operations are Save, WriteScene, Reset, Subdivide, DeleteLevels, Unsubdivide,
 /// ApplyToBase, BindLevel, Undo, Redo, JumpTo, Push, SelectTool, SetMirrors, SetTopologicalMirror,
 /// MakeSymmetric, SetRenderers, AddLayer, SelectLayer, SetLayerStrength, ChangeVisibility,
-/// SetTransform, Displace, EditPositions, ReplaceSurface, RefreshSurface, and Freeze during a
-/// stroke of the freeze brush. The following may change during a stroke: brush and stroke settings
+/// SetTransform, Displace, Project, EditPositions, ReplaceSurface, RefreshSurface, and Freeze during
+/// a stroke of the freeze brush. The following may change during a stroke: brush and stroke settings
 /// (a new falloff takes effect with the next stroke), view and camera, observers and listeners, and
 /// the undo budget. During a sculpting stroke, Freeze may change the mask.
 ///
@@ -218,6 +220,8 @@ public:
     void SetTransform(const MatrixTransform& transform);
     /// See DisplaceByMap. Creates one undo step. \throw Cancelled; nothing has then changed.
     void Displace(const DisplacementOptions& options, JobControl* job = nullptr);
+    /// See ProjectOntoFile. Creates one undo step. \throw Cancelled; nothing has then changed.
+    ProjectionResult Project(const MeshProjection& projection, JobControl* job = nullptr);
     /// Moves the vertices of the current level; see trovik::EditPositions, FilterSurface and
     /// TransformVertices. Creates one undo step. \return the number of vertices that moved.
     /// \throw Cancelled; nothing has then changed.

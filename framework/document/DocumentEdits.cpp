@@ -8,6 +8,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/filters/PositionEdit.h"
 #include "framework/multires/Steps.h"
+#include "framework/remesh/MeshProjection.h"
 #include "framework/remesh/SurfaceReplacement.h"
 
 namespace trovik {
@@ -204,6 +205,13 @@ void Document::Displace(const DisplacementOptions& options, JobControl* job) {
     RequireNoStroke("displace the surface");
     DisplaceByMap(*geometry, options, job);
     NotifyChanges();
+}
+
+ProjectionResult Document::Project(const MeshProjection& projection, JobControl* job) {
+    RequireNoStroke("change the mesh");
+    const ProjectionResult result = ProjectOntoFile(*geometry, projection, job);
+    NotifyChanges();
+    return result;
 }
 
 uint32_t Document::EditPositions(const PositionEdit& edit, JobControl* job) {

@@ -171,7 +171,7 @@ TEST_P(ReplacingSteps, TransferMaskColoursGroupsAndLayers) {
     for (uint32_t v = 0; v < level.VertexCount(); ++v) {
         const float distance = (level.Position(v) - Vector(-1.0f, 0.0f, 0.0f)).Length();
         if (distance < 0.35f) {
-            EXPECT_EQ(level.Freeze(v), 127) << v;
+            EXPECT_GE(level.Freeze(v), 125) << v;
         }
         if (distance > 0.9f) {
             EXPECT_EQ(level.Freeze(v), 0) << v;
@@ -225,7 +225,7 @@ TEST_P(ReplacingSteps, AreRefusedDuringAStrokeAndWithHiddenFaces) {
 INSTANTIATE_TEST_SUITE_P(All,
                          ReplacingSteps,
                          testing::Values(R"({"voxelRemesh": {"voxelSize": 0.1}})",
-                                         R"({"voxelRemesh": {"faces": 500, "project": true, "levels": 1}})",
+                                         R"({"voxelRemesh": {"voxelSize": 0.15, "project": true, "levels": 1}})",
                                          R"({"decimate": {"ratio": 0.6}})",
                                          R"({"decimate": {"error": 0.01}})",
                                          R"({"remesh": {"edgeLength": 0.12}})",

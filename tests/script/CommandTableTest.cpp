@@ -250,6 +250,8 @@ const char* const examples = R"([
                 "orient": false, "fillHoles": "smooth", "maxHoleEdges": 32}},
     {"voxelRemesh": {"voxelSize": 0.25, "project": true, "levels": 2}},
     {"voxelRemesh": {"faces": 500}},
+    {"project": {"file": "m.obj", "distance": 0.5, "direction": "normal", "colors": true,
+                 "world": true}},
     {"camera": {"eye": [1, 2, 3], "target": [0, 0, 0], "up": [0, 1, 0], "from": [1, 1, 1],
                 "fieldOfView": 33.3, "orthographic": true, "width": 640, "height": 480}},
     {"render": {"file": "a.png", "keep": "a", "width": 64, "height": 48, "samples": 4,
