@@ -275,6 +275,76 @@ class SurfaceCommands(Steps):
         """
         self._do({"repair": fields_of(fields)}, progress)
 
+    def voxel_remesh(self, faces: Optional[int] = None, *, progress: Progress = None, **fields: Any) -> None:
+        """Replace the mesh by a closed mesh of even quads; see ``docs/topology.md``.
+
+        Parameters
+        ----------
+        faces : int, optional
+            The number of faces of level 0, reached within 5 per cent.
+        progress : callable, optional
+            See `Commands`.
+        **fields
+            ``voxelSize`` instead of `faces` (world units); ``project``, whether level 0 is moved onto the
+            old surface; ``levels``, the number of levels to add, which are moved onto the old surface.
+
+        Raises
+        ------
+        Error
+            If not exactly one of `faces` and ``voxelSize`` is given, if the mesh encloses no volume, if
+            there is not enough memory, or if faces are hidden.
+        BufferError
+            If views of the positions exist.
+
+        See Also
+        --------
+        repair : Repair the mesh, and keep its faces.
+
+        Examples
+        --------
+        >>> s.voxel_remesh(2000, levels=1)
+        >>> s.bound, s.faces().shape[1]
+        (1, 4)
+        """
+        if faces is not None:
+            fields["faces"] = faces
+        self._do({"voxelRemesh": fields_of(fields)}, progress)
+
+    def project(
+        self, file: os.PathLike | str, distance: float, *, progress: Progress = None, **fields: Any
+    ) -> None:
+        """Move the vertices of the current level onto the surface of a mesh file.
+
+        Parameters
+        ----------
+        file : path
+            A mesh in any format that can be imported.
+        distance : float
+            Vertices within half of this distance of the surface move onto it; from there to the
+            distance, the effect decreases to 0 (world units).
+        progress : callable, optional
+            See `Commands`.
+        **fields
+            ``direction``, ``"nearest"`` (default) or ``"normal"``; ``colors``, whether to take the vertex
+            colours of the file; ``world``, whether the file is in world space.
+
+        Raises
+        ------
+        Error
+            If the file cannot be read, or has no colours although they are asked for.
+
+        See Also
+        --------
+        voxel_remesh : Replace the mesh by one that is easier to sculpt.
+
+        Examples
+        --------
+        >>> s.export("sculpture.ply")
+        >>> s.filter("smooth", iterations=10)
+        >>> s.project("sculpture.ply", 0.1)
+        """
+        self._do({"project": {"file": file, "distance": distance, **fields_of(fields)}}, progress)
+
     def displace(self, file: os.PathLike | str, *, progress: Progress = None, **fields: Any) -> None:
         """Displace the vertices of the current level by a map; see ``docs/baking.md``.
 

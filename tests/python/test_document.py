@@ -115,7 +115,12 @@ def test_the_mesh_can_be_replaced(ball):
     vertices = len(ball.positions)
     before = ball.positions.tobytes()
     view = ball.positions
-    for replace in (ball.repair, lambda: ball.decimate(100), lambda: ball.remesh(0.2)):
+    for replace in (
+        ball.repair,
+        lambda: ball.decimate(100),
+        lambda: ball.remesh(0.2),
+        lambda: ball.voxel_remesh(500),
+    ):
         with pytest.raises(BufferError):
             replace()
     del view
@@ -139,6 +144,36 @@ def test_the_mesh_can_be_remeshed(ball):
     assert 950 <= len(ball.faces()) <= 1050
     with pytest.raises(trovik.Error, match="exclude each other"):
         ball.remesh(0.2, faces=1000)
+
+
+def test_voxel_remesh_gives_even_quads_with_levels(ball):
+    before = ball.positions.tobytes()
+    norms = np.linalg.norm(ball.positions, axis=1)
+    inner, outer = norms.min(), norms.max()
+    ball.voxel_remesh(500, levels=1, project=True)
+    assert ball.faces().shape[1] == 4 and 475 * 4 <= ball.faces().shape[0] <= 525 * 4
+    norms = np.linalg.norm(ball.positions, axis=1)
+    assert inner - 0.02 < norms.min() and norms.max() < outer + 0.02
+    ball.undo()
+    assert ball.positions.tobytes() == before
+    with pytest.raises(trovik.Error, match="voxelSize"):
+        ball.voxel_remesh(500, voxelSize=0.1)
+
+
+def test_project_moves_the_surface_onto_a_file(ball, tmp_path):
+    file = tmp_path / "ball.ply"
+    ball.export(file)
+    before = ball.positions.copy()
+    size = lambda: np.linalg.norm(ball.positions, axis=1).mean()
+    full = size()
+    ball.filter("smooth", iterations=20)
+    smooth = size()
+    ball.project(file, 1.0, direction="normal")
+    assert abs(size() - full) < 0.1 * abs(smooth - full)
+    ball.undo(2)
+    assert (ball.positions == before).all()
+    with pytest.raises(trovik.Error, match="missing.ply"):
+        ball.project(tmp_path / "missing.ply", 1.0)
 
 
 def test_freeze_accepts_arrays(ball):

@@ -26,6 +26,9 @@ void AddGroupActions(const ActionContext& context);
 void AddSymmetryActions(const ActionContext& context);
 void AddSurfaceActions(const ActionContext& context);
 void AddTopologyActions(const ActionContext& context);
+void AddProjectionActions(const ActionContext& context);
+/// Asks for the settings of a projection onto the surface of a mesh file, and runs it.
+void AskProjection(const ActionContext& context, const QString& path);
 void AddToolActions(const ActionContext& context);
 void AddStrokeActions(const ActionContext& context);
 

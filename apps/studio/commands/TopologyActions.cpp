@@ -87,6 +87,82 @@ void RunRepair(const ActionContext& context) {
                 title);
 }
 
+/// The number of faces of a closed surface with these bounds: a rough estimate, because only the
+/// size of the surface is known.
+uint64_t RoughFaces(const AxisAlignedBoundingBox& box, double voxel) {
+    const double x = (static_cast<double>(box.maxX) - box.minX) / voxel;
+    const double y = (static_cast<double>(box.maxY) - box.minY) / voxel;
+    const double z = (static_cast<double>(box.maxZ) - box.minZ) / voxel;
+    constexpr double ofEllipsoid = 1.5708;
+    return static_cast<uint64_t>(std::min(ofEllipsoid * (x * y + y * z + z * x), 1e15));
+}
+
+void RunVoxelRemesh(const ActionContext& context) {
+    const QString title = Text::tr("Voxel Remesh");
+    FormDialog dialog(title, Text::tr("Remesh"), context.window);
+    AddBefore(dialog, context.State());
+    const AxisAlignedBoundingBox bounds = context.engine.Document().bounds;
+    const double size = std::max({static_cast<double>(bounds.maxX) - bounds.minX,
+                                  static_cast<double>(bounds.maxY) - bounds.minY,
+                                  static_cast<double>(bounds.maxZ) - bounds.minZ,
+                                  1e-6});
+    QComboBox* by =
+        dialog.AddChoice(Text::tr("Resolution"),
+                         Text::tr("Whether the number of faces or the size of the voxels is given"),
+                         {{Text::tr("Number of faces"), "faces"},
+                          {Text::tr("Voxel size"), "voxelSize"}});
+    QSpinBox* faces = dialog.AddWhole(Text::tr("Faces"),
+                                      Text::tr("Number of faces of level 0, within 5 %"),
+                                      6,
+                                      maxFaces,
+                                      WholeFrom(FacesOf(context.State()), 6));
+    const double hundredth = size * 0.01;
+    QDoubleSpinBox* voxel = dialog.AddNumber(
+        Text::tr("Voxel size"),
+        Text::tr("Edge length of the voxels in world units; details that are smaller disappear, "
+                 "unless levels are added"),
+        size * 1e-5,
+        size,
+        hundredth,
+        {std::clamp(static_cast<int>(std::ceil(-std::log10(hundredth))) + 2, 2, 9),
+         hundredth * 0.1});
+    QCheckBox* project = dialog.AddCheck(
+        Text::tr("Keep sharp detail"),
+        Text::tr("Moves the vertices of level 0 onto the old surface, which restores edges"),
+        false);
+    QSpinBox* levels =
+        dialog.AddWhole(Text::tr("Levels"),
+                        Text::tr("Levels to add above level 0. Each has four times as many faces "
+                                 "as the one below, and restores detail of the old surface"),
+                        0,
+                        6,
+                        0);
+    QLabel* after = dialog.AddText(Text::tr("After"));
+    const auto show = [&] {
+        const bool byFaces = FormDialog::ChosenText(by) == "faces";
+        dialog.ShowRow(faces, byFaces);
+        dialog.ShowRow(voxel, !byFaces);
+        const uint64_t base = byFaces ? static_cast<uint64_t>(faces->value())
+                                      : RoughFaces(bounds, voxel->value());
+        const uint64_t highest = base << (2 * levels->value());
+        after->setText((byFaces ? Text::tr("about %1 faces on the highest level")
+                                : Text::tr("roughly %1 faces on the highest level"))
+                           .arg(CountText(highest)));
+    };
+    QObject::connect(by, &QComboBox::currentIndexChanged, &dialog, show);
+    for (QSpinBox* box : {faces, levels})
+        QObject::connect(box, &QSpinBox::valueChanged, &dialog, show);
+    QObject::connect(voxel, &QDoubleSpinBox::valueChanged, &dialog, show);
+    show();
+    if (dialog.exec() != QDialog::Accepted) return;
+    nlohmann::json step = {{"project", project->isChecked()}, {"levels", levels->value()}};
+    if (FormDialog::ChosenText(by) == "faces")
+        step["faces"] = faces->value();
+    else
+        step["voxelSize"] = voxel->value();
+    context.Run("voxelRemesh", std::move(step), title);
+}
+
 }  // namespace
 
 void AddTopologyActions(const ActionContext& context) {
@@ -111,6 +187,13 @@ void AddTopologyActions(const ActionContext& context) {
                                  "faces and fills holes."),
          .icon = "surface-repair",
          .run = [context] { RunRepair(context); }}));
+    context.EnableWithDocument(actions.Add(
+        {.id = "surface.voxelRemesh",
+         .text = Text::tr("Voxel Remesh…"),
+         .description = Text::tr("Replaces the mesh by a closed mesh of even quads, which joins "
+                                 "parts that intersect."),
+         .icon = "surface-voxel-remesh",
+         .run = [context] { RunVoxelRemesh(context); }}));
 }
 
 }  // namespace trovik::studio

@@ -161,7 +161,9 @@ void FillMenus(QMainWindow& window, const ActionRegistry& actions, FileActions& 
           "-",
           "surface.remesh",
           "surface.decimate",
-          "surface.repair"});
+          "surface.repair",
+          "surface.voxelRemesh",
+          "surface.project"});
     QMenu* view = bar->addMenu(MainWindow::tr("&View"));
     Fill(view,
          actions,

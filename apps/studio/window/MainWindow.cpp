@@ -87,6 +87,7 @@ void MainWindow::AddActions() {
     AddSymmetryActions(context);
     AddSurfaceActions(context);
     AddTopologyActions(context);
+    AddProjectionActions(context);
     AddViewActions(context);
     AddBookmarkActions(context);
     AddReferenceActions(context);

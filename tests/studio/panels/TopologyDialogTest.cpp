@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file Tests the dialogs of the menu Surface that change the mesh.
+#include "commands/StudioActions.h"
+#include "framework/files/MeshFiles.h"
+#include "tests/meshes/MeshZoo.h"
+#include "tests/studio/panels/StudioWindow.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialog>
+#include <QDoubleSpinBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QSpinBox>
+
+#include <functional>
+
+namespace trovik::studio {
+
+namespace {
+
+using nlohmann::json;
+
+/// Returns the control with this accessible name.
+template <typename Control>
+Control* Named(QWidget& dialog, const QString& name) {
+    for (Control* control : dialog.findChildren<Control*>())
+        if (control->accessibleName() == name) return control;
+    ADD_FAILURE() << "no control " << name.toStdString();
+    return nullptr;
+}
+
+/// Calls `open`, which opens a dialog; then `fill`, and presses the default button.
+void Answer(const std::function<void()>& open, const std::function<void(QDialog&)>& fill) {
+    QTimer timer;
+    bool isAnswered = false;
+    QObject::connect(&timer, &QTimer::timeout, &timer, [&] {
+        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        if (dialog == nullptr || isAnswered) return;
+        isAnswered = true;
+        for (const QWidget* widget : dialog->findChildren<QWidget*>())
+            if (qobject_cast<const QAbstractButton*>(widget) != nullptr)
+                EXPECT_FALSE(widget->toolTip().isEmpty());
+        fill(*dialog);
+        for (QPushButton* button : dialog->findChildren<QPushButton*>())
+            if (button->isDefault()) button->click();
+    });
+    timer.start(5);
+    open();
+    EXPECT_TRUE(isAnswered);
+}
+
+}  // namespace
+
+TEST_F(StudioWindow, VoxelRemeshShowsTheFacesBeforeAndAfter) {
+    OpenSphere(0);
+    const uint32_t before = State().levels[0].faces;
+    Answer([&] { Action("surface.voxelRemesh")->trigger(); },
+           [&](QDialog& dialog) {
+               EXPECT_TRUE(Named<QLabel>(dialog, "Before")->text().contains(
+                   QLocale().toString(before)));
+               Named<QSpinBox>(dialog, "Faces")->setValue(2000);
+               Named<QSpinBox>(dialog, "Levels")->setValue(1);
+               EXPECT_EQ(Named<QLabel>(dialog, "After")->text(),
+                         "about 8,000 faces on the highest level");
+               Named<QCheckBox>(dialog, "Keep sharp detail")->setChecked(true);
+           });
+    Finish();
+    EXPECT_EQ(failures, QStringList());
+    EXPECT_EQ(LastStep(), (json{{"voxelRemesh", {{"faces", 2000}, {"levels", 1}, {"project", true}}}}));
+    ASSERT_EQ(State().levels.size(), 2u);
+    EXPECT_NEAR(State().levels[0].faces, 2000, 100);
+    EXPECT_EQ(State().currentLevel, 1u);
+    engine.Run({{"undo", 1}});
+    Finish();
+    ASSERT_EQ(State().levels.size(), 1u);
+    EXPECT_EQ(State().levels[0].faces, before);
+}
+
+TEST_F(StudioWindow, VoxelRemeshByVoxelSize) {
+    OpenSphere(0);
+    Answer([&] { Action("surface.voxelRemesh")->trigger(); },
+           [&](QDialog& dialog) {
+               Named<QComboBox>(dialog, "Resolution")->setCurrentIndex(1);
+               auto* voxel = Named<QDoubleSpinBox>(dialog, "Voxel size");
+               EXPECT_TRUE(voxel->isVisible());
+               voxel->setValue(0.1);
+               EXPECT_TRUE(
+                   Named<QLabel>(dialog, "After")->text().startsWith("roughly 1,8"));
+           });
+    Finish();
+    EXPECT_EQ(failures, QStringList());
+    EXPECT_NEAR(State().levels[0].faces, 1880, 100);
+}
+
+TEST_F(StudioWindow, ProjectionMovesTheSurfaceOntoAFile) {
+    OpenSphere(0);
+    PolygonMesh larger = trovik::test::SphereQuads(5);
+    for (auto& p : larger.positions)
+        for (float& c : p) c *= 1.1f;
+    const QString path = folder.filePath("larger.obj");
+    WriteMeshFile(path.toStdString(), larger);
+    EXPECT_FALSE(Action("surface.project")->toolTip().isEmpty());
+    StudioScene scene(engine);
+    const ActionContext context{engine, actions, view, preferences, scene, window.get()};
+    Answer([&] { AskProjection(context, path); },
+           [&](QDialog& dialog) {
+               EXPECT_EQ(Named<QLabel>(dialog, "File")->text(), "larger.obj");
+               Named<QDoubleSpinBox>(dialog, "Distance")->setValue(0.5);
+           });
+    Finish();
+    EXPECT_EQ(failures, QStringList());
+    EXPECT_EQ(LastStep().at("project").at("distance"), 0.5);
+    ASSERT_EQ(State().historyPosition, 1u);
+    EXPECT_EQ(State().history.back().label, "Project");
+}
+
+}  // namespace trovik::studio

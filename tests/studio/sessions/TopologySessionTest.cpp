@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+
+/// \file Tests operations that replace the mesh, between strokes, with events in a viewport.
+#include "framework/files/MeshFiles.h"
+#include "tests/studio/sessions/StudioSession.h"
+
+#include <gtest/gtest.h>
+
+namespace trovik::studio::test {
+
+namespace {
+
+TEST(TopologySession, StrokesAndUndoWorkAcrossAVoxelRemesh) {
+    StudioSession session;
+    session.OpenBust();
+    EXPECT_EQ(session.Play(PenStroke(300.0, 1000)), "");
+    const ContentHash before = session.SceneHash();
+    const char* remesh = R"({"voxelRemesh": {"faces": 6000, "levels": 1}})";
+    EXPECT_EQ(session.Play(Joined({{Step(remesh)}, PenStroke(320.0, 3000)})), "");
+    EXPECT_EQ(session.engine.State()->levels.size(), 2u);
+    EXPECT_NEAR(session.engine.State()->levels[0].faces, 6000, 300);
+    EXPECT_EQ(session.engine.State()->historyPosition, 3u);
+    const ContentHash after = session.SceneHash();
+    EXPECT_EQ(session.Play({Step(R"({"undo": 2})")}), "");
+    EXPECT_EQ(session.SceneHash(), before);
+    EXPECT_EQ(session.Play({Step(R"({"redo": 2})")}), "");
+    EXPECT_EQ(session.SceneHash(), after);
+}
+
+TEST(TopologySession, AProjectionRestoresASmoothedSurface) {
+    StudioSession session;
+    session.OpenBust();
+    const std::string file = session.Path("bust.ply");
+    const std::string project =
+        R"({"project": {"file": ")" + file + R"(", "distance": 0.4}})";
+    EXPECT_EQ(session.Play({Step((R"({"export": {"file": ")" + file + R"("}})").c_str()),
+                            Step(R"({"filter": {"kind": "smooth", "iterations": 20}})"),
+                            Step(project.c_str())}),
+              "");
+    EXPECT_EQ(session.engine.State()->historyPosition, 2u);
+    EXPECT_EQ(session.engine.State()->history.back().label, "Project");
+    EXPECT_EQ(session.Play({Step(R"({"project": {"file": "missing.obj", "distance": 1}})")})
+                  .contains("missing.obj"),
+              true);
+}
+
+}  // namespace
+
+}  // namespace trovik::studio::test
