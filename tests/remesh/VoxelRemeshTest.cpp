@@ -124,6 +124,17 @@ TEST(VoxelRemesh, FillsHoles) {
     for (const Vector& p : PositionsOf(level)) EXPECT_LT(p.z, 0.85f);
 }
 
+TEST(VoxelRemesh, RemovesPiecesAsSmallAsAVoxel) {
+    PolygonMesh mesh = SphereQuads(4);
+    Append(mesh, SphereQuads(2), 0.05f, {2.0f, 0.0f, 0.0f});
+    const auto document = Remeshed(mesh, {.voxelSize = 0.1f});
+    EXPECT_EQ(ComponentsOf(LevelOf(document)), 1u);
+    EXPECT_EQ(ComponentsOf(LevelOf(Remeshed(mesh, {.voxelSize = 0.02f}))), 2u);
+    PolygonMesh alone;
+    Append(alone, SphereQuads(2), 0.05f, {2.0f, 0.0f, 0.0f});
+    EXPECT_GT(LevelOf(Remeshed(alone, {.voxelSize = 0.1f})).faceCount, 0u);
+}
+
 TEST(VoxelRemesh, ProjectionRestoresEdges) {
     PolygonMesh box = Cube();
     for (auto& p : box.positions)

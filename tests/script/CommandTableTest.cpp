@@ -249,7 +249,7 @@ const char* const examples = R"([
     {"repair": {"weld": 0.25, "clean": false, "minPieceFaces": 8, "minPieceShare": 0.25,
                 "orient": false, "fillHoles": "smooth", "maxHoleEdges": 32}},
     {"voxelRemesh": {"voxelSize": 0.25, "project": true, "levels": 2}},
-    {"voxelRemesh": {"faces": 500}},
+    {"voxelRemesh": {"faces": 500, "project": false, "levels": 0}},
     {"project": {"file": "m.obj", "distance": 0.5, "direction": "normal", "colors": true,
                  "world": true}},
     {"camera": {"eye": [1, 2, 3], "target": [0, 0, 0], "up": [0, 1, 0], "from": [1, 1, 1],

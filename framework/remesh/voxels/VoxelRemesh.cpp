@@ -4,6 +4,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/memory/FreeMemory.h"
 #include "framework/remesh/LevelProjection.h"
+#include "framework/remesh/MeshCleaning.h"
 #include "framework/remesh/voxels/ClosedSurface.h"
 #include "framework/remesh/voxels/DualSurface.h"
 
@@ -18,13 +19,16 @@ namespace {
 /// A surface with a smaller ratio of volume to area^1.5 is flat; that of a sphere is 0.09.
 constexpr double leastFullness = 1e-6;
 /// Memory for one new face: its part of the grids, and of the new level and its temporary copies.
-constexpr double bytesPerFace = 700.0;
+constexpr double bytesPerFace = 450.0;
 /// Number of faces of a first, faster remesh that improves the estimate of the voxel size.
 constexpr double trialFaces = 50'000.0;
 constexpr int maxTries = 16;
 /// The search for a voxel size ends at this relative error of the number of faces.
 constexpr double enough = 0.02;
 constexpr double allowed = 0.05;
+/// Connected components with fewer faces are about as small as a voxel. They remain of tips and
+/// walls that are thinner than the voxels.
+constexpr std::size_t leastPiece = 24;
 /// Vertices are projected to points of the old surface within this number of voxels.
 constexpr float reachInVoxels = 2.0f;
 
@@ -100,6 +104,18 @@ void Complete(LevelGeometry& geometry,
     }
 }
 
+/// Removes components that are about as small as a voxel, unless there are no others.
+void RemoveCrumbs(NewSurface& surface) {
+    const std::vector<bool> isCrumb = FacesOfSmallPieces(surface.mesh, leastPiece);
+    if (std::find(isCrumb.begin(), isCrumb.end(), false) == isCrumb.end()) return;
+    const std::size_t removed = RemoveFaces(surface, isCrumb);
+    surface.vertexSources.clear();
+    surface.faceSources.clear();
+    if (removed > 0)
+        surface.report.notes.push_back(std::to_string(removed) +
+                                       " faces of pieces as small as a voxel were removed");
+}
+
 NewSurface MakeRemeshed(SourceSurface& source, const VoxelRemesh& settings, JobControl* job) {
     const ClosedSurface surface(source, job);
     if (std::fabs(surface.volume) <= leastFullness * std::pow(surface.area, 1.5))
@@ -117,6 +133,7 @@ NewSurface MakeRemeshed(SourceSurface& source, const VoxelRemesh& settings, JobC
     made.mesh = DualSurfaceOf(*sized.field, job);
     for (auto& position : made.mesh.positions)
         for (float& coordinate : position) coordinate *= sized.size;
+    RemoveCrumbs(made);
     if (surface.filledHoles > 0)
         made.report.notes.push_back(std::to_string(surface.filledHoles) +
                                     (surface.filledHoles == 1 ? " hole was" : " holes were") +

@@ -41,8 +41,9 @@ void Answer(const std::function<void()>& open, const std::function<void(QDialog&
         if (dialog == nullptr || isAnswered) return;
         isAnswered = true;
         for (const QWidget* widget : dialog->findChildren<QWidget*>())
-            if (qobject_cast<const QAbstractButton*>(widget) != nullptr)
+            if (qobject_cast<const QAbstractButton*>(widget) != nullptr) {
                 EXPECT_FALSE(widget->toolTip().isEmpty());
+            }
         fill(*dialog);
         for (QPushButton* button : dialog->findChildren<QPushButton*>())
             if (button->isDefault()) button->click();
