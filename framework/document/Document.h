@@ -40,10 +40,10 @@ struct SurfaceOperation;
 /// stays open. These operations are Save, WriteScene, Reset, Subdivide, DeleteLevels, Unsubdivide,
 /// ApplyToBase, BindLevel, Undo, Redo, JumpTo, Push, SelectTool, SetMirrors, SetTopologicalMirror,
 /// MakeSymmetric, SetRenderers, AddLayer, SelectLayer, SetLayerStrength, ChangeVisibility,
-/// SetTransform, Displace, Project, EditPositions, ReplaceSurface, RefreshSurface, and Freeze during
-/// a stroke of the freeze brush. The following may change during a stroke: brush and stroke settings
-/// (a new falloff takes effect with the next stroke), view and camera, observers and listeners, and
-/// the undo budget. During a sculpting stroke, Freeze may change the mask.
+/// SetTransform, Displace, Project, EditPositions, ReplaceSurface, RefreshSurface, and Freeze
+/// during a stroke of the freeze brush. The following may change during a stroke: brush and stroke
+/// settings (a new falloff takes effect with the next stroke), view and camera, observers and
+/// listeners, and the undo budget. During a sculpting stroke, Freeze may change the mask.
 ///
 /// Threads: a document has one owner thread, initially the one that constructs it; only State may
 /// be called on other threads. Several documents can be used in turn on one thread, with the same

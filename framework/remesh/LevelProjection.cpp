@@ -24,8 +24,7 @@ void ProjectLevel(LevelMesh& level, SourceSurface& surface, float reach, JobCont
     for (uint32_t v = 0; v < level.VertexCount(); ++v)
         normals[v] = Unpacked(level.vertexNormals.array[v]);
     const std::vector<NearestPoint> nearest = surface.Nearest(positions, job);
-    const std::vector<NearestPoint> along =
-        surface.NearestAlong(positions, normals, reach, job);
+    const std::vector<NearestPoint> along = surface.NearestAlong(positions, normals, reach, job);
     for (uint32_t v = 0; v < level.VertexCount(); ++v) {
         for (const NearestPoint* to : {&along[v], &nearest[v]}) {
             if (to->distance > std::min(reach, nearest[v].distance * maxDetour)) continue;

@@ -131,8 +131,9 @@ private:
         Target target{point, point.position};
         if (!(point.distance < reach)) return target;
         const float facing = normal | point.normal;
-        target.weight = SmoothFall((point.distance / reach - fullFraction) / (1.0f - fullFraction)) *
-                        std::clamp(facing / fullFacing, 0.0f, 1.0f);
+        target.weight =
+            SmoothFall((point.distance / reach - fullFraction) / (1.0f - fullFraction)) *
+            std::clamp(facing / fullFacing, 0.0f, 1.0f);
         if (IsOnBorder(point))
             target.position = position + normal * (normal | (point.position - position));
         return target;
@@ -172,9 +173,9 @@ std::pair<std::vector<Color>, uint32_t> NewColors(const LevelGeometry& geometry,
         const Color before = colors[v];
         const Color to = surface.ColorAt(targets[v].point);
         for (std::size_t channel = 0; channel < 4; ++channel)
-            colors[v][channel] =
-                weight == 1.0f ? to[channel]
-                               : before[channel] + (to[channel] - before[channel]) * weight;
+            colors[v][channel] = weight == 1.0f
+                                     ? to[channel]
+                                     : before[channel] + (to[channel] - before[channel]) * weight;
         if (colors[v] != before) ++changed;
     }
     return {std::move(colors), changed};
@@ -190,9 +191,8 @@ ProjectionResult ProjectOntoFile(LevelGeometry& geometry,
     FileSurface surface(geometry, settings, job);
     const std::vector<FileSurface::Target> targets = surface.TargetsOf(level, job);
     const std::vector<float> weights = MoveWeights(level);
-    const bool isReached = std::any_of(targets.begin(), targets.end(), [](const auto& target) {
-        return target.weight > 0.0f;
-    });
+    const bool isReached = std::any_of(
+        targets.begin(), targets.end(), [](const auto& target) { return target.weight > 0.0f; });
     ProjectionResult result;
     if (!isReached) return result;
     std::vector<Vector> positions = PositionsOf(level);
@@ -205,8 +205,8 @@ ProjectionResult ProjectOntoFile(LevelGeometry& geometry,
     std::pair<std::vector<Color>, uint32_t> colors;
     if (settings.takesColors) colors = NewColors(geometry, surface, targets, weights);
     result.colored = colors.second;
-    const PositionEdit edit{
-        label, [&](LevelGeometry&, JobControl*) { return std::move(positions); }};
+    const PositionEdit edit{label,
+                            [&](LevelGeometry&, JobControl*) { return std::move(positions); }};
     result.moved = EditPositions(geometry, edit, job);
     if (result.colored > 0) {
         auto step = ReplaceColorsAsStep(geometry,

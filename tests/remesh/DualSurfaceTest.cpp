@@ -78,8 +78,8 @@ TEST(DualSurface, FieldsOfMinusOneAndOneGiveManifolds) {
 
 TEST(DualSurface, FollowsTheField) {
     const GivenField sphere(2, [](const Voxel& at) {
-        const Vector p(static_cast<float>(at[0]), static_cast<float>(at[1]),
-                       static_cast<float>(at[2]));
+        const Vector p(
+            static_cast<float>(at[0]), static_cast<float>(at[1]), static_cast<float>(at[2]));
         return p.Length() - 12.3f;
     });
     TestJob job;

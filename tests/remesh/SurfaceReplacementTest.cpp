@@ -222,16 +222,17 @@ TEST_P(ReplacingSteps, AreRefusedDuringAStrokeAndWithHiddenFaces) {
     EXPECT_EQ(SceneOf(document), before);
 }
 
-INSTANTIATE_TEST_SUITE_P(All,
-                         ReplacingSteps,
-                         testing::Values(R"({"voxelRemesh": {"voxelSize": 0.1}})",
-                                         R"({"voxelRemesh": {"voxelSize": 0.15, "project": true, "levels": 1}})",
-                                         R"({"decimate": {"ratio": 0.6}})",
-                                         R"({"decimate": {"error": 0.01}})",
-                                         R"({"remesh": {"edgeLength": 0.12}})",
-                                         R"({"remesh": {"faces": 700, "creaseAngle": 80}})",
-                                         R"({"repair": {"fillHoles": "smooth"}})"),
-                         [](const auto& test) { return "Step" + std::to_string(test.index); });
+INSTANTIATE_TEST_SUITE_P(
+    All,
+    ReplacingSteps,
+    testing::Values(R"({"voxelRemesh": {"voxelSize": 0.1}})",
+                    R"({"voxelRemesh": {"voxelSize": 0.15, "project": true, "levels": 1}})",
+                    R"({"decimate": {"ratio": 0.6}})",
+                    R"({"decimate": {"error": 0.01}})",
+                    R"({"remesh": {"edgeLength": 0.12}})",
+                    R"({"remesh": {"faces": 700, "creaseAngle": 80}})",
+                    R"({"repair": {"fillHoles": "smooth"}})"),
+    [](const auto& test) { return "Step" + std::to_string(test.index); });
 
 TEST(SurfaceReplacement, ReportsWhatIsLost) {
     Document document("sphere", ColouredSphere());

@@ -57,8 +57,8 @@ uint32_t ComponentsOf(const LevelMesh& level) {
 }
 
 TEST(VoxelRemesh, StaysWithinHalfAVoxelOfSmoothSurfaces) {
-    for (const ZooMesh& zoo : {ZooMesh{"sphere", SphereQuads(6)},
-                               ZooMesh{"torus", Torus(160, 80)}}) {
+    for (const ZooMesh& zoo :
+         {ZooMesh{"sphere", SphereQuads(6)}, ZooMesh{"torus", Torus(160, 80)}}) {
         SCOPED_TRACE(zoo.name);
         Document old("mesh", zoo.mesh);
         const double volume = VolumeOf(*old.Geometry().Bound());

@@ -28,7 +28,8 @@ struct Text {
 void ChooseFile(const ActionContext& context) {
     QStringList patterns;
     for (const MeshFormat& format : MeshFormats())
-        if (format.read != nullptr) patterns << QStringLiteral("*") + QString::fromLatin1(format.extension);
+        if (format.read != nullptr)
+            patterns << QStringLiteral("*") + QString::fromLatin1(format.extension);
     const QString purpose = QStringLiteral("open");
     const QString path =
         QFileDialog::getOpenFileName(context.window,
@@ -60,12 +61,11 @@ void AskProjection(const ActionContext& context, const QString& path) {
         size * 100.0,
         tenth,
         {std::clamp(static_cast<int>(std::ceil(-std::log10(tenth))) + 2, 2, 9), tenth * 0.1});
-    QComboBox* direction =
-        dialog.AddChoice(Text::tr("Direction"),
-                         Text::tr("Whether vertices move to the nearest point or along their "
-                                  "normals"),
-                         {{Text::tr("Nearest point"), "nearest"},
-                          {Text::tr("Along the normal"), "normal"}});
+    QComboBox* direction = dialog.AddChoice(
+        Text::tr("Direction"),
+        Text::tr("Whether vertices move to the nearest point or along their "
+                 "normals"),
+        {{Text::tr("Nearest point"), "nearest"}, {Text::tr("Along the normal"), "normal"}});
     QCheckBox* colors = dialog.AddCheck(
         Text::tr("Colours"), Text::tr("Also takes the vertex colours of the file"), false);
     QCheckBox* world = dialog.AddCheck(

@@ -106,11 +106,10 @@ void RunVoxelRemesh(const ActionContext& context) {
                                   static_cast<double>(bounds.maxY) - bounds.minY,
                                   static_cast<double>(bounds.maxZ) - bounds.minZ,
                                   1e-6});
-    QComboBox* by =
-        dialog.AddChoice(Text::tr("Resolution"),
-                         Text::tr("Whether the number of faces or the size of the voxels is given"),
-                         {{Text::tr("Number of faces"), "faces"},
-                          {Text::tr("Voxel size"), "voxelSize"}});
+    QComboBox* by = dialog.AddChoice(
+        Text::tr("Resolution"),
+        Text::tr("Whether the number of faces or the size of the voxels is given"),
+        {{Text::tr("Number of faces"), "faces"}, {Text::tr("Voxel size"), "voxelSize"}});
     QSpinBox* faces = dialog.AddWhole(Text::tr("Faces"),
                                       Text::tr("Number of faces of level 0, within 5 %"),
                                       6,
@@ -142,8 +141,8 @@ void RunVoxelRemesh(const ActionContext& context) {
         const bool byFaces = FormDialog::ChosenText(by) == "faces";
         dialog.ShowRow(faces, byFaces);
         dialog.ShowRow(voxel, !byFaces);
-        const uint64_t base = byFaces ? static_cast<uint64_t>(faces->value())
-                                      : RoughFaces(bounds, voxel->value());
+        const uint64_t base =
+            byFaces ? static_cast<uint64_t>(faces->value()) : RoughFaces(bounds, voxel->value());
         const uint64_t highest = base << (2 * levels->value());
         after->setText((byFaces ? Text::tr("about %1 faces on the highest level")
                                 : Text::tr("roughly %1 faces on the highest level"))

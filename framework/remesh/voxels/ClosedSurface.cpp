@@ -15,8 +15,7 @@ ClosedSurface::ClosedSurface(SourceSurface& source, JobControl* job) {
     NewSurface surface;
     surface.mesh = source.Geometry().ToPolygons(false);
     surface.mesh.normals.clear();
-    filledHoles =
-        FillHoles(surface, HoleFill::Flat, std::numeric_limits<std::size_t>::max(), job);
+    filledHoles = FillHoles(surface, HoleFill::Flat, std::numeric_limits<std::size_t>::max(), job);
     positions = std::move(surface.mesh.positions);
     const auto at = [&](uint32_t vertex) {
         const auto& p = positions[vertex];

@@ -203,7 +203,8 @@ private:
     std::array<uint32_t, 4> QuadAround(const Cell& cell,
                                        uint32_t axis,
                                        const CellNumbers& numbers) const {
-        constexpr std::array<std::array<uint32_t, 2>, 4> around = {{{0, 0}, {1, 0}, {1, 1}, {0, 1}}};
+        constexpr std::array<std::array<uint32_t, 2>, 4> around = {
+            {{0, 0}, {1, 0}, {1, 1}, {0, 1}}};
         std::array<uint32_t, 4> quad{};
         for (std::size_t k = 0; k < 4; ++k) {
             const auto [u, v] = around[k];

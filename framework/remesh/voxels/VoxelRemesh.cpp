@@ -74,7 +74,8 @@ SizedField FieldWithFaces(const ClosedSurface& surface, uint32_t wanted, JobCont
         // Parts of the surface that are inside other parts do not contribute.
         const double trialSize = std::sqrt(surface.projectedArea / trialFaces);
         const SizedField trial = FieldOf(surface, static_cast<float>(trialSize), job);
-        size = trialSize * std::sqrt(static_cast<double>(std::max<uint64_t>(trial.faces, 1)) / wanted);
+        size =
+            trialSize * std::sqrt(static_cast<double>(std::max<uint64_t>(trial.faces, 1)) / wanted);
     }
     SizedField best;
     for (int i = 0; i < maxTries; ++i) {

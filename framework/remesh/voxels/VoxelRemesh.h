@@ -23,8 +23,8 @@ struct VoxelRemesh {
     uint64_t byteBudget = LevelGeometry::unlimitedBytes;
 };
 
-/// Replaces the mesh by a closed mesh of quads of nearly the same size, which follows the outside of
-/// the old surface. Connected components that intersect are joined. Holes are filled flat first;
+/// Replaces the mesh by a closed mesh of quads of nearly the same size, which follows the outside
+/// of the old surface. Connected components that intersect are joined. Holes are filled flat first;
 /// cavities, and everything else inside, disappear. The bound level is then the highest level.
 ///
 /// The distances to the surface are sampled on a grid (VoxelField), from which DualSurfaceOf

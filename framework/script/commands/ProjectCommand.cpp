@@ -43,9 +43,10 @@ void Project(CommandContext& context, const ProjectParameters& parameters) {
     AtField("", [&] {
         const ProjectionResult result = context.document.Project(settings, context.Job());
         if (result.moved == 0 && result.colored == 0)
-            context.Warn("no vertex has moved; no unmasked part of the level that is not yet on the "
-                         "surface is within the distance of " +
-                         settings.path);
+            context.Warn(
+                "no vertex has moved; no unmasked part of the level that is not yet on the "
+                "surface is within the distance of " +
+                settings.path);
     });
 }
 
@@ -54,9 +55,7 @@ void CheckProject(CommandContext& context, const ProjectParameters& parameters) 
 }
 
 const CommandRegistration<ProjectParameters> project(
-    {.name = "project", .inputs = {{"/file", CommandInput::UnlessWritten}}},
-    Project,
-    CheckProject);
+    {.name = "project", .inputs = {{"/file", CommandInput::UnlessWritten}}}, Project, CheckProject);
 
 }  // namespace
 

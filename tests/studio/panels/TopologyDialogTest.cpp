@@ -2,6 +2,7 @@
 
 /// \file Tests the dialogs of the menu Surface that change the mesh.
 #include "commands/StudioActions.h"
+#include "commands/StudioScene.h"
 #include "framework/files/MeshFiles.h"
 #include "tests/meshes/MeshZoo.h"
 #include "tests/studio/panels/StudioWindow.h"
@@ -60,8 +61,8 @@ TEST_F(StudioWindow, VoxelRemeshShowsTheFacesBeforeAndAfter) {
     const uint32_t before = State().levels[0].faces;
     Answer([&] { Action("surface.voxelRemesh")->trigger(); },
            [&](QDialog& dialog) {
-               EXPECT_TRUE(Named<QLabel>(dialog, "Before")->text().contains(
-                   QLocale().toString(before)));
+               EXPECT_TRUE(
+                   Named<QLabel>(dialog, "Before")->text().contains(QLocale().toString(before)));
                Named<QSpinBox>(dialog, "Faces")->setValue(2000);
                Named<QSpinBox>(dialog, "Levels")->setValue(1);
                EXPECT_EQ(Named<QLabel>(dialog, "After")->text(),
@@ -70,7 +71,8 @@ TEST_F(StudioWindow, VoxelRemeshShowsTheFacesBeforeAndAfter) {
            });
     Finish();
     EXPECT_EQ(failures, QStringList());
-    EXPECT_EQ(LastStep(), (json{{"voxelRemesh", {{"faces", 2000}, {"levels", 1}, {"project", true}}}}));
+    EXPECT_EQ(LastStep(),
+              (json{{"voxelRemesh", {{"faces", 2000}, {"levels", 1}, {"project", true}}}}));
     ASSERT_EQ(State().levels.size(), 2u);
     EXPECT_NEAR(State().levels[0].faces, 2000, 100);
     EXPECT_EQ(State().currentLevel, 1u);
@@ -88,8 +90,7 @@ TEST_F(StudioWindow, VoxelRemeshByVoxelSize) {
                auto* voxel = Named<QDoubleSpinBox>(dialog, "Voxel size");
                EXPECT_TRUE(voxel->isVisible());
                voxel->setValue(0.1);
-               EXPECT_TRUE(
-                   Named<QLabel>(dialog, "After")->text().startsWith("roughly 1,8"));
+               EXPECT_TRUE(Named<QLabel>(dialog, "After")->text().startsWith("roughly 1,8"));
            });
     Finish();
     EXPECT_EQ(failures, QStringList());

@@ -31,8 +31,7 @@ TEST(TopologySession, AProjectionRestoresASmoothedSurface) {
     StudioSession session;
     session.OpenBust();
     const std::string file = session.Path("bust.ply");
-    const std::string project =
-        R"({"project": {"file": ")" + file + R"(", "distance": 0.4}})";
+    const std::string project = R"({"project": {"file": ")" + file + R"(", "distance": 0.4}})";
     EXPECT_EQ(session.Play({Step((R"({"export": {"file": ")" + file + R"("}})").c_str()),
                             Step(R"({"filter": {"kind": "smooth", "iterations": 20}})"),
                             Step(project.c_str())}),

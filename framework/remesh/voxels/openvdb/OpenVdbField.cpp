@@ -7,12 +7,13 @@
 #include "framework/modules/ModuleEntry.h"
 #include "framework/remesh/voxels/VoxelField.h"
 
+#include <tbb/task_arena.h>
+
 #include <algorithm>
 #include <cstring>
 #include <new>
 #include <openvdb/openvdb.h>
 #include <openvdb/tools/MeshToVolume.h>
-#include <tbb/task_arena.h>
 
 namespace trovik {
 
@@ -116,8 +117,8 @@ std::unique_ptr<VoxelField> Measure(const VoxelMesh& mesh, JobControl* job) {
     // first of several equally near triangles. One thread always gives the same result.
     tbb::task_arena arena(1);
     arena.execute([&] {
-        grid = openvdb::tools::meshToVolume<Grid>(
-            interrupter, mesh, *transform, bandWidth, bandWidth);
+        grid =
+            openvdb::tools::meshToVolume<Grid>(interrupter, mesh, *transform, bandWidth, bandWidth);
     });
     if (interrupter.IsCancelled()) throw Cancelled();
     phase.Reach(100);
