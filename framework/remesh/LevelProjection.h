@@ -5,10 +5,18 @@
 
 namespace trovik {
 
+/// Returns, for each point, the intersection of a surface with the line through the point that is
+/// nearest to the point; see SourceSurface::FirstHits.
+std::vector<NearestPoint> NearestAlong(SourceSurface& surface,
+                                       const std::vector<Vector>& points,
+                                       const std::vector<Vector>& directions,
+                                       float reach,
+                                       JobControl* job);
+
 /// Moves the vertices of a level to the nearest points of another surface, if they are within a
-/// distance and face the same way. There is no undo step, and observers are not notified. The mask
-/// and hidden faces have no effect.
-/// \param reach  mesh-local. \throw Cancelled; nothing has then changed.
+/// distance, face the same way, and are not inside the surface. There is no undo step, and
+/// observers are not notified. The mask and hidden faces have no effect. \param reach  mesh-local.
+/// \throw Cancelled; nothing has then changed.
 void ProjectLevel(LevelMesh& level, SourceSurface& surface, float reach, JobControl* job);
 
 }  // namespace trovik

@@ -10,6 +10,7 @@
 #include "framework/mesh/LevelPositions.h"
 #include "framework/mesh/SurfaceNormal.h"
 #include "framework/remesh/FaceTable.h"
+#include "framework/remesh/LevelProjection.h"
 #include "framework/remesh/SourceSurface.h"
 
 #include <algorithm>
@@ -109,7 +110,7 @@ public:
             targets[v] = TargetOf(positions[v], normals[v], nearest[v]);
         if (settings.direction == MeshProjection::Direction::Nearest) return targets;
         const std::vector<NearestPoint> along =
-            surface.NearestAlong(positions, normals, reach, job);
+            NearestAlong(surface, positions, normals, reach, job);
         for (std::size_t v = 0; v < targets.size(); ++v)
             if (along[v].distance <= reach)
                 targets[v] = TargetOf(positions[v], normals[v], along[v]);

@@ -82,20 +82,16 @@ std::vector<NearestPoint> SourceSurface::Nearest(const std::vector<Vector>& poin
     });
 }
 
-std::vector<NearestPoint> SourceSurface::NearestAlong(const std::vector<Vector>& points,
-                                                      const std::vector<Vector>& directions,
-                                                      float reach,
-                                                      JobControl* job) {
-    return FindAll(points.size(), job, [&](std::size_t i, NearestPoint& nearest) {
-        nearest.distance = std::numeric_limits<float>::infinity();
+std::vector<NearestPoint> SourceSurface::FirstHits(const std::vector<Vector>& points,
+                                                   const std::vector<Vector>& directions,
+                                                   float reach,
+                                                   JobControl* job) {
+    return FindAll(points.size(), job, [&](std::size_t i, NearestPoint& first) {
+        first.distance = std::numeric_limits<float>::infinity();
         const float length = directions[i].Length();
         if (!(length > 0.0f)) return;
-        const Vector direction = directions[i] * (1.0f / length);
-        for (const float sign : {1.0f, -1.0f}) {
-            const auto hit =
-                tree->Pick({points[i], direction * sign, std::min(reach, nearest.distance)});
-            if (hit && hit->t < nearest.distance) nearest = Resolved(Level(), *hit);
-        }
+        const auto hit = tree->Pick({points[i], directions[i] * (1.0f / length), reach});
+        if (hit) first = Resolved(Level(), *hit);
     });
 }
 

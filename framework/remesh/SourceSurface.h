@@ -50,14 +50,14 @@ public:
                                       const std::vector<NearestLimits>& limits,
                                       JobControl* job = nullptr);
 
-    /// Returns, for each point, the intersection of the surface with the line through the point
-    /// that is nearest to the point. If there is none within the distance `reach`, the `distance`
-    /// of the result is infinite. Otherwise like Nearest. \param directions  one per point; a point
-    /// whose direction is zero has no intersection.
-    std::vector<NearestPoint> NearestAlong(const std::vector<Vector>& points,
-                                           const std::vector<Vector>& directions,
-                                           float reach,
-                                           JobControl* job = nullptr);
+    /// Returns, for each point, the first intersection of the surface with the ray from the point.
+    /// If there is none within the distance `reach`, the `distance` of the result is infinite.
+    /// Otherwise like Nearest.
+    /// \param directions  one per point; a ray whose direction is zero has no intersection.
+    std::vector<NearestPoint> FirstHits(const std::vector<Vector>& points,
+                                        const std::vector<Vector>& directions,
+                                        float reach,
+                                        JobControl* job = nullptr);
 
     /// Returns the level as a polygon mesh with its attributes, in mesh-local coordinates and
     /// without normals.

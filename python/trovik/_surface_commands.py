@@ -303,8 +303,8 @@ class SurfaceCommands(Steps):
         Examples
         --------
         >>> s.voxel_remesh(2000, levels=1)
-        >>> s.bound, s.faces().shape[1]
-        (1, 4)
+        >>> s.level_count, s.faces().shape[1]
+        (2, 4)
         """
         if faces is not None:
             fields["faces"] = faces
