@@ -5,6 +5,8 @@
 #include "framework/mesh/SurfaceNormal.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 namespace trovik {
 
@@ -14,8 +16,8 @@ namespace {
 /// many times the distance of the nearest point.
 constexpr float maxDetour = 3.0f;
 
-/// Returns which points are inside the surface, at a depth of up to `reach`: from there, a ray
-/// along the normal leaves the surface. These are points of parts that intersect other parts.
+/// Returns which points are inside the surface: from there, a ray along the normal leaves the
+/// surface. These are points of parts that intersect other parts.
 std::vector<bool> AreInside(const std::vector<NearestPoint>& points,
                             SourceSurface& surface,
                             float reach,
@@ -26,10 +28,11 @@ std::vector<bool> AreInside(const std::vector<NearestPoint>& points,
         starts.push_back(point.position + point.normal * (reach * 1e-3f));
         directions.push_back(point.normal);
     }
-    const std::vector<NearestPoint> hits = surface.FirstHits(starts, directions, reach, job);
+    const std::vector<NearestPoint> hits =
+        surface.FirstHits(starts, directions, std::numeric_limits<float>::max(), job);
     std::vector<bool> isInside(points.size());
     for (std::size_t i = 0; i < points.size(); ++i)
-        isInside[i] = hits[i].distance <= reach && (hits[i].normal | points[i].normal) > 0.0f;
+        isInside[i] = std::isfinite(hits[i].distance) && (hits[i].normal | points[i].normal) > 0.0f;
     return isInside;
 }
 

@@ -17,6 +17,9 @@ std::vector<NearestPoint> NearestAlong(SourceSurface& surface,
 /// distance, face the same way, and are not inside the surface. There is no undo step, and
 /// observers are not notified. The mask and hidden faces have no effect. \param reach  mesh-local.
 /// \throw Cancelled; nothing has then changed.
-void ProjectLevel(LevelMesh& level, SourceSurface& surface, float reach, JobControl* job);
+TROVIK_API void ProjectLevel(LevelMesh& level,
+                             SourceSurface& surface,
+                             float reach,
+                             JobControl* job);
 
 }  // namespace trovik
