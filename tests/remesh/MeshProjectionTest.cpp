@@ -5,9 +5,14 @@
 #include "framework/files/MeshFiles.h"
 #include "framework/filters/PositionEdit.h"
 #include "framework/remesh/MeshProjection.h"
+#include "framework/script/JournalRecovery.h"
+#include "framework/script/ScriptRunner.h"
 #include "tests/jobs/TestJob.h"
+#include "tests/journal/JournalWork.h"
 #include "tests/remesh/EditedMeshes.h"
 #include "tests/remesh/ReplacedSurface.h"
+
+#include <nlohmann/json.hpp>
 
 namespace trovik::test {
 namespace {
@@ -242,6 +247,28 @@ TEST_F(Projections, CanBeCancelledAtEveryReport) {
         EXPECT_EQ(SceneOf(document), before);
         EXPECT_EQ(document.HistoryPosition(), 0u);
     }
+}
+
+TEST_F(Projections, AJournalReplaysThemBitForBit) {
+    QuickDisk disk;
+    const nlohmann::json script = nlohmann::json::parse(
+        R"({"mesh": "bumpy.ply", "steps": [
+            {"export": {"file": "exported.obj"}},
+            {"filter": {"kind": "smooth", "iterations": 5}},
+            {"project": {"file": "exported.obj", "distance": 0.5, "direction": "normal"}}]})");
+    std::string expected;
+    {
+        const std::string scriptPath = folder.Fill("script.json", script.dump());
+        ScriptRunner runner(scriptPath, folder.Path(""), ScriptProgress{});
+        runner.SetJournal({folder.Path("work.journal"), false});
+        nlohmann::json setup = script;
+        setup["steps"] = nlohmann::json::array();
+        runner.Open(setup);
+        for (const nlohmann::json& step : script.at("steps")) runner.Do(step, 0);
+        expected = SceneOf(runner.GetDocument());
+    }
+    const RecoveredWork work = RedoJournal(folder.Path("work.journal"), {});
+    EXPECT_EQ(SceneOf(work.runner->GetDocument()), expected);
 }
 
 TEST_F(Projections, ErrorsNameTheFile) {

@@ -54,8 +54,9 @@ void CheckProject(CommandContext& context, const ProjectParameters& parameters) 
     if (!context.files.IsWritten(parameters.file)) context.InputPath(parameters.file, "/file");
 }
 
-const CommandRegistration<ProjectParameters> project(
-    {.name = "project", .inputs = {{"/file", CommandInput::UnlessWritten}}}, Project, CheckProject);
+const CommandRegistration<ProjectParameters> project({.name = "project", .inputs = {{"/file"}}},
+                                                     Project,
+                                                     CheckProject);
 
 }  // namespace
 
