@@ -111,6 +111,14 @@ TEST(VoxelRemesh, KeepsSeparateComponentsAndFillsCavities) {
     EXPECT_NEAR(VolumeOf(LevelOf(document)), 4.18879 * (1.0 + 0.125), 0.08);
 }
 
+TEST(VoxelRemesh, OrientsComponentsOutwards) {
+    PolygonMesh mesh = SphereQuads(4);
+    for (std::size_t face = 0; face < mesh.faceSizes.size(); ++face) Flip(mesh, face);
+    Append(mesh, SphereQuads(4), 1.0f, {3.0f, 0.0f, 0.0f});
+    const auto document = Remeshed(mesh, {.voxelSize = 0.06f});
+    EXPECT_NEAR(VolumeOf(LevelOf(document)), 4.18879 * 2.0, 0.12);
+}
+
 TEST(VoxelRemesh, FillsHoles) {
     PolygonMesh mesh = SphereQuads(4);
     Cut(mesh, [](const Vector& p) { return p.z > 0.8f || p.x > 0.97f; });

@@ -3,6 +3,7 @@
 
 #include "framework/jobs/JobPhase.h"
 #include "framework/picking/TriangleQueries.h"
+#include "framework/remesh/FaceTable.h"
 #include "framework/remesh/HoleFilling.h"
 
 #include <algorithm>
@@ -16,27 +17,31 @@ ClosedSurface::ClosedSurface(SourceSurface& source, JobControl* job) {
     surface.mesh = source.Geometry().ToPolygons(false);
     surface.mesh.normals.clear();
     filledHoles = FillHoles(surface, HoleFill::Flat, std::numeric_limits<std::size_t>::max(), job);
+    const auto [components, componentCount] = ComponentsOf(surface.mesh);
     positions = std::move(surface.mesh.positions);
     const auto at = [&](uint32_t vertex) {
         const auto& p = positions[vertex];
         return ToDouble({p[0], p[1], p[2]});
     };
+    std::vector<double> volumes(componentCount);
     const std::vector<uint32_t>& sizes = surface.mesh.faceSizes;
     const uint32_t* v = surface.mesh.faceVertices.data();
     JobPhase phase(job, "Measuring the surface", sizes.size());
-    for (const uint32_t size : sizes) {
+    for (std::size_t face = 0; face < sizes.size(); ++face) {
         phase.Add();
+        const uint32_t size = sizes[face];
         for (uint32_t second = 1; second + 1 < size; ++second) {
             triangles.insert(triangles.end(), {v[0], v[second], v[second + 1]});
             const Vector3d a = at(v[0]);
             const Vector3d cross = Cross(at(v[second]) - a, at(v[second + 1]) - a);
             area += std::sqrt(Dot(cross, cross)) * 0.5;
-            volume += Dot(a, cross) / 6.0;
+            volumes[components[face]] += Dot(a, cross) / 6.0;
             for (const double c : cross) projectedArea += std::fabs(c) * 0.5;
         }
         v += size;
     }
     phase.Finish();
+    for (const double one : volumes) volume += std::fabs(one);
     for (std::size_t axis = 0; axis < 3; ++axis) {
         double low = std::numeric_limits<double>::max();
         double high = -low;

@@ -21,7 +21,8 @@ struct ClosedSurface {
     /// The sum of the areas of the projections of all triangles along the three axes: the expected
     /// number of grid edges that cross the surface, for a grid with a spacing of 1.
     double projectedArea = 0.0;
-    /// The signed volume; parts that overlap count several times.
+    /// The sum of the volumes that the connected components enclose, regardless of their
+    /// orientation.
     double volume = 0.0;
     /// The largest absolute coordinate, and the diagonal of the bounding box.
     double largestCoordinate = 0.0;

@@ -106,10 +106,10 @@ void Complete(LevelGeometry& geometry,
 }
 
 /// Removes components that are about as small as a voxel, unless there are no others.
-void RemoveCrumbs(NewSurface& surface) {
-    const std::vector<bool> isCrumb = FacesOfSmallPieces(surface.mesh, leastPiece);
-    if (std::find(isCrumb.begin(), isCrumb.end(), false) == isCrumb.end()) return;
-    const std::size_t removed = RemoveFaces(surface, isCrumb);
+void RemoveSmallPieces(NewSurface& surface) {
+    const std::vector<bool> isSmall = FacesOfSmallPieces(surface.mesh, leastPiece);
+    if (std::find(isSmall.begin(), isSmall.end(), false) == isSmall.end()) return;
+    const std::size_t removed = RemoveFaces(surface, isSmall);
     surface.vertexSources.clear();
     surface.faceSources.clear();
     if (removed > 0)
@@ -119,7 +119,7 @@ void RemoveCrumbs(NewSurface& surface) {
 
 NewSurface MakeRemeshed(SourceSurface& source, const VoxelRemesh& settings, JobControl* job) {
     const ClosedSurface surface(source, job);
-    if (std::fabs(surface.volume) <= leastFullness * std::pow(surface.area, 1.5))
+    if (surface.volume <= leastFullness * std::pow(surface.area, 1.5))
         throw HostError(
             "the mesh encloses no volume; an open surface such as a plane cannot be remeshed with "
             "voxels");
@@ -134,7 +134,7 @@ NewSurface MakeRemeshed(SourceSurface& source, const VoxelRemesh& settings, JobC
     made.mesh = DualSurfaceOf(*sized.field, job);
     for (auto& position : made.mesh.positions)
         for (float& coordinate : position) coordinate *= sized.size;
-    RemoveCrumbs(made);
+    RemoveSmallPieces(made);
     if (surface.filledHoles > 0)
         made.report.notes.push_back(std::to_string(surface.filledHoles) +
                                     (surface.filledHoles == 1 ? " hole was" : " holes were") +
