@@ -9,6 +9,7 @@
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QDoubleSpinBox>
+#include <QLabel>
 #include <QSpinBox>
 
 #include <algorithm>
@@ -100,7 +101,7 @@ uint64_t RoughFaces(const AxisAlignedBoundingBox& box, double voxel) {
 void RunVoxelRemesh(const ActionContext& context) {
     const QString title = Text::tr("Voxel Remesh");
     FormDialog dialog(title, Text::tr("Remesh"), context.window);
-    AddBefore(dialog, context.State());
+    AddReplacementNote(dialog, context.State());
     const AxisAlignedBoundingBox bounds = context.engine.Document().bounds;
     const double size = std::max({static_cast<double>(bounds.maxX) - bounds.minX,
                                   static_cast<double>(bounds.maxY) - bounds.minY,
