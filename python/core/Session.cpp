@@ -158,15 +158,14 @@ void Session::RefuseViews(const std::string& work) const {
 
 void Session::RequireNoViews(const nlohmann::json& step) {
     if (views == 0 || !step.is_object()) return;
-    for (const char* name :
-         {"subdivide",
-          "unsubdivide",
-          "deleteLevels",
-          "reset",
-          "decimate",
-          "remesh",
-          "repair",
-          "voxelRemesh"})
+    for (const char* name : {"subdivide",
+                             "unsubdivide",
+                             "deleteLevels",
+                             "reset",
+                             "decimate",
+                             "remesh",
+                             "repair",
+                             "voxelRemesh"})
         if (step.contains(name)) RefuseViews(std::string("run \"") + name + "\"");
     if (step.contains("level") && step.at("level") != sculpture->Geometry().BoundIndex())
         RefuseViews("change the level");
