@@ -4,6 +4,7 @@
 #include "commands/RemeshDialog.h"
 #include "commands/ReplacementNote.h"
 #include "commands/StudioActions.h"
+#include "commands/SubdivideDialog.h"
 
 #include <QCheckBox>
 #include <QComboBox>
