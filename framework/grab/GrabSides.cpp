@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/grab/GrabSides.h"
 
+#include "framework/math/SameBits.h"
+
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <utility>
 
 namespace trovik {
@@ -72,8 +73,7 @@ void MarkShared(GrabSide& earlier, GrabSide& later) {
 }  // namespace
 
 bool GrabSideKey::operator==(const GrabSideKey& other) const {
-    return isMirrored == other.isMirrored && hit == other.hit &&
-           std::memcmp(&pointMap, &other.pointMap, sizeof pointMap) == 0;
+    return isMirrored == other.isMirrored && hit == other.hit && SameBits(pointMap, other.pointMap);
 }
 
 GrabSide::GrabSide(const GrabSideKey& sideKey,

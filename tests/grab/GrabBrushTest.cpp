@@ -230,7 +230,7 @@ TEST_F(GrabBrushTest, RefusesElasticSettingsThatAreOutOfRange) {
         try {
             GrabBrush().Serialize(read);
         } catch (Error* error) {
-            const std::string reason = error->Message().toStdString();
+            std::string reason = error->Message().toStdString();
             Error::Dispose(error);
             return reason;
         }

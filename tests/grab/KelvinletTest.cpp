@@ -35,6 +35,7 @@ Kelvinlet::Load LoadFor(ElasticMode mode, float amount) {
 std::vector<Vector> Arms() {
     RandomNumbers random(7);
     std::vector<Vector> arms;
+    arms.reserve(200);
     for (int i = 0; i < 200; ++i) arms.push_back(random.In(-1.5f, 1.5f));
     return arms;
 }

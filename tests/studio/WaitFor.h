@@ -13,10 +13,10 @@ bool WaitFor(Condition condition, int milliseconds = 120'000) {
     QElapsedTimer since;
     since.start();
     QEventLoop loop;
-    while (!condition() && since.elapsed() < milliseconds) {
-        QTimer::singleShot(1, &loop, &QEventLoop::quit);
-        loop.exec();
-    }
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
+    timer.start(1);
+    while (!condition() && since.elapsed() < milliseconds) loop.exec();
     return condition();
 }
 

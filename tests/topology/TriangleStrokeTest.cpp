@@ -262,6 +262,7 @@ protected:
             const auto* record =
                 static_cast<const uint8_t*>(data.pages[static_cast<uint32_t>(at) / 8]) +
                 at % 8 * 28;
+            // Bits are compared. NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
             EXPECT_EQ(std::memcmp(record, undo.originalPosition, 12), 0);
         }
         brush.useTessellator = false;

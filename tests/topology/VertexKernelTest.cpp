@@ -358,8 +358,10 @@ TEST_F(OriginalRecords, HavePositionItemNumberAndMaskOfEachVertexAtFirstTouch) {
     const uint32_t order[3] = {5, 0, 7};
     for (uint32_t i = 0; i < 3; ++i) {
         const uint8_t* record = RecordAt(i);
-        EXPECT_EQ(At<float>(record, 0), static_cast<float>(order[i] % 3));
-        EXPECT_EQ(At<float>(record, 4), static_cast<float>(order[i] / 3));
+        const uint32_t column = order[i] % 3;
+        const uint32_t row = order[i] / 3;
+        EXPECT_EQ(At<float>(record, 0), static_cast<float>(column));
+        EXPECT_EQ(At<float>(record, 4), static_cast<float>(row));
         EXPECT_EQ(At<float>(record, 8), 0.0f);
         EXPECT_EQ(std::memcmp(record + 12, &auxiliary[order[i]], 8), 0);
         EXPECT_EQ(At<uint32_t>(record, 20), order[i]);

@@ -54,7 +54,7 @@ void ExpectPicked(Scene& scene) {
     unsigned hits = 0;
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
-            const auto at = static_cast<std::size_t>(y * width + x);
+            const auto at = static_cast<std::size_t>(y) * width + static_cast<std::size_t>(x);
             const auto hit =
                 HitThrough(geometry,
                            scene.shown.document->Tree(),
@@ -118,7 +118,8 @@ TEST(SurfaceIds, StridesHaveNoCracks) {
         unsigned inside = 0;
         for (std::size_t at = 0; at < ids.depths.size(); ++at) {
             const float x = static_cast<float>(at % width) + 0.5f - centre.x;
-            const float y = static_cast<float>(at / width) + 0.5f - centre.y;
+            const std::size_t row = at / width;
+            const float y = static_cast<float>(row) + 0.5f - centre.y;
             // Coarse silhouettes are smaller.
             if (std::hypot(x, y) > 38.0f) continue;
             ++inside;
