@@ -237,7 +237,7 @@ private:
     }
 
     void TakeClose() {
-        if (inStep) Refuse("the work ends inside a step");
+        if (inStep) Refuse("the work ends in the middle of a step");
         content.isClosed = true;
     }
 

@@ -113,7 +113,7 @@ LitSample Shading::Light(const SurfaceSample& sample,
     LitSample lit;
     lit.albedo = FrozenTint(mesh, sample, {mesh.color[0], mesh.color[1], mesh.color[2]});
 
-    // A soft rim along the silhouette replaces a light from behind.
+    // A soft rim along the silhouette stands in for a back light.
     const float away = 1.0f - std::max(0.0f, n | toEye);
     const float rim = away * away * away * (0.5f + 0.5f * (n | up));
     lit.ambient = Scaled(lit.albedo, Surroundings(n)) + Vector(0.08f, 0.09f, 0.10f) * rim;

@@ -15,8 +15,8 @@ constexpr double Joint = 30.0;
 constexpr int Rows = 4;
 
 /// A brick in a wall in which rows of two bricks alternate with rows of one brick between two half
-/// bricks. All four borders of the stamp are therefore joints: the stamp is 0 at its borders but
-/// can still be tiled.
+/// bricks. All four borders of the stamp therefore lie in joints between bricks: the stamp is 0
+/// there, and copies still fit together.
 struct Brick {
     Point2 centre;
     Point2 half;

@@ -33,7 +33,7 @@ TimeLapseWindow::TimeLapseWindow(const ActionContext& given, QWidget* parent)
     message->setWordWrap(true);
     auto* restart = new QPushButton(tr("Restart"), this);
     restart->setAccessibleName(tr("Restart"));
-    restart->setToolTip(tr("Begins again, with the actions up to now"));
+    restart->setToolTip(tr("Starts over, with all actions up to now"));
     auto* camera = new QPushButton(tr("Use Current View"), this);
     camera->setAccessibleName(tr("Use Current View"));
     camera->setToolTip(tr("Takes the camera and the display settings of the main window"));

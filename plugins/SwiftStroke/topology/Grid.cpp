@@ -85,8 +85,8 @@ bool GridFace::Cross(uint32_t k) {
     const uint32_t neighbour = patchMesh->QuadEdgeNeighbour(patch, (rotation + k) & 3u);
     if (neighbour <= lastNeighbour) {
         patch = neighbour >> 2;
-        // Crossing side k of the view enters the neighbour through the opposite side of the view,
-        // k + 2.
+        // A step across side k of the view enters the neighbour through the opposite side of the
+        // view, k + 2.
         rotation = (neighbour - k - 2u) & 3u;
     }
     return patch != old;

@@ -81,7 +81,7 @@ HWVector RecordedPosition(const StoredVertexInfo& record) {
 /// Returns the vertex's visit stamp, which is in the vertex's record or, if there is none, in the
 /// vertex itself.
 ///
-/// The stamp is the word after the position, which is read with four lanes. A read of the position
+/// The position is read as four lanes, of which the last is the stamp. A read of the position
 /// soon after a write of the stamp waits until the stamp has left the store buffer, so callers
 /// write the stamp last.
 TROVIK_FORCE_INLINE uint32_t& VisitStampOf(Mesh& mesh, uint32_t vertex) {
