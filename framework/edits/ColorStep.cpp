@@ -17,10 +17,7 @@ public:
     }
 
     void Apply(LevelGeometry& geometry) override {
-        SurfaceAttributes attributes = geometry.Attributes();
-        attributes.colors.swap(colors);
-        std::swap(attributes.hasAlpha, hasAlpha);
-        geometry.RestoreAttributes(std::move(attributes));
+        geometry.ExchangeColors(colors, hasAlpha);
     }
 
     uint64_t Bytes() const override {
@@ -36,13 +33,10 @@ private:
 
 }  // namespace
 
-std::unique_ptr<UndoStep> ReplaceColorsAsStep(LevelGeometry& geometry,
-                                              std::vector<std::array<float, 4>> colors,
-                                              bool hasAlpha,
-                                              const std::string& label) {
-    auto step = std::make_unique<ColorStep>(std::move(colors), hasAlpha, label);
-    step->Apply(geometry);
-    return step;
+std::unique_ptr<UndoStep> MakeColorStep(std::vector<std::array<float, 4>> colors,
+                                        bool hasAlpha,
+                                        const std::string& label) {
+    return std::make_unique<ColorStep>(std::move(colors), hasAlpha, label);
 }
 
 }  // namespace trovik

@@ -10,12 +10,12 @@
 
 namespace trovik {
 
-/// Replaces the vertex colours of level 0 and returns the undo step, which is not pushed yet.
+/// Returns an undo step that replaces the vertex colours of level 0. It is neither applied nor pushed
+/// yet. Applying it cannot fail.
 /// \param colors  one per vertex of level 0: red, green, blue and alpha from 0 to 1.
 /// \param hasAlpha  see SurfaceAttributes.
-std::unique_ptr<UndoStep> ReplaceColorsAsStep(LevelGeometry& geometry,
-                                              std::vector<std::array<float, 4>> colors,
-                                              bool hasAlpha,
-                                              const std::string& label);
+TROVIK_API std::unique_ptr<UndoStep> MakeColorStep(std::vector<std::array<float, 4>> colors,
+                                                   bool hasAlpha,
+                                                   const std::string& label);
 
 }  // namespace trovik

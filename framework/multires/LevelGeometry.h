@@ -177,6 +177,11 @@ public:
     /// Used while loading the content of a geometry. The lists must match the faces and vertices of
     /// level 0.
     void RestoreAttributes(SurfaceAttributes carried) { attributes = std::move(carried); }
+    /// Exchanges the vertex colours with others: one per vertex of level 0, or none.
+    void ExchangeColors(std::vector<std::array<float, 4>>& colors, bool& hasAlpha) noexcept {
+        attributes.colors.swap(colors);
+        std::swap(attributes.hasAlpha, hasAlpha);
+    }
 
     /// Returns the bound level as a polygon mesh, for export. Positions are mesh-local, or in world
     /// space if `world` is set.

@@ -112,7 +112,7 @@ public:
         const std::vector<NearestPoint> along =
             NearestAlong(surface, positions, normals, reach, job);
         for (std::size_t v = 0; v < targets.size(); ++v)
-            if (along[v].distance <= reach)
+            if (std::isfinite(along[v].distance) && along[v].distance <= reach)
                 targets[v] = TargetOf(positions[v], normals[v], along[v]);
         return targets;
     }
@@ -203,19 +203,21 @@ ProjectionResult ProjectOntoFile(LevelGeometry& geometry,
         if (weight > 0.0f)
             positions[v] = weight == 1.0f ? to : positions[v] + (to - positions[v]) * weight;
     }
-    std::pair<std::vector<Color>, uint32_t> colors;
-    if (settings.takesColors) colors = NewColors(geometry, surface, targets, weights);
-    result.colored = colors.second;
+    // Made before any vertex moves, so that either everything changes or nothing.
+    std::unique_ptr<UndoStep> colorStep;
+    if (settings.takesColors) {
+        auto [colors, changed] = NewColors(geometry, surface, targets, weights);
+        result.colored = changed;
+        colorStep = MakeColorStep(
+            std::move(colors), geometry.Attributes().hasAlpha || surface.HasAlpha(), label);
+    }
     const PositionEdit edit{label,
                             [&](LevelGeometry&, JobControl*) { return std::move(positions); }};
     result.moved = EditPositions(geometry, edit, job);
     if (result.colored > 0) {
-        auto step = ReplaceColorsAsStep(geometry,
-                                        std::move(colors.first),
-                                        geometry.Attributes().hasAlpha || surface.HasAlpha(),
-                                        label);
-        step->joinPrevious = result.moved > 0;
-        geometry.History().Push(std::move(step));
+        colorStep->Apply(geometry);
+        colorStep->joinPrevious = result.moved > 0;
+        geometry.History().Push(std::move(colorStep));
     }
     return result;
 }
