@@ -57,15 +57,21 @@ void WriteImportChunk(SceneStream& stream,
                       JobControl* job) {
     const PolygonMesh uniform = ToUniformFaces(imported, job);
     const LevelMesh& base = *geometry.Level(0);
-    const bool sameFaces = HasFacesOf(base, uniform, job);
+    // The attributes of a mesh that is stored as differences are read from level 0. Of these, only
+    // the colours can differ while the faces are the same; older formats lose this difference.
+    const SurfaceAttributes& now = geometry.Attributes();
+    const bool sameColors =
+        !stream.IsFormatAtLeast(carriedDownFormat) ||
+        (uniform.attributes.colors == now.colors && uniform.attributes.hasAlpha == now.hasAlpha);
+    const bool isSame = sameColors && HasFacesOf(base, uniform, job);
     if (stream.IsFormatAtLeast(carriedDownFormat)) {
-        uint8_t isOther = sameFaces ? 0 : 1;
+        uint8_t isOther = isSame ? 0 : 1;
         stream.Transfer(isOther);
-    } else if (!sameFaces) {
+    } else if (!isSame) {
         throw HostError(
             "level 0 differs from the imported mesh, which this format does not support");
     }
-    if (sameFaces) {
+    if (isSame) {
         WriteList(stream, Differences(base, job, [&uniform](uint32_t v) {
                       const auto& p = uniform.positions[v];
                       return Vector(p[0], p[1], p[2]);

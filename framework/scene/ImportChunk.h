@@ -9,17 +9,17 @@
 namespace trovik {
 
 /// Chunk IMPT: the imported positions of level 0, as differences from the current ones; or the
-/// whole imported mesh if level 0 no longer has the same faces. \param scenePath  the path of the
-/// scene file.
+/// whole imported mesh if level 0 no longer has the same faces and colours.
+/// \param scenePath  the path of the scene file.
 /// \throw Cancelled. ReadImportChunk throws it, too.
 void WriteImportChunk(SceneStream& stream,
                       const LevelGeometry& geometry,
                       const PolygonMesh& imported,
                       const std::string& scenePath,
                       JobControl* job);
-/// Reads the imported mesh and gives it this name. \param isOther  set to true if the mesh's faces
-/// are not those of level 0. The mesh then has attributes of its own; otherwise, its attributes are
-/// those of level 0.
+/// Reads the imported mesh and gives it this name. \param isOther  set to true if the mesh is
+/// stored as a whole. It then has attributes of its own; otherwise, its attributes are those of
+/// level 0.
 PolygonMesh ReadImportChunk(SceneStream& stream,
                             const LevelGeometry& geometry,
                             const std::string& name,

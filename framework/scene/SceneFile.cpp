@@ -110,7 +110,8 @@ public:
         if (scene.imported.positions.empty()) {
             throw HostError(reader.Path() + ": the scene has no chunk IMPT");
         }
-        // If the faces of the imported mesh are those of level 0, its attributes are the same too.
+        // An imported mesh that is stored as differences from level 0 has the same attributes; see
+        // WriteImportChunk.
         if (!importedIsOther) scene.imported.attributes = scene.geometry->Attributes();
         scene.format = reader.Header().Format();
         return std::move(scene);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/edits/ColorStep.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/multires/LevelSource.h"
@@ -45,6 +46,31 @@ TEST(SceneAttributes, AreRestoredWithTheScene) {
     after = Shown(*opened);
     EXPECT_EQ(CornerUvValues(after), CornerUvValues(before));
     EXPECT_EQ(after.attributes.colors, before.attributes.colors);
+}
+
+TEST(SceneAttributes, AResetRestoresTheImportedColoursAfterOpening) {
+    const TemporaryFolder folder;
+    Document document("mesh", AttributedMesh());
+    const SurfaceAttributes imported = document.Geometry().Attributes();
+    ASSERT_FALSE(imported.colors.empty());
+    const std::vector<std::array<float, 4>> others(imported.colors.size(),
+                                                   {0.125f, 0.25f, 0.5f, 0.75f});
+    auto step = MakeColorStep(others, true, "Colours");
+    step->Apply(document.Geometry());
+    document.Push(std::move(step));
+    document.Save(folder.Path("a.trovik"));
+
+    const auto opened = Document::OpenScene(folder.Path("a.trovik"));
+    EXPECT_EQ(opened->Geometry().Attributes().colors, others);
+    EXPECT_TRUE(opened->Geometry().Attributes().hasAlpha);
+    opened->Reset();
+    EXPECT_EQ(opened->Geometry().Attributes().colors, imported.colors);
+    EXPECT_EQ(opened->Geometry().Attributes().hasAlpha, imported.hasAlpha);
+    EXPECT_EQ(opened->Geometry().Attributes().cornerUvs, imported.cornerUvs);
+    // Older formats have no place for other colours; the scene can still be written.
+    document.WriteScene(folder.Path("old.trovik"), SceneStream(330));
+    EXPECT_EQ(Document::OpenScene(folder.Path("old.trovik"))->Geometry().Level(0)->faceCount,
+              opened->Geometry().Level(0)->faceCount);
 }
 
 TEST(SceneAttributes, MaterialFilesAndSmoothingGroupsAreRestoredAndMoveWithTheScene) {
