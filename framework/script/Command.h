@@ -26,7 +26,10 @@ struct CommandInput {
         /// writes it again.
         UnlessWritten,
         /// The journal records the content when a stroke uses the file.
-        WhenUsed
+        WhenUsed,
+        /// The journal records the state of the scene after the command, because the file may be
+        /// written again, by this run or by another program.
+        AsSnapshot
     };
     /// JSON pointer within the parameters; empty for the parameters themselves. The parameter may
     /// be missing.

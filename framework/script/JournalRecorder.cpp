@@ -53,6 +53,7 @@ void JournalRecorder::BeginStep(const nlohmann::json& step) {
     historyBefore = document.Geometry().History().Position();
     undoes = false;
     redoes = false;
+    needsSnapshot = false;
     int commands = 0;
     nlohmann::json whole;
     for (const CommandEntry& entry : Commands()) {
@@ -75,6 +76,8 @@ void JournalRecorder::NoteInput(const nlohmann::json& step,
                                 nlohmann::json& whole) {
     const nlohmann::json::json_pointer pointer("/" + command + input.pointer);
     if (!step.contains(pointer) || !step.at(pointer).is_string()) return;
+    // Also if the command fails, because it may succeed when the file has changed.
+    if (input.recorded == CommandInput::AsSnapshot) needsSnapshot = true;
     const auto name = step.at(pointer).get<std::string>();
     const std::vector<std::string> candidates = files.Candidates(name);
     const auto found =
@@ -84,9 +87,9 @@ void JournalRecorder::NoteInput(const nlohmann::json& step,
         });
     // If a file is missing, the step fails, unless the file is one of the installed stamps.
     if (found == candidates.end()) return;
-    const bool isWrittenAgain =
-        input.recorded == CommandInput::UnlessWritten && files.IsWritten(name);
-    if (input.recorded != CommandInput::WhenUsed && !isWrittenAgain) NoteFile(*found);
+    if (input.recorded == CommandInput::BeforeCommand ||
+        (input.recorded == CommandInput::UnlessWritten && !files.IsWritten(name)))
+        NoteFile(*found);
     if (whole.is_null()) whole = step;
     whole.at(pointer) = Absolute(*found);
 }
@@ -104,7 +107,7 @@ StepEnd JournalRecorder::Ended(bool failed) const {
 void JournalRecorder::EndStep(bool failed) {
     const UndoHistory& history = document.Geometry().History();
     if (!history.CanRedo() && !redoes) redoFromBefore = false;
-    if (LeftItsHistory())
+    if (LeftItsHistory() || needsSnapshot)
         EndStepBySnapshot(Ended(failed), history.NextLabel());
     else
         journal.EndStep(Ended(failed), history.NextLabel());

@@ -34,8 +34,9 @@ public:
 
     void BeginStep(const nlohmann::json& step);
     /// If the step undid or redid work that precedes the recorded steps, for example work done
-    /// before a save, it cannot be replayed from the journal's base. In that case, the scene is
-    /// written next to the journal, and the journal restarts from that scene.
+    /// before a save, it cannot be replayed from the journal's base. A step that read a file which
+    /// may be written again (CommandInput::AsSnapshot) cannot be replayed reliably. In both cases,
+    /// the scene is written next to the journal, and the journal restarts from that scene.
     void EndStep(bool failed);
     /// Records that the step was cancelled. Without JournalOptions::isInteractive, the step is left
     /// unfinished, as after a crash.
@@ -103,6 +104,9 @@ private:
     /// Whether the current step contains an undo command, and whether it contains a redo command.
     bool undoes = false;
     bool redoes = false;
+    /// Whether the journal must restart from a scene after the current step because of a file that
+    /// the step read.
+    bool needsSnapshot = false;
     /// Whether the current step consists of several commands.
     bool isCompound = false;
     std::vector<std::string> recordedFiles;

@@ -14,6 +14,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <filesystem>
+
 namespace trovik::test {
 namespace {
 
@@ -249,26 +251,54 @@ TEST_F(Projections, CanBeCancelledAtEveryReport) {
     }
 }
 
-TEST_F(Projections, AJournalReplaysThemBitForBit) {
-    QuickDisk disk;
-    const nlohmann::json script = nlohmann::json::parse(
-        R"({"mesh": "bumpy.ply", "steps": [
-            {"export": {"file": "exported.obj"}},
-            {"filter": {"kind": "smooth", "iterations": 5}},
-            {"project": {"file": "exported.obj", "distance": 0.5, "direction": "normal"}}]})");
-    std::string expected;
-    {
-        const std::string scriptPath = folder.Fill("script.json", script.dump());
-        ScriptRunner runner(scriptPath, folder.Path(""), ScriptProgress{});
-        runner.SetJournal({folder.Path("work.journal"), false});
-        nlohmann::json setup = script;
-        setup["steps"] = nlohmann::json::array();
-        runner.Open(setup);
-        for (const nlohmann::json& step : script.at("steps")) runner.Do(step, 0);
-        expected = SceneOf(runner.GetDocument());
+/// Runs the steps with a journal, up to a simulated crash; steps may fail.
+/// \return the document as a scene.
+std::string RunWithJournal(const TemporaryFolder& folder, const nlohmann::json& steps) {
+    const nlohmann::json setup = {{"mesh", "bumpy.ply"}, {"steps", nlohmann::json::array()}};
+    ScriptRunner runner(
+        folder.Fill("script.json", setup.dump()), folder.Path(""), ScriptProgress{});
+    runner.SetJournal({folder.Path("work.journal"), false});
+    runner.Open(setup);
+    for (const nlohmann::json& step : steps) {
+        try {
+            runner.Do(step, 0);
+        } catch (const HostError&) {
+            EXPECT_TRUE(step.contains("project")) << step;
+        }
     }
-    const RecoveredWork work = RedoJournal(folder.Path("work.journal"), {});
-    EXPECT_EQ(SceneOf(work.runner->GetDocument()), expected);
+    return SceneOf(runner.GetDocument());
+}
+
+// The file may be written again by the same run, or changed or deleted afterwards.
+TEST_F(Projections, AJournalRecoversThemWithoutTheFile) {
+    QuickDisk disk;
+    const nlohmann::json exported = {{"export", {{"file", "exported.obj"}}}};
+    const nlohmann::json smooth = {{"filter", {{"kind", "smooth"}, {"iterations", 5}}}};
+    const nlohmann::json project = {
+        {"project", {{"file", "exported.obj"}, {"distance", 0.5}, {"direction", "normal"}}}};
+    const nlohmann::json undo = {{"undo", 1}};
+    const nlohmann::json redo = {{"redo", 1}};
+    const std::vector<nlohmann::json> runs = {
+        {exported, smooth, project},
+        {exported, smooth, project, smooth, exported, smooth},
+        {exported, smooth, project, smooth, exported, project, smooth, undo},
+        {exported, smooth, project, undo},
+        {exported, smooth, project, smooth, undo, undo, undo, redo, redo},
+        {smooth, project, exported, smooth}};
+    for (const nlohmann::json& steps : runs) {
+        SCOPED_TRACE(steps.dump());
+        const std::string expected = RunWithJournal(folder, steps);
+        const auto recovered = [&] {
+            const RecoveredWork work = RedoJournal(folder.Path("work.journal"), {});
+            return SceneOf(work.runner->GetDocument());
+        };
+        EXPECT_EQ(recovered(), expected);
+        WriteMeshFile(folder.Path("exported.obj"), SphereQuads(2));
+        EXPECT_EQ(recovered(), expected) << "the file has changed";
+        std::filesystem::remove(folder.Path("exported.obj"));
+        EXPECT_EQ(recovered(), expected) << "the file is missing";
+        std::filesystem::remove(folder.Path("work.journal"));
+    }
 }
 
 TEST_F(Projections, ErrorsNameTheFile) {

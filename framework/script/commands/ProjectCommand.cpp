@@ -54,9 +54,10 @@ void CheckProject(CommandContext& context, const ProjectParameters& parameters) 
     if (!context.files.IsWritten(parameters.file)) context.InputPath(parameters.file, "/file");
 }
 
-const CommandRegistration<ProjectParameters> project({.name = "project", .inputs = {{"/file"}}},
-                                                     Project,
-                                                     CheckProject);
+const CommandRegistration<ProjectParameters> project(
+    {.name = "project", .inputs = {{"/file", CommandInput::AsSnapshot}}},
+    Project,
+    CheckProject);
 
 }  // namespace
 
