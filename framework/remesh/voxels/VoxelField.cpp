@@ -8,7 +8,7 @@ namespace trovik {
 namespace {
 
 /// Address space that loading the module and the libraries that it links needs.
-constexpr uint64_t voxelLibraryBytes = uint64_t{64} << 20;
+constexpr uint64_t voxelLibraryBytes = uint64_t{128} << 20;
 
 }  // namespace
 

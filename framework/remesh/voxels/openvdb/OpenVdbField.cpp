@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <string>
 #include <openvdb/openvdb.h>
 #include <openvdb/tools/MeshToVolume.h>
 
@@ -109,7 +110,8 @@ private:
 
 std::unique_ptr<VoxelField> Measure(const VoxelMesh& mesh, JobControl* job) {
     static_assert(openvdb::FloatTree::LeafNodeType::LOG2DIM == 3);
-    JobPhase phase(job, "Measuring distances", 100);
+    // Each poll reads the clock, because the library rarely polls after the first third of the work.
+    JobPhase phase(job, "Measuring distances", 100, 1);
     PhaseInterrupter interrupter(phase);
     const auto transform = openvdb::math::Transform::createLinearTransform(1.0);
     Grid::Ptr grid;
@@ -139,6 +141,12 @@ public:
             return Measure(VoxelMesh(positions, triangles, voxelSize), job);
         } catch (const std::bad_alloc&) {
             throw HostError("not enough memory for voxels of this size");
+        } catch (const HostError&) {
+            throw;
+        } catch (const Cancelled&) {
+            throw;
+        } catch (const std::exception& error) {
+            throw HostError(std::string("cannot measure the distances: ") + error.what());
         }
     }
 };
