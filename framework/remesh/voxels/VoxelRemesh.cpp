@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <limits>
 
 namespace trovik {
 
@@ -37,14 +38,20 @@ std::string Text(float number) {
     return {text, std::to_chars(text, text + sizeof text, number).ptr};
 }
 
+double RelativeError(uint64_t faces, uint32_t wanted) {
+    return std::fabs(static_cast<double>(faces) / wanted - 1.0);
+}
+
 /// A field and the size of its voxels.
 struct SizedField {
     std::unique_ptr<VoxelField> field;
     float size = 0.0f;
     uint64_t faces = 0;
 
+    /// The relative error; infinite without faces, so that any surface is better than none.
     double ErrorFor(uint32_t wanted) const {
-        return std::fabs(static_cast<double>(faces) / wanted - 1.0);
+        if (faces == 0) return std::numeric_limits<double>::infinity();
+        return RelativeError(faces, wanted);
     }
 };
 
@@ -139,8 +146,9 @@ NewSurface MakeRemeshed(SourceSurface& source, const VoxelRemesh& settings, JobC
         made.report.notes.push_back(std::to_string(surface.filledHoles) +
                                     (surface.filledHoles == 1 ? " hole was" : " holes were") +
                                     " filled");
-    if (settings.faces && sized.ErrorFor(*settings.faces) > allowed)
-        made.report.warnings.push_back("the mesh has " + std::to_string(sized.faces) +
+    const std::size_t faces = made.mesh.faceSizes.size();
+    if (settings.faces && RelativeError(faces, *settings.faces) > allowed)
+        made.report.warnings.push_back("the mesh has " + std::to_string(faces) +
                                        " faces; no voxel size gives a number within 5 % of " +
                                        std::to_string(*settings.faces));
     if (!settings.projects && settings.levels == 0) return made;
