@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/errors/HostError.h"
 #include "framework/remesh/voxels/CellLoops.h"
 #include "framework/remesh/voxels/DualSurface.h"
 #include "tests/jobs/TestJob.h"
@@ -35,6 +36,18 @@ public:
 private:
     float outside;
     std::vector<std::vector<float>> values;
+    std::vector<Block> blockList;
+};
+
+/// A field that changes its sign where it has no blocks.
+class InconsistentField final : public VoxelField {
+public:
+    InconsistentField() { blockList.push_back({{0, 0, 0}, values.data()}); }
+    const std::vector<Block>& Blocks() const override { return blockList; }
+    float Value(const Voxel& at) const override { return at[0] < 0 ? -1.0f : 1.0f; }
+
+private:
+    std::vector<float> values = std::vector<float>(blockSide * blockSide * blockSide, 1.0f);
     std::vector<Block> blockList;
 };
 
@@ -98,6 +111,11 @@ TEST(DualSurface, AllInsideOrAllOutsideHasNoFaces) {
         const GivenField field(1, [&](const Voxel&) { return value; });
         EXPECT_TRUE(DualSurfaceOf(field).faceSizes.empty());
     }
+}
+
+TEST(DualSurface, RefusesInconsistentFields) {
+    EXPECT_THAT(MessageOf<HostError>([] { DualSurfaceOf(InconsistentField()); }),
+                testing::HasSubstr("the distances to the surface are inconsistent"));
 }
 
 TEST(CellLoops, ExchangingAnAmbiguousSideThatALoopPassesTwiceSplitsTheLoop) {

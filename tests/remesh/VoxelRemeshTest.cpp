@@ -83,6 +83,39 @@ TEST(VoxelRemesh, ReachesTheNumberOfFaces) {
     }
 }
 
+/// Expects the warning that names the actual number of faces.
+void ExpectOtherNumber(const PolygonMesh& mesh, uint32_t faces) {
+    Document document("mesh", mesh);
+    const ReplacementReport report = document.ReplaceSurface(RemeshWithVoxels({.faces = faces}));
+    const std::string count = std::to_string(document.Geometry().Bound()->faceCount);
+    EXPECT_THAT(report.warnings,
+                testing::ElementsAre("the mesh has " + count +
+                                     " faces; no voxel size gives a number within 5 % of " +
+                                     std::to_string(faces)));
+}
+
+TEST(VoxelRemesh, WarnsIfTheNumberOfFacesCannotBeReached) {
+    // Voxels that are large enough for 100 faces do not contain the plate.
+    PolygonMesh plate = Cube();
+    float low = plate.positions[0][0];
+    float high = low;
+    for (const auto& p : plate.positions) {
+        low = std::min(low, p[0]);
+        high = std::max(high, p[0]);
+    }
+    for (auto& p : plate.positions)
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            const float t = (p[axis] - low) / (high - low);
+            p[axis] = axis == 2 ? 0.3f + 0.1f * t : 10.0f * t;
+        }
+    ExpectOtherNumber(plate, 100);
+    // The number is that without the small pieces, which are nearly all faces of this mesh.
+    PolygonMesh dust = SphereQuads(4);
+    for (int i = 0; i < 60; ++i)
+        Append(dust, SphereQuads(1), 0.12f, {2.0f + 0.7f * static_cast<float>(i), 0.0f, 0.0f});
+    ExpectOtherNumber(dust, 500);
+}
+
 TEST(VoxelRemesh, JoinsIntersectingComponents) {
     PolygonMesh mesh = SphereQuads(5);
     Append(mesh, SphereQuads(5), 1.0f, {1.2f, 0.1f, 0.2f});
@@ -221,6 +254,12 @@ TEST(VoxelRemesh, RefusesWhatCannotBeRemeshed) {
                 testing::HasSubstr("needs a finer grid than is possible"));
     EXPECT_THAT(ErrorOf(SphereQuads(3), {.faces = 1000000000}),
                 testing::HasSubstr("bytes of memory are free"));
+    Document document("mesh", SphereQuads(3));
+    document.Geometry().Level(0)->SetPosition(
+        7, {std::numeric_limits<float>::quiet_NaN(), 0.0f, 0.0f});
+    EXPECT_THAT(
+        MessageOf<HostError>([&] { document.ReplaceSurface(RemeshWithVoxels({.faces = 100})); }),
+        testing::HasSubstr("the position of vertex 7 is not finite"));
     EXPECT_THAT(ErrorOf(SphereQuads(3), {.voxelSize = 0.1f, .levels = 12}),
                 testing::HasSubstr("a level holds at most"));
 }

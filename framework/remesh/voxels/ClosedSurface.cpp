@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/remesh/voxels/ClosedSurface.h"
 
+#include "framework/errors/HostError.h"
 #include "framework/jobs/JobPhase.h"
+#include "framework/math/IsFinite.h"
 #include "framework/picking/TriangleQueries.h"
 #include "framework/remesh/FaceTable.h"
 #include "framework/remesh/HoleFilling.h"
@@ -16,6 +18,11 @@ ClosedSurface::ClosedSurface(SourceSurface& source, JobControl* job) {
     NewSurface surface;
     surface.mesh = source.Geometry().ToPolygons(false);
     surface.mesh.normals.clear();
+    for (std::size_t v = 0; v < surface.mesh.positions.size(); ++v) {
+        const auto& p = surface.mesh.positions[v];
+        if (!IsFinite(Vector(p[0], p[1], p[2])))
+            throw HostError("the position of vertex " + std::to_string(v) + " is not finite");
+    }
     filledHoles = FillHoles(surface, HoleFill::Flat, std::numeric_limits<std::size_t>::max(), job);
     const auto [components, componentCount] = ComponentsOf(surface.mesh);
     positions = std::move(surface.mesh.positions);

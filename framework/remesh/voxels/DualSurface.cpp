@@ -52,7 +52,15 @@ public:
         for (std::size_t i = 0; i < cells.size(); ++i)
             slots[SlotOf(cells[i].at)] = static_cast<uint32_t>(i);
     }
-    uint32_t At(const Voxel& voxel) const { return slots[SlotOf(voxel)]; }
+    /// \throw HostError if there is no cell. In a consistent field, each neighbour of a cell across
+    /// an edge or side that crosses the surface is also a cell.
+    uint32_t At(const Voxel& voxel) const {
+        const uint32_t number = slots[SlotOf(voxel)];
+        if (number == none)
+            throw HostError(
+                "the distances to the surface are inconsistent; try another voxel size");
+        return number;
+    }
 
 private:
     /// Returns the slot of the cell, or the free slot in which it would be.
