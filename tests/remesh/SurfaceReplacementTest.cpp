@@ -168,10 +168,12 @@ TEST_P(ReplacingSteps, TransferMaskColoursGroupsAndLayers) {
         EXPECT_NEAR(attributes.colors[v][0], p.x * 0.5f + 0.5f, 0.03f);
         EXPECT_NEAR(attributes.colors[v][1], p.y * 0.5f + 0.5f, 0.03f);
     }
+    // The vertices of a voxel remesh are beside the old surface, and near the border of the mask.
+    const int fullyMasked = Step().contains("voxelRemesh") ? 125 : 127;
     for (uint32_t v = 0; v < level.VertexCount(); ++v) {
         const float distance = (level.Position(v) - Vector(-1.0f, 0.0f, 0.0f)).Length();
         if (distance < 0.35f) {
-            EXPECT_GE(level.Freeze(v), 125) << v;
+            EXPECT_GE(level.Freeze(v), fullyMasked) << v;
         }
         if (distance > 0.9f) {
             EXPECT_EQ(level.Freeze(v), 0) << v;
