@@ -46,6 +46,7 @@ TEST_F(Startup, LoadsNoLargeLibraryWithoutNeed) {
         const std::string loads = LoadedFiles(arguments, status);
         EXPECT_THAT(loads, Not(HasSubstr("libOpenImageIO")));
         EXPECT_THAT(loads, Not(HasSubstr("libembree")));
+        EXPECT_THAT(loads, Not(HasSubstr("libopenvdb")));
         EXPECT_THAT(loads, Not(HasSubstr("SwiftStroke")));
     }
 }
@@ -57,6 +58,7 @@ TEST_F(Startup, LoadsPluginsOnlyForStrokes) {
     EXPECT_THAT(loads, HasSubstr("SwiftStroke"));
     EXPECT_THAT(loads, Not(HasSubstr("libOpenImageIO")));
     EXPECT_THAT(loads, Not(HasSubstr("libembree")));
+    EXPECT_THAT(loads, Not(HasSubstr("libopenvdb")));
 }
 
 TEST_F(Startup, RendersLoadTheLibrariesTheyNeed) {
