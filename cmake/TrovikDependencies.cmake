@@ -26,13 +26,14 @@ add_library(OpenImageIO::OpenImageIO ALIAS PkgConfig::OPENIMAGEIO)
 # the development files of Blosc.
 find_path(TROVIK_OPENVDB_INCLUDE_DIR openvdb/openvdb.h REQUIRED)
 find_library(TROVIK_OPENVDB_LIBRARY openvdb REQUIRED)
+find_path(TROVIK_BOOST_INCLUDE_DIR boost/version.hpp REQUIRED)
 pkg_check_modules(IMATH REQUIRED IMPORTED_TARGET GLOBAL Imath)
-mark_as_advanced(TROVIK_OPENVDB_INCLUDE_DIR TROVIK_OPENVDB_LIBRARY)
+mark_as_advanced(TROVIK_OPENVDB_INCLUDE_DIR TROVIK_OPENVDB_LIBRARY TROVIK_BOOST_INCLUDE_DIR)
 add_library(OpenVDB::openvdb UNKNOWN IMPORTED GLOBAL)
 set_target_properties(
     OpenVDB::openvdb
     PROPERTIES IMPORTED_LOCATION "${TROVIK_OPENVDB_LIBRARY}"
-               INTERFACE_INCLUDE_DIRECTORIES "${TROVIK_OPENVDB_INCLUDE_DIR}"
+               INTERFACE_INCLUDE_DIRECTORIES "${TROVIK_OPENVDB_INCLUDE_DIR};${TROVIK_BOOST_INCLUDE_DIR}"
                INTERFACE_LINK_LIBRARIES "TBB::tbb;PkgConfig::IMATH")
 
 # SIMDe is header-only and has no package file; it is used on machines other than x86.
