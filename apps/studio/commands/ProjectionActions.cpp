@@ -4,6 +4,7 @@
 #include "commands/FormDialog.h"
 #include "commands/Preferences.h"
 #include "commands/StudioActions.h"
+#include "commands/SurfaceSize.h"
 #include "framework/files/MeshFormat.h"
 
 #include <QCheckBox>
@@ -47,11 +48,7 @@ void AskProjection(const ActionContext& context, const QString& path) {
     const QString title = Text::tr("Project onto Mesh");
     FormDialog dialog(title, Text::tr("Project"), context.window);
     dialog.AddText(Text::tr("File"))->setText(QFileInfo(path).fileName());
-    const AxisAlignedBoundingBox bounds = context.engine.Document().bounds;
-    const double size = std::max({static_cast<double>(bounds.maxX) - bounds.minX,
-                                  static_cast<double>(bounds.maxY) - bounds.minY,
-                                  static_cast<double>(bounds.maxZ) - bounds.minZ,
-                                  1e-6});
+    const double size = LongestSide(SurfaceBounds(context));
     const double tenth = size * 0.1;
     QDoubleSpinBox* distance = dialog.AddNumber(
         Text::tr("Distance"),

@@ -5,6 +5,7 @@
 #include "commands/ReplacementNote.h"
 #include "commands/StudioActions.h"
 #include "commands/SubdivideDialog.h"
+#include "commands/SurfaceSize.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -103,11 +104,8 @@ void RunVoxelRemesh(const ActionContext& context) {
     const QString title = Text::tr("Voxel Remesh");
     FormDialog dialog(title, Text::tr("Remesh"), context.window);
     AddReplacementNote(dialog, context.State());
-    const AxisAlignedBoundingBox bounds = context.engine.Document().bounds;
-    const double size = std::max({static_cast<double>(bounds.maxX) - bounds.minX,
-                                  static_cast<double>(bounds.maxY) - bounds.minY,
-                                  static_cast<double>(bounds.maxZ) - bounds.minZ,
-                                  1e-6});
+    const AxisAlignedBoundingBox bounds = SurfaceBounds(context);
+    const double size = LongestSide(bounds);
     QComboBox* by = dialog.AddChoice(
         Text::tr("Resolution"),
         Text::tr("Whether the number of faces or the size of the voxels is given"),
