@@ -2,6 +2,8 @@
 
 /// \file Tests operations that replace the mesh, between strokes, with events in a viewport.
 #include "framework/files/MeshFiles.h"
+#include "framework/multires/LevelGeometry.h"
+#include "framework/remesh/SourceSurface.h"
 #include "tests/studio/sessions/StudioSession.h"
 
 #include <gtest/gtest.h>
@@ -9,6 +11,18 @@
 namespace trovik::studio::test {
 
 namespace {
+
+/// The mean distance of the vertices of a mesh file from the surface of another.
+double MeanDistance(const std::string& file, const std::string& surfaceFile) {
+    LevelGeometry geometry(ReadMeshFile(surfaceFile));
+    SourceSurface surface(geometry);
+    std::vector<Vector> positions;
+    for (const auto& p : ReadMeshFile(file).positions) positions.emplace_back(p[0], p[1], p[2]);
+    double sum = 0.0;
+    for (const NearestPoint& nearest : surface.Nearest(positions))
+        sum += static_cast<double>(nearest.distance);
+    return sum / static_cast<double>(positions.size());
+}
 
 TEST(TopologySession, StrokesAndUndoWorkAcrossAVoxelRemesh) {
     StudioSession session;
@@ -36,10 +50,20 @@ TEST(TopologySession, AProjectionRestoresASmoothedSurface) {
     session.OpenBust();
     const std::string file = session.Path("bust.ply");
     const std::string project = R"({"project": {"file": ")" + file + R"(", "distance": 0.4}})";
-    EXPECT_EQ(session.Play({Step((R"({"export": {"file": ")" + file + R"("}})").c_str()),
+    const std::string smoothed = session.Path("smoothed.ply");
+    const std::string projected = session.Path("projected.ply");
+    const auto save = [](const std::string& path) {
+        return Step((R"({"export": {"file": ")" + path + R"("}})").c_str());
+    };
+    EXPECT_EQ(session.Play({save(file),
                             Step(R"({"filter": {"kind": "smooth", "iterations": 20}})"),
-                            Step(project.c_str())}),
+                            save(smoothed),
+                            Step(project.c_str()),
+                            save(projected)}),
               "");
+    const double before = MeanDistance(smoothed, file);
+    EXPECT_GT(before, 1e-5);
+    EXPECT_LT(MeanDistance(projected, file), 0.02 * before);
     EXPECT_EQ(session.engine.State()->historyPosition, 2u);
     EXPECT_EQ(session.engine.State()->history.back().label, "Project");
     EXPECT_EQ(session.Play({Step(R"({"project": {"file": "missing.obj", "distance": 1}})")})
