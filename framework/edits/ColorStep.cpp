@@ -16,9 +16,7 @@ public:
         label = std::move(name);
     }
 
-    void Apply(LevelGeometry& geometry) override {
-        geometry.ExchangeColors(colors, hasAlpha);
-    }
+    void Apply(LevelGeometry& geometry) override { geometry.ExchangeColors(colors, hasAlpha); }
 
     uint64_t Bytes() const override {
         return sizeof(ColorStep) + label.capacity() + colors.capacity() * sizeof colors[0];

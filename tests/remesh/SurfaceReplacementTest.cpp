@@ -168,7 +168,7 @@ TEST_P(ReplacingSteps, TransferMaskColoursGroupsAndLayers) {
         EXPECT_NEAR(attributes.colors[v][0], p.x * 0.5f + 0.5f, 0.03f);
         EXPECT_NEAR(attributes.colors[v][1], p.y * 0.5f + 0.5f, 0.03f);
     }
-    // The vertices of a voxel remesh are beside the old surface, and near the border of the mask.
+    // The vertices of a voxel remesh are not exactly on the old surface.
     const int fullyMasked = Step().contains("voxelRemesh") ? 125 : 127;
     for (uint32_t v = 0; v < level.VertexCount(); ++v) {
         const float distance = (level.Position(v) - Vector(-1.0f, 0.0f, 0.0f)).Length();

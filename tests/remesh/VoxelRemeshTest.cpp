@@ -2,6 +2,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/remesh/voxels/VoxelRemesh.h"
 #include "framework/threads/WorkerThreads.h"
+#include "tests/jobs/TestJob.h"
 #include "tests/remesh/EditedMeshes.h"
 #include "tests/remesh/ReplacedSurface.h"
 
@@ -223,6 +224,23 @@ TEST(VoxelRemesh, VoxelsAreMeasuredInWorldUnits) {
     document.ReplaceSurface(RemeshWithVoxels({.voxelSize = 1.0f}));
     const auto local = Remeshed(SphereQuads(4), {.voxelSize = 0.1f});
     EXPECT_EQ(PositionsOf(*document.Geometry().Bound()), PositionsOf(LevelOf(local)));
+}
+
+// At the pace of interactive jobs, too, so that they can be cancelled soon.
+TEST(VoxelRemesh, ReportsTheMeasuringOfDistancesThroughout) {
+    class Job : public TestJob {
+    public:
+        using TestJob::TestJob;
+        bool Report(uint64_t done, uint64_t total, const char* phase) override {
+            if (std::string(phase) == "Measuring distances") ++ofDistances;
+            return TestJob::Report(done, total, phase);
+        }
+        uint64_t ofDistances = 0;
+    };
+    Job job(TestJob::never, JobPace{1024, {}});
+    Document document("mesh", SphereQuads(5));
+    document.ReplaceSurface(RemeshWithVoxels({.voxelSize = 0.03f}), &job);
+    EXPECT_GT(job.ofDistances, 20u);
 }
 
 TEST(VoxelRemesh, GivesTheSameBitsForAnyNumberOfThreads) {

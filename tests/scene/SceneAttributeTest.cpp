@@ -67,7 +67,7 @@ TEST(SceneAttributes, AResetRestoresTheImportedColoursAfterOpening) {
     EXPECT_EQ(opened->Geometry().Attributes().colors, imported.colors);
     EXPECT_EQ(opened->Geometry().Attributes().hasAlpha, imported.hasAlpha);
     EXPECT_EQ(opened->Geometry().Attributes().cornerUvs, imported.cornerUvs);
-    // Older formats have no place for other colours; the scene can still be written.
+    // Older formats cannot store the imported colours, but the scene can be written.
     document.WriteScene(folder.Path("old.trovik"), SceneStream(330));
     EXPECT_EQ(Document::OpenScene(folder.Path("old.trovik"))->Geometry().Level(0)->faceCount,
               opened->Geometry().Level(0)->faceCount);

@@ -55,9 +55,7 @@ void CheckProject(CommandContext& context, const ProjectParameters& parameters) 
 }
 
 const CommandRegistration<ProjectParameters> project(
-    {.name = "project", .inputs = {{"/file", CommandInput::AsSnapshot}}},
-    Project,
-    CheckProject);
+    {.name = "project", .inputs = {{"/file", CommandInput::AsSnapshot}}}, Project, CheckProject);
 
 }  // namespace
 

@@ -12,9 +12,9 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
-#include <string>
 #include <openvdb/openvdb.h>
 #include <openvdb/tools/MeshToVolume.h>
+#include <string>
 
 namespace trovik {
 
@@ -110,7 +110,8 @@ private:
 
 std::unique_ptr<VoxelField> Measure(const VoxelMesh& mesh, JobControl* job) {
     static_assert(openvdb::FloatTree::LeafNodeType::LOG2DIM == 3);
-    // Each poll reads the clock, because the library rarely polls after the first third of the work.
+    // Each poll reads the clock, because the library rarely polls after the first third of the
+    // work.
     JobPhase phase(job, "Measuring distances", 100, 1);
     PhaseInterrupter interrupter(phase);
     const auto transform = openvdb::math::Transform::createLinearTransform(1.0);
