@@ -238,7 +238,7 @@ TEST(VoxelRemesh, ReportsTheMeasuringOfDistancesThroughout) {
         uint64_t ofDistances = 0;
     };
     Job job(TestJob::never, JobPace{1024, {}});
-    Document document("mesh", SphereQuads(5));
+    Document document("mesh", SphereQuads(3));
     document.ReplaceSurface(RemeshWithVoxels({.voxelSize = 0.03f}), &job);
     EXPECT_GT(job.ofDistances, 20u);
 }
