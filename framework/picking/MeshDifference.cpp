@@ -89,32 +89,25 @@ void ForEachUnit(uint32_t count, JobControl* job, const char* name, const Work& 
     phase.Finish();
 }
 
-using Triangle = std::array<Vector3d, 3>;
-
 /// Calls `take(triangle)` for the triangles of a face, which are those of PatchTree.
 template <typename Take>
 void ForEachTriangle(const LevelMesh& level, uint32_t face, const Take& take) {
     const uint32_t corners = level.CornersPerFace();
     const uint32_t* vertices = level.faceVertexIndices.array + std::size_t{face} * corners;
     const auto corner = [&](uint32_t i) { return ToDouble(level.Position(vertices[i])); };
-    take(Triangle{corner(0), corner(1), corner(2)});
-    if (corners == 4) take(Triangle{corner(0), corner(2), corner(3)});
+    take(Triangle3d{corner(0), corner(1), corner(2)});
+    if (corners == 4) take(Triangle3d{corner(0), corner(2), corner(3)});
 }
 
-double Length(const Vector3d& v) { return std::sqrt(Dot(v, v)); }
-
 /// Returns the number of parts into which each edge of the triangle is divided.
-double Divisions(const Triangle& triangle, double spacing) {
-    const double longest = std::max({Length(triangle[1] - triangle[0]),
-                                     Length(triangle[2] - triangle[1]),
-                                     Length(triangle[0] - triangle[2])});
-    return std::max(1.0, std::ceil(longest / spacing));
+double Divisions(const Triangle3d& triangle, double spacing) {
+    return std::max(1.0, std::ceil(LongestEdgeOf(triangle) / spacing));
 }
 
 /// Calls `take(sample)` for the centres of the parts of a triangle whose edges are divided into k
 /// parts.
 template <typename Take>
-void ForEachSample(const Triangle& triangle, uint32_t k, const Take& take) {
+void ForEachSample(const Triangle3d& triangle, uint32_t k, const Take& take) {
     const Vector3d along = triangle[1] - triangle[0];
     const Vector3d across = triangle[2] - triangle[0];
     const auto point = [&](double u, double v) {
@@ -202,7 +195,7 @@ DistanceSummary DistanceToSurface(const LevelMesh& from,
                                   JobControl* job) {
     double expected = 0.0;
     for (uint32_t face = 0; face < from.faceCount; ++face)
-        ForEachTriangle(from, face, [&](const Triangle& triangle) {
+        ForEachTriangle(from, face, [&](const Triangle3d& triangle) {
             expected += Square(Divisions(triangle, spacing));
         });
     if (!(expected <= maxSamples))
@@ -212,11 +205,9 @@ DistanceSummary DistanceToSurface(const LevelMesh& from,
     std::vector<DistanceSum> sums(from.faceCount / unitSize + 1);
     ForEachUnit(from.faceCount, job, "Measuring faces", [&](uint32_t face, uint32_t end) {
         DistanceSum& sum = sums[face / unitSize];
-        const auto add = [&](const Triangle& triangle) {
+        const auto add = [&](const Triangle3d& triangle) {
             const auto k = static_cast<uint32_t>(Divisions(triangle, spacing));
-            const double area =
-                0.5 * Length(Cross(triangle[1] - triangle[0], triangle[2] - triangle[0]));
-            const double weight = area / Square(k);
+            const double weight = AreaOf(triangle) / Square(k);
             ForEachSample(triangle, k, [&](const Vector& sample) {
                 const PickHit nearest = NearestPoint(to, sample);
                 sum.Add(double{nearest.t}, weight, tolerance, sample, nearest.position);

@@ -3,6 +3,7 @@
 
 #include "host/Vector.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -24,6 +25,19 @@ inline Vector3d Cross(const Vector3d& a, const Vector3d& b) {
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 inline double Square(double a) { return a * a; }
+inline double Length(const Vector3d& v) { return std::sqrt(Dot(v, v)); }
+
+using Triangle3d = std::array<Vector3d, 3>;
+
+/// In double precision, the area does not overflow for any coordinates in single precision.
+inline double AreaOf(const Triangle3d& triangle) {
+    return 0.5 * Length(Cross(triangle[1] - triangle[0], triangle[2] - triangle[0]));
+}
+inline double LongestEdgeOf(const Triangle3d& triangle) {
+    return std::max({Length(triangle[1] - triangle[0]),
+                     Length(triangle[2] - triangle[1]),
+                     Length(triangle[0] - triangle[2])});
+}
 
 /// A point on a triangle, as barycentric coordinates that add up to 1; `t` is the ray parameter or
 /// the squared distance.

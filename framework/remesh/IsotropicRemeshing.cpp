@@ -21,10 +21,6 @@ constexpr int lengthPasses = 8;
 constexpr int adjustingPasses = 24;
 /// Lengths change by this factor per pass if edges are only split or only collapsed.
 constexpr float lengthStep = 0.85f;
-/// The area of a triangle of a remeshed surface, as a fraction of that of an equilateral triangle
-/// with the target length.
-constexpr double relativeArea = 1.04;
-constexpr double areaOfUnitLength = relativeArea * 0.43301270189;
 constexpr uint64_t maxFaces = 1u << 30;
 
 std::string TextOf(float number) {
@@ -39,6 +35,10 @@ uint64_t BytesFor(uint64_t triangles) {
         3 * 16 + 4 + 4 * sizeof(uint32_t) + LevelForecast::bytesPerFace;
     constexpr uint64_t perVertex = 28 + 3 * sizeof(float) + LevelForecast::bytesPerVertex;
     return triangles * perTriangle + triangles / 2 * perVertex;
+}
+
+uint64_t TriangleCountOf(const LevelMesh& level) {
+    return uint64_t{level.faceCount} * (level.CornersPerFace() - 2);
 }
 
 void Check(const IsotropicRemeshing& settings) {
@@ -145,6 +145,58 @@ void Report(const EditableMesh& mesh, const IsotropicRemeshing& settings, NewSur
                                    "are kept");
 }
 
+/// Edits compare products of two areas. At these limits, in mesh-local units, such products neither
+/// overflow nor vanish in single precision.
+constexpr float maxCoordinate = 1e9f;
+constexpr float minLocalLength = 1e-9f;
+
+void CheckRange(SourceSurface& source, float length) {
+    const LevelMesh& level = source.Level();
+    for (uint32_t v = 0; v < level.VertexCount(); ++v) {
+        const Vector p = level.Position(v);
+        for (const float coordinate : {p.x, p.y, p.z}) {
+            if (std::fabs(coordinate) <= maxCoordinate) continue;
+            throw HostError("vertex " + std::to_string(v) + " has the coordinate " +
+                            TextOf(coordinate) + ", but only coordinates up to " +
+                            TextOf(maxCoordinate) + " can be remeshed");
+        }
+    }
+    if (source.LocalLength(length) < minLocalLength)
+        throw HostError("the edge length " + TextOf(length) + " is below " +
+                        TextOf(minLocalLength) + " in the units of the mesh, and too short");
+}
+
+/// Checks that the largest number of triangles, during or after the remeshing, is possible.
+void CheckSize(SourceSurface& source,
+               const RemeshEstimate& estimate,
+               const IsotropicRemeshing& settings,
+               float length) {
+    const uint64_t old = TriangleCountOf(source.Level());
+    uint64_t made = 0;
+    uint64_t most = old;
+    if (settings.mode != RemeshMode::Coarsen) {
+        made = estimate.FacesFor(length);
+        most = std::max({old, made, FacesWhileSplitting(source, length)});
+    }
+    if (settings.mode == RemeshMode::Refine && settings.faces)
+        made = most = std::max<uint64_t>(old, *settings.faces);
+    const std::string limit = "more than " + std::to_string(maxFaces) + " triangles";
+    if (made > maxFaces)
+        throw HostError("the edge length " + TextOf(length) + " would give " + limit);
+    if (most > maxFaces)
+        throw HostError("the edge length " + TextOf(length) + " would give " + limit +
+                        " while the long, thin triangles of the mesh are split");
+    const std::string counted = "remeshing to about " + std::to_string(made) + " triangles";
+    if (settings.mode == RemeshMode::Coarsen)
+        CheckFreeMemory("remeshing " + std::to_string(old) + " triangles", BytesFor(most));
+    else if (most > 2 * std::max(made, old))
+        CheckFreeMemory(counted + ", with up to " + std::to_string(most) +
+                            " while the long, thin triangles of the mesh are split,",
+                        BytesFor(most));
+    else
+        CheckFreeMemory(counted, BytesFor(most));
+}
+
 NewSurface MakeRemeshed(SourceSurface& source,
                         const IsotropicRemeshing& settings,
                         JobControl* job) {
@@ -155,13 +207,8 @@ NewSurface MakeRemeshed(SourceSurface& source,
                                                : "the surface has no area");
     const float length =
         settings.edgeLength ? *settings.edgeLength : estimate.LengthFor(*settings.faces);
-    const uint64_t faces = estimate.FacesFor(length);
-    if (faces > maxFaces) {
-        throw HostError("the edge length " + TextOf(length) + " would give more than " +
-                        std::to_string(maxFaces) + " triangles");
-    }
-    CheckFreeMemory("remeshing to about " + std::to_string(faces) + " triangles",
-                    BytesFor(std::max<uint64_t>(faces, source.Level().faceCount * 2ull)));
+    CheckRange(source, length);
+    CheckSize(source, estimate, settings, length);
     EditableMesh mesh(PolygonsOf(source, settings.keepsUvs, job), job);
     const SurfaceParts parts = MarkFeatures(mesh, source, settings.kept, job);
     // Builds the search tree in its own phase.
@@ -179,38 +226,6 @@ NewSurface MakeRemeshed(SourceSurface& source,
 }
 
 }  // namespace
-
-uint64_t RemeshEstimate::FacesFor(float edgeLength) const {
-    const double length = static_cast<double>(edgeLength);
-    const double count = freeArea / (areaOfUnitLength * length * length);
-    return keptFaces + static_cast<uint64_t>(std::min(count, 1e18));
-}
-
-float RemeshEstimate::LengthFor(uint64_t faces) const {
-    const uint64_t changed = std::max<uint64_t>(faces > keptFaces ? faces - keptFaces : 0, 4);
-    return static_cast<float>(
-        std::sqrt(freeArea / (areaOfUnitLength * static_cast<double>(changed))));
-}
-
-RemeshEstimate EstimateRemesh(SourceSurface& source) {
-    const LevelMesh& level = source.Level();
-    const std::vector<uint32_t> triangles = TrianglesOf(level);
-    RemeshEstimate estimate;
-    for (std::size_t i = 0; i < triangles.size(); i += 3) {
-        const uint32_t* v = &triangles[i];
-        if (std::all_of(
-                v, v + 3, [&](uint32_t at) { return level.Freeze(at) >= keptMaskAmount; })) {
-            ++estimate.keptFaces;
-            continue;
-        }
-        const Vector a = level.Position(v[0]);
-        const Vector normal = (level.Position(v[1]) - a) & (level.Position(v[2]) - a);
-        estimate.freeArea += 0.5 * static_cast<double>(normal.Length());
-    }
-    const double scale = 1.0 / static_cast<double>(source.LocalLength(1.0f));
-    estimate.freeArea *= scale * scale;
-    return estimate;
-}
 
 SurfaceOperation Remesh(const IsotropicRemeshing& settings) {
     return {"Remesh", [settings](SourceSurface& source, JobControl* job) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/remesh/RemeshEstimate.h"
 #include "framework/remesh/SurfaceReplacement.h"
 
 #include <optional>
@@ -39,23 +40,6 @@ struct IsotropicRemeshing {
     /// Keeps UVs and their seams. Otherwise, the new mesh has no UVs.
     bool keepsUvs = true;
 };
-
-/// Predicts the result of a remeshing with RemeshMode::Both. The predictions are within about 20 %
-/// if most of the surface is free; the other modes depend on the lengths of the existing edges.
-struct TROVIK_API RemeshEstimate {
-    /// Area of the surface without the masked triangles, which are kept. Both areas and lengths are
-    /// in world units; see SourceSurface::LocalLength for scales that differ between the axes.
-    double freeArea = 0.0;
-    uint64_t keptFaces = 0;
-
-    /// The number of triangles for a target edge length, including the masked ones.
-    uint64_t FacesFor(float edgeLength) const;
-    /// The target edge length for a number of triangles.
-    float LengthFor(uint64_t faces) const;
-};
-
-/// Cost: O(faces).
-TROVIK_API RemeshEstimate EstimateRemesh(SourceSurface& source);
 
 /// Replaces the mesh by triangles with edges of about the same length and angles near 60 degrees,
 /// after Botsch, Kobbelt: "A Remeshing Approach to Multiresolution Modeling" (2004): long edges are

@@ -152,8 +152,9 @@ TEST(IsotropicRemeshing, CoarseningAddsNoVertices) {
               vertices);
     const Shape shape = ShapeOf(*document.Geometry().Bound());
     EXPECT_GE(shape.FractionBetween(0.6f, 10.0f, 0.12f), 0.95);
+    const uint32_t coarse = document.Geometry().Bound()->VertexCount();
     EXPECT_EQ(Remeshed(document, {.edgeLength = 0.01f, .mode = RemeshMode::Coarsen}).VertexCount(),
-              document.Geometry().Bound()->VertexCount());
+              coarse);
 }
 
 TEST(IsotropicRemeshing, LengthsAreInWorldUnits) {
@@ -413,16 +414,80 @@ TEST(IsotropicRemeshing, RandomSettingsGiveValidMeshes) {
     }
 }
 
+std::string RefusalOf(Document& document, const IsotropicRemeshing& settings) {
+    try {
+        document.ReplaceSurface(Remesh(settings));
+    } catch (const HostError& error) {
+        return error.what();
+    }
+    return "accepted";
+}
+
+PolygonMesh Scaled(PolygonMesh mesh, float x, float y, float z) {
+    for (auto& p : mesh.positions) p = {p[0] * x, p[1] * y, p[2] * z};
+    return mesh;
+}
+
+TEST(IsotropicRemeshing, PredictsTheFacesOfThinTriangles) {
+    // With RemeshMode::Refine, no edges are removed, so the result is as large as it ever gets.
+    for (const float height : {1.0f, 4.0f}) {
+        for (const unsigned sides : {12u, 100u}) {
+            SCOPED_TRACE(std::to_string(height) + " " + std::to_string(sides));
+            Document document("mesh", Scaled(OpenCylinder(sides, 1), 1.0f, 1.0f, height));
+            SourceSurface source(document.Geometry());
+            const auto predicted = static_cast<double>(FacesWhileSplitting(source, 0.1f));
+            const LevelMesh& level =
+                Remeshed(document, {.edgeLength = 0.1f, .mode = RemeshMode::Refine});
+            EXPECT_LE(level.faceCount, predicted * 1.4);
+            EXPECT_GE(level.faceCount, predicted * 0.6);
+        }
+    }
+}
+
+TEST(IsotropicRemeshing, RefusesThinTrianglesThatWouldNeedTooMuchMemory) {
+    Document document("mesh", Scaled(OpenCylinder(1000, 1), 1.0f, 1.0f, 100.0f));
+    SourceSurface source(document.Geometry());
+    EXPECT_LT(EstimateRemesh(source).FacesFor(0.1f), 200'000u);
+    EXPECT_GT(FacesWhileSplitting(source, 0.1f), 50'000'000u);
+    EXPECT_LT(EstimateRemesh(source).FacesFor(0.01f), 20'000'000u);
+    for (const RemeshMode mode : {RemeshMode::Both, RemeshMode::Refine})
+        EXPECT_THAT(RefusalOf(document, {.edgeLength = 0.01f, .mode = mode}),
+                    testing::HasSubstr("0.01 would give more than 1073741824 triangles while the "
+                                       "long, thin triangles of the mesh are split"));
+}
+
+TEST(IsotropicRemeshing, CoarsensRegardlessOfTheFacesThatSplittingWouldGive) {
+    Document document("mesh", SphereQuads(3));
+    const LevelMesh& level = Remeshed(document, {.edgeLength = 1e-6f, .mode = RemeshMode::Coarsen});
+    EXPECT_EQ(level.faceCount, 768u);
+}
+
+TEST(IsotropicRemeshing, RemeshesVeryLargeAndVerySmallMeshes) {
+    for (const float scale : {4e8f, 1e-7f}) {
+        Document document("mesh", Scaled(SphereQuads(4), scale, scale, scale));
+        SourceSurface source(document.Geometry());
+        const auto predicted = static_cast<double>(EstimateRemesh(source).FacesFor(0.1f * scale));
+        const LevelMesh& level = Remeshed(document, {.edgeLength = 0.1f * scale});
+        EXPECT_NEAR(level.faceCount / predicted, 1.0, 0.1);
+        EXPECT_GE(ShapeOf(level).FractionBetween(0.6f, 1.5f, 0.1f * scale), 0.99);
+    }
+    Document large("mesh", Scaled(SphereQuads(3), 1e15f, 1e15f, 1e15f));
+    SourceSurface source(large.Geometry());
+    EXPECT_NEAR(EstimateRemesh(source).freeArea / 12.4e30, 1.0, 0.05);
+    EXPECT_THAT(RefusalOf(large, {.faces = 1000}),
+                testing::HasSubstr("only coordinates up to 1e+09 can be remeshed"));
+    Document small("mesh", Scaled(SphereQuads(3), 1e-12f, 1e-12f, 1e-12f));
+    EXPECT_THAT(RefusalOf(small, {.faces = 1000}),
+                testing::HasSubstr("is below 1e-09 in the units of the mesh"));
+    EXPECT_EQ((RemeshEstimate{.freeArea = NAN}).FacesFor(1.0f),
+              uint64_t{1'000'000'000'000'000'000});
+}
+
 TEST(IsotropicRemeshing, RefusesImpossibleSettings) {
     Document document("mesh", SphereQuads(3));
     const std::string before = SceneOf(document);
-    const auto refusal = [&](const IsotropicRemeshing& settings) -> std::string {
-        try {
-            document.ReplaceSurface(Remesh(settings));
-        } catch (const HostError& error) {
-            return error.what();
-        }
-        return "accepted";
+    const auto refusal = [&](const IsotropicRemeshing& settings) {
+        return RefusalOf(document, settings);
     };
     EXPECT_THAT(refusal({}), testing::HasSubstr("either an edge length or a number of faces"));
     EXPECT_THAT(refusal({.edgeLength = 1.0f, .faces = 4}), testing::HasSubstr("either"));
