@@ -6,7 +6,6 @@
 #include "host/Vector.h"
 
 #include <array>
-#include <span>
 
 /// \file A triangle mesh whose connectivity can be edited locally. This folder contains the mesh
 /// and the operations on its edges and vertices. It is below the folders that decide where to apply
@@ -31,14 +30,18 @@ namespace trovik {
 /// - Each corner can have texture coordinates (UVs). Corners around a vertex refer to the same UV
 ///   unless a seam separates them. A UV belongs to one vertex.
 /// - Each face has a tag with a meaning that the caller defines; faces that are split keep it.
-/// - An edge can be a feature. Feature edges are not flipped, and their vertices can be removed
-/// only
+/// - An edge can be a feature. Feature edges are not flipped, and their vertices can only be
+/// removed
 ///   along the feature; see KindOf. Seams of the UVs are always features.
 ///
 /// Not thread-safe, except that const members may be called concurrently.
 class TROVIK_API EditableMesh {
 public:
     static constexpr uint32_t none = 0xffffffffu;
+    static constexpr uint32_t maxFaces = 1u << 30;
+    /// Memory for one element; a mesh also has pages that are not full.
+    static const std::size_t bytesPerFace;
+    static const std::size_t bytesPerVertex;
 
     /// Builds the connectivity. Faces with more than three corners are split into fans
     /// (FanStarts.h). The tag of each triangle is the number of its face in `mesh`, and `source` of
@@ -46,7 +49,8 @@ public:
     /// Vertices without faces are removed.
     /// \param mesh  a mesh that CheckPolygonMesh accepts.
     /// \throw HostError if the mesh is not an oriented manifold, if a face repeats a vertex, or if
-    /// it has more than 2^30 triangles; Cancelled. Cost: O(corners).
+    /// it has more than `maxFaces` triangles; Cancelled. Cost: O(corners), plus the sum of the
+    /// squared valences.
     explicit EditableMesh(const PolygonMesh& mesh, JobControl* job = nullptr);
 
     /// Numbers of elements, without removed ones.
@@ -153,7 +157,7 @@ public:
     /// Splits an edge by a new vertex, and its faces into two each. The new vertex is not fixed and
     /// has no source; UVs are interpolated. \param t  position of the new vertex between From (0)
     /// and To (1), for the UVs. \return the new vertex. The half-edge then ends at it. \throw
-    /// HostError if there would be more than 2^30 triangles; the mesh is then unchanged.
+    /// HostError if there would be more than `maxFaces` triangles; the mesh is then unchanged.
     /// std::bad_alloc; the mesh must then not be used any more.
     uint32_t SplitEdge(uint32_t halfEdge, const Vector& position, float t = 0.5f);
 
@@ -188,8 +192,6 @@ public:
     std::string FindFault() const;
 
 private:
-    static constexpr uint32_t maxFaces = 1u << 30;
-
     struct Corner {
         uint32_t vertex = none;
         uint32_t twin = none;
@@ -248,5 +250,8 @@ private:
     uint32_t freeVertexCount = 0;
     bool hasUvs = false;
 };
+
+inline constexpr std::size_t EditableMesh::bytesPerFace = sizeof(Face);
+inline constexpr std::size_t EditableMesh::bytesPerVertex = sizeof(EditableVertex);
 
 }  // namespace trovik

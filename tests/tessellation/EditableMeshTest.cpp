@@ -263,6 +263,19 @@ TEST(EditableMesh, UvsFollowEditsOnBothSidesOfASeam) {
     }
 }
 
+TEST(EditableMesh, FindsSeamsThatAreNotFeatures) {
+    PolygonMesh grid = GridMesh(4, 4);
+    for (auto& p : grid.positions) p[0] -= 2.0f;
+    AddUvs(grid, 10.0f);
+    EditableMesh mesh(grid);
+    EXPECT_EQ(mesh.FindFault(), "");
+    uint32_t seam = 0;
+    while (!mesh.IsFeature(seam)) ++seam;
+    mesh.SetFeature(seam, false);
+    EXPECT_EQ(mesh.FindFault(),
+              "half-edge " + std::to_string(seam) + " is a seam, but not a feature");
+}
+
 TEST(EditableMesh, RandomEditsKeepAnOrientedManifold) {
     for (const ZooMesh& zoo : AllMeshes()) {
         SCOPED_TRACE(zoo.name);
