@@ -48,13 +48,13 @@ void RunPass(EditableMesh& mesh,
              JobPhase& phase) {
     if (limits.splits) {
         Sweep(mesh, maxSplitSweeps, phase, [&](uint32_t h) {
-            return mesh.FaceCount() < limits.mostFaces && SplitLongEdge(mesh, h, lengths) != none;
+            return mesh.FaceCount() < limits.maxFaces && SplitLongEdge(mesh, h, lengths) != none;
         });
     }
     phase.Add();
     if (limits.collapses) {
         Sweep(mesh, maxCollapseSweeps, phase, [&](uint32_t h) {
-            return mesh.FaceCount() > limits.leastFaces && CollapseShortEdge(mesh, h, lengths);
+            return mesh.FaceCount() > limits.minFaces && CollapseShortEdge(mesh, h, lengths);
         });
     }
     phase.Add();

@@ -13,8 +13,8 @@ struct PassLimits {
     /// Moves new vertices only, and flips only edges of faces with new vertices.
     bool keepsOldVertices = false;
     /// Splitting stops at this number of faces, and collapsing at that one.
-    uint32_t mostFaces = 0xffffffffu;
-    uint32_t leastFaces = 0;
+    uint32_t maxFaces = 0xffffffffu;
+    uint32_t minFaces = 0;
 };
 
 /// Number of steps by which RunPass advances a phase.

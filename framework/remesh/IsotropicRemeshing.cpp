@@ -19,9 +19,11 @@ namespace {
 constexpr int lengthPasses = 8;
 /// Passes that adjust the length to reach a number of faces.
 constexpr int adjustingPasses = 24;
+/// Passes that only flip edges and relax vertices.
+constexpr int finalPasses = 3;
 /// Lengths change by this factor per pass if edges are only split or only collapsed.
 constexpr float lengthStep = 0.85f;
-constexpr uint64_t maxFaces = 1u << 30;
+constexpr uint64_t maxFaces = EditableMesh::maxFaces;
 
 std::string TextOf(float number) {
     char text[32];
@@ -32,8 +34,9 @@ std::string TextOf(float number) {
 /// level.
 uint64_t BytesFor(uint64_t triangles) {
     constexpr uint64_t perTriangle =
-        3 * 16 + 4 + 4 * sizeof(uint32_t) + LevelForecast::bytesPerFace;
-    constexpr uint64_t perVertex = 28 + 3 * sizeof(float) + LevelForecast::bytesPerVertex;
+        EditableMesh::bytesPerFace + 4 * sizeof(uint32_t) + LevelForecast::bytesPerFace;
+    constexpr uint64_t perVertex =
+        EditableMesh::bytesPerVertex + 3 * sizeof(float) + LevelForecast::bytesPerVertex;
     return triangles * perTriangle + triangles / 2 * perVertex;
 }
 
@@ -46,9 +49,14 @@ void Check(const IsotropicRemeshing& settings) {
         throw HostError("remeshing needs either an edge length or a number of faces");
     if (settings.edgeLength &&
         !(*settings.edgeLength > 0.0f && std::isfinite(*settings.edgeLength)))
-        throw HostError("the edge length must be above 0, not " + TextOf(*settings.edgeLength));
-    if (settings.faces && *settings.faces == 0)
-        throw HostError("the number of faces must be above 0");
+        throw HostError("the edge length must be above 0 and finite, not " +
+                        TextOf(*settings.edgeLength));
+    if (settings.faces && (*settings.faces == 0 || *settings.faces > maxFaces))
+        throw HostError("the number of faces must be between 1 and " + std::to_string(maxFaces) +
+                        ", not " + std::to_string(*settings.faces));
+    if (!(settings.kept.creaseAngle >= 0.0f && settings.kept.creaseAngle <= 180.0f))
+        throw HostError("the crease angle must be between 0 and 180 degrees, not " +
+                        TextOf(settings.kept.creaseAngle));
 }
 
 /// The polygons of the source, with UVs as their only attributes.
@@ -78,13 +86,18 @@ public:
     }
 
     void Run(float length, JobControl* job) {
-        JobPhase phase(job, "Remeshing", (lengthPasses + adjustingPasses) * stepsOfPass);
-        if (settings.faces && settings.mode != RemeshMode::Both)
+        const bool approaches = settings.faces && settings.mode != RemeshMode::Both;
+        const int passes = approaches       ? adjustingPasses + finalPasses
+                           : settings.faces ? lengthPasses + adjustingPasses
+                                            : lengthPasses;
+        JobPhase phase(job, "Remeshing", static_cast<uint64_t>(passes) * stepsOfPass);
+        if (approaches)
             ApproachFaces(length, phase);
         else
             RunAt(length, lengthPasses, phase);
-        if (settings.faces && settings.mode == RemeshMode::Both) AdjustFaces(length, phase);
-        phase.Reach((lengthPasses + adjustingPasses) * stepsOfPass);
+        if (settings.faces && !approaches) AdjustFaces(length, phase);
+        // Adjusting often ends early.
+        phase.Reach(static_cast<uint64_t>(passes) * stepsOfPass);
         phase.Finish();
     }
 
@@ -104,7 +117,7 @@ private:
             const double ratio = std::max(count - kept, 1.0) / std::max(wanted - kept, 4.0);
             length *= static_cast<float>(std::clamp(std::sqrt(ratio), 0.5, 2.0));
             // The last edges are split or collapsed one by one.
-            (count < wanted ? limits.mostFaces : limits.leastFaces) = *settings.faces;
+            (count < wanted ? limits.maxFaces : limits.minFaces) = *settings.faces;
             RunAt(length, 1, phase);
         }
     }
@@ -114,7 +127,7 @@ private:
     void ApproachFaces(float length, JobPhase& phase) {
         const bool refines = settings.mode == RemeshMode::Refine;
         const float step = refines ? lengthStep : 1.0f / lengthStep;
-        (refines ? limits.mostFaces : limits.leastFaces) = *settings.faces;
+        (refines ? limits.maxFaces : limits.minFaces) = *settings.faces;
         const auto isReached = [&] {
             return refines ? mesh.FaceCount() >= *settings.faces
                            : mesh.FaceCount() <= *settings.faces;
@@ -122,7 +135,7 @@ private:
         for (int pass = -4; pass < adjustingPasses - 4 && !isReached(); ++pass)
             RunAt(length * std::pow(step, static_cast<float>(pass)), 1, phase);
         limits.splits = limits.collapses = false;
-        RunAt(length, 3, phase);
+        RunAt(length, finalPasses, phase);
     }
 
     EditableMesh& mesh;

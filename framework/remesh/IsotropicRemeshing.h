@@ -23,9 +23,9 @@ struct KeptFeatures {
 enum class RemeshMode {
     /// Splits long edges and removes short ones.
     Both,
-    /// Only splits long edges. Existing vertices are not moved.
+    /// Splits long edges. Existing vertices are not moved.
     Refine,
-    /// Only removes short edges.
+    /// Removes short edges, flips edges and relaxes vertices, but adds no vertices.
     Coarsen
 };
 
@@ -46,9 +46,10 @@ struct IsotropicRemeshing {
 /// split, short edges are collapsed, edges are flipped, and vertices are relaxed in the tangent
 /// plane and projected onto the old surface. Quads are split into triangles first.
 ///
-/// - UV seams, borders of groups, open borders and creases remain where they are: their vertices
-/// are
-///   old vertices or points on their edges. Edges across them are not collapsed.
+/// - The vertices of UV seams, borders of groups, open borders and creases stay on the old ones:
+/// they
+///   are old vertices or points on the old edges. Edges across them are not collapsed. If edges
+///   become longer, these curves become polygons of the remaining vertices.
 /// - Vertices that are masked by at least half, and edges between them, are kept.
 /// - Results are deterministic, but not symmetric, even if the surface is.
 ///

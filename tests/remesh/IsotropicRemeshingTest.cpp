@@ -491,7 +491,14 @@ TEST(IsotropicRemeshing, RefusesImpossibleSettings) {
     };
     EXPECT_THAT(refusal({}), testing::HasSubstr("either an edge length or a number of faces"));
     EXPECT_THAT(refusal({.edgeLength = 1.0f, .faces = 4}), testing::HasSubstr("either"));
-    EXPECT_THAT(refusal({.edgeLength = -1.0f}), testing::HasSubstr("above 0, not -1"));
+    EXPECT_THAT(refusal({.edgeLength = -1.0f}), testing::HasSubstr("above 0 and finite, not -1"));
+    EXPECT_THAT(refusal({.edgeLength = INFINITY}), testing::HasSubstr("finite, not inf"));
+    EXPECT_THAT(refusal({.faces = 0}), testing::HasSubstr("between 1 and 1073741824, not 0"));
+    EXPECT_THAT(refusal({.faces = 2'000'000'000}),
+                testing::HasSubstr("between 1 and 1073741824, not 2000000000"));
+    for (const float angle : {-1.0f, 181.0f, NAN})
+        EXPECT_THAT(refusal({.edgeLength = 1.0f, .kept = {.creaseAngle = angle}}),
+                    testing::HasSubstr("the crease angle must be between 0 and 180 degrees"));
     EXPECT_THAT(refusal({.edgeLength = 1e-6f}),
                 testing::HasSubstr("1e-06 would give more than 1073741824 triangles"));
     document.Freeze(std::vector<uint8_t>(document.Geometry().Bound()->VertexCount(), 127),
