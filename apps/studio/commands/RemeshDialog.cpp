@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QLocale>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QSpinBox>
 
 #include <algorithm>
@@ -27,7 +28,7 @@ RemeshDialog::RemeshDialog(Engine& given, const DocumentState& state, QWidget* p
     : FormDialog(tr("Remesh"), tr("Remesh"), parent), engine(given) {
     AddReplacementNote(*this, state);
     target = AddChoice(tr("Target"),
-                       tr("Whether the result has a number of triangles or a length of edges"),
+                       tr("Whether to set the number of triangles or the edge length"),
                        {{tr("Number of triangles"), "faces"}, {tr("Edge length"), "length"}});
     const auto current = static_cast<int>(std::clamp<uint64_t>(FacesOf(state), 4, maxFaces));
     faces = AddWhole(tr("Triangles"),
@@ -40,7 +41,7 @@ RemeshDialog::RemeshDialog(Engine& given, const DocumentState& state, QWidget* p
     length->setStepType(QAbstractSpinBox::AdaptiveDecimalStepType);
     forecast = AddText(tr("Result"));
     mode = AddChoice(tr("Change"),
-                     tr("Refining keeps all vertices; coarsening adds none"),
+                     tr("Refining keeps all vertices where they are; coarsening adds none"),
                      {{tr("Refine and coarsen"), "both"},
                       {tr("Refine only"), "refine"},
                       {tr("Coarsen only"), "coarsen"}});
@@ -61,7 +62,10 @@ RemeshDialog::RemeshDialog(Engine& given, const DocumentState& state, QWidget* p
     connect(target, &QComboBox::currentIndexChanged, this, &RemeshDialog::ShowForecast);
     connect(mode, &QComboBox::currentIndexChanged, this, &RemeshDialog::ShowForecast);
     connect(faces, &QSpinBox::valueChanged, this, &RemeshDialog::ShowForecast);
-    connect(length, &QDoubleSpinBox::valueChanged, this, &RemeshDialog::ShowForecast);
+    connect(length, &QDoubleSpinBox::valueChanged, this, [this] {
+        isLengthChosen = true;
+        ShowForecast();
+    });
     connect(creases, &QCheckBox::toggled, this, &RemeshDialog::ShowForecast);
     ShowForecast();
     Measure();
@@ -82,11 +86,16 @@ void RemeshDialog::Measure() {
         cancel,
         [](const QImage&) {},
         [this, measured](const QString& error) {
-            if (!error.isEmpty()) return;
-            estimate = *measured;
-            // The length that keeps the number of triangles.
-            length->setValue(
-                static_cast<double>(estimate->LengthFor(static_cast<uint64_t>(faces->value()))));
+            if (error.isEmpty())
+                estimate = *measured;
+            else
+                problem = error;
+            if (estimate && !isLengthChosen) {
+                // The length that keeps the number of triangles.
+                const QSignalBlocker isNotChosen(length);
+                length->setValue(static_cast<double>(
+                    estimate->LengthFor(static_cast<uint64_t>(faces->value()))));
+            }
             ShowForecast();
         });
 }
@@ -96,22 +105,23 @@ void RemeshDialog::ShowForecast() {
     ShowRow(length, IsByLength());
     ShowRow(angle, creases->isChecked());
     if (!estimate) {
-        forecast->setText(tr("Measuring the surface…"));
+        forecast->setText(problem.isEmpty() ? tr("Measuring the surface…") : problem);
         return;
     }
+    const bool coarsens = mode->currentData() == "coarsen";
     const auto wanted = static_cast<uint64_t>(faces->value());
     const uint64_t count =
         IsByLength() ? estimate->FacesFor(static_cast<float>(length->value())) : wanted;
     if (IsByLength()) {
-        const QString text = mode->currentData() == "refine"    ? tr("at least %1 triangles")
-                             : mode->currentData() == "coarsen" ? tr("at most %1 triangles")
-                                                                : tr("about %1 triangles");
+        const QString text = mode->currentData() == "refine" ? tr("about %1 triangles or more")
+                             : coarsens                      ? tr("about %1 triangles or fewer")
+                                                             : tr("about %1 triangles");
         forecast->setText(text.arg(CountText(count)));
     } else {
         const auto edges = static_cast<double>(estimate->LengthFor(wanted));
         forecast->setText(tr("edges of about %1").arg(QLocale().toString(edges, 'g', 3)));
     }
-    GoButton()->setEnabled(count <= static_cast<uint64_t>(maxFaces));
+    GoButton()->setEnabled(coarsens || count <= static_cast<uint64_t>(maxFaces));
     GoButton()->setToolTip(GoButton()->isEnabled()
                                ? windowTitle()
                                : tr("At most %1 triangles").arg(CountText(maxFaces)));

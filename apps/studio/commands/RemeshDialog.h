@@ -39,6 +39,10 @@ private:
     QDoubleSpinBox* angle;
     /// Empty until the surface has been measured.
     std::optional<RemeshEstimate> estimate;
+    /// Why the surface could not be measured; empty otherwise.
+    QString problem;
+    /// Whether the user has changed the edge length.
+    bool isLengthChosen = false;
     CancelFlag cancel = std::make_shared<std::atomic<bool>>(false);
 };
 

@@ -40,10 +40,24 @@ TEST_F(RemeshDialogTest, PredictsTheResult) {
     EXPECT_TRUE(dialog.ForecastText().startsWith("about 6,1"))
         << dialog.ForecastText().toStdString();
     Named<QComboBox>(dialog, "Change")->setCurrentIndex(1);
-    EXPECT_TRUE(dialog.ForecastText().startsWith("at least 6,1"));
+    EXPECT_TRUE(dialog.ForecastText().startsWith("about 6,1"));
+    EXPECT_TRUE(dialog.ForecastText().endsWith("triangles or more"));
     length->setValue(1e-6);
     EXPECT_FALSE(dialog.GoButton()->isEnabled());
     EXPECT_TRUE(dialog.GoButton()->toolTip().startsWith("At most 100"));
+    Named<QComboBox>(dialog, "Change")->setCurrentIndex(2);
+    EXPECT_TRUE(dialog.ForecastText().endsWith("triangles or fewer"));
+    EXPECT_TRUE(dialog.GoButton()->isEnabled()) << "coarsening adds no triangles";
+}
+
+TEST_F(RemeshDialogTest, KeepsALengthThatIsEnteredBeforeTheMeasurementEnds) {
+    OpenSphere(1);
+    RemeshDialog dialog(engine, State(), window.get());
+    Named<QComboBox>(dialog, "Target")->setCurrentIndex(1);
+    Named<QDoubleSpinBox>(dialog, "Edge length")->setValue(0.25);
+    EXPECT_EQ(dialog.ForecastText(), "Measuring the surface…");
+    ASSERT_TRUE(WaitFor([&] { return dialog.ForecastText().startsWith("about"); }));
+    EXPECT_EQ(Named<QDoubleSpinBox>(dialog, "Edge length")->value(), 0.25);
 }
 
 TEST_F(RemeshDialogTest, OptionsAreTheFieldsOfTheStep) {
