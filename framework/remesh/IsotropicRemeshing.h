@@ -46,8 +46,7 @@ struct IsotropicRemeshing {
 /// split, short edges are collapsed, edges are flipped, and vertices are relaxed in the tangent
 /// plane and projected onto the old surface. Quads are split into triangles first.
 ///
-/// - The vertices of UV seams, borders of groups, open borders and creases stay on the old ones:
-/// they
+/// - The vertices of UV seams, borders of groups, open borders and creases stay on these: they
 ///   are old vertices or points on the old edges. Edges across them are not collapsed. If edges
 ///   become longer, these curves become polygons of the remaining vertices.
 /// - Vertices that are masked by at least half, and edges between them, are kept.

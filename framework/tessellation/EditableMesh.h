@@ -30,9 +30,8 @@ namespace trovik {
 /// - Each corner can have texture coordinates (UVs). Corners around a vertex refer to the same UV
 ///   unless a seam separates them. A UV belongs to one vertex.
 /// - Each face has a tag with a meaning that the caller defines; faces that are split keep it.
-/// - An edge can be a feature. Feature edges are not flipped, and their vertices can only be
-/// removed
-///   along the feature; see KindOf. Seams of the UVs are always features.
+/// - An edge can be a feature. Feature edges are not flipped, and their vertices can be removed
+///   only along the feature; see KindOf. Seams of the UVs are always features.
 ///
 /// Not thread-safe, except that const members may be called concurrently.
 class TROVIK_API EditableMesh {
