@@ -186,28 +186,28 @@ void CheckSize(SourceSurface& source,
                float length) {
     const uint64_t old = TriangleCountOf(source.Level());
     uint64_t made = 0;
-    uint64_t most = old;
+    uint64_t peak = old;
     if (settings.mode != RemeshMode::Coarsen) {
         made = estimate.FacesFor(length);
-        most = std::max({old, made, FacesWhileSplitting(source, length)});
+        peak = std::max({old, made, FacesWhileSplitting(source, length)});
     }
     if (settings.mode == RemeshMode::Refine && settings.faces)
-        made = most = std::max<uint64_t>(old, *settings.faces);
+        made = peak = std::max<uint64_t>(old, *settings.faces);
     const std::string limit = "more than " + std::to_string(maxFaces) + " triangles";
     if (made > maxFaces)
         throw HostError("the edge length " + TextOf(length) + " would give " + limit);
-    if (most > maxFaces)
+    if (peak > maxFaces)
         throw HostError("the edge length " + TextOf(length) + " would give " + limit +
                         " while the long, thin triangles of the mesh are split");
     const std::string counted = "remeshing to about " + std::to_string(made) + " triangles";
     if (settings.mode == RemeshMode::Coarsen)
-        CheckFreeMemory("remeshing " + std::to_string(old) + " triangles", BytesFor(most));
-    else if (most > 2 * std::max(made, old))
-        CheckFreeMemory(counted + ", with up to " + std::to_string(most) +
+        CheckFreeMemory("remeshing " + std::to_string(old) + " triangles", BytesFor(peak));
+    else if (peak > 2 * std::max(made, old))
+        CheckFreeMemory(counted + ", with up to " + std::to_string(peak) +
                             " while the long, thin triangles of the mesh are split,",
-                        BytesFor(most));
+                        BytesFor(peak));
     else
-        CheckFreeMemory(counted, BytesFor(most));
+        CheckFreeMemory(counted, BytesFor(peak));
 }
 
 NewSurface MakeRemeshed(SourceSurface& source,

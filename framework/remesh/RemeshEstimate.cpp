@@ -35,8 +35,8 @@ void ForEachTriangle(SourceSurface& source, const Keep& keep, const Take& take) 
 
 /// Huge counts become 10^18, which is more than any limit.
 uint64_t WholeCount(double count) {
-    constexpr double most = 1e18;
-    return count < most ? static_cast<uint64_t>(count) : static_cast<uint64_t>(most);
+    constexpr double limit = 1e18;
+    return count < limit ? static_cast<uint64_t>(count) : static_cast<uint64_t>(limit);
 }
 
 /// The number of parts into which a triangle is split at its longest edges.

@@ -12,15 +12,15 @@ namespace {
 /// Statistics of a triangle mesh.
 struct Shape {
     std::vector<float> lengths;
-    float leastAngle = 180.0f;
-    float meanLeastAngle = 0.0f;
+    float minAngle = 180.0f;
+    float meanMinAngle = 0.0f;
     std::size_t degenerateFaces = 0;
 
     /// The fraction of edges whose length is between these multiples of `target`.
-    double FractionBetween(float least, float most, float target) const {
+    double FractionBetween(float min, float max, float target) const {
         std::size_t count = 0;
         for (const float length : lengths)
-            if (length >= least * target && length <= most * target) ++count;
+            if (length >= min * target && length <= max * target) ++count;
         return static_cast<double>(count) / static_cast<double>(lengths.size());
     }
 };
@@ -46,10 +46,10 @@ Shape ShapeOf(const LevelMesh& level, const Counts& counts) {
             if (edges.insert(std::minmax(v[k], v[(k + 1) % 3])).second)
                 shape.lengths.push_back((p[(k + 1) % 3] - p[k]).Length());
         }
-        shape.leastAngle = std::min(shape.leastAngle, least);
-        shape.meanLeastAngle += least;
+        shape.minAngle = std::min(shape.minAngle, least);
+        shape.meanMinAngle += least;
     }
-    shape.meanLeastAngle /= static_cast<float>(counted);
+    shape.meanMinAngle /= static_cast<float>(counted);
     return shape;
 }
 Shape ShapeOf(const LevelMesh& level) {
@@ -98,8 +98,8 @@ TEST(IsotropicRemeshing, EdgesHaveTheTargetLength) {
             const Shape shape = ShapeOf(level);
             EXPECT_GE(shape.FractionBetween(0.6f, 1.5f, length), 0.99);
             EXPECT_EQ(shape.degenerateFaces, 0u);
-            EXPECT_GT(shape.leastAngle, 25.0f);
-            EXPECT_GT(shape.meanLeastAngle, 50.0f);
+            EXPECT_GT(shape.minAngle, 25.0f);
+            EXPECT_GT(shape.meanMinAngle, 50.0f);
             EXPECT_LT(HausdorffDistance(document, each.zoo.mesh), length);
             EXPECT_NEAR(VolumeOf(level) / volume, 1.0, 0.02);
             EXPECT_NEAR(level.faceCount / predicted, 1.0, 0.1);
