@@ -43,7 +43,8 @@ public:
 private:
     static constexpr int32_t width = side + 1;
     static constexpr std::size_t Index(int32_t x, int32_t y, int32_t z) {
-        return static_cast<std::size_t>((x * width + y) * width + z);
+        const int32_t index = (x * width + y) * width + z;
+        return static_cast<std::size_t>(index);
     }
     static constexpr std::size_t slab = width * width;
     static constexpr std::array<std::size_t, 8> cornerOffset = {
