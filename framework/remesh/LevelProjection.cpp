@@ -45,6 +45,7 @@ std::vector<NearestPoint> NearestAlong(SourceSurface& surface,
                                        JobControl* job) {
     std::vector<NearestPoint> nearest = surface.FirstHits(points, directions, reach, job);
     std::vector<Vector> opposite;
+    opposite.reserve(directions.size());
     for (const Vector& direction : directions) opposite.push_back(direction * -1.0f);
     const std::vector<NearestPoint> others = surface.FirstHits(points, opposite, reach, job);
     for (std::size_t i = 0; i < points.size(); ++i)

@@ -180,7 +180,7 @@ std::set<std::string> SettingsOfSchema() {
             continue;
         }
         for (const auto& [field, ignored] : inner->at("properties").items())
-            if (field != "comment") names.insert(name + "." + field);
+            if (field != "comment") names.insert(std::string(name).append(".").append(field));
     }
     return names;
 }
