@@ -74,6 +74,7 @@ TEST_F(Projections, MovesAllVerticesOntoTheSurfaceAsOneStep) {
 TEST_F(Projections, RespectTheMask) {
     const std::vector<Vector> before = PositionsOf(Level());
     std::vector<uint8_t> amounts;
+    amounts.reserve(before.size());
     for (const Vector& p : before) amounts.push_back(p.x > 0.0f ? 127 : p.x > -0.3f ? 64 : 0);
     document.Freeze(amounts, FreezeMode::Replace);
     document.Project({path, 0.5f});
