@@ -18,24 +18,17 @@
 
 namespace trovik::studio {
 
-namespace {
-
-constexpr int maxFaces = 100'000'000;
-
-}  // namespace
-
 RemeshDialog::RemeshDialog(Engine& given, const DocumentState& state, QWidget* parent)
     : FormDialog(tr("Remesh"), tr("Remesh"), parent), engine(given) {
     AddReplacementNote(*this, state);
     target = AddChoice(tr("Target"),
                        tr("Whether to set the number of triangles or the edge length"),
                        {{tr("Number of triangles"), "faces"}, {tr("Edge length"), "length"}});
-    const auto current = static_cast<int>(std::clamp<uint64_t>(FacesOf(state), 4, maxFaces));
     faces = AddWhole(tr("Triangles"),
                      tr("Number of triangles. A quad is two triangles; masked areas are kept"),
                      4,
-                     maxFaces,
-                     current);
+                     maxReplacementFaces,
+                     InitialFaces(state, 4));
     length = AddNumber(
         tr("Edge length"), tr("Length of the edges, in world units"), 1e-6, 1e6, 0.1, {6, 0.01});
     length->setStepType(QAbstractSpinBox::AdaptiveDecimalStepType);
@@ -121,10 +114,10 @@ void RemeshDialog::ShowForecast() {
         const auto edges = static_cast<double>(estimate->LengthFor(wanted));
         forecast->setText(tr("edges of about %1").arg(QLocale().toString(edges, 'g', 3)));
     }
-    GoButton()->setEnabled(coarsens || count <= static_cast<uint64_t>(maxFaces));
+    GoButton()->setEnabled(coarsens || count <= static_cast<uint64_t>(maxReplacementFaces));
     GoButton()->setToolTip(GoButton()->isEnabled()
                                ? windowTitle()
-                               : tr("At most %1 triangles").arg(CountText(maxFaces)));
+                               : tr("At most %1 triangles").arg(CountText(maxReplacementFaces)));
 }
 
 nlohmann::json RemeshDialog::Options() const {

@@ -6,6 +6,8 @@
 #include <QCoreApplication>
 #include <QLabel>
 
+#include <algorithm>
+
 namespace trovik::studio {
 
 namespace {
@@ -18,6 +20,11 @@ struct Text {
 
 uint64_t FacesOf(const DocumentState& state) {
     return state.levels.empty() ? 0 : state.levels[state.currentLevel].faces;
+}
+
+int InitialFaces(const DocumentState& state, int lowest) {
+    return static_cast<int>(
+        std::clamp<uint64_t>(FacesOf(state), static_cast<uint64_t>(lowest), maxReplacementFaces));
 }
 
 void AddReplacementNote(FormDialog& dialog, const DocumentState& state) {

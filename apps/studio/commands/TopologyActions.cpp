@@ -25,12 +25,6 @@ struct Text {
     Q_DECLARE_TR_FUNCTIONS(TopologyActions)
 };
 
-constexpr int maxFaces = 100'000'000;
-
-int WholeFrom(uint64_t count, int least) {
-    return static_cast<int>(std::clamp<uint64_t>(count, static_cast<uint64_t>(least), maxFaces));
-}
-
 void RunRemesh(const ActionContext& context) {
     RemeshDialog dialog(context.engine, context.State(), context.window);
     if (dialog.exec() == QDialog::Accepted)
@@ -45,8 +39,8 @@ void RunDecimate(const ActionContext& context) {
                                       Text::tr("Number of triangles to keep. A quad is two "
                                                "triangles; masked areas are kept"),
                                       4,
-                                      maxFaces,
-                                      WholeFrom(FacesOf(context.State()), 4));
+                                      maxReplacementFaces,
+                                      InitialFaces(context.State(), 4));
     QCheckBox* borders = dialog.AddCheck(
         Text::tr("Keep borders"), Text::tr("Keeps all vertices of open borders"), true);
     if (dialog.exec() != QDialog::Accepted) return;
@@ -113,8 +107,8 @@ void RunVoxelRemesh(const ActionContext& context) {
     QSpinBox* faces = dialog.AddWhole(Text::tr("Faces"),
                                       Text::tr("Number of faces of level 0, within 5 %"),
                                       6,
-                                      maxFaces,
-                                      WholeFrom(FacesOf(context.State()), 6));
+                                      maxReplacementFaces,
+                                      InitialFaces(context.State(), 6));
     const double hundredth = size * 0.01;
     QDoubleSpinBox* voxel = dialog.AddNumber(
         Text::tr("Voxel size"),
