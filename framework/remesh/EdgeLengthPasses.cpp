@@ -54,7 +54,8 @@ void RunPass(EditableMesh& mesh,
     phase.Add();
     if (limits.collapses) {
         Sweep(mesh, maxCollapseSweeps, phase, [&](uint32_t h) {
-            return mesh.FaceCount() > limits.minFaces && CollapseShortEdge(mesh, h, lengths);
+            return mesh.FaceCount() > limits.minFaces &&
+                   static_cast<bool>(CollapseShortEdge(mesh, h, lengths));
         });
     }
     phase.Add();

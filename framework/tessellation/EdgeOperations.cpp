@@ -118,21 +118,24 @@ bool IsSmoothCurve(const EditableMesh& mesh, uint32_t vertex) {
     }
 }
 
-bool Collapse(EditableMesh& mesh, uint32_t h, uint32_t removed, const EdgeLengths& lengths) {
+CollapsedEdge Collapse(EditableMesh& mesh,
+                       uint32_t h,
+                       uint32_t removed,
+                       const EdgeLengths& lengths) {
     const uint32_t other = removed == mesh.From(h) ? mesh.To(h) : mesh.From(h);
-    if (!mesh.CanCollapse(h, removed)) return false;
+    if (!mesh.CanCollapse(h, removed)) return {};
     const Kind kind = mesh.KindOf(removed);
-    if (kind == Kind::OnCurve && !IsSmoothCurve(mesh, removed)) return false;
+    if (kind == Kind::OnCurve && !IsSmoothCurve(mesh, removed)) return {};
     const bool isFree = kind == Kind::Free && mesh.KindOf(other) == Kind::Free;
     const Vector p =
         isFree ? (mesh.Position(removed) + mesh.Position(other)) * 0.5f : mesh.Position(other);
     if (!KeepsLengths(mesh, removed, p, lengths.longest) || !KeepsFaces(mesh, removed, other, p))
-        return false;
+        return {};
     if (isFree &&
         (!KeepsLengths(mesh, other, p, lengths.longest) || !KeepsFaces(mesh, other, removed, p)))
-        return false;
+        return {};
     mesh.CollapseEdge(h, removed, p, isFree ? 0.5f : 1.0f);
-    return true;
+    return {other, removed, isFree};
 }
 
 /// Whether no other edge of the faces at an edge is longer.
@@ -175,7 +178,7 @@ uint32_t SplitLongEdge(EditableMesh& mesh, uint32_t halfEdge, const EdgeLengths&
     const Vector a = mesh.Position(mesh.From(halfEdge));
     const Vector b = mesh.Position(mesh.To(halfEdge));
     const float squared = SquaredLength(b - a);
-    if (!(squared > lengths.longest * lengths.longest) || mesh.IsKeptEdge(halfEdge) ||
+    if (!(squared > lengths.longest * lengths.longest) || !mesh.CanSplit(halfEdge) ||
         !IsLongestOfItsFaces(mesh, halfEdge, squared))
         return none;
     const Vector middle = (a + b) * 0.5f;
@@ -184,12 +187,13 @@ uint32_t SplitLongEdge(EditableMesh& mesh, uint32_t halfEdge, const EdgeLengths&
     return mesh.SplitEdge(halfEdge, middle);
 }
 
-bool CollapseShortEdge(EditableMesh& mesh, uint32_t halfEdge, const EdgeLengths& lengths) {
+CollapsedEdge CollapseShortEdge(EditableMesh& mesh, uint32_t halfEdge, const EdgeLengths& lengths) {
     const uint32_t a = mesh.From(halfEdge);
     const uint32_t b = mesh.To(halfEdge);
     if (!(SquaredLength(mesh.Position(b) - mesh.Position(a)) < lengths.shortest * lengths.shortest))
-        return false;
-    return Collapse(mesh, halfEdge, a, lengths) || Collapse(mesh, halfEdge, b, lengths);
+        return {};
+    const CollapsedEdge collapsed = Collapse(mesh, halfEdge, a, lengths);
+    return collapsed ? collapsed : Collapse(mesh, halfEdge, b, lengths);
 }
 
 bool FlipToImprove(EditableMesh& mesh, uint32_t halfEdge) {
@@ -233,36 +237,44 @@ Vector RelaxedPosition(const EditableMesh& mesh, uint32_t vertex) {
     return mean + normal * (normal | (p - mean));
 }
 
+NearbyPosition PositionNear(const EditableMesh& mesh, uint32_t vertex, const Vector& position) {
+    const Vector old = mesh.Position(vertex);
+    const Vector moved = position - old;
+    NearbyPosition best;
+    float bestInside = -1e30f;
+    mesh.ForEachOutgoing(vertex, [&](uint32_t h) {
+        const Vector b = mesh.Position(mesh.To(h)) - old;
+        const Vector c = mesh.Position(mesh.Opposite(h)) - old;
+        const float bb = b | b;
+        const float bc = b | c;
+        const float cc = c | c;
+        const float determinant = bb * cc - bc * bc;
+        if (!(determinant > 0.0f)) return;
+        const float s = ((moved | b) * cc - (moved | c) * bc) / determinant;
+        const float t = ((moved | c) * bb - (moved | b) * bc) / determinant;
+        if (std::min(s, t) <= bestInside) return;
+        bestInside = std::min(s, t);
+        best = {h, s, t};
+    });
+    return best;
+}
+
 bool MoveFreeVertex(EditableMesh& mesh, uint32_t vertex, const Vector& position) {
     if (!KeepsFaces(mesh, vertex, none, position)) return false;
+    // All corners of a free vertex have the same UV, or none has one.
     const uint32_t own = mesh.UvOf(mesh.HalfEdgeOf(vertex));
-    const Vector old = mesh.Position(vertex);
     if (own != none) {
-        const Vector moved = position - old;
-        std::array<float, 2> best = mesh.Uv(own);
-        float bestInside = -1e30f;
-        mesh.ForEachOutgoing(vertex, [&](uint32_t h) {
-            const uint32_t uvB = mesh.UvOf(EditableMesh::Next(h));
-            const uint32_t uvC = mesh.UvOf(EditableMesh::Previous(h));
-            if (uvB == none || uvC == none) return;
-            // The movement as s b + t c, in the plane of the face.
-            const Vector b = mesh.Position(mesh.To(h)) - old;
-            const Vector c = mesh.Position(mesh.Opposite(h)) - old;
-            const float bb = b | b;
-            const float bc = b | c;
-            const float cc = c | c;
-            const float determinant = bb * cc - bc * bc;
-            if (!(determinant > 0.0f)) return;
-            const float s = ((moved | b) * cc - (moved | c) * bc) / determinant;
-            const float t = ((moved | c) * bb - (moved | b) * bc) / determinant;
-            if (std::min(s, t) <= bestInside) return;
-            bestInside = std::min(s, t);
-            for (std::size_t i = 0; i < 2; ++i) {
+        const NearbyPosition at = PositionNear(mesh, vertex, position);
+        if (at.halfEdge != none) {
+            const uint32_t uvB = mesh.UvOf(EditableMesh::Next(at.halfEdge));
+            const uint32_t uvC = mesh.UvOf(EditableMesh::Previous(at.halfEdge));
+            std::array<float, 2> moved = mesh.Uv(own);
+            for (std::size_t i = 0; i < 2 && uvB != none && uvC != none; ++i) {
                 const float u = mesh.Uv(own)[i];
-                best[i] = u + s * (mesh.Uv(uvB)[i] - u) + t * (mesh.Uv(uvC)[i] - u);
+                moved[i] = u + at.s * (mesh.Uv(uvB)[i] - u) + at.t * (mesh.Uv(uvC)[i] - u);
             }
-        });
-        mesh.SetUv(own, best);
+            mesh.SetUv(own, moved);
+        }
     }
     mesh.SetPosition(vertex, position);
     mesh.ClearSource(vertex);

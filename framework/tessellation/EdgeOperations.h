@@ -35,13 +35,22 @@ TROVIK_API uint32_t SplitLongEdge(EditableMesh& mesh,
                                   uint32_t halfEdge,
                                   const EdgeLengths& lengths);
 
+/// The ends of an edge that was collapsed; false if no edge was.
+struct CollapsedEdge {
+    uint32_t kept = EditableMesh::none;
+    uint32_t removed = EditableMesh::none;
+    /// Whether `kept` was moved to the midpoint.
+    bool isAtMidpoint = false;
+    explicit operator bool() const { return kept != EditableMesh::none; }
+};
+
 /// Removes an edge that is shorter than `lengths.shortest`. Two free vertices become one at the
 /// midpoint; otherwise, the vertex that is on a curve, a corner or fixed keeps its position.
 /// Refused if an edge would become longer than `lengths.longest`, or if a curve would be cut off at
-/// an angle of more than 60 degrees. \return whether the edge was removed.
-TROVIK_API bool CollapseShortEdge(EditableMesh& mesh,
-                                  uint32_t halfEdge,
-                                  const EdgeLengths& lengths);
+/// an angle of more than 60 degrees.
+TROVIK_API CollapsedEdge CollapseShortEdge(EditableMesh& mesh,
+                                           uint32_t halfEdge,
+                                           const EdgeLengths& lengths);
 
 /// Flips an edge if that brings the numbers of neighbours of its four vertices closer to six (four
 /// on a border), or if one of its faces is much thinner than both of the new ones. \return whether
@@ -50,6 +59,20 @@ TROVIK_API bool FlipToImprove(EditableMesh& mesh, uint32_t halfEdge);
 
 /// The mean of the neighbours of a vertex, projected onto its tangent plane.
 TROVIK_API Vector RelaxedPosition(const EditableMesh& mesh, uint32_t vertex);
+
+/// A position next to a vertex, in one of its faces: that of the vertex, plus `s` times the side
+/// along the half-edge, plus `t` times the other side. The half-edge is `none` if all faces are
+/// degenerate.
+struct NearbyPosition {
+    uint32_t halfEdge = EditableMesh::none;
+    float s = 0.0f;
+    float t = 0.0f;
+};
+
+/// Expresses a position in the face towards which it lies, projected onto the plane of the face.
+TROVIK_API NearbyPosition PositionNear(const EditableMesh& mesh,
+                                       uint32_t vertex,
+                                       const Vector& position);
 
 /// Moves a free vertex, unless a face around it would become invalid. Its UV is interpolated in the
 /// face towards which it moves. The vertex loses its source. \return whether it was moved.

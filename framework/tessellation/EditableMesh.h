@@ -135,6 +135,19 @@ public:
     bool IsKeptEdge(uint32_t halfEdge) const {
         return IsKept(From(halfEdge)) && IsKept(To(halfEdge));
     }
+    /// A partial vertex has further faces that are not in this mesh, because the mesh is a part of
+    /// a larger one. It is fixed. No edit needs the missing faces: edges at the vertex are neither
+    /// flipped nor collapsed into it, and an edge of a single face between two partial vertices is
+    /// not split, because it may not be a border of the larger mesh.
+    bool IsPartial(uint32_t vertex) const { return vertices[vertex].isPartial; }
+    void SetPartial(uint32_t vertex) {
+        vertices[vertex].isFixed = vertices[vertex].isPartial = true;
+    }
+    /// Whether SplitEdge may be applied to the edge.
+    bool CanSplit(uint32_t halfEdge) const {
+        return !IsKeptEdge(halfEdge) &&
+               !(IsBorder(halfEdge) && IsPartial(From(halfEdge)) && IsPartial(To(halfEdge)));
+    }
 
     enum class VertexKind {
         /// Not on a feature or a border.
@@ -161,8 +174,8 @@ public:
     uint32_t SplitEdge(uint32_t halfEdge, const Vector& position, float t = 0.5f);
 
     /// Whether an edge can be flipped: it is neither on a border nor a feature nor kept, the
-    /// opposite vertices have no edge yet, and no vertex keeps fewer than three faces around it
-    /// (two neighbours on a border).
+    /// opposite vertices have no edge yet, no vertex keeps fewer than three faces around it (two
+    /// neighbours on a border), and none of the four vertices is partial.
     bool CanFlip(uint32_t halfEdge) const;
     /// Replaces the edge by the one between the opposite vertices. The half-edge then leads from
     /// the vertex opposite to it to that opposite to its twin. Requires CanFlip.
@@ -171,6 +184,7 @@ public:
     /// Whether one end of an edge, `removed`, can be merged into the other without changing the
     /// topology of the surface or of the features:
     /// - `removed` is free, or the edge belongs to the curve that it is on;
+    /// - neither end is partial;
     /// - the link condition of Dey, Edelsbrunner, Guha, Nekhayev: "Topology Preserving Edge
     ///   Contraction" (1999) is met;
     /// - no two features or borders become one.
@@ -210,6 +224,7 @@ private:
         uint32_t valence = 0;
         bool isFixed = false;
         bool isKept = false;
+        bool isPartial = false;
     };
 
     Corner& CornerAt(uint32_t halfEdge) { return faces[halfEdge / 3].corners[halfEdge % 3]; }

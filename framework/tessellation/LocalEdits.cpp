@@ -71,6 +71,8 @@ bool EditableMesh::CanFlip(uint32_t halfEdge) const {
     if (twin == none || IsFeature(halfEdge) || IsKeptEdge(halfEdge)) return false;
     const uint32_t c = Opposite(halfEdge);
     const uint32_t d = Opposite(twin);
+    for (const uint32_t v : {From(halfEdge), To(halfEdge), c, d})
+        if (IsPartial(v)) return false;
     if (c == d || FindHalfEdge(c, d) != none || FindHalfEdge(d, c) != none) return false;
     for (const uint32_t v : {From(halfEdge), To(halfEdge)})
         if (Valence(v) < (IsBorderVertex(v) ? 3u : 4u)) return false;
@@ -116,7 +118,7 @@ bool EditableMesh::CanCollapse(uint32_t halfEdge, uint32_t removed) const {
     const uint32_t twin = Twin(halfEdge);
     const uint32_t other = removed == From(halfEdge) ? To(halfEdge) : From(halfEdge);
     const VertexKind kind = KindOf(removed);
-    if (kind == VertexKind::Corner) return false;
+    if (kind == VertexKind::Corner || IsPartial(other)) return false;
     if (kind == VertexKind::OnCurve && !IsMarked(halfEdge)) return false;
     if (twin != none && IsBorderVertex(removed) && IsBorderVertex(other)) return false;
     for (const uint32_t side : {halfEdge, twin}) {
