@@ -44,6 +44,13 @@ void LevelHierarchy::ReportAll(uint32_t level, uint8_t what) {
     Report({level, what, 0, {}, true});
 }
 
+void LevelHierarchy::ReportTopology(std::span<const uint32_t> faces) {
+    constexpr uint8_t everything = SurfaceChange::Topology | SurfaceChange::Positions |
+                                   SurfaceChange::Normals | SurfaceChange::Mask |
+                                   SurfaceChange::Visibility;
+    if (!observers.empty()) Report({0, everything, 0, faces, false});
+}
+
 void LevelHierarchy::Report(const SurfaceChange& change) const {
     for (GeometryObserver* observer : observers) observer->SurfaceChanged(change);
 }

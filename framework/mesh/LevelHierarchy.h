@@ -54,6 +54,10 @@ public:
                        uint32_t patchLevel,
                        std::span<const uint32_t> patches);
     void ReportAll(uint32_t level, uint8_t what);
+    /// Reports an edit of the topology of level 0 in place, which may also have changed the number
+    /// of faces and vertices.
+    /// \param faces  the faces that have changed or are new, without duplicates; may be empty.
+    void ReportTopology(std::span<const uint32_t> faces);
     /// @}
 
     /// Implements LevelMesh::StartChange.

@@ -210,6 +210,8 @@ public:
 private:
     friend class LevelGeometry;
     friend class LevelRefiner;
+    friend class TriangleEdit;
+    friend class TriangleStorage;
     LevelMesh(LevelHierarchy* ofHierarchy, int number);
     void AllocateFaces(uint32_t faces, int32_t type);
     void AllocateVertices(uint32_t count);

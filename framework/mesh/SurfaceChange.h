@@ -19,8 +19,10 @@ struct SurfaceChange {
         Mask = 4,
         /// Hidden faces.
         Visibility = 8,
-        /// The level was replaced, or its faces or vertices were renumbered; all data must be read
-        /// again.
+        /// If `all` is set, the level was replaced, or its faces or vertices were renumbered; all
+        /// data must be read again. Otherwise, the listed faces of level 0 were edited in place and
+        /// have other vertices or neighbours. The number of faces and vertices may have changed
+        /// too: new faces are listed, and faces from the new number on no longer exist.
         Topology = 16
     };
 

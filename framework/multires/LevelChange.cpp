@@ -5,9 +5,11 @@
 #include "framework/memory/MemoryAccount.h"
 #include "framework/memory/SystemMemory.h"
 #include "framework/mesh/StrokeResources.h"
+#include "framework/mesh/TriangleEdit.h"
 #include "framework/multires/LevelGeometry.h"
 #include "framework/multires/RecordChange.h"
 #include "framework/multires/StrokeStep.h"
+#include "framework/multires/TessellationStep.h"
 
 #include <algorithm>
 #include <cassert>
@@ -67,6 +69,17 @@ SpareMemory& Spare() {
     return *spare;
 }
 
+/// Restores the position and the normal of the record.
+void RestoreVertex(LevelMesh& level, const StoredVertexInfo& record) {
+    const float* p = record.originalPosition;
+    level.SetPosition(record.vertexIndex, {p[0], p[1], p[2]});
+    if (record.vertexIndex >= level.vertexNormals.fill) return;
+    PackedNormal& normal = level.vertexNormals.array[record.vertexIndex];
+    normal.x = record.originalNormal.x;
+    normal.y = record.originalNormal.y;
+    normal.z = record.originalNormal.z;
+}
+
 }  // namespace
 
 LevelChange::LevelChange(LevelMesh* ofLevel)
@@ -101,7 +114,13 @@ LevelChange::LevelChange(LevelMesh* ofLevel)
 }
 
 LevelChange::~LevelChange() {
-    if (linked) RestoreStamps();
+    if (linked) {
+        RestoreStamps();
+        if (topology != nullptr) {
+            topology->Compact();
+            level->Hierarchy().ReportTopology(topology->TakeChangedFaces());
+        }
+    }
     Close();
     Spare().Recycle(recordStore, vertexCount);
 }
@@ -137,14 +156,21 @@ void LevelChange::FinishAs(const std::string& label) {
 
 void LevelChange::Unlink() {
     if (!linked) return;
+    const std::vector<uint32_t> movedHidden = MovedHidden();
+    if (topology != nullptr) {
+        RestoreHidden(movedHidden);
+        step = FinishTopology();
+        return;
+    }
     RestoreStamps();
-    RestoreHidden(MovedHidden());
+    RestoreHidden(movedHidden);
     step = StrokeStep::FromChange(*this);
 }
 
 void LevelChange::Detach() {
     linked = false;
     step.reset();
+    topology.reset();
     level = nullptr;
     mesh = nullptr;
 }
@@ -157,18 +183,12 @@ void LevelChange::Close() {
 std::vector<uint32_t> LevelChange::RevertStroke() {
     assert(linked && "only an open change can be reverted");
     ++outsideEdits;
+    if (topology != nullptr) return RevertTopology();
     std::vector<uint32_t> vertices;
     vertices.reserve(recordStore.fill);
     for (uint32_t i = 0; i < recordStore.fill; ++i) {
         StoredVertexInfo& record = recordStore.array[i];
-        const float* p = record.originalPosition;
-        level->SetPosition(record.vertexIndex, {p[0], p[1], p[2]});
-        if (record.vertexIndex < level->vertexNormals.fill) {
-            PackedNormal& normal = level->vertexNormals.array[record.vertexIndex];
-            normal.x = record.originalNormal.x;
-            normal.y = record.originalNormal.y;
-            normal.z = record.originalNormal.z;
-        }
+        RestoreVertex(*level, record);
         record.buildUp = 0.0f;
         vertices.push_back(record.vertexIndex);
     }
@@ -182,6 +202,60 @@ std::vector<uint32_t> LevelChange::RevertStroke() {
         }
     }
     return vertices;
+}
+
+void LevelChange::StartStroke() { ++currentStroke; }
+
+TriangleEdit& LevelChange::Topology() {
+    assert(linked && "only an open change can edit the topology");
+    if (topology == nullptr) {
+        LevelGeometry& geometry = GeometryOf(*level);
+        topology = std::make_unique<TriangleEdit>(*level, geometry.AttributesForEdit());
+        geometry.ExchangeMirror(mirror);
+    }
+    return *topology;
+}
+
+std::unique_ptr<UndoStep> LevelChange::FinishTopology() {
+    for (uint32_t i = 0; i < recordStore.fill; ++i)
+        if (IsChanged(*level, recordStore.array[i]))
+            topology->RecordVertex(recordStore.array[i].vertexIndex);
+    RestoreStamps();
+    topology->Compact();
+    level->Hierarchy().ReportTopology(topology->TakeChangedFaces());
+    TriangleContent before = topology->Finish();
+    topology.reset();
+    if (before.vertexNumbers.empty() && before.faceNumbers.empty()) {
+        GeometryOf(*level).ExchangeMirror(mirror);
+        return nullptr;
+    }
+    return std::make_unique<TessellationStep>(std::move(before), std::move(mirror));
+}
+
+std::vector<uint32_t> LevelChange::RevertTopology() {
+    // Vertices that the edit has recorded are restored with it.
+    for (uint32_t i = 0; i < recordStore.fill; ++i)
+        if (IsChanged(*level, recordStore.array[i]))
+            topology->RecordVertex(recordStore.array[i].vertexIndex);
+    TriangleContent content = topology->Finish();
+    LevelGeometry& geometry = GeometryOf(*level);
+    topology->TakeChangedFaces();
+    const std::vector<uint32_t> faces =
+        TriangleEdit::Exchange(*level, geometry.AttributesForEdit(), content);
+    topology.reset();
+    geometry.ExchangeMirror(mirror);
+    for (uint32_t i = 0; i < recordStore.fill; ++i) {
+        const StoredVertexInfo& record = recordStore.array[i];
+        if (record.vertexIndex >= level->VertexCount()) continue;
+        Vertex& vertex = level->vertices.array[record.vertexIndex];
+        if (vertex.changeLink == i) vertex.changeLink = record.visitStampWord;
+    }
+    recordStore.fill = 0;
+    level->changeRecordCount = 0;
+    geometry.ReportTopology(faces);
+    std::erase_if(content.vertexNumbers,
+                  [this](uint32_t vertex) { return vertex >= level->VertexCount(); });
+    return content.vertexNumbers;
 }
 
 uint32_t LevelChange::ReserveLayerSlot(uint32_t vertex) {

@@ -13,6 +13,8 @@
 namespace trovik {
 
 class StrokeStep;
+class TopologicalMirror;
+class TriangleEdit;
 
 /// Implements MeshChange for a LevelMesh. It holds the records of a stroke, and Finish turns them
 /// into one undo step.
@@ -55,8 +57,18 @@ public:
     /// Called when the level is about to be destroyed; see the class comment.
     void Detach();
 
+    /// Returns the edit of the mesh's topology that belongs to this change, which must be open, and
+    /// starts it if necessary. Unlink compacts the mesh, and the undo step then contains the edit.
+    /// Requires that LevelGeometry::WhyTopologyIsFixed is empty.
+    TriangleEdit& Topology();
+    bool EditsTopology() const { return topology != nullptr; }
+    /// Declares that the next change to be finished begins a new stroke, even if it is finished
+    /// with `joinPrevious`.
+    static void StartStroke();
+
     /// Restores every vertex of the open change exactly to its pre-stroke state, including its
-    /// layer offset, and clears its build-up. The change stays open.
+    /// layer offset, and clears its build-up. Also reverts the edit of the topology; all records
+    /// are then discarded. The change stays open.
     /// \return the vertices.
     std::vector<uint32_t> RevertStroke();
 
@@ -91,6 +103,9 @@ private:
         SculptLayer::State state;
     };
     void RestoreStamps();
+    /// Ends the edit of the topology, after the records of the moved vertices were added to it.
+    std::unique_ptr<UndoStep> FinishTopology();
+    std::vector<uint32_t> RevertTopology();
     /// Moves the step of the unlinked change, if there is one, to the history.
     void PushStep(uint64_t strokeNumber);
     /// Removes the change from the lists of its level and its brush.
@@ -110,7 +125,11 @@ private:
     std::shared_ptr<SculptLayer*> layer;
     float layerStrength = 0.0f;
     /// Created when the change is unlinked; null if nothing changed.
-    std::unique_ptr<StrokeStep> step;
+    std::unique_ptr<UndoStep> step;
+    /// Null unless the stroke edits the topology.
+    std::unique_ptr<TriangleEdit> topology;
+    /// The mirror of the mesh before its topology was edited.
+    std::unique_ptr<TopologicalMirror> mirror;
     bool linked = true;
     bool finished = false;
 };

@@ -224,6 +224,13 @@ std::vector<Vector> LevelGeometry::RefinedPositions(uint32_t index) const {
     return positions;
 }
 
+std::string LevelGeometry::WhyTopologyIsFixed() const {
+    if (LevelCount() != 1) return "has more than one level";
+    if (Level(0)->meshType == 1) return "consists of quads";
+    if (!layers->OfLevel(*Level(0)).empty()) return "has layers";
+    return {};
+}
+
 PolygonMesh LevelGeometry::ToPolygons(bool world) const {
     const LevelMesh& level = *Bound();
     PolygonMesh polygons;

@@ -12,6 +12,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace trovik {
@@ -182,6 +183,17 @@ public:
         attributes.colors.swap(colors);
         std::swap(attributes.hasAlpha, hasAlpha);
     }
+
+    /// \name Edits of the topology of level 0 (TriangleEdit)
+    /// @{
+
+    /// Returns the reason why the topology cannot be edited, as the end of a sentence about the
+    /// mesh, such as "has layers"; empty if it can.
+    std::string WhyTopologyIsFixed() const;
+    SurfaceAttributes& AttributesForEdit() { return attributes; }
+    /// An edited mesh has no topological mirror; the edit's undo step keeps the previous one.
+    void ExchangeMirror(std::unique_ptr<TopologicalMirror>& other) { mirror.swap(other); }
+    /// @}
 
     /// Returns the bound level as a polygon mesh, for export. Positions are mesh-local, or in world
     /// space if `world` is set.

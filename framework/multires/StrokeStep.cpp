@@ -6,7 +6,6 @@
 #include "framework/multires/RecordChange.h"
 
 #include <cassert>
-#include <cstring>
 
 namespace trovik {
 
@@ -15,14 +14,6 @@ namespace {
 /// Prefetching is needed because the vertices of a step are scattered over a mesh that is larger
 /// than the caches.
 constexpr std::size_t prefetchAhead = 16;
-
-/// Returns whether the position or the normal differs bitwise from that in the record.
-bool Moved(const LevelMesh& mesh, const StoredVertexInfo& record) {
-    if (HasMoved(mesh, record)) return true;
-    if (record.vertexIndex >= mesh.vertexNormals.fill) return false;
-    const PackedNormal& normal = mesh.vertexNormals.array[record.vertexIndex];
-    return std::memcmp(&normal.x, &record.originalNormal.x, 3 * sizeof normal.x) != 0;
-}
 
 }  // namespace
 
@@ -36,7 +27,7 @@ std::unique_ptr<StrokeStep> StrokeStep::FromChange(const LevelChange& change) {
     auto before = change.layerBefore.begin();
     for (uint32_t i = 0; i < change.recordStore.fill; ++i) {
         const StoredVertexInfo& record = change.recordStore.array[i];
-        bool changed = Moved(mesh, record);
+        bool changed = IsChanged(mesh, record);
         if (before != change.layerBefore.end() && before->record == i) {
             if (layer != nullptr) {
                 const SculptLayer::State& now = layer->StateOfSlot(record.layerSlot);
