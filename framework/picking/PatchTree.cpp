@@ -52,6 +52,10 @@ void PatchTree::SurfaceChanged(const SurfaceChange& change) {
         return;
     }
     if (change.level != boundLevel) return;
+    if ((change.what & SurfaceChange::Topology) != 0 && !change.all) {
+        ChangeFaces(change.patches);
+        return;
+    }
     if (change.all) {
         RefitAll();
         return;
@@ -87,19 +91,26 @@ PatchTree::Box PatchTree::CornerBox(uint32_t baseFace) const {
     return {{p.x, p.y, p.z}, {p.x, p.y, p.z}};
 }
 
+std::array<float, 3> PatchTree::CentreOf(uint32_t face) const {
+    const Box& own = patchBoxes[0][face];
+    const Box box = own.low[0] <= own.high[0] ? own : CornerBox(face);
+    std::array<float, 3> centre{};
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        const float middle = 0.5f * box.low[axis] + 0.5f * box.high[axis];
+        // A face whose position is not finite can be anywhere in the tree, but sorting requires an
+        // ordering.
+        centre[axis] = std::isfinite(middle) ? middle : 0.0f;
+    }
+    return centre;
+}
+
 void PatchTree::BuildTop(JobControl* job) {
     const std::vector<Box>& boxes = patchBoxes[0];
     std::vector<std::array<float, 3>> centres(boxes.size());
     order.resize(boxes.size());
     for (uint32_t face = 0; face < boxes.size(); ++face) {
         order[face] = face;
-        const Box box = boxes[face].low[0] <= boxes[face].high[0] ? boxes[face] : CornerBox(face);
-        for (std::size_t axis = 0; axis < 3; ++axis) {
-            const float centre = 0.5f * box.low[axis] + 0.5f * box.high[axis];
-            // A face whose position is not finite can be anywhere in the tree, but sorting requires
-            // an ordering.
-            centres[face][axis] = std::isfinite(centre) ? centre : 0.0f;
-        }
+        centres[face] = CentreOf(face);
     }
     topLeafOfBaseFace.resize(boxes.size());
     topNodes.push_back({EmptyBox(), 0, static_cast<uint32_t>(boxes.size())});
@@ -267,8 +278,7 @@ void PatchTree::RefitTopNode(uint32_t node) {
         Extend(top.box, topNodes[top.first].box);
         Extend(top.box, topNodes[top.first + 1].box);
     }
-    for (uint32_t i = top.first; i < top.first + top.count; ++i)
-        Extend(top.box, patchBoxes[0][order[i]]);
+    ForEachInLeaf(node, [&](uint32_t face) { Extend(top.box, patchBoxes[0][face]); });
     ++boxesRefitted;
 }
 
@@ -295,6 +305,7 @@ uint64_t PatchTree::Bytes() const {
         bytes += stamps.capacity() * sizeof(uint32_t);
     const std::size_t words = topParent.capacity() + order.capacity() +
                               topLeafOfBaseFace.capacity() + topStamps.capacity() +
+                              2 * listOfLeaf.capacity() + nextListed.capacity() +
                               touched.capacity() + touchedAbove.capacity();
     return bytes + words * sizeof(uint32_t);
 }

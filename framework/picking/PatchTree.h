@@ -114,13 +114,16 @@ private:
     struct TopNode {
         Box box;
         /// Inner node: the children are nodes `first` and `first + 1`. Leaf: the faces of level 0
-        /// are order[first .. first + count).
+        /// are order[first .. first + count), or, once the topology was edited, those in the list
+        /// that starts at listOfLeaf[node].
         uint32_t first;
-        /// 0 in an inner node.
+        /// 0 in an inner node, otherwise not 0.
         uint32_t count;
     };
     static constexpr uint32_t facesPerTopLeaf = 4;
     static constexpr uint32_t noParent = 0xffffffffu;
+    static constexpr uint32_t noFace = 0xffffffffu;
+    static constexpr uint32_t maxListed = 16;
 
     void SurfaceChanged(const SurfaceChange& change) override;
     bool IsAttached() const;
@@ -141,6 +144,31 @@ private:
     Box CornerBox(uint32_t baseFace) const;
     void SplitTop(uint32_t node, const std::vector<std::array<float, 3>>& centres);
     void NextRefit();
+    /// Calls visit(face) for the faces of level 0 in a leaf of the top tree.
+    template <class Visit>
+    void ForEachInLeaf(uint32_t node, const Visit& visit) const {
+        const TopNode& leaf = topNodes[node];
+        if (leaf.count == 0) return;
+        if (nextListed.empty()) {
+            for (uint32_t i = leaf.first; i < leaf.first + leaf.count; ++i) visit(order[i]);
+            return;
+        }
+        for (uint32_t face = listOfLeaf[node].first; face != noFace; face = nextListed[face])
+            visit(face);
+    }
+    /// Updates the tree after the topology of level 0 was edited in place.
+    void ChangeFaces(std::span<const uint32_t> faces);
+    /// Replaces the ranges of the leaves by lists, to which faces can be added.
+    void ListFaces();
+    void Unlist(uint32_t face);
+    /// Adds a face to a leaf near it, which is divided if it has too many.
+    void List(uint32_t face);
+    void DivideLeaf(uint32_t node);
+    /// Adds the leaf of a face and all nodes above it to `touchedAbove`.
+    void TouchLeafOf(uint32_t face);
+    std::array<float, 3> CentreOf(uint32_t face) const;
+    /// Builds the tree again.
+    void Rebuild();
     /// Adds a patch to `touched` unless this refit already contains it.
     void Touch(uint32_t levelIndex, uint32_t patch);
     /// Recomputes the touched boxes of the leaf level and all their ancestors.
@@ -170,6 +198,16 @@ private:
     std::vector<uint32_t> topParent;
     std::vector<uint32_t> order;
     std::vector<uint32_t> topLeafOfBaseFace;
+    /// The faces of a leaf after the topology was edited in place.
+    struct LeafList {
+        uint32_t first = noFace;
+        uint32_t count = 0;
+    };
+    /// Both are empty until the topology is edited in place.
+    std::vector<LeafList> listOfLeaf;
+    std::vector<uint32_t> nextListed;
+    /// Number of faces that were added to a leaf since the tree was built.
+    uint64_t listedSinceBuilt = 0;
 
     /// The number of the refit that last touched each patch or node, so that a refit processes each
     /// of them only once.

@@ -232,8 +232,16 @@ void PatchTree::Walk(Query& query) const {
                 consider(topNodes[node.first].box, top, node.first);
                 consider(topNodes[node.first + 1].box, top, node.first + 1);
             }
-            for (uint32_t i = node.first; i < node.first + node.count; ++i)
-                consider(patchBoxes[0][order[i]], 0, order[i]);
+            if (nextListed.empty()) {
+                for (uint32_t i = node.first; i < node.first + node.count; ++i)
+                    consider(patchBoxes[0][order[i]], 0, order[i]);
+            } else {
+                // Only level 0 has lists, and its boxes are those of single faces.
+                ForEachInLeaf(item.index, [&](uint32_t face) {
+                    double nearest;
+                    if (query.Reaches(patchBoxes[0][face], nearest)) VisitFaces(query, face);
+                });
+            }
         } else if (item.levelIndex == leafLevel) {
             VisitFaces(query, item.index);
         } else {
