@@ -3,6 +3,7 @@
 
 #include "framework/brushes/Falloff.h"
 #include "framework/brushes/FalloffTable.h"
+#include "framework/detail/DetailSettings.h"
 #include "framework/mesh/StrokeResources.h"
 #include "host/BrushOperation.h"
 
@@ -42,6 +43,8 @@ struct BrushOperation::Private {
     float stampOffset = 0.0f;
     Matrix stampMatrix;              ///< set by the stroke loop for each dab
     bool mirroredStampRead = false;  ///< whether mask 1 is enabled; see BrushMask.cpp
+
+    DabDetail detail;  ///< set by the stroke loop for each dab
 
     Vector directionVector;  ///< last argument of SetDirectionVector, used for the cursor
     bool directionVectorSet = false;

@@ -3,6 +3,7 @@
 
 #include "framework/errors/Cancelled.h"
 #include "framework/strokes/DabStrength.h"
+#include "framework/strokes/PathDabs.h"
 #include "framework/strokes/PathSteps.h"
 
 namespace trovik {
@@ -44,6 +45,9 @@ void BeginStroke(Document& document,
     if (!seed) seed = StrokeRandom(settings.seed + settings.strokesBegun).Next();
     document.Geometry().History().SetNextLabel(
         document.Brush().ActiveConfiguration()->Name().toStdString());
+    document.Loop().SetDetail(settings.detail, [view = document.View()](const Vector& position) {
+        return WorldLength(view, 1.0f, position);
+    });
     document.Loop().Begin(modifier, *seed);
 }
 

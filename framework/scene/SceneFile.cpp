@@ -65,6 +65,10 @@ public:
             reader.Read([this](SceneStream& s) { ReadProjectionChunk(s, scene.settings.view); });
             return;
         }
+        if (name == "DETL") {
+            reader.Read([this](SceneStream& s) { scene.settings.detail = ReadDetailChunk(s); });
+            return;
+        }
         if (name == "PENS") {
             reader.Read([this](SceneStream& s) { scene.settings.dynamics = ReadPenChunk(s); });
             return;
@@ -130,6 +134,7 @@ private:
                                               "NODE",
                                               "SETT",
                                               "PROJ",
+                                              "DETL",
                                               "PENS",
                                               "BRSH",
                                               "FRZB",
@@ -224,6 +229,8 @@ void WriteScene(const std::string& path,
         write("SETT", [&](SceneStream& s) { WriteSettingsChunk(s, parts.settings); });
         if (parts.settings.view.isOrthographic)
             write("PROJ", [&](SceneStream& s) { WriteProjectionChunk(s, parts.settings.view); });
+        if (parts.settings.detail != DetailSettings())
+            write("DETL", [&](SceneStream& s) { WriteDetailChunk(s, parts.settings.detail); });
         if (header.IsFormatAtLeast(332))
             write("PENS", [&](SceneStream& s) { WritePenChunk(s, parts.settings.dynamics); });
         write("BRSH", [&](SceneStream& s) { WriteBrushChunk(s, parts.brush); });

@@ -27,6 +27,8 @@ struct SceneSettings {
     float spacing = 0.25f;
     /// Pen settings, for all tools.
     DabDynamics dynamics;
+    /// Whether strokes refine the mesh, for all tools.
+    DetailSettings detail;
     /// These determine the random values of later strokes.
     uint64_t seed = 0;
     uint64_t strokesBegun = 0;

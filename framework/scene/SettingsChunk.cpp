@@ -83,6 +83,47 @@ void ReadProjectionChunk(SceneStream& stream, StrokeView& view) {
     view.isOrthographic = projection == orthographicProjection;
 }
 
+namespace {
+
+void TransferDetail(SceneStream& stream, DetailSettings& detail) {
+    auto measure = static_cast<uint8_t>(detail.measure);
+    uint8_t splits = detail.splits ? 1 : 0;
+    uint8_t collapses = detail.collapses ? 1 : 0;
+    stream.Transfer(measure);
+    stream.Transfer(detail.length);
+    stream.Transfer(splits);
+    stream.Transfer(collapses);
+    stream.Transfer(detail.creaseAngle);
+    if (measure > static_cast<uint8_t>(DetailSettings::Measure::Pixels))
+        SceneStream::Refuse(
+            QStringLiteral("the unit of the detail is %1; it must be at most 3").arg(measure));
+    detail.measure = static_cast<DetailSettings::Measure>(measure);
+    detail.splits = splits != 0;
+    detail.collapses = collapses != 0;
+}
+
+}  // namespace
+
+void WriteDetailChunk(SceneStream& stream, const DetailSettings& detail) {
+    DetailSettings copy = detail;
+    TransferDetail(stream, copy);
+}
+
+DetailSettings ReadDetailChunk(SceneStream& stream) {
+    DetailSettings detail;
+    TransferDetail(stream, detail);
+    if (!(detail.length > 0.0f && detail.length <= 1e6f))
+        SceneStream::Refuse(
+            QStringLiteral("the edge length of the detail is %1; it must be above 0 and at most "
+                           "1000000")
+                .arg(static_cast<double>(detail.length)));
+    if (!(detail.creaseAngle >= 0.0f && detail.creaseAngle <= 180.0f))
+        SceneStream::Refuse(
+            QStringLiteral("the crease angle of the detail is %1; it must be 0 to 180")
+                .arg(static_cast<double>(detail.creaseAngle)));
+    return detail;
+}
+
 void ReadSettingsChunk(SceneStream& stream, SceneSettings& settings) {
     TransferView(stream, settings.view);
     CheckView(settings.view);

@@ -16,4 +16,9 @@ void ReadSettingsChunk(SceneStream& stream, SceneSettings& settings);
 void WriteProjectionChunk(SceneStream& stream, const StrokeView& view);
 void ReadProjectionChunk(SceneStream& stream, StrokeView& view);
 
+/// Chunk DETL: the refinement of the mesh by strokes. It is written only if its settings differ
+/// from the defaults; programs without support for it skip the chunk.
+void WriteDetailChunk(SceneStream& stream, const DetailSettings& detail);
+DetailSettings ReadDetailChunk(SceneStream& stream);
+
 }  // namespace trovik

@@ -42,6 +42,10 @@ private:
     FalloffTable::Samples chosen;
 };
 
+/// The smallest edge length of a refined mesh, as a fraction of the radius of the dab. It limits
+/// the faces under one dab to a few hundred thousand.
+constexpr float minDetailOfRadius = 0.005f;
+
 using Clock = std::chrono::steady_clock;
 
 double SecondsSince(Clock::time_point start) {
@@ -93,6 +97,9 @@ void StrokeLoop::Begin(BrushOperation::Modifier strokeModifier, uint64_t seed) {
     mainDabs.clear();
     heldSides.clear();
     falloff = brush.Settings().falloff.Current();
+    brush.Settings().detail.isOn =
+        detail.IsOn() && brush.MirrorConfig().MirrorMode() != MirrorConfiguration::Topological;
+    brush.CheckValidity();
     BeginStroke();
     // A modifier key may have changed the tool.
     stamps.Begin(brush, geometry, tree, seed);
@@ -232,7 +239,7 @@ void StrokeLoop::RestoreHidden() {
 void StrokeLoop::SettleSides() {
     // Dabs that depend on the camera are meant to differ between the sides.
     LevelChange* change = geometry.Bound()->OpenChange();
-    if (change == nullptr || CheckableFloatArray::s_bActive) return;
+    if (change == nullptr || CheckableFloatArray::s_bActive || change->EditsTopology()) return;
     std::vector<int> axes;
     for (const Matrix& map : mirrors)
         if (const int axis = PlaneAxis(map); axis >= 0) axes.push_back(axis);
@@ -269,8 +276,14 @@ void StrokeLoop::Apply(const StrokeDab& dab, std::size_t side) {
     brush.SetPreviousPatchPosition(previousHits[side]);
     brush.Settings().stampMatrix = dab.stampMatrix;
     AxisAlignedBoundingBox box;
+    SurfacePoint hit = dab.hit;
+    if (brush.Settings().detail.isOn) {
+        SetDabDetail(dab);
+        // Earlier dabs may have changed the face that was hit when the path was projected.
+        if (const auto nearest = tree.Nearest(hit.position)) hit.face = nearest->face;
+    }
     BrushCall call(BrushCall::ApplyDab, brush);
-    call.hit = &dab.hit;
+    call.hit = &hit;
     call.position = dab.position;
     call.size = dab.size;
     call.pressure = dab.pressure;
@@ -279,7 +292,7 @@ void StrokeLoop::Apply(const StrokeDab& dab, std::size_t side) {
     try {
         Observed(observer, call, [&] {
             const Clock::time_point start = Clock::now();
-            brush.ApplyDab(dab.hit, dab.position, dab.size, dab.pressure, dab.strength, box);
+            brush.ApplyDab(hit, dab.position, dab.size, dab.pressure, dab.strength, box);
             totals.seconds += SecondsSince(start);
         });
     } catch (...) {
@@ -294,6 +307,25 @@ void StrokeLoop::Apply(const StrokeDab& dab, std::size_t side) {
         dirtyBox.Extend({box.maxX, box.maxY, box.maxZ});
     }
     ReportDab();
+}
+
+void StrokeLoop::SetDabDetail(const StrokeDab& dab) {
+    const auto toLocal = [this](float length) {
+        const Vector world(length, 0.0f, 0.0f);
+        Vector local;
+        geometry.Transform().WorldToLocal(&local, &world, 0.0f);
+        return local.Length();
+    };
+    float length = detail.length;
+    if (detail.measure == DetailSettings::Measure::Radius) length *= dab.size;
+    if (detail.measure == DetailSettings::Measure::Pixels)
+        length *= pixelSize ? pixelSize(dab.position) : 0.0f;
+    DabDetail& ofDab = brush.Settings().detail;
+    ofDab.splits = detail.splits;
+    ofDab.collapses = detail.collapses;
+    ofDab.creaseAngle = detail.creaseAngle;
+    ofDab.radius = toLocal(dab.size);
+    ofDab.length = std::max(toLocal(length), ofDab.radius * minDetailOfRadius);
 }
 
 void StrokeLoop::WholeMesh(float strength, bool byFacing) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/brushes/FalloffTable.h"
+#include "framework/detail/DetailSettings.h"
 #include "framework/picking/PatchTree.h"
 #include "framework/strokes/StampStroke.h"
 #include "framework/strokes/StrokeInputListener.h"
@@ -11,6 +12,7 @@
 
 #include <functional>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace trovik {
@@ -72,6 +74,16 @@ public:
     /// \throw HostError while a stroke is open; the mirrors are then unchanged.
     void SetMirrors(int mode, std::vector<Matrix> pointMaps);
 
+    /// Sets whether and how the strokes that begin from now on refine the mesh. Brushes without a
+    /// tessellator ignore it, and with a topological mirror, strokes do not refine the mesh.
+    /// \param pixelSize  returns the size of a pixel in world units at a position; used if the
+    /// length is in pixels.
+    void SetDetail(const DetailSettings& newDetail,
+                   std::function<float(const Vector& position)> newPixelSize) {
+        detail = newDetail;
+        pixelSize = std::move(newPixelSize);
+    }
+
     /// Sets the (borrowed) observer of all calls into the brush; null removes it.
     void SetObserver(StrokeObserver* newObserver) { observer = newObserver; }
 
@@ -116,6 +128,8 @@ public:
 private:
     void BeginStroke();
     void EndStroke();
+    /// Sets the brush's detail for the next dab.
+    void SetDabDetail(const StrokeDab& dab);
     /// Ends the stroke and notifies the listener, even if an exception is thrown.
     void Finish(bool brokenOff, const std::function<void()>& poll);
     void Apply(const StrokeDab& dab, std::size_t side);
@@ -164,6 +178,8 @@ private:
     std::vector<Vector> previousHits;
     StampStroke stamps;
     StrokeRandom sizeRandom;
+    DetailSettings detail;
+    std::function<float(const Vector&)> pixelSize;
     StrokeTotals totals;
     AxisAlignedBoundingBox dirtyBox;
     BrushOperation::Modifier modifier = BrushOperation::ModifierNone;

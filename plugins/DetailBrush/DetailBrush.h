@@ -3,6 +3,8 @@
 
 #include "host/BrushOperation.h"
 
+#include <memory>
+
 namespace trovik {
 
 /// Snapshot of the vertices that a tessellating stroke touches. Records take 28 bytes each and are
@@ -20,9 +22,12 @@ struct OriginalData {
     Store<void*> pages;
 };
 
-/// Brush base class that can refine the mesh under the brush during a stroke. Only meshes that are
-/// not quad subdivision levels can be refined. While `useTessellator` is false, refinement is off:
-/// no mesh is editable, and requests to refine have no effect.
+class StrokeTessellator;
+
+/// Brush base class that can refine the mesh under the brush during a stroke, if the stroke loop
+/// has set BrushSettings::detail. Only triangle meshes with a single level and without layers can
+/// be refined. While `useTessellator` is false, or while no stroke is open, no mesh is editable,
+/// and requests to refine have no effect.
 class TROVIK_API DetailBrush : public BrushOperation, public FaceEnumerator {
 public:
     DetailBrush();
@@ -33,6 +38,8 @@ public:
     void EndStroke() override;
     void Serialize(Stream& stream) override;
     void OnNodeEvent(const Attribute& attribute, NodeEventType type) override;
+    /// Called by the host before each stroke: switches the tessellator on or off according to
+    /// BrushSettings::detail.
     bool CheckValidity() override;
     /// Returns the vertex's position at first touch if the open change has a record of it,
     /// otherwise its current position.
@@ -42,20 +49,33 @@ public:
     void OnEdgeCollapse(Mesh* mesh, uint32_t kept, uint32_t removed) override;
 
     void Operator(Mesh* mesh, uint32_t face) override;
-    /// Returns whether the face may be refined; always false while refinement is off.
+    /// Returns whether the face is live and within the reach that InitializeTessellator set;
+    /// always false while refinement is off.
     bool Tester(Mesh* mesh, uint32_t face) override;
 
-    /// Collects the faces under the brush for refinement.
+    /// Collects the faces under the brush for refinement, by a walk that starts at the hit.
     void CollectFaces();
-    /// Returns whether the bound mesh can currently be refined.
+    /// Returns whether the mesh of the last InitializeTessellator call can be refined.
     bool CurrentMeshEditable() const;
+    /// Returns whether strokes with detail can change the topology of the mesh.
     bool MeshEditable(const Mesh* mesh) const;
-    /// Splits long edges and collapses short ones among the collected faces.
+    /// Splits long edges and collapses short ones among the collected faces, and reports each
+    /// change by OnEdgeSplit, OnEdgeFlip and OnEdgeCollapse.
+    /// \param refine, reduce  whether to split and to collapse, if the settings allow it.
+    /// \param relax  whether to move vertices around changed edges tangentially.
     /// \return the number of topological changes.
     int DoRefineReduce(bool refine, bool reduce, int passes, bool relax);
-    void InitializeTessellator(
-        const SurfacePoint* hit, MeshChange* change, float reach, bool refine, bool reduce);
-    /// Notifies the user that the mesh cannot be refined.
+    /// Prepares the refinement of one dab.
+    /// \param change  the open change of the mesh.
+    /// \param reach  the radius of the refined region, as a multiple of the radius of the dab.
+    /// \param underBrush  if false, the whole mesh is refined.
+    /// \param resetOriginals  whether to discard the snapshot of the vertices touched so far.
+    void InitializeTessellator(const SurfacePoint* hit,
+                               MeshChange* change,
+                               float reach,
+                               bool underBrush,
+                               bool resetOriginals);
+    /// Notifies the user that the mesh cannot be refined and why; once per stroke.
     void ShowTessellationHUD();
 
     /// Whether the brush refines the mesh under it.
@@ -64,6 +84,10 @@ public:
     bool refineAtIntervals = false;
     /// Null unless a tessellating stroke is active.
     OriginalData* originalData = nullptr;
+
+private:
+    struct StrokeState;
+    std::unique_ptr<StrokeState> stroke;
 };
 
 }  // namespace trovik
