@@ -99,6 +99,15 @@ json PositioningOf(const Source& from) {
     return positioningNames[static_cast<std::size_t>(from.brush.resetOptionA.Value())];
 }
 
+json DetailUnitOf(const Source& from) {
+    return detailUnitNames[static_cast<std::size_t>(from.settings.detail.measure)];
+}
+
+json DetailModeOf(const Source& from) {
+    const DetailSettings& detail = from.settings.detail;
+    return detail.splits ? (detail.collapses ? "both" : "refine") : "coarsen";
+}
+
 json StampPathOf(const Source& from) {
     return from.host.stamp.path.isEmpty() ? json() : json(from.host.stamp.path.toStdString());
 }
@@ -135,6 +144,10 @@ const Row rows[] = {
     {"tilt.size", "of the radius", [](const Source& f) { return Shortest(f.settings.dynamics.tiltToSize); }},
     {"tilt.strength", "of the strength", [](const Source& f) { return Shortest(f.settings.dynamics.tiltToStrength); }},
     {"airbrush", "dabs/s", [](const Source& f) { return Shortest(f.settings.dynamics.airbrush); }},
+    {"detail.unit", "", DetailUnitOf},
+    {"detail.length", "", [](const Source& f) { return Shortest(f.settings.detail.length); }},
+    {"detail.mode", "", DetailModeOf},
+    {"detail.creaseAngle", "degrees", [](const Source& f) { return Shortest(f.settings.detail.creaseAngle); }},
     {"smoothing", ofHeight, nullptr, Member<&BrushOperation::strokeSmoothingAttribute>},
     {"stabiliser", ofHeight, nullptr, Member<&BrushOperation::steadyStrokeAttribute>},
     {"facing.enabled", "", [](const Source& f) { return json(f.brush.UsesFalloffBasedOnFacingAngle()); }},

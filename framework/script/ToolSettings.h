@@ -34,6 +34,9 @@ inline constexpr const char* positioningNames[] = {"tool", "upright", "stroke", 
 /// Value names for the "mode" setting of ElasticGrab, in the order of ElasticMode.
 inline constexpr const char* elasticModeNames[] = {"grab", "twist", "scale", "pinch"};
 
+/// Value names for the "unit" of the detail, in the order of DetailSettings::Measure.
+inline constexpr const char* detailUnitNames[] = {"off", "world", "radius", "pixels"};
+
 /// Value names for the "direction" setting, indexed by number.
 TROVIK_API const std::vector<std::string>& DirectionNames();
 

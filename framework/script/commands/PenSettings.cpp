@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/brushes/BrushSettings.h"
+#include "framework/script/ToolSettings.h"
 #include "framework/script/commands/SettingsParameters.h"
+
+#include <algorithm>
+#include <iterator>
 
 namespace trovik {
 
@@ -22,6 +26,21 @@ PressureCurve CurveOf(const CurveSetting& setting, const std::string& pointer) {
 CheckableFloat LengthOf(const LengthSetting& setting, const CheckableFloat& present) {
     if (const auto* on = std::get_if<bool>(&setting)) return {*on, present.value};
     return {true, std::get<float>(setting)};
+}
+
+// The schema has already checked the names.
+void SetDetail(DetailSettings& detail, const DetailParameters& setting) {
+    if (setting.unit) {
+        const auto* const name =
+            std::find(std::begin(detailUnitNames), std::end(detailUnitNames), *setting.unit);
+        detail.measure = static_cast<DetailSettings::Measure>(name - std::begin(detailUnitNames));
+    }
+    detail.length = setting.length.value_or(detail.length);
+    if (setting.mode) {
+        detail.splits = *setting.mode != "coarsen";
+        detail.collapses = *setting.mode != "refine";
+    }
+    detail.creaseAngle = setting.creaseAngle.value_or(detail.creaseAngle);
 }
 
 }  // namespace
@@ -53,6 +72,7 @@ void SetPen(CommandContext& context, const SettingsParameters& settings) {
     }
     dynamics.randomSize = settings.randomSize.value_or(dynamics.randomSize);
     dynamics.airbrush = settings.airbrush.value_or(dynamics.airbrush);
+    if (settings.detail) SetDetail(context.document.Settings().detail, *settings.detail);
     if (settings.radius && settings.radiusPixels)
         throw FieldFault("/radiusPixels", "\"radius\" and \"radiusPixels\" cannot be combined");
     if (settings.radius) dynamics.radiusPixels = 0.0f;

@@ -71,6 +71,21 @@ struct FacingParameters {
     }
 };
 
+struct DetailParameters {
+    std::optional<std::string> unit;
+    std::optional<float> length;
+    std::optional<std::string> mode;
+    std::optional<float> creaseAngle;
+
+    template <typename Visitor>
+    void Fields(Visitor& visit) {
+        visit("unit", unit);
+        visit("length", length);
+        visit("mode", mode);
+        visit("creaseAngle", creaseAngle);
+    }
+};
+
 /// Name of a curve, its number, or samples from the centre to the edge.
 using FalloffSetting = std::variant<std::string, int, std::vector<float>>;
 using DirectionSetting = std::variant<std::string, int>;
@@ -110,6 +125,7 @@ struct SettingsParameters {
     std::optional<TiltParameters> tilt;
     std::optional<float> randomSize;
     std::optional<float> airbrush;
+    std::optional<DetailParameters> detail;
 
     template <typename Visitor>
     void Fields(Visitor& visit) {
@@ -142,6 +158,7 @@ struct SettingsParameters {
         visit("tilt", tilt);
         visit("randomSize", randomSize);
         visit("airbrush", airbrush);
+        visit("detail", detail);
     }
 };
 
