@@ -14,7 +14,10 @@ constexpr ToolTraits percentOnPlane = {.strengthUnit = ToolTraits::StrengthUnit:
 constexpr ToolTraits hook = {.strengthUnit = ToolTraits::StrengthUnit::Percent,
                              .canSmooth = false,
                              .usesStamp = false,
-                             .staysOnSurface = false};
+                             .staysOnSurface = false,
+                             .refinesMesh = false};
+constexpr ToolTraits freeze = {.strengthUnit = ToolTraits::StrengthUnit::Percent,
+                               .refinesMesh = false};
 constexpr ToolTraits held = [] {
     ToolTraits traits = hook;
     traits.holdsPressPoint = true;
@@ -149,7 +152,7 @@ constexpr HostTool table[] = {
          "ToolCatalogue",
          "Pulls material along the path of the pointer: horns, tentacles, strands of hair.")},
     {.name = "Freeze",
-     .traits = percent,
+     .traits = freeze,
      .key = "M",
      .icon = "tool-freeze",
      .description = QT_TRANSLATE_NOOP(

@@ -43,6 +43,8 @@ struct ToolTraits {
     /// Dabs are placed on the surface along the path, so that the airbrush and the influence of the
     /// tilt on the strength have an effect.
     bool staysOnSurface = true;
+    /// Strokes can refine the mesh under the brush (DetailSettings).
+    bool refinesMesh = true;
 };
 
 /// The host's data about a tool.

@@ -28,6 +28,15 @@ struct DetailSettings {
     /// 180 keeps none.
     float creaseAngle = 180.0f;
 
+    /// Selects a unit, with a length that suits it: a tenth of the radius, or 8 pixels.
+    /// \param radius  the radius of the brush in world units.
+    void SelectMeasure(Measure selected, float radius) {
+        if (selected == measure) return;
+        measure = selected;
+        if (measure == Measure::World) length = 0.1f * radius;
+        if (measure == Measure::Radius) length = 0.1f;
+        if (measure == Measure::Pixels) length = 8.0f;
+    }
     bool IsOn() const { return measure != Measure::Off; }
     bool operator==(const DetailSettings&) const = default;
 };

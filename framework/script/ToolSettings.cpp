@@ -179,6 +179,7 @@ const json& Resolved(const json& schema, const json& part) {
 
 bool HasEffect(const ToolTraits& traits, std::string_view setting) {
     if (setting == "falloff") return traits.usesFalloff;
+    if (setting.starts_with("detail.")) return traits.refinesMesh;
     if (setting == "spacing") return traits.usesSpacing;
     if (setting == "airbrush" || setting == "tilt.strength") return traits.staysOnSurface;
     const bool isOfStamp = setting.starts_with("stamp.") || setting == "tilt.rotate";

@@ -84,6 +84,10 @@ void StrokeLoop::SetMirrors(int mode, std::vector<Matrix> pointMaps) {
 
 void StrokeLoop::Begin(BrushOperation::Modifier strokeModifier, uint64_t seed) {
     if (active) throw HostError("a stroke is already open");
+    if (observer != nullptr && detail.IsOn() && TraitsOf(brush).refinesMesh &&
+        geometry.WhyTopologyIsFixed().empty())
+        throw HostError(
+            "traces cannot record strokes that change the topology; turn the detail off");
     modifier = strokeModifier;
     RefreshStamp(brush);
     // With topological mirroring, the stamp of a mirrored dab is read at the mirrored vertex, so

@@ -118,7 +118,7 @@ JsonFields BrushSettingsFields(const BrushOperation& brush, TraceArrays& arrays)
     fields.Set("direction", std::to_string(brush.Direction()));
     fields.Set("strengthScale", JsonFloat(brush.brushStrengthScale));
     fields.Set("strengthBias", JsonFloat(brush.BrushStrengthBias()));
-    // This host has no setting that enables refinement under the brush.
+    // Strokes that refine the mesh are not traced; see StrokeLoop::Begin.
     fields.Set("useTessellator", JsonBool(false));
     fields.Set("strokeMeshLocked", JsonBool(brush.strokeMeshLocked != 0));
     fields.Set("testMode", JsonBool(HostKernel::Instance().IsTestModeOn()));

@@ -156,6 +156,11 @@ void Session::RefuseViews(const std::string& work) const {
                            " of the positions exist; delete them or use copies");
 }
 
+bool Session::RefinesMesh() const {
+    return sculpture->Document().Settings().detail.IsOn() &&
+           sculpture->Geometry().WhyTopologyIsFixed().empty();
+}
+
 void Session::RequireNoViews(const nlohmann::json& step) {
     if (views == 0 || !step.is_object()) return;
     for (const char* name : {"subdivide",
@@ -169,6 +174,7 @@ void Session::RequireNoViews(const nlohmann::json& step) {
         if (step.contains(name)) RefuseViews(std::string("run \"") + name + "\"");
     if (step.contains("level") && step.at("level") != sculpture->Geometry().BoundIndex())
         RefuseViews("change the level");
+    if (step.contains("stroke") && RefinesMesh()) RefuseViews("run a stroke with detail");
     for (const char* name : {"undo", "redo"}) {
         if (!step.contains(name) || !step.at(name).is_number_integer()) continue;
         const auto count = std::max<int64_t>(step.at(name).get<int64_t>(), 0);
@@ -223,6 +229,7 @@ void Session::RemoveView() {
 
 void Session::BeginStroke(const PenStrokeOptions& options, py::handle progress) {
     Sculpture& used = Use();
+    if (RefinesMesh()) RefuseViews("begin a stroke with detail");
     RunCall(progress, [&] {
         PenStrokeOptions polled = options;
         polled.progress = [&used] { used.job.NoteDab(); };

@@ -127,6 +127,8 @@ private:
     /// Ends an open stroke, and the journal if `endsJournal` is set.
     void EndWork(bool endsJournal);
     /// Calls RefuseViews if the step would invalidate views.
+    /// Whether strokes may change the topology.
+    bool RefinesMesh() const;
     void RequireNoViews(const nlohmann::json& step);
     /// \throw Error if there is no live stroke.
     DocumentStroke& OpenStroke();

@@ -33,6 +33,7 @@ BrushPanel::BrushPanel(Engine& given, QWidget* parent) : QScrollArea(parent), en
     layout->addLayout(head);
     setWidget(contents);
     AddGroup(SettingGroup::Brush, true);
+    AddGroup(SettingGroup::Detail, true);
     AddGroup(SettingGroup::Stroke, true);
     AddGroup(SettingGroup::Pressure, false);
     AddGroup(SettingGroup::Stamp, false);

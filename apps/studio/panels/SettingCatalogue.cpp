@@ -41,6 +41,8 @@ QString TitleOf(SettingGroup group) {
     switch (group) {
         case Brush:
             return Text::tr("Brush");
+        case Detail:
+            return Text::tr("Detail");
         case Pressure:
             return Text::tr("Pressure");
         case Stroke:
@@ -58,6 +60,12 @@ QString ChoiceText(const QString& value) {
                                                      {"upright", Text::tr("Upright")},
                                                      {"stroke", Text::tr("Along the stroke")},
                                                      {"start", Text::tr("As at the start")},
+                                                     {"world", Text::tr("World units")},
+                                                     {"radius", Text::tr("Fraction of the radius")},
+                                                     {"pixels", Text::tr("Pixels on the screen")},
+                                                     {"both", Text::tr("Refine and coarsen")},
+                                                     {"refine", Text::tr("Refine only")},
+                                                     {"coarsen", Text::tr("Coarsen only")},
                                                      {"cameraToo", Text::tr("Average and view")},
                                                      {"camera", Text::tr("View")},
                                                      {"xy", Text::tr("In plane XY")},

@@ -8,7 +8,7 @@
 
 namespace trovik::studio {
 
-enum class SettingGroup { Brush, Pressure, Stroke, Stamp, Advanced };
+enum class SettingGroup { Brush, Detail, Pressure, Stroke, Stamp, Advanced };
 
 /// The presentation of a tool setting. Its range determines the control; see SettingControl.
 struct SettingAppearance {
@@ -20,8 +20,8 @@ struct SettingAppearance {
     /// The displayed number is the value of the setting multiplied by this factor, in `unit`.
     double factor = 1.0;
     QString unit;
-    /// Name of a boolean setting that must be on for this one to have an effect; empty if there is
-    /// none.
+    /// Name of a setting that must not be false or "off" for this one to have an effect; empty if
+    /// there is none.
     QString dependsOn;
     /// Initial value of an optional number when it is switched on.
     double firstValue = 0.0;

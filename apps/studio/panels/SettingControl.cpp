@@ -204,7 +204,7 @@ void SettingList::Refresh() {
                                            ? nullptr
                                            : engine.Setting(appearance.dependsOn.toStdString());
         control->setEnabled(condition == nullptr || !condition->applies ||
-                            condition->value != json(false));
+                            (condition->value != json(false) && condition->value != json("off")));
     }
     Q_EMIT Refreshed();
 }

@@ -17,6 +17,7 @@ using enum SettingGroup;
 class Builder {
 public:
     void AddBrush();
+    void AddDetail();
     void AddStamp();
     void AddAdvanced();
     SettingRows Take() { return std::move(rows); }
@@ -163,6 +164,31 @@ void Builder::AddBrush() {
            percent);
 }
 
+void Builder::AddDetail() {
+    Add("detail.unit",
+        Text::tr("Adapt triangles"),
+        Detail,
+        Text::tr("Strokes on a triangle mesh split and collapse edges under the brush, until they "
+                 "have about the given length."));
+    SettingAppearance& length = Add("detail.length",
+                                    Text::tr("Edge length"),
+                                    Detail,
+                                    Text::tr("The edge length to aim for, in the chosen unit."));
+    Soft(length, 0.005, 40, true);
+    Add("detail.mode",
+        Text::tr("Change"),
+        Detail,
+        Text::tr("Whether long edges are split, short ones collapsed, or both."));
+    SettingAppearance& crease = Add("detail.creaseAngle",
+                                    Text::tr("Keep creases above"),
+                                    Detail,
+                                    Text::tr("Edges with a larger angle between their faces are "
+                                             "kept; 180° keeps none."));
+    crease.unit = degrees;
+    for (const char* name : {"detail.length", "detail.mode", "detail.creaseAngle"})
+        rows[name].dependsOn = "detail.unit";
+}
+
 void Builder::AddStamp() {
     Add("stamp.enabled", Text::tr("Use stamp"), Stamp, Text::tr("Shapes the dabs with an image."));
     Add("stamp.path", Text::tr("Image"), Stamp, Text::tr("The stamp's image."));
@@ -293,6 +319,7 @@ void Builder::AddAdvanced() {
 SettingRows MakeSettingRows() {
     Builder builder;
     builder.AddBrush();
+    builder.AddDetail();
     builder.AddStamp();
     builder.AddAdvanced();
     return builder.Take();

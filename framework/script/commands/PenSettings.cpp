@@ -29,11 +29,12 @@ CheckableFloat LengthOf(const LengthSetting& setting, const CheckableFloat& pres
 }
 
 // The schema has already checked the names.
-void SetDetail(DetailSettings& detail, const DetailParameters& setting) {
+void SetDetail(DetailSettings& detail, const DetailParameters& setting, float radius) {
     if (setting.unit) {
         const auto* const name =
             std::find(std::begin(detailUnitNames), std::end(detailUnitNames), *setting.unit);
-        detail.measure = static_cast<DetailSettings::Measure>(name - std::begin(detailUnitNames));
+        detail.SelectMeasure(
+            static_cast<DetailSettings::Measure>(name - std::begin(detailUnitNames)), radius);
     }
     detail.length = setting.length.value_or(detail.length);
     if (setting.mode) {
@@ -72,7 +73,8 @@ void SetPen(CommandContext& context, const SettingsParameters& settings) {
     }
     dynamics.randomSize = settings.randomSize.value_or(dynamics.randomSize);
     dynamics.airbrush = settings.airbrush.value_or(dynamics.airbrush);
-    if (settings.detail) SetDetail(context.document.Settings().detail, *settings.detail);
+    SceneSettings& scene = context.document.Settings();
+    if (settings.detail) SetDetail(scene.detail, *settings.detail, scene.radius);
     if (settings.radius && settings.radiusPixels)
         throw FieldFault("/radiusPixels", "\"radius\" and \"radiusPixels\" cannot be combined");
     if (settings.radius) dynamics.radiusPixels = 0.0f;
