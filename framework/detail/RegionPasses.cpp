@@ -10,7 +10,7 @@ namespace {
 constexpr uint32_t none = EditableMesh::none;
 using Edit = StrokeTessellator::Edit;
 
-constexpr int maxCollapseSweeps = 10;
+constexpr int maxCollapseSweeps = 3;
 constexpr int maxFlipSweeps = 4;
 /// How far a vertex moves towards the middle of its neighbours in one pass.
 constexpr float relaxation = 0.5f;

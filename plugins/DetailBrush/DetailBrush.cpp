@@ -85,7 +85,10 @@ bool DetailBrush::Tester(Mesh* mesh, uint32_t face) {
 void DetailBrush::CollectFaces() {
     if (!CurrentMeshEditable()) return;
     stroke->faces.clear();
-    stroke->tessellator->Level().EnumerateFaces(stroke->reach.face, this, 0);
+    LevelMesh& level = stroke->tessellator->Level();
+    level.EnumerateFaces(stroke->reach.face, this, 0);
+    // The walk changes nothing, so its faces need not be reported as changed by the dab.
+    level.ClearLastWalks();
 }
 
 bool DetailBrush::CurrentMeshEditable() const {
