@@ -124,6 +124,8 @@ void StrokeLoop::BeginStroke() {
         brush.BeginStroke(call.mesh, modifier, call.trigger);
         totals.seconds += SecondsSince(start);
     });
+    // A StrokeRevert brush does not change normals under such a layer.
+    if (dynamic_cast<StrokeRevert*>(&brush) == nullptr) normalBackup.Begin(*geometry.Bound());
 }
 
 void StrokeLoop::Dab(const StrokeDab& pathDab) {
@@ -238,6 +240,17 @@ void StrokeLoop::RestoreHidden() {
     if (moved.empty()) return;
     if (observer != nullptr) observer->BeforeCommand(brush, "restoreHidden");
     change->RestoreHidden(moved);
+}
+
+void StrokeLoop::RestoreNormals() {
+    LevelMesh& mesh = *geometry.Bound();
+    const std::vector<uint32_t> changed = normalBackup.Changed(mesh);
+    if (!changed.empty()) {
+        if (observer != nullptr) observer->BeforeCommand(brush, "restoreNormals");
+        normalBackup.Restore(mesh, changed);
+        Announce(changed);
+    }
+    normalBackup.End();
 }
 
 void StrokeLoop::SettleSides() {
@@ -426,6 +439,7 @@ uint64_t StrokeLoop::CountMoved() const {
 
 void StrokeLoop::EndStroke() {
     RestoreHidden();
+    RestoreNormals();
     totals.verticesMoved += CountMoved();
     Observed(observer, BrushCall(BrushCall::EndStroke, brush), [&] {
         const Clock::time_point start = Clock::now();

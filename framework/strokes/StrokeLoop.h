@@ -4,6 +4,7 @@
 #include "framework/brushes/FalloffTable.h"
 #include "framework/detail/DetailSettings.h"
 #include "framework/picking/PatchTree.h"
+#include "framework/strokes/NormalBackup.h"
 #include "framework/strokes/StampStroke.h"
 #include "framework/strokes/StrokeInputListener.h"
 #include "framework/strokes/StrokeObserver.h"
@@ -147,6 +148,8 @@ private:
     void SettleSides();
     /// Restores the values from before the stroke at hidden vertices that the brush changed.
     void RestoreHidden();
+    /// Restores the normals that the brush changed under a hidden or locked layer.
+    void RestoreNormals();
     void Announce(const std::vector<uint32_t>& vertices);
     void ClearLastWalks();
     struct MirroredDab {
@@ -189,6 +192,7 @@ private:
     std::vector<StrokeDab> mainDabs;
     /// For DrawMode::Drag: the sides of the held hit, the main side first.
     std::vector<HeldSide> heldSides;
+    NormalBackup normalBackup;
     /// The falloff of the brush when the stroke began.
     FalloffTable::Samples falloff;
     uint64_t number = 0;

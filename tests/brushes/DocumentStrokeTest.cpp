@@ -373,6 +373,42 @@ TEST_F(DocumentStrokeTest, NothingChangesTheMeshUnderAnOpenStroke) {
     }
 }
 
+// Normals after a filter differ from those that a brush computes for the same positions.
+TEST_F(DocumentStrokeTest, StrokesUnderALockedOrHiddenLayerChangeNothing) {
+    for (const char* tool : {"Sculpt", "Smooth", "Flatten", "Grab", "SnakeHook"}) {
+        for (const char* state : {R"("writable": false)", R"("visible": false)"}) {
+            for (const char* mirrors : {R"([])", R"(["x", "y"])"}) {
+                SCOPED_TRACE(std::string(tool) + state + mirrors);
+                auto work = Work(tool);
+                Document& document = work->GetDocument();
+                Step(*work, R"({"tool": "Sculpt"})");
+                Step(*work, Stroke("clean"));
+                Step(*work, R"({"filter": {"kind": "relax"}})");
+                Step(*work, std::string(R"({"tool": ")") + tool + "\"}");
+                Step(*work, std::string(R"({"mirror": )") + mirrors + "}");
+                Step(*work, std::string(R"({"layer": {"add": "layer", )") + state + "}}");
+                const std::string before = BitsOf(document);
+                const std::size_t position = document.HistoryPosition();
+                Step(*work, Stroke("everything"));
+                EXPECT_TRUE(BitsOf(document) == before);
+                {
+                    DocumentStroke stroke(document);
+                    Draw(stroke, "everything", 7);
+                    stroke.Abandon();
+                }
+                EXPECT_TRUE(BitsOf(document) == before);
+                if (std::string(tool) != "Grab" && std::string(tool) != "SnakeHook")
+                    Step(*work, R"({"stroke": {"wholeMesh": {"strength": 1}}})");
+                EXPECT_TRUE(BitsOf(document) == before);
+                EXPECT_EQ(document.HistoryPosition(), position);
+                Step(*work, R"({"layer": {"writable": true, "visible": true}})");
+                Step(*work, Stroke("everything"));
+                EXPECT_FALSE(BitsOf(document) == before);
+            }
+        }
+    }
+}
+
 TEST_F(DocumentStrokeTest, StrokeEndedByTheLoopIsClosed) {
     auto work = Work("Sculpt");
     Document& document = work->GetDocument();

@@ -61,7 +61,7 @@ float RandomEdits::Reach() const {
 
 bool RandomEdits::MayStroke() const {
     // Under a locked layer, no vertex moves, but the brush recomputes the normals without recording
-    // them.
+    // them. A StrokeLoop restores them, but these strokes call the brush directly.
     const SculptLayer* layer = geometry.Bound()->ActiveLayer();
     if (layer != nullptr && !layer->Writable()) return false;
     // Extreme positions keep growing with further strokes until they become NaN.

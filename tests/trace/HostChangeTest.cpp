@@ -282,6 +282,16 @@ TEST_F(HostChange, HiddenVerticesAreRestoredBeforeTheEndOfAStroke) {
     EXPECT_EQ(Reasons(), (std::vector<std::string>{"undo, hide", "restoreHidden"}));
 }
 
+// Normals after a filter differ from those that a brush computes for the same positions.
+TEST_F(HostChange, NormalsAreRestoredBeforeTheEndOfAStrokeUnderALockedLayer) {
+    Follow({stroke,
+            R"({"filter": {"kind": "relax"}})"_json,
+            R"({"layer": {"add": "locked", "writable": false}})"_json,
+            stroke},
+           {{"levels", 2}});
+    EXPECT_EQ(Reasons(), (std::vector<std::string>{"filter, layer", "restoreNormals"}));
+}
+
 TEST_F(HostChange, EveryKindOfStepBetweenStrokesIsFollowed) {
     const struct {
         const char* step;
