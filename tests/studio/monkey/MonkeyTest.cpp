@@ -13,6 +13,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -104,6 +105,12 @@ protected:
     }
 
     void WaitUntilIdle() {
+        // Some dialogs open only after the engine has carried out a request.
+        QTimer closing;
+        QObject::connect(&closing, &QTimer::timeout, [] {
+            if (QWidget* open = QApplication::activeModalWidget()) open->close();
+        });
+        closing.start(10);
         ASSERT_TRUE(WaitFor(
             [this] {
                 return studio->GetEngine().HasDocument() && studio->GetEngine().IsIdle() &&
