@@ -31,17 +31,24 @@ void NormalBackup::Begin(const LevelMesh& level) {
     normals.assign(present, present + level.vertexNormals.fill);
 }
 
+bool NormalBackup::AppliesTo(const LevelMesh& level) const {
+    return !normals.empty() && !HasMovedVertex(level);
+}
+
 std::vector<uint32_t> NormalBackup::Changed(const LevelMesh& level) const {
     std::vector<uint32_t> changed;
-    if (normals.empty() || HasMovedVertex(level)) return changed;
     for (uint32_t v = 0; v < normals.size(); ++v)
         if (!SameBits(normals[v], level.vertexNormals.array[v])) changed.push_back(v);
     return changed;
 }
 
-void NormalBackup::Restore(LevelMesh& level, const std::vector<uint32_t>& vertices) const {
+void NormalBackup::Restore(LevelMesh& level, const std::vector<uint32_t>& changed) const {
     level.CountOutsideEdit();
-    for (const uint32_t v : vertices) level.vertexNormals.array[v] = normals[v];
+    for (const uint32_t v : changed) level.vertexNormals.array[v] = normals[v];
+    for (uint32_t i = 0; i < level.changeRecordCount; ++i) {
+        StoredVertexInfo& record = level.changeRecords[i];
+        record.originalNormal = normals[record.vertexIndex];
+    }
 }
 
 }  // namespace trovik

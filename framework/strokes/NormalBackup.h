@@ -22,12 +22,15 @@ public:
     /// Called before the first dab of a stroke. Copies the normals if the active layer of the level
     /// is hidden or locked.
     void Begin(const LevelMesh& level);
-    /// Returns the vertices of the same level whose normals have changed since Begin, in ascending
-    /// order. The list is empty if the stroke has moved a vertex, because a brush may ignore
-    /// layers. Cost: O(vertices) if Begin has copied the normals, otherwise O(1).
+    /// Whether the normals of the same level are to be restored: there is a copy, and the stroke
+    /// has moved no vertex. A brush may ignore layers; its changes are then kept. Cost: O(records).
+    bool AppliesTo(const LevelMesh& level) const;
+    /// Returns the vertices whose normals have changed since Begin, in ascending order. Cost:
+    /// O(vertices).
     std::vector<uint32_t> Changed(const LevelMesh& level) const;
-    /// Restores the normals of these vertices.
-    void Restore(LevelMesh& level, const std::vector<uint32_t>& vertices) const;
+    /// Restores the normals of these vertices, also in the records of the open change. A record
+    /// contains another normal if it was created after a dab that recomputed the normal.
+    void Restore(LevelMesh& level, const std::vector<uint32_t>& changed) const;
     /// Frees the copy.
     void End() { normals = {}; }
 

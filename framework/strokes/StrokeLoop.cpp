@@ -244,9 +244,10 @@ void StrokeLoop::RestoreHidden() {
 
 void StrokeLoop::RestoreNormals() {
     LevelMesh& mesh = *geometry.Bound();
-    const std::vector<uint32_t> changed = normalBackup.Changed(mesh);
-    if (!changed.empty()) {
-        if (observer != nullptr) observer->BeforeCommand(brush, "restoreNormals");
+    if (normalBackup.AppliesTo(mesh)) {
+        const std::vector<uint32_t> changed = normalBackup.Changed(mesh);
+        if (observer != nullptr && !changed.empty())
+            observer->BeforeCommand(brush, "restoreNormals");
         normalBackup.Restore(mesh, changed);
         Announce(changed);
     }

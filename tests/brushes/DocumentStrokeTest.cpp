@@ -375,7 +375,8 @@ TEST_F(DocumentStrokeTest, NothingChangesTheMeshUnderAnOpenStroke) {
 
 // Normals after a filter differ from those that a brush computes for the same positions.
 TEST_F(DocumentStrokeTest, StrokesUnderALockedOrHiddenLayerChangeNothing) {
-    for (const char* tool : {"Sculpt", "Smooth", "Flatten", "Grab", "SnakeHook"}) {
+    for (const char* tool :
+         {"Sculpt", "Smooth", "Flatten", "Amplify", "Wax", "Grab", "SnakeHook"}) {
         for (const char* state : {R"("writable": false)", R"("visible": false)"}) {
             for (const char* mirrors : {R"([])", R"(["x", "y"])"}) {
                 SCOPED_TRACE(std::string(tool) + state + mirrors);

@@ -4,70 +4,16 @@
 /// levels, transforms. Undoing to the start and redoing to the end must restore bit-identical
 /// states at both ends and at each step in between. The default run is short; TROVIK_RANDOM_EDITS
 /// sets the number of edits.
-#include "framework/layers/LayerStack.h"
 #include "tests/edits/RandomEdits.h"
+#include "tests/edits/VisibleState.h"
 #include "tests/files/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
-
-#include <cstring>
 
 namespace trovik::test {
 namespace {
 
 constexpr uint32_t editsPerMesh = 25;
-
-/// Everything that the user sees of a geometry and its bound level, and the masks and layers of all
-/// levels.
-class State {
-public:
-    explicit State(LevelGeometry& geometry) {
-        LevelMesh& mesh = *geometry.Bound();
-        Put(geometry.BoundIndex());
-        Put(geometry.Transform().ToWorld());
-        Put(geometry.Transform().ToLocal());
-        for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
-            Put(mesh.Position(v));
-            const PackedNormal& normal = mesh.vertexNormals.array[v];
-            for (const int16_t word : {normal.x, normal.y, normal.z}) Put(word);
-        }
-        for (uint32_t level = 0; level < geometry.LevelCount(); ++level) {
-            const LevelMesh& one = *geometry.Level(level);
-            Put(one.FrozenVertexCount());
-            for (uint32_t v = 0; v < one.VertexCount(); ++v) {
-                Put(one.Freeze(v));
-                Put(one.FreezeOfTools(v));
-            }
-            for (uint32_t face = 0; face < one.faceCount; ++face) Put(one.IsFaceHidden(face));
-        }
-        for (uint32_t level = 0; level < geometry.LevelCount(); ++level)
-            AppendLayers(geometry, *geometry.Level(level));
-    }
-    bool operator==(const State&) const = default;
-
-private:
-    void AppendLayers(const LevelGeometry& geometry, const LevelMesh& mesh) {
-        for (const auto& layer : geometry.Layers().OfLevel(mesh)) {
-            const SculptLayer::Properties& given = layer->UserProperties();
-            bytes += given.name;
-            Put(given.strength);
-            Put(given.visible);
-            Put(given.writable);
-            Put(layer.get() == mesh.ActiveLayer());
-            for (uint32_t v = 0; v < mesh.VertexCount(); ++v) {
-                Put(layer->Offset(v));
-                Put(layer->Rest(v));
-            }
-        }
-    }
-    template <typename T>
-    void Put(const T& value) {
-        char raw[sizeof value];
-        std::memcpy(raw, &value, sizeof value);
-        bytes.append(raw, sizeof value);
-    }
-    std::string bytes;
-};
 
 const UndoStep* Newest(const UndoHistory& history) {
     return history.Position() == 0 ? nullptr : &history.Shell(history.Position() - 1);
@@ -92,20 +38,20 @@ TEST(RandomEdits, AreUndoneAndRedoneBitExactly) {
             history.SetBudget(20000);
             history.SetSpillFolder(folder.Path(""));
         }
-        std::vector<State> states;
+        std::vector<VisibleState> states;
         states.emplace_back(geometry);
         for (uint32_t i = 0; i < editsPerMesh; ++i) {
             SCOPED_TRACE("edit " + std::to_string(edit + i) + ": " + edits.CaseDescription());
             const UndoStep* before = Newest(history);
             edits.Edit();
             if (Newest(history) != before) states.emplace_back(geometry);
-            ASSERT_TRUE(State(geometry) == states.back())
+            ASSERT_TRUE(VisibleState(geometry) == states.back())
                 << "an edit without a step: " << edits.CaseDescription();
             if (random.Chance(0.1f)) {
                 // Undo some steps and continue from there, which drops the undone steps.
                 for (uint32_t n = random.Below(4); n > 0 && history.Undo(geometry); --n)
                     states.pop_back();
-                ASSERT_TRUE(State(geometry) == states.back());
+                ASSERT_TRUE(VisibleState(geometry) == states.back());
             }
         }
         std::string labels;
@@ -116,12 +62,12 @@ TEST(RandomEdits, AreUndoneAndRedoneBitExactly) {
         steps += states.size() - 1;
         std::size_t now = states.size() - 1;
         while (history.Undo(geometry)) {
-            ASSERT_TRUE(State(geometry) == states[--now]) << "after undoing to " << now;
+            ASSERT_TRUE(VisibleState(geometry) == states[--now]) << "after undoing to " << now;
         }
         // The file may have reached its limit, in which case the oldest steps were dropped.
         ASSERT_TRUE(inFile || now == 0u) << now;
         while (history.Redo(geometry)) {
-            ASSERT_TRUE(State(geometry) == states[++now]) << "after redoing to " << now;
+            ASSERT_TRUE(VisibleState(geometry) == states[++now]) << "after redoing to " << now;
         }
         ASSERT_EQ(now, states.size() - 1);
         ASSERT_EQ(history.TakeProblem(), "");
