@@ -172,7 +172,7 @@ private:
 
 /// The brush queries the mirror in only one mode; in the others, the reader may still have the
 /// mirror of an earlier state.
-void ExpectSame(State reader, State truth, const std::string& what) {
+void ExpectSame(State reader, const State& truth, const std::string& what) {
     if (truth.count(mirrorCornersFile) == 0) reader.erase(mirrorCornersFile);
     for (const auto& [name, content] : truth)
         EXPECT_TRUE(reader.count(name) != 0 && reader.at(name) == content) << what << ": " << name;

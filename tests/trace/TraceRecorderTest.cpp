@@ -239,7 +239,7 @@ TEST_F(TraceRecorderTest, BoundMeshIsTheOneThatTheBrushHasLocked) {
         second.Bound()->visitStamp = 17;
         std::unique_ptr<MeshChange> change(second.Bound()->StartChange());
         change->Add_uncached(2, 0, second.Bound()->vertices[2], false);
-        change.release();
+        static_cast<void>(change.release());
     };
     const nlohmann::json out = Dab(second)["out"];
     EXPECT_EQ(out["bound"], "m1");

@@ -13,10 +13,10 @@ constexpr int NoisePeriod = 4096;
 /// pointed at the rear (y = 0.88) and round in front: two arcs form the sides, and a circle forms
 /// the front.
 double Inside(Point2 p) {
-    constexpr double ArcRadius = 0.9094;
-    constexpr double ArcCentre = 0.2294;
-    const double right = ArcRadius - Length(p - Point2{-ArcCentre, 0.0});
-    const double left = ArcRadius - Length(p - Point2{ArcCentre, 0.0});
+    constexpr double arcRadius = 0.9094;
+    constexpr double arcCentre = 0.2294;
+    const double right = arcRadius - Length(p - Point2{-arcCentre, 0.0});
+    const double left = arcRadius - Length(p - Point2{arcCentre, 0.0});
     const double front = 0.80 - Length(p - Point2{0.0, 0.06});
     // The rear of the front circle must not cut off the tip.
     const double flanks = SmoothMin(left, right, 0.06);

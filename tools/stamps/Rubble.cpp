@@ -88,13 +88,13 @@ struct Tier {
 };
 
 std::vector<Stone> Heap() {
-    constexpr Tier Tiers[] = {{7, 0.095, 0.135, 0.20, 0.72, 0.050},
+    constexpr Tier tiers[] = {{7, 0.095, 0.135, 0.20, 0.72, 0.050},
                               {22, 0.050, 0.078, 0.31, 0.78, 0.075},
                               {75, 0.022, 0.040, 0.385, 0.85, 0.060},
                               {260, 0.007, 0.016, 0.445, 1.0, 0.0}};
     std::vector<Stone> stones;
     RandomSequence numbers(2718u);
-    for (const Tier& tier : Tiers) {
+    for (const Tier& tier : tiers) {
         const std::size_t first = stones.size();
         // If a random position is occupied, another one is drawn. If not all stones of a tier fit,
         // the tier has fewer stones.
@@ -119,28 +119,29 @@ std::vector<Stone> Heap() {
 }  // namespace
 
 FloatImage PaintRubble() {
-    constexpr std::uint32_t Size = 1024;
-    constexpr std::uint32_t Cells = 16;
+    constexpr std::uint32_t size = 1024;
+    constexpr std::uint32_t cells = 16;
     const std::vector<Stone> stones = Heap();
     // The stones that may overlap each cell of the image.
-    std::vector<std::vector<const Stone*>> near(Cells * Cells);
-    for (std::uint32_t cell = 0; cell < Cells * Cells; ++cell) {
-        const Point2 middle{(cell % Cells + 0.5) / Cells, (cell / Cells + 0.5) / Cells};
+    std::vector<std::vector<const Stone*>> near(cells * cells);
+    for (std::uint32_t cell = 0; cell < cells * cells; ++cell) {
+        const std::uint32_t row = cell / cells;
+        const Point2 middle{(cell % cells + 0.5) / cells, (row + 0.5) / cells};
         for (const Stone& stone : stones)
-            if (Length(stone.centre - middle) < 1.6 * stone.size + stone.base + 0.75 / Cells)
+            if (Length(stone.centre - middle) < 1.6 * stone.size + stone.base + 0.75 / cells)
                 near[cell].push_back(&stone);
     }
-    FloatImage image = PaintHeights(Size, 2, [&near](Point2 p) {
-        const auto column = static_cast<std::uint32_t>(p.x * Cells);
-        const auto row = static_cast<std::uint32_t>(p.y * Cells);
+    FloatImage image = PaintHeights(size, 2, [&near](Point2 p) {
+        const auto column = static_cast<std::uint32_t>(p.x * cells);
+        const auto row = static_cast<std::uint32_t>(p.y * cells);
         // Earth between the stones.
         const double far = Length(p - Point2{0.5, 0.5});
         const double fade = SmoothStep(0.46, 0.16, far);
         double height = fade * (0.045 + 0.012 * LayeredNoise(p * 40.0, NoisePeriod, 4, 5u)) * fade;
-        constexpr double Crease = 0.0015;
-        for (const Stone* stone : near[row * Cells + column]) {
-            const double top = StoneHeight(*stone, p, height - Crease);
-            if (top > height - Crease) height = SmoothMax(height, top, Crease);
+        constexpr double crease = 0.0015;
+        for (const Stone* stone : near[row * cells + column]) {
+            const double top = StoneHeight(*stone, p, height - crease);
+            if (top > height - crease) height = SmoothMax(height, top, crease);
         }
         return height * SmoothStep(0.495, 0.470, far);
     });

@@ -14,11 +14,11 @@ namespace {
 
 template <class Sample>
 void WriteHeights(const std::string& path, const FloatImage& image) {
-    constexpr double Largest = std::numeric_limits<Sample>::max();
+    constexpr double largest = std::numeric_limits<Sample>::max();
     std::vector<Sample> samples;
     samples.reserve(image.pixels.size());
     for (const float value : image.pixels)
-        samples.push_back(static_cast<Sample>(std::floor(value * Largest + 0.5)));
+        samples.push_back(static_cast<Sample>(std::floor(value * largest + 0.5)));
     WriteImageFile(path, samples.data(), image.width, image.height, image.channels);
 }
 
