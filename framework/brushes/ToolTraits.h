@@ -31,7 +31,7 @@ struct ToolTraits {
     /// The tool flattens onto a plane, which can be constant for a stroke ("globalplane",
     /// "updateplane").
     bool worksOnPlane = false;
-    /// A stroke holds the surface at the press point, and only the pointer moves on.
+    /// All dabs of a stroke have the press point as their hit, as with DrawMode::Drag.
     bool holdsPressPoint = false;
     /// With BrushOperation::ModifierSmooth, the tool smooths or blurs. Otherwise, applications use
     /// the tool Smooth for such a stroke.

@@ -14,7 +14,7 @@ namespace trovik {
 /// indices, so that it can be packed, uploaded, culled and drawn separately. A vertex on the border
 /// between patches is stored in each of them.
 ///
-///     grids     All levels that are refined from quads at least twice. A patch is one face of
+///     grids     All levels at least two subdivisions above a level of quads. A patch is a face of
 ///               PatchLevel() with its descendants: a grid of (2^Depth() + 1)^2 vertices in row
 ///               order, at most 33 x 33. All patches share GridIndices::OfDepth(Depth()).
 ///     buckets   All other levels. A patch has up to 4096 faces and its own indices (FaceBuckets).

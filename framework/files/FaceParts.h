@@ -56,9 +56,9 @@ public:
 
     /// Passes the words of all faces to `take`, part by part.
     ///
-    /// A source can only be read from front to back, so each pass over the faces collects as many
-    /// parts as fit into `maxWords` words. A larger part gets a pass of its own and is forwarded
-    /// without being collected. At most 2 * words / maxWords + 1 passes are made.
+    /// A source can only be read sequentially. Each pass over the faces therefore buffers as many
+    /// parts as fit into `maxWords` words. A larger part is passed on in a separate pass, without
+    /// being buffered. There are at most 2 * words / maxWords + 1 passes.
     /// \param wordsOf  returns the total number of words for the faces of a part.
     /// \param blockParts  the lists that ReadFaces must fill for `describe`.
     void ForEachWord(const std::function<std::uint64_t(const Part&)>& wordsOf,

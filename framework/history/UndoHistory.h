@@ -151,7 +151,7 @@ private:
     /// Reduces the history to the budget by moving steps into the file and by dropping steps.
     void Fit();
     void DropOldest(uint64_t most);
-    /// Drops one group, the next one in the order in which groups are dropped.
+    /// Drops the oldest group, or, if all steps are undone, the group that would be redone last.
     /// \return false if only one group is left.
     bool DropGroup();
     void SpillFarthest();

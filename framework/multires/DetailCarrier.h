@@ -19,11 +19,10 @@ namespace trovik {
 /// with an adjacent level. The detail of a fine vertex is its offset from the refinement of the
 /// coarse level's seen state.
 ///
-/// Upwards: a fine vertex moves if refining the current state gives it another position than
-/// refining the seen state. Its new position is its refined position plus its detail, which is
-/// rotated with the surface. A vertex without detail is exactly at the position that subdivision
-/// would give it. The offsets that layers of the fine level store for the vertex rotate with its
-/// detail (RotatedLayers).
+/// Upwards: a fine vertex moves if its refined positions in the current state and in the seen state
+/// differ. Its new position is the current refined position plus its detail, which is rotated with
+/// the surface. A vertex without detail is exactly at its refined position. The offsets that layers
+/// of the fine level store for the vertex rotate with its detail (RotatedLayers).
 ///
 /// Downwards: a coarse vertex moves by a weighted mean of the displacements of the fine vertices at
 /// and around it. The weights are 1/4 for the same vertex, 1/2 for the mean of its edge points, and

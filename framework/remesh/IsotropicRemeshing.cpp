@@ -153,9 +153,8 @@ void Report(const EditableMesh& mesh, const IsotropicRemeshing& settings, NewSur
     if (std::fabs(static_cast<double>(count) - wanted) <= std::max(wanted * 0.05, 1.0)) return;
     made.report.warnings.push_back("the mesh has " + std::to_string(count) + " triangles; " +
                                    std::to_string(*settings.faces) +
-                                   " cannot be reached with the mode, the masked area, and the "
-                                   "borders, seams and creases that "
-                                   "are kept");
+                                   " cannot be reached in this mode while the masked areas, "
+                                   "borders, seams and creases are kept");
 }
 
 /// Edits compare products of two areas. At these limits, in mesh-local units, such products neither

@@ -53,8 +53,8 @@ std::vector<NearestPoint> NearestAlong(SourceSurface& surface,
     return nearest;
 }
 
-// Nearest points leave out the surface next to convex edges, where the vertices of several faces
-// would have to be, and crowd in concave ones. Points along the normals are spread evenly.
+// Nearest points are sparse next to convex edges of the surface and dense next to concave ones.
+// Points along the normals are spaced evenly.
 void ProjectLevel(LevelMesh& level, SourceSurface& surface, float reach, JobControl* job) {
     const std::vector<Vector> positions = PositionsOf(level);
     std::vector<Vector> normals(positions.size());

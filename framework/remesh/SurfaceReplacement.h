@@ -17,7 +17,7 @@ namespace trovik {
 struct ReplacementReport {
     /// What was done.
     std::vector<std::string> notes;
-    /// What was lost, or does not match the request.
+    /// Data that was lost, and results that do not match the request.
     std::vector<std::string> warnings;
 };
 

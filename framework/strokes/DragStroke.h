@@ -31,11 +31,10 @@ TROVIK_API DragMotion DragMotionOf(const BrushOperation& brush);
 /// so each motion replaces the previous one; the last motion determines the result.
 ///
 /// Positions are in viewport coordinates or, without a view, in world space. The press point is the
-/// surface point at the first position, or without a view the nearest one to it. Only differences
-/// from the first position count, so the pointer may leave the surface and the mesh. If the press
-/// misses the mesh, there are no dabs. The radius is determined by the first sample; the pressure
-/// of a dab is the highest one since the press, so that lifting the pen does not release the
-/// region.
+/// surface point at the first position, or without a view the nearest one to it. Only the motion
+/// since the first position counts, so the pointer may move off the mesh. If the press misses the
+/// mesh, there are no dabs. The radius is determined by the first sample; the pressure of a dab is
+/// the highest one since the press, so that lifting the pen does not release the region.
 class TROVIK_API DragStroke {
 public:
     /// Borrows all arguments except `view`, `options` and `dynamics`. Use the object between the

@@ -114,7 +114,8 @@ private:
     void Follow(const PathSample& sample);
     bool Apply(const std::vector<PathSample>& samples, PathDabs::Deadline deadline);
     bool FinishRelease(PathDabs::Deadline deadline);
-    /// Places the copy or moves the held point: its last dab replaces all previous ones.
+    /// Places the stamp copy again, or moves the held point again. The last dab replaces all
+    /// previous ones.
     void Place(const std::vector<PathSample>& samples);
 
     StrokeLoop& loop;

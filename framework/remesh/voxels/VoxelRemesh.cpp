@@ -18,18 +18,19 @@ namespace trovik {
 namespace {
 
 /// A surface with a smaller ratio of volume to area^1.5 is flat; that of a sphere is 0.09.
-constexpr double leastFullness = 1e-6;
+constexpr double minFullness = 1e-6;
 /// Memory for one new face: its part of the grids, and of the new level and its temporary copies.
 constexpr double bytesPerFace = 450.0;
 /// Number of faces of a first, faster remesh that improves the estimate of the voxel size.
 constexpr double trialFaces = 50'000.0;
 constexpr int maxTries = 16;
 /// The search for a voxel size ends at this relative error of the number of faces.
-constexpr double enough = 0.02;
-constexpr double allowed = 0.05;
+constexpr double targetError = 0.02;
+/// A larger relative error is reported as a warning.
+constexpr double maxError = 0.05;
 /// Connected components with fewer faces are about as small as a voxel. They remain of tips and
 /// walls that are thinner than the voxels.
-constexpr std::size_t leastPiece = 24;
+constexpr std::size_t minPieceFaces = 24;
 /// Vertices are projected to points of the old surface within this number of voxels.
 constexpr float reachInVoxels = 2.0f;
 
@@ -91,7 +92,7 @@ SizedField FieldWithFaces(const ClosedSurface& surface, uint32_t wanted, JobCont
         const double ratio = static_cast<double>(next.faces) / wanted;
         if (best.field == nullptr || next.ErrorFor(wanted) < best.ErrorFor(wanted))
             best = std::move(next);
-        if (best.ErrorFor(wanted) <= enough) break;
+        if (best.ErrorFor(wanted) <= targetError) break;
         (ratio > 1.0 ? low : high) = size;
         size *= std::sqrt(std::max(ratio, 0.25));
     }
@@ -114,7 +115,7 @@ void Complete(LevelGeometry& geometry,
 
 /// Removes components that are about as small as a voxel, unless there are no others.
 void RemoveSmallPieces(NewSurface& surface) {
-    const std::vector<bool> isSmall = FacesOfSmallPieces(surface.mesh, leastPiece);
+    const std::vector<bool> isSmall = FacesOfSmallPieces(surface.mesh, minPieceFaces);
     if (std::find(isSmall.begin(), isSmall.end(), false) == isSmall.end()) return;
     const std::size_t removed = RemoveFaces(surface, isSmall);
     surface.vertexSources.clear();
@@ -126,7 +127,7 @@ void RemoveSmallPieces(NewSurface& surface) {
 
 NewSurface MakeRemeshed(SourceSurface& source, const VoxelRemesh& settings, JobControl* job) {
     const ClosedSurface surface(source, job);
-    if (surface.volume <= leastFullness * std::pow(surface.area, 1.5))
+    if (surface.volume <= minFullness * std::pow(surface.area, 1.5))
         throw HostError(
             "the mesh encloses no volume; an open surface such as a plane cannot be remeshed with "
             "voxels");
@@ -147,7 +148,7 @@ NewSurface MakeRemeshed(SourceSurface& source, const VoxelRemesh& settings, JobC
                                     (surface.filledHoles == 1 ? " hole was" : " holes were") +
                                     " filled");
     const std::size_t faces = made.mesh.faceSizes.size();
-    if (settings.faces && RelativeError(faces, *settings.faces) > allowed)
+    if (settings.faces && RelativeError(faces, *settings.faces) > maxError)
         made.report.warnings.push_back("the mesh has " + std::to_string(faces) +
                                        " faces; no voxel size gives a number within 5 % of " +
                                        std::to_string(*settings.faces));

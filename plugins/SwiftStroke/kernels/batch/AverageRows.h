@@ -124,8 +124,9 @@ TROVIK_FORCE_INLINE void AverageAllRows(const RowGroup<Lanes>& rows,
     for (uint32_t i = 0; i < count; ++i) {
         const V rightA = Lanes::Combined([=](uint32_t j) { return (&upper(j))[i + 1]; });
         const V rightB = Lanes::Combined([=](uint32_t j) { return (&lower(j))[i + 1]; });
-        // The cell below a row's current cell is the cell to the right of the next row's current
-        // cell, and the cell above it is the previous result of the row above.
+        // Each row is one column behind the row above it. Therefore, the neighbour below a row's
+        // current cell is also the right neighbour of the next row's current cell, and the
+        // neighbour above is the last result of the row above.
         const V belowA = Lanes::FromNext(rightA, rightB);
         const V belowB = Lanes::FromNext(rightB, Lanes::Repeated(under[i]));
         const V aboveA = Lanes::FromPrevious(Lanes::Repeated(over[i]), leftA);
