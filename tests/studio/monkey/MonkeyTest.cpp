@@ -140,12 +140,20 @@ protected:
     /// Stores the surface at the start of the history.
     void RememberBase() {
         WaitUntilIdle();
-        const auto done = static_cast<int>(State().historyPosition);
+        const auto done = AppliedGroups();
         if (done > 0) Run({{"undo", done}});
         base = Surface();
         baseLevels = State().levels;
         if (done > 0) Run({{"redo", done}});
         isBaseKnown = true;
+    }
+
+    /// Number of applied undo steps; steps that are undone together count as one.
+    std::ptrdiff_t AppliedGroups() const {
+        const auto first = State().history.begin();
+        const auto end = first + static_cast<std::ptrdiff_t>(State().historyPosition);
+        return std::count_if(
+            first, end, [](const HistoryEntry& entry) { return !entry.joinsPrevious; });
     }
 
     /// Returns the labels of the applied steps.
@@ -160,7 +168,7 @@ protected:
         // Exports the surface first, so that requests that are still queued are counted below.
         const std::string now = Surface();
         WaitUntilIdle();
-        const auto done = static_cast<int>(State().historyPosition);
+        const auto done = AppliedGroups();
         const std::string steps = History();
         if (done > 0) Run({{"undo", done}});
         WaitUntilIdle();
