@@ -46,6 +46,22 @@ private:
 /// the faces under one dab to a few hundred thousand.
 constexpr float minDetailOfRadius = 0.005f;
 
+/// Makes the next undo step join the newest one if it is pushed within the scope.
+class JoinedStep {
+public:
+    JoinedStep(UndoHistory& ofHistory, bool joins) : history(ofHistory) { history.JoinNext(joins); }
+    ~JoinedStep() { history.JoinNext(false); }
+    JoinedStep(const JoinedStep&) = delete;
+    JoinedStep& operator=(const JoinedStep&) = delete;
+
+private:
+    UndoHistory& history;
+};
+
+const UndoStep* NewestStep(const UndoHistory& history) {
+    return history.Position() == 0 ? nullptr : &history.Shell(history.Position() - 1);
+}
+
 using Clock = std::chrono::steady_clock;
 
 double SecondsSince(Clock::time_point start) {
@@ -197,12 +213,14 @@ bool StrokeLoop::KeepsPlane() const {
 
 // The remaining sides form pairs: one side is the image of the other under a map, just like the
 // mirrored side and the main side.
-void StrokeLoop::ApplyOtherPairs(const std::function<void()>& poll) {
+void StrokeLoop::ApplyOtherPairs(const UndoStep* newestBefore, const std::function<void()>& poll) {
     UndoHistory& history = geometry.History();
     // For the user, this is a single stroke, so a falloff chosen during it applies only to the next
     // stroke.
     const FalloffOfStroke ofStroke(brush.Settings().falloff, falloff);
     const std::vector<StrokeDab> dabs = std::exchange(mainDabs, {});
+    // If a side changes nothing, for example because it is masked, it has no step to join.
+    bool hasStep = false;
     for (std::size_t first = 1; first < mirrors.size(); first += 2) {
         const bool isPair = first + 1 < mirrors.size();
         Matrix between;
@@ -211,7 +229,8 @@ void StrokeLoop::ApplyOtherPairs(const std::function<void()>& poll) {
             back.Invert(nullptr);
             between = back * mirrors[first + 1];
         }
-        history.JoinNext(true);
+        hasStep = hasStep || NewestStep(history) != newestBefore;
+        const JoinedStep joined(history, hasStep);
         BeginStroke();
         try {
             for (const StrokeDab& dab : dabs) {
@@ -225,11 +244,9 @@ void StrokeLoop::ApplyOtherPairs(const std::function<void()>& poll) {
             }
         } catch (...) {
             EndStroke();
-            history.JoinNext(false);
             throw;
         }
         EndStroke();
-        history.JoinNext(false);
     }
 }
 
@@ -463,8 +480,9 @@ void StrokeLoop::Finish(bool brokenOff, const std::function<void()>& poll) {
     number = 0;
     try {
         if (!inPairs) SettleSides();
+        const UndoStep* const newestBefore = NewestStep(geometry.History());
         EndStroke();
-        if (inPairs) ApplyOtherPairs(poll);
+        if (inPairs) ApplyOtherPairs(newestBefore, poll);
     } catch (...) {
         mainDabs.clear();
         if (listener != nullptr) listener->OnStrokeEnded(true);

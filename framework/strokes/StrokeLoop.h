@@ -144,7 +144,9 @@ private:
     std::optional<StrokeDab> Mapped(const StrokeDab& dab, const Matrix& map, bool asMirror) const;
     /// Whether the brush's tool uses one plane for the whole stroke.
     bool KeepsPlane() const;
-    void ApplyOtherPairs(const std::function<void()>& poll);
+    /// \param newestBefore  the newest undo step before the first pair was applied; null if there
+    /// was none.
+    void ApplyOtherPairs(const UndoStep* newestBefore, const std::function<void()>& poll);
     void SettleSides();
     /// Restores the values from before the stroke at hidden vertices that the brush changed.
     void RestoreHidden();

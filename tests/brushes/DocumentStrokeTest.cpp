@@ -373,6 +373,26 @@ TEST_F(DocumentStrokeTest, NothingChangesTheMeshUnderAnOpenStroke) {
     }
 }
 
+TEST_F(DocumentStrokeTest, StrokeWithoutEffectOnTheMainSideDoesNotJoinTheStepBefore) {
+    const std::string stroke = R"({"stroke": {"surface": [[0.3, 0.4, 0], [0.6, 0.4, 0]]}})";
+    auto work = Work("Sculpt");
+    Document& document = work->GetDocument();
+    Step(*work, R"({"mirror": ["x", "y"]})");
+    Step(*work, stroke);
+    Step(*work, R"({"mask": {"min": [-1, 0, -1], "max": [1, 1, 1]}})");
+    const std::string masked = BitsOf(document);
+    const std::size_t position = document.HistoryPosition();
+    // This tool uses one plane for the whole stroke, so two of its four sides are applied later.
+    Step(*work,
+         R"({"tool": "Flatten", "set": {"radius": 0.3, "strength": 90, "updatePlane": false}})");
+    Step(*work, stroke);
+    ASSERT_EQ(document.HistoryPosition(), position + 1);
+    ASSERT_FALSE(BitsOf(document) == masked);
+    ASSERT_TRUE(document.Undo());
+    EXPECT_EQ(document.HistoryPosition(), position);
+    EXPECT_TRUE(BitsOf(document) == masked);
+}
+
 // Normals after a filter differ from those that a brush computes for the same positions.
 TEST_F(DocumentStrokeTest, StrokesUnderALockedOrHiddenLayerChangeNothing) {
     for (const char* tool :
