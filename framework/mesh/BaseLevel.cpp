@@ -54,14 +54,20 @@ struct EdgePoint {
 
 }  // namespace
 
-PolygonMesh ToUniformFaces(const PolygonMesh& polygons, JobControl* job) {
+bool HasUniformFaces(const PolygonMesh& polygons) {
     const auto all = [&polygons](uint32_t corners) {
         return std::all_of(polygons.faceSizes.begin(),
                            polygons.faceSizes.end(),
                            [corners](uint32_t size) { return size == corners; });
     };
-    if (all(3) || all(4)) return polygons;
+    return all(3) || all(4);
+}
 
+PolygonMesh ToUniformFaces(const PolygonMesh& polygons, JobControl* job) {
+    return HasUniformFaces(polygons) ? polygons : RefineToQuads(polygons, job);
+}
+
+PolygonMesh RefineToQuads(const PolygonMesh& polygons, JobControl* job) {
     JobPhase phase(job, "Splitting faces", polygons.faceSizes.size());
     PolygonMesh quads;
     quads.name = polygons.name;

@@ -8,11 +8,17 @@
 
 namespace trovik {
 
-/// Converts polygons into faces that level 0 can store: only quads or only triangles. Any other
-/// mesh is split by one Catmull-Clark step: a face with n corners becomes n consecutive quads. The
-/// corners of quad k are corner k, the point on edge k, the face point and the point on edge k - 1.
-/// \throw Cancelled.
+/// Whether level 0 can store the faces: they are all quads or all triangles.
+bool HasUniformFaces(const PolygonMesh& polygons);
+
+/// Converts polygons into faces that level 0 can store: splits a mesh that HasUniformFaces refuses
+/// with RefineToQuads. \throw Cancelled.
 PolygonMesh ToUniformFaces(const PolygonMesh& polygons, JobControl* job = nullptr);
+
+/// Makes one Catmull-Clark step: a face with n corners becomes n consecutive quads. The corners of
+/// quad k are corner k, the point on edge k, the face point and the point on edge k - 1. Vertices
+/// keep their numbers. \throw Cancelled.
+PolygonMesh RefineToQuads(const PolygonMesh& polygons, JobControl* job = nullptr);
 
 /// If at least half of the faces are triangles, returns one sentence of advice for a user who is
 /// about to refine the mesh; otherwise returns an empty string.

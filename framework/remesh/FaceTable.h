@@ -62,6 +62,6 @@ void ForEachEdge(const std::vector<FaceSide>& sides, const Visit& visit) {
 
 /// Assigns a number to each face, so that faces with a common vertex have the same number. Numbers
 /// count from 0 in the order of the lowest faces. \return the numbers, and their count.
-std::pair<std::vector<uint32_t>, uint32_t> ComponentsOf(const PolygonMesh& mesh);
+TROVIK_API std::pair<std::vector<uint32_t>, uint32_t> ComponentsOf(const PolygonMesh& mesh);
 
 }  // namespace trovik

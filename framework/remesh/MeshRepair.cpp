@@ -6,10 +6,10 @@
 #include "framework/remesh/FaceOrientation.h"
 #include "framework/remesh/FaceTable.h"
 #include "framework/remesh/MeshCleaning.h"
+#include "framework/remesh/SurfaceCopy.h"
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 
 namespace trovik {
 
@@ -27,16 +27,7 @@ std::string Count(std::size_t count, const char* one, const char* several) {
 }
 
 NewSurface MakeRepaired(SourceSurface& source, const MeshRepair& settings, JobControl* job) {
-    NewSurface made;
-    made.mesh = source.Polygons(job);
-    made.vertexSources.resize(made.mesh.positions.size());
-    std::iota(made.vertexSources.begin(), made.vertexSources.end(), 0u);
-    made.faceSources.resize(made.mesh.faceSizes.size());
-    std::iota(made.faceSources.begin(), made.faceSources.end(), 0u);
-    SurfaceAttributes uvs;
-    uvs.uvs = std::move(made.mesh.attributes.uvs);
-    uvs.cornerUvs = std::move(made.mesh.attributes.cornerUvs);
-    made.mesh.attributes = std::move(uvs);
+    NewSurface made = CopyOf(source, job);
     const auto note = [&](std::size_t count, const char* one, const char* several) {
         if (count > 0) made.report.notes.push_back(Count(count, one, several));
     };

@@ -2,9 +2,9 @@
 #include "framework/remesh/SurfaceReplacement.h"
 
 #include "framework/errors/HostError.h"
-#include "framework/jobs/JobPhase.h"
 #include "framework/layers/LayerStack.h"
 #include "framework/mesh/BaseLevel.h"
+#include "framework/remesh/FaceSplitting.h"
 #include "framework/remesh/SurfaceTransfer.h"
 
 #include <algorithm>
@@ -18,40 +18,13 @@ std::string Count(std::size_t count, const char* one, const char* several) {
     return std::to_string(count) + " " + (count == 1 ? one : several);
 }
 
-/// Splits the faces of a mesh that level 0 cannot store into quads, without changing the shape:
-/// edge points are at the middle of their edges.
+/// Splits the faces of a mesh that level 0 cannot store into quads.
 void MakeUniform(NewSurface& made, JobControl* job) {
-    PolygonMesh& mesh = made.mesh;
-    PolygonMesh quads = ToUniformFaces(mesh, job);
-    if (quads.faceSizes.size() == mesh.faceSizes.size()) return;
-    const auto at = [&](uint32_t vertex) {
-        const auto& p = mesh.positions[vertex];
-        return Vector(p[0], p[1], p[2]);
-    };
-    const auto place = [&](uint32_t vertex, const Vector& p) {
-        quads.positions[vertex] = {p.x, p.y, p.z};
-    };
-    std::copy(mesh.positions.begin(), mesh.positions.end(), quads.positions.begin());
-    std::vector<uint32_t> sources;
-    const uint32_t* corners = mesh.faceVertices.data();
-    const uint32_t* quad = quads.faceVertices.data();
-    for (std::size_t face = 0; face < mesh.faceSizes.size(); ++face) {
-        const uint32_t size = mesh.faceSizes[face];
-        Vector centre;
-        for (uint32_t k = 0; k < size; ++k) centre += at(corners[k]);
-        for (uint32_t k = 0; k < size; ++k, quad += 4) {
-            place(quad[1], (at(corners[k]) + at(corners[(k + 1) % size])) * 0.5f);
-            place(quad[2], centre * (1.0f / static_cast<float>(size)));
-            sources.push_back(face < made.faceSources.size() ? made.faceSources[face]
-                                                             : NewSurface::none);
-        }
-        corners += size;
-    }
-    mesh = std::move(quads);
-    made.faceSources = std::move(sources);
+    if (HasUniformFaces(made.mesh)) return;
+    SplitIntoFlatQuads(made, job);
     made.report.warnings.push_back(
         "the new mesh had triangles and quads, so each face was split into quads: " +
-        std::to_string(mesh.faceSizes.size()) + " faces");
+        std::to_string(made.mesh.faceSizes.size()) + " faces");
 }
 
 }  // namespace

@@ -25,14 +25,18 @@ struct ReplacementReport {
 struct NewSurface {
     /// Marks an element without a source.
     static constexpr uint32_t none = 0xffffffffu;
+    /// Marks an element that is not part of the old surface and has its own data: that in the
+    /// attributes of `mesh`, no mask, and no layers.
+    static constexpr uint32_t own = 0xfffffffeu;
 
     /// Mesh-local positions and faces. If the faces are neither all quads nor all triangles, each
     /// of them is split into quads around its centre, and a warning reports it. Of the attributes,
-    /// only UVs are read; everything else is transferred.
+    /// only UVs, and the data of elements whose source is `own`, are read; everything else is
+    /// transferred. Groups and materials with the same name as an old one become part of it.
     PolygonMesh mesh;
-    /// For each vertex, the vertex of the old surface from which it copies its data, or `none`. The
-    /// list may be shorter than that of the vertices. Data of vertices without a source is
-    /// interpolated at the nearest point of the old surface.
+    /// For each vertex, the vertex of the old surface from which it copies its data, or `none`, or
+    /// `own`. The list may be shorter than that of the vertices. Data of vertices without a source
+    /// is interpolated at the nearest point of the old surface.
     std::vector<uint32_t> vertexSources;
     /// The same for faces. A face without a source gets the data of the old face that is nearest to
     /// its centre.

@@ -6,6 +6,7 @@
 #include "framework/math/SameBits.h"
 #include "framework/mesh/LevelPositions.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace trovik {
@@ -13,6 +14,7 @@ namespace trovik {
 namespace {
 
 constexpr uint32_t none = NewSurface::none;
+constexpr uint32_t own = NewSurface::own;
 
 uint32_t SourceOf(const std::vector<uint32_t>& sources, std::size_t index) {
     return index < sources.size() ? sources[index] : none;
@@ -39,11 +41,12 @@ public:
     }
 
     /// Calls `copy(element, source)` for each element with a source, and `sample(element, nearest
-    /// point)` for each of the others.
+    /// point)` for each without one. Elements with their own data are skipped.
     template <typename Copy, typename Sample>
     void ForEach(std::size_t count, const Copy& copy, const Sample& sample) const {
         for (std::size_t i = 0; i < count; ++i)
-            if (const uint32_t from = SourceOf(sources, i); from != none) copy(i, from);
+            if (const uint32_t from = SourceOf(sources, i); from != none && from != own)
+                copy(i, from);
         for (std::size_t i = 0; i < elements.size(); ++i) sample(elements[i], nearest[i]);
     }
 
@@ -68,8 +71,9 @@ Vector Of(const std::array<float, 3>& p) { return {p[0], p[1], p[2]}; }
 
 void TransferColors(SourceSurface& source, NewSurface& made, JobControl* job) {
     const auto& colors = source.Attributes().colors;
-    if (colors.empty()) return;
     PolygonMesh& mesh = made.mesh;
+    auto& result = mesh.attributes.colors;
+    if (colors.empty() && result.empty()) return;
     const std::size_t count = mesh.positions.size();
     const Origins origins(
         source,
@@ -77,29 +81,49 @@ void TransferColors(SourceSurface& source, NewSurface& made, JobControl* job) {
         count,
         [&](std::size_t v) { return Of(mesh.positions[v]); },
         job);
-    auto& result = mesh.attributes.colors;
-    result.resize(count);
+    constexpr std::array<float, 4> white = {1.0f, 1.0f, 1.0f, 1.0f};
+    result.resize(count, white);
+    const auto colorOf = [&](uint32_t vertex) { return colors.empty() ? white : colors[vertex]; };
     origins.ForEach(
         count,
-        [&](std::size_t v, uint32_t from) { result[v] = colors[from]; },
+        [&](std::size_t v, uint32_t from) { result[v] = colorOf(from); },
         [&](std::size_t v, const NearestPoint& at) {
             for (std::size_t channel = 0; channel < 4; ++channel) {
                 result[v][channel] = 0.0f;
                 for (std::size_t i = 0; i < 3; ++i)
-                    result[v][channel] += at.weights[i] * colors[at.vertices[i]][channel];
+                    result[v][channel] += at.weights[i] * colorOf(at.vertices[i])[channel];
             }
         });
+}
+
+/// Puts the old names of groups or materials before the new ones, and changes the values of the
+/// faces with new names accordingly.
+void MergeNames(const std::vector<std::string>& old,
+                std::vector<std::string>& names,
+                std::vector<uint32_t>& values) {
+    std::vector<std::string> all = old;
+    std::vector<uint32_t> numbers;
+    for (const std::string& name : names) {
+        const auto found = std::ranges::find(all, name);
+        numbers.push_back(static_cast<uint32_t>(found - all.begin()));
+        if (found == all.end()) all.push_back(name);
+    }
+    for (uint32_t& value : values)
+        if (value != SurfaceAttributes::none) value = numbers[value];
+    names = std::move(all);
 }
 
 void TransferFaceData(SourceSurface& source, NewSurface& made, JobControl* job) {
     const SurfaceAttributes& from = source.Attributes();
     SurfaceAttributes& to = made.mesh.attributes;
+    MergeNames(from.groupNames, to.groupNames, to.faceGroups);
+    MergeNames(from.materialNames, to.materialNames, to.faceMaterials);
     const std::pair<const std::vector<uint32_t>*, std::vector<uint32_t>*> lists[] = {
         {&from.faceGroups, &to.faceGroups},
         {&from.faceMaterials, &to.faceMaterials},
         {&from.faceSmoothing, &to.faceSmoothing}};
     bool isAny = false;
-    for (const auto& list : lists) isAny = isAny || !list.first->empty();
+    for (const auto& list : lists) isAny = isAny || !list.first->empty() || !list.second->empty();
     if (!isAny) return;
     const PolygonMesh& mesh = made.mesh;
     std::vector<std::size_t> firstCorners(mesh.faceSizes.size());
@@ -119,13 +143,28 @@ void TransferFaceData(SourceSurface& source, NewSurface& made, JobControl* job) 
     for (const auto& list : lists) {
         const auto* old = list.first;
         auto* result = list.second;
-        if (old->empty()) continue;
-        result->resize(count);
+        if (old->empty() && result->empty()) continue;
+        result->resize(count, SurfaceAttributes::none);
+        const auto valueOf = [&old](uint32_t face) {
+            return old->empty() ? SurfaceAttributes::none : (*old)[face];
+        };
         origins.ForEach(
             count,
-            [&](std::size_t face, uint32_t origin) { (*result)[face] = (*old)[origin]; },
-            [&](std::size_t face, const NearestPoint& at) { (*result)[face] = (*old)[at.face]; });
+            [&](std::size_t face, uint32_t origin) { (*result)[face] = valueOf(origin); },
+            [&](std::size_t face, const NearestPoint& at) { (*result)[face] = valueOf(at.face); });
     }
+}
+
+/// Removes all attributes except UVs, unless elements have their own data.
+void DropUnusedAttributes(NewSurface& made) {
+    const auto isOwn = [](uint32_t source) { return source == own; };
+    if (std::ranges::any_of(made.vertexSources, isOwn) ||
+        std::ranges::any_of(made.faceSources, isOwn))
+        return;
+    SurfaceAttributes uvs;
+    uvs.uvs = std::move(made.mesh.attributes.uvs);
+    uvs.cornerUvs = std::move(made.mesh.attributes.cornerUvs);
+    made.mesh.attributes = std::move(uvs);
 }
 
 /// Adds a vertex to a layer without moving it.
@@ -141,11 +180,13 @@ void AddToLayer(SculptLayer& layer, LevelMesh& level, uint32_t vertex, const Vec
 
 void TransferAttributes(SourceSurface& source, NewSurface& made, JobControl* job) {
     const SurfaceAttributes& from = source.Attributes(job);
+    DropUnusedAttributes(made);
     SurfaceAttributes& to = made.mesh.attributes;
-    to.hasAlpha = from.hasAlpha;
-    to.groupNames = from.groupNames;
-    to.materialNames = from.materialNames;
-    to.materialFiles = from.materialFiles;
+    to.hasAlpha = to.hasAlpha || from.hasAlpha;
+    std::vector<std::string> files = from.materialFiles;
+    for (std::string& file : to.materialFiles)
+        if (std::ranges::find(files, file) == files.end()) files.push_back(std::move(file));
+    to.materialFiles = std::move(files);
     to.space = from.space;
     TransferColors(source, made, job);
     TransferFaceData(source, made, job);

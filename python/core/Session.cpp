@@ -170,7 +170,8 @@ void Session::RequireNoViews(const nlohmann::json& step) {
                              "decimate",
                              "remesh",
                              "repair",
-                             "voxelRemesh"})
+                             "voxelRemesh",
+                             "append"})
         if (step.contains(name)) RefuseViews(std::string("run \"") + name + "\"");
     if (step.contains("level") && step.at("level") != sculpture->Geometry().BoundIndex())
         RefuseViews("change the level");

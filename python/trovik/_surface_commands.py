@@ -310,6 +310,40 @@ class SurfaceCommands(Steps):
             fields["faces"] = faces
         self._do({"voxelRemesh": fields_of(fields)}, progress)
 
+    def append(self, file: os.PathLike | str, *, progress: Progress = None, **fields: Any) -> None:
+        """Add the mesh of a file as a new part; see ``docs/topology.md``.
+
+        The current level becomes level 0. The parts are not connected.
+
+        Parameters
+        ----------
+        file : path
+            A mesh in any format that can be imported.
+        progress : callable, optional
+            See `Commands`.
+        **fields
+            ``scale`` (a number or three), ``rotate`` (degrees, about x, then y, then z) and ``translate``,
+            or ``matrix`` (16 numbers, row by row); ``world``, whether the result is in world space;
+            ``units`` and ``up`` of the file, if it does not specify them.
+
+        Raises
+        ------
+        Error
+            If the file cannot be read, or if faces are hidden.
+        BufferError
+            If views of the positions exist.
+
+        See Also
+        --------
+        voxel_remesh : Join parts that intersect.
+
+        Examples
+        --------
+        >>> s.export("part.ply")
+        >>> s.append("part.ply", scale=0.5, translate=[2, 0, 0])
+        """
+        self._do({"append": {"file": file, **fields_of(fields)}}, progress)
+
     def project(
         self, file: os.PathLike | str, distance: float, *, progress: Progress = None, **fields: Any
     ) -> None:

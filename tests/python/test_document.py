@@ -111,7 +111,8 @@ def test_set_positions_is_one_undo_step(ball):
     assert ball.positions.tobytes() == before.tobytes()
 
 
-def test_the_mesh_can_be_replaced(ball):
+def test_the_mesh_can_be_replaced(ball, tmp_path):
+    ball.export(tmp_path / "ball.ply")
     vertices = len(ball.positions)
     before = ball.positions.tobytes()
     view = ball.positions
@@ -120,6 +121,7 @@ def test_the_mesh_can_be_replaced(ball):
         lambda: ball.decimate(100),
         lambda: ball.remesh(0.2),
         lambda: ball.voxel_remesh(500),
+        lambda: ball.append(tmp_path / "ball.ply"),
     ):
         with pytest.raises(BufferError):
             replace()
@@ -158,6 +160,21 @@ def test_voxel_remesh_gives_even_quads_with_levels(ball):
     assert ball.positions.tobytes() == before
     with pytest.raises(trovik.Error, match="voxelSize"):
         ball.voxel_remesh(500, voxelSize=0.1)
+
+
+def test_append_adds_a_part(ball, tmp_path):
+    file = tmp_path / "ball.ply"
+    ball.export(file)
+    vertices, faces = len(ball.positions), len(ball.faces())
+    before = ball.positions.copy()
+    ball.append(file, scale=[0.5, 0.5, 0.5], translate=[3, 0, 0])
+    assert len(ball.faces()) == 2 * faces and ball.faces()[faces:].min() == vertices
+    assert ball.positions[:vertices].tobytes() == before.tobytes()
+    assert np.array_equal(ball.positions[vertices:], before * np.float32(0.5) + np.float32([3, 0, 0]))
+    ball.undo()
+    assert len(ball.positions) == vertices
+    with pytest.raises(trovik.Error, match="missing.obj"):
+        ball.append("missing.obj")
 
 
 def test_project_moves_the_surface_onto_a_file(ball, tmp_path):

@@ -233,7 +233,8 @@ INSTANTIATE_TEST_SUITE_P(
                     R"({"decimate": {"error": 0.01}})",
                     R"({"remesh": {"edgeLength": 0.12}})",
                     R"({"remesh": {"faces": 700, "creaseAngle": 80}})",
-                    R"({"repair": {"fillHoles": "smooth"}})"),
+                    R"({"repair": {"fillHoles": "smooth"}})",
+                    R"({"append": {"file": "mesh.obj", "translate": [0, 0, 5]}})"),
     [](const auto& test) { return "Step" + std::to_string(test.index); });
 
 TEST(SurfaceReplacement, ReportsWhatIsLost) {

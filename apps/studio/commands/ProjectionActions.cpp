@@ -2,16 +2,14 @@
 
 /// \file The action that projects the surface onto a mesh file.
 #include "commands/FormDialog.h"
-#include "commands/Preferences.h"
+#include "commands/MeshFileChoice.h"
 #include "commands/StudioActions.h"
 #include "commands/SurfaceSize.h"
-#include "framework/files/MeshFormat.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QDoubleSpinBox>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
 
@@ -27,19 +25,8 @@ struct Text {
 };
 
 void ChooseFile(const ActionContext& context) {
-    QStringList patterns;
-    for (const MeshFormat& format : MeshFormats())
-        if (format.read != nullptr)
-            patterns << QStringLiteral("*") + QString::fromLatin1(format.extension);
-    const QString purpose = QStringLiteral("open");
-    const QString path =
-        QFileDialog::getOpenFileName(context.window,
-                                     Text::tr("Project onto Mesh"),
-                                     context.preferences.LastFolder(purpose),
-                                     Text::tr("Meshes (%1)").arg(patterns.join(u' ')));
-    if (path.isEmpty()) return;
-    context.preferences.SetLastFolder(purpose, QFileInfo(path).absolutePath());
-    AskProjection(context, path);
+    const QString path = ChooseMeshFile(context, Text::tr("Project onto Mesh"));
+    if (!path.isEmpty()) AskProjection(context, path);
 }
 
 }  // namespace

@@ -29,6 +29,9 @@ void AddTopologyActions(const ActionContext& context);
 void AddProjectionActions(const ActionContext& context);
 /// Asks for the settings of a projection onto the surface of a mesh file, and runs it.
 void AskProjection(const ActionContext& context, const QString& path);
+void AddAppendActions(const ActionContext& context);
+/// Asks for the transform and the space of a mesh file, and appends it.
+void AskAppending(const ActionContext& context, const QString& path);
 void AddToolActions(const ActionContext& context);
 void AddStrokeActions(const ActionContext& context);
 

@@ -163,7 +163,9 @@ void FillMenus(QMainWindow& window, const ActionRegistry& actions, FileActions& 
           "surface.decimate",
           "surface.repair",
           "surface.voxelRemesh",
-          "surface.project"});
+          "surface.project",
+          "-",
+          "surface.append"});
     QMenu* view = bar->addMenu(MainWindow::tr("&View"));
     Fill(view,
          actions,

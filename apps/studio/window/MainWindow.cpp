@@ -88,6 +88,7 @@ void MainWindow::AddActions() {
     AddSurfaceActions(context);
     AddTopologyActions(context);
     AddProjectionActions(context);
+    AddAppendActions(context);
     AddViewActions(context);
     AddBookmarkActions(context);
     AddReferenceActions(context);

@@ -119,4 +119,30 @@ TEST_F(StudioWindow, ProjectionMovesTheSurfaceOntoAFile) {
     EXPECT_EQ(State().history.back().label, "Project");
 }
 
+TEST_F(StudioWindow, AppendingAddsAFileAsANewPart) {
+    OpenSphere(0);
+    const uint32_t before = State().levels[0].faces;
+    const QString path = folder.filePath("horn.obj");
+    WriteMeshFile(path.toStdString(), trovik::test::Cube());
+    EXPECT_FALSE(Action("surface.append")->toolTip().isEmpty());
+    StudioScene scene(engine);
+    const ActionContext context{engine, actions, view, preferences, scene, window.get()};
+    Answer([&] { AskAppending(context, path); },
+           [&](QDialog& dialog) {
+               EXPECT_EQ(Named<QLabel>(dialog, "File")->text(), "horn.obj");
+               Named<QDoubleSpinBox>(dialog, "Scale")->setValue(50.0);
+               Named<QDoubleSpinBox>(dialog, "Move X")->setValue(3.0);
+               Named<QComboBox>(dialog, "Unit")->setCurrentIndex(1);
+           });
+    Finish();
+    EXPECT_EQ(failures, QStringList());
+    const json step = LastStep().at("append");
+    EXPECT_EQ(step.at("scale"), 0.5);
+    EXPECT_EQ(step.at("translate"), (json{3.0, 0.0, 0.0}));
+    EXPECT_EQ(step.at("units"), "mm");
+    EXPECT_FALSE(step.contains("up"));
+    EXPECT_EQ(State().levels[0].faces, before + 6);
+    EXPECT_EQ(State().history.back().label, "Append mesh");
+}
+
 }  // namespace trovik::studio
