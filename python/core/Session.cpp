@@ -171,7 +171,8 @@ void Session::RequireNoViews(const nlohmann::json& step) {
                              "remesh",
                              "repair",
                              "voxelRemesh",
-                             "append"})
+                             "append",
+                             "extract"})
         if (step.contains(name)) RefuseViews(std::string("run \"") + name + "\"");
     if (step.contains("level") && step.at("level") != sculpture->Geometry().BoundIndex())
         RefuseViews("change the level");

@@ -344,6 +344,39 @@ class SurfaceCommands(Steps):
         """
         self._do({"append": {"file": file, **fields_of(fields)}}, progress)
 
+    def extract(self, thickness: float, *, progress: Progress = None, **fields: Any) -> None:
+        """Make a closed shell from the masked part; see ``docs/topology.md``.
+
+        Parameters
+        ----------
+        thickness : float
+            The thickness of the shell along the vertex normals (world units).
+        progress : callable, optional
+            See `Commands`.
+        **fields
+            ``side``, ``"outside"`` (default), ``"inside"`` or ``"both"``; ``threshold``, the mask weight
+            from which on faces are extracted (0 to 1, default 0.5); ``smoothBorder``, iterations;
+            ``replace``, whether the shell replaces the surface; ``group``, the name of its group.
+
+        Raises
+        ------
+        Error
+            If no face is masked, or if faces are hidden.
+        BufferError
+            If views of the positions exist.
+
+        See Also
+        --------
+        freeze : Change the mask.
+        append : Add the mesh of a file as a new part.
+
+        Examples
+        --------
+        >>> s.freeze(center=[0, 1, 0], radius=0.7)
+        >>> s.extract(0.05, smoothBorder=4, group="Cap")
+        """
+        self._do({"extract": {"thickness": thickness, **fields_of(fields)}}, progress)
+
     def project(
         self, file: os.PathLike | str, distance: float, *, progress: Progress = None, **fields: Any
     ) -> None:

@@ -122,6 +122,7 @@ def test_the_mesh_can_be_replaced(ball, tmp_path):
         lambda: ball.remesh(0.2),
         lambda: ball.voxel_remesh(500),
         lambda: ball.append(tmp_path / "ball.ply"),
+        lambda: ball.extract(0.1),
     ):
         with pytest.raises(BufferError):
             replace()
@@ -175,6 +176,23 @@ def test_append_adds_a_part(ball, tmp_path):
     assert len(ball.positions) == vertices
     with pytest.raises(trovik.Error, match="missing.obj"):
         ball.append("missing.obj")
+
+
+def test_extract_makes_a_shell(ball):
+    vertices, faces = len(ball.positions), len(ball.faces())
+    ball.freeze(np.where(ball.positions[:, 2] > 0.3, 127, 0))
+    with pytest.raises(trovik.Error, match="extract"):
+        ball.extract(0)
+    ball.extract(0.1, group="Cap")
+    shell = ball.faces()[faces:]
+    assert len(shell) > 10 and shell.min() == vertices
+    p = ball.positions[vertices:]
+    half = len(p) // 2
+    assert np.allclose(np.linalg.norm(p[:half] - p[half:], axis=1), 0.1, atol=1e-5)
+    del p
+    ball.freeze("clear")
+    with pytest.raises(trovik.Error, match="no face has a mask weight"):
+        ball.extract(0.1)
 
 
 def test_project_moves_the_surface_onto_a_file(ball, tmp_path):

@@ -254,6 +254,8 @@ const char* const examples = R"([
                 "translate": [1, 2, 3], "world": true}},
     {"append": {"file": "m.obj", "scale": [1, 2, 3],
                 "matrix": [1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0.1, 0.2, 0.3, 1], "world": false}},
+    {"extract": {"thickness": 0.25, "side": "both", "threshold": 0.75, "smoothBorder": 4,
+                 "replace": true, "group": "Jacket"}},
     {"project": {"file": "m.obj", "distance": 0.5, "direction": "normal", "colors": true,
                  "world": true}},
     {"camera": {"eye": [1, 2, 3], "target": [0, 0, 0], "up": [0, 1, 0], "from": [1, 1, 1],

@@ -156,6 +156,51 @@ void RunVoxelRemesh(const ActionContext& context) {
     context.Run("voxelRemesh", std::move(step), title);
 }
 
+void RunExtract(const ActionContext& context) {
+    const QString title = Text::tr("Extract Shell");
+    FormDialog dialog(title, Text::tr("Extract"), context.window);
+    AddReplacementNote(dialog, context.State());
+    const double hundredth = LongestSide(SurfaceBounds(context)) * 0.01;
+    QDoubleSpinBox* thickness =
+        dialog.AddNumber(Text::tr("Thickness"),
+                         Text::tr("In world units, along the normals of the surface"),
+                         hundredth * 1e-4,
+                         hundredth * 100.0,
+                         hundredth * 2.0,
+                         {std::clamp(static_cast<int>(std::ceil(-std::log10(hundredth))) + 2, 2, 9),
+                          hundredth * 0.1});
+    QComboBox* side = dialog.AddChoice(Text::tr("Side"),
+                                       Text::tr("Where the shell is, relative to the surface"),
+                                       {{Text::tr("Outside"), "outside"},
+                                        {Text::tr("Inside"), "inside"},
+                                        {Text::tr("Both"), "both"}});
+    QDoubleSpinBox* threshold = dialog.AddNumber(
+        Text::tr("Mask threshold"),
+        Text::tr("Faces whose corners are all masked by at least this much are extracted"),
+        1.0,
+        100.0,
+        50.0,
+        {1, 5.0, QStringLiteral(" %")});
+    QSpinBox* smooth = dialog.AddWhole(
+        Text::tr("Smooth border"),
+        Text::tr("Iterations that smooth the border of the part, along the surface"),
+        0,
+        1000,
+        4);
+    QCheckBox* replace =
+        dialog.AddCheck(Text::tr("Replace the surface"),
+                        Text::tr("Keeps only the shell; otherwise, it is added as a new part"),
+                        false);
+    if (dialog.exec() != QDialog::Accepted) return;
+    context.Run("extract",
+                {{"thickness", thickness->value()},
+                 {"side", FormDialog::ChosenText(side)},
+                 {"threshold", threshold->value() / 100.0},
+                 {"smoothBorder", smooth->value()},
+                 {"replace", replace->isChecked()}},
+                title);
+}
+
 }  // namespace
 
 void AddTopologyActions(const ActionContext& context) {
@@ -187,6 +232,13 @@ void AddTopologyActions(const ActionContext& context) {
                                  "parts that intersect."),
          .icon = "surface-voxel-remesh",
          .run = [context] { RunVoxelRemesh(context); }}));
+    context.EnableWithDocument(
+        actions.Add({.id = "surface.extract",
+                     .text = Text::tr("Extract Shell…"),
+                     .description = Text::tr("Makes a closed shell from the masked part, such as "
+                                             "clothes from a body."),
+                     .icon = "surface-extract",
+                     .run = [context] { RunExtract(context); }}));
 }
 
 }  // namespace trovik::studio

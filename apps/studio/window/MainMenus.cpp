@@ -165,7 +165,8 @@ void FillMenus(QMainWindow& window, const ActionRegistry& actions, FileActions& 
           "surface.voxelRemesh",
           "surface.project",
           "-",
-          "surface.append"});
+          "surface.append",
+          "surface.extract"});
     QMenu* view = bar->addMenu(MainWindow::tr("&View"));
     Fill(view,
          actions,

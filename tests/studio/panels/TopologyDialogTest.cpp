@@ -145,4 +145,25 @@ TEST_F(StudioWindow, AppendingAddsAFileAsANewPart) {
     EXPECT_EQ(State().history.back().label, "Append mesh");
 }
 
+TEST_F(StudioWindow, ExtractingMakesAShellFromTheMaskedPart) {
+    OpenSphere(0);
+    const uint32_t before = State().levels[0].faces;
+    engine.Run({{"mask", {{"center", {0, 0, 1}}, {"radius", 0.7}}}});
+    Finish();
+    Answer([&] { Action("surface.extract")->trigger(); },
+           [&](QDialog& dialog) {
+               Named<QDoubleSpinBox>(dialog, "Thickness")->setValue(0.1);
+               Named<QComboBox>(dialog, "Side")->setCurrentIndex(2);
+               Named<QSpinBox>(dialog, "Smooth border")->setValue(2);
+           });
+    Finish();
+    EXPECT_EQ(failures, QStringList());
+    const json step = LastStep().at("extract");
+    EXPECT_EQ(step.at("thickness"), 0.1);
+    EXPECT_EQ(step.at("side"), "both");
+    EXPECT_EQ(step.at("smoothBorder"), 2);
+    EXPECT_GT(State().levels[0].faces, before);
+    EXPECT_EQ(State().history.back().label, "Extract shell");
+}
+
 }  // namespace trovik::studio
