@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file The action that appends a mesh file.
-#include "commands/FormDialog.h"
+#include "commands/FileDialogs.h"
 #include "commands/MeshFileChoice.h"
 #include "commands/ReplacementNote.h"
 #include "commands/StudioActions.h"
@@ -77,17 +77,15 @@ void AskAppending(const ActionContext& context, const QString& path) {
                                    1e9,
                                    0.0,
                                    {decimals, hundredth});
-    FormDialog::Choices unitNames = {{Text::tr("As in the file"), ""}};
-    for (const char* unit : {"mm", "cm", "dm", "m", "km", "in", "ft", "yd"})
-        unitNames.push_back({unit, unit});
+    const QString inFile = Text::tr("As in the file");
     QComboBox* units = dialog.AddChoice(
         Text::tr("Unit"),
         Text::tr("Unit of the file; has an effect if the unit of the sculpture is known"),
-        unitNames);
+        UnitChoices(inFile));
     QComboBox* up = dialog.AddChoice(
         Text::tr("Up axis"),
         Text::tr("Up axis of the file; has an effect if that of the sculpture is known"),
-        {{Text::tr("As in the file"), ""}, {"Y", "y"}, {"Z", "z"}});
+        UpChoices(inFile));
     QCheckBox* world = dialog.AddCheck(
         Text::tr("World space"),
         Text::tr(

@@ -14,16 +14,17 @@ namespace trovik::studio {
 
 void FileActions::AddDocumentActions() {
     ActionRegistry& actions = context.actions;
-    actions.Add({.id = "file.new",
-                 .text = tr("New…"),
-                 .description = tr("Starts with a sphere, cube, plane, cylinder or bust."),
-                 .keys = {QKeySequence("Ctrl+N")},
-                 .icon = "new",
-                 .run = [this] {
-                     NewDialog dialog(context.window);
-                     if (dialog.exec() == QDialog::Accepted)
-                         OpenPrimitive(dialog.Shape(), dialog.Segments(), dialog.Levels());
-                 }});
+    actions.Add(
+        {.id = "file.new",
+         .text = tr("New…"),
+         .description = tr("Starts with a sphere, cube, plane, cylinder, cone, torus or bust."),
+         .keys = {QKeySequence("Ctrl+N")},
+         .icon = "new",
+         .run = [this] {
+             NewDialog dialog(context.window);
+             if (dialog.exec() == QDialog::Accepted)
+                 OpenPrimitive(dialog.Shape(), dialog.Segments(), dialog.Levels());
+         }});
     actions.Add({.id = "file.new.sphere",
                  .text = tr("New Sphere"),
                  .description = tr("Starts with a sphere that is ready to sculpt."),

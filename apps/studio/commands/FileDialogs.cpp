@@ -20,6 +20,14 @@ namespace trovik::studio {
 
 namespace {
 
+/// Translates a text of MeshFormat.
+QString Translated(const char* text) { return QCoreApplication::translate("MeshFormat", text); }
+
+/// Index of the bust's button in NewDialog, after the primitives.
+constexpr int bust = static_cast<int>(Primitive::Torus) + 1;
+
+}  // namespace
+
 FormDialog::Choices UnitChoices(const QString& none) {
     FormDialog::Choices choices{{none, QString()}};
     for (const char* unit : {"mm", "cm", "dm", "m", "km", "in", "ft", "yd"})
@@ -33,14 +41,6 @@ FormDialog::Choices UpChoices(const QString& none) {
             {FormDialog::tr("Z up"), QStringLiteral("z")}};
 }
 
-/// Translates a text of MeshFormat.
-QString Translated(const char* text) { return QCoreApplication::translate("MeshFormat", text); }
-
-/// Index of the bust's button in NewDialog, after the primitives.
-constexpr int bust = 4;
-
-}  // namespace
-
 NewDialog::NewDialog(QWidget* parent) : FormDialog(tr("New Sculpture"), tr("Create"), parent) {
     shapes = new QButtonGroup(this);
     auto* row = new QWidget(this);
@@ -51,6 +51,8 @@ NewDialog::NewDialog(QWidget* parent) : FormDialog(tr("New Sculpture"), tr("Crea
                                                        {"cube", tr("Cube")},
                                                        {"plane", tr("Plane")},
                                                        {"cylinder", tr("Cylinder")},
+                                                       {"cone", tr("Cone")},
+                                                       {"torus", tr("Torus")},
                                                        {"bust", tr("Bust")}};
     int id = 0;
     for (const auto& [icon, text] : buttons) {

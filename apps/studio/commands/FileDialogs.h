@@ -17,6 +17,11 @@ struct MeshFormat;
 
 namespace trovik::studio {
 
+/// Choices of a unit or an up axis; the value is the name in scripts. The first choice has this
+/// text and an empty value.
+FormDialog::Choices UnitChoices(const QString& none);
+FormDialog::Choices UpChoices(const QString& none);
+
 /// Asks for an initial shape.
 class NewDialog : public FormDialog {
     Q_OBJECT

@@ -102,6 +102,49 @@ Point OnCylinder(const Point& cube) {
     return {z * std::sin(angle), cube[1], z * std::cos(angle)};
 }
 
+/// Maps the cube to a cone with the apex at the top: the lower side becomes the base, the lateral
+/// sides the lower two thirds of the slope, and the upper side the rest of it.
+Point OnCone(const Point& cube) {
+    const Point disc = OnCylinder(cube);
+    if (cube[1] == -1.0) return disc;
+    const double scale = 1.0 - (cube[1] + 1.0) / 3.0;
+    const double radius = std::max(std::abs(cube[0]), std::abs(cube[2])) * scale;
+    return {disc[0] * scale, 1.0 - 2.0 * radius, disc[2] * scale};
+}
+
+constexpr double torusTubeRadius = 0.3;
+
+/// Numbers of faces around the axis and around the tube, so that they are nearly square.
+std::array<std::uint32_t, 2> TorusCounts(std::uint32_t n) {
+    return {4 * n, std::max<std::uint32_t>(2 * n, 3)};
+}
+
+PolygonMesh MakeTorus(std::uint32_t n) {
+    const auto [around, tube] = TorusCounts(n);
+    PolygonMesh mesh;
+    const auto angle = [](std::uint32_t i, std::uint32_t count) {
+        return 2.0 * std::numbers::pi * i / count;
+    };
+    for (std::uint32_t i = 0; i < around; ++i) {
+        const double turn = angle(i, around);
+        for (std::uint32_t j = 0; j < tube; ++j) {
+            const double roll = angle(j, tube);
+            const double radius = 1.0 - torusTubeRadius + torusTubeRadius * std::cos(roll);
+            mesh.positions.push_back({static_cast<float>(radius * std::cos(turn)),
+                                      static_cast<float>(torusTubeRadius * std::sin(roll)),
+                                      static_cast<float>(-radius * std::sin(turn))});
+        }
+    }
+    for (std::uint32_t i = 0; i < around; ++i)
+        for (std::uint32_t j = 0; j < tube; ++j) {
+            const std::uint32_t ring = i * tube;
+            const std::uint32_t nextRing = (i + 1) % around * tube;
+            const std::uint32_t next = (j + 1) % tube;
+            AddQuad(mesh, {ring + j, nextRing + j, nextRing + next, ring + next});
+        }
+    return mesh;
+}
+
 PolygonMesh MakePlane(std::uint32_t n) {
     PolygonMesh mesh;
     for (std::uint32_t j = 0; j <= n; ++j)
@@ -116,26 +159,46 @@ PolygonMesh MakePlane(std::uint32_t n) {
     return mesh;
 }
 
+PolygonMesh MakeShape(Primitive primitive, std::uint32_t n) {
+    switch (primitive) {
+        case Primitive::Sphere:
+            return GridCube(n, OnSphere);
+        case Primitive::Cube:
+            break;
+        case Primitive::Plane:
+            return MakePlane(n);
+        case Primitive::Cylinder:
+            return GridCube(n, OnCylinder);
+        case Primitive::Cone:
+            return GridCube(n, OnCone);
+        case Primitive::Torus:
+            return MakeTorus(n);
+    }
+    return GridCube(n, [](const Point& p) { return p; });
+}
+
 }  // namespace
 
 PolygonMesh MakePrimitive(Primitive primitive, std::uint32_t segments) {
     const std::uint32_t n = std::clamp<std::uint32_t>(segments, 1, maxSegments);
-    PolygonMesh mesh = primitive == Primitive::Plane    ? MakePlane(n)
-                       : primitive == Primitive::Sphere ? GridCube(n, OnSphere)
-                       : primitive == Primitive::Cylinder
-                           ? GridCube(n, OnCylinder)
-                           : GridCube(n, [](const Point& p) { return p; });
+    PolygonMesh mesh = MakeShape(primitive, n);
     mesh.name = NameOf(primitive);
     return mesh;
 }
 
 std::uint64_t FacesOf(Primitive primitive, std::uint32_t segments) {
     const std::uint64_t n = std::clamp<std::uint32_t>(segments, 1, maxSegments);
+    if (primitive == Primitive::Torus) {
+        const auto [around, tube] = TorusCounts(static_cast<std::uint32_t>(n));
+        return std::uint64_t{around} * tube;
+    }
     return (primitive == Primitive::Plane ? 1 : 6) * n * n;
 }
 
 std::uint32_t SegmentsFor(Primitive primitive, std::uint64_t faces) {
-    const double perSegment = primitive == Primitive::Plane ? 1.0 : 6.0;
+    const double perSegment = primitive == Primitive::Plane   ? 1.0
+                              : primitive == Primitive::Torus ? 8.0
+                                                              : 6.0;
     const double n = std::round(std::sqrt(static_cast<double>(faces) / perSegment));
     return static_cast<std::uint32_t>(std::clamp(n, 1.0, static_cast<double>(maxSegments)));
 }
@@ -150,6 +213,10 @@ const char* NameOf(Primitive primitive) {
             return "plane";
         case Primitive::Cylinder:
             return "cylinder";
+        case Primitive::Cone:
+            return "cone";
+        case Primitive::Torus:
+            return "torus";
     }
     return "";
 }

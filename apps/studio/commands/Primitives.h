@@ -10,15 +10,18 @@
 namespace trovik::studio {
 
 /// Initial shapes, of size 2 around the origin, with y up. All except the plane are closed.
-enum class Primitive { Sphere, Cube, Plane, Cylinder };
+enum class Primitive { Sphere, Cube, Plane, Cylinder, Cone, Torus };
 
 /// Makes a primitive that consists only of quads, which are counterclockwise when seen from
 /// outside. The sphere is a cube whose points are spread evenly over the sphere, so that it has no
-/// poles; the caps of the cylinder are square grids mapped to discs.
+/// poles; the caps of the cylinder and the base of the cone are square grids mapped to discs. The
+/// slope of the cone also ends in such a grid, so that the apex needs no triangles: it is a vertex
+/// of four quads if the number of segments is even, and a small flat quad if it is odd. The torus
+/// lies in the plane y = 0, and its tube has the radius 0.3.
 ///
-/// Counts, with n segments: sphere and cube 6 n^2 faces and 6 n^2 + 2 vertices; plane n^2 faces and
-/// (n + 1)^2 vertices; cylinder 6 n^2 faces, of which 4 n x n form the lateral surface, and
-/// 6 n^2 + 2 vertices. \param segments  n, clamped to the range from 1 to 1024.
+/// Counts, with n segments: sphere, cube, cylinder and cone 6 n^2 faces and 6 n^2 + 2 vertices;
+/// plane n^2 faces and (n + 1)^2 vertices; torus 4 n x 2 n faces, at least 3 around the tube, and
+/// as many vertices. \param segments  n, clamped to the range from 1 to 1024.
 PolygonMesh MakePrimitive(Primitive primitive, std::uint32_t segments);
 
 /// The number of segments for approximately this many faces.
@@ -27,7 +30,7 @@ std::uint32_t SegmentsFor(Primitive primitive, std::uint64_t faces);
 /// The number of faces that MakePrimitive creates.
 std::uint64_t FacesOf(Primitive primitive, std::uint32_t segments);
 
-/// English name for files: "sphere", "cube", "plane", "cylinder".
+/// English name for files: "sphere", "cube", "plane", "cylinder", "cone", "torus".
 const char* NameOf(Primitive primitive);
 
 /// Writes a primitive as an OBJ file to a folder, which is created if it is missing. The file name

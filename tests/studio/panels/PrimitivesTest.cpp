@@ -85,10 +85,11 @@ TEST_P(Closed, HasNoDegenerateFaceAndIsOfSizeTwo) {
     EXPECT_NEAR(most, 1.0, 1e-6);
 }
 
-INSTANTIATE_TEST_SUITE_P(Primitives,
-                         Closed,
-                         testing::Values(Primitive::Sphere, Primitive::Cube, Primitive::Cylinder),
-                         [](const auto& tested) { return NameOf(tested.param); });
+INSTANTIATE_TEST_SUITE_P(
+    Primitives,
+    Closed,
+    testing::Values(Primitive::Sphere, Primitive::Cube, Primitive::Cylinder, Primitive::Cone),
+    [](const auto& tested) { return NameOf(tested.param); });
 
 TEST(Primitives, SpherePointsAreOnTheSphereAndFacesOfSimilarSize) {
     const PolygonMesh mesh = MakePrimitive(Primitive::Sphere, 16);
@@ -113,6 +114,49 @@ TEST(Primitives, CylinderIsRound) {
         if (std::abs(position[1]) < 0.99f) {
             EXPECT_NEAR(around, 1.0, 1e-6);
         }
+    }
+}
+
+TEST(Primitives, ConeIsRoundAndHasAnApex) {
+    const PolygonMesh mesh = MakePrimitive(Primitive::Cone, 8);
+    int apexes = 0;
+    for (const auto& position : mesh.positions) {
+        const double around = std::hypot(position[0], position[2]);
+        const double height = static_cast<double>(position[1]);
+        // The base is flat, and all other vertices are on the slope.
+        if (height > -1.0) {
+            EXPECT_NEAR(around, (1.0 - height) / 2.0, 1e-6);
+        } else {
+            EXPECT_LT(around, 1.0 + 1e-6);
+        }
+        if (height == 1.0) ++apexes;
+    }
+    EXPECT_EQ(apexes, 1);
+    // Without an edge at the centre of the grid, the apex is a flat quad.
+    for (const auto& position : MakePrimitive(Primitive::Cone, 7).positions)
+        EXPECT_LT(position[1], 1.0f - 0.09f);
+}
+
+TEST(Primitives, TorusIsRoundClosedAndFacesOutward) {
+    for (const std::uint32_t n : {1u, 2u, 7u, 16u}) {
+        const PolygonMesh mesh = MakePrimitive(Primitive::Torus, n);
+        EXPECT_EQ(mesh.faceSizes.size(), 4u * n * std::max(2u * n, 3u));
+        EXPECT_EQ(mesh.faceSizes.size(), FacesOf(Primitive::Torus, n));
+        EXPECT_EQ(mesh.positions.size(), mesh.faceSizes.size());
+        EXPECT_EQ(SegmentsFor(Primitive::Torus, FacesOf(Primitive::Torus, n)), n);
+        for (const auto& position : mesh.positions) {
+            const double fromRing = std::hypot(position[0], position[2]) - 0.7;
+            EXPECT_NEAR(std::hypot(fromRing, static_cast<double>(position[1])), 0.3, 1e-6);
+        }
+        const auto edges = DirectedEdges(mesh);
+        for (const auto& [edge, count] : edges) {
+            EXPECT_EQ(count, 1);
+            EXPECT_EQ(edges.count({edge.second, edge.first}), 1u);
+        }
+        double volume = 0.0;
+        for (std::size_t face = 0; face < mesh.faceSizes.size(); ++face)
+            volume += Outwardness(mesh, face);
+        EXPECT_GT(volume, 0.0);
     }
 }
 
