@@ -43,6 +43,8 @@ const std::map<std::string, std::string>& Examples() {
         {"convert",
          "  trovik convert head.obj head.glb\n"
          "  trovik convert head.obj fine.ply --levels 2\n"
+         "  trovik convert bust.trovik bust.glb --faces 50000 --lods 3\n"
+         "                                          also bust.lod1.glb to bust.lod3.glb\n"
          "  trovik convert head.obj print.stl --from-units cm --units mm --up z\n"},
         {"batch",
          "  trovik batch wear.json meshes -o worn   each mesh of a folder; the script contains\n"

@@ -10,13 +10,16 @@
 #include "framework/mesh/BaseLevel.h"
 #include "framework/mesh/MeshSource.h"
 #include "framework/multires/VisibleSource.h"
+#include "framework/remesh/ReducedFiles.h"
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -66,6 +69,10 @@ struct ConvertOptions {
     std::string units;
     std::string up;
     bool visible = false;
+    std::optional<uint32_t> faces;
+    std::optional<float> ratio;
+    std::optional<float> error;
+    MeshReduction reduction;
     bool quiet = false;
     bool json = false;
 };
@@ -77,56 +84,94 @@ struct ConversionResult {
     /// Files that were written in addition to the mesh.
     std::vector<std::string> additionalFiles;
     std::vector<std::string> notes;
+    std::vector<ReducedFiles::Mesh> lods;
 };
+
+nlohmann::json JsonOf(const std::vector<ReducedFiles::Mesh>& lods) {
+    nlohmann::json list = nlohmann::json::array();
+    for (const ReducedFiles::Mesh& lod : lods)
+        list.push_back({{"file", lod.file}, {"vertices", lod.vertices}, {"faces", lod.faces}});
+    return list;
+}
+
+void PrintWritten(const std::string& file, uint64_t vertices, uint64_t faces) {
+    std::printf("wrote %s: %llu vertices, %llu faces\n",
+                file.c_str(),
+                static_cast<unsigned long long>(vertices),
+                static_cast<unsigned long long>(faces));
+}
 
 void ReportConversion(const ConvertOptions& options, const ConversionResult& result) {
     if (options.json) {
         std::vector<std::string> files = {options.to};
+        for (const ReducedFiles::Mesh& lod : result.lods) files.push_back(lod.file);
         files.insert(files.end(), result.additionalFiles.begin(), result.additionalFiles.end());
         PrintJson({{"from", options.from},
                    {"to", options.to},
                    {"vertices", result.vertices},
                    {"faces", result.faces},
                    {"files", files},
+                   {"lods", JsonOf(result.lods)},
                    {"notes", result.notes}});
     } else if (!options.quiet) {
-        std::printf("wrote %s: %llu vertices, %llu faces\n",
-                    options.to.c_str(),
-                    static_cast<unsigned long long>(result.vertices),
-                    static_cast<unsigned long long>(result.faces));
+        PrintWritten(options.to, result.vertices, result.faces);
+        for (const ReducedFiles::Mesh& lod : result.lods)
+            PrintWritten(lod.file, lod.vertices, lod.faces);
         for (const std::string& file : result.additionalFiles)
             std::printf("wrote %s\n", file.c_str());
     }
 }
 
-void Convert(const ConvertOptions& options) {
-    const MeshSpace given = {MetersPerUnit(options.fromUnits), UpAxisOf(options.fromUp)};
-    const MeshSpace asked = {MetersPerUnit(options.units), UpAxisOf(options.up)};
-    const bool isScene = IsScenePath(options.from);
-    if (isScene && given != MeshSpace())
-        throw HostError(options.from +
-                        ": a scene specifies its own units and up axis; --from-units and --from-up "
-                        "apply to mesh files");
-    // Reject options that the format does not support before doing any work.
-    SpaceForFile(options.to, given, asked);
-    ProgressLine line(options.quiet);
-    CheckWritable(options.to);
-    // Without refinement, polygons are written unchanged, including n-gons.
-    if (options.levels == 0 && !isScene) {
-        PolygonMesh polygons = ReadMeshFile(options.from, &line);
-        MeshSpace& space = polygons.attributes.space;
-        space = Overlaid(space, given);
-        line.Notes(options.from, polygons.notes);
-        std::vector<std::string> further = WriteMeshFile(
-            options.to, PolygonSource(polygons, SpaceForFile(options.to, space, asked)), &line);
-        line.Finish();
-        ReportConversion(options,
-                         {polygons.positions.size(),
-                          polygons.faceSizes.size(),
-                          std::move(further),
-                          polygons.notes});
-        return;
+/// Writes the decimated mesh and the levels of detail, and adds them to the result.
+void WriteReducedFiles(const ConvertOptions& options,
+                       const MeshSpace& space,
+                       LevelGeometry& copy,
+                       ConversionResult& result,
+                       ProgressLine& line) {
+    ReducedFiles written = WriteReduced(options.to, copy, options.reduction, {false, space}, &line);
+    for (std::string& file : written.furtherFiles)
+        if (std::ranges::find(result.additionalFiles, file) == result.additionalFiles.end())
+            result.additionalFiles.push_back(std::move(file));
+    for (ReducedFiles::Mesh& mesh : written.meshes) {
+        line.Notes(mesh.file, mesh.warnings);
+        for (const std::string& warning : mesh.warnings)
+            result.notes.push_back(mesh.file + ": " + warning);
+        if (mesh.file != options.to) {
+            result.lods.push_back(std::move(mesh));
+            continue;
+        }
+        result.vertices = mesh.vertices;
+        result.faces = mesh.faces;
     }
+}
+
+/// Converts a mesh file without refining it: polygons are written unchanged, including n-gons,
+/// unless they are decimated.
+ConversionResult ConvertPolygons(const ConvertOptions& options,
+                                 const MeshSpace& given,
+                                 const MeshSpace& asked,
+                                 ProgressLine& line) {
+    PolygonMesh polygons = ReadMeshFile(options.from, &line);
+    MeshSpace& present = polygons.attributes.space;
+    present = Overlaid(present, given);
+    line.Notes(options.from, polygons.notes);
+    const MeshSpace space = SpaceForFile(options.to, present, asked);
+    ConversionResult result{
+        polygons.positions.size(), polygons.faceSizes.size(), {}, polygons.notes, {}};
+    if (!options.reduction.decimation)
+        result.additionalFiles = WriteMeshFile(options.to, PolygonSource(polygons, space), &line);
+    if (!options.reduction.IsEmpty()) {
+        const auto copy = CopyForReduction(std::move(polygons), &line);
+        WriteReducedFiles(options, space, *copy, result, line);
+    }
+    return result;
+}
+
+/// Converts the current level of a scene, or a mesh file after subdividing it.
+ConversionResult ConvertLevel(const ConvertOptions& options,
+                              const MeshSpace& given,
+                              const MeshSpace& asked,
+                              ProgressLine& line) {
     // Writers use blocks of a few megabytes.
     constexpr uint64_t writerBytes = uint64_t{16} << 20;
     const LoadedScene scene = OpenRefined(
@@ -137,16 +182,46 @@ void Convert(const ConvertOptions& options) {
         &line);
     const MeshSpace space = SpaceForFile(options.to, scene.geometry->Attributes().space, asked);
     line.Notes(options.from, scene.notes);
-    std::unique_ptr<const MeshSource> source;
-    if (options.visible)
-        source = std::make_unique<VisibleSource>(
-            *scene.geometry, LevelSource::Options{false, space}, &line);
-    else
-        source = std::make_unique<LevelSource>(*scene.geometry, LevelSource::Options{false, space});
-    std::vector<std::string> further = WriteMeshFile(options.to, *source, &line);
+    ConversionResult result;
+    result.notes = scene.notes;
+    if (!options.reduction.decimation) {
+        std::unique_ptr<const MeshSource> source;
+        const LevelSource::Options wanted{false, space};
+        if (options.visible)
+            source = std::make_unique<VisibleSource>(*scene.geometry, wanted, &line);
+        else
+            source = std::make_unique<LevelSource>(*scene.geometry, wanted);
+        result.additionalFiles = WriteMeshFile(options.to, *source, &line);
+        result.vertices = source->VertexCount();
+        result.faces = source->FaceCount();
+    }
+    if (!options.reduction.IsEmpty()) {
+        const auto copy = CopyForReduction(*scene.geometry, !options.visible, &line);
+        WriteReducedFiles(options, space, *copy, result, line);
+    }
+    return result;
+}
+
+void Convert(ConvertOptions options) {
+    const MeshSpace given = {MetersPerUnit(options.fromUnits), UpAxisOf(options.fromUp)};
+    const MeshSpace asked = {MetersPerUnit(options.units), UpAxisOf(options.up)};
+    const bool isScene = IsScenePath(options.from);
+    if (isScene && given != MeshSpace())
+        throw HostError(options.from +
+                        ": a scene specifies its own units and up axis; --from-units and --from-up "
+                        "apply to mesh files");
+    if (options.faces || options.ratio || options.error)
+        options.reduction.decimation =
+            Decimation{options.faces, options.error, true, options.ratio};
+    // Reject options that the format does not support before doing any work.
+    SpaceForFile(options.to, given, asked);
+    ProgressLine line(options.quiet);
+    CheckWritable(options.to);
+    const ConversionResult result = options.levels == 0 && !isScene
+                                        ? ConvertPolygons(options, given, asked, line)
+                                        : ConvertLevel(options, given, asked, line);
     line.Finish();
-    ReportConversion(options,
-                     {source->VertexCount(), source->FaceCount(), std::move(further), scene.notes});
+    ReportConversion(options, result);
 }
 
 }  // namespace
@@ -169,6 +244,21 @@ void AddConvertCommand(CLI::App& program) {
     verb->add_option("--units", options->units, "Unit of the output file")->check(isUnit);
     verb->add_option("--up", options->up, "Up axis of the output file")->check(isAxis);
     verb->add_flag("--visible", options->visible, "Omits the hidden faces of a scene");
+    CLI::Option* faces =
+        verb->add_option("--faces", options->faces, "Decimates to this number of triangles")
+            ->check(CLI::Range(1u, 1073741823u));
+    verb->add_option("--ratio", options->ratio, "Decimates to this fraction of the triangles")
+        ->check(CLI::Range(1e-9, 1.0))
+        ->excludes(faces);
+    verb->add_option(
+            "--error", options->error, "Decimates up to this distance between the surfaces")
+        ->check(CLI::Range(1e-30, 1e12));
+    verb->add_option("--lods", options->reduction.lods, "Also writes N files with fewer triangles")
+        ->check(CLI::Range(0u, maxLods));
+    verb->add_option("--lod-ratio",
+                     options->reduction.lodRatio,
+                     "Triangles of such a file, as a fraction of the previous one")
+        ->check(CLI::Range(1e-6, 0.999999));
     verb->add_flag("-q,--quiet", options->quiet, "Prints no progress and no summary");
     verb->add_flag("--json", options->json, "Prints the summary as JSON on standard output");
     verb->callback([options] { Convert(*options); });

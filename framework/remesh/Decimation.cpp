@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <meshoptimizer.h>
 #include <unordered_map>
 #include <utility>
@@ -209,7 +210,14 @@ float DistanceBetween(SourceSurface& source, const PolygonMesh& mesh, JobControl
     return std::max(ofOld, MaxDistance(source, samples, job));
 }
 
-NewSurface MakeDecimated(SourceSurface& source, const Decimation& settings, JobControl* job) {
+NewSurface MakeDecimated(SourceSurface& source, Decimation settings, JobControl* job) {
+    if (settings.ratio) {
+        const LevelMesh& level = source.Level();
+        const double triangles =
+            static_cast<double>(level.faceCount) * (level.CornersPerFace() - 2);
+        settings.faces = static_cast<uint32_t>(
+            std::max(std::lround(triangles * static_cast<double>(*settings.ratio)), 1L));
+    }
     const WedgeMesh mesh = WedgesOf(source, job);
     const float limit = settings.error ? source.LocalLength(*settings.error) : 0.0f;
     float estimate = limit;

@@ -7,7 +7,7 @@
 
 namespace trovik {
 
-/// Settings of a decimation. At least one of `faces` and `error` must be set.
+/// Settings of a decimation. At least one of `faces`, `ratio` and `error` must be set.
 struct Decimation {
     /// Number of triangles to keep, including those of masked areas.
     std::optional<uint32_t> faces = {};
@@ -15,6 +15,8 @@ struct Decimation {
     std::optional<float> error = {};
     /// Keeps all vertices of open borders. Borders are always kept if a part is masked.
     bool keepsBorders = true;
+    /// Instead of `faces`: the fraction of the triangles to keep.
+    std::optional<float> ratio = {};
 };
 
 /// Replaces the mesh by a coarser one, whose vertices are a subset of the old ones. Quads are split

@@ -168,7 +168,10 @@ class ViewCommands(Steps):
         progress : callable, optional
             See `Commands`.
         **fields
-            ``world`` (apply the transform), ``hidden`` (``False``: omit hidden faces), ``units``, ``up``.
+            ``world`` (apply the transform), ``hidden`` (``False``: omit hidden faces), ``units``, ``up``;
+            ``decimate``, a dictionary of the fields of `decimate`, which applies to the file only;
+            ``lods``, the number of further files with fewer triangles (``NAME.lod1.EXT``, …), and
+            ``lodRatio``, their triangles as a fraction of the previous file (default 0.5).
 
         Raises
         ------
@@ -178,12 +181,14 @@ class ViewCommands(Steps):
         See Also
         --------
         save : Save the whole document.
+        decimate : Replace the mesh itself by a coarser one.
 
         Examples
         --------
         >>> s.export("out.ply")
         >>> s.written_files[-1].endswith("out.ply")
         True
+        >>> s.export("low.glb", decimate={"ratio": 0.2}, lods=2)
         """
         self._do({"export": {"file": file, **fields_of(fields)}}, progress)
 

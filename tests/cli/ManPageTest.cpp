@@ -164,6 +164,7 @@ TEST_F(ManPageOfTheCommand, ListsTheFieldsOfEveryJsonOutput) {
                               {"vertices", 26},
                               {"faces", 24},
                               {"files", {"fine.ply"}},
+                              {"lods", nlohmann::json::array()},
                               {"notes", nlohmann::json::array()}}));
     const auto render =
         ExpectDocumented("render", "render cube.obj c.png --width 40 --height 30 --samples 1");

@@ -4,6 +4,7 @@
 import copy
 import gc
 import json
+import os
 import pickle
 import subprocess
 import sys
@@ -193,6 +194,22 @@ def test_extract_makes_a_shell(ball):
     ball.freeze("clear")
     with pytest.raises(trovik.Error, match="no face has a mask weight"):
         ball.extract(0.1)
+
+
+def test_exports_can_be_decimated(ball, tmp_path):
+    before = ball.positions.tobytes()
+    ball.export(tmp_path / "low.ply", decimate={"ratio": 0.5}, lods=2)
+    assert ball.positions.tobytes() == before
+    counts = []
+    for name in ("low.ply", "low.lod1.ply", "low.lod2.ply"):
+        with trovik.open(tmp_path / name) as low:
+            assert low.faces().shape[1] == 3
+            counts.append(len(low.faces()))
+    triangles = 2 * len(ball.faces())
+    assert counts == [triangles // 2, triangles // 4, triangles // 8]
+    assert [os.path.basename(file) for file in ball.written_files[-3:]] == ["low.ply", "low.lod1.ply", "low.lod2.ply"]
+    with pytest.raises(trovik.Error, match="exclude each other"):
+        ball.export(tmp_path / "low.ply", decimate={"ratio": 0.5, "faces": 7})
 
 
 def test_project_moves_the_surface_onto_a_file(ball, tmp_path):

@@ -140,8 +140,41 @@ ExportDialog::ExportDialog(QWidget* parent) : FormDialog(tr("Export Mesh"), tr("
     up = AddChoice(tr("Up axis"),
                    tr("Rotates the mesh so that this axis points up"),
                    UpChoices(tr("Unchanged")));
-    connect(format, &QComboBox::currentIndexChanged, this, &ExportDialog::ShowOptions);
+    AddReduction();
+    for (QComboBox* box : {format, decimate})
+        connect(box, &QComboBox::currentIndexChanged, this, &ExportDialog::ShowOptions);
+    connect(lods, &QSpinBox::valueChanged, this, &ExportDialog::ShowOptions);
     ShowOptions();
+}
+
+void ExportDialog::AddReduction() {
+    decimate = AddChoice(tr("Decimate"),
+                         tr("Whether the file has fewer triangles. The sculpture does not change"),
+                         {{tr("Off"), QString()},
+                          {tr("To a fraction"), "ratio"},
+                          {tr("To a number"), "faces"},
+                          {tr("Up to a distance"), "error"}});
+    const FormDialog::NumberFormat percent = {2, 5.0, tr(" %")};
+    ratio = AddNumber(
+        tr("Fraction"), tr("Fraction of the triangles to keep"), 0.01, 100.0, 50.0, percent);
+    faces = AddWhole(tr("Triangles"), tr("Number of triangles to keep"), 4, 100'000'000, 50'000);
+    error = AddNumber(tr("Distance"),
+                      tr("Largest distance between the old and the new surface, in world units"),
+                      1e-6,
+                      1e6,
+                      0.01,
+                      {6, 0.001});
+    lods = AddWhole(tr("Levels of detail"),
+                    tr("Number of further files with fewer triangles: NAME.lod1.EXT and so on"),
+                    0,
+                    16,
+                    0);
+    lodRatio = AddNumber(tr("Detail fraction"),
+                         tr("Triangles of such a file, as a fraction of the previous one"),
+                         1.0,
+                         99.0,
+                         50.0,
+                         percent);
 }
 
 QString ExportDialog::Extension() const { return format->currentData().toString(); }
@@ -154,15 +187,31 @@ void ExportDialog::ShowOptions() {
     const MeshFormat& chosen = Format();
     ShowRow(units, !chosen.space);
     ShowRow(up, !chosen.space);
+    const std::string by = ChosenText(decimate);
+    ShowRow(ratio, by == "ratio");
+    ShowRow(faces, by == "faces");
+    ShowRow(error, by == "error");
+    ShowRow(lodRatio, lods->value() > 0);
     keeps->setText(chosen.keeps == nullptr ? QString() : Translated(chosen.keeps));
 }
 
 nlohmann::json ExportDialog::Options() const {
     nlohmann::json options = {{"world", world->isChecked()}, {"hidden", hidden->isChecked()}};
+    AddReductionTo(options);
     if (Format().space) return options;
     if (!ChosenText(units).empty()) options["units"] = ChosenText(units);
     if (!ChosenText(up).empty()) options["up"] = ChosenText(up);
     return options;
+}
+
+void ExportDialog::AddReductionTo(nlohmann::json& options) const {
+    const std::string by = ChosenText(decimate);
+    if (by == "ratio") options["decimate"] = {{"ratio", ratio->value() / 100.0}};
+    if (by == "faces") options["decimate"] = {{"faces", faces->value()}};
+    if (by == "error") options["decimate"] = {{"error", error->value()}};
+    if (lods->value() == 0) return;
+    options["lods"] = lods->value();
+    options["lodRatio"] = lodRatio->value() / 100.0;
 }
 
 DisplacementDialog::DisplacementDialog(const QString& fileName, QWidget* parent)

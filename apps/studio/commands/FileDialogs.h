@@ -69,7 +69,9 @@ public:
 
 private:
     const MeshFormat& Format() const;
+    void AddReduction();
     void ShowOptions();
+    void AddReductionTo(nlohmann::json& options) const;
 
     QComboBox* format;
     QCheckBox* world;
@@ -77,6 +79,12 @@ private:
     QComboBox* units;
     QComboBox* up;
     QLabel* keeps;
+    QComboBox* decimate;
+    QDoubleSpinBox* ratio;
+    QSpinBox* faces;
+    QDoubleSpinBox* error;
+    QSpinBox* lods;
+    QDoubleSpinBox* lodRatio;
 };
 
 /// Asks for the options of applying a displacement map.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file Tests the dialogs of the menu Surface that change the mesh.
+#include "commands/FileDialogs.h"
 #include "commands/StudioActions.h"
 #include "commands/StudioScene.h"
 #include "framework/files/MeshFiles.h"
@@ -164,6 +165,26 @@ TEST_F(StudioWindow, ExtractingMakesAShellFromTheMaskedPart) {
     EXPECT_EQ(step.at("smoothBorder"), 2);
     EXPECT_GT(State().levels[0].faces, before);
     EXPECT_EQ(State().history.back().label, "Extract shell");
+}
+
+TEST_F(StudioWindow, ExportOptionsContainTheReduction) {
+    ExportDialog dialog(window.get());
+    EXPECT_EQ(dialog.Options(), (json{{"world", false}, {"hidden", true}}));
+    auto* by = Named<QComboBox>(dialog, "Decimate");
+    Named<QDoubleSpinBox>(dialog, "Fraction")->setValue(20.0);
+    Named<QSpinBox>(dialog, "Triangles")->setValue(300);
+    Named<QDoubleSpinBox>(dialog, "Distance")->setValue(0.5);
+    const json expected[] = {{{"ratio", 0.2}}, {{"faces", 300}}, {{"error", 0.5}}};
+    for (int i = 0; i < 3; ++i) {
+        by->setCurrentIndex(i + 1);
+        EXPECT_EQ(dialog.Options().at("decimate"), expected[i]);
+    }
+    by->setCurrentIndex(0);
+    EXPECT_FALSE(dialog.Options().contains("lodRatio"));
+    Named<QSpinBox>(dialog, "Levels of detail")->setValue(2);
+    Named<QDoubleSpinBox>(dialog, "Detail fraction")->setValue(25.0);
+    EXPECT_EQ(dialog.Options(),
+              (json{{"world", false}, {"hidden", true}, {"lods", 2}, {"lodRatio", 0.25}}));
 }
 
 }  // namespace trovik::studio
