@@ -171,6 +171,7 @@ void Session::RequireNoViews(const nlohmann::json& step) {
                              "remesh",
                              "repair",
                              "voxelRemesh",
+                             "quadrangulate",
                              "append",
                              "extract"})
         if (step.contains(name)) RefuseViews(std::string("run \"") + name + "\"");

@@ -310,6 +310,40 @@ class SurfaceCommands(Steps):
             fields["faces"] = faces
         self._do({"voxelRemesh": fields_of(fields)}, progress)
 
+    def quadrangulate(self, *, progress: Progress = None, **fields: Any) -> None:
+        """Pair the triangles of the mesh into quads; see ``docs/topology.md``.
+
+        All vertices are kept. Triangles that cannot be paired cannot stay: each face is then split
+        into quads around its centre.
+
+        Parameters
+        ----------
+        progress : callable, optional
+            See `Commands`.
+        **fields
+            ``split``, ``"ifNeeded"`` (default), ``"always"`` or ``"never"``; ``maxAngle``, between the
+            triangles of a pair (degrees, default 40); ``keepGroups`` and ``keepUvs`` (default true).
+
+        Raises
+        ------
+        Error
+            If triangles are left and ``split`` is ``"never"``, or if faces are hidden.
+        BufferError
+            If views of the positions exist.
+
+        See Also
+        --------
+        voxel_remesh : Replace the mesh by more regular quads.
+
+        Examples
+        --------
+        >>> s.remesh(0.1)
+        >>> s.quadrangulate()
+        >>> s.faces().shape[1]
+        4
+        """
+        self._do({"quadrangulate": fields_of(fields)}, progress)
+
     def append(self, file: os.PathLike | str, *, progress: Progress = None, **fields: Any) -> None:
         """Add the mesh of a file as a new part; see ``docs/topology.md``.
 

@@ -124,6 +124,7 @@ def test_the_mesh_can_be_replaced(ball, tmp_path):
         lambda: ball.voxel_remesh(500),
         lambda: ball.append(tmp_path / "ball.ply"),
         lambda: ball.extract(0.1),
+        ball.quadrangulate,
     ):
         with pytest.raises(BufferError):
             replace()
@@ -194,6 +195,21 @@ def test_extract_makes_a_shell(ball):
     ball.freeze("clear")
     with pytest.raises(trovik.Error, match="no face has a mask weight"):
         ball.extract(0.1)
+
+
+def test_quadrangulate_pairs_triangles(ball):
+    ball.remesh(0.2)
+    triangles = len(ball.faces())
+    before = ball.positions.copy()
+    ball.quadrangulate(split="never")
+    assert ball.faces().shape == (triangles // 2, 4)
+    assert ball.positions.tobytes() == before.tobytes()
+    ball.undo()
+    ball.quadrangulate(split="always")
+    assert ball.faces().shape == (triangles // 2 * 4, 4)
+    ball.undo()
+    with pytest.raises(trovik.Error, match="no partner"):
+        ball.quadrangulate(split="never", maxAngle=0)
 
 
 def test_exports_can_be_decimated(ball, tmp_path):

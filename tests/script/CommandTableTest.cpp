@@ -250,6 +250,7 @@ const char* const examples = R"([
                 "orient": false, "fillHoles": "smooth", "maxHoleEdges": 32}},
     {"voxelRemesh": {"voxelSize": 0.25, "project": true, "levels": 2}},
     {"voxelRemesh": {"faces": 500, "project": false, "levels": 0}},
+    {"quadrangulate": {"split": "never", "maxAngle": 30, "keepGroups": false, "keepUvs": false}},
     {"append": {"file": "m.obj", "units": "mm", "up": "z", "scale": 2, "rotate": [10, 20, 30],
                 "translate": [1, 2, 3], "world": true}},
     {"append": {"file": "m.obj", "scale": [1, 2, 3],

@@ -156,6 +156,41 @@ void RunVoxelRemesh(const ActionContext& context) {
     context.Run("voxelRemesh", std::move(step), title);
 }
 
+void RunQuadrangulate(const ActionContext& context) {
+    const QString title = Text::tr("Quadrangulate");
+    FormDialog dialog(title, Text::tr("Quadrangulate"), context.window);
+    AddReplacementNote(dialog, context.State());
+    QComboBox* split = dialog.AddChoice(
+        Text::tr("Split"),
+        Text::tr("Whether each face is split into quads around its centre; necessary if some "
+                 "triangles cannot be paired"),
+        {{Text::tr("If triangles are left"), "ifNeeded"},
+         {Text::tr("Always"), "always"},
+         {Text::tr("Never"), "never"}});
+    QDoubleSpinBox* angle =
+        dialog.AddNumber(Text::tr("Largest angle"),
+                         Text::tr("Between the normals of the triangles of a pair"),
+                         0.0,
+                         180.0,
+                         40.0,
+                         {1, 5.0, QStringLiteral("°")});
+    QCheckBox* groups =
+        dialog.AddCheck(Text::tr("Keep group borders"),
+                        Text::tr("Does not pair triangles of different groups, materials or "
+                                 "smoothing groups"),
+                        true);
+    QCheckBox* seams = dialog.AddCheck(Text::tr("Keep texture seams"),
+                                       Text::tr("Does not pair triangles across texture seams"),
+                                       true);
+    if (dialog.exec() != QDialog::Accepted) return;
+    context.Run("quadrangulate",
+                {{"split", FormDialog::ChosenText(split)},
+                 {"maxAngle", angle->value()},
+                 {"keepGroups", groups->isChecked()},
+                 {"keepUvs", seams->isChecked()}},
+                title);
+}
+
 void RunExtract(const ActionContext& context) {
     const QString title = Text::tr("Extract Shell");
     FormDialog dialog(title, Text::tr("Extract"), context.window);
@@ -232,6 +267,12 @@ void AddTopologyActions(const ActionContext& context) {
                                  "parts that intersect."),
          .icon = "surface-voxel-remesh",
          .run = [context] { RunVoxelRemesh(context); }}));
+    context.EnableWithDocument(
+        actions.Add({.id = "surface.quadrangulate",
+                     .text = Text::tr("Quadrangulate…"),
+                     .description = Text::tr("Pairs triangles into quads, and keeps all vertices."),
+                     .icon = "surface-quadrangulate",
+                     .run = [context] { RunQuadrangulate(context); }}));
     context.EnableWithDocument(
         actions.Add({.id = "surface.extract",
                      .text = Text::tr("Extract Shell…"),

@@ -163,6 +163,7 @@ void FillMenus(QMainWindow& window, const ActionRegistry& actions, FileActions& 
           "surface.decimate",
           "surface.repair",
           "surface.voxelRemesh",
+          "surface.quadrangulate",
           "surface.project",
           "-",
           "surface.append",

@@ -167,6 +167,23 @@ TEST_F(StudioWindow, ExtractingMakesAShellFromTheMaskedPart) {
     EXPECT_EQ(State().history.back().label, "Extract shell");
 }
 
+TEST_F(StudioWindow, QuadrangulatingPairsTriangles) {
+    OpenSphere(0);
+    engine.Run({{"remesh", {{"faces", 1000}}}});
+    Finish();
+    const uint32_t triangles = State().levels[0].faces;
+    Answer([&] { Action("surface.quadrangulate")->trigger(); },
+           [&](QDialog& dialog) { Named<QComboBox>(dialog, "Split")->setCurrentIndex(2); });
+    Finish();
+    EXPECT_EQ(failures, QStringList());
+    EXPECT_EQ(
+        LastStep(),
+        (json{
+            {"quadrangulate",
+             {{"split", "never"}, {"maxAngle", 40.0}, {"keepGroups", true}, {"keepUvs", true}}}}));
+    EXPECT_EQ(State().levels[0].faces, triangles / 2);
+}
+
 TEST_F(StudioWindow, ExportOptionsContainTheReduction) {
     ExportDialog dialog(window.get());
     EXPECT_EQ(dialog.Options(), (json{{"world", false}, {"hidden", true}}));
