@@ -33,6 +33,7 @@ const std::map<std::string, std::string>& Examples() {
         {"info",
          "  trovik info head.obj                    vertices, faces, size, attributes\n"
          "  trovik info bust.trovik                 levels, layers and tools of a scene\n"
+         "  trovik info print.stl --min-thickness 0.8   walls that are too thin to print\n"
          "  trovik info *.obj --json                a list, one entry per file\n"},
         {"render",
          "  trovik render head.obj head.png\n"

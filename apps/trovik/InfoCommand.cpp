@@ -12,6 +12,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,19 +22,21 @@ namespace {
 
 struct InfoOptions {
     std::vector<std::string> files;
+    std::optional<float> minThickness;
     bool json = false;
     bool quiet = false;
 };
 
-nlohmann::json InfoJson(const std::string& path) {
-    return IsScenePath(path) ? SceneInfoJson(path) : MeshInfoJson(path);
+nlohmann::json InfoJson(const InfoOptions& options, const std::string& path) {
+    return IsScenePath(path) ? SceneInfoJson(path, options.minThickness)
+                             : MeshInfoJson(path, options.minThickness);
 }
 
-void PrintInfo(const std::string& path, bool quiet) {
+void PrintInfo(const InfoOptions& options, const std::string& path) {
     if (IsScenePath(path))
-        PrintSceneInfo(path, quiet);
+        PrintSceneInfo(path, options.minThickness, options.quiet);
     else
-        PrintMeshInfo(path, quiet);
+        PrintMeshInfo(path, options.minThickness, options.quiet);
 }
 
 /// Runs `report`. \return the error message, empty if there was no error.
@@ -60,9 +63,9 @@ void InfoOfSeveral(const InfoOptions& options) {
     for (const std::string& path : options.files) {
         std::string reason = ReasonOf([&] {
             if (options.json)
-                list.push_back(InfoJson(path));
+                list.push_back(InfoJson(options, path));
             else
-                PrintInfo(path, options.quiet);
+                PrintInfo(options, path);
         });
         if (reason.empty()) continue;
         if (options.json) list.push_back({{"file", path}, {"error", reason}});
@@ -79,9 +82,9 @@ void Info(const InfoOptions& options) {
     if (options.files.size() > 1)
         InfoOfSeveral(options);
     else if (options.json)
-        PrintJson(InfoJson(options.files.front()));
+        PrintJson(InfoJson(options, options.files.front()));
     else
-        PrintInfo(options.files.front(), options.quiet);
+        PrintInfo(options, options.files.front());
 }
 
 }  // namespace
@@ -91,6 +94,10 @@ void AddInfoCommand(CLI::App& program) {
     CLI::App* verb = program.add_subcommand(
         "info", "Reports the content of mesh files (OBJ, PLY, STL, glTF, GLB) and scenes");
     verb->add_option("files", options->files, "Mesh files and scenes (.trovik)")->required();
+    verb->add_option("--min-thickness",
+                     options->minThickness,
+                     "Reports walls that are thinner than this length, such as for printing")
+        ->check(CLI::Range(1e-30, 1e12));
     verb->add_flag("-q,--quiet", options->quiet, "Prints only errors");
     verb->add_flag(
         "--json",

@@ -2,6 +2,8 @@
 #include "MeshInfo.h"
 
 #include "Interruption.h"
+#include "ProgressLine.h"
+#include "ThicknessReport.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/mesh/BaseLevel.h"
 #include "framework/mesh/MeshSource.h"
@@ -12,6 +14,7 @@
 
 #include <cstdio>
 #include <map>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -81,9 +84,10 @@ struct MeshInfo {
     std::size_t borderEdges = 0;
     MeshDefects defects;
     std::vector<DefectAdvice> advice;
+    std::optional<ThicknessReport> thickness;
 };
 
-MeshInfo Examine(const std::string& path) {
+MeshInfo Examine(const std::string& path, std::optional<float> minThickness) {
     PolygonMesh polygons = ReadMeshFile(path);
     ThrowIfInterrupted();
     MeshInfo info;
@@ -99,6 +103,10 @@ MeshInfo Examine(const std::string& path) {
     info.defects = FindDefects(polygons);
     info.advice = AdviceFor(info.defects);
     ThrowIfInterrupted();
+    if (minThickness) {
+        ProgressLine job(true);
+        info.thickness = {*minThickness, FindThinWalls(polygons, *minThickness, &job)};
+    }
     info.manifold = MakeOrientedManifold(polygons);
     LevelGeometry geometry(polygons);
     LevelMesh& base = *geometry.Level(0);
@@ -129,8 +137,8 @@ nlohmann::json DefectsJson(const MeshInfo& info) {
 
 }  // namespace
 
-nlohmann::json MeshInfoJson(const std::string& path) {
-    const MeshInfo info = Examine(path);
+nlohmann::json MeshInfoJson(const std::string& path, std::optional<float> minThickness) {
+    const MeshInfo info = Examine(path, minThickness);
     const AxisAlignedBoundingBox& box = info.box;
     nlohmann::json bySize = nlohmann::json::object();
     for (const auto& [size, count] : info.facesByCorners) bySize[std::to_string(size)] = count;
@@ -148,11 +156,12 @@ nlohmann::json MeshInfoJson(const std::string& path) {
               {"faces", info.baseFaces},
               {"borderEdges", info.borderEdges}}},
             {"defects", DefectsJson(info)},
+            {"thickness", info.thickness ? JsonOf(*info.thickness) : nlohmann::json()},
             {"notes", info.notes}};
 }
 
-void PrintMeshInfo(const std::string& path, bool quiet) {
-    const MeshInfo info = Examine(path);
+void PrintMeshInfo(const std::string& path, std::optional<float> minThickness, bool quiet) {
+    const MeshInfo info = Examine(path, minThickness);
     if (quiet) return;
     std::printf("%s\n", path.c_str());
     std::printf("  vertices  %zu\n  faces     %zu", info.vertices, info.faces);
@@ -181,6 +190,7 @@ void PrintMeshInfo(const std::string& path, bool quiet) {
                 info.borderEdges);
     for (const DefectAdvice& advice : info.advice)
         std::printf("  defect    %s; %s repairs it\n", advice.defect.c_str(), advice.step.c_str());
+    if (info.thickness) std::printf("  thickness %s\n", TextOf(*info.thickness).c_str());
     for (const std::string& note : info.notes) std::printf("  note      %s\n", note.c_str());
 }
 

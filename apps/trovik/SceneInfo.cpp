@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "SceneInfo.h"
 
+#include "ProgressLine.h"
+#include "ThicknessReport.h"
 #include "framework/scene/SceneFile.h"
 
 #include <nlohmann/json.hpp>
@@ -89,15 +91,28 @@ void Print(const std::string& path, const LoadedScene& scene) {
     for (const std::string& note : scene.notes) std::printf("  note      %s\n", note.c_str());
 }
 
-}  // namespace
-
-nlohmann::json SceneInfoJson(const std::string& path) {
-    return Describe(path, LoadScene(path, nullptr));
+ThicknessReport Thickness(const LoadedScene& scene, float limit) {
+    ProgressLine job(true);
+    return {limit, FindThinWalls(*scene.geometry, limit, &job)};
 }
 
-void PrintSceneInfo(const std::string& path, bool quiet) {
+}  // namespace
+
+nlohmann::json SceneInfoJson(const std::string& path, std::optional<float> minThickness) {
     const LoadedScene scene = LoadScene(path, nullptr);
-    if (!quiet) Print(path, scene);
+    nlohmann::json json = Describe(path, scene);
+    json["thickness"] = nullptr;
+    if (minThickness) json["thickness"] = JsonOf(Thickness(scene, *minThickness));
+    return json;
+}
+
+void PrintSceneInfo(const std::string& path, std::optional<float> minThickness, bool quiet) {
+    const LoadedScene scene = LoadScene(path, nullptr);
+    std::optional<ThicknessReport> thickness;
+    if (minThickness) thickness = Thickness(scene, *minThickness);
+    if (quiet) return;
+    Print(path, scene);
+    if (thickness) std::printf("  thickness %s\n", TextOf(*thickness).c_str());
 }
 
 }  // namespace trovik

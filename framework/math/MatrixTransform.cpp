@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/math/MatrixTransform.h"
 
+#include "framework/math/MatrixOrientation.h"
+
 #include <cmath>
 
 namespace trovik {
@@ -66,11 +68,10 @@ void MatrixTransform::SetMatrix(const Matrix& matrix) {
     toWorld = matrix;
     toLocal = matrix;
     toLocal.Invert(nullptr);
-    const auto row = [&matrix](int r) {
-        return Vector(matrix.m[r][0], matrix.m[r][1], matrix.m[r][2]);
-    };
-    scale = Vector(row(0).Length(), row(1).Length(), row(2).Length());
-    if (((row(0) & row(1)) | row(2)) < 0.0f) scale.x = -scale.x;
+    scale = Vector(AxisImage(matrix, 0).Length(),
+                   AxisImage(matrix, 1).Length(),
+                   AxisImage(matrix, 2).Length());
+    if (ReversesOrientation(matrix)) scale.x = -scale.x;
 }
 
 void MatrixTransform::Restore(const Matrix& localToWorld,

@@ -4,6 +4,7 @@
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/math/IsFinite.h"
+#include "framework/math/MatrixOrientation.h"
 #include "framework/mesh/BaseLevel.h"
 #include "framework/remesh/FaceOrientation.h"
 #include "framework/remesh/FaceSplitting.h"
@@ -15,14 +16,6 @@
 namespace trovik {
 
 namespace {
-
-/// Whether an affine matrix reverses the orientation of faces.
-bool Mirrors(const Matrix& matrix) {
-    const auto row = [&matrix](int r) {
-        return Vector(matrix.m[r][0], matrix.m[r][1], matrix.m[r][2]);
-    };
-    return ((row(0) & row(1)) | row(2)) < 0.0f;
-}
 
 /// Moves a mesh into the mesh-local space of a geometry.
 void Place(NewSurface& part, const MeshAppending& settings, const LevelGeometry& geometry) {
@@ -39,7 +32,8 @@ void Place(NewSurface& part, const MeshAppending& settings, const LevelGeometry&
                             ": a vertex has no finite position in the space of the mesh");
         position = {p.x, p.y, p.z};
     }
-    if (Mirrors(matrix)) FlipFaces(part, std::vector<bool>(mesh.faceSizes.size(), true));
+    if (ReversesOrientation(matrix))
+        FlipFaces(part, std::vector<bool>(mesh.faceSizes.size(), true));
 }
 
 /// Gives all faces of a part the number of corners that level 0 has.

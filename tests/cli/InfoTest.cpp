@@ -44,6 +44,32 @@ TEST_F(InfoCommand, ReportsSeveralFilesInTheirOrder) {
     EXPECT_EQ(Run("info cube.obj tri.obj -q").out, "");
 }
 
+TEST_F(InfoCommand, ReportsThinWalls) {
+    WriteFile("thin.json", R"({"mesh": "cube.obj", "transform": {"scale": [1, 1, 0.125]},
+                               "steps": [{"save": "thin.trovik"}]})");
+    ASSERT_EQ(Run("sculpt thin.json -q").status, 0);
+    EXPECT_EQ(json::parse(Run("info cube.obj --json").out).at("thickness"), nullptr);
+    const json cube = json::parse(Run("info cube.obj --json").out);
+    const double size = cube.at("high")[2].get<double>() - cube.at("low")[2].get<double>();
+    const auto walls = [&](const std::string& file, double limit) {
+        return json::parse(
+                   Run("info " + file + " --json --min-thickness " + std::to_string(limit)).out)
+            .at("thickness");
+    };
+    EXPECT_EQ(walls("cube.obj", size * 0.9).at("thinFaces"), 0);
+    EXPECT_EQ(walls("cube.obj", size * 0.9).at("thinnest"), nullptr);
+    EXPECT_EQ(walls("cube.obj", size * 1.1).at("thinFaces"), 6);
+    const json thin = walls("thin.trovik", size * 0.5);
+    EXPECT_EQ(thin.at("thinFaces"), 2);
+    EXPECT_NEAR(thin.at("thinnest").get<double>(), size * 0.125, size * 1e-4);
+    EXPECT_NEAR(thin.at("thinArea").get<double>(), 2.0 * size * size, size * 1e-3);
+    EXPECT_THAT(Run("info thin.trovik --min-thickness 0.001").out,
+                HasSubstr("thickness no wall is thinner than 0.001"));
+    EXPECT_THAT(Run("info thin.trovik --min-thickness 1").out,
+                HasSubstr("thickness 2 faces are thinner than 1, with 80 % of the area"));
+    EXPECT_EQ(Run("info cube.obj --min-thickness 0").status, 2);
+}
+
 TEST_F(InfoCommand, ContinuesAfterUnreadableFiles) {
     const Outcome outcome = Run("info broken.obj cube.obj none.obj tri.obj");
     EXPECT_EQ(outcome.status, 1);
