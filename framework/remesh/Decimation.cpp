@@ -8,9 +8,12 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
+#include <limits>
 #include <meshoptimizer.h>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 namespace trovik {
@@ -33,14 +36,52 @@ struct Wedge {
 /// The triangles of a surface, in terms of wedges.
 struct WedgeMesh {
     std::vector<Wedge> wedges;
+    /// Three numbers per wedge; see SeparatedPositions.
     std::vector<float> positions;
     /// Three wedges per triangle: those that may be removed, and those that are kept.
     std::vector<uint32_t> removable;
     std::vector<uint32_t> kept;
 };
 
+std::vector<bool> BorderVerticesOf(LevelMesh& level) {
+    const uint32_t corners = level.CornersPerFace();
+    std::vector<bool> isBorder(level.VertexCount());
+    for (uint32_t face = 0; face < level.faceCount; ++face) {
+        const uint32_t* v = level.faceVertexIndices.array + std::size_t{face} * corners;
+        for (uint32_t side = 0; side < corners; ++side)
+            if (level.QuadEdgeNeighbour(face, side) == openBorder)
+                isBorder[v[side]] = isBorder[v[(side + 1) % corners]] = true;
+    }
+    return isBorder;
+}
+
+/// Returns the positions of the vertices. Interior vertices at the same position, as where a part
+/// lies on another one, are moved apart by the smallest possible distance: the library keeps
+/// vertices at the same position, except those of seams. Vertices of open borders are not moved,
+/// because they can belong to a border that was cut open.
+std::vector<Vector> SeparatedPositions(LevelMesh& level) {
+    std::vector<Vector> positions = PositionsOf(level);
+    const std::vector<bool> isBorder = BorderVerticesOf(level);
+    std::unordered_set<std::array<uint32_t, 3>, WordsHash> used;
+    used.reserve(positions.size());
+    for (std::size_t v = 0; v < positions.size(); ++v) {
+        // Adding zero changes -0 to +0 and nothing else.
+        Vector& p = positions[v];
+        const auto key = [&p] {
+            return std::array<uint32_t, 3>{std::bit_cast<uint32_t>(p.x + 0.0f),
+                                           std::bit_cast<uint32_t>(p.y + 0.0f),
+                                           std::bit_cast<uint32_t>(p.z + 0.0f)};
+        };
+        constexpr float largest = std::numeric_limits<float>::max();
+        while (!used.insert(key()).second && !isBorder[v] && p.x < largest)
+            p.x = std::nextafter(p.x, largest);
+    }
+    return positions;
+}
+
 WedgeMesh WedgesOf(SourceSurface& source, JobControl* job) {
     const LevelMesh& level = source.Level();
+    const std::vector<Vector> positions = SeparatedPositions(source.Level());
     const std::vector<uint32_t>& cornerUvs = source.Attributes(job).cornerUvs;
     const uint32_t corners = level.CornersPerFace();
     WedgeMesh mesh;
@@ -51,7 +92,7 @@ WedgeMesh WedgesOf(SourceSurface& source, JobControl* job) {
             numbers.try_emplace({vertex, uv}, static_cast<uint32_t>(mesh.wedges.size()));
         if (isNew) {
             mesh.wedges.push_back({vertex, uv});
-            const Vector p = level.Position(vertex);
+            const Vector& p = positions[vertex];
             mesh.positions.insert(mesh.positions.end(), {p.x, p.y, p.z});
         }
         return entry->second;

@@ -379,18 +379,18 @@ class SurfaceCommands(Steps):
         self._do({"append": {"file": file, **fields_of(fields)}}, progress)
 
     def extract(self, thickness: float, *, progress: Progress = None, **fields: Any) -> None:
-        """Make a closed shell from the masked part; see ``docs/topology.md``.
+        """Make a closed part with a thickness from the masked part; see ``docs/topology.md``.
 
         Parameters
         ----------
         thickness : float
-            The thickness of the shell along the vertex normals (world units).
+            The thickness of the new part along the vertex normals (world units).
         progress : callable, optional
             See `Commands`.
         **fields
             ``side``, ``"outside"`` (default), ``"inside"`` or ``"both"``; ``threshold``, the mask weight
             from which on faces are extracted (0 to 1, default 0.5); ``smoothBorder``, iterations;
-            ``replace``, whether the shell replaces the surface; ``group``, the name of its group.
+            ``replace``, whether the new part replaces the surface; ``group``, the name of its group.
 
         Raises
         ------

@@ -180,14 +180,14 @@ def test_append_adds_a_part(ball, tmp_path):
         ball.append("missing.obj")
 
 
-def test_extract_makes_a_shell(ball):
+def test_extract_makes_a_thick_part(ball):
     vertices, faces = len(ball.positions), len(ball.faces())
     ball.freeze(np.where(ball.positions[:, 2] > 0.3, 127, 0))
     with pytest.raises(trovik.Error, match="extract"):
         ball.extract(0)
     ball.extract(0.1, group="Cap")
-    shell = ball.faces()[faces:]
-    assert len(shell) > 10 and shell.min() == vertices
+    part = ball.faces()[faces:]
+    assert len(part) > 10 and part.min() == vertices
     p = ball.positions[vertices:]
     half = len(p) // 2
     assert np.allclose(np.linalg.norm(p[:half] - p[half:], axis=1), 0.1, atol=1e-5)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
 #include "framework/remesh/Decimation.h"
+#include "tests/remesh/EditedMeshes.h"
 #include "tests/remesh/ReplacedSurface.h"
 
 #include <set>
@@ -113,6 +114,20 @@ TEST(Decimation, RefusesToRemoveEverything) {
     EXPECT_THROW(document.ReplaceSurface(Decimate({.faces = 1, .keepsBorders = false})), HostError);
     EXPECT_EQ(SceneOf(document), before);
     EXPECT_EQ(document.HistoryPosition(), 0u);
+}
+
+TEST(Decimation, ReducesPartsThatLieOnEachOther) {
+    PolygonMesh pair = SphereQuads(4);
+    Append(pair, SphereQuads(4), 1.0f, {});
+    Document document("pair", pair);
+    document.ReplaceSurface(Decimate({600u}));
+    const PolygonMesh result = MeshOf(document);
+    EXPECT_NEAR(static_cast<double>(result.faceSizes.size()), 600.0, 10.0);
+    // The vertices are at their exact positions.
+    std::set<std::array<float, 3>> old(pair.positions.begin(), pair.positions.end());
+    for (const auto& p : result.positions) EXPECT_EQ(old.count(p), 1u);
+    ExpectManifold(result);
+    EXPECT_EQ(BorderEdgesOf(*document.Geometry().Bound()), 0u);
 }
 
 }  // namespace

@@ -171,10 +171,10 @@ TEST_P(ReplacingSteps, TransferMaskColoursGroupsAndLayers) {
     }
     // The vertices of a voxel remesh are not exactly on the old surface.
     const int fullyMasked = Step().contains("voxelRemesh") ? 125 : 127;
-    const bool hasShell = Step().contains("extract");
+    const bool hasNewPart = Step().contains("extract");
     for (uint32_t v = 0; v < level.VertexCount(); ++v) {
-        // A shell is added after the old vertices, and is not masked.
-        if (hasShell && v >= oldVertices) break;
+        // The extracted part is added after the old vertices, and is not masked.
+        if (hasNewPart && v >= oldVertices) break;
         const float distance = (level.Position(v) - Vector(-1.0f, 0.0f, 0.0f)).Length();
         if (distance < 0.35f) {
             EXPECT_GE(level.Freeze(v), fullyMasked) << v;

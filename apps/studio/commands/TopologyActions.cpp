@@ -192,7 +192,7 @@ void RunQuadrangulate(const ActionContext& context) {
 }
 
 void RunExtract(const ActionContext& context) {
-    const QString title = Text::tr("Extract Shell");
+    const QString title = Text::tr("Extract Masked Part");
     FormDialog dialog(title, Text::tr("Extract"), context.window);
     AddReplacementNote(dialog, context.State());
     const double hundredth = LongestSide(SurfaceBounds(context)) * 0.01;
@@ -205,7 +205,7 @@ void RunExtract(const ActionContext& context) {
                          {std::clamp(static_cast<int>(std::ceil(-std::log10(hundredth))) + 2, 2, 9),
                           hundredth * 0.1});
     QComboBox* side = dialog.AddChoice(Text::tr("Side"),
-                                       Text::tr("Where the shell is, relative to the surface"),
+                                       Text::tr("Where the new part is, relative to the surface"),
                                        {{Text::tr("Outside"), "outside"},
                                         {Text::tr("Inside"), "inside"},
                                         {Text::tr("Both"), "both"}});
@@ -224,7 +224,7 @@ void RunExtract(const ActionContext& context) {
         4);
     QCheckBox* replace =
         dialog.AddCheck(Text::tr("Replace the surface"),
-                        Text::tr("Keeps only the shell; otherwise, it is added as a new part"),
+                        Text::tr("Keeps only the new part; otherwise, it is added to the surface"),
                         false);
     if (dialog.exec() != QDialog::Accepted) return;
     context.Run("extract",
@@ -273,13 +273,13 @@ void AddTopologyActions(const ActionContext& context) {
                      .description = Text::tr("Pairs triangles into quads, and keeps all vertices."),
                      .icon = "surface-quadrangulate",
                      .run = [context] { RunQuadrangulate(context); }}));
-    context.EnableWithDocument(
-        actions.Add({.id = "surface.extract",
-                     .text = Text::tr("Extract Shell…"),
-                     .description = Text::tr("Makes a closed shell from the masked part, such as "
-                                             "clothes from a body."),
-                     .icon = "surface-extract",
-                     .run = [context] { RunExtract(context); }}));
+    context.EnableWithDocument(actions.Add(
+        {.id = "surface.extract",
+         .text = Text::tr("Extract Masked Part…"),
+         .description = Text::tr("Makes a closed, thick part from the masked part, such as "
+                                 "clothes from a body."),
+         .icon = "surface-extract",
+         .run = [context] { RunExtract(context); }}));
 }
 
 }  // namespace trovik::studio

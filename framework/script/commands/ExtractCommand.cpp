@@ -1,23 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file Command "extract".
-#include "framework/remesh/ShellExtraction.h"
+#include "framework/remesh/MaskExtraction.h"
 #include "framework/script/commands/ReplaceSurface.h"
 
 namespace trovik {
 
 template <>
-struct EnumNames<ShellExtraction::Side> {
-    static constexpr std::pair<const char*, ShellExtraction::Side> names[] = {
-        {"outside", ShellExtraction::Side::Outside},
-        {"inside", ShellExtraction::Side::Inside},
-        {"both", ShellExtraction::Side::Both}};
+struct EnumNames<MaskExtraction::Side> {
+    static constexpr std::pair<const char*, MaskExtraction::Side> names[] = {
+        {"outside", MaskExtraction::Side::Outside},
+        {"inside", MaskExtraction::Side::Inside},
+        {"both", MaskExtraction::Side::Both}};
 };
 
 namespace {
 
 struct ExtractParameters {
-    ShellExtraction settings;
+    MaskExtraction settings;
     std::optional<std::string> group;
 
     template <typename Visitor>
@@ -32,9 +32,9 @@ struct ExtractParameters {
 };
 
 void Extract(CommandContext& context, const ExtractParameters& parameters) {
-    ShellExtraction settings = parameters.settings;
+    MaskExtraction settings = parameters.settings;
     settings.group = parameters.group.value_or("");
-    ReplaceSurface(context, ExtractShell(settings));
+    ReplaceSurface(context, ExtractMasked(settings));
 }
 
 const CommandRegistration<ExtractParameters> extract({.name = "extract"}, Extract);

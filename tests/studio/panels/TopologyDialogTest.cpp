@@ -146,7 +146,7 @@ TEST_F(StudioWindow, AppendingAddsAFileAsANewPart) {
     EXPECT_EQ(State().history.back().label, "Append mesh");
 }
 
-TEST_F(StudioWindow, ExtractingMakesAShellFromTheMaskedPart) {
+TEST_F(StudioWindow, ExtractingMakesANewPartFromTheMaskedPart) {
     OpenSphere(0);
     const uint32_t before = State().levels[0].faces;
     engine.Run({{"mask", {{"center", {0, 0, 1}}, {"radius", 0.7}}}});
@@ -164,7 +164,7 @@ TEST_F(StudioWindow, ExtractingMakesAShellFromTheMaskedPart) {
     EXPECT_EQ(step.at("side"), "both");
     EXPECT_EQ(step.at("smoothBorder"), 2);
     EXPECT_GT(State().levels[0].faces, before);
-    EXPECT_EQ(State().history.back().label, "Extract shell");
+    EXPECT_EQ(State().history.back().label, "Extract masked part");
 }
 
 TEST_F(StudioWindow, QuadrangulatingPairsTriangles) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/remesh/ShellExtraction.h"
+#include "framework/remesh/MaskExtraction.h"
 
 #include "framework/errors/HostError.h"
 #include "framework/freeze/FreezeBlend.h"
@@ -24,7 +24,7 @@ Vector Of(const std::array<float, 3>& p) { return {p[0], p[1], p[2]}; }
 /// The two neighbours of a vertex along the border of the part.
 using BorderNeighbours = std::array<uint32_t, 2>;
 
-/// The part of a surface that becomes a shell: an oriented manifold with the normals of the old
+/// The part of a surface that is extracted: an oriented manifold with the normals of the old
 /// surface, and without groups.
 class MaskedPart {
 public:
@@ -150,14 +150,14 @@ private:
 };
 
 /// Builds the two copies of a part and the strip between their borders.
-class ShellBuilder {
+class PartBuilder {
 public:
-    ShellBuilder(const MaskedPart& ofPart, float outerOffset, float innerOffset)
+    PartBuilder(const MaskedPart& ofPart, float outerOffset, float innerOffset)
         : part(ofPart), mesh(ofPart.Mesh()), faces(mesh) {
-        shell.attributes = mesh.attributes;
-        for (auto* list : {&shell.attributes.faceMaterials, &shell.attributes.faceSmoothing})
+        result.attributes = mesh.attributes;
+        for (auto* list : {&result.attributes.faceMaterials, &result.attributes.faceSmoothing})
             list->clear();
-        shell.attributes.colors.clear();
+        result.attributes.colors.clear();
         for (const float offset : {outerOffset, innerOffset}) AddVertices(offset);
         for (std::size_t face = 0; face < mesh.faceSizes.size(); ++face) {
             const auto vertices = faces.Vertices(face);
@@ -172,11 +172,11 @@ public:
             AddFace(inner, face);
         }
         for (const FaceSide& side : part.Border()) AddStrip(side);
-        auto& uvs = shell.attributes.cornerUvs;
-        if (!uvs.empty()) uvs.resize(shell.faceVertices.size(), SurfaceAttributes::none);
+        auto& uvs = result.attributes.cornerUvs;
+        if (!uvs.empty()) uvs.resize(result.faceVertices.size(), SurfaceAttributes::none);
     }
 
-    PolygonMesh shell;
+    PolygonMesh result;
 
 private:
     uint32_t Inner(uint32_t vertex) const {
@@ -186,18 +186,18 @@ private:
     void AddVertices(float offset) {
         for (std::size_t v = 0; v < mesh.positions.size(); ++v) {
             const Vector p = Of(mesh.positions[v]) + Of(mesh.normals[v]) * offset;
-            shell.positions.push_back({p.x, p.y, p.z});
+            result.positions.push_back({p.x, p.y, p.z});
         }
-        auto& colors = shell.attributes.colors;
+        auto& colors = result.attributes.colors;
         colors.insert(colors.end(), mesh.attributes.colors.begin(), mesh.attributes.colors.end());
     }
 
     /// \param origin  the face of the part whose material and smoothing group the face gets.
     void AddFace(const std::vector<uint32_t>& vertices, std::size_t origin) {
-        shell.faceSizes.push_back(static_cast<uint32_t>(vertices.size()));
-        shell.faceVertices.insert(shell.faceVertices.end(), vertices.begin(), vertices.end());
+        result.faceSizes.push_back(static_cast<uint32_t>(vertices.size()));
+        result.faceVertices.insert(result.faceVertices.end(), vertices.begin(), vertices.end());
         const SurfaceAttributes& from = mesh.attributes;
-        SurfaceAttributes& to = shell.attributes;
+        SurfaceAttributes& to = result.attributes;
         if (!from.faceMaterials.empty()) to.faceMaterials.push_back(from.faceMaterials[origin]);
         if (!from.faceSmoothing.empty()) to.faceSmoothing.push_back(from.faceSmoothing[origin]);
     }
@@ -219,45 +219,45 @@ private:
 };
 
 std::string NewGroupName(const std::vector<std::string>& names) {
-    const std::string stem = "Shell";
+    const std::string stem = "Extracted";
     std::string name = stem;
     for (int number = 2; std::ranges::find(names, name) != names.end(); ++number)
         name = stem + " " + std::to_string(number);
     return name;
 }
 
-NewSurface MakeShell(SourceSurface& source, const ShellExtraction& settings, JobControl* job) {
+NewSurface MakeExtracted(SourceSurface& source, const MaskExtraction& settings, JobControl* job) {
     const uint8_t amount = std::max<uint8_t>(FreezeAmountOf(settings.threshold), 1);
     const FaceChoice chosen = FacesByMask(source.Level(), amount);
     if (std::ranges::find(chosen, uint8_t{1}) == chosen.end())
         throw HostError("no face has a mask weight of at least " +
                         std::to_string(std::lround(settings.threshold * 100.0f)) +
-                        " % at all corners; mask the part that is to become a shell");
+                        " % at all corners; mask the part that is to be extracted");
     MaskedPart part(source, chosen, job);
     part.SmoothBorder(settings.smoothIterations, job);
     const float thickness = source.LocalLength(settings.thickness);
-    using Side = ShellExtraction::Side;
+    using Side = MaskExtraction::Side;
     const float outer = settings.side == Side::Outside ? thickness
                         : settings.side == Side::Both  ? thickness * 0.5f
                                                        : 0.0f;
-    ShellBuilder builder(part, outer, outer - thickness);
-    PolygonMesh& shell = builder.shell;
-    shell.attributes.groupNames = {
+    PartBuilder builder(part, outer, outer - thickness);
+    PolygonMesh& result = builder.result;
+    result.attributes.groupNames = {
         settings.group.empty() ? NewGroupName(source.Attributes(job).groupNames) : settings.group};
-    shell.attributes.faceGroups.assign(shell.faceSizes.size(), 0);
+    result.attributes.faceGroups.assign(result.faceSizes.size(), 0);
     NewSurface made;
     if (!settings.replaces) made = CopyOf(source, job);
-    AddComponent(made, shell);
-    made.report.notes.push_back("the group \"" + shell.attributes.groupNames[0] + "\" has " +
-                                std::to_string(shell.faceSizes.size()) + " new faces");
+    AddComponent(made, result);
+    made.report.notes.push_back("the group \"" + result.attributes.groupNames[0] + "\" has " +
+                                std::to_string(result.faceSizes.size()) + " new faces");
     return made;
 }
 
 }  // namespace
 
-SurfaceOperation ExtractShell(const ShellExtraction& settings) {
-    return {"Extract shell", [settings](SourceSurface& source, JobControl* job) {
-                return MakeShell(source, settings, job);
+SurfaceOperation ExtractMasked(const MaskExtraction& settings) {
+    return {"Extract masked part", [settings](SourceSurface& source, JobControl* job) {
+                return MakeExtracted(source, settings, job);
             }};
 }
 

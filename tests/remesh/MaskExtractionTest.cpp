@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/errors/HostError.h"
 #include "framework/remesh/FaceTable.h"
-#include "framework/remesh/ShellExtraction.h"
+#include "framework/remesh/MaskExtraction.h"
 #include "tests/remesh/ReplacedSurface.h"
 
 namespace trovik::test {
 namespace {
 
 constexpr uint32_t none = SurfaceAttributes::none;
-using Side = ShellExtraction::Side;
+using Side = MaskExtraction::Side;
 
 Vector At(const PolygonMesh& mesh, std::size_t vertex) {
     const auto& p = mesh.positions[vertex];
@@ -24,15 +24,15 @@ void Mask(Document& document, const Condition& isMasked) {
     document.Freeze(amounts, FreezeMode::Replace);
 }
 
-ReplacementReport Extract(Document& document, const ShellExtraction& settings) {
-    ReplacementReport report = document.ReplaceSurface(ExtractShell(settings));
+ReplacementReport Extract(Document& document, const MaskExtraction& settings) {
+    ReplacementReport report = document.ReplaceSurface(ExtractMasked(settings));
     ExpectManifold(MeshOf(document));
     return report;
 }
 
 float DistanceToAxis(const Vector& p) { return std::sqrt(p.x * p.x + p.y * p.y); }
 
-TEST(ShellExtraction, TheShellIsClosedAndHasTheThickness) {
+TEST(MaskExtraction, ThePartIsClosedAndHasTheThickness) {
     const PolygonMesh sphere = SphereQuads(4);
     for (const Side side : {Side::Outside, Side::Inside, Side::Both}) {
         Document document("sphere", sphere);
@@ -57,32 +57,33 @@ TEST(ShellExtraction, TheShellIsClosedAndHasTheThickness) {
             EXPECT_EQ(level.Freeze(count + v), 0);
         }
         // Volume of a spherical cap between two radii; the normals point outwards.
-        const double shell = VolumeOf(level) - 4.0 / 3.0 * 3.14159265;
-        EXPECT_GT(shell, 0.0) << static_cast<int>(side);
+        const double volume = VolumeOf(level) - 4.0 / 3.0 * 3.14159265;
+        EXPECT_GT(volume, 0.0) << static_cast<int>(side);
     }
 }
 
-TEST(ShellExtraction, KeepsTheDataOfTheOuterSide) {
+TEST(MaskExtraction, KeepsTheDataOfTheOuterSide) {
     PolygonMesh grid = GridMesh(4, 4);
     for (const auto& p : grid.positions) {
         grid.attributes.uvs.push_back({p[0] * 0.25f, p[1] * 0.25f});
         grid.attributes.colors.push_back({p[0] * 0.25f, 0.5f, 0.25f, 1.0f});
     }
     grid.attributes.cornerUvs = grid.faceVertices;
-    grid.attributes.groupNames = {"Shell", "rest"};
+    grid.attributes.groupNames = {"Extracted", "rest"};
     grid.attributes.faceGroups.assign(16, 1);
     grid.attributes.materialNames = {"cloth"};
     grid.attributes.faceMaterials.assign(16, 0);
     Document document("grid", grid);
     Mask(document, [](const Vector& p) { return p.x <= 2.0f && p.y <= 2.0f; });
     const ReplacementReport report = Extract(document, {0.5f});
-    EXPECT_THAT(report.notes, testing::ElementsAre(testing::HasSubstr("\"Shell 2\" has 16 new")));
+    EXPECT_THAT(report.notes,
+                testing::ElementsAre(testing::HasSubstr("\"Extracted 2\" has 16 new")));
     EXPECT_THAT(report.warnings, testing::IsEmpty());
     const PolygonMesh result = MeshOf(document);
     const SurfaceAttributes& made = document.Geometry().Attributes();
     // Four faces on each side, and eight on the strip.
     ASSERT_EQ(result.faceSizes.size(), 32u);
-    EXPECT_THAT(made.groupNames, testing::ElementsAre("Shell", "rest", "Shell 2"));
+    EXPECT_THAT(made.groupNames, testing::ElementsAre("Extracted", "rest", "Extracted 2"));
     for (std::size_t face = 0; face < 32; ++face) {
         EXPECT_EQ(made.faceGroups[face], face < 16 ? 1u : 2u);
         EXPECT_EQ(made.faceMaterials[face], 0u);
@@ -103,11 +104,11 @@ TEST(ShellExtraction, KeepsTheDataOfTheOuterSide) {
         EXPECT_EQ(made.colors[v][0], result.positions[v][0] * 0.25f);
 }
 
-TEST(ShellExtraction, ReplacesTheSurfaceAndItsTriangles) {
+TEST(MaskExtraction, ReplacesTheSurfaceAndItsTriangles) {
     Document document("icosahedron", Icosahedron());
     document.Freeze(std::vector<uint8_t>(12, 127), FreezeMode::Replace);
     const double before = VolumeOf(*document.Geometry().Bound());
-    ShellExtraction settings{0.1f, Side::Inside};
+    MaskExtraction settings{0.1f, Side::Inside};
     settings.replaces = true;
     settings.group = "Hull";
     Extract(document, settings);
@@ -123,14 +124,14 @@ TEST(ShellExtraction, ReplacesTheSurfaceAndItsTriangles) {
     EXPECT_LT(volume, before * 0.5);
 }
 
-TEST(ShellExtraction, TheThresholdSelectsFaces) {
+TEST(MaskExtraction, TheThresholdSelectsFaces) {
     Document document("grid", GridMesh(10, 1));
     std::vector<uint8_t> amounts;
     for (const Vector& p : PositionsOf(*document.Geometry().Bound()))
         amounts.push_back(static_cast<uint8_t>(p.x * 12.7f));
     document.Freeze(amounts, FreezeMode::Replace);
     for (const auto& [threshold, faces] : {std::pair(0.45f, 5u), {0.85f, 1u}, {0.01f, 9u}}) {
-        ShellExtraction settings{0.1f};
+        MaskExtraction settings{0.1f};
         settings.threshold = threshold;
         settings.replaces = true;
         Extract(document, settings);
@@ -139,13 +140,13 @@ TEST(ShellExtraction, TheThresholdSelectsFaces) {
     }
 }
 
-TEST(ShellExtraction, TheBorderIsSmoothedAlongTheSurface) {
+TEST(MaskExtraction, TheBorderIsSmoothedAlongTheSurface) {
     const auto radii = [](uint32_t iterations) {
         Document document("grid", GridMesh(30, 30));
         Mask(document, [](const Vector& p) {
             return DistanceToAxis(p - Vector(15.0f, 15.0f, 0.0f)) < 10.2f;
         });
-        ShellExtraction settings{0.5f, Side::Inside};
+        MaskExtraction settings{0.5f, Side::Inside};
         settings.smoothIterations = iterations;
         settings.replaces = true;
         Extract(document, settings);
@@ -170,10 +171,10 @@ TEST(ShellExtraction, TheBorderIsSmoothedAlongTheSurface) {
     EXPECT_LT(radii(8), 0.6f * radii(0));
 }
 
-TEST(ShellExtraction, TheBorderOfTheSurfaceIsNotMoved) {
+TEST(MaskExtraction, TheBorderOfTheSurfaceIsNotMoved) {
     Document document("grid", GridMesh(6, 6));
     Mask(document, [](const Vector& p) { return p.x <= 3.0f; });
-    ShellExtraction settings{0.5f};
+    MaskExtraction settings{0.5f};
     settings.smoothIterations = 20;
     settings.replaces = true;
     Extract(document, settings);
@@ -184,19 +185,19 @@ TEST(ShellExtraction, TheBorderOfTheSurfaceIsNotMoved) {
     EXPECT_EQ(corners, 8u);
 }
 
-TEST(ShellExtraction, PartsThatTouchAtAVertexAreSeparated) {
+TEST(MaskExtraction, PartsThatTouchAtAVertexAreSeparated) {
     Document document("grid", GridMesh(4, 4));
     Mask(document, [](const Vector& p) {
         return (p.x <= 2.0f && p.y <= 2.0f) || (p.x >= 2.0f && p.y >= 2.0f);
     });
-    ShellExtraction settings{0.5f};
+    MaskExtraction settings{0.5f};
     settings.replaces = true;
     Extract(document, settings);
     EXPECT_EQ(ComponentsOf(MeshOf(document)).second, 2u);
     EXPECT_EQ(BorderEdgesOf(*document.Geometry().Bound()), 0u);
 }
 
-TEST(ShellExtraction, TheThicknessIsInWorldUnits) {
+TEST(MaskExtraction, TheThicknessIsInWorldUnits) {
     Document document("grid", GridMesh(2, 2));
     document.Freeze(std::vector<uint8_t>(9, 127), FreezeMode::Replace);
     MatrixTransform transform;
@@ -206,14 +207,14 @@ TEST(ShellExtraction, TheThicknessIsInWorldUnits) {
     EXPECT_EQ(document.Geometry().Bound()->Position(9).z, 0.05f);
 }
 
-TEST(ShellExtraction, NeedsAMask) {
+TEST(MaskExtraction, NeedsAMask) {
     Document document("grid", GridMesh(2, 2));
     std::vector<uint8_t> amounts(9);
     amounts[4] = 127;
     document.Freeze(amounts, FreezeMode::Replace);
     const std::string before = SceneOf(document);
     try {
-        document.ReplaceSurface(ExtractShell({0.5f}));
+        document.ReplaceSurface(ExtractMasked({0.5f}));
         ADD_FAILURE() << "not refused";
     } catch (const HostError& error) {
         EXPECT_THAT(error.what(), testing::HasSubstr("at least 50 % at all corners"));
