@@ -102,13 +102,14 @@ private:
         for (const uint32_t vertex : mesh.faceVertices) ++faceCounts[vertex];
         constexpr float degree = 0.017453293f;
         minCosine = std::cos(settings.maxAngle * degree);
-        JobPhase phase(job, "Measuring pairs of triangles", count);
-        ForEachEdge(SortedSides(mesh), [&](const FaceSide* side, const FaceSide* end) {
+        const std::vector<FaceSide> sides = SortedSides(mesh);
+        JobPhase phase(job, "Measuring pairs of triangles", sides.size());
+        ForEachEdge(sides, [&](const FaceSide* side, const FaceSide* end) {
+            phase.Add(static_cast<uint64_t>(end - side));
             if (end - side != 2) {
                 faceCounts[side->low] = faceCounts[side->high] = unlimited;
                 return;
             }
-            phase.Add();
             if (!MayPair(side[0], side[1])) return;
             const float quality = QualityOf(side[0], side[1]);
             if (!(quality > 0.0f)) return;

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
 #include "framework/remesh/FaceTable.h"
 #include "framework/remesh/IsotropicRemeshing.h"
 #include "framework/remesh/Quadrangulation.h"
+#include "tests/jobs/TestJob.h"
 #include "tests/remesh/ReplacedSurface.h"
 
 #include <array>
@@ -201,6 +203,28 @@ TEST(Quadrangulation, LeavesQuadsAsTheyAre) {
                 testing::ElementsAre(testing::HasSubstr("already consists of quads")));
     EXPECT_EQ(SceneOf(document), before);
     EXPECT_EQ(document.HistoryPosition(), 0u);
+}
+
+TEST(Quadrangulation, ReportsProgressAndCanBeCancelledAndUndone) {
+    Document document("torus", Triangulated(Torus(12, 6)));
+    const std::string before = SceneOf(document);
+    TestJob every;
+    document.ReplaceSurface(Quadrangulate({Split::Always}), &every);
+    every.ExpectFinished();
+    const std::string after = SceneOf(document);
+    document.Undo();
+    EXPECT_EQ(SceneOf(document), before);
+    document.Redo();
+    EXPECT_EQ(SceneOf(document), after);
+    document.Undo();
+    TestJob whole(TestJob::never, TestJob::WithoutClock());
+    document.ReplaceSurface(Quadrangulate({Split::Always}), &whole);
+    document.Undo();
+    for (uint64_t at = 1; at <= whole.reports; ++at) {
+        TestJob job(at, TestJob::WithoutClock());
+        EXPECT_THROW(document.ReplaceSurface(Quadrangulate({Split::Always}), &job), Cancelled);
+        EXPECT_EQ(SceneOf(document), before) << at;
+    }
 }
 
 }  // namespace

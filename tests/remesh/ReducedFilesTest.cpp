@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/errors/Cancelled.h"
 #include "framework/errors/HostError.h"
 #include "framework/files/MeshFiles.h"
 #include "framework/remesh/ReducedFiles.h"
+#include "tests/jobs/TestJob.h"
 #include "tests/remesh/ReplacedSurface.h"
 
 #include <set>
@@ -131,6 +133,32 @@ TEST_F(Reductions, OmitHiddenFaces) {
     }
     document.ChangeVisibility(VisibilityChange::Hide, FaceChoice(chosen.size(), 1));
     EXPECT_THROW(CopyForReduction(document.Geometry(), false), HostError);
+}
+
+TEST_F(Reductions, CanBeCancelled) {
+    MeshReduction reduction;
+    reduction.decimation = Decimation{300u};
+    reduction.lods = 1;
+    const auto run = [&](TestJob& job) {
+        const auto copy = CopyForReduction(document.Geometry(), true, &job);
+        WriteReduced(path, *copy, reduction, {}, &job);
+    };
+    TestJob every;
+    run(every);
+    every.ExpectFinished();
+    TestJob whole(TestJob::never, TestJob::WithoutClock());
+    run(whole);
+    const std::string complete = TemporaryFolder::Content(path);
+    const std::string before = SceneOf(document);
+    for (uint64_t at = 1; at <= whole.reports; ++at) {
+        folder.Fill("ball.obj", "old");
+        TestJob job(at, TestJob::WithoutClock());
+        EXPECT_THROW(run(job), Cancelled) << at;
+        // A file is either complete or unchanged.
+        const std::string content = TemporaryFolder::Content(path);
+        EXPECT_TRUE(content == complete || content == "old") << at;
+    }
+    EXPECT_EQ(SceneOf(document), before);
 }
 
 TEST(ReducedFiles, PolygonsAreSplitIntoTriangles) {

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "framework/errors/Cancelled.h"
 #include "framework/remesh/WallThickness.h"
+#include "tests/jobs/TestJob.h"
 #include "tests/remesh/EditedMeshes.h"
 #include "tests/remesh/ReplacedSurface.h"
 
@@ -89,6 +91,19 @@ TEST(WallThickness, LevelsAreMeasuredInWorldUnits) {
         EXPECT_NEAR(thin.thinnest.value(), 0.5f, 1e-4f);
         EXPECT_NEAR(thin.area, 3200.0, 1e-1);
         EXPECT_EQ(FindThinWalls(document.Geometry(), 0.49f).faces, 0u);
+    }
+}
+
+TEST(WallThickness, ReportsProgressAndCanBeCancelled) {
+    const PolygonMesh sphere = SphereQuads(2);
+    TestJob every;
+    FindThinWalls(sphere, 3.0f, &every);
+    every.ExpectFinished();
+    TestJob whole(TestJob::never, TestJob::WithoutClock());
+    FindThinWalls(sphere, 3.0f, &whole);
+    for (uint64_t at = 1; at <= whole.reports; ++at) {
+        TestJob job(at, TestJob::WithoutClock());
+        EXPECT_THROW(FindThinWalls(sphere, 3.0f, &job), Cancelled) << at;
     }
 }
 
