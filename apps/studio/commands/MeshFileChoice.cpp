@@ -24,11 +24,10 @@ QString ChooseMeshFile(const ActionContext& context, const QString& title) {
         if (format.read != nullptr)
             patterns << QStringLiteral("*") + QString::fromLatin1(format.extension);
     const QString purpose = QStringLiteral("open");
-    const QString path =
-        QFileDialog::getOpenFileName(context.window,
-                                     title,
-                                     context.preferences.LastFolder(purpose),
-                                     Text::tr("Meshes (%1)").arg(patterns.join(u' ')));
+    QString path = QFileDialog::getOpenFileName(context.window,
+                                                title,
+                                                context.preferences.LastFolder(purpose),
+                                                Text::tr("Meshes (%1)").arg(patterns.join(u' ')));
     if (!path.isEmpty()) context.preferences.SetLastFolder(purpose, QFileInfo(path).absolutePath());
     return path;
 }
