@@ -31,11 +31,16 @@ PolygonMesh Triangulated(const PolygonMesh& quads) {
     return mesh;
 }
 
+/// Vertices zigzag between two parallel lines.
+std::array<float, 3> RowPosition(std::size_t vertex) {
+    const std::size_t square = vertex / 2;
+    return {static_cast<float>(square), static_cast<float>(vertex % 2), 0.0f};
+}
+
 /// A row of triangles with two per unit square; an odd number leaves the last square half.
 PolygonMesh Row(std::size_t triangles) {
     PolygonMesh mesh;
-    for (std::size_t i = 0; i < triangles + 2; ++i)
-        mesh.positions.push_back({static_cast<float>(i / 2), static_cast<float>(i % 2), 0.0f});
+    for (std::size_t i = 0; i < triangles + 2; ++i) mesh.positions.push_back(RowPosition(i));
     for (uint32_t i = 0; i < triangles; ++i) {
         const std::array<uint32_t, 3> v = {i, i + 1 + i % 2, i + 2 - i % 2};
         // Alternates, because the vertices zigzag.
@@ -110,9 +115,10 @@ TEST(Quadrangulation, SplitsAllFacesIfTrianglesAreLeft) {
     const ReplacementReport report = document.ReplaceSurface(Quadrangulate({}));
     EXPECT_THAT(report.warnings, testing::ElementsAre(testing::HasSubstr("11 faces")));
     EXPECT_EQ(MeshOf(document).faceSizes, std::vector<uint32_t>(11, 4));
-    for (uint32_t v = 0; v < 7; ++v)
-        EXPECT_EQ(document.Geometry().Bound()->Position(v),
-                  Vector(static_cast<float>(v / 2), static_cast<float>(v % 2), 0.0f));
+    for (uint32_t v = 0; v < 7; ++v) {
+        const auto p = RowPosition(v);
+        EXPECT_EQ(document.Geometry().Bound()->Position(v), Vector(p[0], p[1], p[2]));
+    }
     document.Undo();
     document.ReplaceSurface(Quadrangulate({Split::Always}));
     EXPECT_EQ(MeshOf(document).faceSizes.size(), 11u);
