@@ -3,6 +3,8 @@
 
 #include "framework/detail/FaceDistance.h"
 #include "framework/math/SameBits.h"
+#include "framework/mesh/SurfaceNormal.h"
+#include "framework/mesh/VertexLanes.h"
 #include "framework/mesh/VertexNeighbours.h"
 #include "framework/tessellation/EdgeOperations.h"
 
@@ -40,14 +42,14 @@ StoredVertexInfo* RecordOf(const LevelMesh& level, uint32_t vertex) {
 
 }  // namespace
 
-void FaceNumbers::Clear(uint32_t faceCount) {
+void LocalNumbers::Clear(uint32_t elementCount) {
     if (++mark == 0) {
         std::fill(marks.begin(), marks.end(), 0u);
         mark = 1;
     }
-    if (marks.size() < faceCount) {
-        marks.resize(faceCount);
-        numbers.resize(faceCount);
+    if (marks.size() < elementCount) {
+        marks.resize(elementCount);
+        numbers.resize(elementCount);
     }
 }
 
@@ -58,6 +60,8 @@ DetailVertex Between(const DetailVertex& a, const DetailVertex& b) {
     middle.hasRecord = a.hasRecord || b.hasRecord;
     middle.buildUp = (a.buildUp + b.buildUp) * 0.5f;
     middle.original = (a.original + b.original) * 0.5f;
+    middle.originalNormal = (a.originalNormal + b.originalNormal) * 0.5f;
+    middle.isInterpolated = true;
     middle.isTouched = true;
     return middle;
 }
@@ -82,7 +86,7 @@ struct DetailRegion::Corners {
 
 DetailRegion::Corners DetailRegion::CornersOf(LevelMesh& level,
                                               const std::vector<uint32_t>& faces,
-                                              const FaceNumbers& numbers) {
+                                              const LocalNumbers& numbers) {
     Corners corners;
     corners.cornerVertices.assign(faces.size() * 3, none);
     for (uint32_t corner = 0; corner < corners.cornerVertices.size(); ++corner) {
@@ -98,7 +102,7 @@ DetailRegion::Corners DetailRegion::CornersOf(LevelMesh& level,
             uint32_t k = corner % 3;
             while (true) {
                 const uint32_t number = numbers.Of(at);
-                if (number == FaceNumbers::none) {
+                if (number == LocalNumbers::none) {
                     isPartial = true;
                     break;
                 }
@@ -152,7 +156,7 @@ PolygonMesh DetailRegion::PolygonsOf(const Corners& corners) const {
 DetailRegion::DetailRegion(LevelMesh& ofLevel,
                            const SurfaceAttributes& ofLevelAttributes,
                            std::vector<uint32_t> regionFaces,
-                           FaceNumbers& numbers,
+                           LocalNumbers& numbers,
                            float creaseAngle)
     : DetailRegion(ofLevel,
                    ofLevelAttributes,
@@ -186,11 +190,13 @@ DetailRegion::DetailRegion(LevelMesh& ofLevel,
         own.freeze = static_cast<float>(freeze);
         if (!attributes.colors.empty()) own.color = attributes.colors[own.number];
         own.original = mesh.Position(v);
+        own.originalNormal = Unpacked(level.vertexNormals.array[own.number]);
         if (const StoredVertexInfo* record = RecordOf(level, own.number)) {
             own.hasRecord = true;
             own.buildUp = record->buildUp;
             const float* p = record->originalPosition;
             own.original = Vector(p[0], p[1], p[2]);
+            own.originalNormal = Unpacked(record->originalNormal);
         }
         if (freeze >= keptFreeze) mesh.SetKept(v);
         if (corners.isPartial[v]) mesh.SetPartial(v);
@@ -328,6 +334,7 @@ void DetailRegion::WriteVertex(uint32_t vertex, TriangleEdit& edit, MeshChange& 
     record->originalPosition[0] = original.x;
     record->originalPosition[1] = original.y;
     record->originalPosition[2] = original.z;
+    if (own.isInterpolated) PackNormal(record->originalNormal, HWVector(own.originalNormal));
 }
 
 void DetailRegion::WriteLowestFaces(const std::vector<uint32_t>& changed,

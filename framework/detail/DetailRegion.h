@@ -10,19 +10,19 @@
 
 namespace trovik {
 
-/// Finds the local numbers of the faces of a region in O(1). The list is as long as the mesh has
-/// faces, so it is kept for the whole stroke.
-class FaceNumbers {
+/// Finds the local numbers of the faces or vertices of a region in O(1). The list is as long as the
+/// mesh has such elements, so it is kept for the whole stroke.
+class LocalNumbers {
 public:
     static constexpr uint32_t none = 0xffffffffu;
-    /// Removes all faces.
-    void Clear(uint32_t faceCount);
-    bool Has(uint32_t face) const { return marks[face] == mark; }
-    void Set(uint32_t face, uint32_t number) {
-        marks[face] = mark;
-        numbers[face] = number;
+    /// Removes all elements.
+    void Clear(uint32_t elementCount);
+    bool Has(uint32_t element) const { return marks[element] == mark; }
+    void Set(uint32_t element, uint32_t number) {
+        marks[element] = mark;
+        numbers[element] = number;
     }
-    uint32_t Of(uint32_t face) const { return Has(face) ? numbers[face] : none; }
+    uint32_t Of(uint32_t element) const { return Has(element) ? numbers[element] : none; }
 
 private:
     std::vector<uint32_t> marks;
@@ -41,6 +41,10 @@ struct DetailVertex {
     bool hasRecord = false;
     float buildUp = 0.0f;
     Vector original;
+    /// In units of packed normals.
+    Vector originalNormal;
+    /// Whether the vertex was inserted or merged with another one.
+    bool isInterpolated = false;
     /// Whether an edit has changed the faces around the vertex.
     bool isTouched = false;
 };
@@ -62,7 +66,7 @@ public:
     DetailRegion(LevelMesh& level,
                  const SurfaceAttributes& attributes,
                  std::vector<uint32_t> faces,
-                 FaceNumbers& numbers,
+                 LocalNumbers& numbers,
                  float creaseAngle);
 
     EditableMesh& Mesh() { return mesh; }
@@ -88,7 +92,7 @@ private:
     struct Corners;
     static Corners CornersOf(LevelMesh& level,
                              const std::vector<uint32_t>& faces,
-                             const FaceNumbers& numbers);
+                             const LocalNumbers& numbers);
     DetailRegion(LevelMesh& level,
                  const SurfaceAttributes& attributes,
                  std::vector<uint32_t> faces,

@@ -69,14 +69,19 @@ std::vector<uint32_t> StrokeTessellator::RegionAround(const Reach& reach,
         region.push_back(face);
     };
     std::vector<uint32_t> around;
+    vertexNumbers.Clear(level.VertexCount());
     std::size_t ring = 0;
     for (int i = 0; i < rings; ++i) {
         const std::size_t end = region.size();
         for (; ring < end; ++ring) {
             const uint32_t* v = level.faceVertexIndices.array + std::size_t{region[ring]} * 3;
-            around.clear();
-            for (uint32_t k = 0; k < 3; ++k) level.FacesAround(v[k], region[ring], around);
-            for (const uint32_t face : around) add(face);
+            for (uint32_t k = 0; k < 3; ++k) {
+                if (vertexNumbers.Has(v[k])) continue;
+                vertexNumbers.Set(v[k], 0);
+                around.clear();
+                level.FacesAround(v[k], region[ring], around);
+                for (const uint32_t face : around) add(face);
+            }
         }
     }
     // Splitting a long edge may require that longer ones outside of the reach are split first.

@@ -23,7 +23,7 @@ namespace trovik {
 ///
 /// Only a copy of the faces around such edges is edited; it is then written back. The cost
 /// therefore depends on the region under the brush, not on the mesh, except for two numbers per
-/// face that are kept for the stroke.
+/// face and vertex that are kept for the stroke.
 ///
 /// Belongs to one open change of one level, and must be used on the document's thread.
 class TROVIK_API StrokeTessellator {
@@ -81,7 +81,8 @@ private:
 
     LevelMesh& level;
     LevelChange& change;
-    FaceNumbers numbers;
+    LocalNumbers numbers;
+    LocalNumbers vertexNumbers;
 };
 
 }  // namespace trovik

@@ -35,6 +35,14 @@ LiveStrokeSettings PenStrokeSettings(Document& document, const PenStrokeOptions&
     return settings;
 }
 
+void BeginLoop(Document& document, BrushOperation::Modifier modifier, uint64_t seed) {
+    document.Loop().SetDetail(document.Settings().detail,
+                              [view = document.View()](const Vector& position) {
+                                  return WorldLength(view, 1.0f, position);
+                              });
+    document.Loop().Begin(modifier, seed);
+}
+
 // Strokes without an explicit seed differ from each other, like strokes drawn by hand.
 void BeginStroke(Document& document,
                  BrushOperation::Modifier modifier,
@@ -45,10 +53,7 @@ void BeginStroke(Document& document,
     if (!seed) seed = StrokeRandom(settings.seed + settings.strokesBegun).Next();
     document.Geometry().History().SetNextLabel(
         document.Brush().ActiveConfiguration()->Name().toStdString());
-    document.Loop().SetDetail(settings.detail, [view = document.View()](const Vector& position) {
-        return WorldLength(view, 1.0f, position);
-    });
-    document.Loop().Begin(modifier, *seed);
+    BeginLoop(document, modifier, *seed);
 }
 
 PenStrokeOptions PenStrokeOptions::Interactive() {

@@ -52,6 +52,10 @@ struct TROVIK_API PenStrokeOptions {
 TROVIK_API LiveStrokeSettings PenStrokeSettings(Document& document,
                                                 const PenStrokeOptions& options);
 
+/// Begins a stroke of the document's loop with the document's detail, without any other setting.
+/// Used to repeat recorded strokes; all other code calls BeginStroke.
+TROVIK_API void BeginLoop(Document& document, BrushOperation::Modifier modifier, uint64_t seed);
+
 /// Begins a stroke in the document's stroke loop, as scripts do. The undo step is labelled with the
 /// tool's name. Without a seed, the document's next seed is used.
 /// \throw HostError if a stroke is already open; that stroke stays open.

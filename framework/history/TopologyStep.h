@@ -7,7 +7,8 @@
 
 namespace trovik {
 
-/// An undo step that adds, deletes or renumbers levels, or makes another level current. When it is
+/// An undo step that adds, deletes or renumbers levels, changes the faces of a level, or makes
+/// another level current. When it is
 /// applied, pointers to the arrays of the current level become invalid. All other steps change the
 /// content of the arrays and keep their addresses.
 class TROVIK_API TopologyStep : public UndoStep {

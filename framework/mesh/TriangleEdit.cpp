@@ -196,6 +196,21 @@ void TriangleEdit::Reserve(uint32_t newVertices, uint32_t newFaces, uint32_t new
         .Reserve(uint64_t{level.VertexCount()} + newVertices,
                  uint64_t{level.faceCount} + newFaces,
                  attributes.uvs.size() + newUvs);
+    // The lists of the edit itself. At most the elements of the region and those around it are
+    // recorded, which are about as many as the new ones.
+    const std::size_t vertices = std::size_t{newVertices} * 2;
+    const std::size_t faces = std::size_t{newFaces} * 4;
+    GrowVector(isVertexRecorded, std::size_t{level.VertexCount()} + newVertices);
+    GrowVector(isFaceRecorded, std::size_t{level.faceCount} + newFaces);
+    GrowVector(before.vertexNumbers, before.vertexNumbers.size() + vertices);
+    GrowVector(before.vertices, before.vertices.size() + vertices);
+    if (!attributes.colors.empty()) GrowVector(before.colors, before.colors.size() + vertices);
+    GrowVector(before.faceNumbers, before.faceNumbers.size() + faces);
+    GrowVector(before.faces, before.faces.size() + faces);
+    if (HasFaceAttributes()) GrowVector(before.attributes, before.attributes.size() + faces);
+    GrowVector(removedVertices, removedVertices.size() + vertices);
+    GrowVector(removedFaces, removedFaces.size() + faces);
+    GrowVector(changedFaces, changedFaces.size() + faces * 2);
 }
 
 uint32_t TriangleEdit::AddVertex() {
@@ -455,6 +470,8 @@ std::vector<uint32_t> TriangleEdit::Exchange(LevelMesh& level,
                     std::max(now.faceCount, content.faceCount),
                     content.uvCount);
 
+    std::vector<uint32_t> faces;
+    faces.reserve(content.faceNumbers.size());
     for (std::size_t i = 0; i < content.vertexNumbers.size(); ++i) {
         const uint32_t vertex = content.vertexNumbers[i];
         if (vertex >= now.vertexCount) continue;
@@ -477,8 +494,6 @@ std::vector<uint32_t> TriangleEdit::Exchange(LevelMesh& level,
         storage.Write(vertex, content.vertices[i]);
         if (!content.colors.empty()) attributes.colors[vertex] = content.colors[i];
     }
-    std::vector<uint32_t> faces;
-    faces.reserve(content.faceNumbers.size());
     for (std::size_t i = 0; i < content.faceNumbers.size(); ++i) {
         const uint32_t face = content.faceNumbers[i];
         if (face >= content.faceCount) continue;

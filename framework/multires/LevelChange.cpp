@@ -115,11 +115,16 @@ LevelChange::LevelChange(LevelMesh* ofLevel)
 
 LevelChange::~LevelChange() {
     if (linked) {
-        RestoreStamps();
+        // Without an undo step, renumbered elements would not match the earlier steps.
         if (topology != nullptr) {
-            topology->Compact();
-            level->Hierarchy().ReportTopology(topology->TakeChangedFaces());
+            try {
+                RevertTopology();
+            } catch (const std::bad_alloc&) {
+            } catch (Error* error) {
+                Error::Dispose(error);
+            }
         }
+        RestoreStamps();
     }
     Close();
     Spare().Recycle(recordStore, vertexCount);

@@ -205,8 +205,8 @@ void PatchTree::Walk(Query& query) const {
         uint32_t levelIndex;
         uint32_t index;
     };
-    // Sufficient for the maximum depth: each of the 32 top levels leaves one item on the stack, a
-    // top leaf leaves four, and each of the 16 patch levels leaves three.
+    // Sufficient for the maximum depth: each of the at most 65 top levels leaves one item on the
+    // stack, a top leaf leaves four, and each of the 16 patch levels leaves three.
     std::array<Item, 128> stack;
     std::size_t size = 0;
     std::array<Item, 4> fan;

@@ -234,8 +234,9 @@ private:
             if (step->start) {
                 document.Settings().strokesBegun = step->start->strokesBegun;
                 document.Geometry().History().SetNextLabel(step->label);
-                document.Loop().Begin(static_cast<BrushOperation::Modifier>(step->start->modifier),
-                                      step->start->seed);
+                BeginLoop(document,
+                          static_cast<BrushOperation::Modifier>(step->start->modifier),
+                          step->start->seed);
             }
             for (const StrokeCall& call : step->calls) Repeat(document, call);
             if (step->endsStroke) RepeatEnd(document);

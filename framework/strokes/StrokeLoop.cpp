@@ -15,6 +15,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
+#include <string>
 #include <utility>
 
 namespace trovik {
@@ -100,8 +102,11 @@ void StrokeLoop::SetMirrors(int mode, std::vector<Matrix> pointMaps) {
 
 void StrokeLoop::Begin(BrushOperation::Modifier strokeModifier, uint64_t seed) {
     if (active) throw HostError("a stroke is already open");
-    if (observer != nullptr && detail.IsOn() && TraitsOf(brush).refinesMesh &&
-        geometry.WhyTopologyIsFixed().empty())
+    const bool wantsDetail = detail.IsOn() && TraitsOf(brush).refinesMesh &&
+                             brush.MirrorConfig().MirrorMode() != MirrorConfiguration::Topological;
+    const std::string whyFixed = wantsDetail ? geometry.WhyTopologyIsFixed() : std::string();
+    brush.Settings().detail.isOn = wantsDetail && whyFixed.empty();
+    if (observer != nullptr && brush.Settings().detail.isOn)
         throw HostError(
             "traces cannot record strokes that change the topology; turn the detail off");
     modifier = strokeModifier;
@@ -117,9 +122,13 @@ void StrokeLoop::Begin(BrushOperation::Modifier strokeModifier, uint64_t seed) {
     mainDabs.clear();
     heldSides.clear();
     falloff = brush.Settings().falloff.Current();
-    brush.Settings().detail.isOn =
-        detail.IsOn() && brush.MirrorConfig().MirrorMode() != MirrorConfiguration::Topological;
     brush.CheckValidity();
+    if (!whyFixed.empty()) {
+        g_pKernel->Interface()->HUDMessageShow(
+            QStringLiteral("Strokes do not change the detail of this mesh, because it %1.")
+                .arg(QString::fromStdString(whyFixed)),
+            HUDMessageWarning);
+    }
     BeginStroke();
     // A modifier key may have changed the tool.
     stamps.Begin(brush, geometry, tree, seed);
@@ -345,12 +354,16 @@ void StrokeLoop::Apply(const StrokeDab& dab, std::size_t side) {
 }
 
 void StrokeLoop::SetDabDetail(const StrokeDab& dab) {
-    const auto toLocal = [this](float length) {
-        const Vector world(length, 0.0f, 0.0f);
+    // With a non-uniform scale, the region contains the dab, and edges have the length on average.
+    float largest = 0.0f;
+    float product = 1.0f;
+    for (const Vector& axis : {Vector(1, 0, 0), Vector(0, 1, 0), Vector(0, 0, 1)}) {
         Vector local;
-        geometry.Transform().WorldToLocal(&local, &world, 0.0f);
-        return local.Length();
-    };
+        geometry.Transform().WorldToLocal(&local, &axis, 0.0f);
+        largest = std::max(largest, local.Length());
+        product *= local.Length();
+    }
+    const float mean = std::cbrt(product);
     float length = detail.length;
     if (detail.measure == DetailSettings::Measure::Radius) length *= dab.size;
     if (detail.measure == DetailSettings::Measure::Pixels)
@@ -359,8 +372,8 @@ void StrokeLoop::SetDabDetail(const StrokeDab& dab) {
     ofDab.splits = detail.splits;
     ofDab.collapses = detail.collapses;
     ofDab.creaseAngle = detail.creaseAngle;
-    ofDab.radius = toLocal(dab.size);
-    ofDab.length = std::max(toLocal(length), ofDab.radius * minDetailOfRadius);
+    ofDab.radius = largest * dab.size;
+    ofDab.length = std::max(mean * length, ofDab.radius * minDetailOfRadius);
 }
 
 void StrokeLoop::WholeMesh(float strength, bool byFacing) {

@@ -133,7 +133,8 @@ void DetailBrush::InitializeTessellator(const SurfacePoint* hit,
     if (stroke == nullptr) return;
     auto* levelChange = dynamic_cast<LevelChange*>(change);
     auto* level = dynamic_cast<LevelMesh*>(hit->mesh);
-    if (levelChange == nullptr || levelChange->mesh != hit->mesh || !MeshEditable(level)) {
+    if (levelChange == nullptr || level == nullptr || level->OpenChange() != levelChange ||
+        !MeshEditable(level)) {
         if (level != nullptr) stroke->whyNot = GeometryOf(*level).WhyTopologyIsFixed();
         stroke->tessellator.reset();
         return;
@@ -153,7 +154,7 @@ void DetailBrush::InitializeTessellator(const SurfacePoint* hit,
 }
 
 void DetailBrush::ShowTessellationHUD() {
-    if (stroke == nullptr || stroke->isHudShown) return;
+    if (stroke == nullptr || stroke->isHudShown || stroke->whyNot.empty()) return;
     stroke->isHudShown = true;
     g_pKernel->Interface()->HUDMessageShow(
         QStringLiteral("Strokes do not change the detail of this mesh, because it %1.")

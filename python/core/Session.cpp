@@ -183,7 +183,7 @@ void Session::RequireNoViews(const nlohmann::json& step) {
         const auto count = std::max<int64_t>(step.at(name).get<int64_t>(), 0);
         if (ChangesTopology(
                 sculpture->Geometry().History(), static_cast<std::size_t>(count), name[0] == 'r'))
-            RefuseViews(std::string(name) + " a change of the levels");
+            RefuseViews(std::string(name) + " a change of the topology");
     }
 }
 
@@ -246,6 +246,7 @@ void Session::BeginStroke(const PenStrokeOptions& options, py::handle progress) 
 
 DocumentStroke& Session::OpenStroke() {
     Sculpture& used = Use();
+    if (RefinesMesh()) RefuseViews("continue a stroke with detail");
     if (!used.stroke) Raise("Error", "the stroke is over");
     return *used.stroke;
 }

@@ -126,9 +126,9 @@ private:
     void RefuseViews(const std::string& work) const;
     /// Ends an open stroke, and the journal if `endsJournal` is set.
     void EndWork(bool endsJournal);
-    /// Calls RefuseViews if the step would invalidate views.
     /// Whether strokes may change the topology.
     bool RefinesMesh() const;
+    /// Calls RefuseViews if the step would invalidate views.
     void RequireNoViews(const nlohmann::json& step);
     /// \throw Error if there is no live stroke.
     DocumentStroke& OpenStroke();

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "framework/strokes/MirrorMaps.h"
 #include "tests/detail/DetailDocument.h"
 #include "tests/random/RandomNumbers.h"
 
@@ -40,13 +39,19 @@ PolygonMesh RandomMesh(RandomNumbers& numbers) {
 }
 
 /// TROVIK_DETAIL_STROKES sets the number of strokes.
-TEST(RandomDetail, MeshIsValidAfterEachDabAndUndoRestoresEveryBit) {
+TEST(RandomDetail, MeshIsValidAfterEachStrokeAndUndoRestoresEveryBit) {
     const uint32_t documents = CountFromEnvironment("TROVIK_DETAIL_STROKES", 60) / 4;
     for (uint32_t seed = 0; seed < documents; ++seed) {
         SCOPED_TRACE(seed);
         RandomNumbers numbers(seed + 1);
         const auto document = DetailDocument(RandomMesh(numbers), 0.1f);
         LevelMesh& level = *document->Geometry().Bound();
+        if (numbers.Chance(0.3f)) {
+            MirrorSetting mirrors;
+            mirrors.planes = {0};
+            mirrors.copies = numbers.Chance(0.5f) ? 3 : 1;
+            document->SetMirrors(mirrors);
+        }
         if (numbers.Chance(0.3f)) {
             std::vector<uint8_t> mask(level.VertexCount());
             for (uint8_t& amount : mask) amount = static_cast<uint8_t>(numbers.Below(128));
@@ -78,7 +83,7 @@ TEST(RandomDetail, MeshIsValidAfterEachDabAndUndoRestoresEveryBit) {
             ASSERT_EQ(FaultOf(*document), "") << testing::PrintToString(done);
             // A stroke that changes nothing has no step.
             if (document->Geometry().History().StepCount() == steps) continue;
-            ++steps;
+            steps = document->Geometry().History().StepCount();
             states.push_back(BitsOf(*document));
         }
         for (std::size_t i = states.size() - 1; i-- > 0;) {

@@ -94,6 +94,36 @@ TEST_F(InteractiveJournal, StartsFromTheNewestSaveThatNoUndoGoesBeyond) {
     EXPECT_EQ(StateOf(whole.runner->GetDocument()), StateOf(runner->GetDocument()));
 }
 
+TEST_F(InteractiveJournal, RecordsStrokesThatRefineTheMesh) {
+    auto runner = OpenInteractive();
+    Do(*runner,
+       {{{"remesh", {{"edgeLength", 0.5}}}},
+        Tool("Sculpt"),
+        {{"set", {{"detail", {{"unit", "radius"}, {"length", 0.3}}}}}},
+        Stroke(0.5f, 0.2f)});
+    Document& document = runner->GetDocument();
+    const auto draw = [&](float y) {
+        DocumentStroke stroke(document);
+        const auto height = static_cast<float>(document.View().height);
+        const auto width = static_cast<float>(document.View().width);
+        for (int i = 0; i < 12; ++i) {
+            const float x = width * (0.42f + 0.01f * static_cast<float>(i));
+            stroke.Add(PathSample{{x, height * y, 0.0f}, 0.5f});
+        }
+        stroke.Release();
+    };
+    const uint32_t faces = document.Geometry().Bound()->faceCount;
+    draw(0.5f);
+    EXPECT_GT(document.Geometry().Bound()->faceCount, faces + 20);
+    Do(*runner, {{{"set", {{"detail", {{"unit", "pixels"}, {"length", 12}}}}}}});
+    draw(0.45f);
+    Do(*runner, {{{"undo", 1}}});
+    draw(0.55f);
+    const std::string recovered = Recovered();
+    runner->Save(Scene("end"));
+    EXPECT_EQ(recovered, TemporaryFolder::Content(Scene("end")));
+}
+
 TEST_F(InteractiveJournal, CanBeReplayedFromItsStart) {
     auto runner = OpenInteractive();
     Do(*runner,

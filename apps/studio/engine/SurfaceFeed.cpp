@@ -5,6 +5,9 @@
 #include "framework/display/PatchPacker.h"
 #include "framework/picking/PatchTree.h"
 
+#include <limits>
+#include <utility>
+
 namespace trovik::studio {
 
 namespace {
@@ -32,8 +35,10 @@ SurfaceFeed::SurfaceFeed(Document& ofDocument)
 SurfaceFeed::~SurfaceFeed() { document.RemoveObserver(*this); }
 
 void SurfaceFeed::SurfaceChanged(const SurfaceChange& change) {
+    const bool isTopology = (change.what & SurfaceChange::Topology) != 0;
+    if (isTopology) sendsAtOnce = !change.all && (isLayoutCurrent || sendsAtOnce);
     if (!isLayoutCurrent) return;
-    if ((change.what & SurfaceChange::Topology) != 0)
+    if (isTopology)
         isLayoutCurrent = false;
     else
         dirty->Add(change);
@@ -61,7 +66,9 @@ std::shared_ptr<SurfaceUpdate> SurfaceFeed::Pack(std::size_t maxBytes) {
     update->toWorld = document.Geometry().Transform().ToWorld();
     update->bounds = document.Tree().Bounds();
 
-    const std::size_t maxVertices = maxBytes / sizeof(DisplayVertex);
+    const std::size_t maxVertices = std::exchange(sendsAtOnce, false)
+                                        ? std::numeric_limits<std::size_t>::max()
+                                        : maxBytes / sizeof(DisplayVertex);
     std::size_t vertices = 0;
     for (const uint32_t patch : dirty->Patches()) {
         if (vertices >= maxVertices) break;

@@ -34,7 +34,8 @@ public:
     }
     /// Packs changed patches, up to about `maxBytes` of vertices, but at least one patch. Returns
     /// null if nothing has changed. Cost: O(patches packed); after a level change, O(level) for the
-    /// layout, and the vertices are spread over several updates.
+    /// layout, and the vertices are spread over several updates. After a stroke has changed the
+    /// topology, the whole surface is packed at once.
     std::shared_ptr<SurfaceUpdate> Pack(std::size_t maxBytes);
 
 private:
@@ -49,6 +50,9 @@ private:
     std::shared_ptr<const PatchLayout> layout;
     std::unique_ptr<DirtyPatches> dirty;
     bool isLayoutCurrent = false;
+    /// Whether the next layout is sent in one update, because strokes change the topology with
+    /// every dab, and the viewport would otherwise show only a part of the surface meanwhile.
+    bool sendsAtOnce = false;
     bool isTransformPending = false;
     /// While a layout is sent for the first time: the first patch that has not been sent yet.
     uint32_t nextPatch = 0;
