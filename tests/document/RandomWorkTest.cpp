@@ -56,11 +56,12 @@ PolygonMesh MeshOf(uint32_t kind) {
 /// A document, and all its states by the positions of its history.
 class RandomWork {
 public:
-    explicit RandomWork(uint32_t seed)
-        : random(seed), runner("work.json", folder.Path(""), ProgressOf(job)) {
-        const uint32_t kind = random.Below(5);
+    /// \param isRefining  whether strokes refine the mesh, which then consists of triangles.
+    RandomWork(uint32_t seed, bool isRefining)
+        : refines(isRefining), random(seed), runner("work.json", folder.Path(""), ProgressOf(job)) {
+        const uint32_t kind = refines ? 1 : random.Below(5);
         const json setup = {
-            {"levels", kind == 0 ? 0 : 2},
+            {"levels", refines || kind == 0 ? 0 : 2},
             {"seed", 3},
             {"camera",
              {{"eye", {1.5, 1.0, 4.0}}, {"target", {0, 0, 0}}, {"width", 400}, {"height", 300}}},
@@ -69,11 +70,13 @@ public:
         log = "seed " + std::to_string(seed) + ", mesh " + std::to_string(kind);
         states.emplace(0, VisibleState(GetDocument().Geometry()));
         Do({{"set", {{"radius", 0.4}}}});
+        if (refines) Do({{"set", {{"detail", {{"unit", "world"}, {"length", 0.15}}}}}});
     }
 
     void Edit() {
         const uint32_t kind = random.Below(10);
-        if (kind < 4)
+        // Layers and further levels would end the refinement.
+        if (kind < 4 || (refines && kind < 6))
             Stroke();
         else if (kind < 6)
             Do(LayerStep());
@@ -185,7 +188,7 @@ private:
             case 11:
                 return {{"deleteLevels", random.OneOf({"lower", "higher"})}};
             case 12:
-                return GetDocument().State()->levels.back().faces > maxFaces
+                return refines || GetDocument().State()->levels.back().faces > maxFaces
                            ? json{{"level", 0}}
                            : json{{"subdivide", 1}};
             case 13:
@@ -243,7 +246,7 @@ private:
 
     void Stroke() {
         const std::vector<std::string> tools = GetDocument().ToolNames();
-        const std::string tool = tools[random.Below(static_cast<uint32_t>(tools.size()))];
+        const std::string& tool = tools[random.Below(static_cast<uint32_t>(tools.size()))];
         log += "; tool " + tool;
         runner.Do({{"tool", tool}}, 0);
         const uint32_t end = random.Below(6);
@@ -289,6 +292,7 @@ private:
         }
     }
 
+    const bool refines;
     TemporaryFolder folder;
     RandomNumbers random;
     CancellingJob job;
@@ -299,18 +303,24 @@ private:
     double time = 0.0;
 };
 
-TEST(RandomWork, IsUndoneAndRedoneBitExactly) {
+void ExpectExactUndo(uint32_t firstSeed, bool refines) {
     const uint32_t wanted = CountFromEnvironment("TROVIK_RANDOM_EDITS", 400);
     std::size_t count = 0;
     for (uint32_t edit = 0; edit < wanted; edit += editsPerDocument) {
-        RandomWork work(87990 + edit);
+        RandomWork work(firstSeed + edit, refines);
         for (uint32_t i = 0; i < editsPerDocument && !testing::Test::HasFailure(); ++i) work.Edit();
         if (!testing::Test::HasFailure()) work.UndoAndRedo();
         ASSERT_FALSE(testing::Test::HasFailure());
         count += work.StateCount();
     }
     // The test is meaningless if the edits do nothing.
-    EXPECT_GT(count, wanted / 3);
+    EXPECT_GT(count, wanted / 4);
+}
+
+TEST(RandomWork, IsUndoneAndRedoneBitExactly) { ExpectExactUndo(87990, false); }
+
+TEST(RandomWork, WithStrokesThatRefineTheMeshIsUndoneAndRedoneBitExactly) {
+    ExpectExactUndo(50020, true);
 }
 
 }  // namespace

@@ -21,6 +21,9 @@ public:
         Begin("transform");
         Put(geometry.Transform().ToWorld());
         Put(geometry.Transform().ToLocal());
+        Begin("faces");
+        for (uint32_t i = 0; i < mesh.faceVertexIndices.fill; ++i)
+            Put(mesh.faceVertexIndices.array[i]);
         Begin("positions");
         for (uint32_t v = 0; v < mesh.VertexCount(); ++v) Put(mesh.Position(v));
         Begin("normals");
