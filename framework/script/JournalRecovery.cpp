@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/script/JournalRecovery.h"
 
+#include "framework/document/DocumentStroke.h"
 #include "framework/errors/HostError.h"
 #include "framework/io/FilePath.h"
 #include "framework/jobs/JobControl.h"

@@ -76,7 +76,8 @@ TEST(DetailEdges, OneLargeTriangleIsRefinedAtTheHit) {
     float highest = 0.0f;
     for (uint32_t v = 0; v < document->Geometry().Bound()->VertexCount(); ++v)
         highest = std::max(highest, document->Geometry().Bound()->Position(v).z);
-    EXPECT_NEAR(highest, 0.1f, 0.03f);
+    // The build-up rate of 0.5 weakens a single dab to an eighth.
+    EXPECT_NEAR(highest, 0.0125f, 0.001f);
 }
 
 TEST(DetailEdges, RefineOnlySplitsAndCoarsenOnlyCollapses) {
