@@ -39,11 +39,30 @@ TEST_F(DetailBrushTest, WithoutTheTessellatorNothingIsRefined) {
     EXPECT_TRUE(brush.CheckValidity());
 }
 
-TEST_F(DetailBrushTest, MissingTessellatorIsReportedInTheViewport) {
+TEST_F(DetailBrushTest, SettingOfTheHostSwitchesTheTessellator) {
+    brush.Settings().detail.isOn = true;
+    EXPECT_TRUE(brush.CheckValidity());
+    EXPECT_TRUE(brush.useTessellator);
+    brush.Settings().detail.isOn = false;
+    EXPECT_TRUE(brush.CheckValidity());
+    EXPECT_FALSE(brush.useTessellator);
+}
+
+TEST_F(DetailBrushTest, MeshOfQuadsIsReportedOncePerStroke) {
     HostKernel::Instance().ClearHUDMessages();
-    brush.ShowTessellationHUD();
+    brush.useTessellator = true;
+    brush.BeginStroke(mesh, BrushOperation::ModifierNone, BrushOperation::TriggerStroke);
+    const std::unique_ptr<MeshChange> change(mesh->StartChange());
+    const SurfacePoint hit(mesh, 0, 0);
+    for (int dab = 0; dab < 2; ++dab) {
+        brush.InitializeTessellator(&hit, change.get(), 1.1f, true, false);
+        EXPECT_FALSE(brush.CurrentMeshEditable());
+        brush.ShowTessellationHUD();
+    }
     ASSERT_EQ(HostKernel::Instance().HUDMessages().size(), 1u);
-    EXPECT_FALSE(HostKernel::Instance().HUDMessages()[0].empty());
+    EXPECT_NE(HostKernel::Instance().HUDMessages()[0].find("consists of quads"), std::string::npos);
+    brush.EndStroke();
+    change->Finish(true, false);
     HostKernel::Instance().ClearHUDMessages();
 }
 
