@@ -482,6 +482,33 @@ os._exit(0)
         trovik.recover("none.journal", "b.trovik")
 
 
+def test_views_prevent_strokes_that_refine_the_mesh():
+    with trovik.open(SPOT) as s:
+        s.do({"remesh": {"edgeLength": 0.15}})
+        s.set(radius=0.2, detail={"unit": "radius", "length": 0.2})
+        faces = len(s.faces())
+        view = s.positions
+        with pytest.raises(BufferError, match="stroke with detail"):
+            s.stroke(surface=[[0.35, 0.2, 0.5]])
+        with pytest.raises(BufferError, match="stroke with detail"):
+            s.live_stroke().__enter__()
+        before = view.copy()
+        del view
+        s.stroke(surface=[[0.35, 0.2, 0.5]])
+        assert len(s.faces()) != faces
+        view = s.positions
+        with pytest.raises(BufferError):
+            s.undo()
+        del view
+        s.undo()
+        assert len(s.faces()) == faces
+        assert (s.positions == before).all()
+        s.set(detail={"unit": "off"})
+        view = s.positions
+        s.stroke(surface=[[0.35, 0.2, 0.5]])
+        assert (view == s.positions).all()
+
+
 def test_journal_ends_with_the_document():
     with trovik.open(SPOT, journal="a.journal") as s:
         s.subdivide()
