@@ -10,8 +10,8 @@ namespace {
 constexpr uint32_t none = EditableMesh::none;
 using Edit = StrokeTessellator::Edit;
 
-constexpr int maxCollapseSweeps = 3;
-constexpr int maxFlipSweeps = 4;
+constexpr int maxCollapseSweeps = 1;
+constexpr int maxFlipSweeps = 2;
 /// How far a vertex moves towards the middle of its neighbours in one pass.
 constexpr float relaxation = 0.5f;
 /// Mask amount that stops all movement.
@@ -154,7 +154,8 @@ int RegionPasses::SplitLongEdges() {
 
 int RegionPasses::CollapseShortEdges() {
     return Sweep(mesh, maxCollapseSweeps, [&](uint32_t h) {
-        if (!IsReached(h)) return false;
+        if (!(SquaredLength(mesh, h) < lengths.shortest * lengths.shortest) || !IsReached(h))
+            return false;
         const CollapsedEdge collapsed = CollapseShortEdge(mesh, h, lengths);
         if (!collapsed) return false;
         DetailVertex& kept = region.Data(collapsed.kept);

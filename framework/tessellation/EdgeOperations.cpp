@@ -123,16 +123,18 @@ CollapsedEdge Collapse(EditableMesh& mesh,
                        uint32_t removed,
                        const EdgeLengths& lengths) {
     const uint32_t other = removed == mesh.From(h) ? mesh.To(h) : mesh.From(h);
-    if (!mesh.CanCollapse(h, removed)) return {};
     const Kind kind = mesh.KindOf(removed);
-    if (kind == Kind::OnCurve && !IsSmoothCurve(mesh, removed)) return {};
+    if (kind == Kind::Corner) return {};
     const bool isFree = kind == Kind::Free && mesh.KindOf(other) == Kind::Free;
     const Vector p =
         isFree ? (mesh.Position(removed) + mesh.Position(other)) * 0.5f : mesh.Position(other);
-    if (!KeepsLengths(mesh, removed, p, lengths.longest) || !KeepsFaces(mesh, removed, other, p))
+    // The lengths are checked first, because that costs least and refuses most collapses.
+    if (!KeepsLengths(mesh, removed, p, lengths.longest) ||
+        (isFree && !KeepsLengths(mesh, other, p, lengths.longest)))
         return {};
-    if (isFree &&
-        (!KeepsLengths(mesh, other, p, lengths.longest) || !KeepsFaces(mesh, other, removed, p)))
+    if (!mesh.CanCollapse(h, removed) ||
+        (kind == Kind::OnCurve && !IsSmoothCurve(mesh, removed)) ||
+        !KeepsFaces(mesh, removed, other, p) || (isFree && !KeepsFaces(mesh, other, removed, p)))
         return {};
     mesh.CollapseEdge(h, removed, p, isFree ? 0.5f : 1.0f);
     return {other, removed, isFree};
@@ -203,15 +205,16 @@ bool FlipToImprove(EditableMesh& mesh, uint32_t halfEdge) {
     const uint32_t b = mesh.To(halfEdge);
     const uint32_t c = mesh.Opposite(halfEdge);
     const uint32_t d = mesh.Opposite(twin);
-    const Triangle f = TriangleOf(mesh, EditableMesh::FaceOf(halfEdge));
-    const Triangle g = TriangleOf(mesh, EditableMesh::FaceOf(twin));
-    const Triangle newF{mesh.Position(c), mesh.Position(d), mesh.Position(b)};
-    const Triangle newG{mesh.Position(d), mesh.Position(c), mesh.Position(a)};
-    const float before = std::min(f.Quality(), g.Quality());
-    const float after = std::min(newF.Quality(), newG.Quality());
     int gain = 0;
     for (const uint32_t v : {a, b}) gain += ValenceError(mesh, v, 0) - ValenceError(mesh, v, -1);
     for (const uint32_t v : {c, d}) gain += ValenceError(mesh, v, 0) - ValenceError(mesh, v, 1);
+    const Triangle f = TriangleOf(mesh, EditableMesh::FaceOf(halfEdge));
+    const Triangle g = TriangleOf(mesh, EditableMesh::FaceOf(twin));
+    const float before = std::min(f.Quality(), g.Quality());
+    if (gain <= 0 && before >= thinQuality) return false;
+    const Triangle newF{mesh.Position(c), mesh.Position(d), mesh.Position(b)};
+    const Triangle newG{mesh.Position(d), mesh.Position(c), mesh.Position(a)};
+    const float after = std::min(newF.Quality(), newG.Quality());
     const bool isThin = before < thinQuality && after > 2.0f * before;
     // Flipping for valences must not undo what flipping a thin face has improved.
     if (!isThin && (gain <= 0 || after < std::min(before, thinQuality))) return false;
