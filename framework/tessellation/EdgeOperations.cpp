@@ -132,8 +132,7 @@ CollapsedEdge Collapse(EditableMesh& mesh,
     if (!KeepsLengths(mesh, removed, p, lengths.longest) ||
         (isFree && !KeepsLengths(mesh, other, p, lengths.longest)))
         return {};
-    if (!mesh.CanCollapse(h, removed) ||
-        (kind == Kind::OnCurve && !IsSmoothCurve(mesh, removed)) ||
+    if (!mesh.CanCollapse(h, removed) || (kind == Kind::OnCurve && !IsSmoothCurve(mesh, removed)) ||
         !KeepsFaces(mesh, removed, other, p) || (isFree && !KeepsFaces(mesh, other, removed, p)))
         return {};
     mesh.CollapseEdge(h, removed, p, isFree ? 0.5f : 1.0f);
