@@ -94,9 +94,10 @@ void AddInfoCommand(CLI::App& program) {
     CLI::App* verb = program.add_subcommand(
         "info", "Reports the content of mesh files (OBJ, PLY, STL, glTF, GLB) and scenes");
     verb->add_option("files", options->files, "Mesh files and scenes (.trovik)")->required();
-    verb->add_option("--min-thickness",
-                     options->minThickness,
-                     "Reports walls that are thinner than this length, such as for printing")
+    verb->add_option(
+            "--min-thickness",
+            options->minThickness,
+            "Reports walls that are thinner than this length, for example too thin to print")
         ->check(CLI::Range(1e-30, 1e12));
     verb->add_flag("-q,--quiet", options->quiet, "Prints only errors");
     verb->add_flag(

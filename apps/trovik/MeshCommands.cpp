@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <functional>
 #include <limits>
 #include <memory>
@@ -132,10 +133,15 @@ void WriteReducedFiles(const ConvertOptions& options,
     for (std::string& file : written.furtherFiles)
         if (std::ranges::find(result.additionalFiles, file) == result.additionalFiles.end())
             result.additionalFiles.push_back(std::move(file));
+    for (const std::string& warning : written.warnings) {
+        line.Warning(warning);
+        result.notes.push_back(warning);
+    }
     for (ReducedFiles::Mesh& mesh : written.meshes) {
-        line.Notes(mesh.file, mesh.warnings);
-        for (const std::string& warning : mesh.warnings)
+        for (const std::string& warning : mesh.warnings) {
+            line.Warning(mesh.file + ": " + warning);
             result.notes.push_back(mesh.file + ": " + warning);
+        }
         if (mesh.file != options.to) {
             result.lods.push_back(std::move(mesh));
             continue;
@@ -217,6 +223,13 @@ void Convert(ConvertOptions options) {
     SpaceForFile(options.to, given, asked);
     ProgressLine line(options.quiet);
     CheckWritable(options.to);
+    for (uint32_t lod = 1; lod <= options.reduction.lods; ++lod) {
+        const std::string file = LodPath(options.to, lod);
+        std::error_code ignored;
+        if (std::filesystem::equivalent(file, options.from, ignored))
+            throw HostError(file + ": a level of detail would replace the input file");
+        CheckWritable(file);
+    }
     const ConversionResult result = options.levels == 0 && !isScene
                                         ? ConvertPolygons(options, given, asked, line)
                                         : ConvertLevel(options, given, asked, line);
@@ -253,12 +266,15 @@ void AddConvertCommand(CLI::App& program) {
     verb->add_option(
             "--error", options->error, "Decimates up to this distance between the surfaces")
         ->check(CLI::Range(1e-30, 1e12));
-    verb->add_option("--lods", options->reduction.lods, "Also writes N files with fewer triangles")
-        ->check(CLI::Range(0u, maxLods));
+    CLI::Option* lods =
+        verb->add_option(
+                "--lods", options->reduction.lods, "Also writes N files with fewer triangles")
+            ->check(CLI::Range(0u, maxLods));
     verb->add_option("--lod-ratio",
                      options->reduction.lodRatio,
                      "Triangles of such a file, as a fraction of the previous one")
-        ->check(CLI::Range(1e-6, 0.999999));
+        ->check(CLI::Range(1e-6, 0.999999))
+        ->needs(lods);
     verb->add_flag("-q,--quiet", options->quiet, "Prints no progress and no summary");
     verb->add_flag("--json", options->json, "Prints the summary as JSON on standard output");
     verb->callback([options] { Convert(*options); });

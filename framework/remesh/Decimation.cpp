@@ -62,19 +62,31 @@ std::vector<bool> BorderVerticesOf(LevelMesh& level) {
 std::vector<Vector> SeparatedPositions(LevelMesh& level) {
     std::vector<Vector> positions = PositionsOf(level);
     const std::vector<bool> isBorder = BorderVerticesOf(level);
+    // Adding zero changes -0 to +0 and nothing else.
+    const auto keyOf = [](const Vector& p) {
+        return std::array<uint32_t, 3>{std::bit_cast<uint32_t>(p.x + 0.0f),
+                                       std::bit_cast<uint32_t>(p.y + 0.0f),
+                                       std::bit_cast<uint32_t>(p.z + 0.0f)};
+    };
     std::unordered_set<std::array<uint32_t, 3>, WordsHash> used;
     used.reserve(positions.size());
+    for (std::size_t v = 0; v < positions.size(); ++v)
+        if (isBorder[v]) used.insert(keyOf(positions[v]));
+    // The last coordinate that was used for a position, so that many vertices at one position do
+    // not try the same coordinates again.
+    std::unordered_map<std::array<uint32_t, 3>, float, WordsHash> last;
+    constexpr float largest = std::numeric_limits<float>::max();
     for (std::size_t v = 0; v < positions.size(); ++v) {
-        // Adding zero changes -0 to +0 and nothing else.
+        if (isBorder[v]) continue;
         Vector& p = positions[v];
-        const auto key = [&p] {
-            return std::array<uint32_t, 3>{std::bit_cast<uint32_t>(p.x + 0.0f),
-                                           std::bit_cast<uint32_t>(p.y + 0.0f),
-                                           std::bit_cast<uint32_t>(p.z + 0.0f)};
-        };
-        constexpr float largest = std::numeric_limits<float>::max();
-        while (!used.insert(key()).second && !isBorder[v] && p.x < largest)
+        if (used.insert(keyOf(p)).second) continue;
+        float& x = last.try_emplace(keyOf(p), p.x).first->second;
+        p.x = x;
+        while (p.x < largest) {
             p.x = std::nextafter(p.x, largest);
+            if (used.insert(keyOf(p)).second) break;
+        }
+        x = p.x;
     }
     return positions;
 }
@@ -267,7 +279,7 @@ NewSurface MakeDecimated(SourceSurface& source, Decimation settings, JobControl*
         // The last try changes only what is flat.
         if (i + 1 == maxTries) estimate = 0.0f;
         made = Decimated(source, mesh, settings, estimate, job);
-        if (made.mesh.faceSizes.empty()) throw HostError("no faces would remain");
+        if (made.mesh.faceSizes.empty()) throw NothingRemains();
         if (!settings.error) break;
         const float distance = DistanceBetween(source, made.mesh, job);
         if (distance <= limit) break;
@@ -284,6 +296,8 @@ NewSurface MakeDecimated(SourceSurface& source, Decimation settings, JobControl*
 }
 
 }  // namespace
+
+NothingRemains::~NothingRemains() = default;
 
 SurfaceOperation Decimate(const Decimation& settings) {
     return {"Decimate", [settings](SourceSurface& source, JobControl* job) {

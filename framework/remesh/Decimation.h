@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "framework/errors/HostError.h"
 #include "framework/remesh/SurfaceReplacement.h"
 
 #include <optional>
@@ -15,8 +16,17 @@ struct Decimation {
     std::optional<float> error = {};
     /// Keeps all vertices of open borders. Borders are always kept if a part is masked.
     bool keepsBorders = true;
-    /// Instead of `faces`: the fraction of the triangles to keep.
+    /// The fraction of the triangles to keep; if it is set, `faces` is ignored.
     std::optional<float> ratio = {};
+};
+
+/// Thrown if no faces would remain.
+class TROVIK_API NothingRemains : public HostError {
+public:
+    NothingRemains() : HostError("no faces would remain") {}
+    NothingRemains(const NothingRemains&) noexcept = default;
+    NothingRemains& operator=(const NothingRemains&) = delete;
+    ~NothingRemains() override;
 };
 
 /// Replaces the mesh by a coarser one, whose vertices are a subset of the old ones. Quads are split
@@ -29,8 +39,7 @@ struct Decimation {
 /// midpoints and face centres of the new one, and the decimation is repeated with a smaller
 /// estimate until it is within `error`.
 ///
-/// If the number of faces cannot be reached, a warning reports it. Throws HostError if no faces
-/// would remain.
+/// If the number of faces cannot be reached, a warning reports it. Throws NothingRemains.
 TROVIK_API SurfaceOperation Decimate(const Decimation& settings);
 
 }  // namespace trovik

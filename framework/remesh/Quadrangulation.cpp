@@ -267,8 +267,10 @@ NewSurface MakeQuads(SourceSurface& source, const Quadrangulation& settings, Job
         throw HostError(std::to_string(left) + (left == 1 ? " triangle has" : " triangles have") +
                         " no partner, and a mesh consists of quads or of triangles only; permit "
                         "the split of all faces");
-    made.report.notes.push_back(std::to_string(quads) + " pairs of triangles became quads");
-    if (settings.split == Split::Always) SplitIntoFlatQuads(made, job);
+    made.report.notes.push_back(std::to_string(quads) + (quads == 1 ? " pair" : " pairs") +
+                                " of triangles became quads");
+    // A mixture of triangles and quads is split when the levels are made; triangles alone are not.
+    if (settings.split == Split::Always || (quads == 0 && left > 0)) SplitIntoFlatQuads(made, job);
     return made;
 }
 

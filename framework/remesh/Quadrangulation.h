@@ -33,7 +33,7 @@ struct Quadrangulation {
 /// - Quads are convex. Triangles are not paired across the border of the area that is masked by at
 ///   least half.
 /// - An interior vertex keeps at least three faces, unless triangles would then be left.
-/// - Each quad has the number of its lower triangle in the order of the faces.
+/// - Quads are in the order of their lower-numbered triangles.
 ///
 /// If the mesh consists of quads already, nothing changes, and a warning reports it. Throws
 /// HostError if triangles are left and must not be split.

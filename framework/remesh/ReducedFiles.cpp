@@ -94,7 +94,11 @@ ReducedFiles WriteReduced(const std::string& path,
     const LevelMesh& level = *copy.Bound();
     double triangles = static_cast<double>(level.faceCount) * (level.CornersPerFace() - 2);
     if (reduction.decimation) {
-        Write(path, copy, *reduction.decimation, options, files, job);
+        try {
+            Write(path, copy, *reduction.decimation, options, files, job);
+        } catch (const NothingRemains& error) {
+            throw HostError(path + ": " + error.what());
+        }
         triangles = static_cast<double>(files.meshes.back().faces);
     }
     const bool keepsBorders = !reduction.decimation || reduction.decimation->keepsBorders;
@@ -103,7 +107,15 @@ ReducedFiles WriteReduced(const std::string& path,
         Decimation decimation;
         decimation.faces = static_cast<uint32_t>(std::max(std::lround(triangles), 1L));
         decimation.keepsBorders = keepsBorders;
-        Write(LodPath(path, lod), copy, decimation, options, files, job);
+        const std::string file = LodPath(path, lod);
+        try {
+            Write(file, copy, decimation, options, files, job);
+        } catch (const NothingRemains&) {
+            files.warnings.push_back(file +
+                                     " and the following levels of detail are not written, "
+                                     "because no faces would remain");
+            break;
+        }
     }
     return files;
 }

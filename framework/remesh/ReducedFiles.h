@@ -46,6 +46,8 @@ struct ReducedFiles {
     std::vector<Mesh> meshes;
     /// Further files that the format needs; see WriteMeshFile.
     std::vector<std::string> furtherFiles;
+    /// Levels of detail that were not written, one sentence each.
+    std::vector<std::string> warnings;
 };
 
 /// Returns a copy of the current level as level 0, with its attributes, mask and transform, from

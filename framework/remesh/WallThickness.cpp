@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framework/remesh/WallThickness.h"
 
+#include "framework/errors/HostError.h"
 #include "framework/jobs/JobPhase.h"
 #include "framework/math/MatrixOrientation.h"
 #include "framework/remesh/FaceOrientation.h"
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -123,6 +125,9 @@ private:
 }  // namespace
 
 ThinWalls FindThinWalls(const PolygonMesh& mesh, float limit, JobControl* job) {
+    if (StartDepth(mesh, limit) * 4.0f > limit)
+        throw HostError("walls as thin as " + std::to_string(limit) +
+                        " cannot be measured with coordinates as large as those of the mesh");
     return WallMeasurement(mesh, limit, job).Result(job);
 }
 

@@ -358,7 +358,7 @@ class SurfaceCommands(Steps):
         **fields
             ``scale`` (a number or three), ``rotate`` (degrees, about x, then y, then z) and ``translate``,
             or ``matrix`` (16 numbers, row by row); ``world``, whether the result is in world space;
-            ``units`` and ``up`` of the file, if it does not specify them.
+            ``units`` and ``up`` of the file, instead of those that it specifies.
 
         Raises
         ------

@@ -254,7 +254,7 @@ const char* const examples = R"([
     {"quadrangulate": {"split": "never", "maxAngle": 30, "keepGroups": false, "keepUvs": false}},
     {"append": {"file": "m.obj", "units": "mm", "up": "z", "scale": 2, "rotate": [10, 20, 30],
                 "translate": [1, 2, 3], "world": true}},
-    {"append": {"file": "m.obj", "scale": [1, 2, 3],
+    {"append": {"file": "m.obj",
                 "matrix": [1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0.1, 0.2, 0.3, 1], "world": false}},
     {"extract": {"thickness": 0.25, "side": "both", "threshold": 0.75, "smoothBorder": 4,
                  "replace": true, "group": "Jacket"}},

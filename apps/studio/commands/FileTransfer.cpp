@@ -6,9 +6,11 @@
 #include "commands/FileActions.h"
 #include "commands/FileDialogs.h"
 #include "commands/ViewModel.h"
+#include "framework/remesh/ReducedFiles.h"
 
 #include <QFileInfo>
 #include <QImage>
+#include <QMessageBox>
 
 namespace trovik::studio {
 
@@ -27,7 +29,22 @@ void FileActions::Export() {
                                    QStringLiteral("export"),
                                    dialog.Extension(),
                                    QStringLiteral("*") + dialog.Extension());
-    if (!path.isEmpty()) RunWithFile("export", dialog.Options(), path, tr("Export"));
+    if (path.isEmpty()) return;
+    const nlohmann::json options = dialog.Options();
+    // The file dialog asks only about the first file.
+    for (uint32_t lod = 1; lod <= options.value("lods", 0u); ++lod) {
+        const QString file = QString::fromStdString(LodPath(path.toStdString(), lod));
+        if (!QFileInfo::exists(file)) continue;
+        const auto answer = QMessageBox::question(
+            context.window,
+            tr("Export Mesh"),
+            tr("The levels of detail replace existing files, such as %1. Do you want to replace "
+               "them?")
+                .arg(QFileInfo(file).fileName()));
+        if (answer != QMessageBox::Yes) return;
+        break;
+    }
+    RunWithFile("export", options, path, tr("Export"));
 }
 
 void FileActions::Bake() {

@@ -26,8 +26,14 @@ struct AppendParameters {
     }
 };
 
+MatrixTransform PartTransformOf(const TransformParameters& transform) {
+    if (transform.matrix && (transform.scale || transform.rotate || transform.translate))
+        throw FieldFault("/matrix", "\"matrix\" excludes \"scale\", \"rotate\" and \"translate\"");
+    return TransformOf(transform);
+}
+
 void Append(CommandContext& context, const AppendParameters& parameters) {
-    const MatrixTransform transform = TransformOf(parameters.transform);
+    const MatrixTransform transform = PartTransformOf(parameters.transform);
     // The schema has already checked the names of the unit and the axis.
     ReplaceSurface(context,
                    AppendMesh({context.InputPath(parameters.file, "/file"),
@@ -38,7 +44,7 @@ void Append(CommandContext& context, const AppendParameters& parameters) {
 }
 
 void CheckAppend(CommandContext& context, const AppendParameters& parameters) {
-    TransformOf(parameters.transform);
+    PartTransformOf(parameters.transform);
     if (!context.files.IsWritten(parameters.file)) context.InputPath(parameters.file, "/file");
 }
 

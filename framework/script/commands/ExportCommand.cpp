@@ -37,6 +37,8 @@ struct ExportParameters {
         MeshReduction reduction;
         if (decimate) reduction.decimation = decimate->Settings("/decimate");
         reduction.lods = lods.value_or(0);
+        if (lodRatio && reduction.lods == 0)
+            throw FieldFault("/lodRatio", "has no effect without \"lods\"");
         reduction.lodRatio = lodRatio.value_or(reduction.lodRatio);
         return reduction;
     }
@@ -76,6 +78,7 @@ void WriteReducedFiles(CommandContext& context,
         for (const std::string& warning : mesh.warnings) context.Warn(mesh.file + ": " + warning);
     }
     for (const std::string& further : written.furtherFiles) context.NoteWritten(further);
+    for (const std::string& warning : written.warnings) context.Warn(warning);
 }
 
 /// Resolves the file, and checks that those of the levels of detail may be written, too.
