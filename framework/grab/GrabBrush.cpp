@@ -37,7 +37,7 @@ Vector WorldDisplacement(const LevelMesh& level, const SurfacePoint& hit, const 
 }  // namespace
 
 RegionReach GrabBrush::Reach() const {
-    // A hook that passes another part of the surface must not take that part along.
+    // A snake hook that passes close to another part of the surface must not drag that part along.
     const bool isConnected = ActiveTool() == SnakeHook || connectedOnly.Value();
     return isConnected ? RegionReach::Connected : RegionReach::Distance;
 }

@@ -30,7 +30,8 @@ struct MeshAppending {
 ///   split into triangles. Warnings report this.
 /// - If the transform mirrors, faces are flipped, so that their normals still point outwards.
 /// - The UVs, colours, groups, materials and smoothing groups of the file are kept. Groups with the
-///   same name become one group. Without colours in one of the parts, it is white.
+///   same name become one group. If only one of the two parts has colours, the other part becomes
+///   white.
 /// - The file's part is not masked, and not part of any layer.
 ///
 /// Throws HostError if the file cannot be read, or a position is not finite after the transform.

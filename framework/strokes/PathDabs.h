@@ -119,8 +119,8 @@ TROVIK_API float DabRadius(const StrokeView& view,
                            const Vector& position);
 
 /// Radius of a dab at a world position, in world units: DabRadius, modified by pressure, tilt and
-/// randomness, and at least a hundredth of the unmodified radius. Takes a random number from the
-/// loop if the radius is random.
+/// randomness, and at least a hundredth of the unmodified radius. Draws a random number from the
+/// stroke loop's generator if the radius is randomised.
 TROVIK_API float DabSize(StrokeLoop& loop,
                          const StrokeView& view,
                          const DabDynamics& dynamics,

@@ -155,7 +155,7 @@ public:
         /// On exactly two edges that are features or on a border: the vertex may be removed by a
         /// collapse along one of them.
         OnCurve,
-        /// Fixed, or at the end or a branch of features.
+        /// Fixed, or at a vertex at which features end or branch.
         Corner
     };
     VertexKind KindOf(uint32_t vertex) const;
@@ -195,8 +195,9 @@ public:
     /// If the position of that vertex changes, it loses its source. Requires CanCollapse.
     void CollapseEdge(uint32_t halfEdge, uint32_t removed, const Vector& position, float t = 1.0f);
 
-    /// Returns the mesh without unused elements, in index order, with UVs if it has any. `sources`
-    /// and `tags` get those of its vertices and faces, unless they are null.
+    /// Returns the mesh without unused elements, in index order, with UVs if it has any. Unless
+    /// they are null, `sources` and `tags` receive the source of each vertex and the tag of each
+    /// face of the returned mesh.
     PolygonMesh ToPolygons(std::vector<uint32_t>* sources = nullptr,
                            std::vector<uint32_t>* tags = nullptr) const;
 

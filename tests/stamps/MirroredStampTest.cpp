@@ -80,7 +80,7 @@ protected:
         AxisAlignedBoundingBox box;
         brush.ApplyDab(hit, {}, 100.0f, 0.0f, 1.0f, box);
     }
-    /// Starts a mirrored pass directly before the step of one vertex.
+    /// Puts the brush into its state in a mirrored pass, just before it processes a vertex.
     void EnterMirroredPass() {
         brush.mirrorPass = 1;
         brush.dabStamp = level.visitStamp;

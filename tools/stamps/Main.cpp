@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 /// \file
-/// `trovik-stamps FOLDER` paints the installed stamps into FOLDER.
+/// `trovik-stamps FOLDER` generates the images of the installed stamps in FOLDER.
 #include "framework/errors/HostError.h"
 #include "tools/stamps/ShippedStamps.h"
 

@@ -263,8 +263,9 @@ void AddTopologyActions(const ActionContext& context) {
     context.EnableWithDocument(actions.Add(
         {.id = "surface.voxelRemesh",
          .text = Text::tr("Voxel Remesh…"),
-         .description = Text::tr("Replaces the mesh by a closed mesh of even quads, which joins "
-                                 "parts that intersect."),
+         .description =
+             Text::tr("Replaces the mesh with a closed mesh of evenly sized quads, which joins "
+                      "parts that intersect."),
          .icon = "surface-voxel-remesh",
          .run = [context] { RunVoxelRemesh(context); }}));
     context.EnableWithDocument(

@@ -36,7 +36,7 @@ TimeLapseWindow::TimeLapseWindow(const ActionContext& given, QWidget* parent)
     restart->setToolTip(tr("Starts over, with all actions up to now"));
     auto* camera = new QPushButton(tr("Use Current View"), this);
     camera->setAccessibleName(tr("Use Current View"));
-    camera->setToolTip(tr("Takes the camera and the display settings of the main window"));
+    camera->setToolTip(tr("Uses the camera and the display settings of the main window"));
     // Enter must not discard the position in the time lapse.
     for (QPushButton* button : {restart, camera}) button->setAutoDefault(false);
     auto* layout = new QVBoxLayout(this);
