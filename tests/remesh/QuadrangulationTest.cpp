@@ -84,6 +84,13 @@ TEST(Quadrangulation, RestoresTriangulatedQuads) {
     }
 }
 
+TEST(Quadrangulation, TrianglesWithoutAnyPairAreSplit) {
+    // The faces meet at larger angles than the default limit.
+    Document document("mesh", Icosahedron());
+    document.ReplaceSurface(Quadrangulate({}));
+    EXPECT_EQ(MeshOf(document).faceSizes, std::vector<uint32_t>(60, 4));
+}
+
 TEST(Quadrangulation, PairsAllTrianglesOfClosedSurfaces) {
     std::ptrdiff_t poor = 0;
     for (const float length : {0.11f, 0.15f, 0.2f, 0.3f}) {

@@ -69,6 +69,24 @@ TEST_F(Reductions, WriteLevelsOfDetail) {
     }
 }
 
+TEST_F(Reductions, LevelsOfDetailEndWhereNoFacesWouldRemain) {
+    const auto copy = CopyForReduction(Pillow());
+    MeshReduction reduction;
+    reduction.lods = 4;
+    reduction.lodRatio = 0.3f;
+    const ReducedFiles files = WriteReduced(path, *copy, reduction, {});
+    EXPECT_LT(files.meshes.size(), 4u);
+    ASSERT_EQ(files.warnings.size(), 1u);
+    EXPECT_THAT(files.warnings[0], testing::HasSubstr("no faces would remain"));
+    reduction.decimation = Decimation{1u};
+    try {
+        WriteReduced(path, *copy, reduction, {});
+        FAIL() << "the decimation must be refused";
+    } catch (const HostError& error) {
+        EXPECT_THAT(error.what(), testing::StartsWith(path));
+    }
+}
+
 TEST_F(Reductions, LevelsOfDetailFollowTheUndecimatedMesh) {
     MeshReduction reduction;
     reduction.lods = 1;
