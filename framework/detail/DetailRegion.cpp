@@ -321,7 +321,7 @@ void DetailRegion::WriteVertex(uint32_t vertex, TriangleEdit& edit, MeshChange& 
     const Vector position = mesh.Position(vertex);
     if (own.number != none && SameBits(position, level.Position(number)) && !own.isTouched) return;
     edit.SetPosition(number, position);
-    edit.SetFreeze(number, static_cast<uint8_t>(own.freeze + 0.5f));
+    edit.SetFreeze(number, static_cast<uint8_t>(std::lround(own.freeze)));
     edit.SetColor(number, own.color);
     StoredVertexInfo* record = RecordOf(level, number);
     if (record == nullptr && own.hasRecord) {

@@ -5,6 +5,7 @@
 #include "framework/tessellation/EditableMesh.h"
 
 #include <array>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -119,7 +120,9 @@ private:
         uint32_t from;
         uint32_t to;
         uint32_t neighbour;
-        auto operator<=>(const OuterEdge&) const = default;
+        bool operator<(const OuterEdge& other) const {
+            return std::tie(from, to, neighbour) < std::tie(other.from, other.to, other.neighbour);
+        }
     };
     std::vector<OuterEdge> outerEdges;
     /// Attributes of the faces before the edit, by tag.
